@@ -1,0 +1,198 @@
+#!/usr/bin/env python3
+"""Checks that the includes of every tracked source point one way only.
+
+usage: include_arrows.py [ROOT]     ROOT is the repository, by default the current directory
+
+An own header is written in double quotes, by its path from platform/ ("Mox/Ptr.h") or from the
+root ("ZelVrfSelectionPolicy/tables/VrfHwConfig.h"). Anything else is written in angle brackets.
+"""
+
+import pathlib
+import posixpath
+import re
+import subprocess
+import sys
+
+STANDARD = frozenset(
+    """
+    algorithm any array atomic barrier bit bitset charconv chrono codecvt compare complex concepts
+    condition_variable coroutine deque exception execution filesystem format forward_list fstream
+    functional future initializer_list iomanip ios iosfwd iostream istream iterator latch limits
+    list locale map memory memory_resource mutex new numbers numeric optional ostream queue random
+    ranges ratio regex scoped_allocator semaphore set shared_mutex source_location span sstream
+    stack stdexcept stop_token streambuf string string_view strstream syncstream system_error
+    thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray
+    variant vector version
+    cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csignal cstdarg
+    cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype
+    """.split()
+)
+
+
+def standard(header):
+    return header in STANDARD
+
+
+def standard_or_unix(header):
+    return standard(header) or header == "unistd.h" or header.startswith("sys/")
+
+
+def any_header(_header):
+    return True
+
+
+LIBRARY = "ZelVrfSelectionPolicy"
+
+# Folder; the folders that its files may include; what they may include in angle brackets.
+# The row of the longest folder that holds a file decides. "" is the whole tree.
+ARROWS = [
+    ("platform/Velo", ["platform/Velo", "platform/Quarry"], standard_or_unix),
+    ("platform/Quarry", ["platform/Quarry", "platform/Velo"], standard_or_unix),
+    ("platform/Mox", ["platform/Mox", "platform/Velo", "platform/Quarry"], standard_or_unix),
+    (
+        "platform/Blinklog",
+        ["platform/Blinklog", "platform/Mox", "platform/Velo", "platform/Quarry"],
+        standard_or_unix,
+    ),
+    (
+        "platform/Duolog",
+        [
+            "platform/Duolog",
+            "platform/Blinklog",
+            "platform/Mox",
+            "platform/Velo",
+            "platform/Quarry",
+        ],
+        standard_or_unix,
+    ),
+    ("platform", ["platform"], standard_or_unix),
+    (f"{LIBRARY}/values", ["platform", f"{LIBRARY}/values"], standard),
+    (f"{LIBRARY}/tables", ["platform", f"{LIBRARY}/values", f"{LIBRARY}/tables"], standard),
+    (
+        f"{LIBRARY}/vrf",
+        ["platform", f"{LIBRARY}/values", f"{LIBRARY}/tables", f"{LIBRARY}/vrf"],
+        standard,
+    ),
+    (
+        f"{LIBRARY}/policy",
+        [
+            "platform",
+            f"{LIBRARY}/values",
+            f"{LIBRARY}/tables",
+            f"{LIBRARY}/vrf",
+            f"{LIBRARY}/policy",
+        ],
+        standard,
+    ),
+    (
+        f"{LIBRARY}/reflection",
+        [
+            "platform",
+            f"{LIBRARY}/values",
+            f"{LIBRARY}/tables",
+            f"{LIBRARY}/vrf",
+            f"{LIBRARY}/policy",
+            f"{LIBRARY}/reflection",
+        ],
+        standard,
+    ),
+    (LIBRARY, ["platform", LIBRARY], standard),  # the umbrella header and the module start
+    ("testing", ["platform", LIBRARY, "testing"], any_header),
+    ("chips/soft", ["platform", LIBRARY, "chips/soft"], any_header),
+    ("agent", ["platform", LIBRARY, "testing", "chips/soft", "agent"], any_header),
+    ("tests", [""], any_header),
+    ("benchmarks", [""], any_header),
+    ("fuzz", [""], any_header),
+    ("examples", [""], any_header),
+]
+
+INCLUDE = re.compile(r"\s*#\s*(?:include|include_next|import)\b\s*(.*)")
+SPELLED = re.compile(r'"([^"]+)"|<([^>]+)>')
+
+
+def holds(folder, path):
+    return folder == "" or path.startswith(folder + "/")
+
+
+def row_of(path):
+    rows = [row for row in ARROWS if holds(row[0], path)]
+    return max(rows, key=lambda row: len(row[0]), default=None)
+
+
+def find_own(header, includer, allowed, tracked):
+    """The tracked file that `header` names, or None."""
+    places = ["platform/" + header]
+    if not header.startswith("platform/"):
+        places.append(header)
+    if "" in allowed:
+        places.append(posixpath.join(posixpath.dirname(includer), header))
+    return next((p for p in map(posixpath.normpath, places) if p in tracked), None)
+
+
+def fault_of(spelling, includer, row, tracked):
+    """What is wrong with one include, or None."""
+    folder, allowed, allows_foreign = row
+    match = SPELLED.match(spelling)
+    if not match:
+        return f"{spelling} is not a header's name; allowed are \"own header\" and <other header>"
+    header = match[1] or match[2]
+    own = find_own(header, includer, allowed, tracked)
+    if match[2]:
+        if own and "" not in allowed:
+            return f'<{header}> is an own header; allowed is "{header}"'
+        if not allows_foreign(header):
+            also = ", <unistd.h> and <sys/...>" if allows_foreign is standard_or_unix else ""
+            return f"{folder}/ may not include <{header}>; allowed are C++ standard headers{also}"
+        return None
+    if not own:
+        return (
+            f'"{header}" is not in the tree; allowed are paths from platform/ or from the root, '
+            f"and <{header}> for a header from elsewhere"
+        )
+    if not any(holds(target, own) for target in allowed):
+        return f"{folder}/ may not include {own}; allowed are {', '.join(a + '/' for a in allowed)}"
+    return None
+
+
+def faults_in(includer, text, tracked):
+    row = row_of(includer)
+    if row is None:
+        known = ", ".join(folder + "/" for folder, _, _ in ARROWS)
+        yield f"{includer}:1: no arrows are drawn for this folder; allowed are {known}"
+        return
+    for number, line in enumerate(text.splitlines(), start=1):
+        if match := INCLUDE.match(line):
+            if fault := fault_of(match[1].strip(), includer, row, tracked):
+                yield f"{includer}:{number}: {fault}"
+
+
+def check(root, paths):
+    """All faults in the sources `paths`, which are relative to the folder `root`."""
+    root = pathlib.Path(root)
+    tracked = {path for path in paths if (root / path).is_file()}
+    for path in sorted(tracked):
+        yield from faults_in(path, (root / path).read_text(encoding="utf-8"), tracked)
+
+
+def tracked_sources(root):
+    command = ["git", "-c", f"safe.directory={root}", "-C", root, "ls-files", "-z"]
+    listed = subprocess.run(command + ["--", "*.h", "*.cpp"], check=True, stdout=subprocess.PIPE)
+    return [path for path in listed.stdout.decode().split("\0") if path]
+
+
+def main(arguments):
+    root = str(pathlib.Path(arguments[0] if arguments else ".").resolve())
+    try:
+        paths = tracked_sources(root)
+    except subprocess.CalledProcessError:
+        sys.exit(f"include_arrows: {root} is not a repository whose sources can be listed")
+    if not paths:
+        sys.exit(f"include_arrows: {root} tracks no *.h and no *.cpp")
+    faults = list(check(root, paths))
+    for fault in faults:
+        print(fault)
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

@@ -1,0 +1,214 @@
+"""Every include against the arrows is reported in a small tree; one along them is not."""
+
+import itertools
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import include_arrows
+
+LIBRARY = "ZelVrfSelectionPolicy"
+
+# Every include here is allowed.
+TREE = {
+    "platform/Velo/String.h": ["<string>", "<cassert>"],
+    "platform/Quarry/Slab.h": ["<sys/mman.h>", "<unistd.h>"],
+    "platform/Mox/Ptr.h": ['"Velo/String.h"', '"Quarry/Slab.h"', "<atomic>"],
+    "platform/Blinklog/Ring.h": ['"Mox/Ptr.h"'],
+    "platform/Duolog/Message.h": ['"Blinklog/Ring.h"', '"Mox/Ptr.h"'],
+    "platform/L3/VrfName.h": ['"Mox/Ptr.h"', '"Velo/String.h"'],
+    "platform/Routing/RouteStatus.h": ['"L3/VrfName.h"', '"Duolog/Message.h"'],
+    f"{LIBRARY}/values/Action.h": ['"L3/VrfName.h"', "<compare>"],
+    f"{LIBRARY}/tables/Config.h": [f'"{LIBRARY}/values/Action.h"', '"Mox/Ptr.h"'],
+    f"{LIBRARY}/vrf/VrfSm.h": [f'"{LIBRARY}/tables/Config.h"', f'"{LIBRARY}/values/Action.h"'],
+    f"{LIBRARY}/vrf/VrfSm.cpp": [f'"{LIBRARY}/vrf/VrfSm.h"'],
+    f"{LIBRARY}/policy/PolicySm.h": [f'"{LIBRARY}/vrf/VrfSm.h"', f'"{LIBRARY}/tables/Config.h"'],
+    f"{LIBRARY}/reflection/Types.h": [f'"{LIBRARY}/policy/PolicySm.h"', '"Mox/Ptr.h"'],
+    f"{LIBRARY}/{LIBRARY}.h": [f'"{LIBRARY}/policy/PolicySm.h"'],
+    f"{LIBRARY}/{LIBRARY}.cpp": [f'"{LIBRARY}/{LIBRARY}.h"', f'"{LIBRARY}/reflection/Types.h"'],
+    "testing/Recorder.h": [f'"{LIBRARY}/{LIBRARY}.h"', "<gtest/gtest.h>"],
+    "chips/soft/Chip.h": [f'"{LIBRARY}/tables/Config.h"', '"L3/VrfName.h"'],
+    "agent/Agent.h": ['"chips/soft/Chip.h"', '"testing/Recorder.h"', "<CLI/CLI.hpp>"],
+    "benchmarks/Bench.h": ['"agent/Agent.h"', "<benchmark/benchmark.h>"],
+    "fuzz/Fuzz.h": ['"agent/Agent.h"'],
+    "examples/Example.h": ['"agent/Agent.h"'],
+    "tests/agent/Fixture.h": ['"agent/Agent.h"', "<gmock/gmock.h>"],
+    "tests/agent/AgentTest.cpp": ['"Fixture.h"', '"Mox/Ptr.h"', f'"{LIBRARY}/reflection/Types.h"'],
+}
+
+# One header of each folder, lower layers first, and which of them it may include.
+VELO, QUARRY, MOX = "platform/Velo/String.h", "platform/Quarry/Slab.h", "platform/Mox/Ptr.h"
+BLINKLOG, DUOLOG = "platform/Blinklog/Ring.h", "platform/Duolog/Message.h"
+DOMAIN = "platform/L3/VrfName.h"
+VALUES, TABLES = f"{LIBRARY}/values/Action.h", f"{LIBRARY}/tables/Config.h"
+VRF, POLICY = f"{LIBRARY}/vrf/VrfSm.h", f"{LIBRARY}/policy/PolicySm.h"
+REFLECTION, UMBRELLA = f"{LIBRARY}/reflection/Types.h", f"{LIBRARY}/{LIBRARY}.h"
+TESTING, CHIP, AGENT = "testing/Recorder.h", "chips/soft/Chip.h", "agent/Agent.h"
+OUTSIDE = ["tests/agent/Fixture.h", "benchmarks/Bench.h", "fuzz/Fuzz.h", "examples/Example.h"]
+PLATFORM = [VELO, QUARRY, MOX, BLINKLOG, DUOLOG, DOMAIN]
+WHOLE_LIBRARY = [VALUES, TABLES, VRF, POLICY, REFLECTION, UMBRELLA]
+EVERYTHING = [*PLATFORM, *WHOLE_LIBRARY, TESTING, CHIP, AGENT, *OUTSIDE]
+MAY_INCLUDE = {
+    VELO: [VELO, QUARRY],
+    QUARRY: [VELO, QUARRY],
+    MOX: [VELO, QUARRY, MOX],
+    BLINKLOG: [VELO, QUARRY, MOX, BLINKLOG],
+    DUOLOG: [VELO, QUARRY, MOX, BLINKLOG, DUOLOG],
+    DOMAIN: PLATFORM,
+    VALUES: [*PLATFORM, VALUES],
+    TABLES: [*PLATFORM, VALUES, TABLES],
+    VRF: [*PLATFORM, VALUES, TABLES, VRF],
+    POLICY: [*PLATFORM, VALUES, TABLES, VRF, POLICY],
+    REFLECTION: [*PLATFORM, VALUES, TABLES, VRF, POLICY, REFLECTION],
+    UMBRELLA: [*PLATFORM, *WHOLE_LIBRARY],
+    TESTING: [*PLATFORM, *WHOLE_LIBRARY, TESTING],
+    CHIP: [*PLATFORM, *WHOLE_LIBRARY, CHIP],
+    AGENT: [*PLATFORM, *WHOLE_LIBRARY, TESTING, CHIP, AGENT],
+    **{path: EVERYTHING for path in OUTSIDE},
+}
+
+
+def write(root, path, includes):
+    file = pathlib.Path(root, path)
+    file.parent.mkdir(parents=True, exist_ok=True)
+    lines = ["// Why it exists.", *(f"#include {include}" for include in includes)]
+    file.write_text("\n".join(lines) + "\n", encoding="utf-8")
+
+
+class IncludeArrows(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = folder.name
+        for path, includes in TREE.items():
+            write(self.root, path, includes)
+
+    def faults(self):
+        return list(include_arrows.check(self.root, TREE))
+
+    def assert_reported(self, path, include, *words):
+        """`include` as the first of `path` is the one fault, at line 2, told in `words`."""
+        with self.subTest(path=path, include=include):
+            write(self.root, path, [include, *TREE[path]])
+            faults = self.faults()
+            write(self.root, path, TREE[path])
+            self.assertEqual(len(faults), 1, faults)
+            self.assertTrue(faults[0].startswith(f"{path}:2: "), faults[0])
+            self.assertIn("allowed", faults[0])
+            self.assertNotIn("\n", faults[0])
+            for word in words:
+                self.assertIn(word, faults[0])
+
+    def assert_arrow(self, path, target):
+        spelling = target.removeprefix("platform/")
+        self.assert_reported(path, f'"{spelling}"', f"may not include {target}; allowed are ")
+
+    def assert_allowed(self, path, target):
+        with self.subTest(path=path, target=target):
+            text = f'#include "{target.removeprefix("platform/")}"\n'
+            self.assertEqual(list(include_arrows.faults_in(path, text, set(TREE))), [])
+
+    def test_a_tree_that_keeps_every_arrow_has_no_fault(self):
+        self.assertEqual(self.faults(), [])
+
+    def test_of_every_two_folders_only_the_drawn_arrows_are_allowed(self):
+        for path, target in itertools.product(EVERYTHING, EVERYTHING):
+            if target in MAY_INCLUDE[path]:
+                self.assert_allowed(path, target)
+            else:
+                self.assert_arrow(path, target)
+
+    def test_platform_and_library_include_only_the_standard_library(self):
+        for path in [path for path in TREE if path.startswith(("platform/", LIBRARY))]:
+            for header in ["nlohmann/json.hpp", "gtest/gtest.h", "stdio.h", "dlfcn.h"]:
+                self.assert_reported(path, f"<{header}>", f"may not include <{header}>")
+
+    def test_unix_headers_are_for_platform_only(self):
+        for path in [path for path in TREE if path.startswith(LIBRARY)]:
+            for header in ["unistd.h", "sys/mman.h"]:
+                self.assert_reported(path, f"<{header}>", f"may not include <{header}>")
+
+    def test_an_own_header_that_is_not_in_the_tree_is_reported_everywhere(self):
+        for path in TREE:
+            self.assert_reported(path, '"Mox/Gone.h"', '"Mox/Gone.h" is not in the tree')
+
+    def test_an_own_header_has_one_spelling(self):
+        for spelling in ['"VrfSm.h"', '"platform/Mox/Ptr.h"']:
+            self.assert_reported(f"{LIBRARY}/vrf/VrfSm.cpp", spelling, "is not in the tree")
+        self.assert_reported("agent/Agent.h", "<Mox/Ptr.h>", "is an own header")
+
+    def test_a_test_may_include_an_own_header_as_an_installed_one(self):
+        text = f"#include <{UMBRELLA}>\n"
+        path = "tests/install/main.cpp"
+        self.assertEqual(list(include_arrows.faults_in(path, text, set(TREE))), [])
+
+    def test_an_arrow_is_not_escaped_by_another_way_of_writing_it(self):
+        self.assert_reported("testing/Recorder.h", "<chips/soft/Chip.h>", "is an own header")
+        self.assert_reported(
+            "platform/Velo/String.h", '"Velo/../Mox/Ptr.h"', "may not include platform/Mox/Ptr.h"
+        )
+        self.assert_reported("platform/Velo/String.h", "PTR_HEADER", "is not a header's name")
+        for directive in ["  #include", "# include", "#include_next", "#\tinclude"]:
+            with self.subTest(directive=directive):
+                text = f'{directive} "Mox/Ptr.h"\n'
+                faults = list(include_arrows.faults_in("platform/Velo/String.h", text, set(TREE)))
+                self.assertEqual(len(faults), 1, faults)
+
+    def test_a_commented_include_is_no_include(self):
+        text = '// #include "Mox/Ptr.h"\n'
+        faults = list(include_arrows.faults_in("platform/Velo/String.h", text, set(TREE)))
+        self.assertEqual(faults, [])
+
+    def test_a_source_in_a_folder_without_arrows_is_reported(self):
+        for path in ["helpers/Thing.h", "chips/other/Chip.h", "Thing.h"]:
+            faults = list(include_arrows.faults_in(path, "", {path}))
+            self.assertEqual(len(faults), 1, faults)
+            self.assertTrue(faults[0].startswith(f"{path}:1: "), faults[0])
+
+    def run_on_repository(self):
+        return subprocess.run(
+            [sys.executable, include_arrows.__file__, self.root],
+            capture_output=True,
+            text=True,
+            check=False,
+        )
+
+    def git(self, *arguments):
+        subprocess.run(["git", "-C", self.root, *arguments], check=True, capture_output=True)
+
+    def test_run_on_a_repository_it_prints_one_line_for_each_fault_and_fails(self):
+        self.git("init")
+        self.git("add", ".")
+        clean = self.run_on_repository()
+        self.assertEqual((clean.returncode, clean.stdout, clean.stderr), (0, "", ""))
+
+        write(self.root, "chips/soft/Chip.h", ["<vector>", '"testing/Recorder.h"'])
+        broken = self.run_on_repository()
+        self.assertEqual(broken.returncode, 1)
+        self.assertEqual(
+            broken.stdout,
+            "chips/soft/Chip.h:3: chips/soft/ may not include testing/Recorder.h; allowed are "
+            "platform/, ZelVrfSelectionPolicy/, chips/soft/\n",
+        )
+
+    def test_untracked_sources_are_not_looked_at_and_do_not_count_as_in_the_tree(self):
+        self.git("init")
+        self.git("add", ".")
+        write(self.root, "platform/Velo/New.h", ['"Mox/Ptr.h"'])
+        self.assertEqual(self.run_on_repository().stdout, "")
+        write(self.root, "agent/Agent.h", ['"Velo/New.h"'])
+        self.assertIn('"Velo/New.h" is not in the tree', self.run_on_repository().stdout)
+
+    def test_a_folder_with_nothing_to_check_is_a_failure(self):
+        self.assertNotEqual(self.run_on_repository().returncode, 0)
+        empty = pathlib.Path(self.root, "empty")
+        empty.mkdir()
+        subprocess.run(["git", "init", str(empty)], check=True, capture_output=True)
+        self.root = str(empty)
+        self.assertIn("tracks no *.h and no *.cpp", self.run_on_repository().stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
