@@ -1,0 +1,47 @@
+#include "Duolog/Message.h"
+
+#include <algorithm>
+
+#include "Mox/TraceHelper.h"
+
+namespace Duolog {
+
+Message::Message(const Source& source, unsigned level, unsigned line, const char* function,
+                 std::initializer_list<const char*> fragments)
+    : source_(source),
+      level_(level),
+      line_(line),
+      function_(function),
+      fragments_{},
+      fragmentCount_(std::min(fragments.size(), mostFragments)),
+      site_(Blinklog::siteIs(
+          {source.path, line, function, level, {fragments.begin(), fragments.end()}})) {
+  std::copy_n(fragments.begin(), fragmentCount_, fragments_.begin());
+}
+
+void Message::send(std::span<const Argument> arguments) const {
+  std::array<Blinklog::Argument, mostArguments> kept{};
+  const std::size_t count = std::min(arguments.size(), mostArguments);
+  for (std::size_t i = 0; i < count; ++i)
+    kept[i] = arguments[i].kept();
+  Blinklog::ring().write(site_, std::span(kept).first(count));
+
+  const Mox::TraceHandle& handle = source_.handle();
+  if (handle.isOn(level_)) sendText(handle, arguments);
+}
+
+void Message::sendText(const Mox::TraceHandle& handle, std::span<const Argument> arguments) const {
+  Mox::TraceHelper helper(handle, level_, source_.path, line_, function_);
+  auto argument = arguments.begin();
+  for (const std::string_view fragment : std::span(fragments_).first(fragmentCount_)) {
+    if (fragment.size() != 2 || fragment[0] != '%' || argument == arguments.end()) {
+      helper.stream() << fragment;
+    } else if (argument->shown().empty() && argument->kept().kind == 'u') {
+      helper.stream() << (argument++)->kept().number;
+    } else {
+      helper.stream() << (argument++)->shown();
+    }
+  }
+}
+
+}  // namespace Duolog

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <initializer_list>
+#include <span>
+#include <string_view>
+
+#include "Blinklog/Ring.h"
+#include "Mox/TraceHandle.h"
+#include "Velo/String.h"
+
+namespace Duolog {
+
+/// One argument of a message: what the ring keeps, and what the text shows.
+class Argument {
+ public:
+  Argument(std::string_view text) noexcept  // NOLINT(google-explicit-constructor): made in place
+      : kept_{'s', 0, text}, shown_(text) {}
+  Argument(const Velo::String& text) noexcept : Argument(text.bytes()) {}  // NOLINT: as above
+  Argument(unsigned number) noexcept : kept_{'u', number} {}               // NOLINT: as above
+  Argument(bool value) noexcept                                            // NOLINT: as above
+      : kept_{'b', value}, shown_(value ? "true" : "false") {}
+  /// A number that has a name: the ring keeps the number, the text shows the name.
+  Argument(unsigned number, std::string_view name) noexcept : kept_{'u', number}, shown_(name) {}
+
+  [[nodiscard]] const Blinklog::Argument& kept() const noexcept { return kept_; }
+  /// What the text shows; empty for a bare number, which is shown in decimal.
+  [[nodiscard]] std::string_view shown() const noexcept { return shown_; }
+
+ private:
+  Blinklog::Argument kept_;
+  std::string_view shown_;
+};
+
+/// One message of a library's catalogue, and the way to send it to both sinks: always to the ring
+/// of the process, and to the text trace when its level is on.
+///
+///     const Duolog::Message deleting(
+///         source, 7, 35, "handleIt", {"Vrf::", "handleIt", ": Deleting ", "%s"});
+///     deleting(name);
+///
+/// Sending never allocates unless the text is on. Functions, fragments and path are literals.
+class [[gnu::visibility("default")]] Message {
+ public:
+  /// What all messages of one source file share.
+  struct Source {
+    /// The handle of the text trace; asked for when the first message is sent.
+    const Mox::TraceHandle& (*handle)();
+    const char* path;
+  };
+
+  Message(const Source& source, unsigned level, unsigned line, const char* function,
+          std::initializer_list<const char*> fragments);
+
+  template <class... Arguments>
+  void operator()(const Arguments&... arguments) const {
+    const std::array<Argument, sizeof...(Arguments)> all{Argument(arguments)...};
+    send(all);
+  }
+
+ private:
+  static constexpr std::size_t mostFragments = 8;
+  static constexpr std::size_t mostArguments = 4;
+
+  void send(std::span<const Argument> arguments) const;
+  void sendText(const Mox::TraceHandle& handle, std::span<const Argument> arguments) const;
+
+  Source source_;
+  unsigned level_;
+  unsigned line_;
+  const char* function_;
+  std::array<std::string_view, mostFragments> fragments_;
+  std::size_t fragmentCount_;
+  Blinklog::SiteId site_;
+};
+
+}  // namespace Duolog

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Mox/Entity.h"
+
+namespace Ip {
+
+/// Addresses and state of IPv4 interfaces.
+class [[gnu::visibility("default")]] Status final : public Mox::Entity {
+ public:
+  static constexpr Mox::Type moxType{"Ip::Status"};
+
+  [[nodiscard]] static Mox::Ptr<Status> StatusIs(const Velo::String& name) {
+    return Mox::makeActivePtr<Status>(name);
+  }
+  explicit Status(const Velo::String& name) noexcept : Entity(name) {}
+  [[nodiscard]] const Mox::Type* fwkType() const override {
+    return &moxType;
+  }
+};
+
+}  // namespace Ip

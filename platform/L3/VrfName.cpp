@@ -1,0 +1,70 @@
+#include "L3/VrfName.h"
+
+#include <memory>
+#include <ostream>
+#include <unordered_map>
+
+#include "Mox/Exceptions.h"
+#include "Mox/QuotedString.h"
+
+namespace L3 {
+
+// The names in use, by their bytes.
+struct VrfName::Table {
+  std::unordered_map<std::string_view, std::unique_ptr<Interned>> names;
+
+  // Whoever builds a name comes here first, so the table outlives every static name.
+  static Table& ofProcess() {
+    static Table table;
+    return table;
+  }
+
+  Interned* interned(std::string_view bytes) {
+    const auto found = names.find(bytes);
+    if (found != names.end()) {
+      ++found->second->users;
+      return found->second.get();
+    }
+    auto fresh =
+        std::make_unique<Interned>(Interned{1, Mox::hashSingleAttr(0, bytes), std::string(bytes)});
+    Interned* name = fresh.get();
+    names.emplace(name->text, std::move(fresh));
+    return name;
+  }
+};
+
+VrfName::VrfName(std::string_view bytes) {
+  if (bytes.size() > maxLength) {
+    throw Mox::RangeException("Mox::String::bytes > maxLength() not allowed");
+  }
+  if (!bytes.empty()) interned_ = Table::ofProcess().interned(bytes);
+}
+
+void VrfName::release(Interned* interned) noexcept {
+  auto& names = Table::ofProcess().names;
+  names.erase(names.find(interned->text));
+}
+
+unsigned VrfName::hashOfEmpty() noexcept {
+  static const unsigned hash = Mox::hashSingleAttr(0, {});
+  return hash;
+}
+
+const VrfName& VrfName::defaultVrf() {
+  static const VrfName name("default");
+  return name;
+}
+
+Velo::String valueToStrep(const VrfName& name) {
+  return Mox::quoted(name.bytes());
+}
+
+void sequenceToValue(Mox::CharRange& range, VrfName* name) {
+  *name = Mox::readQuoted(range);
+}
+
+std::ostream& operator<<(std::ostream& stream, const VrfName& name) {
+  return stream << name.bytes();
+}
+
+}  // namespace L3

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Mox/CharRange.h"
+#include "Mox/Hash.h"
+#include "Velo/String.h"
+
+namespace L3 {
+
+/// Name of a VRF: at most 100 bytes, any bytes. The empty name stands for no VRF; "default" is the
+/// default VRF.
+///
+/// Names are compared, hashed and copied wherever VRFs meet, so equal names share one interned
+/// text: a name is as small as a pointer, equality and hash do not touch the bytes, and a copy
+/// increments a counter. Only building one from bytes looks it up. Names belong to the event-loop
+/// thread.
+class [[gnu::visibility("default")]] VrfName {
+ public:
+  static constexpr std::size_t maxLength = 100;
+
+  /// The empty name.
+  VrfName() noexcept = default;
+  /// Throws `Mox::RangeException` when `bytes` are more than `maxLength`.
+  VrfName(std::string_view bytes);  // NOLINT(google-explicit-constructor): text names a VRF
+  VrfName(const char* text) : VrfName(std::string_view(text)) {}         // NOLINT: as above
+  VrfName(const std::string& text) : VrfName(std::string_view(text)) {}  // NOLINT: as above
+  VrfName(const Velo::String& text) : VrfName(text.bytes()) {}           // NOLINT: as above
+
+  VrfName(const VrfName& other) noexcept : interned_(other.interned_) {
+    if (interned_ != nullptr) ++interned_->users;
+  }
+  VrfName(VrfName && other) noexcept : interned_(std::exchange(other.interned_, nullptr)) {}
+  VrfName& operator=(VrfName other) noexcept {
+    std::swap(interned_, other.interned_);
+    return *this;
+  }
+  ~VrfName() {
+    if (interned_ != nullptr && --interned_->users == 0) release(interned_);
+  }
+
+  /// The bytes, valid as long as an equal name exists.
+  [[nodiscard]] std::string_view bytes() const noexcept {
+    return interned_ == nullptr ? std::string_view() : std::string_view(interned_->text);
+  }
+  [[nodiscard]] bool empty() const noexcept {
+    return interned_ == nullptr;
+  }
+  [[nodiscard]] std::string str() const {
+    return std::string(bytes());
+  }
+
+  /// `Mox::hashSingleAttr(0, bytes())`, computed once per distinct name.
+  [[nodiscard]] unsigned hash() const noexcept {
+    return interned_ == nullptr ? hashOfEmpty() : interned_->hash;
+  }
+  /// That hash scattered by `seed`: what collections keyed by names use.
+  [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
+    Mox::Hash running(seed, 0);
+    running.hashMix(hash());
+    return running.result();
+  }
+
+  /// The name "default".
+  [[nodiscard]] static const VrfName& defaultVrf();
+  [[nodiscard]] bool isDefaultVrf() const {
+    return *this == defaultVrf();
+  }
+
+  friend bool operator==(const VrfName& a, const VrfName& b) noexcept {
+    return a.interned_ == b.interned_;
+  }
+  /// "default" comes before every other name; the rest follow byte by byte, a prefix first.
+  friend bool operator<(const VrfName& a, const VrfName& b) {
+    if (b.isDefaultVrf()) return false;
+    if (a.isDefaultVrf()) return true;
+    return a.bytes() < b.bytes();
+  }
+
+ private:
+  struct Interned {
+    unsigned users;
+    unsigned hash;
+    std::string text;
+  };
+  struct Table;
+
+  static unsigned hashOfEmpty() noexcept;
+  static void release(Interned * interned) noexcept;
+
+  Interned* interned_ = nullptr;
+};
+
+/// String form: quoted and escaped.
+[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const VrfName& name);
+/// Reads the string form; a name that is too long is a `Mox::RangeException` as at construction.
+[[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range, VrfName* name);
+/// Writes the bare bytes.
+[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream, const VrfName& name);
+
+}  // namespace L3

@@ -1,0 +1,47 @@
+#include "Mox/Dir.h"
+
+#include "Mox/Exceptions.h"
+
+namespace Mox {
+namespace {
+
+constexpr Type dirType{"Mox::Dir"};
+
+}  // namespace
+
+Ptr<Dir> Dir::DirIs(const Velo::String& name) {
+  return makeActivePtr<Dir>(name);
+}
+
+Dir::Dir(const Velo::String& name) noexcept : Entity(name) {}
+
+Dir::~Dir() {
+  for (auto entry = entries_.iterator(); entry; ++entry)
+    entry.value()->parentIs(nullptr);
+}
+
+const Type* Dir::fwkType() const {
+  return &dirType;
+}
+
+void Dir::entryIs(const Ptr<Entity>& entity) {
+  if (!entity) throw NullArgumentException("entry");
+  if (entry(entity->name()) == entity) return;
+  entryDel(entity->name());
+  entries_.insert(entity->name(), entity);
+  entity->parentIs(Ptr<Entity>(this));
+}
+
+Ptr<Entity> Dir::entryDel(const Velo::String& name) {
+  auto erased = entries_.erase(name);
+  if (!erased) return nullptr;
+  erased->second->parentIs(nullptr);
+  return std::move(erased->second);
+}
+
+Ptr<Entity> Dir::entry(const Velo::String& name) const noexcept {
+  const Ptr<Entity>* found = entries_.find(name);
+  return found == nullptr ? Ptr<Entity>() : *found;
+}
+
+}  // namespace Mox

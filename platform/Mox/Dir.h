@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Mox/Entity.h"
+#include "Mox/HashMap2018.h"
+
+namespace Mox {
+
+/// A directory: an entity that holds others under their names.
+class [[gnu::visibility("default")]] Dir final : public Entity {
+ public:
+  /// A new empty directory.
+  [[nodiscard]] static Ptr<Dir> DirIs(const Velo::String& name);
+  explicit Dir(const Velo::String& name) noexcept;
+  ~Dir() override;
+  [[nodiscard]] const Type* fwkType() const override;
+
+  /// Puts `entity` into the directory under its name, in place of any other, and becomes its
+  /// parent. Throws `NullArgumentException` for null.
+  void entryIs(const Ptr<Entity>& entity);
+  /// Takes the entry out; gives it, or null when there was none.
+  Ptr<Entity> entryDel(const Velo::String& name);
+  /// The entry of that name, or null.
+  [[nodiscard]] Ptr<Entity> entry(const Velo::String& name) const noexcept;
+  [[nodiscard]] unsigned entries() const noexcept {
+    return entries_.count();
+  }
+
+ private:
+  HashMap2018<Velo::String, Ptr<Entity>, 0x3c1d7be9> entries_;
+};
+
+}  // namespace Mox

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Mox/Ptr.h"
+#include "Velo/String.h"
+
+namespace Mox {
+
+/// An entity with a name and a place: the parent, which it does not own.
+class [[gnu::visibility("default")]] Entity : public PtrInterface {
+ public:
+  [[nodiscard]] const Type* fwkType() const override;
+  ~Entity() override;
+
+  /// The name as it is shown.
+  [[nodiscard]] virtual Velo::String nameString() const;
+  /// Called after the parent has changed to `parent`, which may be null.
+  virtual void handleParent(const Ptr<Entity>& parent);
+
+  [[nodiscard]] const Velo::String& name() const noexcept {
+    return name_;
+  }
+  /// The parent, null when there is none.
+  [[nodiscard]] Ptr<Entity> parent() const noexcept;
+  /// Makes `parent` the parent, which must take itself out before it goes.
+  void parentIs(const Ptr<Entity>& parent);
+
+ protected:
+  explicit Entity(Velo::String name) noexcept;
+
+ private:
+  Velo::String name_;
+  Entity* parent_ = nullptr;
+};
+
+}  // namespace Mox

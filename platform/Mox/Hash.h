@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "Velo/ByteHash.h"
+
+namespace Mox {
+
+/// A running hash over 32-bit words: order matters, every bit of every word reaches the result.
+///
+///     Mox::Hash hash(seed, 0);
+///     hash.hashMix(word);
+///     unsigned value = hash.result();
+class Hash {
+ public:
+  Hash(std::uint32_t seed, std::uint32_t stream) noexcept
+      : state_((std::uint64_t{stream} << 32 | seed) ^ 0x6a09e667f3bcc909ULL) {}
+
+  void hashMix(std::uint32_t word) noexcept {
+    state_ = (state_ ^ word) * 0x9e3779b97f4a7c15ULL;
+    state_ ^= state_ >> 29;
+  }
+
+  [[nodiscard]] std::uint32_t result() const noexcept {
+    const std::uint64_t mixed = (state_ ^ state_ >> 32) * 0xd6e8feb86659fd93ULL;
+    return static_cast<std::uint32_t>(mixed >> 32);
+  }
+
+ private:
+  std::uint64_t state_;
+};
+
+/// Hash of an attribute that is a string of bytes.
+[[nodiscard]] inline unsigned hashSingleAttr(unsigned seed, std::string_view bytes) noexcept {
+  return Velo::byteHash(seed, bytes);
+}
+
+/// The hash seed of this process.
+class [[gnu::visibility("default")]] HashHelper {
+ public:
+  /// Drawn at random once per process, so that nobody can aim at one bucket.
+  [[nodiscard]] static unsigned hashSeed32() noexcept;
+};
+
+}  // namespace Mox

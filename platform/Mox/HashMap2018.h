@@ -1,0 +1,290 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "Mox/Hash.h"
+#include "Mox/SassertHelper.h"
+
+namespace Mox {
+
+/// The value of a collection that has only keys.
+struct NoValue {};
+
+/// The platform's keyed collection.
+///
+/// Choose it for every attribute that is a collection. `Key` offers `hash(seed)` and `==`. The
+/// seed is that of the process scattered by `Salt`, a constant of each collection's own, so that
+/// one bad day in one collection is not repeated in all. With `NoValue` it is a set.
+///
+/// Entries live in slots that never move: a `Position` names an entry as long as the entry lives,
+/// and so do the addresses of its key and value. A separate index, open-addressed with linear
+/// probing, holds (hash, position) pairs, so a search touches one entry and growing touches none.
+/// Positions of deleted entries are used again, the latest first.
+///
+/// That makes iteration trivial to keep safe, which is why it is done so: an iterator is nothing
+/// but a position. It survives the deletion of the entry that it stands on and of any other, and
+/// clearing; every entry present at its start and not deleted is visited exactly once; entries
+/// inserted meanwhile may or may not be. The collection itself must outlive it. The order is that
+/// of the slots: the same history gives the same order, whatever the seed.
+///
+/// Costs: search, insertion and deletion constant on average; iteration follows the highest number
+/// of entries since the collection was last cleared, 32 a step where they are gone. An insertion
+/// that throws leaves the collection as it was.
+template <class Key, class Value, unsigned Salt>
+class HashMap2018 {
+  struct Entry {
+    Key key;
+    [[no_unique_address]] Value value;
+  };
+
+ public:
+  using Position = std::uint32_t;
+  static constexpr Position none = 0xffffffff;
+
+  HashMap2018() = default;
+  HashMap2018(const HashMap2018&) = delete;
+  HashMap2018& operator=(const HashMap2018&) = delete;
+  ~HashMap2018() { destroyEntries(); }
+
+  /// Number of entries.
+  [[nodiscard]] unsigned count() const noexcept { return count_; }
+  /// Number of entries that it holds before it must grow.
+  [[nodiscard]] unsigned capacity() const noexcept { return indexLimit(index_.size()); }
+
+  /// The position of `key`, `none` when it is absent.
+  [[nodiscard]] Position position(const Key& key) const noexcept {
+    if (count_ == 0) return none;
+    const std::size_t place = indexPlace(key, hashOf(key));
+    return index_[place].position;
+  }
+  [[nodiscard]] bool has(const Key& key) const noexcept { return position(key) != none; }
+  /// The value of `key`, null when it is absent.
+  [[nodiscard]] const Value* find(const Key& key) const noexcept {
+    const Position found = position(key);
+    return found == none ? nullptr : &entry(found).value;
+  }
+  [[nodiscard]] Value* find(const Key& key) noexcept {
+    const Position found = position(key);
+    return found == none ? nullptr : &entry(found).value;
+  }
+
+  /// Key and value at the position of a living entry.
+  [[nodiscard]] const Key& key(Position at) const noexcept { return entry(at).key; }
+  [[nodiscard]] const Value& value(Position at) const noexcept { return entry(at).value; }
+  [[nodiscard]] Value& value(Position at) noexcept { return entry(at).value; }
+
+  /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
+  /// it was inserted.
+  std::pair<Position, bool> insert(Key key, Value value = Value()) {
+    const std::uint32_t hash = hashOf(key);
+    if (!index_.empty()) {
+      const Position present = index_[indexPlace(key, hash)].position;
+      if (present != none) return {present, false};
+    }
+    growFor(count_ + 1);
+    const Position at = newSlot();
+    new (slot(at)) Entry{std::move(key), std::move(value)};
+    chunkOf(at).used |= bitOf(at);
+    index_[indexPlace(entry(at).key, hash)] = {hash, at};
+    ++count_;
+    return {at, true};
+  }
+
+  /// Deletes `key`. Gives the entry that it had, nothing when it was absent.
+  std::optional<std::pair<Key, Value>> erase(const Key& key) {
+    if (count_ == 0) return std::nullopt;
+    const std::size_t place = indexPlace(key, hashOf(key));
+    const Position at = index_[place].position;
+    if (at == none) return std::nullopt;
+    Entry& gone = entry(at);
+    std::optional<std::pair<Key, Value>> erased(std::in_place, std::move(gone.key),
+                                                std::move(gone.value));
+    gone.~Entry();
+    closeIndexGap(place);
+    freeSlot(at);
+    --count_;
+    return erased;
+  }
+
+  /// Deletes every entry and gives the memory back.
+  void clear() noexcept {
+    destroyEntries();
+    chunks_.clear();
+    index_.clear();
+    firstFree_ = none;
+    slots_ = 0;
+    count_ = 0;
+  }
+
+  /// A walk over the entries; see above for what it survives.
+  ///
+  ///     for (auto entry = map.iterator(); entry; ++entry) use(entry.key(), entry.value());
+  class Iterator {
+   public:
+    /// Whether it stands on an entry or on the place of one that was deleted; false at the end.
+    explicit operator bool() const noexcept { return at_ != none; }
+    /// Precondition: it stands on a living entry.
+    [[nodiscard]] const Key& key() const {
+      requireLiving();
+      return map_->entry(at_).key;
+    }
+    [[nodiscard]] const Value& value() const {
+      requireLiving();
+      return map_->entry(at_).value;
+    }
+    /// Goes on to the next entry. Precondition: it is not at the end.
+    Iterator& operator++() {
+      requireIterator(at_ != none);
+      at_ = map_->firstUsed(at_ + 1, end_);
+      return *this;
+    }
+
+   private:
+    friend class HashMap2018;
+    Iterator(const HashMap2018& map, Position from) noexcept
+        : map_(&map), end_(map.slots_), at_(map.firstUsed(from, end_)) {}
+
+    static void requireIterator(bool valid) {
+      if (!valid) [[unlikely]] {
+        SassertHelper("iter_", "Mox/HashMap2018.h", 0, "HashMap2018::Iterator").stream()
+            << "iterator does not stand on an entry";
+      }
+    }
+    void requireLiving() const { requireIterator(at_ != none && map_->isUsed(at_)); }
+
+    const HashMap2018* map_;
+    Position end_;
+    Position at_;
+  };
+
+  [[nodiscard]] Iterator iterator() const noexcept { return Iterator(*this, 0); }
+  /// A walk that begins at `key` and goes on to what follows it; at the end when it is absent.
+  [[nodiscard]] Iterator iterator(const Key& key) const noexcept {
+    return Iterator(*this, position(key));
+  }
+
+ private:
+  static constexpr Position chunkSlots = 32;
+  static constexpr std::size_t smallestIndex = 8;
+
+  // `used` has a bit per slot; a slot without its bit holds the position of the next free one.
+  struct Chunk {
+    std::uint32_t used = 0;
+    alignas(Entry) std::array<std::byte, sizeof(Entry) * chunkSlots> slots;
+  };
+  static_assert(sizeof(Entry) >= sizeof(Position));
+
+  struct IndexEntry {
+    std::uint32_t hash = 0;
+    Position position = none;
+  };
+
+  static std::uint32_t hashOf(const Key& key) noexcept {
+    return key.hash(HashHelper::hashSeed32() ^ Salt);
+  }
+
+  Chunk& chunkOf(Position at) const noexcept { return *chunks_[at / chunkSlots]; }
+  static std::uint32_t bitOf(Position at) noexcept { return std::uint32_t{1} << at % chunkSlots; }
+  std::byte* slot(Position at) const noexcept {
+    return chunkOf(at).slots.data() + at % chunkSlots * sizeof(Entry);
+  }
+  Entry& entry(Position at) const noexcept {
+    return *std::launder(reinterpret_cast<Entry*>(slot(at)));
+  }
+  bool isUsed(Position at) const noexcept {
+    return at < slots_ && (chunkOf(at).used & bitOf(at)) != 0;
+  }
+
+  // The first used position in [from, end), `none` when there is none.
+  Position firstUsed(Position from, Position end) const noexcept {
+    if (end > slots_) end = slots_;
+    while (from < end) {
+      const std::uint32_t left = chunkOf(from).used >> from % chunkSlots;
+      if (left != 0) {
+        const Position found = from + static_cast<Position>(std::countr_zero(left));
+        return found < end ? found : none;
+      }
+      from = (from / chunkSlots + 1) * chunkSlots;
+    }
+    return none;
+  }
+
+  Position newSlot() {
+    if (firstFree_ != none) {
+      const Position at = firstFree_;
+      std::memcpy(&firstFree_, slot(at), sizeof(Position));
+      return at;
+    }
+    if (slots_ == chunks_.size() * chunkSlots) chunks_.push_back(std::make_unique<Chunk>());
+    return slots_++;
+  }
+  void freeSlot(Position at) noexcept {
+    chunkOf(at).used &= ~bitOf(at);
+    std::memcpy(slot(at), &firstFree_, sizeof(Position));
+    firstFree_ = at;
+  }
+  void destroyEntries() noexcept {
+    for (Position at = firstUsed(0, slots_); at != none; at = firstUsed(at + 1, slots_)) {
+      entry(at).~Entry();
+    }
+  }
+
+  static unsigned indexLimit(std::size_t places) noexcept {
+    return static_cast<unsigned>(places - places / 4);
+  }
+  // The place of `key` in the index, or the free place where it would go.
+  std::size_t indexPlace(const Key& key, std::uint32_t hash) const noexcept {
+    const std::size_t mask = index_.size() - 1;
+    std::size_t place = hash & mask;
+    while (index_[place].position != none &&
+           !(index_[place].hash == hash && entry(index_[place].position).key == key)) {
+      place = (place + 1) & mask;
+    }
+    return place;
+  }
+  void growFor(unsigned entries) {
+    if (entries <= indexLimit(index_.size())) return;
+    std::vector<IndexEntry> grown(index_.empty() ? smallestIndex : index_.size() * 2);
+    const std::size_t mask = grown.size() - 1;
+    for (const IndexEntry& old : index_) {
+      if (old.position == none) continue;
+      std::size_t place = old.hash & mask;
+      while (grown[place].position != none)
+        place = (place + 1) & mask;
+      grown[place] = old;
+    }
+    index_.swap(grown);
+  }
+  // Moves later members of the probe sequence back, so that no search ends too early.
+  void closeIndexGap(std::size_t gap) noexcept {
+    const std::size_t mask = index_.size() - 1;
+    for (std::size_t place = (gap + 1) & mask; index_[place].position != none;
+         place = (place + 1) & mask) {
+      const std::size_t home = index_[place].hash & mask;
+      if (((place - home) & mask) < ((place - gap) & mask)) continue;
+      index_[gap] = index_[place];
+      gap = place;
+    }
+    index_[gap] = IndexEntry{};
+  }
+
+  std::vector<std::unique_ptr<Chunk>> chunks_;
+  std::vector<IndexEntry> index_;
+  Position slots_ = 0;  // positions below it have been used since the last clearing
+  Position firstFree_ = none;
+  unsigned count_ = 0;
+};
+
+/// A collection of keys alone.
+template <class Key, unsigned Salt>
+using HashSet2018 = HashMap2018<Key, NoValue, Salt>;
+
+}  // namespace Mox

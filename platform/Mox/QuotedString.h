@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Mox {
+
+class CharRange;
+
+/// The string form of a byte string: between single quotes, printable ASCII as it is, quote and
+/// backslash behind a backslash, newline, carriage return and tab as `\n`, `\r`, `\t`, and any
+/// other byte as `\x` with two lower-case hexadecimal digits. Every byte string has exactly one
+/// such form.
+[[nodiscard, gnu::visibility("default")]] std::string quoted(std::string_view bytes);
+
+/// Appends the string form of `bytes` to `text`.
+[[gnu::visibility("default")]] void appendQuoted(std::string& text, std::string_view bytes);
+
+/// Consumes a string form and gives its bytes. A form that `quoted` would not have written is a
+/// `RangeException`.
+[[nodiscard, gnu::visibility("default")]] std::string readQuoted(CharRange& range);
+
+}  // namespace Mox

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "Mox/CharRange.h"
+#include "Mox/Exceptions.h"
+#include "Velo/String.h"
+
+namespace Mox {
+
+/// String form of a string: quoted and escaped.
+[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const Velo::String& value);
+/// Reads the string form of a string.
+[[gnu::visibility("default")]] void sequenceToValue(CharRange& range, Velo::String* value);
+
+/// Throws `error` again with the name of the attribute that was being read before its text.
+[[noreturn, gnu::visibility("default")]] void rethrowFromDeserializeAttr(
+    const RangeException& error, std::string_view attribute);
+
+/// Reads one value from the front of `range`: by the type's constructor from a range if it has
+/// one, otherwise by the `sequenceToValue(range, T*)` of the type's namespace.
+template <class T>
+[[nodiscard]] T sequenceTo(CharRange& range) {
+  if constexpr (std::is_constructible_v<T, CharRange&>) {
+    return T(range);
+  } else {
+    T value{};
+    sequenceToValue(range, &value);
+    return value;
+  }
+}
+
+/// Reads the value of one attribute; a range error names the attribute.
+template <class T>
+[[nodiscard]] T deserializeAttr(CharRange& range, std::string_view attribute) {
+  try {
+    return sequenceTo<T>(range);
+  } catch (const RangeException& error) {
+    rethrowFromDeserializeAttr(error, attribute);
+  }
+}
+
+/// Parses `text`, the whole of it, as a `T`. Throws `RangeException` when it is none.
+template <class T>
+[[nodiscard]] T strepToValue(std::string_view text) {
+  CharRange range(text);
+  T value = sequenceTo<T>(range);
+  range.needEnd();
+  return value;
+}
+
+}  // namespace Mox

@@ -1,0 +1,141 @@
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "Mox/Exceptions.h"
+#include "Mox/TraceHandle.h"
+#include "Mox/TraceHelper.h"
+
+namespace Mox {
+namespace {
+
+constexpr unsigned allLevels = (1U << TraceHandle::levels) - 1;
+
+/// Levels by handle name, "*" standing for those that are not named after it.
+using LevelsByName = std::vector<std::pair<std::string, unsigned>>;
+
+[[noreturn]] void refuse(std::string_view entry) {
+  throw RangeException("trace levels '" + std::string(entry) +
+                       "': expected NAME=LEVEL,LEVEL... with levels 0 to 9, or * for all");
+}
+
+// Cuts `text` at the first `separator`; takes what stands before it.
+std::string_view takeUntil(char separator, std::string_view& text) {
+  const std::size_t end = text.find(separator);
+  const std::string_view taken = text.substr(0, end);
+  text = end == text.npos ? std::string_view() : text.substr(end + 1);
+  return taken;
+}
+
+unsigned parseLevels(std::string_view entry, std::string_view levels) {
+  unsigned on = 0;
+  if (levels.empty()) refuse(entry);
+  while (!levels.empty()) {
+    const std::string_view level = takeUntil(',', levels);
+    if (level == "*") {
+      on |= allLevels;
+    } else if (level.size() == 1 && level[0] >= '0' && level[0] <= '9') {
+      on |= 1U << static_cast<unsigned>(level[0] - '0');
+    } else {
+      refuse(entry);
+    }
+  }
+  return on;
+}
+
+LevelsByName parse(std::string_view text) {
+  LevelsByName parsed;
+  while (!text.empty()) {
+    const std::string_view entry = takeUntil(';', text);
+    std::string_view levels = entry;
+    const std::string_view name = takeUntil('=', levels);
+    if (name.empty()) refuse(entry);
+    parsed.emplace_back(name, parseLevels(entry, levels));
+  }
+  return parsed;
+}
+
+// A message stays one line, whatever bytes the names in it have.
+std::string onOneLine(const std::string& text) {
+  std::string line;
+  for (const char byte : text) {
+    const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7f';
+    line += isControl ? '?' : byte;
+  }
+  return line;
+}
+
+// All handles and what has been said of their levels. Handles of other libraries register here
+// after this was made, so it outlives them.
+struct Trace {
+  std::vector<TraceHandle*> handles;
+  LevelsByName said;
+  TraceSink sink;
+
+  Trace() {
+    const char* fromEnvironment = std::getenv("MOX_TRACE");
+    if (fromEnvironment == nullptr) return;
+    try {
+      said = parse(fromEnvironment);
+    } catch (const RangeException& error) {
+      std::fprintf(stderr, "MOX_TRACE is ignored: %s\n", error.what());
+    }
+  }
+
+  static void apply(const LevelsByName& levels, TraceHandle& handle) {
+    for (const auto& [name, on] : levels) {
+      if (name == "*" || name == handle.name()) handle.levelsOnIs(on);
+    }
+  }
+
+  void write(const std::string& text) const {
+    const std::string line = onOneLine(text);
+    if (sink) {
+      sink(line);
+    } else {
+      std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+    }
+  }
+};
+
+Trace& trace() {
+  static Trace process;
+  return process;
+}
+
+}  // namespace
+
+TraceHandle::TraceHandle(const char* name, unsigned levelsOn) : name_(name), levelsOn_(levelsOn) {
+  trace().handles.push_back(this);
+  Trace::apply(trace().said, *this);
+}
+
+TraceHandle::~TraceHandle() {
+  std::erase(trace().handles, this);
+}
+
+void traceLevelsIs(std::string_view text) {
+  const LevelsByName levels = parse(text);
+  for (TraceHandle* handle : trace().handles)
+    Trace::apply(levels, *handle);
+  trace().said.insert(trace().said.end(), levels.begin(), levels.end());
+}
+
+TraceSink traceSinkIs(TraceSink sink) {
+  trace().sink.swap(sink);
+  return sink;
+}
+
+TraceHelper::TraceHelper(const TraceHandle& handle, unsigned level, const char* path, unsigned line,
+                         const char* function)
+    : isOn_(handle.isOn(level)) {
+  if (isOn_) {
+    line_ << handle.name() << ' ' << level << ' ' << path << ':' << line << ' ' << function << ' ';
+  }
+}
+
+TraceHelper::~TraceHelper() {
+  if (isOn_) trace().write(line_.str());
+}
+
+}  // namespace Mox

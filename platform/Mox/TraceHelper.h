@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sstream>
+
+#include "Mox/TraceHandle.h"
+
+namespace Mox {
+
+/// One line of text trace under construction: written to the sink when the helper goes, if its
+/// level is on for its handle.
+///
+///     Mox::TraceHelper(handle, 5, path, 26, "handleIt").stream() << "Handling " << name;
+///
+/// gives the line `HANDLE 5 PATH:26 handleIt Handling red`.
+class [[gnu::visibility("default")]] TraceHelper {
+ public:
+  TraceHelper(const TraceHandle& handle, unsigned level, const char* path, unsigned line,
+              const char* function);
+  TraceHelper(const TraceHelper&) = delete;
+  TraceHelper& operator=(const TraceHelper&) = delete;
+  ~TraceHelper();
+
+  [[nodiscard]] std::ostream& stream() noexcept {
+    return line_;
+  }
+
+ private:
+  bool isOn_;
+  std::ostringstream line_;
+};
+
+}  // namespace Mox

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace Mox {
+
+/// One entry of a module's type table. Entries are constants of the module that defines the type
+/// and live as long as that module is loaded; `fwkType()` of an entity answers with its entry.
+struct Type {
+  std::string_view name;
+};
+
+/// The types that one loaded module brings, under the module's name.
+struct Module {
+  std::string_view name;
+  std::span<const Type* const> types;
+};
+
+/// Registers `module` process-wide; its names resolve from now on. A module registers while it is
+/// being loaded. Precondition: no module of that name is registered.
+[[gnu::visibility("default")]] void moxModuleIs(const Module& module);
+
+/// Takes the module of that name and its types out again, as it does when it is unloaded.
+[[gnu::visibility("default")]] void moxModuleDel(std::string_view moduleName) noexcept;
+
+/// The registered type of that name, null when there is none.
+[[nodiscard, gnu::visibility("default")]] const Type* moxType(std::string_view typeName) noexcept;
+
+/// Names of the registered modules, in the order of their registration.
+[[nodiscard, gnu::visibility("default")]] std::vector<std::string_view> moxModules();
+
+}  // namespace Mox

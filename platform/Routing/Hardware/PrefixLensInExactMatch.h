@@ -1,0 +1,45 @@
+#pragma once
+
+#include <bitset>
+
+#include "Mox/NotifieeConst.h"
+#include "Velo/String.h"
+
+namespace Routing::Hardware {
+
+/// The prefix lengths of one VRF that are held in exact match. Reactors are told of each length
+/// that enters or leaves the set.
+class [[gnu::visibility("default")]] PrefixLensInExactMatch final : public Mox::PtrInterface {
+ public:
+  static constexpr Mox::Type moxType{"Routing::Hardware::PrefixLensInExactMatch"};
+  static constexpr Mox::AttributeId prefixLenAttribute = 258;
+  /// The longest prefix of either address family.
+  static constexpr unsigned char longest = 128;
+
+  /// `name` is the name of the VRF.
+  [[nodiscard]] static Mox::Ptr<PrefixLensInExactMatch> PrefixLensInExactMatchIs(
+      const Velo::String& name);
+  explicit PrefixLensInExactMatch(const Velo::String& name) noexcept;
+  [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override;
+  [[nodiscard]] const Mox::Type* fwkType() const override;
+  ~PrefixLensInExactMatch() override;
+
+  [[nodiscard]] const Velo::String& name() const noexcept {
+    return name_;
+  }
+  /// Adds a length. Throws `Mox::RangeException` when it is above `longest`.
+  void prefixLenIs(unsigned char length);
+  /// Removes a length; true when it was there.
+  bool prefixLenDel(unsigned char length);
+  /// Removes every length.
+  void prefixLenDelAll();
+  [[nodiscard]] bool prefixLenHas(unsigned char length) const noexcept;
+  [[nodiscard]] unsigned prefixLens() const noexcept;
+
+ private:
+  Velo::String name_;
+  std::bitset<longest + 1> lengths_;
+  mutable Mox::ReactorList reactors_;
+};
+
+}  // namespace Routing::Hardware

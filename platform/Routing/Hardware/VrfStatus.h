@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "L3/VrfName.h"
+#include "Mox/NotifieeConst.h"
+
+namespace Routing::Hardware {
+
+/// What the hardware knows of one VRF. Reactors are told of a change of `vrfId`.
+class [[gnu::visibility("default")]] VrfStatus final : public Mox::PtrInterface {
+ public:
+  static constexpr Mox::Type moxType{"Routing::Hardware::VrfStatus"};
+  static constexpr Mox::AttributeId vrfIdAttribute = 259;
+
+  [[nodiscard]] static Mox::Ptr<VrfStatus> VrfStatusIs(L3::VrfName name);
+  explicit VrfStatus(L3::VrfName name) noexcept;
+  [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override;
+  [[nodiscard]] const Mox::Type* fwkType() const override;
+  ~VrfStatus() override;
+
+  [[nodiscard]] const L3::VrfName& name() const noexcept {
+    return name_;
+  }
+  /// The hardware VRF id, 0 while none has been assigned.
+  [[nodiscard]] std::uint32_t vrfId() const noexcept {
+    return vrfId_;
+  }
+  void vrfIdIs(std::uint32_t vrfId);
+
+ private:
+  L3::VrfName name_;
+  std::uint32_t vrfId_ = 0;
+  mutable Mox::ReactorList reactors_;
+};
+
+}  // namespace Routing::Hardware

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Mox/Entity.h"
+
+namespace TrafficPolicy {
+
+/// What became of the configured policy maps.
+class [[gnu::visibility("default")]] Status final : public Mox::Entity {
+ public:
+  static constexpr Mox::Type moxType{"TrafficPolicy::Status"};
+
+  [[nodiscard]] static Mox::Ptr<Status> StatusIs(const Velo::String& name) {
+    return Mox::makeActivePtr<Status>(name);
+  }
+  explicit Status(const Velo::String& name) noexcept : Entity(name) {}
+  [[nodiscard]] const Mox::Type* fwkType() const override {
+    return &moxType;
+  }
+};
+
+}  // namespace TrafficPolicy

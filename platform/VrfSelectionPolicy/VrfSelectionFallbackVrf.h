@@ -1,0 +1,46 @@
+#pragma once
+
+#include "L3/VrfName.h"
+#include "Mox/HashMap2018.h"
+#include "Mox/Ptr.h"
+#include "Velo/Publisher.h"
+
+namespace VrfSelectionPolicy {
+
+/// The configured fallback VRFs: the VRF that is tried when a lookup in another finds no route.
+/// Subscribers are told of each VRF whose fallback is added, changed or removed.
+class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox::PtrInterface {
+ public:
+  static constexpr Mox::Type moxType{"VrfSelectionPolicy::VrfSelectionFallbackVrf"};
+  static constexpr Mox::AttributeId fallbackVrfAttribute = 258;
+
+  using FallbackVrfs = Mox::HashMap2018<L3::VrfName, L3::VrfName, 0x7f4a1b35>;
+
+  [[nodiscard]] static Mox::Ptr<VrfSelectionFallbackVrf> VrfSelectionFallbackVrfIs();
+  [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override;
+  [[nodiscard]] const Mox::Type* fwkType() const override;
+  ~VrfSelectionFallbackVrf() override;
+
+  /// Makes `fallback` the fallback VRF of `vrf`.
+  void fallbackVrfIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
+  /// Removes the entry of `vrf` and gives what it held; the empty name when there was none.
+  L3::VrfName fallbackVrfDel(const L3::VrfName& vrf);
+  void fallbackVrfDelAll();
+  /// The fallback VRF of `vrf`, the empty name when it has none.
+  [[nodiscard]] L3::VrfName fallbackVrf(const L3::VrfName& vrf) const noexcept;
+  [[nodiscard]] bool fallbackVrfHas(const L3::VrfName& vrf) const noexcept;
+  [[nodiscard]] const FallbackVrfs& fallbackVrf() const noexcept {
+    return fallbackVrf_;
+  }
+
+  /// Subscribing does not change the configuration, so it is open to those who may only read.
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
+    return publisher_;
+  }
+
+ private:
+  FallbackVrfs fallbackVrf_;
+  mutable Velo::Publisher publisher_;
+};
+
+}  // namespace VrfSelectionPolicy

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Mox/Entity.h"
+
+namespace Zel {
+
+/// Base of the helpers by which the forwarding layer reaches the layer of a chip.
+class [[gnu::visibility("default")]] ZelBaseHelper : public Mox::Entity {
+ public:
+  /// The helper's name.
+  [[nodiscard]] Velo::String nameString() const override;
+
+ protected:
+  explicit ZelBaseHelper(const Velo::String& name) noexcept;
+  ~ZelBaseHelper() override;
+};
+
+}  // namespace Zel
