@@ -66,17 +66,25 @@ ARROWS = [
         standard_or_unix,
     ),
     ("platform", ["platform"], standard_or_unix),
+    (f"{LIBRARY}/trace", ["platform", f"{LIBRARY}/trace"], standard),
     (f"{LIBRARY}/values", ["platform", f"{LIBRARY}/values"], standard),
     (f"{LIBRARY}/tables", ["platform", f"{LIBRARY}/values", f"{LIBRARY}/tables"], standard),
     (
         f"{LIBRARY}/vrf",
-        ["platform", f"{LIBRARY}/values", f"{LIBRARY}/tables", f"{LIBRARY}/vrf"],
+        [
+            "platform",
+            f"{LIBRARY}/trace",
+            f"{LIBRARY}/values",
+            f"{LIBRARY}/tables",
+            f"{LIBRARY}/vrf",
+        ],
         standard,
     ),
     (
         f"{LIBRARY}/policy",
         [
             "platform",
+            f"{LIBRARY}/trace",
             f"{LIBRARY}/values",
             f"{LIBRARY}/tables",
             f"{LIBRARY}/vrf",

@@ -1,0 +1,18 @@
+#pragma once
+
+// The whole library in one include: value records, tables, the boundary to the chip, and the
+// state machines. An agent begins with `zelVrfSelectionPolicySmFactory`, the layer of a chip with
+// `VrfHelper`.
+
+#include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
+#include "ZelVrfSelectionPolicy/tables/DependentVrfInfo.h"
+#include "ZelVrfSelectionPolicy/tables/PolicySmMounts.h"
+#include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
+#include "ZelVrfSelectionPolicy/tables/VrfHwConfig.h"
+#include "ZelVrfSelectionPolicy/tables/VrfHwStatus.h"
+#include "ZelVrfSelectionPolicy/values/FailureCode.h"
+#include "ZelVrfSelectionPolicy/values/HwStatus.h"
+#include "ZelVrfSelectionPolicy/values/ProgrammingResult.h"
+#include "ZelVrfSelectionPolicy/values/VrfAction.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfSm.h"

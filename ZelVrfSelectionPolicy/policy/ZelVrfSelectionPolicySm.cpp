@@ -1,0 +1,140 @@
+#include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
+
+#include <utility>
+
+#include "ZelVrfSelectionPolicy/trace/Source.h"
+
+namespace ZelVrfSelectionPolicy {
+namespace {
+
+using TrafficPolicy::ZelTrafficPolicySm;
+
+const Duolog::Message policySmReady{
+    traceSource, 7, 302, "handlePolicySmReady", {"handlePolicySmReady"}};
+
+}  // namespace
+
+ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySm(
+    const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+    const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,
+    const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+    const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+    const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus) noexcept
+    : policyHelper_(policyHelper),
+      policySmMounts_(policySmMounts),
+      vrfHelper_(vrfHelper),
+      vrfFallbackConfig_(vrfFallbackConfig),
+      routingHwRouteStatus_(routingHwRouteStatus),
+      routing6HwRouteStatus_(routing6HwRouteStatus),
+      policySmSubscriber_(*this) {}
+
+ZelVrfSelectionPolicySm::~ZelVrfSelectionPolicySm() {
+  ZelVrfSelectionPolicySm::moxDoZombieReactors(true);
+  policySmDel();
+  vrfSmDel();
+}
+
+const Mox::Type* ZelVrfSelectionPolicySm::fwkType() const {
+  return &moxType;
+}
+
+Mox::Ptr<ZelVrfSelectionPolicySm> ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs(
+    const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+    const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,
+    const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+    const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+    const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus) {
+  return Mox::makeActivePtr<ZelVrfSelectionPolicySm>(policyHelper, policySmMounts, vrfHelper,
+                                                     vrfFallbackConfig, routingHwRouteStatus,
+                                                     routing6HwRouteStatus);
+}
+
+void ZelVrfSelectionPolicySm::hasNotificationActiveIs(bool active) {
+  if (active == hasNotificationActive()) return;
+  PtrInterface::hasNotificationActiveIs(active);
+  policySmSubscriptionIs(active);
+  if (vrfSm_) vrfSm_->hasNotificationActiveIs(active);
+}
+
+void ZelVrfSelectionPolicySm::moxDoZombieReactors(bool zombie) {
+  if (isZombie() != zombie) zombieIs(zombie);
+}
+
+void ZelVrfSelectionPolicySm::handlePolicySmReady() {
+  policySmReady();
+}
+
+void ZelVrfSelectionPolicySm::policySmDispatch(Velo::Publisher* /*publisher*/,
+                                               Velo::Subscriber* subscriber, short attributeId,
+                                               const void* /*key*/, const void* /*value*/) {
+  auto& sm = Velo::MemberSubscriber<ZelVrfSelectionPolicySm>::ownerOf(subscriber);
+  if (attributeId != ZelTrafficPolicySm::readyAttribute || sm.isZombie()) return;
+  sm.handlePolicySmReady();
+}
+
+void ZelVrfSelectionPolicySm::policySmSubscriptionIs(bool subscribed) {
+  if (!policySm_ || (policySmSubscriber_.dispatch != nullptr) == subscribed) return;
+  if (subscribed) {
+    policySmSubscriber_.dispatch = &policySmDispatch;
+    policySm_->publisher().subscriberIs(policySmSubscriber_);
+  } else {
+    policySm_->publisher().subscriberDel(policySmSubscriber_);
+    policySmSubscriber_.dispatch = nullptr;
+  }
+}
+
+void ZelVrfSelectionPolicySm::policySmInstall(Mox::Ptr<ZelTrafficPolicySm> policySm) {
+  const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
+  policySmSubscriptionIs(false);
+  policySm_ = policySm;
+  policySmSubscriptionIs(true);
+  handlePolicySmReady();
+  policySm->hasNotificationActiveIs(true);
+}
+
+Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmDel() {
+  if (!policySm_) return nullptr;
+  policySmSubscriptionIs(false);
+  Mox::Ptr<ZelTrafficPolicySm> removed;
+  removed.swap(policySm_);
+  removed->hasNotificationActiveIs(false);
+  return removed;
+}
+
+Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmIs(
+    const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
+    const Mox::Ptr<VrfHelper>& vrfHelper, const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+    const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+    const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus) {
+  const bool isPresent = vrfSm_ && vrfSm_->vrfHwConfig() == vrfHwConfig &&
+                         vrfSm_->vrfHwStatus() == vrfHwStatus && vrfSm_->vrfHelper() == vrfHelper &&
+                         vrfSm_->vrfFallbackConfig() == vrfFallbackConfig &&
+                         vrfSm_->routingHwRouteStatus() == routingHwRouteStatus &&
+                         vrfSm_->routing6HwRouteStatus() == routing6HwRouteStatus;
+  if (isPresent) return vrfSm_;
+  Mox::Ptr<VrfSm> created = VrfSm::VrfSmIs(vrfHwConfig, vrfHwStatus, vrfHelper, vrfFallbackConfig,
+                                           routingHwRouteStatus, routing6HwRouteStatus);
+  vrfSm_ = created;
+  created->hasNotificationActiveIs(true);
+  return created;
+}
+
+Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmDel() {
+  Mox::Ptr<VrfSm> removed;
+  removed.swap(vrfSm_);
+  if (removed) removed->hasNotificationActiveIs(false);
+  return removed;
+}
+
+Mox::Ptr<ZelVrfSelectionPolicySm> zelVrfSelectionPolicySmFactory(
+    const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+    const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,
+    const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+    const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+    const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus) {
+  return ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs(policyHelper, policySmMounts, vrfHelper,
+                                                            vrfFallbackConfig, routingHwRouteStatus,
+                                                            routing6HwRouteStatus);
+}
+
+}  // namespace ZelVrfSelectionPolicy

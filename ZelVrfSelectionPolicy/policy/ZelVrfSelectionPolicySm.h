@@ -1,0 +1,129 @@
+#pragma once
+
+#include "Mox/Ptr.h"
+#include "PolicyMap/PolicyMapAclHelper.h"
+#include "Quarry/Slab.h"
+#include "TrafficPolicy/ZelTrafficPolicySm.h"
+#include "Velo/Subscriber.h"
+#include "ZelVrfSelectionPolicy/tables/PolicySmMounts.h"
+#include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
+
+namespace ZelVrfSelectionPolicy {
+
+/// The library's top object, the one that the agent creates.
+///
+/// It holds the inputs that both halves of the feature share, and owns the two state machines that
+/// do the work: the platform's traffic-policy state machine, which compiles policies into
+/// classification hardware, and `VrfSm`, which manages the hardware VRF resources that they use.
+/// It makes neither by itself: the agent installs each, in either order, and removes it again.
+/// Destruction ends the traffic-policy machine first, so that no policy change reaches a
+/// half-destroyed `VrfSm`.
+class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
+    : public Mox::PtrInterface,
+      public Quarry::SlabAllocated<ZelVrfSelectionPolicySm> {
+ public:
+  static constexpr const char* typeName = "ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm";
+  static constexpr Mox::Type moxType{typeName};
+
+  /// Use `ZelVrfSelectionPolicySmIs`, or derive. Reads nothing from the inputs.
+  ZelVrfSelectionPolicySm(const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+                          const Mox::Ptr<PolicySmMounts>& policySmMounts,
+                          const Mox::Ptr<VrfHelper>& vrfHelper,
+                          const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+                          const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+                          const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus) noexcept;
+
+  /// Observes the readiness of `policySm` or not, and passes the word on to `vrfSm`. The
+  /// notifications of `policySm` itself are not switched.
+  void hasNotificationActiveIs(bool active) override;
+  [[nodiscard]] const Mox::Type* fwkType() const override;
+  ~ZelVrfSelectionPolicySm() override;
+  virtual void moxDoZombieReactors(bool zombie);
+  /// The traffic-policy state machine was installed, or its readiness changed. Does nothing but
+  /// trace; override it to act.
+  virtual void handlePolicySmReady();
+
+  /// A new object without state machines, with its notifications on.
+  [[nodiscard]] static Mox::Ptr<ZelVrfSelectionPolicySm> ZelVrfSelectionPolicySmIs(
+      const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+      const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,
+      const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+      const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+      const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
+
+  // What it was built with.
+  [[nodiscard]] const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper() const noexcept {
+    return policyHelper_;
+  }
+  [[nodiscard]] const Mox::Ptr<PolicySmMounts>& policySmMounts() const noexcept {
+    return policySmMounts_;
+  }
+  [[nodiscard]] const Mox::Ptr<VrfHelper>& vrfHelper() const noexcept {
+    return vrfHelper_;
+  }
+  [[nodiscard]] const VrfSm::FallbackConfigPtr& vrfFallbackConfig() const noexcept {
+    return vrfFallbackConfig_;
+  }
+  [[nodiscard]] const VrfSm::RouteStatusPtr& routingHwRouteStatus() const noexcept {
+    return routingHwRouteStatus_;
+  }
+  [[nodiscard]] const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus() const noexcept {
+    return routing6HwRouteStatus_;
+  }
+
+  /// The traffic-policy state machine, null when none is installed.
+  [[nodiscard]] const Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm>& policySm() const noexcept {
+    return policySm_;
+  }
+  /// Takes the traffic-policy state machine out, silenced; null when there was none. It is
+  /// destroyed when the last reference goes.
+  Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmDel();
+
+  /// The VRF state machine, null when none is installed.
+  [[nodiscard]] const Mox::Ptr<VrfSm>& vrfSm() const noexcept {
+    return vrfSm_;
+  }
+  /// The VRF state machine on these very objects: the present one if it was built with them,
+  /// otherwise a new one, complete before the old one is released. Hardware resources and statuses
+  /// stay. What its construction throws passes through; the old one is then kept.
+  Mox::Ptr<VrfSm> vrfSmIs(
+      const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
+      const Mox::Ptr<VrfHelper>& vrfHelper, const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+      const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+      const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
+  /// Takes the VRF state machine out, silenced; null when there was none.
+  Mox::Ptr<VrfSm> vrfSmDel();
+
+ protected:
+  /// Puts a new traffic-policy state machine in place of the present one, whose readiness is no
+  /// longer observed, and reports that it is there.
+  void policySmInstall(Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySm);
+
+ private:
+  static void policySmDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
+                               short attributeId, const void* key, const void* value);
+  void policySmSubscriptionIs(bool subscribed);
+
+  // In the order of declaration that destruction reverses.
+  Mox::Ptr<PolicyMap::PolicyMapAclHelper> policyHelper_;
+  Mox::Ptr<PolicySmMounts> policySmMounts_;
+  Mox::Ptr<VrfHelper> vrfHelper_;
+  VrfSm::FallbackConfigPtr vrfFallbackConfig_;
+  VrfSm::RouteStatusPtr routingHwRouteStatus_;
+  VrfSm::RouteStatus6Ptr routing6HwRouteStatus_;
+  Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySm_;
+  Mox::Ptr<VrfSm> vrfSm_;
+  Velo::MemberSubscriber<ZelVrfSelectionPolicySm> policySmSubscriber_;
+};
+
+/// A new top object, as `ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs` makes it.
+[[nodiscard, gnu::visibility("default")]] Mox::Ptr<ZelVrfSelectionPolicySm>
+zelVrfSelectionPolicySmFactory(const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+                               const Mox::Ptr<PolicySmMounts>& policySmMounts,
+                               const Mox::Ptr<VrfHelper>& vrfHelper,
+                               const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+                               const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+                               const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
+
+}  // namespace ZelVrfSelectionPolicy

@@ -1,0 +1,19 @@
+#include "ZelVrfSelectionPolicy/tables/PolicySmMounts.h"
+
+namespace ZelVrfSelectionPolicy {
+
+const Mox::Type* PolicySmMounts::fwkType() const {
+  return &moxType;
+}
+
+PolicySmMounts::~PolicySmMounts() = default;
+
+Mox::Ptr<PolicySmMounts> PolicySmMounts::PolicySmMountsIs() {
+  return Mox::makeActivePtr<PolicySmMounts>();
+}
+
+Mox::Ptr<PolicySmMounts> policySmMountsFactory() {
+  return PolicySmMounts::PolicySmMountsIs();
+}
+
+}  // namespace ZelVrfSelectionPolicy

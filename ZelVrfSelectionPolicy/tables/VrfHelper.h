@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Mox/Ptr.h"
+#include "Routing/Hardware/RouteStatus.h"
+#include "Routing6/Hardware/RouteStatus.h"
+#include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
+#include "Zel/ZelBaseHelper.h"
+#include "ZelVrfSelectionPolicy/values/HwStatus.h"
+#include "ZelVrfSelectionPolicy/values/VrfAction.h"
+
+namespace ZelVrfSelectionPolicy {
+
+/// The boundary to the layer of a chip: derive from it to bring VRF selection policy to a chip.
+///
+/// The VRF state machine calls the three hooks, on the agent's event-loop thread and synchronously;
+/// the outcome is used at once, so a hook must not return before it knows it. For one action the
+/// order is: one `createVrf`; any number of `updateVrf`; one `deleteVrf`; and again. An action
+/// whose creation failed is still created in this sense: it is updated, and deleted, like any
+/// other, and an update may well succeed where the creation did not. Creation is not retried.
+///
+/// A failure is data in the returned record, never an exception: `status` "programmingFailure", a
+/// `failureReason`, and a `failureDescription` that an operator understands. The record is
+/// published as it is returned.
+///
+/// What a hook programs depends on the action's fields and on facts about the VRFs that they name,
+/// which it reads at that moment: their hardware VRF ids, prefix lengths in exact match, fallback
+/// VRFs and the decapsulation flags. The three references below lead there. When a fact changes,
+/// `updateVrf` is called for every action that depends on it, possibly more than once and also
+/// when nothing that matters to this chip changed, so an update must be idempotent.
+///
+/// A hook may change the tables and the configuration that the library reacts to. What it changes
+/// about another action is handled before the hook returns; what it changes about the count of the
+/// action that is being created or deleted is handled when that is complete.
+///
+/// Hardware resources outlive the state machine that asked for them: neither its destruction nor
+/// its replacement calls a hook.
+///
+///     class MyChip final : public VrfHelper { ... };
+///     Mox::Ptr<VrfHelper> chip = Mox::makePtr<MyChip>(fallback, routes, routes6);
+class [[gnu::visibility("default")]] VrfHelper : public Zel::ZelBaseHelper {
+ public:
+  static constexpr Mox::Type moxType{"ZelVrfSelectionPolicy::VrfHelper"};
+  static constexpr Mox::AttributeId vrfFallbackConfigAttribute = 386;
+  static constexpr Mox::AttributeId routingHwRouteStatusAttribute = 387;
+  static constexpr Mox::AttributeId routing6HwRouteStatusAttribute = 388;
+  static constexpr Mox::AttributeId createVrfAttribute = 389;
+  static constexpr Mox::AttributeId updateVrfAttribute = 390;
+  static constexpr Mox::AttributeId deleteVrfAttribute = 391;
+
+  [[nodiscard]] const Mox::Type* fwkType() const override;
+  ~VrfHelper() override;
+
+  /// Allocates and programs the hardware VRF resource for all fields of `action`, which has none.
+  [[nodiscard]] virtual HwStatus createVrf(const VrfAction& action) = 0;
+  /// Programs the existing resource of `action` anew, by the facts as they are now.
+  [[nodiscard]] virtual HwStatus updateVrf(const VrfAction& action) = 0;
+  /// Frees the resource of `action`. Also called, before the process stops, for an action that was
+  /// never created.
+  virtual void deleteVrf(const VrfAction& action) = 0;
+
+  /// The configured fallback VRFs.
+  [[nodiscard]] const Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf const>&
+  vrfFallbackConfig() const noexcept {
+    return vrfFallbackConfig_;
+  }
+  /// What the hardware knows of IPv4 routes, VRF ids included.
+  [[nodiscard]] const Mox::Ptr<Routing::Hardware::RouteStatus const>& routingHwRouteStatus()
+      const noexcept {
+    return routingHwRouteStatus_;
+  }
+  /// What the hardware knows of IPv6 routes.
+  [[nodiscard]] const Mox::Ptr<Routing6::Hardware::RouteStatus const>& routing6HwRouteStatus()
+      const noexcept {
+    return routing6HwRouteStatus_;
+  }
+
+ protected:
+  VrfHelper(const Velo::String& name,
+            const Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf const>& vrfFallbackConfig,
+            const Mox::Ptr<Routing::Hardware::RouteStatus const>& routingHwRouteStatus,
+            const Mox::Ptr<Routing6::Hardware::RouteStatus const>& routing6HwRouteStatus) noexcept;
+
+ private:
+  Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf const> vrfFallbackConfig_;
+  Mox::Ptr<Routing::Hardware::RouteStatus const> routingHwRouteStatus_;
+  Mox::Ptr<Routing6::Hardware::RouteStatus const> routing6HwRouteStatus_;
+};
+
+}  // namespace ZelVrfSelectionPolicy

@@ -1,0 +1,91 @@
+#include "ZelVrfSelectionPolicy/tables/VrfHwStatus.h"
+
+#include <utility>
+
+namespace ZelVrfSelectionPolicy {
+
+Velo::NotifieeListDescriptor VrfHwStatus::notifieeList() const {
+  return publisher_.notifieeList(this);
+}
+
+const Mox::Type* VrfHwStatus::fwkType() const { return &moxType; }
+
+VrfHwStatus::~VrfHwStatus() = default;
+
+Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() { return Mox::makeActivePtr<VrfHwStatus>(); }
+
+void VrfHwStatus::hwStatusIs(const VrfAction& action, const HwStatus& status) {
+  const auto [at, inserted] = hwStatus_.insert(action, status);
+  if (inserted) {
+    try {
+      actionsByVrf_.insert(at, action);
+    } catch (...) {
+      hwStatus_.erase(action);
+      throw;
+    }
+  } else {
+    if (hwStatus_.value(at) == status) return;
+    hwStatus_.value(at) = status;
+  }
+  // Copies, since a subscriber may delete the entry that the caller's references lead to.
+  const VrfAction key = hwStatus_.key(at);
+  const HwStatus value = status;
+  publisher_.publish(hwStatusAttribute, &key, &value);
+}
+
+HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
+  const HwStatuses::Position at = hwStatus_.position(action);
+  if (at == HwStatuses::none) return {};
+  actionsByVrf_.erase(at, action);
+  for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
+    if (watch->watched_ == at) watch->wasRemoved_ = true;
+  }
+  const auto erased = hwStatus_.erase(action);
+  publisher_.publish(hwStatusAttribute, &erased->first, nullptr);
+  return erased->second;
+}
+
+void VrfHwStatus::hwStatusDelAll() {
+  const Mox::Ptr<VrfHwStatus> alive(this);
+  if (publisher_.hasSubscribers()) {
+    for (auto entry = hwStatus_.iterator(); entry; ++entry) hwStatusDel(entry.key());
+    return;
+  }
+  for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
+    watch->wasRemoved_ = watch->wasRemoved_ || watch->watched_ != HwStatuses::none;
+  }
+  actionsByVrf_.clear();
+  hwStatus_.clear();
+}
+
+HwStatus VrfHwStatus::hwStatus(const VrfAction& action) const noexcept {
+  const HwStatus* status = hwStatus_.find(action);
+  return status == nullptr ? HwStatus() : *status;
+}
+
+bool VrfHwStatus::hwStatusHas(const VrfAction& action) const noexcept {
+  return hwStatus_.has(action);
+}
+
+VrfHwStatus::ActionsNaming::ActionsNaming(Mox::Ptr<VrfHwStatus> statuses,
+                                          const L3::VrfName& vrfName) noexcept
+    : statuses_(std::move(statuses)), walk_(statuses_->actionsByVrf_, vrfName) {}
+
+std::optional<VrfAction> VrfHwStatus::ActionsNaming::next() noexcept {
+  const ActionsByVrf::Position at = walk_.next();
+  if (at == ActionsByVrf::none) return std::nullopt;
+  return statuses_->hwStatus_.key(at);
+}
+
+VrfHwStatus::EntryWatch::EntryWatch(VrfHwStatus& statuses, const VrfAction& action) noexcept
+    : statuses_(statuses),
+      watched_(statuses.hwStatus_.position(action)),
+      outer_(statuses.innermostWatch_) {
+  statuses.innermostWatch_ = this;
+}
+
+VrfHwStatus::EntryWatch::~EntryWatch() { statuses_.innermostWatch_ = outer_; }
+
+Mox::Ptr<VrfHwStatus> vrfHwStatusFactory() { return VrfHwStatus::VrfHwStatusIs(); }
+
+}  // namespace ZelVrfSelectionPolicy

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <optional>
+
+#include "Mox/HashMap2018.h"
+#include "Mox/Ptr.h"
+#include "Quarry/Slab.h"
+#include "Velo/Publisher.h"
+#include "ZelVrfSelectionPolicy/tables/ActionsByVrf.h"
+#include "ZelVrfSelectionPolicy/values/HwStatus.h"
+#include "ZelVrfSelectionPolicy/values/VrfAction.h"
+
+namespace ZelVrfSelectionPolicy {
+
+/// The last reported outcome for each VRF action that has a hardware VRF resource.
+///
+/// Written by the VRF state machine alone, read by whoever shows or waits for the outcome. That an
+/// action has an entry is also the record that its resource exists, programmed or not. Subscribers
+/// are told, after each real change, the key of the entry that changed; they may change the table
+/// from inside the call, and may release it.
+///
+///     if (statuses->hwStatusHas(action)) show(statuses->hwStatus(action));
+class [[gnu::visibility("default")]] VrfHwStatus final
+    : public Mox::PtrInterface,
+      public Quarry::SlabAllocated<VrfHwStatus> {
+ public:
+  static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwStatus";
+  static constexpr Mox::Type moxType{typeName};
+  /// Number of the attribute `hwStatus`, published with each change.
+  static constexpr Mox::AttributeId hwStatusAttribute = 130;
+
+  using HwStatuses = Mox::HashMap2018<VrfAction, HwStatus, 0x7b6bc380>;
+
+  /// The change publisher's descriptor, of kind `publisher`.
+  [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override;
+  [[nodiscard]] const Mox::Type* fwkType() const override;
+  ~VrfHwStatus() override;
+
+  /// A new empty table.
+  [[nodiscard]] static Mox::Ptr<VrfHwStatus> VrfHwStatusIs();
+
+  /// Stores `status` for `action`, inserting it if absent.
+  void hwStatusIs(const VrfAction& action, const HwStatus& status);
+  /// Removes the entry; returns the status that it had, a default one if absent.
+  HwStatus hwStatusDel(const VrfAction& action);
+  /// Removes every entry, telling subscribers of each.
+  void hwStatusDelAll();
+
+  /// The status of `action`, a default one if absent.
+  [[nodiscard]] HwStatus hwStatus(const VrfAction& action) const noexcept;
+  [[nodiscard]] bool hwStatusHas(const VrfAction& action) const noexcept;
+  /// The whole collection, to look at and walk over.
+  [[nodiscard]] const HwStatuses& hwStatus() const noexcept { return hwStatus_; }
+
+  /// Subscribing does not change the table, so it is open to those who may only read.
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
+
+  /// A walk over the actions that name a VRF in any field, which looks at no others. It holds the
+  /// table, and survives any change of it: see `ActionsByVrf`.
+  class [[gnu::visibility("default")]] ActionsNaming {
+   public:
+    ActionsNaming(Mox::Ptr<VrfHwStatus> statuses, const L3::VrfName& vrfName) noexcept;
+    /// A copy of the next action; nothing at the end.
+    [[nodiscard]] std::optional<VrfAction> next() noexcept;
+
+   private:
+    Mox::Ptr<VrfHwStatus> statuses_;
+    ActionsByVrf::Walk walk_;
+  };
+
+  /// Tells whether an action's entry has been removed since, even if there is one again. It must
+  /// not outlive the table.
+  class [[gnu::visibility("default")]] EntryWatch {
+   public:
+    EntryWatch(VrfHwStatus& statuses, const VrfAction& action) noexcept;
+    EntryWatch(const EntryWatch&) = delete;
+    EntryWatch& operator=(const EntryWatch&) = delete;
+    ~EntryWatch();
+
+    [[nodiscard]] bool wasRemoved() const noexcept { return wasRemoved_; }
+
+   private:
+    friend class VrfHwStatus;
+    VrfHwStatus& statuses_;
+    ActionsByVrf::Position watched_;
+    bool wasRemoved_ = false;
+    EntryWatch* outer_;
+  };
+
+ private:
+  HwStatuses hwStatus_;
+  ActionsByVrf actionsByVrf_;
+  EntryWatch* innermostWatch_ = nullptr;
+  mutable Velo::Publisher publisher_;
+};
+
+/// A new empty table of statuses.
+[[nodiscard, gnu::visibility("default")]] Mox::Ptr<VrfHwStatus> vrfHwStatusFactory();
+
+}  // namespace ZelVrfSelectionPolicy

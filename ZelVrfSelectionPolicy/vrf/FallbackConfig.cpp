@@ -1,0 +1,63 @@
+// How the fallback configuration is followed. What was handled last for each VRF is kept, since
+// the configuration holds only the new value and the old one has to be unlinked.
+
+#include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfSmMessages.h"
+
+namespace ZelVrfSelectionPolicy {
+
+void VrfSm::handleVrfFallbackConfig(L3::VrfName vrf) {
+  const Mox::Ptr<VrfSm> alive(this);
+  vrfSmMessages.fallbackChange(vrf.bytes());
+  handleVrfUpdates(vrf, true);
+
+  const bool handled = fallbackVrfInfo_.has(vrf);
+  const bool configured = vrfFallbackConfig_->fallbackVrfHas(vrf);
+  const L3::VrfName before = fallbackVrfInfo(vrf);
+  const L3::VrfName now = vrfFallbackConfig_->fallbackVrf(vrf);
+  if (handled && configured && before == now) {
+    vrfSmMessages.fallbackAlreadyHandled();
+    return;
+  }
+  // The new link comes before the old one goes, so that the VRF is never missing from both.
+  if (configured) dependencyIs(vrf, now);
+  if (handled || !configured) dependencyDel(vrf, before);
+  if (configured) {
+    fallbackVrfInfoIs(vrf, now);
+  } else {
+    fallbackVrfInfoDel(vrf);
+  }
+}
+
+void VrfSm::dependencyIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
+  if (fallback.isDefaultVrf()) return;
+  dependentVrfInfoIs(fallback)->dependentVrfsIs(vrf);
+}
+
+void VrfSm::dependencyDel(const L3::VrfName& vrf, const L3::VrfName& fallback) {
+  if (fallback.isDefaultVrf()) return;
+  const Mox::Ptr<DependentVrfInfo> record = dependentVrfInfoIs(fallback);
+  record->dependentVrfsDel(vrf);
+  if (record->dependentVrfs().count() == 0) dependentVrfInfoDel(fallback);
+}
+
+void VrfSm::fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
+  const auto [at, inserted] = fallbackVrfInfo_.insert(vrf, fallback);
+  if (!inserted) fallbackVrfInfo_.value(at) = fallback;
+}
+
+L3::VrfName VrfSm::fallbackVrfInfoDel(const L3::VrfName& vrf) {
+  const auto erased = fallbackVrfInfo_.erase(vrf);
+  return erased ? erased->second : L3::VrfName();
+}
+
+void VrfSm::fallbackVrfInfoDelAll() noexcept {
+  fallbackVrfInfo_.clear();
+}
+
+L3::VrfName VrfSm::fallbackVrfInfo(const L3::VrfName& vrf) const noexcept {
+  const L3::VrfName* found = fallbackVrfInfo_.find(vrf);
+  return found == nullptr ? L3::VrfName() : *found;
+}
+
+}  // namespace ZelVrfSelectionPolicy

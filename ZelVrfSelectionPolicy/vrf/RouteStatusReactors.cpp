@@ -1,0 +1,84 @@
+#include "ZelVrfSelectionPolicy/vrf/RouteStatusReactors.h"
+
+#include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
+
+namespace ZelVrfSelectionPolicy {
+
+using RouteStatus = Routing::Hardware::RouteStatus;
+using RouteStatus6 = Routing6::Hardware::RouteStatus;
+
+VrfSm::MoxRoutingHwRouteStatus::MoxRoutingHwRouteStatus(const RouteStatusPtr& status, VrfSm* owner)
+    : NotifieeConst(status), owner_(owner) {
+  isRegisteredIs(true);
+}
+
+VrfSm::MoxRoutingHwRouteStatus::~MoxRoutingHwRouteStatus() {
+  moxDoZombieReactors(true);
+}
+
+VrfSm::RouteStatusPtr VrfSm::MoxRoutingHwRouteStatus::status() const noexcept {
+  return RouteStatusPtr(notifierAs<RouteStatus>());
+}
+
+void VrfSm::MoxRoutingHwRouteStatus::onAttribute(Mox::AttributeId attributeId, const void* key) {
+  if (!notifier() || owner_ == nullptr) return;
+  switch (attributeId) {
+    case RouteStatus::vrfStatusAttribute:
+      followVrfStatus(*static_cast<const L3::VrfName*>(key));
+      break;
+    case RouteStatus::prefixLensAttribute:
+      followPrefixLens(*static_cast<const Velo::String*>(key));
+      break;
+    case RouteStatus::decapNhFallbackEnabledAttribute:
+      if (!isZombie()) owner_->handleDecapNhFallback();
+      break;
+    case RouteStatus::decapNhEnabledAttribute:
+      if (!isZombie()) owner_->handleDecapNh();
+      break;
+    default:
+      break;
+  }
+}
+
+void VrfSm::MoxRoutingHwRouteStatus::followVrfStatus(const L3::VrfName& name) {
+  if (const VrfStatusPtr vrfStatus = status()->vrfStatus(name)) {
+    owner_->vrfInstanceIs(vrfStatus);
+  } else {
+    owner_->vrfInstanceDel(name);
+  }
+}
+
+void VrfSm::MoxRoutingHwRouteStatus::followPrefixLens(const Velo::String& name) {
+  if (const PrefixLensPtr prefixLens = status()->vrfPrefixLensInExactMatch(name)) {
+    owner_->vrfPrefixLensInExactMatchIs(prefixLens);
+  } else {
+    owner_->vrfPrefixLensInExactMatchDel(name);
+  }
+}
+
+VrfSm::MoxRouting6HwRouteStatus::MoxRouting6HwRouteStatus(const RouteStatus6Ptr& status,
+                                                          VrfSm* owner)
+    : NotifieeConst(status), owner_(owner) {
+  isRegisteredIs(true);
+}
+
+VrfSm::MoxRouting6HwRouteStatus::~MoxRouting6HwRouteStatus() {
+  moxDoZombieReactors(true);
+}
+
+VrfSm::RouteStatus6Ptr VrfSm::MoxRouting6HwRouteStatus::status() const noexcept {
+  return RouteStatus6Ptr(notifierAs<RouteStatus6>());
+}
+
+void VrfSm::MoxRouting6HwRouteStatus::onAttribute(Mox::AttributeId attributeId, const void* key) {
+  if (attributeId != RouteStatus6::prefixLensAttribute) return;
+  if (!notifier() || owner_ == nullptr) return;
+  const auto& name = *static_cast<const Velo::String*>(key);
+  if (const PrefixLensPtr prefixLens = status()->vrfPrefixLensInExactMatch(name)) {
+    owner_->vrfPrefixLensInExactMatchV6Is(prefixLens);
+  } else {
+    owner_->vrfPrefixLensInExactMatchV6Del(name);
+  }
+}
+
+}  // namespace ZelVrfSelectionPolicy

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Mox/NotifieeConst.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
+
+namespace ZelVrfSelectionPolicy {
+
+// The two reactors by which a VRF state machine follows the hardware route status. A notification
+// does not tell an addition from a removal: the reactor looks the key up in the present state.
+// The machine clears the reactor's way back to it before it goes.
+
+/// Follows the IPv4 route status: VRF statuses, prefix lengths and decapsulation flags.
+class VrfSm::MoxRoutingHwRouteStatus final
+    : public Mox::PtrInterface::NotifieeConst,
+      public Quarry::SlabAllocated<VrfSm::MoxRoutingHwRouteStatus> {
+ public:
+  static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfSm::MoxRoutingHwRouteStatus";
+
+  MoxRoutingHwRouteStatus(const RouteStatusPtr& status, VrfSm* owner);
+  ~MoxRoutingHwRouteStatus() override;
+  void onAttribute(Mox::AttributeId attributeId, const void* key) override;
+
+  [[nodiscard]] RouteStatusPtr status() const noexcept;
+  void ownerIs(VrfSm* owner) noexcept { owner_ = owner; }
+
+ private:
+  void followVrfStatus(const L3::VrfName& name);
+  void followPrefixLens(const Velo::String& name);
+
+  VrfSm* owner_;
+};
+
+/// Follows the IPv6 route status: prefix lengths only.
+class VrfSm::MoxRouting6HwRouteStatus final
+    : public Mox::PtrInterface::NotifieeConst,
+      public Quarry::SlabAllocated<VrfSm::MoxRouting6HwRouteStatus> {
+ public:
+  static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfSm::MoxRouting6HwRouteStatus";
+
+  MoxRouting6HwRouteStatus(const RouteStatus6Ptr& status, VrfSm* owner);
+  ~MoxRouting6HwRouteStatus() override;
+  void onAttribute(Mox::AttributeId attributeId, const void* key) override;
+
+  [[nodiscard]] RouteStatus6Ptr status() const noexcept;
+  void ownerIs(VrfSm* owner) noexcept { owner_ = owner; }
+
+ private:
+  VrfSm* owner_;
+};
+
+}  // namespace ZelVrfSelectionPolicy

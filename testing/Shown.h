@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "ZelVrfSelectionPolicy/values/HwStatus.h"
+#include "ZelVrfSelectionPolicy/values/VrfAction.h"
+
+namespace ZelVrfSelectionPolicy::Testing {
+
+/// A record as journals show it: short enough to compare at a glance, and different for different
+/// records. An action of type "look up in a VRF" without further names is just its VRF name;
+/// otherwise the names and the type follow, as in `red>blue>green:actionDecapVrf`.
+[[nodiscard]] std::string shown(const VrfAction& action);
+
+/// "ok" for a default record; otherwise result, reason and quoted description.
+[[nodiscard]] std::string shown(const HwStatus& status);
+
+}  // namespace ZelVrfSelectionPolicy::Testing
