@@ -1,0 +1,84 @@
+#include "agent/config/JsonText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "agent/config/ConfigError.h"
+
+namespace ZelAgent {
+namespace {
+
+std::string errorOf(const std::string& text) {
+  try {
+    const auto document = parseJson(text, "f.json");
+    return "no error, but " + document.dump();
+  } catch (const ConfigError& error) {
+    return error.what();
+  }
+}
+
+TEST(JsonText, ReadsWellFormedText) {
+  EXPECT_EQ(parseJson(R"( {"a": [1, {"b": null}], "c": {"b": 2}} )", "f").dump(),
+            R"({"a":[1,{"b":null}],"c":{"b":2}})");
+}
+
+TEST(JsonText, GivesLineAndColumnOfMalformedText) {
+  EXPECT_EQ(errorOf(""),
+            "f.json:1:1: malformed JSON: while parsing value - unexpected end of input; expected "
+            "'[', '{', or a literal");
+  EXPECT_EQ(errorOf("{\n  \"a\": 1,\n  oops\n}"),
+            "f.json:3:3: malformed JSON: while parsing object key - invalid literal; last read: "
+            "'1,<U+000A>  o'; expected string literal");
+  EXPECT_EQ(errorOf("{} {}"),
+            "f.json:1:4: malformed JSON: while parsing value - unexpected '{'; expected end of "
+            "input");
+}
+
+TEST(JsonText, CountsColumnsInCharacters) {
+  EXPECT_EQ(errorOf("{\"åå\": ?}").substr(0, 12), "f.json:1:8: ");
+}
+
+TEST(JsonText, ErrorsStayOnePrintableLine) {
+  for (const std::string& text :
+       {std::string("\"a\nb\""), std::string("\"\xff\""), std::string("{\"\x1b[31m\": 1"),
+        std::string("[1e999]"), "\"" + std::string(5000, 'x'), std::string(5000, '[')}) {
+    const std::string error = errorOf(text);
+    EXPECT_EQ(error.find_first_of("\n\x1b\xff"), std::string::npos) << error;
+    EXPECT_LT(error.size(), 500U);
+    EXPECT_EQ(error.rfind("f.json:1:", 0), 0U) << error;
+  }
+}
+
+TEST(JsonText, RefusesAMemberGivenTwiceWhereTheSecondStands) {
+  EXPECT_EQ(errorOf("{\"a\": 1,\n  \"a\": 2}"),
+            "f.json:2:3: member \"a\" is given twice in one object; give each member once");
+  EXPECT_EQ(errorOf(R"([{"x\"y": {"z": 1}, "x\"y": 2}])").substr(0, 13), "f.json:1:21: ");
+}
+
+TEST(JsonText, TakesTheSameMemberInDifferentObjects) {
+  EXPECT_EQ(parseJson(R"({"a": {"a": 1}, "b": [{"a": 1}, {"a": 1}]})", "f").size(), 2U);
+}
+
+TEST(JsonText, TellsWhyAFileCannotBeRead) {
+  const std::string missing = ::testing::TempDir() + "no-such-file.json";
+  try {
+    (void)readJsonFile(missing);
+    FAIL() << "a missing file was read";
+  } catch (const ConfigError& error) {
+    EXPECT_EQ(std::string(error.what()),
+              missing + ": cannot be read: No such file or directory; give a readable JSON file");
+  }
+  try {
+    (void)readJsonFile(::testing::TempDir());
+    FAIL() << "a directory was read";
+  } catch (const ConfigError& error) {
+    EXPECT_EQ(std::string(error.what()),
+              ::testing::TempDir() + ": cannot be read: Is a directory; give a readable JSON file");
+  }
+}
+
+}  // namespace
+}  // namespace ZelAgent
