@@ -1,0 +1,47 @@
+// Why: what the agent shows is the same whether it is shown as a table, as JSON or over a socket.
+// Always: a plain snapshot, taken from the tables and the chip at one moment and not from the
+// configuration; actions come in the order of their names.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "ZelVrfSelectionPolicy/values/HwStatus.h"
+#include "agent/VrfActions.h"
+#include "chips/soft/SoftVrfHelper.h"
+
+namespace ZelAgent {
+
+struct ActionState {
+  VrfAction action;
+  std::uint32_t users = 0;  // the count that the library was told
+  std::set<ActionUser> usedBy;
+  ZelVrfSelectionPolicy::HwStatus status;
+  std::optional<SoftChip::VrfResource> resource;  // none where the chip has made none
+  bool resourceIsCurrent = true;  // false where the chip would be programmed otherwise now
+};
+
+struct ChipState {
+  std::uint32_t capacity = 0;
+  std::uint32_t used = 0;
+  SoftChip::HookCounts hookCounts;
+};
+
+struct AgentState {
+  std::vector<ActionState> actions;
+  ChipState chip;
+};
+
+// Whether the chip has reported for any action that it is not programmed.
+[[nodiscard]] inline bool hasFailedAction(const AgentState& state) {
+  for (const ActionState& action : state.actions) {
+    if (action.status.status() == ZelVrfSelectionPolicy::ProgrammingResult::programmingFailure) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace ZelAgent

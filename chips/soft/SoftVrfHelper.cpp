@@ -1,0 +1,113 @@
+#include "chips/soft/SoftVrfHelper.h"
+
+#include <ostream>
+#include <string>
+#include <utility>
+
+namespace SoftChip {
+namespace {
+
+using ZelVrfSelectionPolicy::FailureCode;
+using ZelVrfSelectionPolicy::HwStatus;
+using ZelVrfSelectionPolicy::ProgrammingResult;
+
+HwStatus failure(FailureCode reason, const std::string& description) {
+  HwStatus status;
+  status.statusIs(ProgrammingResult::programmingFailure);
+  status.failureReasonIs(reason);
+  status.failureDescriptionIs(description);
+  return status;
+}
+
+HwStatus noIdFailure(const L3::VrfName& vrf) {
+  return failure(FailureCode::failureVrfResourceAlloc,
+                 "VRF \"" + vrf.str() +
+                     "\" has no hardware VRF id; the action is programmed when it gets one");
+}
+
+HwStatus exhaustedFailure(std::size_t used, std::uint32_t capacity) {
+  return failure(FailureCode::failureVrfResourceExhausted,
+                 "all VRF resources of the chip are in use (" + std::to_string(used) + " of " +
+                     std::to_string(capacity) +
+                     "); free one, and the action is programmed at the next change of its VRFs");
+}
+
+HwStatus faultFailure() {
+  return failure(FailureCode::failureVrfResourceAlloc,
+                 "the chip refused the request (a planned fault); the action is programmed at the "
+                 "next change of its VRFs");
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& stream, const VrfResource& resource) {
+  return stream << "resource " << resource.index << ": " << resource.program;
+}
+
+SoftVrfHelper::SoftVrfHelper(const Velo::String& name, const ProgramInputs& inputs,
+                             std::uint32_t capacity)
+    : VrfHelper(name, inputs.fallbackConfig, inputs.routeStatus, inputs.routeStatusV6),
+      capacity_(capacity) {}
+
+SoftVrfHelper::~SoftVrfHelper() = default;
+
+HwStatus SoftVrfHelper::createVrf(const VrfAction& action) {
+  ++hookCounts_.creates;
+  return program(action);
+}
+
+HwStatus SoftVrfHelper::updateVrf(const VrfAction& action) {
+  ++hookCounts_.updates;
+  return program(action);
+}
+
+void SoftVrfHelper::deleteVrf(const VrfAction& action) {
+  ++hookCounts_.deletes;
+  release(action);
+}
+
+const VrfResource* SoftVrfHelper::resource(const VrfAction& action) const {
+  const auto found = resources_.find(action);
+  return found == resources_.end() ? nullptr : &found->second;
+}
+
+VrfProgram SoftVrfHelper::currentProgram(const VrfAction& action) const {
+  return programOf(action, {vrfFallbackConfig(), routingHwRouteStatus(), routing6HwRouteStatus()});
+}
+
+HwStatus SoftVrfHelper::program(const VrfAction& action) {
+  HwStatus status = programNow(action);
+  if (status.status() == ProgrammingResult::programmingFailure) ++hookCounts_.failures;
+  return status;
+}
+
+HwStatus SoftVrfHelper::programNow(const VrfAction& action) {
+  if (faultPlan_.takeFault(action.vrfName())) return faultFailure();
+  VrfProgram wanted = currentProgram(action);
+  if (const L3::VrfName vrf = vrfWithoutId(wanted); !vrf.empty()) {
+    release(action);
+    return noIdFailure(vrf);
+  }
+  const auto present = resources_.find(action);
+  if (present != resources_.end()) {
+    present->second.program = std::move(wanted);
+    return {};
+  }
+  if (resources_.size() >= capacity_) return exhaustedFailure(resources_.size(), capacity_);
+  resources_.emplace(action, VrfResource{takeLowestFreeIndex(), std::move(wanted)});
+  return {};
+}
+
+void SoftVrfHelper::release(const VrfAction& action) {
+  const auto found = resources_.find(action);
+  if (found == resources_.end()) return;
+  freedIndexes_.insert(found->second.index);
+  resources_.erase(found);
+}
+
+std::uint32_t SoftVrfHelper::takeLowestFreeIndex() {
+  if (freedIndexes_.empty()) return nextIndex_++;
+  return freedIndexes_.extract(freedIndexes_.begin()).value();
+}
+
+}  // namespace SoftChip

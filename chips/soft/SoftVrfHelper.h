@@ -1,0 +1,90 @@
+// Why: the library drives a chip through three hooks. This chip is software: it needs no hardware,
+// shows all that it was told, and fails on request, so agents and tests run on it.
+// Always: an action has at most one resource and a resource one action; there are never more
+// resources than the capacity was when the last of them was made; deleteVrf leaves nothing of the
+// action behind.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <map>
+#include <set>
+
+#include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
+#include "chips/soft/FaultPlan.h"
+#include "chips/soft/VrfProgram.h"
+
+namespace SoftChip {
+
+// One entry of the chip's table.
+struct VrfResource {
+  std::uint32_t index = 0;  // the lowest that was free, from 1
+  VrfProgram program;
+
+  friend bool operator==(const VrfResource&, const VrfResource&) = default;
+};
+
+std::ostream& operator<<(std::ostream& stream, const VrfResource& resource);
+
+// How often each hook was called, and how many of the calls reported a failure.
+struct HookCounts {
+  std::uint64_t creates = 0;
+  std::uint64_t updates = 0;
+  std::uint64_t deletes = 0;
+  std::uint64_t failures = 0;
+
+  friend bool operator==(const HookCounts&, const HookCounts&) = default;
+};
+
+// The outcomes of creating and updating:
+//
+//   a VRF that the action names has no hardware id   failureVrfResourceAlloc; the resource, if
+//                                                    there was one, is released
+//   the table is full                                failureVrfResourceExhausted
+//   a planned fault                                  failureVrfResourceAlloc; the resource, if
+//                                                    there is one, keeps its old program
+//   otherwise                                        programmedInHw
+//
+// A failed creation needs no cleaning up: an update of an action that has no resource tries to make
+// one.
+class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
+ public:
+  using VrfAction = ZelVrfSelectionPolicy::VrfAction;
+  using HwStatus = ZelVrfSelectionPolicy::HwStatus;
+  using Resources = std::map<VrfAction, VrfResource>;
+
+  SoftVrfHelper(const Velo::String& name, const ProgramInputs& inputs, std::uint32_t capacity);
+  ~SoftVrfHelper() override;
+
+  [[nodiscard]] HwStatus createVrf(const VrfAction& action) override;
+  [[nodiscard]] HwStatus updateVrf(const VrfAction& action) override;
+  void deleteVrf(const VrfAction& action) override;
+
+  [[nodiscard]] std::uint32_t capacity() const noexcept { return capacity_; }
+  // A capacity below the number of resources takes none away; it only admits no more.
+  void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
+
+  [[nodiscard]] FaultPlan& faultPlan() noexcept { return faultPlan_; }
+
+  [[nodiscard]] const Resources& resources() const noexcept { return resources_; }
+  // The resource of the action, or null.
+  [[nodiscard]] const VrfResource* resource(const VrfAction& action) const;
+  // What the resource of the action would be programmed with now.
+  [[nodiscard]] VrfProgram currentProgram(const VrfAction& action) const;
+  [[nodiscard]] const HookCounts& hookCounts() const noexcept { return hookCounts_; }
+
+ private:
+  HwStatus program(const VrfAction& action);
+  HwStatus programNow(const VrfAction& action);
+  void release(const VrfAction& action);
+  std::uint32_t takeLowestFreeIndex();
+
+  std::uint32_t capacity_;
+  FaultPlan faultPlan_;
+  Resources resources_;
+  std::set<std::uint32_t> freedIndexes_;  // all below nextIndex_
+  std::uint32_t nextIndex_ = 1;
+  HookCounts hookCounts_;
+};
+
+}  // namespace SoftChip
