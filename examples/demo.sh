@@ -1,0 +1,23 @@
+#!/bin/sh
+# Shows what zel-agent does with the examples beside this script: demo.sh PATH-OF-ZEL-AGENT
+set -eu
+
+if [ $# -ne 1 ] || [ ! -x "$1" ]; then
+  echo "usage: $0 ZEL-AGENT, the built agent (for example build/release/bin/zel-agent)" >&2
+  exit 2
+fi
+agent=$(realpath "$1")
+cd "$(dirname "$0")"
+
+show() {
+  echo "\$ zel-agent $*"
+  "$agent" "$@"
+  echo
+}
+
+echo "# Four rules on three interfaces need two VRF actions; then a changed version."
+show run four-rules.json four-rules-changed.json
+echo "# Decapsulation, with a fallback VRF and a VRF for the inner header."
+show run decap.json
+echo "# A chip with room for one action says what failed and why."
+show run --chip-capacity 1 four-rules.json

@@ -1,0 +1,106 @@
+#include "tests/agent/AgentProcess.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+extern char** environ;
+
+namespace ZelAgent {
+namespace {
+
+std::string readFile(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+std::string pathInTestFolder(const std::string& name) {
+  const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string folder = std::string(test->test_suite_name()) + '.' + test->name();
+  for (char& character : folder) {
+    if (character == '/') character = '.';
+  }
+  const auto path = std::filesystem::path(::testing::TempDir()) / "zel-agent-tests" / folder;
+  std::filesystem::create_directories(path);
+  return path / name;
+}
+
+class FileActions final {
+ public:
+  FileActions() { posix_spawn_file_actions_init(&actions_); }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+  ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+
+  void open(int descriptor, const std::string& path, int flags) {
+    posix_spawn_file_actions_addopen(&actions_, descriptor, path.c_str(), flags, 0600);
+  }
+  [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  posix_spawn_file_actions_t actions_;
+};
+
+int exitStatusOf(std::vector<std::string>& arguments, const FileActions& actions) {
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments)
+    pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+  pid_t process = 0;
+  const int error =
+      posix_spawn(&process, pointers[0], actions.get(), nullptr, pointers.data(), environ);
+  EXPECT_EQ(error, 0) << "cannot start " << pointers[0];
+  if (error != 0) return -1;
+  int status = 0;
+  waitpid(process, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
+
+std::vector<nlohmann::json> AgentOutcome::documents() const {
+  std::vector<nlohmann::json> documents;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);) {
+    documents.push_back(nlohmann::json::parse(line));
+  }
+  return documents;
+}
+
+AgentOutcome runAgentInto(const std::string& file, std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), ZEL_AGENT_BINARY);
+  const std::string err = pathInTestFolder("stderr");
+  FileActions actions;
+  actions.open(1, file, O_WRONLY | O_CREAT | O_TRUNC);
+  actions.open(2, err, O_WRONLY | O_CREAT | O_TRUNC);
+  AgentOutcome outcome;
+  outcome.status = exitStatusOf(arguments, actions);
+  outcome.err = readFile(err);
+  return outcome;
+}
+
+AgentOutcome runAgent(std::vector<std::string> arguments) {
+  const std::string out = pathInTestFolder("stdout");
+  AgentOutcome outcome = runAgentInto(out, std::move(arguments));
+  outcome.out = readFile(out);
+  return outcome;
+}
+
+std::string writeFile(const std::string& name, const std::string& text) {
+  const std::string path = pathInTestFolder(name);
+  std::ofstream(path, std::ios::binary) << text;
+  return path;
+}
+
+std::string examplePath(const std::string& name) {
+  return std::string(ZEL_EXAMPLES_DIR) + '/' + name;
+}
+
+}  // namespace ZelAgent
