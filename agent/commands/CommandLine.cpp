@@ -28,7 +28,7 @@ struct CommandLine {
   bool trace = false;
 };
 
-CLI::App* describeRun(CLI::App& app, CommandLine& commandLine) {
+void describeRun(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const run = app.add_subcommand(
       "run", "Apply configurations in turn, each as a change of the one before, and report");
   run->add_option("CONFIG", commandLine.run.configurations, "OpenConfig JSON files")->required();
@@ -40,7 +40,25 @@ CLI::App* describeRun(CLI::App& app, CommandLine& commandLine) {
                   "VRF resources that the chip has")
       ->capture_default_str()
       ->check(CLI::Validator(problemWithCount, "N"));
-  return run;
+}
+
+std::string commandsOf(const CLI::App& app) {
+  std::string names;
+  for (const CLI::App* const command : app.get_subcommands(nullptr)) {
+    names += (names.empty() ? "" : ", ") + command->get_name();
+  }
+  return names;
+}
+
+// What is wrong, and where to read what would be right.
+std::string usageProblem(const CLI::ParseError& error, const CLI::App& app) {
+  const auto given = app.get_subcommands();
+  if (given.empty()) {
+    return "a command is required, one of: " + commandsOf(app) + "; see " + app.get_name() +
+           " --help";
+  }
+  return printable(error.what(), 1000) + "; see " + app.get_name() + ' ' +
+         given.front()->get_name() + " --help";
 }
 
 ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::ostream& out,
@@ -49,7 +67,7 @@ ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::o
     out << app.help();
     return ExitStatus::success;
   }
-  err << "error: " << printable(error.what(), 1000) << "; see " << app.get_name() << " --help\n";
+  err << "error: " << usageProblem(error, app) << '\n';
   return ExitStatus::badInput;
 }
 
@@ -60,11 +78,11 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   CommandLine commandLine;
   CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
   app.require_subcommand(1);
-  const CLI::App* const run = describeRun(app, commandLine);
+  describeRun(app, commandLine);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
-    return reportUsage(error, run->parsed() ? *run : app, out, err);
+    return reportUsage(error, app, out, err);
   }
   if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
   return runConfigurations(commandLine.run, out, err);

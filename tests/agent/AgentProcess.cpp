@@ -5,6 +5,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -75,6 +76,7 @@ std::vector<nlohmann::json> AgentOutcome::documents() const {
 }
 
 AgentOutcome runAgentInto(const std::string& file, std::vector<std::string> arguments) {
+  unsetenv("MOX_TRACE");
   arguments.insert(arguments.begin(), ZEL_AGENT_BINARY);
   const std::string err = pathInTestFolder("stderr");
   FileActions actions;

@@ -101,7 +101,7 @@ class BadUsageTest : public ::testing::TestWithParam<Usage> {};
 
 TEST_P(BadUsageTest, IsRefusedInOneLine) {
   const AgentOutcome outcome = runAgent(GetParam().arguments);
-  EXPECT_EQ(outcome.err, std::string("error: ") + GetParam().message + "; see zel-agent --help\n");
+  EXPECT_EQ(outcome.err, std::string("error: ") + GetParam().message + " --help\n");
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.out, "");
 }
@@ -109,22 +109,24 @@ TEST_P(BadUsageTest, IsRefusedInOneLine) {
 INSTANTIATE_TEST_SUITE_P(
     Each, BadUsageTest,
     ::testing::Values(
-        Usage{"NoCommand", {}, "A subcommand is required"},
-        Usage{"UnknownCommand", {"walk"}, "A subcommand is required"},
-        Usage{"NoConfiguration", {"run"}, "CONFIG is required"},
+        Usage{"NoCommand", {}, "a command is required, one of: run; see zel-agent"},
+        Usage{"UnknownCommand", {"walk"}, "a command is required, one of: run; see zel-agent"},
+        Usage{"NoConfiguration", {"run"}, "CONFIG is required; see zel-agent run"},
         Usage{"UnknownOption",
               {"run", "x.json", "--fast"},
-              "The following argument was not expected: --fast"},
+              "The following argument was not expected: --fast; see zel-agent run"},
         Usage{"CapacityIsNoNumber",
               {"run", "--chip-capacity", "many", "x.json"},
-              "--chip-capacity: must be a whole number from 0 to 4294967295, not \"many\""},
+              "--chip-capacity: must be a whole number from 0 to 4294967295, not \"many\"; see "
+              "zel-agent run"},
         Usage{"CapacityIsNegative",
               {"run", "--chip-capacity=-1", "x.json"},
-              "--chip-capacity: must be a whole number from 0 to 4294967295, not \"-1\""},
+              "--chip-capacity: must be a whole number from 0 to 4294967295, not \"-1\"; see "
+              "zel-agent run"},
         Usage{"CapacityIsTooLarge",
               {"run", "--chip-capacity", "4294967296", "x.json"},
               "--chip-capacity: must be a whole number from 0 to 4294967295, not "
-              "\"4294967296\""}),
+              "\"4294967296\"; see zel-agent run"}),
     [](const auto& usage) { return std::string(usage.param.name); });
 
 }  // namespace

@@ -40,9 +40,9 @@ TEST(RunCommand, ShowsATable) {
           " applied\n"
           "  VRF    FALLBACK  POST-DECAP  ACTION     USERS  RESOURCE  STATUS          REASON       "
           "DESCRIPTION\n"
-          "  bulk   -         -           actionVrf  6      2         programmedInHw  failureNone  "
+          "  bulk   -         -           actionVrf  6      1         programmedInHw  failureNone  "
           "-\n"
-          "  voice  -         -           actionVrf  6      1         programmedInHw  failureNone  "
+          "  voice  -         -           actionVrf  6      2         programmedInHw  failureNone  "
           "-\n"
           "  chip: 2 of 1024 VRF resources in use; 2 creates, 0 updates, 0 deletes, 0 failed\n"
           "all removed\n"
@@ -213,6 +213,7 @@ TEST(RunCommand, HelpIsNoError) {
   const AgentOutcome outcome = runAgent({"run", "--help"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
+  EXPECT_NE(outcome.out.find("Usage: zel-agent run "), std::string::npos) << outcome.out;
   for (const char* const option : {"--json", "--strict", "--trace", "--chip-capacity"}) {
     EXPECT_NE(outcome.out.find(option), std::string::npos) << option;
   }
