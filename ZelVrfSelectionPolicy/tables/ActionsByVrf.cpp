@@ -46,7 +46,8 @@ void ActionsByVrf::clear() noexcept {
   first_.clear();
   links_.clear();
   links_.shrink_to_fit();
-  for (Walk* walk = innermost_; walk != nullptr; walk = walk->outer_) walk->next_ = none;
+  for (Walk* walk = innermost_; walk != nullptr; walk = walk->outer_)
+    walk->next_ = none;
 }
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) {
@@ -78,7 +79,9 @@ ActionsByVrf::Walk::Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noex
   actions.innermost_ = this;
 }
 
-ActionsByVrf::Walk::~Walk() { actions_.innermost_ = outer_; }
+ActionsByVrf::Walk::~Walk() {
+  actions_.innermost_ = outer_;
+}
 
 ActionsByVrf::Position ActionsByVrf::Walk::next() noexcept {
   if (next_ == none) return none;

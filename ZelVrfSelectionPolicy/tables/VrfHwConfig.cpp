@@ -6,11 +6,15 @@ Velo::NotifieeListDescriptor VrfHwConfig::notifieeList() const {
   return publisher_.notifieeList(this);
 }
 
-const Mox::Type* VrfHwConfig::fwkType() const { return &moxType; }
+const Mox::Type* VrfHwConfig::fwkType() const {
+  return &moxType;
+}
 
 VrfHwConfig::~VrfHwConfig() = default;
 
-Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() { return Mox::makeActivePtr<VrfHwConfig>(); }
+Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
+  return Mox::makeActivePtr<VrfHwConfig>();
+}
 
 void VrfHwConfig::vrfRefCountIs(const VrfAction& action, unsigned count) {
   const auto [at, inserted] = vrfRefCount_.insert(action, count);
@@ -48,7 +52,8 @@ void VrfHwConfig::vrfRefCountDelAll() {
     return;
   }
   const Mox::Ptr<VrfHwConfig> alive(this);
-  for (auto entry = vrfRefCount_.iterator(); entry; ++entry) vrfRefCountDel(entry.key());
+  for (auto entry = vrfRefCount_.iterator(); entry; ++entry)
+    vrfRefCountDel(entry.key());
 }
 
 unsigned VrfHwConfig::vrfRefCount(const VrfAction& action) const noexcept {
@@ -56,6 +61,8 @@ unsigned VrfHwConfig::vrfRefCount(const VrfAction& action) const noexcept {
   return count == nullptr ? 0 : *count;
 }
 
-Mox::Ptr<VrfHwConfig> vrfHwConfigFactory() { return VrfHwConfig::VrfHwConfigIs(); }
+Mox::Ptr<VrfHwConfig> vrfHwConfigFactory() {
+  return VrfHwConfig::VrfHwConfigIs();
+}
 
 }  // namespace ZelVrfSelectionPolicy

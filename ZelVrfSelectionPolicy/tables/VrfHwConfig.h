@@ -19,9 +19,8 @@ namespace ZelVrfSelectionPolicy {
 ///     Mox::Ptr<VrfHwConfig> users = vrfHwConfigFactory();
 ///     users->vrfRefCountInc(action, 1);     // 1: the resource is created
 ///     users->vrfRefCountDec(action, 1);     // 0: it is deleted, and the entry with it
-class [[gnu::visibility("default")]] VrfHwConfig final
-    : public Mox::PtrInterface,
-      public Quarry::SlabAllocated<VrfHwConfig> {
+class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterface,
+                                                         public Quarry::SlabAllocated<VrfHwConfig> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwConfig";
   static constexpr Mox::Type moxType{typeName};
@@ -53,10 +52,14 @@ class [[gnu::visibility("default")]] VrfHwConfig final
   /// The count of `action`, 0 if absent.
   [[nodiscard]] unsigned vrfRefCount(const VrfAction& action) const noexcept;
   /// The whole collection, to look at and walk over.
-  [[nodiscard]] const VrfRefCounts& vrfRefCount() const noexcept { return vrfRefCount_; }
+  [[nodiscard]] const VrfRefCounts& vrfRefCount() const noexcept {
+    return vrfRefCount_;
+  }
 
   /// Subscribing does not change the table, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
+    return publisher_;
+  }
 
  private:
   VrfRefCounts vrfRefCount_;

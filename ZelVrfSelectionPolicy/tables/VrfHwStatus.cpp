@@ -8,11 +8,15 @@ Velo::NotifieeListDescriptor VrfHwStatus::notifieeList() const {
   return publisher_.notifieeList(this);
 }
 
-const Mox::Type* VrfHwStatus::fwkType() const { return &moxType; }
+const Mox::Type* VrfHwStatus::fwkType() const {
+  return &moxType;
+}
 
 VrfHwStatus::~VrfHwStatus() = default;
 
-Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() { return Mox::makeActivePtr<VrfHwStatus>(); }
+Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() {
+  return Mox::makeActivePtr<VrfHwStatus>();
+}
 
 void VrfHwStatus::hwStatusIs(const VrfAction& action, const HwStatus& status) {
   const auto [at, inserted] = hwStatus_.insert(action, status);
@@ -48,7 +52,8 @@ HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
 void VrfHwStatus::hwStatusDelAll() {
   const Mox::Ptr<VrfHwStatus> alive(this);
   if (publisher_.hasSubscribers()) {
-    for (auto entry = hwStatus_.iterator(); entry; ++entry) hwStatusDel(entry.key());
+    for (auto entry = hwStatus_.iterator(); entry; ++entry)
+      hwStatusDel(entry.key());
     return;
   }
   for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
@@ -84,8 +89,12 @@ VrfHwStatus::EntryWatch::EntryWatch(VrfHwStatus& statuses, const VrfAction& acti
   statuses.innermostWatch_ = this;
 }
 
-VrfHwStatus::EntryWatch::~EntryWatch() { statuses_.innermostWatch_ = outer_; }
+VrfHwStatus::EntryWatch::~EntryWatch() {
+  statuses_.innermostWatch_ = outer_;
+}
 
-Mox::Ptr<VrfHwStatus> vrfHwStatusFactory() { return VrfHwStatus::VrfHwStatusIs(); }
+Mox::Ptr<VrfHwStatus> vrfHwStatusFactory() {
+  return VrfHwStatus::VrfHwStatusIs();
+}
 
 }  // namespace ZelVrfSelectionPolicy

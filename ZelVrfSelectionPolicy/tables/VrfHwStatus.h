@@ -20,9 +20,8 @@ namespace ZelVrfSelectionPolicy {
 /// from inside the call, and may release it.
 ///
 ///     if (statuses->hwStatusHas(action)) show(statuses->hwStatus(action));
-class [[gnu::visibility("default")]] VrfHwStatus final
-    : public Mox::PtrInterface,
-      public Quarry::SlabAllocated<VrfHwStatus> {
+class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterface,
+                                                         public Quarry::SlabAllocated<VrfHwStatus> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwStatus";
   static constexpr Mox::Type moxType{typeName};
@@ -50,10 +49,14 @@ class [[gnu::visibility("default")]] VrfHwStatus final
   [[nodiscard]] HwStatus hwStatus(const VrfAction& action) const noexcept;
   [[nodiscard]] bool hwStatusHas(const VrfAction& action) const noexcept;
   /// The whole collection, to look at and walk over.
-  [[nodiscard]] const HwStatuses& hwStatus() const noexcept { return hwStatus_; }
+  [[nodiscard]] const HwStatuses& hwStatus() const noexcept {
+    return hwStatus_;
+  }
 
   /// Subscribing does not change the table, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
+    return publisher_;
+  }
 
   /// A walk over the actions that name a VRF in any field, which looks at no others. It holds the
   /// table, and survives any change of it: see `ActionsByVrf`.
@@ -72,12 +75,14 @@ class [[gnu::visibility("default")]] VrfHwStatus final
   /// not outlive the table.
   class [[gnu::visibility("default")]] EntryWatch {
    public:
-    EntryWatch(VrfHwStatus& statuses, const VrfAction& action) noexcept;
+    EntryWatch(VrfHwStatus & statuses, const VrfAction& action) noexcept;
     EntryWatch(const EntryWatch&) = delete;
     EntryWatch& operator=(const EntryWatch&) = delete;
     ~EntryWatch();
 
-    [[nodiscard]] bool wasRemoved() const noexcept { return wasRemoved_; }
+    [[nodiscard]] bool wasRemoved() const noexcept {
+      return wasRemoved_;
+    }
 
    private:
     friend class VrfHwStatus;

@@ -28,9 +28,11 @@ enum class FailureCode : unsigned char {
 /// Reads a name; `Mox::RangeException` when it is none of this enumeration.
 [[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range, FailureCode* value);
 /// Writes the name.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream, const FailureCode& value);
+[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
+                                                        const FailureCode& value);
 
 /// The enumeration's names, and its entry for the type table.
-[[nodiscard, gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(FailureCode);
+[[nodiscard,
+  gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(FailureCode);
 
 }  // namespace ZelVrfSelectionPolicy

@@ -38,7 +38,9 @@ HwStatus::operator bool() const noexcept {
   return !isEq(this, &unset);
 }
 
-Velo::String valueToStrep(const HwStatus& status) { return strep(status); }
+Velo::String valueToStrep(const HwStatus& status) {
+  return strep(status);
+}
 
 std::ostream& operator<<(std::ostream& stream, const HwStatus& status) {
   return stream << strep(status);

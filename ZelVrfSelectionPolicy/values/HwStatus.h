@@ -22,17 +22,27 @@ class [[gnu::visibility("default")]] HwStatus {
   HwStatus() noexcept = default;
   /// Parses the string form, strictly. Throws `Mox::RangeException`, which names the field whose
   /// value was wrong.
-  explicit HwStatus(Mox::CharRange& range);
+  explicit HwStatus(Mox::CharRange & range);
 
-  [[nodiscard]] ProgrammingResult status() const noexcept { return status_; }
-  void statusIs(ProgrammingResult status) noexcept { status_ = status; }
-  [[nodiscard]] FailureCode failureReason() const noexcept { return failureReason_; }
-  void failureReasonIs(FailureCode reason) noexcept { failureReason_ = reason; }
+  [[nodiscard]] ProgrammingResult status() const noexcept {
+    return status_;
+  }
+  void statusIs(ProgrammingResult status) noexcept {
+    status_ = status;
+  }
+  [[nodiscard]] FailureCode failureReason() const noexcept {
+    return failureReason_;
+  }
+  void failureReasonIs(FailureCode reason) noexcept {
+    failureReason_ = reason;
+  }
   /// Free text for the operator; empty when there is nothing to say.
   [[nodiscard]] const Velo::String& failureDescription() const noexcept {
     return failureDescription_;
   }
-  void failureDescriptionIs(Velo::String text) noexcept { failureDescription_ = std::move(text); }
+  void failureDescriptionIs(Velo::String text) noexcept {
+    failureDescription_ = std::move(text);
+  }
 
   /// Whether the records `a` and `b` are equal. Status and reason are compared first.
   [[nodiscard]] static bool isEq(const void* a, const void* b) noexcept {
@@ -41,7 +51,9 @@ class [[gnu::visibility("default")]] HwStatus {
     return left.status_ == right.status_ && left.failureReason_ == right.failureReason_ &&
            left.failureDescription_ == right.failureDescription_;
   }
-  friend bool operator==(const HwStatus& a, const HwStatus& b) noexcept { return isEq(&a, &b); }
+  friend bool operator==(const HwStatus& a, const HwStatus& b) noexcept {
+    return isEq(&a, &b);
+  }
 
   /// Whether the record differs from a default one.
   explicit operator bool() const noexcept;

@@ -17,18 +17,23 @@ enum class ProgrammingResult : unsigned char {
 };
 
 /// The value with that code, or of that name; `Mox::RangeException` when there is none.
-[[nodiscard, gnu::visibility("default")]] ProgrammingResult ProgrammingResultInstance(unsigned code);
-[[nodiscard, gnu::visibility("default")]] ProgrammingResult ProgrammingResultInstance(const Velo::String& name);
+[[nodiscard, gnu::visibility("default")]] ProgrammingResult ProgrammingResultInstance(
+    unsigned code);
+[[nodiscard, gnu::visibility("default")]] ProgrammingResult ProgrammingResultInstance(
+    const Velo::String& name);
 /// The bare name.
 [[nodiscard, gnu::visibility("default")]] Velo::String stringValue(ProgrammingResult value);
 /// The string form, which is the name.
 [[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const ProgrammingResult& value);
 /// Reads a name; `Mox::RangeException` when it is none of this enumeration.
-[[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range, ProgrammingResult* value);
+[[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range,
+                                                    ProgrammingResult* value);
 /// Writes the name.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream, const ProgrammingResult& value);
+[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
+                                                        const ProgrammingResult& value);
 
 /// The enumeration's names, and its entry for the type table.
-[[nodiscard, gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(ProgrammingResult);
+[[nodiscard,
+  gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(ProgrammingResult);
 
 }  // namespace ZelVrfSelectionPolicy

@@ -59,7 +59,9 @@ VrfAction::operator bool() const noexcept {
   return !isEq(this, &unset);
 }
 
-Velo::String valueToStrep(const VrfAction& action) { return strep(action); }
+Velo::String valueToStrep(const VrfAction& action) {
+  return strep(action);
+}
 
 std::ostream& operator<<(std::ostream& stream, const VrfAction& action) {
   return stream << strep(action);

@@ -36,12 +36,8 @@ class Ptr {
   noexcept : object_(other.detach()) {}  // NOLINT(google-explicit-constructor)
 
   /// The new object is held before the old one is let go.
-  Ptr& operator=(const Ptr& other) noexcept {
-    Ptr(other).swap(*this);
-    return *this;
-  }
-  Ptr& operator=(Ptr&& other) noexcept {
-    Ptr(std::move(other)).swap(*this);
+  Ptr& operator=(Ptr other) noexcept {
+    swap(other);
     return *this;
   }
   ~Ptr() {

@@ -45,9 +45,9 @@ char escapedByte(char letter) noexcept {
 
 char readHexByte(CharRange& range) {
   const std::string_view digits = range.rest().substr(0, 2);
-  const std::size_t high = digits.empty() ? hexDigits.npos : hexDigits.find(digits[0]);
-  const std::size_t low = digits.size() < 2 ? hexDigits.npos : hexDigits.find(digits[1]);
-  if (high == hexDigits.npos || low == hexDigits.npos) {
+  const std::size_t high = digits.empty() ? std::string_view::npos : hexDigits.find(digits[0]);
+  const std::size_t low = digits.size() < 2 ? std::string_view::npos : hexDigits.find(digits[1]);
+  if (high == std::string_view::npos || low == std::string_view::npos) {
     range.fail("two lower-case hexadecimal digits");
   }
   const char byte = static_cast<char>(high << 4 | low);

@@ -23,7 +23,7 @@ using LevelsByName = std::vector<std::pair<std::string, unsigned>>;
 std::string_view takeUntil(char separator, std::string_view& text) {
   const std::size_t end = text.find(separator);
   const std::string_view taken = text.substr(0, end);
-  text = end == text.npos ? std::string_view() : text.substr(end + 1);
+  text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
   return taken;
 }
 
