@@ -135,7 +135,12 @@ TraceHelper::TraceHelper(const TraceHandle& handle, unsigned level, const char* 
 }
 
 TraceHelper::~TraceHelper() {
-  if (isOn_) trace().write(line_.str());
+  if (!isOn_) return;
+  try {
+    trace().write(line_.str());
+  } catch (...) {
+    // Trace is for looking on: a line that cannot be written is lost, and what it told of goes on.
+  }
 }
 
 }  // namespace Mox
