@@ -9,8 +9,8 @@ namespace {
 
 using TrafficPolicy::ZelTrafficPolicySm;
 
-const Duolog::Message policySmReady{
-    traceSource, 7, 302, "handlePolicySmReady", {"handlePolicySmReady"}};
+const Duolog::Message policySmReady =
+    message(7, 302, "handlePolicySmReady", {"handlePolicySmReady"});
 
 }  // namespace
 

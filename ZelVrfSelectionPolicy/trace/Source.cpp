@@ -7,4 +7,9 @@ const Mox::TraceHandle& traceHandle() {
   return handle;
 }
 
+Duolog::Message message(unsigned level, unsigned line, const char* function,
+                        std::initializer_list<const char*> fragments) {
+  return {{&traceHandle, sourcePath}, level, line, function, fragments};
+}
+
 }  // namespace ZelVrfSelectionPolicy

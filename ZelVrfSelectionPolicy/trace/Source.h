@@ -1,5 +1,7 @@
 #pragma once
 
+#include <initializer_list>
+
 #include "Duolog/Message.h"
 #include "Mox/TraceHandle.h"
 
@@ -11,7 +13,8 @@ inline constexpr const char* sourcePath = "/src/ZelVrfSelectionPolicy/ZelVrfSele
 /// The library's handle of the text trace, "ZelVrfSelection", made on first use.
 [[nodiscard]] const Mox::TraceHandle& traceHandle();
 
-/// What every message of this library is built with.
-inline constexpr Duolog::Message::Source traceSource{&traceHandle, sourcePath};
+/// A message of this library.
+[[nodiscard]] Duolog::Message message(unsigned level, unsigned line, const char* function,
+                                      std::initializer_list<const char*> fragments);
 
 }  // namespace ZelVrfSelectionPolicy

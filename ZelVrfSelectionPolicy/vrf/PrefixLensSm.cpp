@@ -19,27 +19,15 @@ struct PrefixLensMessages {
 namespace {
 
 const PrefixLensMessages messages4{
-    {traceSource,
-     5,
-     242,
-     "handleInitialized",
-     {"VrfSm::MoxVrfPrefixLensInExactMatch::", "handleInitialized", ": VRF:", "%s"}},
-    {traceSource,
-     5,
-     235,
-     "handlePrefixLen",
-     {"VrfSm::MoxVrfPrefixLensInExactMatch::", "handlePrefixLen", ": VRF:", "%s"}}};
+    message(5, 242, "handleInitialized",
+            {"VrfSm::MoxVrfPrefixLensInExactMatch::", "handleInitialized", ": VRF:", "%s"}),
+    message(5, 235, "handlePrefixLen",
+            {"VrfSm::MoxVrfPrefixLensInExactMatch::", "handlePrefixLen", ": VRF:", "%s"})};
 const PrefixLensMessages messages6{
-    {traceSource,
-     5,
-     257,
-     "handleInitialized",
-     {"VrfSm::MoxVrfPrefixLensInExactMatchV6::", "handleInitialized", ": VRF:", "%s"}},
-    {traceSource,
-     5,
-     249,
-     "handlePrefixLen",
-     {"VrfSm::MoxVrfPrefixLensInExactMatchV6::", "handlePrefixLen", ": VRF:", "%s"}}};
+    message(5, 257, "handleInitialized",
+            {"VrfSm::MoxVrfPrefixLensInExactMatchV6::", "handleInitialized", ": VRF:", "%s"}),
+    message(5, 249, "handlePrefixLen",
+            {"VrfSm::MoxVrfPrefixLensInExactMatchV6::", "handlePrefixLen", ": VRF:", "%s"})};
 
 }  // namespace
 

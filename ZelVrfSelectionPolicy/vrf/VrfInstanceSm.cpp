@@ -12,28 +12,18 @@ using VrfStatus = Routing::Hardware::VrfStatus;
 struct Messages {
   using Message = Duolog::Message;
 
-  Message initialized{
-      traceSource,
-      5,
-      227,
-      "handleInitialized",
-      {"VrfSm::VrfInstanceSm::", "handleInitialized", ": VRF:", "%s", " vrfId:", "%u"}};
-  Message vrfId{traceSource,
-                5,
-                201,
-                "handleVrfId",
-                {"VrfSm::VrfInstanceSm::", "handleVrfId", ": VRF:", "%s", " vrfId:", "%u"}};
-  Message notAssigned{
-      traceSource,
-      7,
-      206,
-      "handleVrfId",
-      {"VrfSm::VrfInstanceSm::", "handleVrfId", " VRF ID not", " assigned yet, Skipping"}};
-  Message vrfRemove{traceSource,
-                    5,
-                    219,
-                    "handleVrfRemove",
-                    {"VrfSm::VrfInstanceSm::", "handleVrfRemove", ": VRF:", "%s", " vrfId:", "%u"}};
+  Message initialized =
+      message(5, 227, "handleInitialized",
+              {"VrfSm::VrfInstanceSm::", "handleInitialized", ": VRF:", "%s", " vrfId:", "%u"});
+  Message vrfId =
+      message(5, 201, "handleVrfId",
+              {"VrfSm::VrfInstanceSm::", "handleVrfId", ": VRF:", "%s", " vrfId:", "%u"});
+  Message notAssigned =
+      message(7, 206, "handleVrfId",
+              {"VrfSm::VrfInstanceSm::", "handleVrfId", " VRF ID not", " assigned yet, Skipping"});
+  Message vrfRemove =
+      message(5, 219, "handleVrfRemove",
+              {"VrfSm::VrfInstanceSm::", "handleVrfRemove", ": VRF:", "%s", " vrfId:", "%u"});
 };
 
 const Messages messages;
