@@ -24,7 +24,7 @@ struct ActionUser {
   std::string policyId;
   std::uint32_t sequenceId = 0;
 
-  auto operator<=>(const ActionUser&) const = default;
+  auto operator<=>(const ActionUser&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
 
 using ActionUsers = std::map<VrfAction, std::set<ActionUser>>;

@@ -18,14 +18,14 @@ struct IpAddress {
   IpFamily family = IpFamily::v4;
   std::array<std::uint8_t, 16> bytes{};
 
-  auto operator<=>(const IpAddress&) const = default;
+  auto operator<=>(const IpAddress&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
 
 struct IpPrefix {
   IpAddress address;
   std::uint8_t length = 0;
 
-  auto operator<=>(const IpPrefix&) const = default;
+  auto operator<=>(const IpPrefix&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
 
 [[nodiscard]] constexpr unsigned addressBits(IpFamily family) noexcept {

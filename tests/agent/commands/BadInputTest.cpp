@@ -95,6 +95,10 @@ struct Usage {
   const char* name;
   std::vector<std::string> arguments;
   const char* message;
+
+  friend std::ostream& operator<<(std::ostream& stream, const Usage& usage) {
+    return stream << usage.name;
+  }
 };
 
 class BadUsageTest : public ::testing::TestWithParam<Usage> {};

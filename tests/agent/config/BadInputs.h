@@ -3,6 +3,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <string>
 #include <utility>
 
@@ -39,6 +40,10 @@ struct BadInput {
   // $BINDING or $ROUTE.
   const char* change;
   const char* message;  // may hold the same words, for the paths that messages give
+
+  friend std::ostream& operator<<(std::ostream& stream, const BadInput& input) {
+    return stream << input.name;
+  }
 };
 
 inline constexpr std::pair<const char*, std::pair<const char*, const char*>> places[] = {
