@@ -76,6 +76,8 @@ VrfHwStatus::ActionsNaming::ActionsNaming(Mox::Ptr<VrfHwStatus> statuses,
                                           const L3::VrfName& vrfName) noexcept
     : statuses_(std::move(statuses)), walk_(statuses_->actionsByVrf_, vrfName) {}
 
+VrfHwStatus::ActionsNaming::~ActionsNaming() = default;
+
 std::optional<VrfAction> VrfHwStatus::ActionsNaming::next() noexcept {
   const ActionsByVrf::Position at = walk_.next();
   if (at == ActionsByVrf::none) return std::nullopt;

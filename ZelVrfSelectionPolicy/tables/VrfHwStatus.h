@@ -63,6 +63,9 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   class [[gnu::visibility("default")]] ActionsNaming {
    public:
     ActionsNaming(Mox::Ptr<VrfHwStatus> statuses, const L3::VrfName& vrfName) noexcept;
+    ActionsNaming(const ActionsNaming&) = delete;
+    ActionsNaming& operator=(const ActionsNaming&) = delete;
+    ~ActionsNaming();
     /// A copy of the next action; nothing at the end.
     [[nodiscard]] std::optional<VrfAction> next() noexcept;
 
