@@ -1,0 +1,315 @@
+#include "ZelVrfSelectionPolicy/tables/VrfHwStatus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <type_traits>
+
+#include "Publications.h"
+
+namespace ZelVrfSelectionPolicy {
+namespace {
+
+using PolicyMap::ActionType;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Testing::Publications;
+using ::testing::UnorderedElementsAre;
+
+static_assert(VrfHwStatus::hwStatusAttribute == 130);
+static_assert(
+    std::is_same_v<VrfHwStatus::HwStatuses, Mox::HashMap2018<VrfAction, HwStatus, 0x7b6bc380>>,
+    "the table's own salt");
+static_assert(std::is_same_v<decltype(&VrfHwStatus::VrfHwStatusIs), Mox::Ptr<VrfHwStatus> (*)()>);
+
+const VrfAction red("red", ActionType::vrf);
+const VrfAction blue("blue", ActionType::vrf);
+const VrfAction green("green", ActionType::vrf);
+
+HwStatus failed(const Velo::String& description) {
+  HwStatus status;
+  status.statusIs(ProgrammingResult::programmingFailure);
+  status.failureReasonIs(FailureCode::failureVrfResourceAlloc);
+  status.failureDescriptionIs(description);
+  return status;
+}
+
+std::size_t liveTables() {
+  const Quarry::Slab* slab = Quarry::Slab::find(VrfHwStatus::typeName);
+  return slab == nullptr ? 0 : slab->live();
+}
+
+TEST(VrfHwStatus, FactoryGivesAnEmptyTableWithNotificationsOn) {
+  for (const auto& table : {vrfHwStatusFactory(), VrfHwStatus::VrfHwStatusIs()}) {
+    EXPECT_EQ(table->references(), 1U);
+    EXPECT_TRUE(table->hasNotificationActive());
+    EXPECT_FALSE(table->isZombie());
+    EXPECT_EQ(table->hwStatus().count(), 0U);
+    EXPECT_FALSE(table->publisher().hasSubscribers());
+    EXPECT_EQ(table->fwkType()->name, "ZelVrfSelectionPolicy::VrfHwStatus");
+  }
+}
+
+TEST(VrfHwStatus, AnAbsentActionReadsAsADefaultRecordAndIsNoMember) {
+  const auto table = vrfHwStatusFactory();
+  EXPECT_EQ(table->hwStatus(red), HwStatus());
+  EXPECT_FALSE(table->hwStatusHas(red));
+}
+
+TEST(VrfHwStatus, ADefaultRecordCreatesAnEntryAndPublishesOnce) {
+  const auto table = vrfHwStatusFactory();
+  const Publications publications(*table);
+  table->hwStatusIs(red, HwStatus());
+  EXPECT_TRUE(table->hwStatusHas(red));
+  EXPECT_THAT(publications.seen(), ElementsAre("130 red"));
+}
+
+TEST(VrfHwStatus, WritingAnEqualRecordPublishesNothing) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  table->hwStatusIs(blue, HwStatus());
+  const Publications publications(*table);
+  table->hwStatusIs(red, failed("full"));
+  table->hwStatusIs(blue, HwStatus());
+  EXPECT_THAT(publications.seen(), IsEmpty());
+}
+
+TEST(VrfHwStatus, ChangingOnlyTheDescriptionPublishesOnce) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  const Publications publications(*table);
+  table->hwStatusIs(red, failed("still full"));
+  EXPECT_EQ(table->hwStatus(red), failed("still full"));
+  EXPECT_THAT(publications.seen(), ElementsAre("130 red"));
+}
+
+TEST(VrfHwStatus, ChangingOnlyStatusOrReasonPublishesOnceEach) {
+  const auto table = vrfHwStatusFactory();
+  HwStatus status = failed("full");
+  table->hwStatusIs(red, status);
+  const Publications publications(*table);
+  status.failureReasonIs(FailureCode::failureVrfResourceExhausted);
+  table->hwStatusIs(red, status);
+  status.statusIs(ProgrammingResult::programmedInHw);
+  table->hwStatusIs(red, status);
+  EXPECT_THAT(publications.seen(), ElementsAre("130 red", "130 red"));
+  EXPECT_EQ(table->hwStatus(red), status);
+}
+
+TEST(VrfHwStatus, AChangeIsPublishedAfterItWasMade) {
+  const auto table = vrfHwStatusFactory();
+  std::vector<std::string> states;
+  const Publications publications(*table, [&](const VrfAction& key) {
+    states.push_back(table->hwStatusHas(key) ? Testing::shown(table->hwStatus(key)) : "gone");
+  });
+  table->hwStatusIs(red, HwStatus());
+  table->hwStatusDel(red);
+  EXPECT_THAT(states, ElementsAre("ok", "gone"));
+}
+
+TEST(VrfHwStatus, DeletionGivesTheRecordAndPublishesOnce) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  const Publications publications(*table);
+  EXPECT_EQ(table->hwStatusDel(red), failed("full"));
+  EXPECT_FALSE(table->hwStatusHas(red));
+  EXPECT_THAT(publications.seen(), ElementsAre("130 red"));
+}
+
+TEST(VrfHwStatus, DeletionOfAnAbsentKeyGivesADefaultRecordAndPublishesNothing) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  const Publications publications(*table);
+  EXPECT_EQ(table->hwStatusDel(blue), HwStatus());
+  EXPECT_THAT(publications.seen(), IsEmpty());
+}
+
+TEST(VrfHwStatus, DeletingAllWithOneSubscriberAndThreeEntriesPublishesThreeKeys) {
+  const auto table = vrfHwStatusFactory();
+  for (const VrfAction& action : {red, blue, green})
+    table->hwStatusIs(action, HwStatus());
+  const Publications publications(*table);
+  table->hwStatusDelAll();
+  EXPECT_EQ(table->hwStatus().count(), 0U);
+  EXPECT_THAT(publications.seen(), UnorderedElementsAre("130 red", "130 blue", "130 green"));
+}
+
+TEST(VrfHwStatus, DeletingAllWithoutASubscriberPublishesNothing) {
+  const auto table = vrfHwStatusFactory();
+  Publications publications(*table);
+  for (const VrfAction& action : {red, blue, green})
+    table->hwStatusIs(action, HwStatus());
+  EXPECT_EQ(publications.take().size(), 3U);
+  publications.unsubscribe();
+  table->hwStatusDelAll();
+  EXPECT_EQ(table->hwStatus().count(), 0U);
+  EXPECT_THAT(publications.seen(), IsEmpty());
+}
+
+TEST(VrfHwStatus, ASubscriberMayDeleteTheEntryThatIsPublished) {
+  const auto table = vrfHwStatusFactory();
+  const Publications first(*table, [&](const VrfAction& key) {
+    if (table->hwStatusHas(key)) table->hwStatusDel(key);
+  });
+  const Publications second(*table);
+  table->hwStatusIs(red, failed("full"));
+  EXPECT_FALSE(table->hwStatusHas(red));
+  EXPECT_THAT(first.seen(), ElementsAre("130 red", "130 red"));
+  EXPECT_THAT(second.seen(), ElementsAre("130 red", "130 red"));
+}
+
+TEST(VrfHwStatus, KeyAndRecordGivenMayBeTheTablesOwnAndTheirEntryGoMeanwhile) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  table->hwStatusIs(blue, HwStatus());
+  const Publications first(*table, [&](const VrfAction&) {
+    table->hwStatusDel(red);
+    table->hwStatusDel(blue);
+  });
+  const Publications second(*table);
+  table->hwStatusIs(table->hwStatus().iterator(red).key(), *table->hwStatus().find(blue));
+  EXPECT_EQ(table->hwStatus().count(), 0U);
+  EXPECT_THAT(second.seen(), UnorderedElementsAre("130 red", "130 red", "130 blue"));
+}
+
+TEST(VrfHwStatus, ASubscriberMayDeleteOthersWhileAllAreDeleted) {
+  const auto table = vrfHwStatusFactory();
+  for (const VrfAction& action : {red, blue, green})
+    table->hwStatusIs(action, HwStatus());
+  const Publications publications(*table, [&](const VrfAction&) {
+    for (const VrfAction& action : {red, blue, green})
+      table->hwStatusDel(action);
+  });
+  table->hwStatusDelAll();
+  EXPECT_EQ(table->hwStatus().count(), 0U);
+  EXPECT_THAT(publications.seen(), UnorderedElementsAre("130 red", "130 blue", "130 green"));
+}
+
+class VrfHwStatusReleasedBySubscriber : public ::testing::Test {
+ protected:
+  // The last reference goes in the middle of a publication.
+  VrfHwStatusReleasedBySubscriber() {
+    table_->hwStatusIs(red, failed("full"));
+    table_->hwStatusIs(blue, HwStatus());
+    publications_.emplace(*table_, [this](const VrfAction&) {
+      publications_->unsubscribe();
+      table_ = nullptr;
+    });
+  }
+
+  Mox::Ptr<VrfHwStatus> table_ = vrfHwStatusFactory();
+  std::optional<Publications> publications_;
+};
+
+TEST_F(VrfHwStatusReleasedBySubscriber, AWriteCompletes) {
+  table_->hwStatusIs(red, HwStatus());
+  EXPECT_THAT(publications_->seen(), ElementsAre("130 red"));
+  EXPECT_EQ(liveTables(), 0U);
+}
+
+TEST_F(VrfHwStatusReleasedBySubscriber, ADeletionGivesTheRecord) {
+  EXPECT_EQ(table_->hwStatusDel(red), failed("full"));
+  EXPECT_EQ(liveTables(), 0U);
+}
+
+TEST_F(VrfHwStatusReleasedBySubscriber, DeletingAllCompletes) {
+  table_->hwStatusDelAll();
+  EXPECT_EQ(publications_->seen().size(), 1U) << "the subscriber left at the first";
+  EXPECT_EQ(liveTables(), 0U);
+}
+
+TEST(VrfHwStatus, NotifieeListIsAPublishersAndNamesTheTable) {
+  const auto table = vrfHwStatusFactory();
+  EXPECT_EQ(table->notifieeList().iterate, nullptr);
+  const Publications publications(*table);
+  const Velo::NotifieeListDescriptor list = table->notifieeList();
+  EXPECT_EQ(static_cast<unsigned>(list.kind), 2U);
+  EXPECT_EQ(list.entity, table.get());
+  EXPECT_NE(list.add, nullptr);
+  EXPECT_NE(list.remove, nullptr);
+  EXPECT_NE(list.visit, nullptr);
+  EXPECT_NE(list.iterate, nullptr);
+}
+
+TEST(VrfHwStatus, TablesAreCountedInTheirSlabWhileTheyLive) {
+  ASSERT_EQ(liveTables(), 0U);
+  {
+    const auto one = vrfHwStatusFactory();
+    const auto other = VrfHwStatus::VrfHwStatusIs();
+    EXPECT_EQ(liveTables(), 2U);
+  }
+  EXPECT_EQ(liveTables(), 0U);
+}
+
+class VrfHwStatusEntryWatch : public ::testing::Test {
+ protected:
+  VrfHwStatusEntryWatch() {
+    for (const VrfAction& action : {red, blue, green})
+      table_->hwStatusIs(action, HwStatus());
+  }
+
+  Mox::Ptr<VrfHwStatus> table_ = vrfHwStatusFactory();
+};
+
+TEST_F(VrfHwStatusEntryWatch, AnEntryThatStaysWasNotRemoved) {
+  const VrfHwStatus::EntryWatch watch(*table_, red);
+  EXPECT_FALSE(watch.wasRemoved());
+  table_->hwStatusIs(red, failed("full"));
+  table_->hwStatusDel(blue);
+  table_->hwStatusIs(VrfAction("new", ActionType::vrf), HwStatus());
+  EXPECT_FALSE(watch.wasRemoved());
+}
+
+TEST_F(VrfHwStatusEntryWatch, ADeletedEntryWasRemovedThoughThereIsOneAgain) {
+  const VrfHwStatus::EntryWatch watch(*table_, red);
+  table_->hwStatusDel(red);
+  EXPECT_TRUE(watch.wasRemoved());
+  table_->hwStatusIs(red, HwStatus());
+  EXPECT_TRUE(watch.wasRemoved());
+  EXPECT_FALSE(VrfHwStatus::EntryWatch(*table_, red).wasRemoved());
+}
+
+TEST_F(VrfHwStatusEntryWatch, DeletingAllRemovesWithAndWithoutSubscribers) {
+  const VrfHwStatus::EntryWatch silently(*table_, red);
+  table_->hwStatusDelAll();
+  EXPECT_TRUE(silently.wasRemoved());
+
+  table_->hwStatusIs(red, HwStatus());
+  const Publications publications(*table_);
+  const VrfHwStatus::EntryWatch published(*table_, red);
+  table_->hwStatusDelAll();
+  EXPECT_TRUE(published.wasRemoved());
+}
+
+TEST_F(VrfHwStatusEntryWatch, AnActionWithoutAnEntryHasNoneToRemove) {
+  const VrfHwStatus::EntryWatch watch(*table_, VrfAction("absent", ActionType::vrf));
+  table_->hwStatusDel(red);
+  table_->hwStatusDelAll();
+  EXPECT_FALSE(watch.wasRemoved());
+}
+
+TEST_F(VrfHwStatusEntryWatch, TheRemovalIsKnownToThoseWhoAreToldOfIt) {
+  const VrfHwStatus::EntryWatch watch(*table_, red);
+  bool known = false;
+  const Publications publications(*table_, [&](const VrfAction&) { known = watch.wasRemoved(); });
+  table_->hwStatusDel(red);
+  EXPECT_TRUE(known);
+}
+
+TEST_F(VrfHwStatusEntryWatch, NestedWatchesWatchEachTheirOwn) {
+  const VrfHwStatus::EntryWatch outer(*table_, red);
+  {
+    const VrfHwStatus::EntryWatch inner(*table_, blue);
+    const VrfHwStatus::EntryWatch same(*table_, red);
+    table_->hwStatusDel(blue);
+    EXPECT_TRUE(inner.wasRemoved());
+    EXPECT_FALSE(same.wasRemoved());
+  }
+  EXPECT_FALSE(outer.wasRemoved());
+  table_->hwStatusDel(red);
+  EXPECT_TRUE(outer.wasRemoved());
+}
+
+}  // namespace
+}  // namespace ZelVrfSelectionPolicy
