@@ -1,0 +1,72 @@
+#include "Isolation.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <system_error>
+
+namespace VrfModel {
+namespace {
+
+constexpr int failed = 101;
+constexpr std::size_t longestReport = 4000;
+
+// A call of the system that did not succeed.
+[[noreturn]] void refuse(const char* call) {
+  throw std::system_error(errno, std::generic_category(), call);
+}
+
+// The child: its stderr and its result go into `pipe`.
+[[noreturn]] void workAndExit(const std::function<std::string()>& work, int pipe) {
+  dup2(pipe, STDERR_FILENO);
+  close(pipe);
+  const std::string report = work();
+  std::fputs(report.c_str(), stderr);
+  std::exit(report.empty() ? EXIT_SUCCESS : failed);
+}
+
+std::string readAll(int pipe) {
+  std::string text;
+  std::array<char, 4096> buffer{};
+  for (;;) {
+    const ssize_t size = read(pipe, buffer.data(), buffer.size());
+    if (size < 0 && errno == EINTR) continue;
+    if (size <= 0) return text;
+    text.append(buffer.data(), static_cast<std::size_t>(size));
+  }
+}
+
+std::string howItEnded(int status) {
+  if (WIFSIGNALED(status)) return "the process died of signal " + std::to_string(WTERMSIG(status));
+  return "the process exited with status " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+std::string isolated(const std::function<std::string()>& work) {
+  std::array<int, 2> ends{};
+  if (pipe(ends.data()) != 0) refuse("pipe");
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child < 0) refuse("fork");
+  if (child == 0) {
+    close(ends[0]);
+    workAndExit(work, ends[1]);
+  }
+  close(ends[1]);
+  std::string report = readAll(ends[0]);
+  close(ends[0]);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS) return {};
+  if (WIFEXITED(status) && WEXITSTATUS(status) == failed) return report;
+  if (report.size() > longestReport) report.resize(longestReport);
+  return howItEnded(status) + ":\n" + report;
+}
+
+}  // namespace VrfModel

@@ -1,0 +1,39 @@
+#include "Isolation.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace VrfModel {
+namespace {
+
+TEST(Isolation, GivesWhatTheWorkReturned) {
+  EXPECT_EQ(isolated([] { return std::string("two differ"); }), "two differ");
+}
+
+TEST(Isolation, GivesNothingOfWorkThatSucceeded) {
+  EXPECT_EQ(isolated([] {
+              std::fputs("chatter", stderr);
+              return std::string();
+            }),
+            "");
+}
+
+TEST(Isolation, TellsOfAnAbortWithItsLastWords) {
+  const std::string report = isolated([]() -> std::string {
+    std::fputs("last words", stderr);
+    std::abort();
+  });
+  EXPECT_THAT(report, testing::HasSubstr("died of signal 6"));
+  EXPECT_THAT(report, testing::HasSubstr("last words"));
+}
+
+TEST(Isolation, TellsOfAnEarlyExit) {
+  const std::string report = isolated([]() -> std::string { std::exit(7); });
+  EXPECT_THAT(report, testing::HasSubstr("exited with status 7"));
+}
+
+}  // namespace
+}  // namespace VrfModel

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "Expected.h"
+#include "Velo/Publisher.h"
+#include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
+
+namespace VrfModel {
+
+/// What was seen of the real library besides its messages and its state.
+struct Observed {
+  std::vector<HookCall> hooks;
+  std::vector<Notice> notices;
+};
+
+/// A chip that writes down its calls and whose outcomes are those that the model expects.
+class ChipDouble final : public ZelVrfSelectionPolicy::VrfHelper {
+ public:
+  /// `observed` must outlive it.
+  explicit ChipDouble(Observed& observed)
+      : VrfHelper("double", nullptr, nullptr, nullptr), observed_(observed) {}
+
+  ZelVrfSelectionPolicy::HwStatus createVrf(
+      const ZelVrfSelectionPolicy::VrfAction& action) override;
+  ZelVrfSelectionPolicy::HwStatus updateVrf(
+      const ZelVrfSelectionPolicy::VrfAction& action) override;
+  void deleteVrf(const ZelVrfSelectionPolicy::VrfAction& action) override;
+
+ private:
+  ZelVrfSelectionPolicy::HwStatus program(Hook hook,
+                                          const ZelVrfSelectionPolicy::VrfAction& action);
+
+  Observed& observed_;
+  std::map<Action, unsigned> calls_;
+};
+
+/// Subscribes to a table and writes down its notices.
+class NoticeRecorder {
+ public:
+  /// Both must outlive it.
+  NoticeRecorder(Table table, Velo::Publisher& publisher, Observed& observed);
+  NoticeRecorder(const NoticeRecorder&) = delete;
+  NoticeRecorder& operator=(const NoticeRecorder&) = delete;
+  ~NoticeRecorder() { publisher_.subscriberDel(subscriber_); }
+
+ private:
+  using Subscriber = Velo::MemberSubscriber<NoticeRecorder>;
+
+  Table table_;
+  Velo::Publisher& publisher_;
+  Observed& observed_;
+  Subscriber subscriber_;
+};
+
+}  // namespace VrfModel

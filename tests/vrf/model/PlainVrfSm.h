@@ -1,0 +1,120 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "PlainPlatform.h"
+#include "PlainTables.h"
+
+namespace VrfModel {
+
+/// The reference VRF state machine: what the real one is to do, as plainly as it can be said. It
+/// does nothing to any chip, but says what is expected of one.
+class PlainVrfSm {
+ public:
+  /// A reactor on one entity: whether it is told, and whether its end is near.
+  struct Reactor {
+    bool isActive = true;
+    bool isZombie = false;
+  };
+  struct Instance : Reactor {
+    std::shared_ptr<VrfStatus> watched;
+  };
+  struct LensSm : Reactor {
+    std::shared_ptr<PrefixLens> watched;
+  };
+  using LensSms = std::map<Name, LensSm>;
+
+  /// What the machine stands among; all of it outlives the machine.
+  struct Surroundings {
+    PlainPlatform& platform;
+    PlainTables& tables;
+    std::map<Action, unsigned>& chipCalls;
+    Expected& expected;
+  };
+
+  /// `fallbackWalk` is the order in which the configuration's entries are walked.
+  PlainVrfSm(const Surroundings& surroundings, const Inputs& inputs,
+             const std::vector<Name>& fallbackWalk);
+
+  void activeIs(bool active);
+  void zombieIs(bool zombie);
+  /// What its destruction brings about.
+  void end();
+
+  // What the platform tells it. A change that it does not follow is passed over.
+  void countChanged(const Action& action);
+  void fallbackChanged(unsigned set, const Name& vrf);
+  void statusChanged(unsigned family, unsigned set, const Name& name);
+  void idChanged(const VrfStatus& status);
+  void lensChanged(unsigned family, unsigned set, const Name& name);
+  void lengthsChanged(const PrefixLens& lens);
+  void decapNhChanged(unsigned family, unsigned set);
+  void decapNhFallbackChanged(unsigned family, unsigned set);
+
+  // Its handlers.
+  void handleCount(const Action& action);
+  void handleFallback(const Name& vrf);
+  void handleUpdates(const Name& vrf, bool fallbackConfigChange);
+  void updateAll(const Name& vrf);
+  void updateOne(const Action& action);
+  void handleDecapNh();
+  void handleDecapNhFallback();
+
+  /// Whether it is told of counts.
+  [[nodiscard]] bool followsCounts() const { return inputs_.withCounts && isActive_ && !isZombie_; }
+  /// Whether handling the count `count`, null for none, would stop the process.
+  [[nodiscard]] bool wouldStop(const Action& action, const unsigned* count) const;
+
+  [[nodiscard]] const Inputs& inputs() const { return inputs_; }
+  [[nodiscard]] bool isActive() const { return isActive_; }
+  [[nodiscard]] bool isZombie() const { return isZombie_; }
+  [[nodiscard]] const std::map<Name, Name>& handledFallbacks() const { return handled_; }
+  [[nodiscard]] const std::map<Name, std::set<Name>>& dependents() const { return dependents_; }
+  [[nodiscard]] const std::map<Name, Instance>& instances() const { return instances_; }
+  [[nodiscard]] const LensSms& lensSms(unsigned family) const { return lensSms_.at(family); }
+
+ private:
+  [[nodiscard]] RouteStatus* routes(unsigned family) const;
+  [[nodiscard]] std::uint8_t followedRoutes(unsigned family) const {
+    return family == v4 ? inputs_.routes : inputs_.routes6;
+  }
+  [[nodiscard]] bool isTold(unsigned family, unsigned set) const;
+  void handleWhatIsThere(const std::vector<Name>& fallbackWalk);
+
+  void instanceIs(const std::shared_ptr<VrfStatus>& status);
+  void instanceDel(const Name& name);
+  void instanceZombieIs(Instance& instance, bool zombie);
+  void handleId(const Instance& instance);
+
+  void lensSmIs(unsigned family, const std::shared_ptr<PrefixLens>& lens);
+  void lensSmDel(unsigned family, const Name& name);
+  void lensSmZombieIs(unsigned family, LensSm& machine, bool zombie);
+  void handleLengths(unsigned family, const LensSm& machine);
+
+  void create(const Action& action);
+  void remove(const Action& action);
+  [[nodiscard]] Status program(Hook hook, const Action& action);
+  void dependencyIs(const Name& vrf, const Name& fallback);
+  void dependencyDel(const Name& vrf, const Name& fallback);
+  template <class Visit>
+  void forEachReactor(Visit visit);
+
+  PlainPlatform& platform_;
+  PlainTables& tables_;
+  std::map<Action, unsigned>& chipCalls_;
+  Expected& expected_;
+  Inputs inputs_;
+  bool isActive_ = true;
+  bool isZombie_ = false;
+  bool isEnding_ = false;
+  std::array<Reactor, 2> routeReactors_;
+  std::map<Name, Name> handled_;
+  std::map<Name, std::set<Name>> dependents_;
+  std::map<Name, Instance> instances_;
+  std::array<LensSms, 2> lensSms_;
+};
+
+}  // namespace VrfModel
