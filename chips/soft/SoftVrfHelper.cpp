@@ -53,17 +53,18 @@ SoftVrfHelper::~SoftVrfHelper() = default;
 
 HwStatus SoftVrfHelper::createVrf(const VrfAction& action) {
   ++hookCounts_.creates;
-  return program(action);
+  return program(Hook::createVrf, action);
 }
 
 HwStatus SoftVrfHelper::updateVrf(const VrfAction& action) {
   ++hookCounts_.updates;
-  return program(action);
+  return program(Hook::updateVrf, action);
 }
 
 void SoftVrfHelper::deleteVrf(const VrfAction& action) {
   ++hookCounts_.deletes;
   release(action);
+  tell({Hook::deleteVrf, action, false});
 }
 
 const VrfResource* SoftVrfHelper::resource(const VrfAction& action) const {
@@ -75,9 +76,11 @@ VrfProgram SoftVrfHelper::currentProgram(const VrfAction& action) const {
   return programOf(action, {vrfFallbackConfig(), routingHwRouteStatus(), routing6HwRouteStatus()});
 }
 
-HwStatus SoftVrfHelper::program(const VrfAction& action) {
+HwStatus SoftVrfHelper::program(Hook hook, const VrfAction& action) {
   HwStatus status = programNow(action);
-  if (status.status() == ProgrammingResult::programmingFailure) ++hookCounts_.failures;
+  const bool failed = status.status() == ProgrammingResult::programmingFailure;
+  if (failed) ++hookCounts_.failures;
+  tell({hook, action, failed});
   return status;
 }
 
@@ -103,6 +106,10 @@ void SoftVrfHelper::release(const VrfAction& action) {
   if (found == resources_.end()) return;
   freedIndexes_.insert(found->second.index);
   resources_.erase(found);
+}
+
+void SoftVrfHelper::tell(const HookCall& call) const {
+  if (hookObserver_) hookObserver_(call);
 }
 
 std::uint32_t SoftVrfHelper::takeLowestFreeIndex() {

@@ -9,9 +9,11 @@
 #include <iosfwd>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
 #include "chips/soft/FaultPlan.h"
+#include "chips/soft/HookCall.h"
 #include "chips/soft/VrfProgram.h"
 
 namespace SoftChip {
@@ -24,6 +26,8 @@ struct VrfResource {
   friend bool operator==(const VrfResource&, const VrfResource&) = default;
 };
 
+// In full, for example "resource 1: look up red(2) v4=[] v6=[]; ..." (on one line). Beside the
+// program that the chip would make now it shows what of a stale resource is stale.
 std::ostream& operator<<(std::ostream& stream, const VrfResource& resource);
 
 // How often each hook was called, and how many of the calls reported a failure.
@@ -72,11 +76,15 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   // What the resource of the action would be programmed with now.
   [[nodiscard]] VrfProgram currentProgram(const VrfAction& action) const;
   [[nodiscard]] const HookCounts& hookCounts() const noexcept { return hookCounts_; }
+  // Is told of each call of a hook when the hook is done, in place of whoever was told before. An
+  // empty one ends it.
+  void hookObserverIs(HookObserver observer) { hookObserver_ = std::move(observer); }
 
  private:
-  HwStatus program(const VrfAction& action);
+  HwStatus program(Hook hook, const VrfAction& action);
   HwStatus programNow(const VrfAction& action);
   void release(const VrfAction& action);
+  void tell(const HookCall& call) const;
   std::uint32_t takeLowestFreeIndex();
 
   std::uint32_t capacity_;
@@ -85,6 +93,7 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   std::set<std::uint32_t> freedIndexes_;  // all below nextIndex_
   std::uint32_t nextIndex_ = 1;
   HookCounts hookCounts_;
+  HookObserver hookObserver_;
 };
 
 }  // namespace SoftChip

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <vector>
 
 namespace SoftChip {
 namespace {
@@ -215,6 +216,68 @@ TEST_F(SoftVrfHelperTest, CountsCallsAndFailures) {
   (void)chip_->updateVrf(red_);
   chip_->deleteVrf(red_);
   EXPECT_EQ(chip_->hookCounts(), (HookCounts{3, 2, 1, 2}));
+}
+
+TEST_F(SoftVrfHelperTest, TellsOfEachCallInOrderWithItsOutcome) {
+  std::vector<HookCall> calls;
+  chip_->hookObserverIs([&calls](const HookCall& call) { calls.push_back(call); });
+  (void)chip_->createVrf(red_);
+  chip_->faultPlan().vrfFaultsIs("red", 1);
+  (void)chip_->updateVrf(red_);
+  (void)chip_->updateVrf(red_);
+  chip_->deleteVrf(red_);
+  chip_->deleteVrf(blue_);
+  const std::vector<HookCall> expected = {{Hook::createVrf, red_, false},
+                                          {Hook::updateVrf, red_, true},
+                                          {Hook::updateVrf, red_, false},
+                                          {Hook::deleteVrf, red_, false},
+                                          {Hook::deleteVrf, blue_, false}};
+  EXPECT_EQ(calls, expected);
+}
+
+TEST_F(SoftVrfHelperTest, TellsOnlyTheLastObserverUntilThereIsNone) {
+  int first = 0;
+  int second = 0;
+  chip_->hookObserverIs([&first](const HookCall&) { ++first; });
+  (void)chip_->createVrf(red_);
+  chip_->hookObserverIs([&second](const HookCall&) { ++second; });
+  (void)chip_->updateVrf(red_);
+  chip_->hookObserverIs({});
+  (void)chip_->updateVrf(red_);
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(second, 1);
+}
+
+TEST_F(SoftVrfHelperTest, TellsWhenTheResourceIsInPlace) {
+  bool present = false;
+  chip_->hookObserverIs(
+      [&](const HookCall& call) { present = chip_->resource(call.action) != nullptr; });
+  (void)chip_->createVrf(red_);
+  EXPECT_TRUE(present);
+  chip_->deleteVrf(red_);
+  EXPECT_FALSE(present);
+}
+
+TEST_F(SoftVrfHelperTest, AStaleResourceShowsWhatItWasProgrammedWith) {
+  const auto shown = [](const auto& value) {
+    std::ostringstream text;
+    text << value;
+    return text.str();
+  };
+  (void)chip_->createVrf(red_);
+  fallbacks_->fallbackVrfIs("red", "blue");
+  fallbacks_->fallbackVrfIs("blue", "green");
+  routes_->vrfPrefixLensInExactMatchIs("green")->prefixLenIs(24);
+  routesV6_->vrfPrefixLensInExactMatchIs("red")->prefixLenIs(64);
+  routes_->decapNhFallbackEnabledIs(true);
+  EXPECT_EQ(shown(*chip_->resource(red_)),
+            "resource 1: look up red(1) v4=[] v6=[]; fallback none; post-decap none; decap-nh off; "
+            "decap-nh-fallback off");
+  EXPECT_EQ(shown(chip_->currentProgram(red_)),
+            "look up red(1) v4=[] v6=[64] > blue(2) v4=[] v6=[] > green(3) v4=[24] v6=[]; "
+            "fallback none; post-decap none; decap-nh off; decap-nh-fallback on");
+  (void)chip_->updateVrf(red_);
+  EXPECT_EQ(shown(*chip_->resource(red_)), "resource 1: " + shown(chip_->currentProgram(red_)));
 }
 
 TEST_F(SoftVrfHelperTest, IndexesAreReusedLowestFirst) {
