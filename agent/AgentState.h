@@ -20,7 +20,12 @@ struct ActionState {
   std::set<ActionUser> usedBy;
   ZelVrfSelectionPolicy::HwStatus status;
   std::optional<SoftChip::VrfResource> resource;  // none where the chip has made none
-  bool resourceIsCurrent = true;  // false where the chip would be programmed otherwise now
+  SoftChip::VrfProgram currentProgram;            // what the chip would program now
+
+  // Whether the chip has a resource that it would program otherwise now.
+  [[nodiscard]] bool resourceIsStale() const {
+    return resource && resource->program != currentProgram;
+  }
 };
 
 struct ChipState {

@@ -52,12 +52,34 @@ ForwardingAgent::ForwardingAgent(std::uint32_t chipCapacity)
 }
 
 void ForwardingAgent::apply(const Configuration& next) {
+  FallbackByInstance instances;
+  for (const NetworkInstance& instance : next.networkInstances)
+    instances.emplace(instance.name, instance.fallback);
   ActionUsers users = usersOfActions(next);
   bringUpInstances(next);
+  changeFallbacks(next);
   raiseCounts(users);
   lowerCounts(users);
-  takeDownInstances(next);
+  takeDownInstances(instances);
   users_ = std::move(users);
+  instances_ = std::move(instances);
+}
+
+void ForwardingAgent::removeAll() {
+  apply({});
+  fallbackConfig_->fallbackVrfDelAll();
+  routeStatus_->vrfStatusDelAll();
+  routeStatus_->vrfPrefixLensInExactMatchDelAll();
+  routeStatusV6_->vrfPrefixLensInExactMatchDelAll();
+}
+
+std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses() const {
+  std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses;
+  const auto& present = vrfHwStatus_->hwStatus();
+  for (auto entry = present.iterator(); entry; ++entry) {
+    statuses.emplace(entry.key(), entry.value());
+  }
+  return statuses;
 }
 
 AgentState ForwardingAgent::state() const {
@@ -75,9 +97,15 @@ AgentState ForwardingAgent::state() const {
 
 void ForwardingAgent::bringUpInstances(const Configuration& next) {
   for (const NetworkInstance& instance : next.networkInstances) {
+    if (instances_.contains(instance.name)) continue;
     routeStatus_->vrfStatusIs(instance.name)->vrfIdIs(vrfIds_.idIs(instance.name));
   }
+}
+
+void ForwardingAgent::changeFallbacks(const Configuration& next) {
   for (const NetworkInstance& instance : next.networkInstances) {
+    const auto before = instances_.find(instance.name);
+    if (instance.fallback == (before == instances_.end() ? "" : before->second)) continue;
     if (instance.fallback.empty()) {
       fallbackConfig_->fallbackVrfDel(instance.name);
     } else {
@@ -96,12 +124,11 @@ void ForwardingAgent::lowerCounts(const ActionUsers& next) {
                  [this](const VrfAction& action) { vrfHwConfig_->vrfRefCountDec(action, 1); });
 }
 
-void ForwardingAgent::takeDownInstances(const Configuration& next) {
-  std::set<std::string> gone;
-  for (const auto& [name, id] : vrfIds_.ids())
-    gone.insert(name);
-  for (const NetworkInstance& instance : next.networkInstances)
-    gone.erase(instance.name);
+void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {
+  std::vector<std::string> gone;
+  for (const auto& [name, fallback] : instances_) {
+    if (!next.contains(name)) gone.push_back(name);
+  }
   for (const std::string& name : gone)
     fallbackConfig_->fallbackVrfDel(name);
   for (const std::string& name : gone) {
@@ -116,11 +143,9 @@ ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t user
   state.users = users;
   state.usedBy = usersIn(users_, action);
   state.status = vrfHwStatus_->hwStatus(action);
+  state.currentProgram = chip_->currentProgram(action);
   const SoftChip::VrfResource* const resource = chip_->resource(action);
-  if (resource != nullptr) {
-    state.resource = *resource;
-    state.resourceIsCurrent = resource->program == chip_->currentProgram(action);
-  }
+  if (resource != nullptr) state.resource = *resource;
   return state;
 }
 

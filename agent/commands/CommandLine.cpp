@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Mox/TraceHandle.h"
+#include "agent/commands/FallbackGraphCommand.h"
 #include "agent/commands/RunCommand.h"
 #include "agent/config/PrintableText.h"
 
@@ -23,8 +24,26 @@ std::string problemWithCount(const std::string& text) {
          std::to_string(std::numeric_limits<std::uint32_t>::max()) + ", not " + inQuotes(text);
 }
 
+constexpr const char* eventsHelp =
+    R"(Events, one a line; '#' begins a comment. Names with blanks or odd bytes are quoted, as 'a\x00b'.
+  vrf NAME id N           the hardware gives the VRF this id; 0 takes it away
+  vrf NAME remove         the hardware no longer knows the VRF; its configuration stays
+  vrf NAME add [id N]     the hardware reports the VRF by a new status, in place of any before. An
+                          id that a status brings along is looked at at once where it replaces
+                          another; in a VRF that is new, when it changes, or with the next update
+  fallback NAME to NAME   fallback NAME remove
+  decap-nh on|off         decap-nh-fallback on|off
+  prefix-lens ipv4|ipv6 NAME LENGTH...    these prefix lengths, and no others, are in exact match
+  prefix-lens ipv4|ipv6 NAME remove
+  config FILE             the file, from the folder of the events, is applied as a change of the
+                          configuration before: what the two do not tell apart stays as events
+                          made it
+  chip capacity N         chip fail VRF|any COUNT (the next COUNT creations and updates fail)
+  show                    the table, and every resource of the chip in full)";
+
 struct CommandLine {
   RunOptions run;
+  FallbackGraphOptions fallbackGraph;
   bool trace = false;
 };
 
@@ -32,6 +51,8 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const run = app.add_subcommand(
       "run", "Apply configurations in turn, each as a change of the one before, and report");
   run->add_option("CONFIG", commandLine.run.configurations, "OpenConfig JSON files")->required();
+  run->add_option("--events", commandLine.run.events, "A file of events, played afterwards")
+      ->type_name("FILE");
   run->add_flag("--json", commandLine.run.json, "Report as JSON, one document per line");
   run->add_flag("--strict", commandLine.run.strict,
                 "Exit with status 1 when an action was not programmed on the chip");
@@ -40,6 +61,15 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
                   "VRF resources that the chip has")
       ->capture_default_str()
       ->check(CLI::Validator(problemWithCount, "N"));
+  run->footer(eventsHelp);
+}
+
+void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const graph = app.add_subcommand(
+      "fallback-graph", "Show which VRF falls back to which, and which actions name them");
+  graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
+      ->required();
+  graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Show it in Graphviz's language");
 }
 
 std::string commandsOf(const CLI::App& app) {
@@ -79,12 +109,16 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
   app.require_subcommand(1);
   describeRun(app, commandLine);
+  describeFallbackGraph(app, commandLine);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
     return reportUsage(error, app, out, err);
   }
   if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
+  if (app.got_subcommand("fallback-graph")) {
+    return showFallbackGraph(commandLine.fallbackGraph, out, err);
+  }
   return runConfigurations(commandLine.run, out, err);
 }
 

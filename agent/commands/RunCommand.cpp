@@ -1,5 +1,6 @@
 #include "agent/commands/RunCommand.h"
 
+#include <filesystem>
 #include <optional>
 #include <ostream>
 
@@ -7,6 +8,10 @@
 #include "agent/config/ConfigError.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/config/PrintableText.h"
+#include "agent/config/TextFile.h"
+#include "agent/events/EventError.h"
+#include "agent/events/EventPlayer.h"
+#include "agent/render/EventReport.h"
 #include "agent/render/JsonReport.h"
 #include "agent/render/TextReport.h"
 
@@ -19,8 +24,12 @@ class Run final {
       : options_(options), out_(out), err_(err), agent_(options.chipCapacity) {}
 
   [[nodiscard]] ExitStatus runAll() {
-    for (const std::string& file : options_.configurations) {
-      if (!applyFile(file)) break;
+    try {
+      runSeries();
+    } catch (const ConfigError& error) {
+      reportBadInput(error.what());
+    } catch (const EventError& error) {
+      reportBadInput(error.what());
     }
     agent_.removeAll();
     report(std::nullopt);
@@ -32,21 +41,41 @@ class Run final {
   }
 
  private:
-  bool applyFile(const std::string& file) {
-    try {
-      const ReadConfiguration read = readOpenConfigFile(file);
-      out_.flush();
-      for (const std::string& warning : read.warnings)
-        err_ << "warning: " << warning << '\n';
-      agent_.apply(read.configuration);
-      report(file);
-      return true;
-    } catch (const ConfigError& error) {
-      out_.flush();
-      err_ << "error: " << error.what() << '\n';
-      raiseStatus(ExitStatus::badInput);
-      return false;
-    }
+  // The events are read first: if they cannot be, nothing needs to be applied to find out.
+  void runSeries() {
+    const std::string events =
+        options_.events ? readTextFile(*options_.events, "a readable file of events") : "";
+    for (const std::string& file : options_.configurations)
+      applyFile(file);
+    if (options_.events) playEvents(events, *options_.events);
+  }
+
+  void applyFile(const std::string& file) {
+    const ReadConfiguration read = readOpenConfigFile(file);
+    warn(read.warnings);
+    agent_.apply(read.configuration);
+    report(file);
+  }
+
+  void playEvents(const std::string& events, const std::string& file) {
+    EventPlayer player(agent_, std::filesystem::path(file).parent_path());
+    forEachEvent(events, file, [&](const EventPlace& place, const Event& event) {
+      const PlayedEvent played{place, event, player.play(event)};
+      warn(played.effects.warnings);
+      report(played);
+    });
+  }
+
+  void warn(const std::vector<std::string>& warnings) {
+    out_.flush();
+    for (const std::string& warning : warnings)
+      err_ << "warning: " << warning << '\n';
+  }
+
+  void reportBadInput(const char* what) {
+    out_.flush();
+    err_ << "error: " << what << '\n';
+    raiseStatus(ExitStatus::badInput);
   }
 
   void report(const std::optional<std::string>& file) {
@@ -56,6 +85,20 @@ class Run final {
     } else {
       writeTextReport(out_, file ? printable(*file, 1000) + " applied" : "all removed", state);
     }
+    judge(state);
+  }
+
+  void report(const PlayedEvent& played) {
+    const AgentState state = agent_.state();
+    if (options_.json) {
+      writeJsonReport(out_, played, state);
+    } else {
+      writeTextReport(out_, played, state);
+    }
+    judge(state);
+  }
+
+  void judge(const AgentState& state) {
     if (options_.strict && hasFailedAction(state)) raiseStatus(ExitStatus::failure);
   }
 

@@ -1,40 +1,19 @@
 #include "agent/config/JsonText.h"
 
-#include <cerrno>
 #include <cstddef>
-#include <cstdio>
-#include <cstring>
 #include <iterator>
-#include <memory>
 #include <set>
 #include <string_view>
 #include <vector>
 
 #include "agent/config/ConfigError.h"
 #include "agent/config/PrintableText.h"
+#include "agent/config/TextFile.h"
 
 namespace ZelAgent {
 namespace {
 
 using nlohmann::json;
-
-[[noreturn]] void failToRead(const std::string& file, int error) {
-  throw ConfigError(printable(file, 1000) + ": cannot be read: " + std::strerror(error) +
-                    "; give a readable JSON file");
-}
-
-std::string readText(const std::string& file) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "rb"),
-                                                               &std::fclose);
-  if (!stream) failToRead(file, errno);
-  std::string text;
-  char block[65536];
-  while (const std::size_t got = std::fread(block, 1, sizeof block, stream.get())) {
-    text.append(block, got);
-  }
-  if (std::ferror(stream.get()) != 0) failToRead(file, errno);
-  return text;
-}
 
 // Lines and columns count from 1; a column is a character, not a byte.
 std::string lineAndColumn(std::string_view before) {
@@ -169,7 +148,7 @@ json parseJson(const std::string& text, const std::string& file) {
 }
 
 json readJsonFile(const std::string& file) {
-  return parseJson(readText(file), file);
+  return parseJson(readTextFile(file, "a readable JSON file"), file);
 }
 
 }  // namespace ZelAgent

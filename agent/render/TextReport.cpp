@@ -20,7 +20,7 @@ std::string orDash(std::string_view text) {
 std::string resourceText(const ActionState& state) {
   if (!state.resource) return "-";
   const std::string index = std::to_string(state.resource->index);
-  return state.resourceIsCurrent ? index : index + " stale";
+  return state.resourceIsStale() ? index + " stale" : index;
 }
 
 Row rowOf(const ActionState& state) {

@@ -112,7 +112,7 @@ TEST_F(ForwardingAgentTest, AChangedFallbackReachesTheResource) {
   for (const SmallVrf& changed : {SmallVrf{"red", "DEFAULT"}, SmallVrf{"red"}}) {
     apply({{changed, {"blue"}}, {"red"}, {"e1"}});
     const AgentState state = agent_.state();
-    EXPECT_TRUE(state.actions.at(0).resourceIsCurrent);
+    EXPECT_FALSE(state.actions.at(0).resourceIsStale());
     EXPECT_EQ(state.actions.at(0).resource->program.lookUp.size(),
               changed.fallback.empty() ? 1U : 2U);
   }
@@ -135,7 +135,7 @@ TEST_F(ForwardingAgentTest, AResourceThatTheChipDidNotUpdateIsShownAsStale) {
   agent_.chip().faultPlan().anyFaultsIs(100);
   apply({{{"red", "DEFAULT"}}, {"red"}, {"e1"}});
   const AgentState state = agent_.state();
-  EXPECT_FALSE(state.actions.at(0).resourceIsCurrent);
+  EXPECT_TRUE(state.actions.at(0).resourceIsStale());
   EXPECT_TRUE(hasFailedAction(state));
 }
 

@@ -1,0 +1,117 @@
+// Why: what can befall an agent besides a new configuration (the hardware reports a VRF, a fallback
+// moves, a chip runs full) is told by event files, one event a line.
+// Always: plain values; names of VRFs are the system's ("default" for DEFAULT) and have 1 to 100
+// bytes; lengths are within the family.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <variant>
+
+#include "agent/config/IpPrefix.h"
+
+namespace ZelAgent {
+
+// vrf NAME id N: the hardware gives a VRF that exists another id; 0 takes it away.
+struct SetVrfId {
+  std::string vrf;
+  std::uint32_t id = 0;
+
+  bool operator==(const SetVrfId&) const = default;
+};
+
+// vrf NAME remove: the hardware no longer knows the VRF.
+struct RemoveVrf {
+  std::string vrf;
+
+  bool operator==(const RemoveVrf&) const = default;
+};
+
+// vrf NAME add [id N]: the hardware reports the VRF by a new status, in place of any that it had.
+struct AddVrf {
+  std::string vrf;
+  std::uint32_t id = 0;
+
+  bool operator==(const AddVrf&) const = default;
+};
+
+// fallback NAME to NAME
+struct SetFallback {
+  std::string vrf;
+  std::string fallback;
+
+  bool operator==(const SetFallback&) const = default;
+};
+
+// fallback NAME remove
+struct RemoveFallback {
+  std::string vrf;
+
+  bool operator==(const RemoveFallback&) const = default;
+};
+
+// decap-nh on|off
+struct SetDecapNh {
+  bool isOn = false;
+
+  bool operator==(const SetDecapNh&) const = default;
+};
+
+// decap-nh-fallback on|off
+struct SetDecapNhFallback {
+  bool isOn = false;
+
+  bool operator==(const SetDecapNhFallback&) const = default;
+};
+
+// prefix-lens ipv4|ipv6 NAME LENGTH...: these and no others are held in exact match.
+struct SetPrefixLens {
+  IpFamily family = IpFamily::v4;
+  std::string vrf;
+  std::set<std::uint8_t> lengths;
+
+  bool operator==(const SetPrefixLens&) const = default;
+};
+
+// prefix-lens ipv4|ipv6 NAME remove
+struct RemovePrefixLens {
+  IpFamily family = IpFamily::v4;
+  std::string vrf;
+
+  bool operator==(const RemovePrefixLens&) const = default;
+};
+
+// config FILE: the configuration is applied as a change of the one before.
+struct ApplyConfig {
+  std::string file;
+
+  bool operator==(const ApplyConfig&) const = default;
+};
+
+// chip capacity N
+struct SetChipCapacity {
+  std::uint32_t capacity = 0;
+
+  bool operator==(const SetChipCapacity&) const = default;
+};
+
+// chip fail VRF|any COUNT: the next COUNT creations or updates of actions into the VRF fail.
+struct PlanChipFaults {
+  std::optional<std::string> vrf;  // none: those of any action
+  std::uint32_t count = 0;
+
+  bool operator==(const PlanChipFaults&) const = default;
+};
+
+// show
+struct Show {
+  bool operator==(const Show&) const = default;
+};
+
+using Event = std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
+                           SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig,
+                           SetChipCapacity, PlanChipFaults, Show>;
+
+}  // namespace ZelAgent

@@ -1,0 +1,82 @@
+#include "agent/graph/FallbackGraph.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace ZelAgent {
+namespace {
+
+using VrfsByName = std::map<L3::VrfName, GraphVrf>;
+
+GraphVrf& vrfOf(VrfsByName& vrfs, const L3::VrfName& name) {
+  GraphVrf& vrf = vrfs[name];
+  vrf.name = name;
+  return vrf;
+}
+
+// The VRFs from `start` on along fallbacks, up to the first one that is met again or was looked at
+// before: the cycle, if there is one, is at the end.
+FallbackCycle cycleFrom(const L3::VrfName& start, const VrfsByName& vrfs,
+                        std::set<L3::VrfName>& lookedAt) {
+  FallbackCycle walk;
+  L3::VrfName name = start;
+  while (!name.empty() && lookedAt.insert(name).second) {
+    walk.push_back(name);
+    name = vrfs.at(name).fallback;
+  }
+  walk.erase(walk.begin(), std::find(walk.begin(), walk.end(), name));
+  return walk;
+}
+
+std::vector<FallbackCycle> cyclesOf(const VrfsByName& vrfs) {
+  std::vector<FallbackCycle> cycles;
+  std::set<L3::VrfName> lookedAt;
+  for (const auto& [name, vrf] : vrfs) {
+    FallbackCycle cycle = cycleFrom(name, vrfs, lookedAt);
+    if (cycle.empty()) continue;
+    std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end()), cycle.end());
+    cycles.push_back(std::move(cycle));
+  }
+  std::sort(cycles.begin(), cycles.end(),
+            [](const auto& a, const auto& b) { return a.front() < b.front(); });
+  return cycles;
+}
+
+}  // namespace
+
+FallbackGraph fallbackGraphOf(const Configuration& configuration) {
+  VrfsByName vrfs;
+  for (const NetworkInstance& instance : configuration.networkInstances) {
+    vrfOf(vrfs, instance.name).isConfigured = true;
+    if (instance.fallback.empty()) continue;
+    vrfs[instance.name].fallback = instance.fallback;
+    vrfOf(vrfs, instance.fallback);
+  }
+  FallbackGraph graph;
+  for (const auto& [action, users] : usersOfActions(configuration)) {
+    graph.actions.push_back(action);
+    for (const NamedVrf& named : vrfsNamedBy(action))
+      vrfOf(vrfs, named.vrf);
+  }
+  graph.cycles = cyclesOf(vrfs);
+  for (const FallbackCycle& cycle : graph.cycles) {
+    for (const L3::VrfName& name : cycle)
+      vrfs[name].isOnCycle = true;
+  }
+  for (const auto& [name, vrf] : vrfs)
+    graph.vrfs.push_back(vrf);
+  return graph;
+}
+
+std::vector<NamedVrf> vrfsNamedBy(const VrfAction& action) {
+  std::vector<NamedVrf> named;
+  for (const NamedVrf& field : {NamedVrf{"vrfName", action.vrfName()},
+                                NamedVrf{"fallbackVrfName", action.fallbackVrfName()},
+                                NamedVrf{"postDecapVrfName", action.postDecapVrfName()}}) {
+    if (!field.vrf.empty()) named.push_back(field);
+  }
+  return named;
+}
+
+}  // namespace ZelAgent

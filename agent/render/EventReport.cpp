@@ -1,0 +1,107 @@
+#include "agent/render/EventReport.h"
+
+#include <ostream>
+#include <string>
+
+#include "agent/config/PrintableText.h"
+#include "agent/events/EventText.h"
+#include "agent/render/ActionText.h"
+#include "agent/render/ResourceReport.h"
+#include "agent/render/StateJson.h"
+#include "agent/render/TextReport.h"
+
+namespace ZelAgent {
+namespace {
+
+using SoftChip::Hook;
+using SoftChip::HookCall;
+using ZelVrfSelectionPolicy::HwStatus;
+using ZelVrfSelectionPolicy::ProgrammingResult;
+
+const char* hookName(Hook hook) {
+  switch (hook) {
+    case Hook::createVrf:
+      return "createVrf";
+    case Hook::updateVrf:
+      return "updateVrf";
+    case Hook::deleteVrf:
+      break;
+  }
+  return "deleteVrf";
+}
+
+std::string statusText(const std::optional<HwStatus>& status) {
+  if (!status) return "none";
+  const std::string result = stringValue(status->status()).str();
+  if (status->status() == ProgrammingResult::programmedInHw) return result;
+  return result + " (" + stringValue(status->failureReason()).str() + ": " +
+         printable(status->failureDescription().bytes(), 1000) + ')';
+}
+
+void writeCalls(std::ostream& out, const std::vector<HookCall>& calls) {
+  if (calls.empty()) out << "  no call of the chip\n";
+  for (const HookCall& call : calls) {
+    out << "  " << hookName(call.hook) << ' ' << toText(call.action)
+        << (call.failed ? " failed" : "") << '\n';
+  }
+}
+
+void writeStatusChanges(std::ostream& out, const std::vector<StatusChange>& changes) {
+  for (const StatusChange& change : changes) {
+    out << "  status of " << toText(change.action) << ": " << statusText(change.before) << " -> "
+        << statusText(change.after) << '\n';
+  }
+}
+
+OrderedJson callsJson(const std::vector<HookCall>& calls) {
+  OrderedJson json = OrderedJson::array();
+  for (const HookCall& call : calls) {
+    OrderedJson one;
+    one["hook"] = hookName(call.hook);
+    one.update(nameJson(call.action));
+    one["failed"] = call.failed;
+    json.push_back(std::move(one));
+  }
+  return json;
+}
+
+OrderedJson optionalStatusJson(const std::optional<HwStatus>& status) {
+  return status ? statusJson(*status) : OrderedJson(nullptr);
+}
+
+OrderedJson statusChangesJson(const std::vector<StatusChange>& changes) {
+  OrderedJson json = OrderedJson::array();
+  for (const StatusChange& change : changes) {
+    OrderedJson one = nameJson(change.action);
+    one["before"] = optionalStatusJson(change.before);
+    one["after"] = optionalStatusJson(change.after);
+    json.push_back(std::move(one));
+  }
+  return json;
+}
+
+}  // namespace
+
+void writeTextReport(std::ostream& out, const PlayedEvent& played, const AgentState& state) {
+  const std::string title = played.place.text() + ": " + toText(played.event);
+  if (std::holds_alternative<Show>(played.event)) {
+    writeTextReport(out, title, state);
+    writeResourceReport(out, state);
+    return;
+  }
+  out << title << '\n';
+  writeCalls(out, played.effects.calls);
+  writeStatusChanges(out, played.effects.statusChanges);
+}
+
+void writeJsonReport(std::ostream& out, const PlayedEvent& played, const AgentState& state) {
+  OrderedJson report;
+  report["event"] = {
+      {"file", played.place.file}, {"line", played.place.line}, {"text", toText(played.event)}};
+  report["calls"] = callsJson(played.effects.calls);
+  report["statuses"] = statusChangesJson(played.effects.statusChanges);
+  putState(report, state);
+  out << oneLine(report) << '\n';
+}
+
+}  // namespace ZelAgent
