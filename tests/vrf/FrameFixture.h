@@ -60,7 +60,7 @@ class VrfSmFrameFixture : public ::testing::Test {
   }
   /// How the journal shows the status of the update of that number.
   static std::string updated(unsigned number) {
-    return "programmedInHw failureNone \"" + std::to_string(number) + "\"";
+    return "programmedInHw failureNone '" + std::to_string(number) + "'";
   }
 
   static HwStatus failure(FailureCode reason, const char* description) {
