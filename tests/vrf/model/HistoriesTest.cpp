@@ -3,12 +3,16 @@
 // ZEL_MODEL_SEED=n replays the history of that seed; ZEL_MODEL_HISTORIES=n sets how many there are
 // in all, ZEL_MODEL_FIRST_SEED=n where their seeds begin.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <charconv>
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <stdexcept>
+#include <string_view>
 
 #include "EventSource.h"
 #include "History.h"
@@ -25,7 +29,12 @@ constexpr std::uint64_t firstSeed = 1;
 
 std::uint64_t environment(const char* name, std::uint64_t otherwise) {
   const char* text = std::getenv(name);
-  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+  if (text == nullptr) return otherwise;
+  const std::string_view digits(text);
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number);
+  if (error == std::errc() && end == digits.end()) return number;
+  throw std::invalid_argument(std::string(name) + "='" + text + "': expected a decimal number");
 }
 
 /// What befalls the history of one seed.
@@ -98,6 +107,35 @@ TEST_P(Histories, LibraryDoesWhatTheModelSays) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Shard, Histories, testing::Range(0U, shards));
+
+// The abort messages of the first `count` histories that stop the process as `stop` says.
+std::vector<std::string> lastWordsOfStops(Stop stop, std::size_t count) {
+  std::vector<std::string> lastWords;
+  for (std::uint64_t seed = firstSeed; lastWords.size() < count; ++seed) {
+    const Drawn drawn(seed);
+    const auto part = partThatStops(drawn.cast, drawn.events, stop);
+    if (!part) continue;
+    lastWords.push_back(isolated([&]() -> std::string {
+      letHappen(drawn.cast, *part);
+      return "seed " + std::to_string(seed) + " goes on";
+    }));
+  }
+  return lastWords;
+}
+
+TEST(HistoriesOfTheModel, StopTheProcessAtACountWithoutAResource) {
+  EXPECT_THAT(lastWordsOfStops(Stop::invalidIncrement, 40),
+              testing::Each(testing::AllOf(testing::HasSubstr("Invalid ref count increment"),
+                                           testing::HasSubstr("died of signal 6"))));
+}
+
+TEST(HistoriesOfTheModel, StopTheProcessAtTheDeletionOfAResourceThatIsNotThere) {
+  EXPECT_THAT(lastWordsOfStops(Stop::uncreatedDeletion, 40),
+              testing::Each(testing::AllOf(
+                  testing::HasSubstr("Trying to delete a vrf HW resource that has not been "
+                                     "created yet. VRF:Value('ZelVrfSelectionPolicy::VrfAction'"),
+                  testing::HasSubstr("died of signal 6"))));
+}
 
 /// What a number of histories reached.
 struct Reached {

@@ -1,7 +1,6 @@
 #include "History.h"
 
 #include "Comparison.h"
-#include "Model.h"
 #include "System.h"
 
 namespace VrfModel {
@@ -36,6 +35,33 @@ std::optional<Difference> firstDifference(const Cast& cast, const std::vector<Ev
     if (difference) return difference;
   }
   return messages.settle();
+}
+
+std::optional<std::vector<Event>> partThatStops(const Cast& cast, const std::vector<Event>& history,
+                                                Stop stop) {
+  Model model(cast);
+  System system(cast);
+  std::vector<Event> part;
+  for (const Event& event : history) {
+    part.push_back(event);
+    if (model.stopOf(event) == stop) return part;
+    if (!model.allows(event)) continue;
+    static_cast<void>(model.apply(event, system.fallbackWalk(event)));
+    system.apply(event);
+  }
+  return std::nullopt;
+}
+
+void letHappen(const Cast& cast, const std::vector<Event>& history) {
+  Model model(cast);
+  System system(cast);
+  for (std::size_t index = 0; index < history.size(); ++index) {
+    const Event& event = history[index];
+    const bool isLast = index + 1 == history.size();
+    if (!isLast && !model.allows(event)) continue;
+    if (!isLast) static_cast<void>(model.apply(event, system.fallbackWalk(event)));
+    system.apply(event);
+  }
 }
 
 }  // namespace VrfModel

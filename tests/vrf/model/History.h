@@ -7,6 +7,7 @@
 #include "Event.h"
 #include "Expected.h"
 #include "MessageTape.h"
+#include "Model.h"
 
 namespace VrfModel {
 
@@ -19,5 +20,15 @@ using Witness = std::function<void(const Event&, const Expected&)>;
 [[nodiscard]] std::optional<Difference> firstDifference(const Cast& cast,
                                                         const std::vector<Event>& history,
                                                         const Witness& witness = nullptr);
+
+/// The part of `history` up to the first event that would stop the process as `stop` says; nothing
+/// when there is none.
+[[nodiscard]] std::optional<std::vector<Event>> partThatStops(const Cast& cast,
+                                                              const std::vector<Event>& history,
+                                                              Stop stop);
+
+/// Lets `history` befall the real system alone: the events that the model allows, and the last one
+/// in any case.
+void letHappen(const Cast& cast, const std::vector<Event>& history);
 
 }  // namespace VrfModel

@@ -37,45 +37,55 @@ unsigned Model::newCount(const Event& event) const {
 }
 
 bool Model::allows(const Event& event) const {
-  const unsigned* present = tables_.count(actionOf(event));
+  return canHappen(event) && stopOf(event) == Stop::none;
+}
+
+bool Model::canHappen(const Event& event) const {
+  if (event.kind == Kind::machineActive || event.kind == Kind::machineZombie) {
+    return machine_ != nullptr;
+  }
+  return event.kind < Kind::callUpdates || canCall(event);
+}
+
+bool Model::canCall(const Event& event) const {
+  if (!machine_ || machine_->isZombie()) return false;
+  if (event.kind == Kind::callCount) return machine_->inputs().withCounts;
+  const bool readsRoutes =
+      event.kind == Kind::callDecapNh || event.kind == Kind::callDecapNhFallback;
+  return !readsRoutes || machine_->inputs().routes != noSet;
+}
+
+Stop Model::stopOf(const Event& event) const {
+  const Action& action = actionOf(event);
+  const unsigned* present = tables_.count(action);
+  const unsigned count = newCount(event);
   switch (event.kind) {
     case Kind::countRaise:
     case Kind::countLower:
-    case Kind::countSet: {
-      const unsigned count = newCount(event);
-      return (present != nullptr && *present == count) || allowsCount(actionOf(event), &count);
-    }
+    case Kind::countSet:
+      if (present != nullptr && *present == count) return Stop::none;
+      return stopOfNewCount(action, &count);
     case Kind::countDelete:
-      return present == nullptr || allowsCount(actionOf(event), nullptr);
+      return present == nullptr ? Stop::none : stopOfNewCount(action, nullptr);
     case Kind::countDeleteAll:
-      return allowsDeletionOfAllCounts();
-    case Kind::machineActive:
-    case Kind::machineZombie:
-      return machine_ != nullptr;
+      return stopOfDeletionOfAll();
+    case Kind::callCount:
+      return canCall(event) ? machine_->stopOf(action, present) : Stop::none;
     default:
-      return event.kind < Kind::callUpdates || allowsCall(event);
+      return Stop::none;
   }
 }
 
-bool Model::allowsCount(const Action& action, const unsigned* count) const {
-  return !machine_ || !machine_->followsCounts() || !machine_->wouldStop(action, count);
+Stop Model::stopOfNewCount(const Action& action, const unsigned* count) const {
+  const bool isTold = machine_ && machine_->followsCounts();
+  return isTold ? machine_->stopOf(action, count) : Stop::none;
 }
 
-bool Model::allowsDeletionOfAllCounts() const {
+Stop Model::stopOfDeletionOfAll() const {
   for (const auto& [action, count] : tables_.counts()) {
-    if (!allowsCount(action, nullptr)) return false;
+    if (stopOfNewCount(action, nullptr) != Stop::none) return Stop::uncreatedDeletion;
   }
-  return true;
-}
-
-bool Model::allowsCall(const Event& event) const {
-  if (!machine_ || machine_->isZombie()) return false;
-  if (event.kind == Kind::callDecapNh || event.kind == Kind::callDecapNhFallback) {
-    return machine_->inputs().routes != noSet;
-  }
-  if (event.kind != Kind::callCount) return true;
-  const Action& action = actionOf(event);
-  return machine_->inputs().withCounts && !machine_->wouldStop(action, tables_.count(action));
+  return Stop::none;
 }
 
 void Model::happenToCounts(const Event& event) {

@@ -20,6 +20,8 @@ class Model {
   /// Whether `event` may happen now. What may not is what stops the process, and calls on a
   /// machine that is not there or is about to go.
   [[nodiscard]] bool allows(const Event& event) const;
+  /// How `event`, if it happened now, would stop the process.
+  [[nodiscard]] Stop stopOf(const Event& event) const;
 
   /// `fallbackWalk` is the order in which the fallback configuration that the event is about is
   /// walked; the platform chooses it.
@@ -42,9 +44,10 @@ class Model {
   void happenToMachine(const Event& event, const std::vector<Name>& fallbackWalk);
   void call(const Event& event);
 
-  [[nodiscard]] bool allowsCount(const Action& action, const unsigned* count) const;
-  [[nodiscard]] bool allowsDeletionOfAllCounts() const;
-  [[nodiscard]] bool allowsCall(const Event& event) const;
+  [[nodiscard]] bool canHappen(const Event& event) const;
+  [[nodiscard]] bool canCall(const Event& event) const;
+  [[nodiscard]] Stop stopOfNewCount(const Action& action, const unsigned* count) const;
+  [[nodiscard]] Stop stopOfDeletionOfAll() const;
   [[nodiscard]] unsigned newCount(const Event& event) const;
 
   void countIs(const Action& action, unsigned count);

@@ -5,8 +5,10 @@
 
 namespace VrfModel {
 
-bool PlainVrfSm::wouldStop(const Action& action, const unsigned* count) const {
-  return !tables_.isCreated(action) && (count == nullptr || *count != 1);
+Stop PlainVrfSm::stopOf(const Action& action, const unsigned* count) const {
+  if (tables_.isCreated(action)) return Stop::none;
+  if (count == nullptr || *count == 0) return Stop::uncreatedDeletion;
+  return *count == 1 ? Stop::none : Stop::invalidIncrement;
 }
 
 void PlainVrfSm::handleCount(const Action& action) {

@@ -10,6 +10,15 @@
 
 namespace VrfModel {
 
+/// How handling a count can stop the process.
+enum class Stop {
+  none,
+  /// There are several users already, but no resource.
+  invalidIncrement,
+  /// The resource that is to be deleted does not exist.
+  uncreatedDeletion,
+};
+
 /// The reference VRF state machine: what the real one is to do, as plainly as it can be said. It
 /// does nothing to any chip, but says what is expected of one.
 class PlainVrfSm {
@@ -65,8 +74,8 @@ class PlainVrfSm {
 
   /// Whether it is told of counts.
   [[nodiscard]] bool followsCounts() const { return inputs_.withCounts && isActive_ && !isZombie_; }
-  /// Whether handling the count `count`, null for none, would stop the process.
-  [[nodiscard]] bool wouldStop(const Action& action, const unsigned* count) const;
+  /// How handling the count `count`, null for none, would stop the process.
+  [[nodiscard]] Stop stopOf(const Action& action, const unsigned* count) const;
 
   [[nodiscard]] const Inputs& inputs() const { return inputs_; }
   [[nodiscard]] bool isActive() const { return isActive_; }

@@ -99,6 +99,7 @@ void System::happenToStatuses(const Event& event) {
 void System::statusPut(Routes& routes, const Name& name, unsigned id) {
   statusRetire(routes, name);
   statusesMade_.push_back(VrfStatus::VrfStatusIs(name));
+  numbers_[statusesMade_.back().get()] = static_cast<unsigned>(statusesMade_.size()) - 1;
   statusesMade_.back()->vrfIdIs(id);
   routes.status->vrfStatusIs(statusesMade_.back());
 }
@@ -134,6 +135,7 @@ void System::happenToLens(const Event& event) {
 void System::lensPut(Routes& routes, const Name& name) {
   lensRetire(routes, name);
   lensMade_.push_back(PrefixLensInExactMatch::PrefixLensInExactMatchIs(name));
+  numbers_[lensMade_.back().get()] = static_cast<unsigned>(lensMade_.size()) - 1;
   routes.status->vrfPrefixLensInExactMatchIs(lensMade_.back());
 }
 

@@ -32,19 +32,16 @@ class System {
   /// How many different machines there have been.
   [[nodiscard]] unsigned built() const noexcept { return built_; }
 
-  // The entity of that number, by the order of their making.
-  [[nodiscard]] const Mox::PtrInterface* vrfStatus(unsigned number) const {
-    return statusesMade_[number].get();
-  }
-  [[nodiscard]] const Mox::PtrInterface* prefixLens(unsigned number) const {
-    return lensMade_[number].get();
+  /// The number of a VRF status or of prefix lengths, by the order of the making of either.
+  [[nodiscard]] unsigned numberOf(const Mox::PtrInterface* entity) const {
+    return numbers_.at(entity);
   }
 
  private:
   using StatusPtr = Mox::Ptr<Routing::Hardware::VrfStatus>;
   using LensPtr = Mox::Ptr<Routing::Hardware::PrefixLensInExactMatch>;
 
-  /// The route status of one family, and the last entities that were taken out or replaced.
+  /// The route status of one set, and the last entities that were taken out or replaced.
   struct Routes {
     Mox::Ptr<Routing::Hardware::RouteStatusBase> status;
     std::map<Name, StatusPtr> retiredStatuses;
@@ -82,6 +79,7 @@ class System {
   std::array<Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf>, sets> fallbacks_;
   std::vector<StatusPtr> statusesMade_;
   std::vector<LensPtr> lensMade_;
+  std::map<const Mox::PtrInterface*, unsigned> numbers_;
   Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> top_;
   unsigned built_ = 0;
 };
