@@ -50,9 +50,9 @@ TEST_F(VrfSmRebuild, TheNewMachineFindsResourcesInPlaceAndEndsThem) {
     users->vrfRefCountIs(action, 0);
   EXPECT_THAT(
       journal.take(),
-      ElementsAre("deleteVrf red", deleting("red"), "vrfRefCount red gone", "hwStatus red gone",
-                  "vrfRefCount red gone", "deleteVrf blue", deleting("blue"),
-                  "vrfRefCount blue gone", "hwStatus blue gone", "vrfRefCount blue gone"));
+      ElementsAre("vrfRefCount red = 0", "deleteVrf red", deleting("red"), "vrfRefCount red gone",
+                  "hwStatus red gone", "vrfRefCount blue = 0", "deleteVrf blue", deleting("blue"),
+                  "vrfRefCount blue gone", "hwStatus blue gone"));
 }
 
 TEST_F(VrfSmRebuild, CountsWithoutAResourceAreNotReplayedEither) {

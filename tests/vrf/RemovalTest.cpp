@@ -388,18 +388,19 @@ TEST_P(VrfSmRemovalMoments, AnUpdateOfItsVrfDoesNotReachTheResourceThatIsGoing) 
   expectRedHasNothing();
 }
 
+std::string nameOf(const ::testing::TestParamInfo<Moment>& moment) {
+  constexpr std::array names{"InTheHook", "AtTheCountNoticeBeforeTheMachine",
+                             "AtTheCountNoticeAfterTheMachine", "AtTheFirstStatusNotice",
+                             "AtTheLastStatusNotice"};
+  return names.at(static_cast<std::size_t>(moment.param));
+}
+
 INSTANTIATE_TEST_SUITE_P(EveryMoment, VrfSmRemovalMoments,
                          ::testing::Values(Moment::hook, Moment::countNoticeBeforeTheMachine,
                                            Moment::countNoticeAfterTheMachine,
                                            Moment::statusNoticeOfTheFirst,
                                            Moment::statusNoticeOfTheLast),
-                         [](const auto& moment) {
-                           constexpr std::array names{
-                               "InTheHook", "AtTheCountNoticeBeforeTheMachine",
-                               "AtTheCountNoticeAfterTheMachine", "AtTheFirstStatusNotice",
-                               "AtTheLastStatusNotice"};
-                           return names.at(static_cast<std::size_t>(moment.param));
-                         });
+                         nameOf);
 
 TEST_F(VrfSmRemoval, InsideAnotherOneEachIsWholeAndTheOuterGoesOn) {
   before.reset();

@@ -120,6 +120,21 @@ TEST_F(VrfSmTeardown, CallsNoHookThatWouldThrow) {
   EXPECT_EQ(journal.take(), courseOfNestedMachines());
 }
 
+TEST_F(VrfSmTeardown, FollowsNoChangeThatItsOwnTraceBringsAbout) {
+  start();
+  forgetLines();
+  const Mox::TraceSink before = Mox::traceSinkIs([this](std::string_view) {
+    users->vrfRefCountIs(green, 1);
+    users->vrfRefCountIs(red, 0);
+    fallback->fallbackVrfIs("red", "green");
+  });
+  Mox::traceLevelsIs("ZelVrfSelection=*");
+  vrfSm = nullptr;
+  Mox::traceSinkIs(before);
+  EXPECT_THAT(journal.take(), ElementsAre("vrfRefCount green = 1", "vrfRefCount red = 0"));
+  EXPECT_TRUE(statuses->hwStatusHas(red));
+}
+
 TEST_F(VrfSmTeardown, ManyNestedMachinesEachTraceTheirCourseOnce) {
   vrfSm = nullptr;
   for (const char* vrf : {"default", "green", "yellow"}) {
