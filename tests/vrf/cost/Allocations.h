@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+
+/// The allocation functions of this process, under the control of its tests: they count, fail on
+/// demand, and can give each allocation pages of its own.
+namespace Allocations {
+
+/// Allocations so far, by whatever part of the process.
+[[nodiscard]] std::size_t made() noexcept;
+
+/// Lets `further` allocations succeed, and the one after them fail once.
+void failAfter(std::size_t further) noexcept;
+/// Whether the failure that was asked for is still to come; withdraws it.
+[[nodiscard]] bool failureWithdrawn() noexcept;
+
+/// While one lives, every allocation stands on pages that it shares with no other. They are not
+/// given back.
+class OnPagesOfTheirOwn {
+ public:
+  OnPagesOfTheirOwn() noexcept;
+  OnPagesOfTheirOwn(const OnPagesOfTheirOwn&) = delete;
+  OnPagesOfTheirOwn& operator=(const OnPagesOfTheirOwn&) = delete;
+  ~OnPagesOfTheirOwn();
+};
+
+}  // namespace Allocations
