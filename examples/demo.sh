@@ -21,3 +21,7 @@ echo "# Decapsulation, with a fallback VRF and a VRF for the inner header."
 show run decap.json
 echo "# A chip with room for one action says what failed and why."
 show run --chip-capacity 1 four-rules.json
+echo "# A VRF appears late, a fallback moves, and the chip runs full and recovers."
+show run --chip-capacity 2 late-vrf.json --events late-vrf.events
+echo "# Who falls back to whom, and which actions name each VRF."
+show fallback-graph decap.json

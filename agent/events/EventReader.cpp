@@ -75,10 +75,14 @@ Event readPrefixLens(EventLine& line) {
   const IpFamily family = line.needOneOf("prefix-lens must be followed by", {ipv4, ipv6}) == ipv4
                               ? IpFamily::v4
                               : IpFamily::v6;
+  const std::string form = "prefix-lens " + toText(family) + " NAME ";
+  line.formIs(form + "LENGTH...|remove");
   std::string vrf = line.needVrf("NAME");
   const std::optional<Word> word = line.next();
-  line.formIs("prefix-lens " + toText(family) + " NAME LENGTH...|remove");
-  if (word && word->text == "remove") return RemovePrefixLens{family, std::move(vrf)};
+  if (word && word->text == "remove") {
+    line.formIs(form + "remove");
+    return RemovePrefixLens{family, std::move(vrf)};
+  }
   return SetPrefixLens{family, std::move(vrf), readLengths(line, word, family)};
 }
 

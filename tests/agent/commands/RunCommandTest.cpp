@@ -214,7 +214,8 @@ TEST(RunCommand, HelpIsNoError) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_NE(outcome.out.find("Usage: zel-agent run "), std::string::npos) << outcome.out;
-  for (const char* const option : {"--json", "--strict", "--trace", "--chip-capacity"}) {
+  for (const char* const option :
+       {"--events", "--json", "--strict", "--trace", "--chip-capacity", "vrf NAME id N"}) {
     EXPECT_NE(outcome.out.find(option), std::string::npos) << option;
   }
 }
