@@ -12,6 +12,25 @@ using TrafficPolicy::ZelTrafficPolicySm;
 const Duolog::Message policySmReady =
     message(7, 302, "handlePolicySmReady", {"handlePolicySmReady"});
 
+// Silences a VRF state machine while its successor is built, so that what a hook changes meanwhile
+// is handled by one of them. Unless the silence stays, the machine then speaks again.
+class VrfSmSilence {
+ public:
+  explicit VrfSmSilence(Mox::Ptr<VrfSm> vrfSm)
+      : vrfSm_(vrfSm && vrfSm->hasNotificationActive() ? std::move(vrfSm) : nullptr) {
+    if (vrfSm_) vrfSm_->hasNotificationActiveIs(false);
+  }
+  VrfSmSilence(const VrfSmSilence&) = delete;
+  VrfSmSilence& operator=(const VrfSmSilence&) = delete;
+  ~VrfSmSilence() {
+    if (vrfSm_) vrfSm_->hasNotificationActiveIs(true);
+  }
+  void stays() noexcept { vrfSm_ = nullptr; }
+
+ private:
+  Mox::Ptr<VrfSm> vrfSm_;
+};
+
 }  // namespace
 
 ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySm(
@@ -69,6 +88,7 @@ void ZelVrfSelectionPolicySm::policySmDispatch(Velo::Publisher* /*publisher*/,
                                                const void* /*key*/, const void* /*value*/) {
   auto& sm = Velo::MemberSubscriber<ZelVrfSelectionPolicySm>::ownerOf(subscriber);
   if (attributeId != ZelTrafficPolicySm::readyAttribute || sm.isZombie()) return;
+  const Mox::Ptr<ZelVrfSelectionPolicySm> alive(&sm);
   sm.handlePolicySmReady();
 }
 
@@ -112,8 +132,11 @@ Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmIs(
                          vrfSm_->routingHwRouteStatus() == routingHwRouteStatus &&
                          vrfSm_->routing6HwRouteStatus() == routing6HwRouteStatus;
   if (isPresent) return vrfSm_;
+  const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
+  VrfSmSilence silence(vrfSm_);
   Mox::Ptr<VrfSm> created = VrfSm::VrfSmIs(vrfHwConfig, vrfHwStatus, vrfHelper, vrfFallbackConfig,
                                            routingHwRouteStatus, routing6HwRouteStatus);
+  silence.stays();
   vrfSm_ = created;
   created->hasNotificationActiveIs(true);
   return created;

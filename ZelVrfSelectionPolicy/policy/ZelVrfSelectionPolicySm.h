@@ -85,8 +85,9 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
     return vrfSm_;
   }
   /// The VRF state machine on these very objects: the present one if it was built with them,
-  /// otherwise a new one, complete before the old one is released. Hardware resources and statuses
-  /// stay. What its construction throws passes through; the old one is then kept.
+  /// otherwise a new one, complete before the old one, which is silenced, is released. Hardware
+  /// resources and statuses stay. What its construction throws passes through; the old one is then
+  /// kept as it was.
   Mox::Ptr<VrfSm> vrfSmIs(
       const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
       const Mox::Ptr<VrfHelper>& vrfHelper, const VrfSm::FallbackConfigPtr& vrfFallbackConfig,

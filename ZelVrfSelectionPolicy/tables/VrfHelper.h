@@ -26,7 +26,8 @@ namespace ZelVrfSelectionPolicy {
 /// which it reads at that moment: their hardware VRF ids, prefix lengths in exact match, fallback
 /// VRFs and the decapsulation flags. The three references below lead there. When a fact changes,
 /// `updateVrf` is called for every action that depends on it, possibly more than once and also
-/// when nothing that matters to this chip changed, so an update must be idempotent.
+/// when nothing that matters to this chip changed, so an update must be idempotent. From the call
+/// of `deleteVrf` on, the action is not updated any more.
 ///
 /// A hook may change the tables and the configuration that the library reacts to. What it changes
 /// about another action is handled before the hook returns; what it changes about the count of the

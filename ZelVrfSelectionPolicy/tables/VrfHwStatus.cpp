@@ -42,7 +42,7 @@ HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
   if (at == HwStatuses::none) return {};
   actionsByVrf_.erase(at, action);
   for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
-    if (watch->watched_ == at) watch->wasRemoved_ = true;
+    if (watch->action_ == action) watch->wasRemoved_ = true;
   }
   const auto erased = hwStatus_.erase(action);
   publisher_.publish(hwStatusAttribute, &erased->first, nullptr);
@@ -57,7 +57,7 @@ void VrfHwStatus::hwStatusDelAll() {
     return;
   }
   for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
-    watch->wasRemoved_ = watch->wasRemoved_ || watch->watched_ != HwStatuses::none;
+    if (hwStatusHas(watch->action_)) watch->wasRemoved_ = true;
   }
   actionsByVrf_.clear();
   hwStatus_.clear();
@@ -84,10 +84,25 @@ std::optional<VrfAction> VrfHwStatus::ActionsNaming::next() noexcept {
   return statuses_->hwStatus_.key(at);
 }
 
+VrfHwStatus::Transition::Transition(VrfHwStatus& statuses, const VrfAction& action,
+                                    Kind kind) noexcept
+    : statuses_(&statuses), action_(action), kind_(kind), outer_(statuses.innermostTransition_) {
+  statuses.innermostTransition_ = this;
+}
+
+VrfHwStatus::Transition::~Transition() {
+  statuses_->innermostTransition_ = outer_;
+}
+
+VrfHwStatus::Transition* VrfHwStatus::transition(const VrfAction& action) const noexcept {
+  Transition* underWay = innermostTransition_;
+  while (underWay != nullptr && underWay->action_ != action)
+    underWay = underWay->outer_;
+  return underWay;
+}
+
 VrfHwStatus::EntryWatch::EntryWatch(VrfHwStatus& statuses, const VrfAction& action) noexcept
-    : statuses_(statuses),
-      watched_(statuses.hwStatus_.position(action)),
-      outer_(statuses.innermostWatch_) {
+    : statuses_(statuses), action_(action), outer_(statuses.innermostWatch_) {
   statuses.innermostWatch_ = this;
 }
 

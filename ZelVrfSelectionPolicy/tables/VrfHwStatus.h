@@ -74,8 +74,44 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     ActionsByVrf::Walk walk_;
   };
 
-  /// Tells whether an action's entry has been removed since, even if there is one again. It must
-  /// not outlive the table.
+  /// The creation or deletion of one action's resource while it is under way.
+  ///
+  /// The chip and the subscribers of both tables are called in its course. If the count of the same
+  /// action changes meanwhile, be it by the removal of the count entry that is part of a deletion,
+  /// the change is noted here, and left to whoever began. It belongs to the table, so that it holds
+  /// for every state machine that works on it. Transitions nest like the calls that they are in.
+  class [[gnu::visibility("default")]] Transition {
+   public:
+    enum class Kind { creation, deletion };
+
+    Transition(VrfHwStatus & statuses, const VrfAction& action, Kind kind) noexcept;
+    Transition(const Transition&) = delete;
+    Transition& operator=(const Transition&) = delete;
+    ~Transition();
+
+    [[nodiscard]] Kind kind() const noexcept {
+      return kind_;
+    }
+    [[nodiscard]] bool countChanged() const noexcept {
+      return countChanged_;
+    }
+    void noteCountChange() noexcept {
+      countChanged_ = true;
+    }
+
+   private:
+    friend class VrfHwStatus;
+    Mox::Ptr<VrfHwStatus> statuses_;
+    VrfAction action_;
+    Kind kind_;
+    bool countChanged_ = false;
+    Transition* outer_;
+  };
+  /// The transition of `action` that is under way, null when there is none.
+  [[nodiscard]] Transition* transition(const VrfAction& action) const noexcept;
+
+  /// Tells whether an entry of an action has been removed since, even if there is one again.
+  /// Neither the table nor the action may go before it.
   class [[gnu::visibility("default")]] EntryWatch {
    public:
     EntryWatch(VrfHwStatus & statuses, const VrfAction& action) noexcept;
@@ -90,7 +126,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
    private:
     friend class VrfHwStatus;
     VrfHwStatus& statuses_;
-    ActionsByVrf::Position watched_;
+    const VrfAction& action_;
     bool wasRemoved_ = false;
     EntryWatch* outer_;
   };
@@ -98,6 +134,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
  private:
   HwStatuses hwStatus_;
   ActionsByVrf actionsByVrf_;
+  Transition* innermostTransition_ = nullptr;
   EntryWatch* innermostWatch_ = nullptr;
   mutable Velo::Publisher publisher_;
 };

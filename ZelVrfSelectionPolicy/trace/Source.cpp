@@ -1,10 +1,19 @@
 #include "ZelVrfSelectionPolicy/trace/Source.h"
 
+#include <optional>
+
 namespace ZelVrfSelectionPolicy {
+namespace {
+
+// Filled on first use, and there until the library goes: statics of a program may still trace.
+std::optional<Mox::TraceHandle> handle;
+
+}  // namespace
 
 const Mox::TraceHandle& traceHandle() {
-  static const Mox::TraceHandle handle("ZelVrfSelection", 0);
-  return handle;
+  static const bool isMade = (handle.emplace("ZelVrfSelection", 0U), true);
+  static_cast<void>(isMade);
+  return *handle;
 }
 
 Duolog::Message message(unsigned level, unsigned line, const char* function,

@@ -26,103 +26,66 @@ constexpr const char* handler =
 
 }  // namespace
 
-/// The creation or deletion of one action's resource while it is under way. The chip and the
-/// subscribers of both tables are called in its course; if the count of the same action changes
-/// meanwhile, be it by the removal of the entry that is part of a deletion, the change is noted
-/// here and left to whoever began.
-class VrfSm::Transition {
- public:
-  enum class Kind { creation, deletion };
-
-  Transition(VrfSm& vrfSm, const VrfAction& action, Kind kind) noexcept
-      : vrfSm_(vrfSm), action_(action), kind_(kind), outer_(vrfSm.innermostTransition_) {
-    vrfSm.innermostTransition_ = this;
-  }
-  Transition(const Transition&) = delete;
-  Transition& operator=(const Transition&) = delete;
-  ~Transition() { vrfSm_.innermostTransition_ = outer_; }
-
-  [[nodiscard]] const VrfAction& action() const noexcept { return action_; }
-  [[nodiscard]] Kind kind() const noexcept { return kind_; }
-  [[nodiscard]] Transition* outer() const noexcept { return outer_; }
-  [[nodiscard]] bool countChanged() const noexcept { return countChanged_; }
-  void countChangedIs() noexcept { countChanged_ = true; }
-
- private:
-  VrfSm& vrfSm_;
-  const VrfAction action_;
-  Kind kind_;
-  bool countChanged_ = false;
-  Transition* outer_;
-};
-
-VrfSm::Transition* VrfSm::transitionOf(const VrfAction& vrfAction) const noexcept {
-  Transition* transition = innermostTransition_;
-  while (transition != nullptr && transition->action() != vrfAction) {
-    transition = transition->outer();
-  }
-  return transition;
-}
-
 bool VrfSm::resourceIsGoing(const VrfAction& vrfAction) const noexcept {
-  const Transition* transition = transitionOf(vrfAction);
+  const Transition* transition = vrfHwStatus_->transition(vrfAction);
   return transition != nullptr && transition->kind() == Transition::Kind::deletion;
 }
 
 void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
-  if (Transition* underWay = transitionOf(vrfAction)) {
-    underWay->countChangedIs();
+  if (Transition* underWay = vrfHwStatus_->transition(vrfAction)) {
+    underWay->noteCountChange();
     return;
   }
   const Mox::Ptr<VrfSm> alive(this);
-  const unsigned count = vrfHwConfig_->vrfRefCount(vrfAction);
-  const bool created = vrfHwStatus_->hwStatusHas(vrfAction);
+  // A copy, since what follows may delete the entry whose key the caller gave.
+  const VrfAction action = vrfAction;
+  const unsigned count = vrfHwConfig_->vrfRefCount(action);
   if (count == 0) {
-    deleteResource(vrfAction);
-  } else if (created) {
-    vrfSmMessages.alreadyInUse(vrfAction.vrfName().bytes(), count);
+    deleteResource(action);
+  } else if (vrfHwStatus_->hwStatusHas(action)) {
+    vrfSmMessages.alreadyInUse(action.vrfName().bytes(), count);
   } else if (count == 1) {
-    createResource(vrfAction);
+    createResource(action);
   } else {
-    vrfSmMessages.invalidCount(vrfAction.vrfName().bytes());
-    if (!vrfHwStatus_->hwStatusHas(vrfAction)) failUncreatedIncrement();
+    vrfSmMessages.invalidCount(action.vrfName().bytes());
+    if (!vrfHwStatus_->hwStatusHas(action)) failUncreatedIncrement();
   }
 }
 
-void VrfSm::createResource(const VrfAction& vrfAction) {
+void VrfSm::createResource(const VrfAction& action) {
   bool countChanged = false;
   {
-    const Transition creation(*this, vrfAction, Transition::Kind::creation);
-    const HwStatus outcome = vrfHelper_->createVrf(creation.action());
+    const Transition creation(*vrfHwStatus_, action, Transition::Kind::creation);
+    const HwStatus outcome = vrfHelper_->createVrf(action);
     if (outcome.status() == ProgrammingResult::programmingFailure) {
-      vrfSmMessages.createFailed(creation.action().vrfName().bytes(),
-                                 enumTypeOf(outcome.failureReason())
-                                     .name(static_cast<unsigned char>(outcome.failureReason())));
+      const FailureCode reason = outcome.failureReason();
+      vrfSmMessages.createFailed(action.vrfName().bytes(),
+                                 enumTypeOf(reason).name(static_cast<unsigned char>(reason)));
     }
-    vrfHwStatus_->hwStatusIs(creation.action(), outcome);
+    vrfHwStatus_->hwStatusIs(action, outcome);
     countChanged = creation.countChanged();
   }
-  if (countChanged) handleVrfRefCountChange(vrfAction);
+  if (countChanged) handleVrfRefCountChange(action);
 }
 
-void VrfSm::deleteResource(const VrfAction& vrfAction) {
-  const bool created = vrfHwStatus_->hwStatusHas(vrfAction);
-  const VrfAction action = vrfAction;
+void VrfSm::deleteResource(const VrfAction& action) {
+  bool countChanged = false;
   {
-    const Transition deletion(*this, action, Transition::Kind::deletion);
+    const Transition deletion(*vrfHwStatus_, action, Transition::Kind::deletion);
     vrfHelper_->deleteVrf(action);
-    if (!created) {
+    if (!vrfHwStatus_->hwStatusHas(action)) {
       vrfSmMessages.deletingUncreated(action.vrfName().bytes());
       failUncreatedDeletion(action);
     }
     vrfSmMessages.deleting(action.vrfName().bytes());
+    // Unless users came meanwhile, who are not to be forgotten; if they came and left again before
+    // the end, they leave no entry behind either.
     if (vrfHwConfig_->vrfRefCount(action) == 0) vrfHwConfig_->vrfRefCountDel(action);
     vrfHwStatus_->hwStatusDel(action);
-    // Users that came meanwhile and left again leave no entry behind.
     if (vrfHwConfig_->vrfRefCount(action) == 0) vrfHwConfig_->vrfRefCountDel(action);
+    countChanged = deletion.countChanged();
   }
-  const bool follows = vrfHwConfigSubscriber_.dispatch != nullptr && !isZombie();
-  if (follows && vrfHwConfig_->vrfRefCount(action) != 0) createResource(action);
+  if (countChanged && vrfHwConfig_->vrfRefCount(action) != 0) createResource(action);
 }
 
 }  // namespace ZelVrfSelectionPolicy

@@ -182,7 +182,7 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   }
 
  private:
-  class Transition;
+  using Transition = VrfHwStatus::Transition;
   class PrefixLensCreation;
 
   static void vrfHwConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
@@ -198,9 +198,9 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   template <class Visitor>
   void forEachNestedSm(Visitor && visitor);
 
-  void createResource(const VrfAction& vrfAction);
-  void deleteResource(const VrfAction& vrfAction);
-  [[nodiscard]] Transition* transitionOf(const VrfAction& vrfAction) const noexcept;
+  // Of an action whose record stays where it is during the call.
+  void createResource(const VrfAction& action);
+  void deleteResource(const VrfAction& action);
   /// Whether the deletion of its resource is under way.
   [[nodiscard]] bool resourceIsGoing(const VrfAction& vrfAction) const noexcept;
 
@@ -235,7 +235,6 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
 
   Velo::MemberSubscriber<VrfSm> vrfHwConfigSubscriber_;
   Velo::MemberSubscriber<VrfSm> vrfFallbackConfigSubscriber_;
-  Transition* innermostTransition_ = nullptr;
   PrefixLensCreation* innermostCreation_ = nullptr;
   bool tearingDown_ = false;
 };

@@ -151,9 +151,15 @@ void Ring::clear() noexcept {
     ring_[slot].sequence = noMessage;
 }
 
+namespace {
+
+// Made while the platform is loaded, so that messages can be sent until the process ends.
+Ring ringOfProcess(processSlots);
+
+}  // namespace
+
 Ring& ring() {
-  static Ring ofProcess(processSlots);
-  return ofProcess;
+  return ringOfProcess;
 }
 
 }  // namespace Blinklog

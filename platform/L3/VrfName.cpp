@@ -13,12 +13,6 @@ namespace L3 {
 struct VrfName::Table {
   std::unordered_map<std::string_view, std::unique_ptr<Interned>> names;
 
-  // Whoever builds a name comes here first, so the table outlives every static name.
-  static Table& ofProcess() {
-    static Table table;
-    return table;
-  }
-
   Interned* interned(std::string_view bytes) {
     const auto found = names.find(bytes);
     if (found != names.end()) {
@@ -33,16 +27,18 @@ struct VrfName::Table {
   }
 };
 
+VrfName::Table VrfName::table_;
+const VrfName VrfName::default_("default");
+
 VrfName::VrfName(std::string_view bytes) {
   if (bytes.size() > maxLength) {
     throw Mox::RangeException("Mox::String::bytes > maxLength() not allowed");
   }
-  if (!bytes.empty()) interned_ = Table::ofProcess().interned(bytes);
+  if (!bytes.empty()) interned_ = table_.interned(bytes);
 }
 
 void VrfName::release(Interned* interned) noexcept {
-  auto& names = Table::ofProcess().names;
-  names.erase(names.find(interned->text));
+  table_.names.erase(table_.names.find(interned->text));
 }
 
 unsigned VrfName::hashOfEmpty() noexcept {
@@ -51,8 +47,7 @@ unsigned VrfName::hashOfEmpty() noexcept {
 }
 
 const VrfName& VrfName::defaultVrf() {
-  static const VrfName name("default");
-  return name;
+  return default_;
 }
 
 Velo::String valueToStrep(const VrfName& name) {

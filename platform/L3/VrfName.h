@@ -88,6 +88,10 @@ class [[gnu::visibility("default")]] VrfName {
   };
   struct Table;
 
+  // Made while the platform is loaded, so that they outlive every static of what is built on it.
+  static Table table_;
+  static const VrfName default_;
+
   static unsigned hashOfEmpty() noexcept;
   static void release(Interned * interned) noexcept;
 

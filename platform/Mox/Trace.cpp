@@ -65,8 +65,7 @@ std::string onOneLine(const std::string& text) {
   return line;
 }
 
-// All handles and what has been said of their levels. Handles of other libraries register here
-// after this was made, so it outlives them.
+// All handles and what has been said of their levels.
 struct Trace {
   std::vector<TraceHandle*> handles;
   LevelsByName said;
@@ -98,31 +97,29 @@ struct Trace {
   }
 };
 
-Trace& trace() {
-  static Trace process;
-  return process;
-}
+// Made while the platform is loaded, so that it outlives the handles of what is built on it.
+Trace processTrace;
 
 }  // namespace
 
 TraceHandle::TraceHandle(const char* name, unsigned levelsOn) : name_(name), levelsOn_(levelsOn) {
-  trace().handles.push_back(this);
-  Trace::apply(trace().said, *this);
+  processTrace.handles.push_back(this);
+  Trace::apply(processTrace.said, *this);
 }
 
 TraceHandle::~TraceHandle() {
-  std::erase(trace().handles, this);
+  std::erase(processTrace.handles, this);
 }
 
 void traceLevelsIs(std::string_view text) {
   const LevelsByName levels = parse(text);
-  for (TraceHandle* handle : trace().handles)
+  for (TraceHandle* handle : processTrace.handles)
     Trace::apply(levels, *handle);
-  trace().said.insert(trace().said.end(), levels.begin(), levels.end());
+  processTrace.said.insert(processTrace.said.end(), levels.begin(), levels.end());
 }
 
 TraceSink traceSinkIs(TraceSink sink) {
-  trace().sink.swap(sink);
+  processTrace.sink.swap(sink);
   return sink;
 }
 
@@ -137,7 +134,7 @@ TraceHelper::TraceHelper(const TraceHandle& handle, unsigned level, const char* 
 TraceHelper::~TraceHelper() {
   if (!isOn_) return;
   try {
-    trace().write(line_.str());
+    processTrace.write(line_.str());
   } catch (...) {
     // Trace is for looking on: a line that cannot be written is lost, and what it told of goes on.
   }

@@ -22,16 +22,12 @@ std::size_t alignedSize(std::size_t size) noexcept {
   return (size + alignment - 1) / alignment * alignment;
 }
 
-using Slabs = std::vector<std::weak_ptr<Slab>>;
-
-// Slabs that are in use. Every use asks for it before it exists, so this outlives all of them.
-Slabs& usedSlabs() {
-  static Slabs slabs;
-  return slabs;
-}
+// Made while the platform is loaded, so that they outlive every static of what is built on it.
+std::vector<std::weak_ptr<Slab>> usedSlabs;
+std::vector<std::shared_ptr<Slab>> slabsWithObjectsLeft;
 
 std::shared_ptr<Slab> usedSlab(std::string_view typeName) noexcept {
-  for (const std::weak_ptr<Slab>& used : usedSlabs()) {
+  for (const std::weak_ptr<Slab>& used : usedSlabs) {
     std::shared_ptr<Slab> slab = used.lock();
     if (slab && slab->typeName() == typeName) return slab;
   }
@@ -85,7 +81,7 @@ const Slab* Slab::find(std::string_view typeName) noexcept {
 
 std::vector<std::string> Slab::typeNames() {
   std::vector<std::string> names;
-  for (const std::weak_ptr<Slab>& used : usedSlabs()) {
+  for (const std::weak_ptr<Slab>& used : usedSlabs) {
     if (const std::shared_ptr<Slab> slab = used.lock()) names.push_back(slab->typeName());
   }
   return names;
@@ -94,12 +90,13 @@ std::vector<std::string> Slab::typeNames() {
 SlabUse::SlabUse(std::string_view typeName, std::size_t blockSize) : slab_(usedSlab(typeName)) {
   if (slab_) return;
   slab_ = std::make_shared<Slab>(typeName, blockSize);
-  usedSlabs().push_back(slab_);
+  usedSlabs.push_back(slab_);
 }
 
 SlabUse::~SlabUse() {
+  if (slab_->live() != 0) slabsWithObjectsLeft.push_back(slab_);
   slab_.reset();
-  std::erase_if(usedSlabs(), [](const std::weak_ptr<Slab>& used) { return used.expired(); });
+  std::erase_if(usedSlabs, [](const std::weak_ptr<Slab>& used) { return used.expired(); });
 }
 
 }  // namespace Quarry

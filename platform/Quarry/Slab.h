@@ -63,7 +63,8 @@ class [[gnu::visibility("default")]] Slab {
 
 /// One loaded object file's use of the slab of a type. All uses of one type name share one slab,
 /// which exists as long as there is any; so a block may be given back by another object file than
-/// the one that took it.
+/// the one that took it. A slab that still has objects when its last use ends, as one static may
+/// destroy another's, stays until the platform goes.
 class [[gnu::visibility("default")]] SlabUse {
  public:
   SlabUse(std::string_view typeName, std::size_t blockSize);
@@ -91,7 +92,8 @@ class SlabAllocated {
  private:
   static Slab& slab() {
     static const SlabUse use(T::typeName, sizeof(T));
-    return use.slab();
+    static Slab& ofType = use.slab();
+    return ofType;
   }
 };
 

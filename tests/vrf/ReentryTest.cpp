@@ -616,7 +616,10 @@ class ReentryIntoDependents : public DrivenVrfSmTest {
 
   ReentryIntoDependents() { start(); }
 
-  static std::string nameOf(int i) { return "d" + std::to_string(i); }
+  static std::string nameOf(int i) {
+    std::string name = "d";
+    return name += std::to_string(i);
+  }
 
   void dependOn(const char* vrf) {
     for (int i = 0; i < dependents; ++i) {
