@@ -16,9 +16,10 @@ class Argument {
  public:
   Argument(std::string_view text) noexcept  // NOLINT(google-explicit-constructor): made in place
       : kept_{'s', 0, text}, shown_(text) {}
-  Argument(const Velo::String& text) noexcept : Argument(text.bytes()) {}  // NOLINT: as above
-  Argument(unsigned number) noexcept : kept_{'u', number} {}               // NOLINT: as above
-  Argument(bool value) noexcept                                            // NOLINT: as above
+  Argument(const Velo::String& text) noexcept : Argument(text.bytes()) {}    // NOLINT: as above
+  Argument(const char* text) noexcept : Argument(std::string_view(text)) {}  // NOLINT: as above
+  Argument(unsigned number) noexcept : kept_{'u', number} {}                 // NOLINT: as above
+  Argument(bool value) noexcept                                              // NOLINT: as above
       : kept_{'b', value}, shown_(value ? "true" : "false") {}
   /// A number that has a name: the ring keeps the number, the text shows the name.
   Argument(unsigned number, std::string_view name) noexcept : kept_{'u', number}, shown_(name) {}
