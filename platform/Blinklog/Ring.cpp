@@ -71,20 +71,27 @@ class Reader {
   explicit Reader(std::span<const std::byte> bytes) noexcept : bytes_(bytes) {}
 
   void appendTo(std::string& text, char kind) {
-    if (kind == 's') {
-      TextHeader header{};
-      if (!take(&header, sizeof header) || header.kept > bytes_.size()) return;
-      text.append(reinterpret_cast<const char*>(bytes_.data()), header.kept);
-      bytes_ = bytes_.subspan(header.kept);
-      if (header.cut != 0) text += "...";
-      return;
-    }
-    std::uint32_t number = 0;
-    if (!take(&number, sizeof number)) return;
-    text += kind == 'b' ? (number != 0 ? "true" : "false") : std::to_string(number);
+    const bool isWhole = kind == 's' ? appendText(text) : appendNumber(text, kind);
+    if (!isWhole) text += cutMark;
   }
 
  private:
+  static constexpr std::string_view cutMark = "...";
+
+  // These say whether all of the argument is there.
+  bool appendText(std::string& text) {
+    TextHeader header{};
+    if (!take(&header, sizeof header) || header.kept > bytes_.size()) return false;
+    text.append(reinterpret_cast<const char*>(bytes_.data()), header.kept);
+    bytes_ = bytes_.subspan(header.kept);
+    return header.cut == 0;
+  }
+  bool appendNumber(std::string& text, char kind) {
+    std::uint32_t number = 0;
+    if (!take(&number, sizeof number)) return false;
+    text += kind == 'b' ? (number != 0 ? "true" : "false") : std::to_string(number);
+    return true;
+  }
   bool take(void* to, std::size_t size) noexcept {
     if (bytes_.size() < size) return false;
     std::memcpy(to, bytes_.data(), size);
