@@ -56,17 +56,18 @@ void* Slab::allocate(std::size_t size) {
 }
 
 void Slab::release(void* block, std::size_t size) noexcept {
-  --live_;
   if (blocksAreSeparate || size > blockSize_) {
     ::operator delete(block);
-    return;
+  } else {
+    free_ = new (block) FreeBlock{free_};
   }
-  free_ = new (block) FreeBlock{free_};
-  if (live_ == 0 && pages_.size() > 1) {
-    pages_.resize(1);
-    free_ = nullptr;
-    putOnFreeList(pages_.front());
-  }
+  if (--live_ == 0 && pages_.size() > 1) keepOnePage();
+}
+
+void Slab::keepOnePage() noexcept {
+  pages_.resize(1);
+  free_ = nullptr;
+  putOnFreeList(pages_.front());
 }
 
 void Slab::putOnFreeList(const Page& page) noexcept {

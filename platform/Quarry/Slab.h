@@ -52,6 +52,7 @@ class [[gnu::visibility("default")]] Slab {
   using Page = std::unique_ptr<std::byte[]>;
 
   void putOnFreeList(const Page& page) noexcept;
+  void keepOnePage() noexcept;
 
   std::string typeName_;
   std::size_t blockSize_;
