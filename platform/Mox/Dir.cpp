@@ -7,6 +7,11 @@ namespace {
 
 constexpr Type dirType{"Mox::Dir"};
 
+// An entry may have got another parent since.
+void leave(const Dir* dir, Entity& entry) {
+  if (entry.parent().get() == dir) entry.parentIs(nullptr);
+}
+
 }  // namespace
 
 Ptr<Dir> Dir::DirIs(const Velo::String& name) {
@@ -17,7 +22,7 @@ Dir::Dir(const Velo::String& name) noexcept : Entity(name) {}
 
 Dir::~Dir() {
   for (auto entry = entries_.iterator(); entry; ++entry)
-    entry.value()->parentIs(nullptr);
+    leave(this, *entry.value());
 }
 
 const Type* Dir::fwkType() const {
@@ -35,7 +40,7 @@ void Dir::entryIs(const Ptr<Entity>& entity) {
 Ptr<Entity> Dir::entryDel(const Velo::String& name) {
   auto erased = entries_.erase(name);
   if (!erased) return nullptr;
-  erased->second->parentIs(nullptr);
+  leave(this, *erased->second);
   return std::move(erased->second);
 }
 

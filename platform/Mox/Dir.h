@@ -15,7 +15,7 @@ class [[gnu::visibility("default")]] Dir final : public Entity {
   [[nodiscard]] const Type* fwkType() const override;
 
   /// Puts `entity` into the directory under its name, in place of any other, and becomes its
-  /// parent. Throws `NullArgumentException` for null.
+  /// parent, whatever parent it had. Throws `NullArgumentException` for null.
   void entryIs(const Ptr<Entity>& entity);
   /// Takes the entry out; gives it, or null when there was none.
   Ptr<Entity> entryDel(const Velo::String& name);
