@@ -91,7 +91,12 @@ class HashMap2018 {
     }
     growFor(count_ + 1);
     const Position at = newSlot();
-    new (slot(at)) Entry{std::move(key), std::move(value)};
+    try {
+      new (slot(at)) Entry{std::move(key), std::move(value)};
+    } catch (...) {
+      freeSlot(at);
+      throw;
+    }
     chunkOf(at).used |= bitOf(at);
     index_[indexPlace(entry(at).key, hash)] = {hash, at};
     ++count_;
@@ -117,8 +122,8 @@ class HashMap2018 {
   /// Deletes every entry and gives the memory back.
   void clear() noexcept {
     destroyEntries();
-    chunks_.clear();
-    index_.clear();
+    std::vector<std::unique_ptr<Chunk>>().swap(chunks_);
+    std::vector<IndexEntry>().swap(index_);
     firstFree_ = none;
     slots_ = 0;
     count_ = 0;
