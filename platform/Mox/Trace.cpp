@@ -29,7 +29,7 @@ std::string_view takeUntil(char separator, std::string_view& text) {
 
 unsigned parseLevels(std::string_view entry, std::string_view levels) {
   unsigned on = 0;
-  if (levels.empty()) refuse(entry);
+  if (levels.empty() || levels.ends_with(',')) refuse(entry);
   while (!levels.empty()) {
     const std::string_view level = takeUntil(',', levels);
     if (level == "*") {
@@ -45,6 +45,7 @@ unsigned parseLevels(std::string_view entry, std::string_view levels) {
 
 LevelsByName parse(std::string_view text) {
   LevelsByName parsed;
+  if (text.ends_with(';')) refuse(text);
   while (!text.empty()) {
     const std::string_view entry = takeUntil(';', text);
     std::string_view levels = entry;
