@@ -1,0 +1,40 @@
+#include "tests/platform/Allocations.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+#include "Velo/String.h"
+
+namespace PlatformTests {
+namespace {
+
+TEST(Allocations, CountsThoseOfThisExecutable) {
+  const std::size_t before = allocations();
+  const std::size_t liveBefore = liveAllocations();
+  void* block = ::operator new(100);  // a new-expression might be optimised away
+  EXPECT_EQ(allocations(), before + 1);
+  EXPECT_EQ(liveAllocations(), liveBefore + 1);
+  ::operator delete(block);
+  EXPECT_EQ(allocations(), before + 1);
+  EXPECT_EQ(liveAllocations(), liveBefore);
+}
+
+TEST(Allocations, CountsThoseOfThePlatformLibrary) {
+  const std::size_t before = allocations();
+  const Velo::String text("allocated inside the library");
+  EXPECT_EQ(allocations(), before + 1);
+}
+
+TEST(Allocations, FailFromTheChosenOneOnUntilTheGuardGoes) {
+  {
+    const FailingAllocations failing(1);
+    EXPECT_NO_THROW(static_cast<void>(Velo::String("first")));
+    EXPECT_THROW(static_cast<void>(Velo::String("second")), std::bad_alloc);
+    EXPECT_THROW(static_cast<void>(Velo::String("third")), std::bad_alloc);
+  }
+  EXPECT_NO_THROW(static_cast<void>(Velo::String("fourth")));
+}
+
+}  // namespace
+}  // namespace PlatformTests
