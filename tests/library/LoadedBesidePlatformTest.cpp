@@ -1,0 +1,131 @@
+// The library in an agent's process that was linked to the platform alone: entities made by the
+// factories that the agent looks up, and what is left of them when the library is unloaded.
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "Blinklog/Ring.h"
+#include "Mox/Ptr.h"
+#include "Mox/TraceHandle.h"
+#include "Quarry/Slab.h"
+#include "Routing/Hardware/RouteStatus.h"
+#include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
+
+namespace {
+
+using ::testing::IsEmpty;
+
+// A counted pointer is one word whatever it points to, and every entity begins with its base.
+using Object = Mox::Ptr<Mox::PtrInterface>;
+using TableFactory = Object (*)();
+using SixArgumentFactory = Object (*)(const Object&, const Object&, const Object&, const Object&,
+                                      const Object&, const Object&);
+
+constexpr const char* vrfHwConfigFactory = "_ZN21ZelVrfSelectionPolicy18vrfHwConfigFactoryEv";
+constexpr const char* vrfHwStatusFactory = "_ZN21ZelVrfSelectionPolicy18vrfHwStatusFactoryEv";
+constexpr const char* policySmMountsFactory = "_ZN21ZelVrfSelectionPolicy21policySmMountsFactoryEv";
+constexpr const char* vrfSmFactory =
+    "_ZN21ZelVrfSelectionPolicy12vrfSmFactoryERKN3Mox3PtrINS_11VrfHwConfigEEERKNS1_INS_"
+    "11VrfHwStatusEEERKNS1_INS_9VrfHelperEEERKNS1_IKN18VrfSelectionPolicy23VrfSelectionFallbackVrfE"
+    "EERKNS1_IKN7Routing8Hardware11RouteStatusEEERKNS1_IKN8Routing68Hardware11RouteStatusEEE";
+constexpr const char* policySmFactory =
+    "_ZN21ZelVrfSelectionPolicy30zelVrfSelectionPolicySmFactoryERKN3Mox3PtrIN9PolicyMap18PolicyMap"
+    "AclHelperEEERKNS1_INS_14PolicySmMountsEEERKNS1_INS_9VrfHelperEEERKNS1_"
+    "IKN18VrfSelectionPolicy23VrfSelectionFallbackVrfEEERKNS1_IKN7Routing8Hardware11RouteStatusEEER"
+    "KNS1_IKN8Routing68Hardware11RouteStatusEEE";
+
+class LoadedBesidePlatform : public ::testing::Test {
+ protected:
+  LoadedBesidePlatform() : handle_(dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
+    if (handle_ == nullptr) ADD_FAILURE() << dlerror();
+  }
+  ~LoadedBesidePlatform() override { unload(); }
+
+  void unload() {
+    if (handle_ == nullptr) return;
+    EXPECT_EQ(dlclose(std::exchange(handle_, nullptr)), 0);
+    EXPECT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it is still loaded";
+  }
+  template <class Factory>
+  [[nodiscard]] Factory factory(const char* name) const {
+    return reinterpret_cast<Factory>(dlsym(handle_, name));
+  }
+  [[nodiscard]] Object makeTable(const char* name) const { return factory<TableFactory>(name)(); }
+  [[nodiscard]] Object makeVrfSm() const {
+    return factory<SixArgumentFactory>(vrfSmFactory)(
+        makeTable(vrfHwConfigFactory), makeTable(vrfHwStatusFactory), nullptr,
+        VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs(), nullptr, nullptr);
+  }
+
+ private:
+  void* handle_;
+};
+
+TEST_F(LoadedBesidePlatform, ItsFactoriesMakeEntitiesOfItsTypesWithNotificationsOn) {
+  const std::pair<std::string, Object> made[] = {
+      {"VrfHwConfig", makeTable(vrfHwConfigFactory)},
+      {"VrfHwStatus", makeTable(vrfHwStatusFactory)},
+      {"PolicySmMounts", makeTable(policySmMountsFactory)},
+      {"VrfSm", makeVrfSm()},
+      {"ZelVrfSelectionPolicySm", factory<SixArgumentFactory>(policySmFactory)(
+                                      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr)},
+  };
+  for (const auto& [name, object] : made) {
+    ASSERT_NE(object, nullptr) << name;
+    EXPECT_EQ(object->fwkType(), Mox::moxType("ZelVrfSelectionPolicy::" + name));
+    EXPECT_NE(object->fwkType(), nullptr) << name;
+    EXPECT_TRUE(object->hasNotificationActive()) << name;
+    EXPECT_EQ(object->references(), 1U) << name;
+  }
+}
+
+TEST_F(LoadedBesidePlatform, UnloadedItLeavesNoModuleAndNoSlab) {
+  for (const char* name : {vrfHwConfigFactory, vrfHwStatusFactory, policySmMountsFactory}) {
+    static_cast<void>(makeTable(name));
+  }
+  static_cast<void>(makeVrfSm());
+  EXPECT_NE(Quarry::Slab::find("ZelVrfSelectionPolicy::VrfHwConfig"), nullptr);
+  unload();
+  EXPECT_THAT(Quarry::Slab::typeNames(), IsEmpty());
+  EXPECT_THAT(Mox::moxModules(), IsEmpty());
+  EXPECT_EQ(Mox::moxType("ZelVrfSelectionPolicy::VrfHwConfig"), nullptr);
+}
+
+TEST_F(LoadedBesidePlatform, UnloadedItLeavesItsMessagesToBeRead) {
+  Mox::traceSinkIs([](std::string_view) {});
+  const std::uint64_t first = Blinklog::ring().written();
+  static_cast<void>(makeVrfSm());
+  unload();
+  const auto records = Blinklog::ring().dump();
+  ASSERT_FALSE(records.empty());
+  ASSERT_GT(Blinklog::ring().written(), first);
+  EXPECT_EQ(records.back().text, "VrfSm::VrfInstanceSm::handleInitialized Initialize VRF SM");
+  EXPECT_EQ(records.back().site->line, 289U);
+  // Its trace handle is gone: setting levels touches no unloaded memory.
+  Mox::traceLevelsIs("ZelVrfSelection=*");
+  Mox::traceSinkIs(nullptr);
+}
+
+TEST_F(LoadedBesidePlatform, AStateMachineLeavesNothingSubscribed) {
+  const auto fallback = VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs();
+  const auto routes = Routing::Hardware::RouteStatus::RouteStatusIs();
+  Mox::traceSinkIs([](std::string_view) {});
+  Object vrfSm = factory<SixArgumentFactory>(vrfSmFactory)(nullptr, makeTable(vrfHwStatusFactory),
+                                                           nullptr, fallback, routes, nullptr);
+  EXPECT_TRUE(fallback->publisher().hasSubscribers());
+  EXPECT_NE(routes->notifieeList().iterate, nullptr);
+  vrfSm = nullptr;
+  EXPECT_FALSE(fallback->publisher().hasSubscribers());
+  EXPECT_EQ(routes->notifieeList().iterate, nullptr);
+  unload();
+  fallback->fallbackVrfIs("red", "blue");
+  routes->vrfStatusIs("red")->vrfIdIs(1);
+  Mox::traceSinkIs(nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,97 @@
+"""An outside project finds the installed package both ways, builds on it, and runs."""
+
+import argparse
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OUTSIDE = pathlib.Path(__file__).resolve().parent / "outside"
+PRINTED = """\
+create red with hardware id 0
+update red with hardware id 7
+programmedInHw
+delete red
+"""
+
+
+def run(*command, **options):
+    finished = subprocess.run([str(part) for part in command], capture_output=True, text=True,
+                              **options)
+    if finished.returncode != 0:
+        raise AssertionError(f"{' '.join(map(str, command))} failed:\n"
+                             f"{finished.stdout}{finished.stderr}")
+    return finished.stdout
+
+
+class InstalledPackage(unittest.TestCase):
+    arguments = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(cls.scratch.cleanup)
+        scratch = pathlib.Path(cls.scratch.name)
+        # An installation may be moved, so it is.
+        run(cls.arguments.cmake, "--install", cls.arguments.build, "--prefix", scratch / "staged")
+        cls.prefix = scratch / "prefix"
+        (scratch / "staged").rename(cls.prefix)
+        sanitizers = cls.arguments.sanitizers
+        cls.flags = f"-fsanitize={sanitizers}" if sanitizers else ""
+
+    def setUp(self):
+        self.project = pathlib.Path(self.scratch.name, self._testMethodName)
+        shutil.copytree(OUTSIDE, self.project)
+
+    def test_find_package_gives_a_target_to_link_to(self):
+        build = self.project / "build"
+        self.configure(build)
+        run(self.arguments.cmake, "--build", build)
+        self.assertEqual(run(build / "outside"), PRINTED)
+
+    def test_find_package_refuses_another_major_version(self):
+        listfile = self.project / "CMakeLists.txt"
+        listfile.write_text(listfile.read_text().replace("ZelVrfSelectionPolicy 1 REQUIRED",
+                                                         "ZelVrfSelectionPolicy 2 REQUIRED"))
+        with self.assertRaisesRegex(AssertionError, 'compatible with requested\\s+version "2"'):
+            self.configure(self.project / "build")
+
+    def test_pkg_config_gives_the_flags_to_compile_and_link_with(self):
+        search = self.package_file().parent
+        run("make", "-C", self.project, f"CXX={self.arguments.compiler}",
+            f"CXXFLAGS={self.flags}", env={**os.environ, "PKG_CONFIG_PATH": str(search)})
+        self.assertEqual(run(self.project / "outside"), PRINTED)
+
+    def test_pkg_config_knows_the_version(self):
+        search = self.package_file().parent
+        version = run("pkg-config", "--modversion", "zel-vrf-selection-policy",
+                      env={**os.environ, "PKG_CONFIG_PATH": str(search)})
+        self.assertRegex(version, r"^1\.\d+\.\d+\n$")
+
+    def test_nothing_installed_names_the_place_where_it_was_built(self):
+        build = self.arguments.build
+        naming = [file.name for file in self.prefix.rglob("*")
+                  if file.suffix in (".cmake", ".pc") and build in file.read_text()]
+        self.assertEqual(naming, [])
+
+    def configure(self, build):
+        run(self.arguments.cmake, "-S", self.project, "-B", build,
+            f"-DCMAKE_PREFIX_PATH={self.prefix}",
+            f"-DCMAKE_CXX_COMPILER={self.arguments.compiler}", f"-DCMAKE_CXX_FLAGS={self.flags}")
+
+    def package_file(self):
+        (found,) = self.prefix.rglob("zel-vrf-selection-policy.pc")
+        return found
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("cmake")
+    parser.add_argument("compiler")
+    parser.add_argument("build")
+    parser.add_argument("--sanitizers", default="", help="as -fsanitize= takes them")
+    InstalledPackage.arguments = parser.parse_args()
+    unittest.main(argv=sys.argv[:1], verbosity=2)
