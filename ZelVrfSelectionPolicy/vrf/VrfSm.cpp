@@ -160,7 +160,7 @@ void VrfSm::vrfHwConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber
                                 short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != VrfHwConfig::vrfRefCountAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isZombie()) return;
+  if (vrfSm.isZombie() || vrfSm.isTearingDown()) return;
   vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
 }
 
@@ -168,7 +168,7 @@ void VrfSm::vrfFallbackConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subs
                                       short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != FallbackVrf::fallbackVrfAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isZombie()) return;
+  if (vrfSm.isZombie() || vrfSm.isTearingDown()) return;
   vrfSm.mox_handleVrfFallbackConfig_fallbackVrf(*static_cast<const L3::VrfName*>(key));
 }
 
