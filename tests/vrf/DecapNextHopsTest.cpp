@@ -200,8 +200,8 @@ TEST_F(DecapNextHops, ActionWhoseStatusIsRewrittenIsNeitherSkippedNorUpdatedTwic
   constexpr int actions = 100;
   std::map<std::string, int> onceEach;
   for (int i = 0; i < actions; ++i) {
-    created(actionOf("vrf" + std::to_string(i)));
-    onceEach["updateVrf vrf" + std::to_string(i)] = 1;
+    created(actionOf(numbered("vrf", i)));
+    onceEach[numbered("updateVrf vrf", i)] = 1;
   }
   int updates = 0;
   chip->onUpdate = [&](const VrfAction&) { return failure(std::to_string(++updates).c_str()); };
@@ -212,7 +212,7 @@ TEST_F(DecapNextHops, ActionWhoseStatusIsRewrittenIsNeitherSkippedNorUpdatedTwic
   EXPECT_EQ(counted(journal.take()), onceEach);
 
   for (int i = 0; i < actions; ++i) {
-    EXPECT_TRUE(statuses->hwStatus(actionOf("vrf" + std::to_string(i))));
+    EXPECT_TRUE(statuses->hwStatus(actionOf(numbered("vrf", i))));
   }
 }
 

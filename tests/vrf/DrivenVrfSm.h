@@ -32,6 +32,13 @@ namespace ZelVrfSelectionPolicy::Testing {
   return status;
 }
 
+/// A name with a number behind it.
+[[nodiscard]] inline std::string numbered(const char* name, int number) {
+  std::string text(name);
+  text += std::to_string(number);
+  return text;
+}
+
 /// The number of times that each line occurs.
 [[nodiscard]] inline std::map<std::string, int> counted(const std::vector<std::string>& lines) {
   std::map<std::string, int> counts;

@@ -195,7 +195,7 @@ TEST_F(ReentryAtStart, HookThatThrowsLeavesNothingConnectedWhicheverStepItIsIn) 
     EXPECT_EQ(live(VrfSm::VrfInstanceSm::typeName), 0U);
     EXPECT_EQ(live(VrfSm::NestedSm_VrfPrefixLensInExactMatch::typeName), 0U);
     EXPECT_EQ(live(VrfSm::NestedSm_VrfPrefixLensInExactMatchV6::typeName), 0U);
-    fallback->fallbackVrfIs("a", "Y" + std::to_string(throwing));
+    fallback->fallbackVrfIs("a", numbered("Y", throwing));
     routes->vrfStatus("a")->vrfIdIs(static_cast<std::uint32_t>(throwing));
     routes->decapNhEnabledIs(!routes->decapNhEnabled());
     EXPECT_THAT(journal.take(), IsEmpty());

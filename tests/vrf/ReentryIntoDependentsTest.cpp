@@ -23,7 +23,7 @@ class ReentryIntoDependents : public DrivenVrfSmTest {
 
   ReentryIntoDependents() { start(); }
 
-  static std::string nameOf(int i) { return "d" + std::to_string(i); }
+  static std::string nameOf(int i) { return numbered("d", i); }
 
   void dependOn(const char* vrf) {
     for (int i = 0; i < dependents; ++i) {
@@ -108,7 +108,7 @@ TEST_F(ReentryIntoDependents, NewDependentsAreVisitedAtMostOnceAndTheOldOnesOnce
   dependOn("a");
   duringFirstUpdate([&](const VrfAction&) {
     for (int i = 0; i < 50; ++i)
-      fallback->fallbackVrfIs("new" + std::to_string(i), "a");
+      fallback->fallbackVrfIs(numbered("new", i), "a");
   });
   const BothSinks sinks;
 

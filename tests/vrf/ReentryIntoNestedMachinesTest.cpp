@@ -285,10 +285,10 @@ TEST_P(ReentryIntoPrefixLens, OtherVrfsMayComeAndGoWhileAMachineIsCreated) {
 TEST_P(ReentryIntoPrefixLens, MachinesCreatedWithinOneAnotherMayLoseTheirEntities) {
   // While the machine of the last of five is created, all their entities go.
   for (int i = 0; i < 5; ++i)
-    created(actionOf("v" + std::to_string(i)));
+    created(actionOf(numbered("v", i)));
   chip->onUpdate = [&](const VrfAction&) {
     if (++updates_ < 5) {
-      family().vrfPrefixLensInExactMatchIs("v" + std::to_string(updates_));
+      family().vrfPrefixLensInExactMatchIs(numbered("v", updates_));
     } else if (updates_ == 5) {
       family().vrfPrefixLensInExactMatchDelAll();
     }

@@ -235,7 +235,7 @@ TEST_P(ReentryIntoAWalk, ItEndsWhenTheStatusTableIsClearedUnderIt) {
 TEST_P(ReentryIntoAWalk, NewActionsNamingTheVrfAreUpdatedAtMostOnceAndTheOldOnesOnce) {
   duringFirstUpdate([&](const VrfAction&) {
     for (int i = 0; i < 100; ++i) {
-      users->vrfRefCountInc(actionOf("new" + std::to_string(i), "red"), 1);
+      users->vrfRefCountInc(actionOf(numbered("new", i), "red"), 1);
     }
   });
 
@@ -254,7 +254,7 @@ TEST_P(ReentryIntoAWalk, ItEndsThoughEveryUpdateAddsAnActionAndReplacesItsOwn) {
   chip->onUpdate = [&](const VrfAction& action) {
     const VrfAction updated = action;
     if (++added > tooMany) throw std::runtime_error("the walk follows what is added to it");
-    users->vrfRefCountInc(actionOf("new" + std::to_string(added), "red"), 1);
+    users->vrfRefCountInc(actionOf(numbered("new", added), "red"), 1);
     release(updated);
     users->vrfRefCountInc(updated, 1);
     return HwStatus();

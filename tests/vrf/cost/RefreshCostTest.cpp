@@ -14,6 +14,12 @@
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
 
+std::string numbered(const char* name, unsigned number) {
+  std::string text(name);
+  text += std::to_string(number);
+  return text;
+}
+
 using Page = std::uintptr_t;
 
 Page pageSize() {
@@ -60,15 +66,16 @@ class RefreshCost : public ::testing::Test {
   // What naming a VRF for the first time allocates is no part of the table.
   void nameActions() {
     for (unsigned i = 0; i < naming; ++i) {
-      VrfAction action(i % 3 == 0 ? "red" : "with" + std::to_string(i), PolicyMap::ActionType::vrf);
-      action.fallbackVrfNameIs(i % 3 == 1 ? "red" : "fallback" + std::to_string(i));
-      action.postDecapVrfNameIs(i % 3 == 2 ? "red" : "decap" + std::to_string(i));
+      VrfAction action(i % 3 == 0 ? std::string("red") : numbered("with", i),
+                       PolicyMap::ActionType::vrf);
+      action.fallbackVrfNameIs(i % 3 == 1 ? std::string("red") : numbered("fallback", i));
+      action.postDecapVrfNameIs(i % 3 == 2 ? std::string("red") : numbered("decap", i));
       namingRed.push_back(action);
     }
     // More than are asked for, since some will share a page with those that name "red".
     for (unsigned i = 0; i < others + others / 50; ++i) {
-      VrfAction action("vrf" + std::to_string(i), PolicyMap::ActionType::vrf);
-      action.fallbackVrfNameIs("fallback" + std::to_string(i % 100));
+      VrfAction action(numbered("vrf", i), PolicyMap::ActionType::vrf);
+      action.fallbackVrfNameIs(numbered("fallback", i % 100));
       if (!hashesLikeOneNamingRed(action)) notNamingRed.push_back(action);
     }
   }
