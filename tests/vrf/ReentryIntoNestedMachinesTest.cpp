@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <map>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -162,6 +163,8 @@ struct PrefixLensFamily {
   std::size_t (*liveMachines)();
   void (*delAll)(VrfSm&);
 };
+
+void PrintTo(const PrefixLensFamily& family, std::ostream* stream) { *stream << family.name; }
 
 const PrefixLensFamily ipv4{
     "Ipv4", [](const DrivenVrfSm& on) -> Routing::Hardware::RouteStatusBase& { return *on.routes; },

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <ostream>
 
 #include "Mox/Exceptions.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
@@ -134,6 +135,10 @@ struct Removed {
   const char* vrf;
   std::uint32_t vrfId;
 };
+
+void PrintTo(const Removed& removed, std::ostream* stream) {
+  *stream << removed.vrf << " with id " << removed.vrfId;
+}
 
 class RemovedVrfInstance : public VrfInstanceTracking,
                            public ::testing::WithParamInterface<Removed> {};
