@@ -32,8 +32,8 @@ std::uint64_t environment(const char* name, std::uint64_t otherwise) {
   if (text == nullptr) return otherwise;
   const std::string_view digits(text);
   std::uint64_t number = 0;
-  const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number);
-  if (error == std::errc() && end == digits.end()) return number;
+  const auto [end, error] = std::from_chars(text, text + digits.size(), number);
+  if (error == std::errc() && end == text + digits.size()) return number;
   throw std::invalid_argument(std::string(name) + "='" + text + "': expected a decimal number");
 }
 

@@ -15,7 +15,8 @@ struct Observed {
   std::vector<Notice> notices;
 };
 
-/// A chip that writes down its calls and whose outcomes are those that the model expects.
+/// A chip that writes down its calls and whose outcomes are those that the model expects. It stops
+/// the process, before memory runs out, when one event calls it without end.
 class ChipDouble final : public ZelVrfSelectionPolicy::VrfHelper {
  public:
   /// `observed` must outlive it.
