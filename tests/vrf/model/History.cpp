@@ -37,31 +37,17 @@ std::optional<Difference> firstDifference(const Cast& cast, const std::vector<Ev
   return messages.settle();
 }
 
-std::optional<std::vector<Event>> partThatStops(const Cast& cast, const std::vector<Event>& history,
-                                                Stop stop) {
+bool survives(const Cast& cast, const std::vector<Event>& history, Stop stop) {
   Model model(cast);
   System system(cast);
-  std::vector<Event> part;
   for (const Event& event : history) {
-    part.push_back(event);
-    if (model.stopOf(event) == stop) return part;
-    if (!model.allows(event)) continue;
-    static_cast<void>(model.apply(event, system.fallbackWalk(event)));
+    const bool isToStop = model.stopOf(event) == stop;
+    if (!isToStop && !model.allows(event)) continue;
+    if (!isToStop) static_cast<void>(model.apply(event, system.fallbackWalk(event)));
     system.apply(event);
+    if (isToStop) return true;
   }
-  return std::nullopt;
-}
-
-void letHappen(const Cast& cast, const std::vector<Event>& history) {
-  Model model(cast);
-  System system(cast);
-  for (std::size_t index = 0; index < history.size(); ++index) {
-    const Event& event = history[index];
-    const bool isLast = index + 1 == history.size();
-    if (!isLast && !model.allows(event)) continue;
-    if (!isLast) static_cast<void>(model.apply(event, system.fallbackWalk(event)));
-    system.apply(event);
-  }
+  return false;
 }
 
 }  // namespace VrfModel

@@ -21,14 +21,8 @@ using Witness = std::function<void(const Event&, const Expected&)>;
                                                         const std::vector<Event>& history,
                                                         const Witness& witness = nullptr);
 
-/// The part of `history` up to the first event that would stop the process as `stop` says; nothing
-/// when there is none.
-[[nodiscard]] std::optional<std::vector<Event>> partThatStops(const Cast& cast,
-                                                              const std::vector<Event>& history,
-                                                              Stop stop);
-
-/// Lets `history` befall the real system alone: the events that the model allows, and the last one
-/// in any case.
-void letHappen(const Cast& cast, const std::vector<Event>& history);
+/// Lets `history` befall the real system up to the first event that is to stop the process as
+/// `stop` says, that event included. Whether there was one, which then did not stop it.
+[[nodiscard]] bool survives(const Cast& cast, const std::vector<Event>& history, Stop stop);
 
 }  // namespace VrfModel
