@@ -95,7 +95,8 @@ SlabUse::SlabUse(std::string_view typeName, std::size_t blockSize) : slab_(usedS
 }
 
 SlabUse::~SlabUse() {
-  if (slab_->live() != 0) slabsWithObjectsLeft.push_back(slab_);
+  const bool isLast = slab_.use_count() == 1;
+  if (isLast && slab_->live() != 0) slabsWithObjectsLeft.push_back(slab_);
   slab_.reset();
   std::erase_if(usedSlabs, [](const std::weak_ptr<Slab>& used) { return used.expired(); });
 }

@@ -52,6 +52,10 @@ class InstalledPackage(unittest.TestCase):
         run(self.arguments.cmake, "--build", build)
         self.assertEqual(run(build / "outside"), PRINTED)
 
+    def test_the_readme_shows_this_very_program(self):
+        program = (OUTSIDE / "main.cpp").read_text()
+        self.assertIn(f"```cpp\n{program}```\n", (OUTSIDE.parents[2] / "README.md").read_text())
+
     def test_find_package_refuses_another_major_version(self):
         listfile = self.project / "CMakeLists.txt"
         listfile.write_text(listfile.read_text().replace("ZelVrfSelectionPolicy 1 REQUIRED",

@@ -2,6 +2,7 @@
 // tests of the reader and by those of the agent.
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,10 @@ struct BadEvent {
   const char* name;
   std::string line;
   std::string message;
+
+  friend std::ostream& operator<<(std::ostream& stream, const BadEvent& event) {
+    return stream << event.name;
+  }
 };
 
 inline std::vector<BadEvent> badEvents() {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "agent/events/EventError.h"
 #include "agent/events/EventFile.h"
 #include "agent/events/EventText.h"
@@ -14,6 +16,10 @@ struct GoodEvent {
   const char* name;
   std::string line;
   Event event;
+
+  friend std::ostream& operator<<(std::ostream& stream, const GoodEvent& good) {
+    return stream << good.name;
+  }
 };
 
 class GoodEventTest : public ::testing::TestWithParam<GoodEvent> {};
