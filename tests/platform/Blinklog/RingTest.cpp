@@ -121,7 +121,7 @@ TEST_F(RingTest, DumpingChangesNothing) {
 TEST_F(RingTest, CopiesTheTextsThatAreWritten) {
   std::string name = "red";
   write(site({"%s"}), {text(name)});
-  name = "XXX";
+  name = "YYY";
   EXPECT_THAT(texts(), ElementsAre("red"));
 }
 

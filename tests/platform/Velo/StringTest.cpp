@@ -47,7 +47,7 @@ TEST(VeloString, HoldsAnyBytesNulIncluded) {
 TEST(VeloString, DoesNotDependOnWhatItWasMadeFrom) {
   std::string source = "red";
   const String text(source);
-  source = "XXX";
+  source = "YYY";
   EXPECT_EQ(text.bytes(), "red");
 }
 
