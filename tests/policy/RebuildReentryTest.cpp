@@ -20,7 +20,7 @@ class RebuildReentry : public ::testing::Test {
     rebuild();
     users_->vrfRefCountInc(red_, 1);
     users_->vrfRefCountInc(green_, 1);
-    journal_.take();
+    EXPECT_THAT(journal_.take(), ElementsAre("createVrf red", "createVrf green"));
   }
 
   // Another route status makes another machine.
@@ -85,7 +85,7 @@ TEST_F(RebuildReentry, AFailedRebuildLeavesTheOldMachineAtWork) {
   chip_->onUpdate = [](const VrfAction&) -> HwStatus { throw std::runtime_error("no"); };
   const Mox::Ptr<VrfSm> before = top_->vrfSm();
   EXPECT_THROW(rebuild(), std::runtime_error);
-  journal_.take();
+  EXPECT_THAT(journal_.take(), ElementsAre("updateVrf red"));
   EXPECT_EQ(top_->vrfSm(), before);
   users_->vrfRefCountDec(green_, 1);
   EXPECT_THAT(journal_.take(), ElementsAre("deleteVrf green"));

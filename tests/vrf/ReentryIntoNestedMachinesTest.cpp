@@ -164,7 +164,9 @@ struct PrefixLensFamily {
   void (*delAll)(VrfSm&);
 };
 
-void PrintTo(const PrefixLensFamily& family, std::ostream* stream) { *stream << family.name; }
+void PrintTo(const PrefixLensFamily& family, std::ostream* stream) {
+  *stream << family.name;
+}
 
 const PrefixLensFamily ipv4{
     "Ipv4", [](const DrivenVrfSm& on) -> Routing::Hardware::RouteStatusBase& { return *on.routes; },
