@@ -111,7 +111,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   [[nodiscard]] Transition* transition(const VrfAction& action) const noexcept;
 
   /// Tells whether an entry of an action has been removed since, even if there is one again.
-  /// Neither the table nor the action may go before it.
+  /// It must not outlive the table.
   class [[gnu::visibility("default")]] EntryWatch {
    public:
     EntryWatch(VrfHwStatus & statuses, const VrfAction& action) noexcept;
@@ -126,7 +126,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
    private:
     friend class VrfHwStatus;
     VrfHwStatus& statuses_;
-    const VrfAction& action_;
+    VrfAction action_;
     bool wasRemoved_ = false;
     EntryWatch* outer_;
   };

@@ -67,9 +67,9 @@ class BothSinks {
  private:
   static constexpr const char* path = "/src/ZelVrfSelectionPolicy/ZelVrfSelectionPolicy";
 
-  static std::string inRing(unsigned level, const std::string& path, unsigned line,
+  static std::string inRing(unsigned level, const std::string& file, unsigned line,
                             const std::string& function, const std::string& text) {
-    return std::to_string(level) + " " + path + ":" + std::to_string(line) + " " + function + " " +
+    return std::to_string(level) + " " + file + ":" + std::to_string(line) + " " + function + " " +
            text;
   }
 

@@ -427,6 +427,7 @@ TYPED_TEST(PrefixLensTracking, RemovalWhoseHookThrowsStillTakesTheMachineAwayAnd
   this->chip->onUpdate = nullptr;
   this->forget();
   EXPECT_EQ(this->machines(), 0U);
+  EXPECT_TRUE(machine->isZombie());
   EXPECT_EQ(machine->vrfSm(), nullptr);
   EXPECT_FALSE(machine->hasNotificationActive());
   lens->prefixLenIs(24);

@@ -64,6 +64,21 @@ TEST_F(ReentryIntoNestedMachines, VrfInstanceMayBeRemovedWhileItsIdIsHandled) {
   EXPECT_THAT(journal.take(), IsEmpty());
 }
 
+TEST_F(ReentryIntoNestedMachines, VrfInstanceThatIsRemovedWhileItIsRepointedStaysCutOff) {
+  routes->vrfStatusIs("red");
+  const auto instance = *vrfSm->moxVrfInstance().find("red");
+  created(actionOf("red"));
+  duringFirstUpdate([&](const VrfAction&) { routes->vrfStatusDel("red"); });
+  const auto other = Routing::Hardware::VrfStatus::VrfStatusIs("red");
+  other->vrfIdIs(9);
+
+  routes->vrfStatusIs(other);
+
+  EXPECT_TRUE(instance->isZombie());
+  EXPECT_FALSE(instance->hasNotificationActive());
+  EXPECT_EQ(instance->vrfSm(), nullptr);
+}
+
 TEST_F(ReentryIntoNestedMachines, VrfInstanceMayBeRemovedWhileItIsRepointed) {
   routes->vrfStatusIs("red");
   created(actionOf("red"));

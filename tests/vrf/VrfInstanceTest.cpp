@@ -2,6 +2,7 @@
 
 #include <array>
 #include <ostream>
+#include <stdexcept>
 
 #include "Mox/Exceptions.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
@@ -416,6 +417,24 @@ TEST_F(VrfInstanceTracking, InstanceIsKeyedAndNamedByItsVrf) {
   EXPECT_EQ(instance->vrfName(), L3::VrfName("red"));
   EXPECT_EQ(instance->vrfInstanceName(), L3::VrfName("red"));
   EXPECT_EQ(instance->vrfSm(), vrfSm.get());
+}
+
+TEST_F(VrfInstanceTracking, RemovalWhoseHookThrowsStillTakesTheInstanceAwayAndCutsItOff) {
+  const auto red = routes->vrfStatusIs("red");
+  created(actionOf("red"));
+  const auto instance = instanceOf("red");
+  chip->onUpdate = [](const VrfAction&) -> HwStatus { throw std::runtime_error("chip is gone"); };
+
+  EXPECT_THROW(routes->vrfStatusDel("red"), std::runtime_error);
+
+  chip->onUpdate = nullptr;
+  forget();
+  EXPECT_FALSE(vrfSm->moxVrfInstanceHas("red"));
+  EXPECT_TRUE(instance->isZombie());
+  EXPECT_EQ(instance->vrfSm(), nullptr);
+  EXPECT_FALSE(instance->hasNotificationActive());
+  red->vrfIdIs(7);
+  EXPECT_THAT(journal.take(), IsEmpty());
 }
 
 TEST_F(VrfInstanceTracking, NameOverAHundredBytesRaisesTheRangeError) {
