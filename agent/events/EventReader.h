@@ -18,6 +18,6 @@
 
 namespace ZelAgent {
 
-[[nodiscard]] std::optional<Event> readEvent(std::string_view line);
+[[nodiscard]] std::optional<Event> readEvent(std::string_view text);
 
 }  // namespace ZelAgent

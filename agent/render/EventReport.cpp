@@ -32,7 +32,7 @@ const char* hookName(Hook hook) {
 
 std::string statusText(const std::optional<HwStatus>& status) {
   if (!status) return "none";
-  const std::string result = stringValue(status->status()).str();
+  std::string result = stringValue(status->status()).str();
   if (status->status() == ProgrammingResult::programmedInHw) return result;
   return result + " (" + stringValue(status->failureReason()).str() + ": " +
          printable(status->failureDescription().bytes(), 1000) + ')';
