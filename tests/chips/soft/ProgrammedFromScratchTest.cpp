@@ -30,8 +30,8 @@ using PolicyMap::ActionType;
 using ZelVrfSelectionPolicy::VrfAction;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
-constexpr int histories = 500;
-constexpr int stepsPerHistory = 200;
+constexpr int histories = 2000;
+constexpr int stepsPerHistory = 500;
 
 using Steps = std::vector<Step>;
 
