@@ -103,13 +103,81 @@ void ZelVrfSelectionPolicySm::policySmSubscriptionIs(bool subscribed) {
   }
 }
 
-void ZelVrfSelectionPolicySm::policySmInstall(Mox::Ptr<ZelTrafficPolicySm> policySm) {
+Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
+    const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
+    const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,
+    const Mox::Ptr<PolicyMap::ClassMapTypeConfig const>& classTypeConfig,
+    const Mox::Ptr<PolicyMap::PolicyMapStatusRequestDir const>& statusRequestDir,
+    const Mox::Ptr<PolicyMap::PolicyMapTypeStatus>& status,
+    const Mox::Ptr<Acl::Config const>& aclConfig,
+    const Mox::Ptr<Classification::FieldSetConfig const>& fieldSetConfig,
+    const Mox::Ptr<Lag::Input::Config const>& lagConfig, const Mox::Ptr<Ip::Config const>& ipConfig,
+    const Mox::Ptr<Ip6::Config const>& ip6Config, const Mox::Ptr<Ip::Status const>& ipStatus,
+    const Mox::Ptr<Ip6::Status const>& ip6Status, const Mox::Ptr<Mox::Dir const>& routingVrfInfoDir,
+    const Mox::Ptr<Mox::Dir const>& routing6VrfInfoDir,
+    const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& aclHelper, bool allowL2Intf, bool allowMgmtIntf,
+    const Mox::Ptr<Zel::NexthopConfig>& nexthopConfig,
+    const Mox::Ptr<Zel::NexthopStatus const>& nexthopStatus,
+    const Mox::Ptr<Bost::TimerWheel const>& timerWheel,
+    const Mox::Ptr<Zel::NexthopGroupConfig>& nexthopGroupConfig,
+    const Mox::Ptr<Zel::NexthopGroupStatus const>& nexthopGroupStatus,
+    const Mox::Ptr<Mirroring::Config const>& mirroringHwConfig,
+    const Mox::Ptr<Sflow::InterfaceCollector>& sflowIntfCollector,
+    const Mox::Ptr<Classification::UdfConfig const>& udfConfig,
+    const Mox::Ptr<Zel::ZelCommonSmData const>& zcsd,
+    const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
+    bool permitFragment, bool expandNeighborsWhenNonPresent,
+    const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus) {
   const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
+  constexpr bool compileOnly = false;
+  if (const Mox::Ptr<ZelTrafficPolicySm> present = policySm_) {
+    present->allowL2IntfIs(allowL2Intf);
+    const TrafficPolicy::TrafficPolicyInputs wanted{intfConfig,
+                                                    policyConfig,
+                                                    classTypeConfig,
+                                                    statusRequestDir,
+                                                    status,
+                                                    aclConfig,
+                                                    fieldSetConfig,
+                                                    lagConfig,
+                                                    ipConfig,
+                                                    ip6Config,
+                                                    ipStatus,
+                                                    ip6Status,
+                                                    routingVrfInfoDir,
+                                                    routing6VrfInfoDir,
+                                                    aclHelper,
+                                                    allowMgmtIntf,
+                                                    compileOnly,
+                                                    nexthopConfig,
+                                                    nexthopStatus,
+                                                    timerWheel,
+                                                    nexthopGroupConfig,
+                                                    nexthopGroupStatus,
+                                                    mirroringHwConfig,
+                                                    sflowIntfCollector,
+                                                    udfConfig,
+                                                    zcsd,
+                                                    bgpNeighborConfigDir,
+                                                    expandAllRulesByVrf,
+                                                    permitFragment,
+                                                    expandNeighborsWhenNonPresent,
+                                                    trafficPolicyHwStatus};
+    if (present->inputs() == wanted) return present;
+  }
   policySmSubscriptionIs(false);
-  policySm_ = policySm;
+  Mox::Ptr<ZelTrafficPolicySm> created = ZelTrafficPolicySm::ZelTrafficPolicySmIs(
+      intfConfig, policyConfig, classTypeConfig, statusRequestDir, status, aclConfig,
+      fieldSetConfig, lagConfig, ipConfig, ip6Config, ipStatus, ip6Status, routingVrfInfoDir,
+      routing6VrfInfoDir, aclHelper, allowL2Intf, allowMgmtIntf, compileOnly, nexthopConfig,
+      nexthopStatus, timerWheel, nexthopGroupConfig, nexthopGroupStatus, mirroringHwConfig,
+      sflowIntfCollector, udfConfig, zcsd, bgpNeighborConfigDir, expandAllRulesByVrf,
+      permitFragment, expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
+  policySm_ = created;
   policySmSubscriptionIs(true);
   handlePolicySmReady();
-  policySm->hasNotificationActiveIs(true);
+  created->hasNotificationActiveIs(true);
+  return created;
 }
 
 Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmDel() {

@@ -76,6 +76,36 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
   [[nodiscard]] const Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm>& policySm() const noexcept {
     return policySm_;
   }
+  /// The traffic-policy state machine on these very objects and flags: the present one if it was
+  /// built with them, otherwise a new one, complete before the old one is released. `allowL2Intf`
+  /// is applied to the present machine in place. What the construction throws passes through; the
+  /// old machine is then kept, and its readiness is no longer observed.
+  Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmIs(
+      const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
+      const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,
+      const Mox::Ptr<PolicyMap::ClassMapTypeConfig const>& classTypeConfig,
+      const Mox::Ptr<PolicyMap::PolicyMapStatusRequestDir const>& statusRequestDir,
+      const Mox::Ptr<PolicyMap::PolicyMapTypeStatus>& status,
+      const Mox::Ptr<Acl::Config const>& aclConfig,
+      const Mox::Ptr<Classification::FieldSetConfig const>& fieldSetConfig,
+      const Mox::Ptr<Lag::Input::Config const>& lagConfig,
+      const Mox::Ptr<Ip::Config const>& ipConfig, const Mox::Ptr<Ip6::Config const>& ip6Config,
+      const Mox::Ptr<Ip::Status const>& ipStatus, const Mox::Ptr<Ip6::Status const>& ip6Status,
+      const Mox::Ptr<Mox::Dir const>& routingVrfInfoDir,
+      const Mox::Ptr<Mox::Dir const>& routing6VrfInfoDir,
+      const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& aclHelper, bool allowL2Intf,
+      bool allowMgmtIntf, const Mox::Ptr<Zel::NexthopConfig>& nexthopConfig,
+      const Mox::Ptr<Zel::NexthopStatus const>& nexthopStatus,
+      const Mox::Ptr<Bost::TimerWheel const>& timerWheel,
+      const Mox::Ptr<Zel::NexthopGroupConfig>& nexthopGroupConfig,
+      const Mox::Ptr<Zel::NexthopGroupStatus const>& nexthopGroupStatus,
+      const Mox::Ptr<Mirroring::Config const>& mirroringHwConfig,
+      const Mox::Ptr<Sflow::InterfaceCollector>& sflowIntfCollector,
+      const Mox::Ptr<Classification::UdfConfig const>& udfConfig,
+      const Mox::Ptr<Zel::ZelCommonSmData const>& zcsd,
+      const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
+      bool permitFragment, bool expandNeighborsWhenNonPresent,
+      const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus);
   /// Takes the traffic-policy state machine out, silenced; null when there was none. It is
   /// destroyed when the last reference goes.
   Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmDel();
@@ -95,11 +125,6 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
       const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
   /// Takes the VRF state machine out, silenced; null when there was none.
   Mox::Ptr<VrfSm> vrfSmDel();
-
- protected:
-  /// Puts a new traffic-policy state machine in place of the present one, whose readiness is no
-  /// longer observed, and reports that it is there.
-  void policySmInstall(Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySm);
 
  private:
   static void policySmDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,

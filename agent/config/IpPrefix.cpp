@@ -23,13 +23,6 @@ std::optional<std::uint8_t> parseLength(std::string_view text, unsigned maxLengt
   return static_cast<std::uint8_t>(length);
 }
 
-void clearHostBits(IpPrefix& prefix) noexcept {
-  for (unsigned bit = prefix.length; bit < addressBits(prefix.address.family); ++bit) {
-    auto& byte = prefix.address.bytes[bit / 8];
-    byte = static_cast<std::uint8_t>(byte & ~(0x80U >> (bit % 8)));
-  }
-}
-
 }  // namespace
 
 std::optional<IpAddress> parseIpAddress(const std::string& text) {
@@ -49,9 +42,7 @@ std::optional<IpPrefix> parseIpPrefix(const std::string& text) {
   const auto length =
       parseLength(std::string_view(text).substr(slash + 1), addressBits(address->family));
   if (!length) return std::nullopt;
-  IpPrefix prefix{*address, *length};
-  clearHostBits(prefix);
-  return prefix;
+  return IpPrefix{Ip::firstBits(*address, *length), *length};
 }
 
 std::string toText(const IpAddress& address) {

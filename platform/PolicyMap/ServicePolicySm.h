@@ -17,11 +17,23 @@ class [[gnu::visibility("default")]] ServicePolicySm : public Mox::PtrInterface 
     return publisher_;
   }
 
+  /// Whether interfaces that forward by MAC address are served.
+  [[nodiscard]] bool allowL2Intf() const noexcept {
+    return allowL2Intf_;
+  }
+  /// Begins or ends to serve them.
+  void allowL2IntfIs(bool allow);
+
  protected:
-  ServicePolicySm() = default;
+  explicit ServicePolicySm(bool allowL2Intf) noexcept : allowL2Intf_(allowL2Intf) {}
+  ~ServicePolicySm() override;
+
+  /// `allowL2Intf` has changed.
+  virtual void handleAllowL2Intf() = 0;
 
  private:
   mutable Velo::Publisher publisher_;
+  bool allowL2Intf_;
 };
 
 }  // namespace PolicyMap

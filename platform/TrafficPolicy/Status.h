@@ -1,18 +1,18 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "PolicyMap/PolicyMapTypeStatus.h"
 
 namespace TrafficPolicy {
 
-/// What became of the configured policy maps.
-class [[gnu::visibility("default")]] Status final : public Mox::Entity {
+/// What became of the policy maps of traffic policies.
+class [[gnu::visibility("default")]] Status final : public PolicyMap::PolicyMapTypeStatus {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::Status"};
 
   [[nodiscard]] static Mox::Ptr<Status> StatusIs(const Velo::String& name) {
     return Mox::makeActivePtr<Status>(name);
   }
-  explicit Status(const Velo::String& name) noexcept : Entity(name) {}
+  explicit Status(const Velo::String& name) noexcept : PolicyMapTypeStatus(name) {}
   [[nodiscard]] const Mox::Type* fwkType() const override {
     return &moxType;
   }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "PolicyMap/PolicyMapTypeConfig.h"
 
 namespace TrafficPolicy {
 
-/// The configured policy maps and class maps.
-class [[gnu::visibility("default")]] TrafficPolicyConfig final : public Mox::Entity {
+/// The configured policy maps of traffic policies.
+class [[gnu::visibility("default")]] TrafficPolicyConfig final
+    : public PolicyMap::PolicyMapTypeConfig {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::TrafficPolicyConfig"};
 
@@ -13,7 +14,7 @@ class [[gnu::visibility("default")]] TrafficPolicyConfig final : public Mox::Ent
       const Velo::String& name) {
     return Mox::makeActivePtr<TrafficPolicyConfig>(name);
   }
-  explicit TrafficPolicyConfig(const Velo::String& name) noexcept : Entity(name) {}
+  explicit TrafficPolicyConfig(const Velo::String& name) noexcept : PolicyMapTypeConfig(name) {}
   [[nodiscard]] const Mox::Type* fwkType() const override {
     return &moxType;
   }

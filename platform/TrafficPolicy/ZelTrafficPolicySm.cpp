@@ -1,20 +1,363 @@
 #include "TrafficPolicy/ZelTrafficPolicySm.h"
 
-namespace TrafficPolicy {
+#include <algorithm>
+#include <utility>
 
-Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySm::ZelTrafficPolicySmIs() {
-  return Mox::makeActivePtr<ZelTrafficPolicySm>();
+#include "Mox/QuotedString.h"
+#include "TrafficPolicy/RuleProgrammer.h"
+
+namespace TrafficPolicy {
+namespace {
+
+using PolicyMap::AclResult;
+using PolicyMap::AclRule;
+using PolicyMap::ClassMapTypeConfig;
+using PolicyMap::IntfConfig;
+using PolicyMap::IntfKind;
+using PolicyMap::IntfPolicy;
+using PolicyMap::PolicyMapRules;
+using PolicyMap::PolicyMapTypeConfig;
+using PolicyMap::PolicyMapTypeStatus;
+using PolicyMap::PolicyStatus;
+using PolicyMap::RuleKey;
+using PolicyMap::RuleStatus;
+
+const Velo::String& nameOf(const void* key) noexcept {
+  return *static_cast<const Velo::String*>(key);
+}
+
+// Holds a flag up as long as it lives.
+class Raised {
+ public:
+  explicit Raised(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
+  ~Raised() { flag_ = false; }
+
+ private:
+  bool& flag_;
+};
+
+// Hands each name to `use` and takes it out of `names`, also those that are put in meanwhile. A
+// name whose use throws stays in.
+template <class Use>
+void useUp(std::set<Velo::String>& names, Use use) {
+  while (!names.empty()) {
+    const Velo::String name = names.extract(names.begin()).value();
+    try {
+      use(name);
+    } catch (...) {
+      names.insert(name);
+      throw;
+    }
+  }
+}
+
+template <class Config>
+void subscriptionIs(const Mox::Ptr<Config>& config, Velo::Subscriber& subscriber,
+                    Velo::Subscriber::Dispatch dispatch) {
+  if (!config || (subscriber.dispatch != nullptr) == (dispatch != nullptr)) return;
+  if (dispatch != nullptr) {
+    subscriber.dispatch = dispatch;
+    config->publisher().subscriberIs(subscriber);
+  } else {
+    config->publisher().subscriberDel(subscriber);
+    subscriber.dispatch = nullptr;
+  }
+}
+
+std::set<std::uint32_t> sequencesOf(const std::vector<RuleKey>& rules) {
+  std::set<std::uint32_t> sequences;
+  for (const RuleKey& rule : rules)
+    sequences.insert(rule.sequence);
+  return sequences;
+}
+
+}  // namespace
+
+// What the hardware should hold for an interface.
+struct ZelTrafficPolicySm::WantedRules {
+  bool isServed = false;
+  Velo::String policyMap;
+  std::vector<RuleKey> keys;         // of every rule of the policy map
+  std::vector<RuleStatus> statuses;  // by key, so far as they are known before programming
+  std::vector<AclRule> rules;        // those that can be programmed
+  std::vector<std::size_t> places;   // of each of them among the keys
+};
+
+Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySm::ZelTrafficPolicySmIs(
+    const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
+    const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,
+    const Mox::Ptr<PolicyMap::ClassMapTypeConfig const>& classTypeConfig,
+    const Mox::Ptr<PolicyMap::PolicyMapStatusRequestDir const>& statusRequestDir,
+    const Mox::Ptr<PolicyMap::PolicyMapTypeStatus>& status,
+    const Mox::Ptr<Acl::Config const>& aclConfig,
+    const Mox::Ptr<Classification::FieldSetConfig const>& fieldSetConfig,
+    const Mox::Ptr<Lag::Input::Config const>& lagConfig, const Mox::Ptr<Ip::Config const>& ipConfig,
+    const Mox::Ptr<Ip6::Config const>& ip6Config, const Mox::Ptr<Ip::Status const>& ipStatus,
+    const Mox::Ptr<Ip6::Status const>& ip6Status, const Mox::Ptr<Mox::Dir const>& routingVrfInfoDir,
+    const Mox::Ptr<Mox::Dir const>& routing6VrfInfoDir,
+    const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& aclHelper, bool allowL2Intf, bool allowMgmtIntf,
+    bool compileOnly, const Mox::Ptr<Zel::NexthopConfig>& nexthopConfig,
+    const Mox::Ptr<Zel::NexthopStatus const>& nexthopStatus,
+    const Mox::Ptr<Bost::TimerWheel const>& timerWheel,
+    const Mox::Ptr<Zel::NexthopGroupConfig>& nexthopGroupConfig,
+    const Mox::Ptr<Zel::NexthopGroupStatus const>& nexthopGroupStatus,
+    const Mox::Ptr<Mirroring::Config const>& mirroringHwConfig,
+    const Mox::Ptr<Sflow::InterfaceCollector>& sflowIntfCollector,
+    const Mox::Ptr<Classification::UdfConfig const>& udfConfig,
+    const Mox::Ptr<Zel::ZelCommonSmData const>& zcsd,
+    const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
+    bool permitFragment, bool expandNeighborsWhenNonPresent,
+    const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus) {
+  return Mox::makeActivePtr<ZelTrafficPolicySm>(TrafficPolicyInputs{intfConfig,
+                                                                    policyConfig,
+                                                                    classTypeConfig,
+                                                                    statusRequestDir,
+                                                                    status,
+                                                                    aclConfig,
+                                                                    fieldSetConfig,
+                                                                    lagConfig,
+                                                                    ipConfig,
+                                                                    ip6Config,
+                                                                    ipStatus,
+                                                                    ip6Status,
+                                                                    routingVrfInfoDir,
+                                                                    routing6VrfInfoDir,
+                                                                    aclHelper,
+                                                                    allowMgmtIntf,
+                                                                    compileOnly,
+                                                                    nexthopConfig,
+                                                                    nexthopStatus,
+                                                                    timerWheel,
+                                                                    nexthopGroupConfig,
+                                                                    nexthopGroupStatus,
+                                                                    mirroringHwConfig,
+                                                                    sflowIntfCollector,
+                                                                    udfConfig,
+                                                                    zcsd,
+                                                                    bgpNeighborConfigDir,
+                                                                    expandAllRulesByVrf,
+                                                                    permitFragment,
+                                                                    expandNeighborsWhenNonPresent,
+                                                                    trafficPolicyHwStatus},
+                                                allowL2Intf);
+}
+
+ZelTrafficPolicySm::ZelTrafficPolicySm(TrafficPolicyInputs inputs, bool allowL2Intf) noexcept
+    : ServicePolicySm(allowL2Intf), inputs_(std::move(inputs)) {}
+
+ZelTrafficPolicySm::~ZelTrafficPolicySm() {
+  subscriptionsAre(false);
 }
 
 const Mox::Type* ZelTrafficPolicySm::fwkType() const {
   return &moxType;
 }
 
-void ZelTrafficPolicySm::readyIs(bool ready) {
-  if (ready_ == ready) return;
-  ready_ = ready;
+void ZelTrafficPolicySm::hasNotificationActiveIs(bool active) {
+  if (active == hasNotificationActive()) return;
+  ServicePolicySm::hasNotificationActiveIs(active);
+  subscriptionsAre(active);
+  if (!active) return;
+  takeOver();
+  synchronize();
+}
+
+void ZelTrafficPolicySm::subscriptionsAre(bool subscribed) {
+  subscriptionIs(inputs_.intfConfig, intfConfigSubscriber_,
+                 subscribed ? &intfConfigDispatch : nullptr);
+  subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_,
+                 subscribed ? &policyConfigDispatch : nullptr);
+  subscriptionIs(inputs_.classTypeConfig, classTypeConfigSubscriber_,
+                 subscribed ? &classTypeConfigDispatch : nullptr);
+}
+
+void ZelTrafficPolicySm::intfConfigDispatch(Velo::Publisher* /*publisher*/,
+                                            Velo::Subscriber* subscriber, short attributeId,
+                                            const void* key, const void* /*value*/) {
+  if (attributeId != IntfConfig::intfAttribute) return;
+  const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  sm->changedIntfs_.insert(nameOf(key));
+  sm->synchronize();
+}
+
+void ZelTrafficPolicySm::policyConfigDispatch(Velo::Publisher* /*publisher*/,
+                                              Velo::Subscriber* subscriber, short attributeId,
+                                              const void* key, const void* value) {
+  if (attributeId != PolicyMapTypeConfig::policyMapAttribute) return;
+  const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  sm->classMapUsers_.policyMapIs(nameOf(key), static_cast<const PolicyMapRules*>(value));
+  sm->policyMapChanged(nameOf(key));
+  sm->synchronize();
+}
+
+void ZelTrafficPolicySm::classTypeConfigDispatch(Velo::Publisher* /*publisher*/,
+                                                 Velo::Subscriber* subscriber, short attributeId,
+                                                 const void* key, const void* /*value*/) {
+  if (attributeId != ClassMapTypeConfig::classMapAttribute) return;
+  const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  for (const Velo::String& policyMap : sm->classMapUsers_.policyMaps(nameOf(key)))
+    sm->policyMapChanged(policyMap);
+  sm->synchronize();
+}
+
+void ZelTrafficPolicySm::handleAllowL2Intf() {
+  if (!hasNotificationActive() || !inputs_.intfConfig) return;
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
-  publisher().publish(readyAttribute, nullptr, &ready);
+  for (auto intf = inputs_.intfConfig->intf().iterator(); intf; ++intf) {
+    if (intf.value().kind == IntfKind::l2) changedIntfs_.insert(intf.key());
+  }
+  synchronize();
+}
+
+void ZelTrafficPolicySm::policyMapChanged(const Velo::String& policyMap) {
+  changedPolicyMaps_.insert(policyMap);
+  if (!inputs_.intfConfig) return;
+  for (auto intf = inputs_.intfConfig->intf().iterator(); intf; ++intf) {
+    if (intf.value().policyMap == policyMap) changedIntfs_.insert(intf.key());
+  }
+}
+
+// Whatever is configured, programmed or told by the status may have changed.
+void ZelTrafficPolicySm::takeOver() {
+  classMapUsers_.clear();
+  intfStatus_.clear();
+  if (inputs_.policyConfig) {
+    for (auto entry = inputs_.policyConfig->policyMap().iterator(); entry; ++entry) {
+      classMapUsers_.policyMapIs(entry.key(), &entry.value());
+      changedPolicyMaps_.insert(entry.key());
+    }
+  }
+  if (inputs_.intfConfig) {
+    for (auto entry = inputs_.intfConfig->intf().iterator(); entry; ++entry)
+      changedIntfs_.insert(entry.key());
+  }
+  if (inputs_.aclHelper) {
+    for (const Velo::String& intf : inputs_.aclHelper->intfs())
+      changedIntfs_.insert(intf);
+  }
+  if (inputs_.status) {
+    for (auto entry = inputs_.status->policyStatus().iterator(); entry; ++entry)
+      changedPolicyMaps_.insert(entry.key());
+    for (auto entry = inputs_.status->ruleStatus().iterator(); entry; ++entry) {
+      intfStatus_[entry.key().intf].rules.push_back(entry.key());
+      changedIntfs_.insert(entry.key().intf);
+    }
+  }
+}
+
+void ZelTrafficPolicySm::synchronize() {
+  if (isSynchronizing_) return;
+  {
+    const Raised synchronizing(isSynchronizing_);
+    while (!changedIntfs_.empty() || !changedPolicyMaps_.empty()) {
+      useUp(changedIntfs_, [this](const Velo::String& intf) { synchronizeIntf(intf); });
+      useUp(changedPolicyMaps_,
+            [this](const Velo::String& policyMap) { synchronizePolicyStatus(policyMap); });
+    }
+  }
+  if (ready_ || !isProgrammed()) return;
+  ready_ = true;
+  publisher().publish(readyAttribute, nullptr, &ready_);
+}
+
+void ZelTrafficPolicySm::synchronizeIntf(const Velo::String& intf) {
+  WantedRules wanted = wantedRules(intf);
+  program(intf, wanted);
+  changedPolicyMaps_.insert(wanted.policyMap);
+  changedPolicyMaps_.insert(intfStatus_[intf].policyMap);
+  writeRuleStatuses(intfStatus_[intf].rules, wanted);
+  if (!wanted.isServed) {
+    intfStatus_.erase(intf);
+    return;
+  }
+  const auto programmed = std::count_if(wanted.statuses.begin(), wanted.statuses.end(),
+                                        [](const RuleStatus& status) { return status.programmed; });
+  intfStatus_[intf] = {wanted.policyMap, std::move(wanted.keys), static_cast<unsigned>(programmed)};
+}
+
+ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::String& intf) const {
+  WantedRules wanted;
+  const IntfPolicy* const applied = inputs_.intfConfig ? inputs_.intfConfig->intf(intf) : nullptr;
+  if (applied == nullptr || !isServed(applied->kind)) return wanted;
+  wanted.isServed = true;
+  wanted.policyMap = applied->policyMap;
+  const PolicyMapRules* const rules =
+      inputs_.policyConfig ? inputs_.policyConfig->policyMap(applied->policyMap) : nullptr;
+  if (rules == nullptr) return wanted;
+  for (const PolicyMap::PolicyMapRule& rule : *rules) {
+    const PolicyMap::ClassMatch* const match =
+        inputs_.classTypeConfig ? inputs_.classTypeConfig->classMap(rule.classMap) : nullptr;
+    wanted.keys.push_back({intf, applied->policyMap, rule.sequence});
+    wanted.statuses.push_back({false, ""});
+    if (match == nullptr) {
+      wanted.statuses.back().reason =
+          "class map " + Mox::quoted(rule.classMap.bytes()) + " does not exist";
+    } else {
+      wanted.rules.push_back({*match, rule.action});
+      wanted.places.push_back(wanted.keys.size() - 1);
+    }
+  }
+  return wanted;
+}
+
+void ZelTrafficPolicySm::program(const Velo::String& intf, WantedRules& wanted) {
+  std::vector<AclResult> results(wanted.rules.size(), {false, "rules are compiled only"});
+  if (inputs_.aclHelper && !inputs_.compileOnly) {
+    if (inputs_.aclHelper->rules(intf) != wanted.rules) ready_ = false;
+    results = programRules(*inputs_.aclHelper, intf, wanted.rules);
+  }
+  for (std::size_t at = 0; at < results.size(); ++at)
+    wanted.statuses[wanted.places[at]] = {results[at].accepted, results[at].reason};
+  const auto failed = [](const RuleStatus& status) { return !status.programmed; };
+  if (std::any_of(wanted.statuses.begin(), wanted.statuses.end(), failed)) ready_ = false;
+}
+
+void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
+                                           const WantedRules& wanted) {
+  if (!inputs_.status) return;
+  const Mox::Ptr<PolicyMapTypeStatus>& status = inputs_.status;
+  const std::set<std::uint32_t> sequences = sequencesOf(wanted.keys);
+  for (const RuleKey& rule : before) {
+    if (rule.policyMap != wanted.policyMap || !sequences.contains(rule.sequence))
+      status->ruleStatusDel(rule);
+  }
+  for (std::size_t at = 0; at < wanted.keys.size(); ++at)
+    status->ruleStatusIs(wanted.keys[at], wanted.statuses[at]);
+}
+
+void ZelTrafficPolicySm::synchronizePolicyStatus(const Velo::String& policyMap) {
+  if (!inputs_.status) return;
+  if (!inputs_.policyConfig || inputs_.policyConfig->policyMap(policyMap) == nullptr) {
+    inputs_.status->policyStatusDel(policyMap);
+    return;
+  }
+  PolicyStatus status;
+  for (const auto& [intf, present] : intfStatus_) {
+    if (present.policyMap != policyMap) continue;
+    ++status.intfs;
+    status.rules += static_cast<unsigned>(present.rules.size());
+    status.rulesProgrammed += present.programmed;
+  }
+  inputs_.status->policyStatusIs(policyMap, status);
+}
+
+bool ZelTrafficPolicySm::isServed(IntfKind kind) const noexcept {
+  switch (kind) {
+    case IntfKind::routed:
+      return true;
+    case IntfKind::l2:
+      return allowL2Intf();
+    case IntfKind::mgmt:
+      return inputs_.allowMgmtIntf;
+  }
+  return false;
+}
+
+bool ZelTrafficPolicySm::isProgrammed() const noexcept {
+  return std::all_of(intfStatus_.begin(), intfStatus_.end(),
+                     [](const auto& entry) { return entry.second.isComplete(); });
 }
 
 }  // namespace TrafficPolicy

@@ -1,29 +1,130 @@
 #pragma once
 
+#include <map>
+#include <set>
+#include <vector>
+
 #include "Mox/Ptr.h"
 #include "PolicyMap/ServicePolicySm.h"
+#include "TrafficPolicy/ClassMapUsers.h"
+#include "TrafficPolicy/TrafficPolicyInputs.h"
+#include "Velo/Subscriber.h"
 
 namespace TrafficPolicy {
 
-/// The traffic-policy state machine of the forwarding layer.
+/// The traffic-policy state machine of the forwarding layer: compiles the policy map that is
+/// applied to each interface into classification rules, and keeps the hardware in step.
+///
+/// The rules of an interface are those of its policy map in their order, each with what its class
+/// map matches. Management interfaces, and interfaces that forward by MAC address, are served only
+/// where that is allowed; others have no rules. Every change of the configuration is followed at
+/// once by the fewest additions, moves and removals of rules, and its outcome is written into the
+/// status: one entry per configured policy map and one per rule and interface. A rule that cannot
+/// be programmed (its class map does not exist, the hardware refuses it) leaves the others in
+/// place and is tried again with the next change of its interface's policy.
+///
+/// What is programmed is asked of the hardware, never remembered, so that a new machine takes over
+/// from an old one without touching a rule. The end of a machine leaves the rules in place.
+///
+/// A change that a helper or a subscriber makes from inside a call is followed when the present one
+/// is done.
 class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::ZelTrafficPolicySm"};
   /// Number of the attribute `ready`.
   static constexpr Mox::AttributeId readyAttribute = 283;
 
-  [[nodiscard]] static Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySmIs();
+  /// A new machine, which has programmed what is configured. Any object may be null: without a
+  /// configuration nothing is configured, without a helper or a status nothing is programmed or
+  /// written.
+  [[nodiscard]] static Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySmIs(
+      const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
+      const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,
+      const Mox::Ptr<PolicyMap::ClassMapTypeConfig const>& classTypeConfig,
+      const Mox::Ptr<PolicyMap::PolicyMapStatusRequestDir const>& statusRequestDir,
+      const Mox::Ptr<PolicyMap::PolicyMapTypeStatus>& status,
+      const Mox::Ptr<Acl::Config const>& aclConfig,
+      const Mox::Ptr<Classification::FieldSetConfig const>& fieldSetConfig,
+      const Mox::Ptr<Lag::Input::Config const>& lagConfig,
+      const Mox::Ptr<Ip::Config const>& ipConfig, const Mox::Ptr<Ip6::Config const>& ip6Config,
+      const Mox::Ptr<Ip::Status const>& ipStatus, const Mox::Ptr<Ip6::Status const>& ip6Status,
+      const Mox::Ptr<Mox::Dir const>& routingVrfInfoDir,
+      const Mox::Ptr<Mox::Dir const>& routing6VrfInfoDir,
+      const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& aclHelper, bool allowL2Intf,
+      bool allowMgmtIntf, bool compileOnly, const Mox::Ptr<Zel::NexthopConfig>& nexthopConfig,
+      const Mox::Ptr<Zel::NexthopStatus const>& nexthopStatus,
+      const Mox::Ptr<Bost::TimerWheel const>& timerWheel,
+      const Mox::Ptr<Zel::NexthopGroupConfig>& nexthopGroupConfig,
+      const Mox::Ptr<Zel::NexthopGroupStatus const>& nexthopGroupStatus,
+      const Mox::Ptr<Mirroring::Config const>& mirroringHwConfig,
+      const Mox::Ptr<Sflow::InterfaceCollector>& sflowIntfCollector,
+      const Mox::Ptr<Classification::UdfConfig const>& udfConfig,
+      const Mox::Ptr<Zel::ZelCommonSmData const>& zcsd,
+      const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
+      bool permitFragment, bool expandNeighborsWhenNonPresent,
+      const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus);
+  /// Use `ZelTrafficPolicySmIs`. Reads nothing from the inputs.
+  ZelTrafficPolicySm(TrafficPolicyInputs inputs, bool allowL2Intf) noexcept;
+  ~ZelTrafficPolicySm() override;
+
+  /// Begins to follow the configuration, which is programmed first, or ends it.
+  void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] const Mox::Type* fwkType() const override;
 
-  /// Whether the hardware holds what is configured.
+  /// What it was built with.
+  [[nodiscard]] const TrafficPolicyInputs& inputs() const noexcept {
+    return inputs_;
+  }
+
+  /// Whether what is programmed matches what is configured. Published when it does so again after
+  /// a change, or after a failure; a failure is told by the status.
   [[nodiscard]] bool ready() const noexcept {
     return ready_;
   }
-  /// Publishes a change of `ready`.
-  void readyIs(bool ready);
 
  private:
+  using Subscriber = Velo::MemberSubscriber<ZelTrafficPolicySm>;
+  struct WantedRules;
+
+  // What the status says of an interface, by what was last programmed on it.
+  struct IntfStatus {
+    Velo::String policyMap;
+    std::vector<PolicyMap::RuleKey> rules;
+    unsigned programmed = 0;
+
+    [[nodiscard]] bool isComplete() const noexcept { return rules.size() == programmed; }
+  };
+
+  static void intfConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
+                                 short attributeId, const void* key, const void* value);
+  static void policyConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
+                                   short attributeId, const void* key, const void* value);
+  static void classTypeConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
+                                      short attributeId, const void* key, const void* value);
+  void subscriptionsAre(bool subscribed);
+  void handleAllowL2Intf() override;
+  void policyMapChanged(const Velo::String& policyMap);
+  void takeOver();
+
+  void synchronize();
+  void synchronizeIntf(const Velo::String& intf);
+  void synchronizePolicyStatus(const Velo::String& policyMap);
+  [[nodiscard]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
+  [[nodiscard]] WantedRules wantedRules(const Velo::String& intf) const;
+  void program(const Velo::String& intf, WantedRules& wanted);
+  void writeRuleStatuses(const std::vector<PolicyMap::RuleKey>& before, const WantedRules& wanted);
+  [[nodiscard]] bool isProgrammed() const noexcept;
+
+  const TrafficPolicyInputs inputs_;
   bool ready_ = false;
+  bool isSynchronizing_ = false;
+  std::set<Velo::String> changedIntfs_;
+  std::set<Velo::String> changedPolicyMaps_;
+  ClassMapUsers classMapUsers_;
+  std::map<Velo::String, IntfStatus> intfStatus_;
+  Subscriber intfConfigSubscriber_{*this};
+  Subscriber policyConfigSubscriber_{*this};
+  Subscriber classTypeConfigSubscriber_{*this};
 };
 
 }  // namespace TrafficPolicy

@@ -31,14 +31,13 @@ int main() {
   const auto fallbacks = VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs();
   const auto routes = Routing::Hardware::RouteStatus::RouteStatusIs();
   const auto routes6 = Routing6::Hardware::RouteStatus::RouteStatusIs();
-  const auto acl = PolicyMap::PolicyMapAclHelper::PolicyMapAclHelperIs("acl");
   const auto mounts = zel::policySmMountsFactory();
   const auto users = zel::vrfHwConfigFactory();
   const auto statuses = zel::vrfHwStatusFactory();
   const auto chip = Mox::makePtr<PrintingChip>(routes);
 
   const auto top =
-      zel::zelVrfSelectionPolicySmFactory(acl, mounts, chip, fallbacks, routes, routes6);
+      zel::zelVrfSelectionPolicySmFactory(nullptr, mounts, chip, fallbacks, routes, routes6);
   top->vrfSmIs(users, statuses, chip, fallbacks, routes, routes6);
 
   const VrfAction red("red", PolicyMap::ActionType::vrf);

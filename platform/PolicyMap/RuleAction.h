@@ -1,0 +1,19 @@
+#pragma once
+
+#include "L3/VrfName.h"
+#include "PolicyMap/ActionType.h"
+
+namespace PolicyMap {
+
+/// What a rule of a policy map has done with the packets that it matches. Names that the type has
+/// no use for are empty.
+struct RuleAction {
+  ActionType type = ActionType::none;
+  L3::VrfName vrfName;
+  L3::VrfName fallbackVrfName;
+  L3::VrfName postDecapVrfName;
+
+  bool operator==(const RuleAction&) const = default;
+};
+
+}  // namespace PolicyMap

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Acl/Config.h"
+#include "Bost/TimerWheel.h"
+#include "Classification/FieldSetConfig.h"
+#include "Classification/UdfConfig.h"
+#include "Ip/Config.h"
+#include "Ip/Status.h"
+#include "Ip6/Config.h"
+#include "Ip6/Status.h"
+#include "Lag/Input/Config.h"
+#include "Mirroring/Config.h"
+#include "Mox/Dir.h"
+#include "Mox/Ptr.h"
+#include "PolicyMap/ClassMapTypeConfig.h"
+#include "PolicyMap/IntfConfig.h"
+#include "PolicyMap/PolicyMapAclHelper.h"
+#include "PolicyMap/PolicyMapStatusRequestDir.h"
+#include "PolicyMap/PolicyMapTypeConfig.h"
+#include "PolicyMap/PolicyMapTypeStatus.h"
+#include "Sflow/InterfaceCollector.h"
+#include "TrafficPolicy/HwStatus.h"
+#include "Zel/NexthopConfig.h"
+#include "Zel/NexthopGroupConfig.h"
+#include "Zel/NexthopGroupStatus.h"
+#include "Zel/NexthopStatus.h"
+#include "Zel/ZelCommonSmData.h"
+
+namespace TrafficPolicy {
+
+/// What a traffic-policy state machine is built with and keeps for life. Two are equal when they
+/// hold the same objects, whatever is in these, and the same flags.
+struct TrafficPolicyInputs {
+  Mox::Ptr<PolicyMap::IntfConfig const> intfConfig;
+  Mox::Ptr<PolicyMap::PolicyMapTypeConfig const> policyConfig;
+  Mox::Ptr<PolicyMap::ClassMapTypeConfig const> classTypeConfig;
+  Mox::Ptr<PolicyMap::PolicyMapStatusRequestDir const> statusRequestDir;
+  Mox::Ptr<PolicyMap::PolicyMapTypeStatus> status;
+  Mox::Ptr<Acl::Config const> aclConfig;
+  Mox::Ptr<Classification::FieldSetConfig const> fieldSetConfig;
+  Mox::Ptr<Lag::Input::Config const> lagConfig;
+  Mox::Ptr<Ip::Config const> ipConfig;
+  Mox::Ptr<Ip6::Config const> ip6Config;
+  Mox::Ptr<Ip::Status const> ipStatus;
+  Mox::Ptr<Ip6::Status const> ip6Status;
+  Mox::Ptr<Mox::Dir const> routingVrfInfoDir;
+  Mox::Ptr<Mox::Dir const> routing6VrfInfoDir;
+  Mox::Ptr<PolicyMap::PolicyMapAclHelper> aclHelper;
+  /// Interfaces that belong to the management of the switch are served.
+  bool allowMgmtIntf = false;
+  /// Policies are compiled and judged, and nothing is programmed.
+  bool compileOnly = false;
+  Mox::Ptr<Zel::NexthopConfig> nexthopConfig;
+  Mox::Ptr<Zel::NexthopStatus const> nexthopStatus;
+  Mox::Ptr<Bost::TimerWheel const> timerWheel;
+  Mox::Ptr<Zel::NexthopGroupConfig> nexthopGroupConfig;
+  Mox::Ptr<Zel::NexthopGroupStatus const> nexthopGroupStatus;
+  Mox::Ptr<Mirroring::Config const> mirroringHwConfig;
+  Mox::Ptr<Sflow::InterfaceCollector> sflowIntfCollector;
+  Mox::Ptr<Classification::UdfConfig const> udfConfig;
+  Mox::Ptr<Zel::ZelCommonSmData const> zcsd;
+  Mox::Ptr<Mox::Dir const> bgpNeighborConfigDir;
+  bool expandAllRulesByVrf = false;
+  bool permitFragment = false;
+  bool expandNeighborsWhenNonPresent = false;
+  Mox::Ptr<TrafficPolicy::HwStatus const> trafficPolicyHwStatus;
+
+  bool operator==(const TrafficPolicyInputs&) const = default;
+};
+
+}  // namespace TrafficPolicy
