@@ -1,20 +1,27 @@
 #pragma once
 
-#include <span>
 #include <vector>
 
 #include "PolicyMap/PolicyMapAclHelper.h"
 
 namespace TrafficPolicy {
 
-/// Makes the hardware's list of rules for `intf` into `wanted`, by the fewest calls of `helper`:
-/// additions and moves from the first rule on, then removals from the last. So what is used before
-/// and after is never without a user on the way. Gives what became of each wanted rule; those that
-/// were refused for want of room are asked for once more after the removals.
+/// The rules that the hardware should hold for an interface, and what became of each.
+struct RuleList {
+  Velo::String intf;
+  std::vector<PolicyMap::AclRule> rules;
+  /// By rule; set by programming.
+  std::vector<PolicyMap::AclResult> results;
+};
+
+/// Makes the hardware's lists of the interfaces into `lists`, by the fewest calls of `helper`: on
+/// every interface additions and moves, from the first rule on, and only then on every interface
+/// removals, from the last rule on. So what rules use before and after is never without a user on
+/// the way. Rules that were refused are asked for once more if the removals have made room.
 ///
-/// A call that throws leaves a list that a later programming mends.
-[[nodiscard, gnu::visibility("default")]] std::vector<PolicyMap::AclResult> programRules(
-    PolicyMap::PolicyMapAclHelper& helper, const Velo::String& intf,
-    std::span<const PolicyMap::AclRule> wanted);
+/// Gives whether anything was different. A call that throws leaves lists that a later programming
+/// mends.
+[[gnu::visibility("default")]] bool programRules(PolicyMap::PolicyMapAclHelper& helper,
+                                                 std::vector<RuleList>& lists);
 
 }  // namespace TrafficPolicy

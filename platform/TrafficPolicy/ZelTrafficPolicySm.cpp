@@ -38,18 +38,16 @@ class Raised {
   bool& flag_;
 };
 
-// Hands each name to `use` and takes it out of `names`, also those that are put in meanwhile. A
-// name whose use throws stays in.
+// Takes all names out of `names` and hands them to `use`. If that throws, they are in again.
 template <class Use>
 void useUp(std::set<Velo::String>& names, Use use) {
-  while (!names.empty()) {
-    const Velo::String name = names.extract(names.begin()).value();
-    try {
-      use(name);
-    } catch (...) {
-      names.insert(name);
-      throw;
-    }
+  std::set<Velo::String> taken;
+  taken.swap(names);
+  try {
+    use(taken);
+  } catch (...) {
+    names.merge(taken);
+    throw;
   }
 }
 
@@ -77,10 +75,11 @@ std::set<std::uint32_t> sequencesOf(const std::vector<RuleKey>& rules) {
 
 // What the hardware should hold for an interface.
 struct ZelTrafficPolicySm::WantedRules {
+  Velo::String intf;
   bool isServed = false;
   Velo::String policyMap;
   std::vector<RuleKey> keys;         // of every rule of the policy map
-  std::vector<RuleStatus> statuses;  // by key, so far as they are known before programming
+  std::vector<RuleStatus> statuses;  // by key
   std::vector<AclRule> rules;        // those that can be programmed
   std::vector<std::size_t> places;   // of each of them among the keys
 };
@@ -252,9 +251,8 @@ void ZelTrafficPolicySm::synchronize() {
   {
     const Raised synchronizing(isSynchronizing_);
     while (!changedIntfs_.empty() || !changedPolicyMaps_.empty()) {
-      useUp(changedIntfs_, [this](const Velo::String& intf) { synchronizeIntf(intf); });
-      useUp(changedPolicyMaps_,
-            [this](const Velo::String& policyMap) { synchronizePolicyStatus(policyMap); });
+      useUp(changedIntfs_, [this](const auto& intfs) { synchronizeIntfs(intfs); });
+      useUp(changedPolicyMaps_, [this](const auto& names) { synchronizePolicyStatuses(names); });
     }
   }
   if (ready_ || !isProgrammed()) return;
@@ -262,23 +260,18 @@ void ZelTrafficPolicySm::synchronize() {
   publisher().publish(readyAttribute, nullptr, &ready_);
 }
 
-void ZelTrafficPolicySm::synchronizeIntf(const Velo::String& intf) {
-  WantedRules wanted = wantedRules(intf);
-  program(intf, wanted);
-  changedPolicyMaps_.insert(wanted.policyMap);
-  changedPolicyMaps_.insert(intfStatus_[intf].policyMap);
-  writeRuleStatuses(intfStatus_[intf].rules, wanted);
-  if (!wanted.isServed) {
-    intfStatus_.erase(intf);
-    return;
-  }
-  const auto programmed = std::count_if(wanted.statuses.begin(), wanted.statuses.end(),
-                                        [](const RuleStatus& status) { return status.programmed; });
-  intfStatus_[intf] = {wanted.policyMap, std::move(wanted.keys), static_cast<unsigned>(programmed)};
+void ZelTrafficPolicySm::synchronizeIntfs(const std::set<Velo::String>& intfs) {
+  std::vector<WantedRules> wanted;
+  for (const Velo::String& intf : intfs)
+    wanted.push_back(wantedRules(intf));
+  program(wanted);
+  for (const WantedRules& rules : wanted)
+    writeIntfStatus(rules);
 }
 
 ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::String& intf) const {
   WantedRules wanted;
+  wanted.intf = intf;
   const IntfPolicy* const applied = inputs_.intfConfig ? inputs_.intfConfig->intf(intf) : nullptr;
   if (applied == nullptr || !isServed(applied->kind)) return wanted;
   wanted.isServed = true;
@@ -302,16 +295,36 @@ ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::Stri
   return wanted;
 }
 
-void ZelTrafficPolicySm::program(const Velo::String& intf, WantedRules& wanted) {
-  std::vector<AclResult> results(wanted.rules.size(), {false, "rules are compiled only"});
-  if (inputs_.aclHelper && !inputs_.compileOnly) {
-    if (inputs_.aclHelper->rules(intf) != wanted.rules) ready_ = false;
-    results = programRules(*inputs_.aclHelper, intf, wanted.rules);
+void ZelTrafficPolicySm::program(std::vector<WantedRules>& wanted) {
+  std::vector<RuleList> lists;
+  for (const WantedRules& rules : wanted) {
+    lists.push_back(
+        {rules.intf, rules.rules,
+         std::vector<AclResult>(rules.rules.size(), {false, "rules are compiled only"})});
   }
-  for (std::size_t at = 0; at < results.size(); ++at)
-    wanted.statuses[wanted.places[at]] = {results[at].accepted, results[at].reason};
-  const auto failed = [](const RuleStatus& status) { return !status.programmed; };
-  if (std::any_of(wanted.statuses.begin(), wanted.statuses.end(), failed)) ready_ = false;
+  if (inputs_.aclHelper && !inputs_.compileOnly && programRules(*inputs_.aclHelper, lists)) {
+    ready_ = false;
+  }
+  for (std::size_t list = 0; list < lists.size(); ++list) {
+    const std::vector<AclResult>& results = lists[list].results;
+    for (std::size_t at = 0; at < results.size(); ++at)
+      wanted[list].statuses[wanted[list].places[at]] = {results[at].accepted, results[at].reason};
+  }
+}
+
+void ZelTrafficPolicySm::writeIntfStatus(const WantedRules& wanted) {
+  const IntfStatus before = std::exchange(intfStatus_[wanted.intf], {});
+  changedPolicyMaps_.insert(before.policyMap);
+  changedPolicyMaps_.insert(wanted.policyMap);
+  const auto programmed = std::count_if(wanted.statuses.begin(), wanted.statuses.end(),
+                                        [](const RuleStatus& status) { return status.programmed; });
+  if (wanted.isServed) {
+    intfStatus_[wanted.intf] = {wanted.policyMap, wanted.keys, static_cast<unsigned>(programmed)};
+  } else {
+    intfStatus_.erase(wanted.intf);
+  }
+  if (static_cast<std::size_t>(programmed) < wanted.keys.size()) ready_ = false;
+  writeRuleStatuses(before.rules, wanted);
 }
 
 void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
@@ -327,12 +340,18 @@ void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
     status->ruleStatusIs(wanted.keys[at], wanted.statuses[at]);
 }
 
-void ZelTrafficPolicySm::synchronizePolicyStatus(const Velo::String& policyMap) {
+void ZelTrafficPolicySm::synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps) {
   if (!inputs_.status) return;
-  if (!inputs_.policyConfig || inputs_.policyConfig->policyMap(policyMap) == nullptr) {
-    inputs_.status->policyStatusDel(policyMap);
-    return;
+  for (const Velo::String& policyMap : policyMaps) {
+    if (inputs_.policyConfig && inputs_.policyConfig->policyMap(policyMap) != nullptr) {
+      inputs_.status->policyStatusIs(policyMap, policyStatus(policyMap));
+    } else {
+      inputs_.status->policyStatusDel(policyMap);
+    }
   }
+}
+
+PolicyStatus ZelTrafficPolicySm::policyStatus(const Velo::String& policyMap) const {
   PolicyStatus status;
   for (const auto& [intf, present] : intfStatus_) {
     if (present.policyMap != policyMap) continue;
@@ -340,7 +359,7 @@ void ZelTrafficPolicySm::synchronizePolicyStatus(const Velo::String& policyMap) 
     status.rules += static_cast<unsigned>(present.rules.size());
     status.rulesProgrammed += present.programmed;
   }
-  inputs_.status->policyStatusIs(policyMap, status);
+  return status;
 }
 
 bool ZelTrafficPolicySm::isServed(IntfKind kind) const noexcept {

@@ -21,7 +21,8 @@ namespace TrafficPolicy {
 /// once by the fewest additions, moves and removals of rules, and its outcome is written into the
 /// status: one entry per configured policy map and one per rule and interface. A rule that cannot
 /// be programmed (its class map does not exist, the hardware refuses it) leaves the others in
-/// place and is tried again with the next change of its interface's policy.
+/// place and is tried again with the next change of its interface's policy. Of what changed
+/// together, everything is added before anything is removed.
 ///
 /// What is programmed is asked of the hardware, never remembered, so that a new machine takes over
 /// from an old one without touching a rule. The end of a machine leaves the rules in place.
@@ -107,11 +108,13 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   void takeOver();
 
   void synchronize();
-  void synchronizeIntf(const Velo::String& intf);
-  void synchronizePolicyStatus(const Velo::String& policyMap);
+  void synchronizeIntfs(const std::set<Velo::String>& intfs);
+  void synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps);
   [[nodiscard]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
+  [[nodiscard]] PolicyMap::PolicyStatus policyStatus(const Velo::String& policyMap) const;
   [[nodiscard]] WantedRules wantedRules(const Velo::String& intf) const;
-  void program(const Velo::String& intf, WantedRules& wanted);
+  void program(std::vector<WantedRules> & wanted);
+  void writeIntfStatus(const WantedRules& wanted);
   void writeRuleStatuses(const std::vector<PolicyMap::RuleKey>& before, const WantedRules& wanted);
   [[nodiscard]] bool isProgrammed() const noexcept;
 
