@@ -6,10 +6,13 @@
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
+#include "PolicyMap/AclRule.h"
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "agent/VrfActions.h"
+#include "chips/soft/SoftAclHelper.h"
 #include "chips/soft/SoftVrfHelper.h"
 
 namespace ZelAgent {
@@ -27,6 +30,18 @@ struct ActionState {
     return resource && resource->program != currentProgram;
   }
 };
+
+// A rule of a policy on an interface that it is applied to.
+struct RuleState {
+  ActionUser user;
+  PolicyMap::AclRule rule;
+  // Among the rules that the chip holds for the interface; none where it does not hold this one.
+  std::optional<std::size_t> place;
+  std::string reason;  // why the chip does not hold it
+  SoftChip::RuleCounter counter;
+};
+
+using RuleStates = std::vector<RuleState>;
 
 struct ChipState {
   std::uint32_t capacity = 0;

@@ -2,18 +2,39 @@
 
 #include <algorithm>
 #include <set>
-#include <string>
 #include <utility>
 #include <vector>
+
+#include "agent/policy/UserCountingAclHelper.h"
 
 namespace ZelAgent {
 namespace {
 
-using PolicyMap::PolicyMapAclHelper;
+using PolicyMap::PolicyMapRules;
+using PolicyMap::RuleStatus;
 using Routing6RouteStatus = Routing6::Hardware::RouteStatus;
 using RoutingRouteStatus = Routing::Hardware::RouteStatus;
+using SoftChip::SoftAclHelper;
 using SoftChip::SoftVrfHelper;
+using TrafficPolicy::ZelTrafficPolicySm;
 using VrfSelectionPolicy::VrfSelectionFallbackVrf;
+
+// Rules that the classification hardware has room for.
+constexpr std::uint32_t ruleCapacity = 64 * 1024;
+
+// Lets a state machine follow no change as long as this lives, and all of them together at its end.
+class Pause {
+ public:
+  explicit Pause(Mox::Ptr<ZelTrafficPolicySm> sm) : sm_(std::move(sm)) {
+    sm_->hasNotificationActiveIs(false);
+  }
+  Pause(const Pause&) = delete;
+  Pause& operator=(const Pause&) = delete;
+  ~Pause() { sm_->hasNotificationActiveIs(true); }
+
+ private:
+  Mox::Ptr<ZelTrafficPolicySm> sm_;
+};
 
 const std::set<ActionUser>& usersIn(const ActionUsers& users, const VrfAction& action) {
   static const std::set<ActionUser> nobody;
@@ -21,14 +42,11 @@ const std::set<ActionUser>& usersIn(const ActionUsers& users, const VrfAction& a
   return found == users.end() ? nobody : found->second;
 }
 
-// Calls `visit` with each action and user of `these` that `those` do not have.
-template <class Visit>
-void forEachMissing(const ActionUsers& these, const ActionUsers& those, Visit visit) {
-  for (const auto& [action, users] : these) {
-    const std::set<ActionUser>& others = usersIn(those, action);
-    for (const ActionUser& user : users) {
-      if (!others.contains(user)) visit(action);
-    }
+// Calls `remove` with each key of `before` that `after` does not have.
+template <class Map, class Remove>
+void forEachGone(const Map& before, const Map& after, Remove remove) {
+  for (const auto& [key, value] : before) {
+    if (!after.contains(key)) remove(key);
   }
 }
 
@@ -40,29 +58,39 @@ ForwardingAgent::ForwardingAgent(std::uint32_t chipCapacity)
       routeStatusV6_(Routing6RouteStatus::RouteStatusIs()),
       vrfHwConfig_(ZelVrfSelectionPolicy::vrfHwConfigFactory()),
       vrfHwStatus_(ZelVrfSelectionPolicy::vrfHwStatusFactory()),
-      chip_(Mox::makeActivePtr<SoftVrfHelper>(
-          Velo::String("softChip"),
-          SoftChip::ProgramInputs{fallbackConfig_, routeStatus_, routeStatusV6_}, chipCapacity)),
+      intfConfig_(PolicyMap::IntfConfig::IntfConfigIs("intfConfig")),
+      policyConfig_(TrafficPolicy::TrafficPolicyConfig::TrafficPolicyConfigIs("policyConfig")),
+      classMapConfig_(PolicyMap::ClassMapTypeConfig::ClassMapTypeConfigIs("classMapConfig")),
+      policyStatus_(TrafficPolicy::Status::StatusIs("policyStatus")),
+      mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
+      chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chipCapacity)),
+      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), ruleCapacity)),
+      countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(Velo::String("userCounting"), acl_,
+                                                             vrfHwConfig_)),
+      forwarder_(*acl_, *chip_, routeTables_, inputs()),
+      routes_(routeTables_, inputs()),
       policySm_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(
-          PolicyMapAclHelper::PolicyMapAclHelperIs("softChip"),
-          ZelVrfSelectionPolicy::policySmMountsFactory(), chip_, fallbackConfig_, routeStatus_,
-          routeStatusV6_)) {
+          countingAcl_, mounts_, chip_, fallbackConfig_, routeStatus_, routeStatusV6_)) {
+  mounts_->intfConfigIs(intfConfig_);
+  mounts_->policyConfigIs(policyConfig_);
+  mounts_->policyStatusIs(policyStatus_);
   policySm_->vrfSmIs(vrfHwConfig_, vrfHwStatus_, chip_, fallbackConfig_, routeStatus_,
                      routeStatusV6_);
+  bindPolicySm();
 }
 
 void ForwardingAgent::apply(const Configuration& next) {
   FallbackByInstance instances;
   for (const NetworkInstance& instance : next.networkInstances)
     instances.emplace(instance.name, instance.fallback);
-  ActionUsers users = usersOfActions(next);
   bringUpInstances(next);
   changeFallbacks(next);
-  raiseCounts(users);
-  lowerCounts(users);
+  routes_.configuredIs(next);
+  changeInterfaces(next);
+  changePolicies(next);
   takeDownInstances(instances);
-  users_ = std::move(users);
   instances_ = std::move(instances);
+  routes_.program();
 }
 
 void ForwardingAgent::removeAll() {
@@ -71,6 +99,7 @@ void ForwardingAgent::removeAll() {
   routeStatus_->vrfStatusDelAll();
   routeStatus_->vrfPrefixLensInExactMatchDelAll();
   routeStatusV6_->vrfPrefixLensInExactMatchDelAll();
+  routes_.clear();
 }
 
 std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses() const {
@@ -84,15 +113,70 @@ std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses()
 
 AgentState ForwardingAgent::state() const {
   AgentState state;
+  const ActionUsers allUsers = users();
   const auto& counts = vrfHwConfig_->vrfRefCount();
   for (auto entry = counts.iterator(); entry; ++entry) {
-    state.actions.push_back(stateOf(entry.key(), entry.value()));
+    state.actions.push_back(stateOf(entry.key(), entry.value(), allUsers));
   }
   std::sort(state.actions.begin(), state.actions.end(),
             [](const ActionState& a, const ActionState& b) { return a.action < b.action; });
   state.chip = {chip_->capacity(), static_cast<std::uint32_t>(chip_->resources().size()),
                 chip_->hookCounts()};
   return state;
+}
+
+ActionUsers ForwardingAgent::users() const {
+  ActionUsers users;
+  for (const RuleState& rule : rules()) {
+    const auto action = vrfActionOf(rule.rule.action);
+    if (rule.place && action) users[*action].insert(rule.user);
+  }
+  return users;
+}
+
+RuleStates ForwardingAgent::rules() const {
+  RuleStates states;
+  for (const auto& [intf, applied] : policies_.intfs) {
+    const PolicyOrigin& origin = policies_.origins.at(applied.policyMap);
+    const auto& counters = acl_->counters(intf);
+    std::size_t place = 0;
+    for (const PolicyMap::PolicyMapRule& rule : policies_.policyMaps.at(applied.policyMap)) {
+      const RuleStatus* const status =
+          policyStatus_->ruleStatus({intf, applied.policyMap, rule.sequence});
+      RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
+                      {policies_.classMaps.at(rule.classMap), rule.action},
+                      {},
+                      status == nullptr ? "not told yet" : status->reason.str(),
+                      {}};
+      if (status != nullptr && status->programmed) {
+        state.counter = counters[place];
+        state.place = place++;
+      }
+      states.push_back(std::move(state));
+    }
+  }
+  return states;
+}
+
+SoftChip::ProgramInputs ForwardingAgent::inputs() const {
+  return {fallbackConfig_, routeStatus_, routeStatusV6_};
+}
+
+// What the switch has besides policies and VRFs is not played here: the machine needs none of it.
+void ForwardingAgent::bindPolicySm() {
+  constexpr bool allowL2Intf = false;
+  constexpr bool allowMgmtIntf = false;
+  constexpr bool expandAllRulesByVrf = false;
+  constexpr bool permitFragment = true;
+  constexpr bool expandNeighborsWhenNonPresent = false;
+  policySm_->policySmIs(mounts_->intfConfig(), policyConfig_, classMapConfig_,
+                        mounts_->statusRequestDir(), policyStatus_, mounts_->aclConfig(),
+                        mounts_->fieldSetConfig(), mounts_->lagInputConfig(), nullptr, nullptr,
+                        mounts_->ipStatus(), mounts_->ip6Status(), mounts_->routingVrfInfoDir(),
+                        mounts_->routing6VrfInfoDir(), countingAcl_, allowL2Intf, allowMgmtIntf,
+                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                        nullptr, mounts_->bgpNeighborConfigDir(), expandAllRulesByVrf,
+                        permitFragment, expandNeighborsWhenNonPresent, nullptr);
 }
 
 void ForwardingAgent::bringUpInstances(const Configuration& next) {
@@ -114,21 +198,41 @@ void ForwardingAgent::changeFallbacks(const Configuration& next) {
   }
 }
 
-void ForwardingAgent::raiseCounts(const ActionUsers& next) {
-  forEachMissing(next, users_,
-                 [this](const VrfAction& action) { vrfHwConfig_->vrfRefCountInc(action, 1); });
+void ForwardingAgent::changeInterfaces(const Configuration& next) {
+  VrfByInterface vrfs;
+  for (const NetworkInstance& instance : next.networkInstances) {
+    for (const std::string& interface : instance.interfaces)
+      vrfs.emplace(interface, instance.name);
+  }
+  forEachGone(interfaceVrfs_, vrfs,
+              [this](const std::string& interface) { forwarder_.intfVrfDel(interface); });
+  for (const auto& [interface, vrf] : vrfs)
+    forwarder_.intfVrfIs(interface, vrf);
+  interfaceVrfs_ = std::move(vrfs);
 }
 
-void ForwardingAgent::lowerCounts(const ActionUsers& next) {
-  forEachMissing(users_, next,
-                 [this](const VrfAction& action) { vrfHwConfig_->vrfRefCountDec(action, 1); });
+// The rules change when all is told, so that no packet meets half of a change.
+void ForwardingAgent::changePolicies(const Configuration& next) {
+  PolicyObjects policies = policyObjectsOf(next);
+  const Pause pause(policySm_->policySm());
+  for (const auto& [name, match] : policies.classMaps)
+    classMapConfig_->classMapIs(name, match);
+  for (const auto& [name, rules] : policies.policyMaps)
+    policyConfig_->policyMapIs(name, rules);
+  for (const auto& [intf, policy] : policies.intfs)
+    intfConfig_->intfIs(intf, policy);
+  forEachGone(policies_.intfs, policies.intfs,
+              [this](const Velo::String& intf) { intfConfig_->intfDel(intf); });
+  forEachGone(policies_.policyMaps, policies.policyMaps,
+              [this](const Velo::String& name) { policyConfig_->policyMapDel(name); });
+  forEachGone(policies_.classMaps, policies.classMaps,
+              [this](const Velo::String& name) { classMapConfig_->classMapDel(name); });
+  policies_ = std::move(policies);
 }
 
 void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {
   std::vector<std::string> gone;
-  for (const auto& [name, fallback] : instances_) {
-    if (!next.contains(name)) gone.push_back(name);
-  }
+  forEachGone(instances_, next, [&gone](const std::string& name) { gone.push_back(name); });
   for (const std::string& name : gone)
     fallbackConfig_->fallbackVrfDel(name);
   for (const std::string& name : gone) {
@@ -137,11 +241,12 @@ void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {
   }
 }
 
-ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t users) const {
+ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t count,
+                                     const ActionUsers& users) const {
   ActionState state;
   state.action = action;
-  state.users = users;
-  state.usedBy = usersIn(users_, action);
+  state.users = count;
+  state.usedBy = usersIn(users, action);
   state.status = vrfHwStatus_->hwStatus(action);
   state.currentProgram = chip_->currentProgram(action);
   const SoftChip::VrfResource* const resource = chip_->resource(action);

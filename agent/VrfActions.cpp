@@ -36,6 +36,14 @@ void addUsersOf(const NetworkInstance& instance, const PolicyBinding& binding, A
 
 }  // namespace
 
+std::optional<VrfAction> vrfActionOf(const PolicyMap::RuleAction& action) {
+  if (action.type != ActionType::vrf && action.type != ActionType::decapVrf) return std::nullopt;
+  VrfAction vrfAction(action.vrfName, action.type);
+  vrfAction.fallbackVrfNameIs(action.fallbackVrfName);
+  vrfAction.postDecapVrfNameIs(action.postDecapVrfName);
+  return vrfAction;
+}
+
 ActionUsers usersOfActions(const Configuration& configuration) {
   ActionUsers users;
   for (const NetworkInstance& instance : configuration.networkInstances) {

@@ -8,9 +8,11 @@
 #include <compare>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
+#include "PolicyMap/RuleAction.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
 #include "agent/config/Configuration.h"
 
@@ -28,6 +30,9 @@ struct ActionUser {
 };
 
 using ActionUsers = std::map<VrfAction, std::set<ActionUser>>;
+
+// The VRF action that a rule of this action uses; nothing for an action that needs none.
+[[nodiscard]] std::optional<VrfAction> vrfActionOf(const PolicyMap::RuleAction& action);
 
 [[nodiscard]] ActionUsers usersOfActions(const Configuration& configuration);
 

@@ -39,6 +39,8 @@ constexpr const char* eventsHelp =
                           configuration before: what the two do not tell apart stays as events
                           made it
   chip capacity N         chip fail VRF|any COUNT (the next COUNT creations and updates fail)
+  route VRF PREFIX decap  route VRF PREFIX via INTERFACE   in front of the configured routes
+  route VRF PREFIX remove takes such a route back
   show                    the table, and every resource of the chip in full)";
 
 struct CommandLine {

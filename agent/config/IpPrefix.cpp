@@ -45,6 +45,10 @@ std::optional<IpPrefix> parseIpPrefix(const std::string& text) {
   return IpPrefix{Ip::firstBits(*address, *length), *length};
 }
 
+std::string toText(IpFamily family) {
+  return family == IpFamily::v4 ? "ipv4" : "ipv6";
+}
+
 std::string toText(const IpAddress& address) {
   char text[INET6_ADDRSTRLEN] = "";
   inet_ntop(socketFamily(address.family), address.bytes.data(), text, sizeof text);

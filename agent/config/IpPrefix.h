@@ -22,6 +22,8 @@ using Ip::addressBits;
 // "192.0.2.0/24" or "2001:db8::/32"; nothing for any other text.
 [[nodiscard]] std::optional<IpPrefix> parseIpPrefix(const std::string& text);
 
+// "ipv4" or "ipv6"
+[[nodiscard]] std::string toText(IpFamily family);
 [[nodiscard]] std::string toText(const IpAddress& address);
 [[nodiscard]] std::string toText(const IpPrefix& prefix);
 

@@ -105,13 +105,40 @@ struct PlanChipFaults {
   bool operator==(const PlanChipFaults&) const = default;
 };
 
+// route VRF PREFIX decap: packets to the prefix are decapsulated. It stands in front of a
+// configured route to it.
+struct SetDecapRoute {
+  std::string vrf;
+  IpPrefix prefix;
+
+  bool operator==(const SetDecapRoute&) const = default;
+};
+
+// route VRF PREFIX via INTERFACE: they leave by the interface. Likewise.
+struct SetEgressRoute {
+  std::string vrf;
+  IpPrefix prefix;
+  std::string interface;
+
+  bool operator==(const SetEgressRoute&) const = default;
+};
+
+// route VRF PREFIX remove: the route that an event has set is taken back.
+struct RemoveRoute {
+  std::string vrf;
+  IpPrefix prefix;
+
+  bool operator==(const RemoveRoute&) const = default;
+};
+
 // show
 struct Show {
   bool operator==(const Show&) const = default;
 };
 
-using Event = std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
-                           SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig,
-                           SetChipCapacity, PlanChipFaults, Show>;
+using Event =
+    std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
+                 SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig, SetChipCapacity,
+                 PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Show>;
 
 }  // namespace ZelAgent

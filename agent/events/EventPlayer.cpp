@@ -140,6 +140,22 @@ class Change final {
     }
   }
 
+  void operator()(const SetDecapRoute& event) const {
+    agent_.routes().routeIs(event.vrf, event.prefix, {SoftChip::Route::Kind::decap, {}});
+  }
+
+  void operator()(const SetEgressRoute& event) const {
+    agent_.routes().routeIs(event.vrf, event.prefix,
+                            {SoftChip::Route::Kind::egress, event.interface});
+  }
+
+  void operator()(const RemoveRoute& event) const {
+    if (!agent_.routes().routeDel(event.vrf, event.prefix)) {
+      throw EventError("route VRF PREFIX remove: VRF must have a route of an event to " +
+                       toText(event.prefix) + ", found " + Mox::quoted(event.vrf));
+    }
+  }
+
   void operator()(const Show& /*event*/) const {}
 
  private:
@@ -169,6 +185,7 @@ EventEffects EventPlayer::play(const Event& event) {
   const CallRecorder recorder(agent_.chip(), effects.calls);
   const Statuses before = agent_.statuses();
   std::visit(Change(agent_, folder_, effects.warnings), event);
+  agent_.routes().program();
   effects.statusChanges = changesBetween(before, agent_.statuses());
   return effects;
 }

@@ -108,6 +108,23 @@ Event readChip(EventLine& line) {
   return faults;
 }
 
+Event readRoute(EventLine& line) {
+  line.formIs("route VRF PREFIX decap|via|remove");
+  std::string vrf = line.needVrf("VRF");
+  const std::optional<Word> text = line.next();
+  const auto prefix = parseIpPrefix(text ? text->text : "");
+  if (!prefix) line.fail("PREFIX must be an IPv4 or IPv6 prefix such as 192.0.2.0/24", text);
+  const std::string verb = line.needOneOf("PREFIX must be followed by", {"decap", "via", "remove"});
+  if (verb == "decap") return SetDecapRoute{std::move(vrf), *prefix};
+  if (verb == "remove") return RemoveRoute{std::move(vrf), *prefix};
+  line.formIs("route VRF PREFIX via INTERFACE");
+  std::optional<Word> interface = line.next();
+  if (!interface || interface->text.empty()) {
+    line.fail("INTERFACE must be the name of an interface", interface);
+  }
+  return SetEgressRoute{std::move(vrf), *prefix, std::move(interface->text)};
+}
+
 Event readShow(EventLine& line) {
   line.formIs("show");
   return Show{};
@@ -125,6 +142,7 @@ constexpr Kind kinds[] = {{"vrf", readVrf},
                           {"prefix-lens", readPrefixLens},
                           {"config", readConfig},
                           {"chip", readChip},
+                          {"route", readRoute},
                           {"show", readShow}};
 
 }  // namespace
@@ -139,7 +157,7 @@ std::optional<Event> readEvent(std::string_view text) {
   if (kind == std::end(kinds)) {
     line.fail(
         "an event must begin with vrf, fallback, decap-nh, decap-nh-fallback, prefix-lens, config, "
-        "chip or show",
+        "chip, route or show",
         name);
   }
   Event event = kind->read(line);

@@ -16,6 +16,11 @@ std::string vrfOrAny(const std::optional<std::string>& vrf) {
   return *vrf == anyVrfWord ? Mox::quoted(*vrf) : toVrfWord(*vrf);
 }
 
+template <class RouteEvent>
+std::string routeTo(const RouteEvent& event) {
+  return "route " + toVrfWord(event.vrf) + ' ' + toText(event.prefix);
+}
+
 struct Writer {
   std::string operator()(const SetVrfId& event) const {
     return "vrf " + toVrfWord(event.vrf) + " id " + std::to_string(event.id);
@@ -55,6 +60,11 @@ struct Writer {
   std::string operator()(const PlanChipFaults& event) const {
     return "chip fail " + vrfOrAny(event.vrf) + ' ' + std::to_string(event.count);
   }
+  std::string operator()(const SetDecapRoute& event) const { return routeTo(event) + " decap"; }
+  std::string operator()(const SetEgressRoute& event) const {
+    return routeTo(event) + " via " + toWord(event.interface);
+  }
+  std::string operator()(const RemoveRoute& event) const { return routeTo(event) + " remove"; }
   std::string operator()(const Show& /*event*/) const { return "show"; }
 };
 
@@ -66,10 +76,6 @@ std::string toText(const Event& event) {
 
 std::string toVrfWord(const std::string& vrf) {
   return vrf == defaultVrfName ? defaultInstanceName : toWord(vrf);
-}
-
-std::string toText(IpFamily family) {
-  return family == IpFamily::v4 ? "ipv4" : "ipv6";
 }
 
 }  // namespace ZelAgent

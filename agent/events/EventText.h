@@ -13,9 +13,6 @@ namespace ZelAgent {
 // The VRF as event files and configurations name it: DEFAULT for the default one.
 [[nodiscard]] std::string toVrfWord(const std::string& vrf);
 
-// "ipv4" or "ipv6"
-[[nodiscard]] std::string toText(IpFamily family);
-
 // The word for the next operations of any VRF; a VRF of this name is quoted.
 inline constexpr const char* anyVrfWord = "any";
 

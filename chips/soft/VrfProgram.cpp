@@ -32,11 +32,6 @@ std::vector<unsigned char> exactMatchLensOf(const L3::VrfName& name,
   return lengths;
 }
 
-VrfFacts factsOf(const L3::VrfName& name, const ProgramInputs& inputs) {
-  return {name, vrfIdOf(name, inputs), exactMatchLensOf(name, inputs.routeStatus),
-          exactMatchLensOf(name, inputs.routeStatusV6)};
-}
-
 bool isOn(const VrfWalk& walk, const L3::VrfName& name) {
   return std::any_of(walk.begin(), walk.end(),
                      [&name](const VrfFacts& facts) { return facts.name == name; });
@@ -79,6 +74,11 @@ const char* onOrOff(bool on) {
 }
 
 }  // namespace
+
+VrfFacts factsOf(const L3::VrfName& name, const ProgramInputs& inputs) {
+  return {name, vrfIdOf(name, inputs), exactMatchLensOf(name, inputs.routeStatus),
+          exactMatchLensOf(name, inputs.routeStatusV6)};
+}
 
 std::ostream& operator<<(std::ostream& stream, const VrfProgram& program) {
   writeWalk(stream, "look up", program.lookUp);

@@ -26,8 +26,9 @@ unsigned AclRule::hash(unsigned seed) const noexcept {
   Mox::Hash hash(seed, static_cast<std::uint32_t>(action.type));
   hash.hashMix(match.family ? static_cast<std::uint32_t>(*match.family) : 0xffffffff);
   hash.hashMix(match.protocol ? *match.protocol : 0xffffffff);
-  hash.hashMix(static_cast<std::uint32_t>(match.dscps));
-  hash.hashMix(static_cast<std::uint32_t>(match.dscps >> 32));
+  const std::uint64_t dscps = match.dscps.value_or(~std::uint64_t{0});
+  hash.hashMix(static_cast<std::uint32_t>(dscps));
+  hash.hashMix(static_cast<std::uint32_t>(dscps >> 32));
   mix(hash, match.source);
   mix(hash, match.destination);
   hash.hashMix(action.vrfName.hash());

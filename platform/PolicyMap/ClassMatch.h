@@ -14,8 +14,8 @@ namespace PolicyMap {
 struct ClassMatch {
   std::optional<Ip::Family> family;
   std::optional<std::uint8_t> protocol;
-  /// Bit n stands for DSCP n: one of them matches. No bit is a wildcard.
-  std::uint64_t dscps = 0;
+  /// Bit n is set where DSCP n matches; without a bit no packet does.
+  std::optional<std::uint64_t> dscps;
   std::optional<Ip::Prefix> source;
   std::optional<Ip::Prefix> destination;
 
