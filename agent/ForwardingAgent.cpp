@@ -63,6 +63,7 @@ void ForwardingAgent::apply(const Configuration& next) {
   takeDownInstances(instances);
   users_ = std::move(users);
   instances_ = std::move(instances);
+  configuration_ = next;
 }
 
 void ForwardingAgent::removeAll() {

@@ -31,6 +31,8 @@ class ForwardingAgent final {
   // VRF and prefix length.
   void removeAll();
 
+  // The configuration in force.
+  [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
   [[nodiscard]] AgentState state() const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
 
@@ -67,6 +69,7 @@ class ForwardingAgent final {
   VrfIds vrfIds_;
   ActionUsers users_;
   FallbackByInstance instances_;
+  Configuration configuration_;
 };
 
 }  // namespace ZelAgent
