@@ -90,6 +90,7 @@ void ForwardingAgent::apply(const Configuration& next) {
   changePolicies(next);
   takeDownInstances(instances);
   instances_ = std::move(instances);
+  configuration_ = next;
   routes_.program();
 }
 

@@ -40,6 +40,8 @@ class ForwardingAgent final {
   // fallback VRF and prefix length.
   void removeAll();
 
+  // The configuration in force.
+  [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
   [[nodiscard]] AgentState state() const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
   // Who uses each action: the rules that the chip holds.
@@ -104,6 +106,7 @@ class ForwardingAgent final {
   PolicyObjects policies_;
   FallbackByInstance instances_;
   VrfByInterface interfaceVrfs_;
+  Configuration configuration_;
 };
 
 }  // namespace ZelAgent

@@ -2,13 +2,16 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <iostream>
 #include <limits>
 #include <ostream>
 #include <string>
 
 #include "Mox/TraceHandle.h"
+#include "agent/commands/CtlCommand.h"
 #include "agent/commands/FallbackGraphCommand.h"
 #include "agent/commands/RunCommand.h"
+#include "agent/commands/ServeCommand.h"
 #include "agent/config/PrintableText.h"
 
 namespace ZelAgent {
@@ -43,9 +46,19 @@ constexpr const char* eventsHelp =
   route VRF PREFIX remove takes such a route back
   show                    the table, and every resource of the chip in full)";
 
+void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
+              const std::string& description) {
+  command.add_option(name, count, description)
+      ->capture_default_str()
+      ->check(CLI::Validator(problemWithCount, "N"));
+}
+
 struct CommandLine {
   RunOptions run;
   FallbackGraphOptions fallbackGraph;
+  DaemonOptions serve;
+  std::uint32_t clientTimeout = 30;  // seconds
+  CtlOptions ctl;
   bool trace = false;
 };
 
@@ -59,10 +72,8 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
   run->add_flag("--strict", commandLine.run.strict,
                 "Exit with status 1 when an action was not programmed on the chip");
   run->add_flag("--trace", commandLine.trace, "Write the library's trace to standard error");
-  run->add_option("--chip-capacity", commandLine.run.chipCapacity,
-                  "VRF resources that the chip has")
-      ->capture_default_str()
-      ->check(CLI::Validator(problemWithCount, "N"));
+  addCount(*run, "--chip-capacity", commandLine.run.chipCapacity,
+           "VRF resources that the chip has");
   run->footer(eventsHelp);
 }
 
@@ -72,6 +83,30 @@ void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
   graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
       ->required();
   graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Show it in Graphviz's language");
+}
+
+void describeServe(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const serve = app.add_subcommand(
+      "serve", "Apply a configuration and serve on a socket until SIGTERM; SIGHUP reads it again");
+  serve->add_option("CONFIG", commandLine.serve.configuration, "An OpenConfig JSON file")
+      ->required();
+  serve->add_option("--socket", commandLine.serve.socket, "The Unix socket to make")
+      ->type_name("PATH")
+      ->required();
+  addCount(*serve, "--chip-capacity", commandLine.serve.chipCapacity,
+           "VRF resources that the chip has");
+  addCount(*serve, "--client-timeout", commandLine.clientTimeout,
+           "Seconds after which a client that takes nothing of its answer is dropped");
+}
+
+void describeCtl(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const ctl = app.add_subcommand(
+      "ctl", "Ask a daemon; without a command, in a console or line by line from standard input");
+  ctl->add_option("--socket", commandLine.ctl.socket, "The socket that the daemon serves on")
+      ->type_name("PATH")
+      ->required();
+  ctl->add_flag("--json", commandLine.ctl.json, "Show output as JSON");
+  ctl->add_option("COMMAND", commandLine.ctl.command, "Words of one command; help lists them");
 }
 
 std::string commandsOf(const CLI::App& app) {
@@ -112,6 +147,8 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   app.require_subcommand(1);
   describeRun(app, commandLine);
   describeFallbackGraph(app, commandLine);
+  describeServe(app, commandLine);
+  describeCtl(app, commandLine);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
@@ -121,6 +158,11 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   if (app.got_subcommand("fallback-graph")) {
     return showFallbackGraph(commandLine.fallbackGraph, out, err);
   }
+  if (app.got_subcommand("serve")) {
+    commandLine.serve.limits.patience = std::chrono::seconds(commandLine.clientTimeout);
+    return serve(commandLine.serve, out, err);
+  }
+  if (app.got_subcommand("ctl")) return control(commandLine.ctl, std::cin, out, err);
   return runConfigurations(commandLine.run, out, err);
 }
 

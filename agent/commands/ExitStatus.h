@@ -6,7 +6,8 @@ namespace ZelAgent {
 
 enum class ExitStatus : int {
   success = 0,
-  // With --strict: an action was not programmed on the chip. Or the output could not be written.
+  // With --strict: an action was not programmed on the chip. Or the output could not be written, a
+  // socket not be had, or no daemon be reached.
   failure = 1,
   // A configuration or the command line is wrong; of what is wrong nothing was applied.
   badInput = 2,

@@ -1,8 +1,6 @@
 #include "agent/graph/FallbackGraph.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
 
 namespace ZelAgent {
 namespace {
@@ -45,17 +43,17 @@ std::vector<FallbackCycle> cyclesOf(const VrfsByName& vrfs) {
 
 }  // namespace
 
-FallbackGraph fallbackGraphOf(const Configuration& configuration) {
+FallbackGraph fallbackGraphOf(const FallbackFacts& facts) {
   VrfsByName vrfs;
-  for (const NetworkInstance& instance : configuration.networkInstances) {
-    vrfOf(vrfs, instance.name).isConfigured = true;
-    if (instance.fallback.empty()) continue;
-    vrfs[instance.name].fallback = instance.fallback;
-    vrfOf(vrfs, instance.fallback);
+  for (const L3::VrfName& name : facts.configured)
+    vrfOf(vrfs, name).isConfigured = true;
+  for (const auto& [name, fallback] : facts.fallbacks) {
+    vrfOf(vrfs, name).fallback = fallback;
+    vrfOf(vrfs, fallback);
   }
   FallbackGraph graph;
-  for (const auto& [action, users] : usersOfActions(configuration)) {
-    graph.actions.push_back(action);
+  graph.actions = facts.actions;
+  for (const VrfAction& action : graph.actions) {
     for (const NamedVrf& named : vrfsNamedBy(action))
       vrfOf(vrfs, named.vrf);
   }
@@ -67,6 +65,17 @@ FallbackGraph fallbackGraphOf(const Configuration& configuration) {
   for (const auto& [name, vrf] : vrfs)
     graph.vrfs.push_back(vrf);
   return graph;
+}
+
+FallbackGraph fallbackGraphOf(const Configuration& configuration) {
+  FallbackFacts facts;
+  for (const NetworkInstance& instance : configuration.networkInstances) {
+    facts.configured.insert(instance.name);
+    if (!instance.fallback.empty()) facts.fallbacks.emplace(instance.name, instance.fallback);
+  }
+  for (const auto& [action, users] : usersOfActions(configuration))
+    facts.actions.push_back(action);
+  return fallbackGraphOf(facts);
 }
 
 std::vector<NamedVrf> vrfsNamedBy(const VrfAction& action) {

@@ -5,6 +5,8 @@
 // so it is on at most one cycle.
 #pragma once
 
+#include <map>
+#include <set>
 #include <vector>
 
 #include "L3/VrfName.h"
@@ -26,6 +28,13 @@ struct GraphVrf {
 // name.
 using FallbackCycle = std::vector<L3::VrfName>;
 
+// What a graph is made from.
+struct FallbackFacts {
+  std::set<L3::VrfName> configured;
+  std::map<L3::VrfName, L3::VrfName> fallbacks;
+  std::vector<VrfAction> actions;  // those that have users, in their order
+};
+
 struct FallbackGraph {
   std::vector<GraphVrf> vrfs;
   std::vector<VrfAction> actions;  // those that have users
@@ -38,6 +47,7 @@ struct NamedVrf {
   L3::VrfName vrf;
 };
 
+[[nodiscard]] FallbackGraph fallbackGraphOf(const FallbackFacts& facts);
 [[nodiscard]] FallbackGraph fallbackGraphOf(const Configuration& configuration);
 
 // In the order of the fields; fields that are empty are left out.

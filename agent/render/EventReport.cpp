@@ -7,7 +7,6 @@
 #include "agent/events/EventText.h"
 #include "agent/render/ActionText.h"
 #include "agent/render/ResourceReport.h"
-#include "agent/render/StateJson.h"
 #include "agent/render/TextReport.h"
 
 namespace ZelAgent {
@@ -53,6 +52,18 @@ void writeStatusChanges(std::ostream& out, const std::vector<StatusChange>& chan
   }
 }
 
+std::string titleOf(const PlayedEvent& played) {
+  const std::string event = toText(played.event);
+  return played.place ? played.place->text() + ": " + event : event;
+}
+
+OrderedJson eventJson(const PlayedEvent& played) {
+  OrderedJson json = OrderedJson::object();
+  if (played.place) json = {{"file", played.place->file}, {"line", played.place->line}};
+  json["text"] = toText(played.event);
+  return json;
+}
+
 OrderedJson callsJson(const std::vector<HookCall>& calls) {
   OrderedJson json = OrderedJson::array();
   for (const HookCall& call : calls) {
@@ -83,7 +94,7 @@ OrderedJson statusChangesJson(const std::vector<StatusChange>& changes) {
 }  // namespace
 
 void writeTextReport(std::ostream& out, const PlayedEvent& played, const AgentState& state) {
-  const std::string title = played.place.text() + ": " + toText(played.event);
+  const std::string title = titleOf(played);
   if (std::holds_alternative<Show>(played.event)) {
     writeTextReport(out, title, state);
     writeResourceReport(out, state);
@@ -94,14 +105,17 @@ void writeTextReport(std::ostream& out, const PlayedEvent& played, const AgentSt
   writeStatusChanges(out, played.effects.statusChanges);
 }
 
-void writeJsonReport(std::ostream& out, const PlayedEvent& played, const AgentState& state) {
+OrderedJson reportJson(const PlayedEvent& played, const AgentState& state) {
   OrderedJson report;
-  report["event"] = {
-      {"file", played.place.file}, {"line", played.place.line}, {"text", toText(played.event)}};
+  report["event"] = eventJson(played);
   report["calls"] = callsJson(played.effects.calls);
   report["statuses"] = statusChangesJson(played.effects.statusChanges);
   putState(report, state);
-  out << oneLine(report) << '\n';
+  return report;
+}
+
+void writeJsonReport(std::ostream& out, const PlayedEvent& played, const AgentState& state) {
+  out << oneLine(reportJson(played, state)) << '\n';
 }
 
 }  // namespace ZelAgent

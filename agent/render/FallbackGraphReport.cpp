@@ -95,6 +95,26 @@ void writeDotReport(std::ostream& out, const FallbackGraph& graph) {
   DotWriter(out, graph).write();
 }
 
+OrderedJson toJson(const FallbackGraph& graph) {
+  OrderedJson json{{"vrfs", OrderedJson::array()},
+                   {"actions", OrderedJson::array()},
+                   {"cycles", OrderedJson::array()}};
+  for (const GraphVrf& vrf : graph.vrfs) {
+    json["vrfs"].push_back({{"vrfName", vrf.name.str()},
+                            {"configured", vrf.isConfigured},
+                            {"fallbackVrfName", vrf.fallback.str()}});
+  }
+  for (const VrfAction& action : graph.actions)
+    json["actions"].push_back(nameJson(action));
+  for (const FallbackCycle& cycle : graph.cycles) {
+    OrderedJson names = OrderedJson::array();
+    for (const L3::VrfName& name : cycle)
+      names.push_back(name.str());
+    json["cycles"].push_back(std::move(names));
+  }
+  return json;
+}
+
 std::string toText(const FallbackCycle& cycle) {
   std::string text;
   for (const L3::VrfName& name : cycle)

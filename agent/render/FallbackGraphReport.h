@@ -7,6 +7,7 @@
 #include <string>
 
 #include "agent/graph/FallbackGraph.h"
+#include "agent/render/StateJson.h"
 
 namespace ZelAgent {
 
@@ -16,6 +17,10 @@ void writeTextReport(std::ostream& out, const FallbackGraph& graph);
 // Graphviz's language. VRFs are ellipses, dashed where not configured; actions are boxes; cycles
 // are red, and each is told in a comment line.
 void writeDotReport(std::ostream& out, const FallbackGraph& graph);
+
+// {vrfs: array of {vrfName, configured, fallbackVrfName}, actions: array of {vrfName,
+// fallbackVrfName, postDecapVrfName, action}, cycles: array of arrays of names}
+[[nodiscard]] OrderedJson toJson(const FallbackGraph& graph);
 
 // "blue -> red -> blue"
 [[nodiscard]] std::string toText(const FallbackCycle& cycle);

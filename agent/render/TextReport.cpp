@@ -1,17 +1,15 @@
 #include "agent/render/TextReport.h"
 
 #include <algorithm>
-#include <array>
 #include <ostream>
 #include <string_view>
 #include <vector>
 
 #include "agent/config/PrintableText.h"
+#include "agent/render/TextTable.h"
 
 namespace ZelAgent {
 namespace {
-
-using Row = std::array<std::string, 9>;
 
 std::string orDash(std::string_view text) {
   return text.empty() ? "-" : printable(text, 1000);
@@ -23,7 +21,7 @@ std::string resourceText(const ActionState& state) {
   return state.resourceIsStale() ? index + " stale" : index;
 }
 
-Row rowOf(const ActionState& state) {
+std::vector<std::string> rowOf(const ActionState& state) {
   return {orDash(state.action.vrfName().bytes()),
           orDash(state.action.fallbackVrfName().bytes()),
           orDash(state.action.postDecapVrfName().bytes()),
@@ -33,28 +31,6 @@ Row rowOf(const ActionState& state) {
           stringValue(state.status.status()).str(),
           stringValue(state.status.failureReason()).str(),
           orDash(state.status.failureDescription().bytes())};
-}
-
-// Characters, taking each as one column wide.
-std::size_t widthOf(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80;
-  }));
-}
-
-void writeTable(std::ostream& out, const std::vector<Row>& rows) {
-  std::array<std::size_t, std::tuple_size_v<Row>> widths{};
-  for (const Row& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i)
-      widths[i] = std::max(widths[i], widthOf(row[i]));
-  }
-  for (const Row& row : rows) {
-    out << ' ';
-    for (std::size_t i = 0; i + 1 < row.size(); ++i) {
-      out << ' ' << row[i] << std::string(widths[i] - widthOf(row[i]) + 1, ' ');
-    }
-    out << ' ' << row.back() << '\n';
-  }
 }
 
 void writeChip(std::ostream& out, const ChipState& chip) {
@@ -70,8 +46,8 @@ void writeTextReport(std::ostream& out, const std::string& title, const AgentSta
   if (state.actions.empty()) {
     out << "  no VRF actions\n";
   } else {
-    std::vector<Row> rows{{"VRF", "FALLBACK", "POST-DECAP", "ACTION", "USERS", "RESOURCE", "STATUS",
-                           "REASON", "DESCRIPTION"}};
+    TextTable rows{{"VRF", "FALLBACK", "POST-DECAP", "ACTION", "USERS", "RESOURCE", "STATUS",
+                    "REASON", "DESCRIPTION"}};
     std::transform(state.actions.begin(), state.actions.end(), std::back_inserter(rows), rowOf);
     writeTable(out, rows);
   }

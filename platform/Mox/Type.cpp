@@ -30,6 +30,13 @@ const Type* moxType(std::string_view typeName) noexcept {
   return nullptr;
 }
 
+std::span<const Type* const> moxModuleTypes(std::string_view moduleName) noexcept {
+  for (const Module& module : modules()) {
+    if (module.name == moduleName) return module.types;
+  }
+  return {};
+}
+
 std::vector<std::string_view> moxModules() {
   std::vector<std::string_view> names;
   for (const Module& module : modules())

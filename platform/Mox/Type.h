@@ -28,6 +28,11 @@ struct Module {
 /// The registered type of that name, null when there is none.
 [[nodiscard, gnu::visibility("default")]] const Type* moxType(std::string_view typeName) noexcept;
 
+/// The types of the registered module of that name, in the order of its table; none when there is
+/// no such module. Precondition of using them: the module is still registered.
+[[nodiscard, gnu::visibility("default")]] std::span<const Type* const> moxModuleTypes(
+    std::string_view moduleName) noexcept;
+
 /// Names of the registered modules, in the order of their registration.
 [[nodiscard, gnu::visibility("default")]] std::vector<std::string_view> moxModules();
 

@@ -1,0 +1,22 @@
+// Why: a client must see where an answer ends and whether its command was done, in either framing.
+// Always: one answer per request. As JSON it is one line, {"status": N, "output": ...}. As text it
+// is the lines of the output, each that begins with "." with another "." before it, and then a line
+// that is "." and nothing else; an error is one line that begins with "error: ".
+#pragma once
+
+#include <string>
+
+#include "agent/commands/ExitStatus.h"
+#include "agent/control/Request.h"
+#include "agent/render/StateJson.h"
+
+namespace ZelAgent {
+
+struct Answer {
+  ExitStatus status = ExitStatus::success;
+  OrderedJson output = "";  // a text, except where JSON was asked for; an error is always a text
+};
+
+[[nodiscard]] std::string toBytes(const Answer& answer, Framing framing);
+
+}  // namespace ZelAgent

@@ -1,0 +1,51 @@
+#include "agent/control/CommandTable.h"
+
+#include "agent/control/commands/ConfigurationCommands.h"
+#include "agent/control/commands/EventCommand.h"
+#include "agent/control/commands/HelpCommands.h"
+#include "agent/control/commands/ShowActions.h"
+#include "agent/control/commands/ShowFallback.h"
+#include "agent/control/commands/ShowTrace.h"
+#include "agent/control/commands/ShowTypes.h"
+#include "agent/control/commands/ShowVrfs.h"
+
+namespace ZelAgent {
+namespace {
+
+constexpr CommandRow rows[] = {
+    {"show actions", "The actions with their users, resources and statuses, and the chip",
+     showActions},
+    {"show vrfs", "Each VRF: hardware id, fallback, lengths in exact match, whether configured",
+     showVrfs},
+    {"show fallback", "Which VRF falls back to which now, and which actions name them",
+     showFallback},
+    {"show trace [N]", "The last N messages of the trace, 20 if not given", showTrace},
+    {"show types", "The registered types, by module", showTypes},
+    {"show config", "What is in force, and whether the last reload was taken", showConfig},
+    {"reload", "Read the configuration file again and apply it, as SIGHUP does", reload},
+    {"config FILE", "Apply a file, from the daemon's folder, in place of what is in force",
+     playEvent},
+    {"vrf NAME id N", "The hardware gives the VRF this id; 0 takes it away", playEvent},
+    {"vrf NAME add [id N]", "The hardware reports the VRF by a new status", playEvent},
+    {"vrf NAME remove", "The hardware no longer knows the VRF", playEvent},
+    {"fallback NAME to NAME", "What misses in the first VRF goes on in the second", playEvent},
+    {"fallback NAME remove", "The VRF has no fallback any more", playEvent},
+    {"decap-nh on|off", "Next hops may decapsulate, or may not", playEvent},
+    {"decap-nh-fallback on|off", "Decapsulating next hops may fall back, or may not", playEvent},
+    {"prefix-lens ipv4|ipv6 NAME LENGTH...", "These lengths, and no others, are in exact match",
+     playEvent},
+    {"prefix-lens ipv4|ipv6 NAME remove", "The VRF has no lengths in exact match", playEvent},
+    {"chip capacity N", "The chip has N VRF resources", playEvent},
+    {"chip fail VRF|any COUNT", "The next COUNT creations and updates fail", playEvent},
+    {"show", "The actions, and every resource of the chip in full", playEvent},
+    {"help [WORD...]", "What can be asked, or of that what begins with the words", help},
+    {"complete LINE", "What the last word of the line, quoted as one word, may become", complete},
+};
+
+}  // namespace
+
+std::span<const CommandRow> commandTable() noexcept {
+  return rows;
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,21 @@
+// Why: what the daemon understands stands in one place: a row makes a command, its help and its
+// completion.
+// Always: a form of a command is in one row; rows with the same name have the same command, which
+// tells their forms apart itself.
+#pragma once
+
+#include <span>
+
+#include "agent/control/CommandCall.h"
+
+namespace ZelAgent {
+
+struct CommandRow {
+  const char* form;  // as CommandForm.h tells
+  const char* help;
+  Command run;
+};
+
+[[nodiscard]] std::span<const CommandRow> commandTable() noexcept;
+
+}  // namespace ZelAgent
