@@ -1,0 +1,86 @@
+// Why: programming shows in where packets go, and only there. This sends a packet the way that the
+// chip's rules, resources and routes say.
+// Always: a packet that a resource takes goes only by what the resource was programmed with, be it
+// stale; every packet is dropped for one reason or leaves by one interface, and is counted once.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "chips/soft/DropReason.h"
+#include "chips/soft/PacketCounter.h"
+#include "chips/soft/PacketWay.h"
+#include "chips/soft/RouteTables.h"
+#include "chips/soft/SoftAclHelper.h"
+#include "chips/soft/SoftVrfHelper.h"
+
+namespace SoftChip {
+
+// What became of a packet.
+struct Verdict {
+  std::optional<DropReason> drop;
+  // Without a drop: the interface by which the packet leaves, and the packet as it does.
+  std::string egress;
+  std::vector<std::uint8_t> packet;
+
+  friend bool operator==(const Verdict&, const Verdict&) = default;
+};
+
+// A packet that enters by an interface:
+//
+//   1. The first rule of the interface that matches its outer header decides.
+//   2. Without one, or with an action `none`, it is looked up in the interface's own VRF and on in
+//      the fallback VRFs, by the facts of now. `discard` drops it. Any other action takes the
+//      chip's resource, without which it is dropped.
+//   3. A miss goes on to the next VRF of the walk; after the last one in the walk of the action's
+//      fallback VRF. No VRF is tried twice. A VRF without an id has no table: a miss.
+//   4. By an egress route it leaves, its time to live down by one. By a decapsulating route what is
+//      inside is looked up in the action's post-decapsulation VRF, or in the interface's own where
+//      the action names none; from there it leaves, or is dropped.
+class Forwarder final {
+ public:
+  // All that is passed by reference outlives the forwarder.
+  Forwarder(SoftAclHelper& rules, const SoftVrfHelper& resources, const RouteTables& routes,
+            ProgramInputs inputs);
+
+  // An interface of which nothing is said is in the default VRF.
+  void intfVrfIs(const std::string& intf, const L3::VrfName& vrf);
+  void intfVrfDel(const std::string& intf);
+
+  // Counts the packet, and gives what becomes of it. A way is told of each step, rule by rule;
+  // without one nothing is computed for it.
+  [[nodiscard]] Verdict forward(const std::string& intf, std::span<const std::uint8_t> ipPacket,
+                                PacketWay* way = nullptr);
+
+  // The packets that left by a route of the VRF, as they left, of VRFs that had any.
+  [[nodiscard]] std::map<L3::VrfName, PacketCounter> vrfCounters() const;
+  // The packets that were dropped, as they came.
+  [[nodiscard]] const PacketCounter& dropCounter(DropReason reason) const noexcept;
+  // These counters, but not those of the rules, start again from 0.
+  void countersReset() noexcept;
+
+ private:
+  class Passage;  // of one packet
+
+  struct VrfNameHash {
+    std::size_t operator()(const L3::VrfName& name) const noexcept { return name.hash(); }
+  };
+
+  [[nodiscard]] const L3::VrfName& ownVrf(const std::string& intf) const;
+
+  SoftAclHelper& rules_;
+  const SoftVrfHelper& resources_;
+  const RouteTables& routes_;
+  ProgramInputs inputs_;
+  std::unordered_map<std::string, L3::VrfName> intfVrfs_;
+  std::unordered_map<L3::VrfName, PacketCounter, VrfNameHash> vrfCounters_;
+  std::array<PacketCounter, dropReasons> dropCounters_{};
+};
+
+}  // namespace SoftChip

@@ -1,0 +1,72 @@
+// Why: a chip holds the rules of policies in classification hardware of limited size and counts
+// what each of them takes. This one does so in software.
+// Always: there are never more rules than the capacity was when the last of them was added; a rule
+// keeps its counter wherever it is moved; `classify` finds what trying the rules one by one finds.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "PolicyMap/PolicyMapAclHelper.h"
+#include "chips/soft/PacketCounter.h"
+#include "chips/soft/packet/PacketHeader.h"
+
+namespace SoftChip {
+
+class RuleClassifier;
+
+using RuleCounter = PacketCounter;
+
+class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
+ public:
+  // `capacity` is the number of rules that there is room for, of all interfaces together.
+  SoftAclHelper(const Velo::String& name, std::uint32_t capacity);
+  ~SoftAclHelper() override;
+
+  [[nodiscard]] PolicyMap::AclResult addRule(const Velo::String& intf, std::size_t place,
+                                             const PolicyMap::AclRule& rule) override;
+  void removeRule(const Velo::String& intf, std::size_t place) override;
+  void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) override;
+
+  [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
+  [[nodiscard]] std::vector<Velo::String> intfs() const override;
+
+  [[nodiscard]] std::uint32_t capacity() const noexcept { return capacity_; }
+  // A capacity below the number of rules takes none away; it only admits no more.
+  void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
+  [[nodiscard]] std::size_t rulesInUse() const noexcept { return rulesInUse_; }
+
+  // By place, like `rules`.
+  [[nodiscard]] const std::vector<RuleCounter>& counters(const Velo::String& intf) const;
+
+  // The place of the first rule of the interface that matches. The rules are compiled by the first
+  // call after a change of them.
+  [[nodiscard]] std::optional<std::size_t> classify(const Velo::String& intf,
+                                                    const PacketHeader& header) const;
+  // Counts a packet for the rule at `place`.
+  void count(const Velo::String& intf, std::size_t place, std::size_t bytes);
+  // All counters start again from 0.
+  void countersReset() noexcept;
+
+ private:
+  struct NameHash {
+    std::size_t operator()(const Velo::String& name) const noexcept { return name.hash(0); }
+  };
+  struct IntfRules {
+    Rules rules;
+    std::vector<RuleCounter> counters;                   // by place
+    mutable std::unique_ptr<RuleClassifier> classifier;  // null after a change
+  };
+
+  [[nodiscard]] const IntfRules& rulesOf(const Velo::String& intf) const;
+
+  std::uint32_t capacity_;
+  std::size_t rulesInUse_ = 0;
+  std::unordered_map<Velo::String, IntfRules, NameHash> intfs_;  // none without rules
+};
+
+}  // namespace SoftChip
