@@ -9,7 +9,9 @@
 
 #include "Mox/TraceHandle.h"
 #include "agent/commands/CtlCommand.h"
+#include "agent/commands/ExplainCommand.h"
 #include "agent/commands/FallbackGraphCommand.h"
+#include "agent/commands/ForwardCommand.h"
 #include "agent/commands/RunCommand.h"
 #include "agent/commands/ServeCommand.h"
 #include "agent/config/PrintableText.h"
@@ -56,6 +58,8 @@ void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
 struct CommandLine {
   RunOptions run;
   FallbackGraphOptions fallbackGraph;
+  ForwardOptions forward;
+  ExplainOptions explain;
   DaemonOptions serve;
   std::uint32_t clientTimeout = 30;  // seconds
   CtlOptions ctl;
@@ -83,6 +87,50 @@ void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
   graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
       ->required();
   graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Show it in Graphviz's language");
+}
+
+void describeForward(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const forward = app.add_subcommand(
+      "forward", "Send captured packets through the chip, and write what leaves it");
+  forward->add_option("CONFIG", commandLine.forward.configuration, "An OpenConfig JSON file")
+      ->required();
+  forward->add_option("--events", commandLine.forward.events, "A file of events, played before")
+      ->type_name("FILE");
+  forward
+      ->add_option("--in", commandLine.forward.captures,
+                   "Where packets come in, and a capture (pcap) of Ethernet or raw IP")
+      ->type_name("INTERFACE=FILE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->required();
+  forward
+      ->add_option("--out", commandLine.forward.folder,
+                   "Where a capture is written for each interface by which packets leave")
+      ->type_name("DIR")
+      ->required();
+  forward->add_flag("--json", commandLine.forward.json, "Report the counters as JSON");
+}
+
+constexpr const char* packetHelp =
+    R"(A packet is written
+  ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]
+  hex BYTES)";
+
+void describeExplain(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const explain =
+      app.add_subcommand("explain", "Tell the way of one packet through the chip, step by step");
+  explain->add_option("CONFIG", commandLine.explain.configuration, "An OpenConfig JSON file")
+      ->required();
+  explain->add_option("--events", commandLine.explain.events, "A file of events, played before")
+      ->type_name("FILE");
+  explain->add_option("--in", commandLine.explain.interface, "Where the packet comes in")
+      ->type_name("INTERFACE")
+      ->required();
+  explain->add_option("--packet", commandLine.explain.packet, "The packet")
+      ->type_name("TEXT")
+      ->required();
+  explain->add_flag("--json", commandLine.explain.json, "Tell it as JSON");
+  explain->footer(packetHelp);
 }
 
 void describeServe(CLI::App& app, CommandLine& commandLine) {
@@ -147,6 +195,8 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   app.require_subcommand(1);
   describeRun(app, commandLine);
   describeFallbackGraph(app, commandLine);
+  describeForward(app, commandLine);
+  describeExplain(app, commandLine);
   describeServe(app, commandLine);
   describeCtl(app, commandLine);
   try {
@@ -158,6 +208,8 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   if (app.got_subcommand("fallback-graph")) {
     return showFallbackGraph(commandLine.fallbackGraph, out, err);
   }
+  if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
+  if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
   if (app.got_subcommand("serve")) {
     commandLine.serve.limits.patience = std::chrono::seconds(commandLine.clientTimeout);
     return serve(commandLine.serve, out, err);

@@ -2,9 +2,11 @@
 
 #include "agent/control/commands/ConfigurationCommands.h"
 #include "agent/control/commands/EventCommand.h"
+#include "agent/control/commands/ExplainPacket.h"
 #include "agent/control/commands/HelpCommands.h"
 #include "agent/control/commands/ShowActions.h"
 #include "agent/control/commands/ShowFallback.h"
+#include "agent/control/commands/ShowRules.h"
 #include "agent/control/commands/ShowTrace.h"
 #include "agent/control/commands/ShowTypes.h"
 #include "agent/control/commands/ShowVrfs.h"
@@ -15,6 +17,9 @@ namespace {
 constexpr CommandRow rows[] = {
     {"show actions", "The actions with their users, resources and statuses, and the chip",
      showActions},
+    {"show users", "Which interface and rule hold each user of an action", showUsers},
+    {"show rules", "The rules of each interface, and what became of them", showRules},
+    {"show counters", "Packets by rule, by VRF and by reason of being dropped", showCounters},
     {"show vrfs", "Each VRF: hardware id, fallback, lengths in exact match, whether configured",
      showVrfs},
     {"show fallback", "Which VRF falls back to which now, and which actions name them",
@@ -37,6 +42,11 @@ constexpr CommandRow rows[] = {
     {"prefix-lens ipv4|ipv6 NAME remove", "The VRF has no lengths in exact match", playEvent},
     {"chip capacity N", "The chip has N VRF resources", playEvent},
     {"chip fail VRF|any COUNT", "The next COUNT creations and updates fail", playEvent},
+    {"route VRF PREFIX decap", "Packets to the prefix are decapsulated", playEvent},
+    {"route VRF PREFIX via INTERFACE", "Packets to the prefix leave by the interface", playEvent},
+    {"route VRF PREFIX remove", "A route that was set by an event is taken back", playEvent},
+    {"explain INTERFACE PACKET...", "The way of a packet: ipv4|ipv6 SOURCE to DESTINATION ...",
+     explainPacket},
     {"show", "The actions, and every resource of the chip in full", playEvent},
     {"help [WORD...]", "What can be asked, or of that what begins with the words", help},
     {"complete LINE", "What the last word of the line, quoted as one word, may become", complete},

@@ -30,12 +30,8 @@ OrderedJson resourceJson(const ActionState& state) {
 
 OrderedJson usersJson(const std::set<ActionUser>& users) {
   OrderedJson json = OrderedJson::array();
-  for (const ActionUser& user : users) {
-    json.push_back({{"interface", user.interface},
-                    {"networkInstance", user.networkInstance},
-                    {"policy", user.policyId},
-                    {"rule", user.sequenceId}});
-  }
+  for (const ActionUser& user : users)
+    json.push_back(userJson(user));
   return json;
 }
 
@@ -61,6 +57,13 @@ OrderedJson nameJson(const VrfAction& action) {
           {"fallbackVrfName", action.fallbackVrfName().str()},
           {"postDecapVrfName", action.postDecapVrfName().str()},
           {"action", stringValue(action.action()).str()}};
+}
+
+OrderedJson userJson(const ActionUser& user) {
+  return {{"interface", user.interface},
+          {"networkInstance", user.networkInstance},
+          {"policy", user.policyId},
+          {"rule", user.sequenceId}};
 }
 
 OrderedJson statusJson(const ZelVrfSelectionPolicy::HwStatus& status) {

@@ -14,6 +14,8 @@ using OrderedJson = nlohmann::ordered_json;
 
 // The members that name an action.
 [[nodiscard]] OrderedJson nameJson(const VrfAction& action);
+// The members that tell a user of an action.
+[[nodiscard]] OrderedJson userJson(const ActionUser& user);
 // The members that tell a status.
 [[nodiscard]] OrderedJson statusJson(const ZelVrfSelectionPolicy::HwStatus& status);
 
