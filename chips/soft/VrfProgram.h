@@ -52,6 +52,9 @@ struct ProgramInputs {
   Mox::Ptr<Routing6::Hardware::RouteStatus const> routeStatusV6;
 };
 
+// The walk that begins with the VRF, by the facts of this moment.
+[[nodiscard]] VrfWalk walkOf(L3::VrfName name, const ProgramInputs& inputs);
+
 // The program of an action by the facts of this moment. An absent input knows no facts.
 [[nodiscard]] VrfProgram programOf(const ZelVrfSelectionPolicy::VrfAction& action,
                                    const ProgramInputs& inputs);
