@@ -14,6 +14,7 @@
 
 #include "Ip/Prefix.h"
 #include "chips/soft/Route.h"
+#include "chips/soft/routes/RouteHit.h"
 
 namespace SoftChip {
 
@@ -38,14 +39,10 @@ class RouteTables final {
   // Takes the VRF's routes and exact-match lengths away.
   void vrfDel(std::uint32_t vrfId);
 
-  struct Hit {
-    Ip::Prefix prefix;
-    const Route* route = nullptr;  // valid until the next change
-    bool exactMatch = false;
-  };
+  using Hit = RouteHit;
 
   // Probes exact match for the given lengths only, which are those that whoever looks up was
-  // programmed with, and the longest-prefix structure; gives the longer hit. Routes of other
+  // programmed with, and all of the longest-prefix structure; gives the longer hit. Routes of other
   // lengths that are in exact match are missed.
   [[nodiscard]] std::optional<Hit> lookUp(std::uint32_t vrfId, const Ip::Address& address,
                                           const std::vector<unsigned char>& exactMatchLens) const;

@@ -37,15 +37,6 @@ bool isOn(const VrfWalk& walk, const L3::VrfName& name) {
                      [&name](const VrfFacts& facts) { return facts.name == name; });
 }
 
-VrfWalk walkOf(L3::VrfName name, const ProgramInputs& inputs) {
-  VrfWalk walk;
-  while (!name.empty() && walk.size() < longestWalk && !isOn(walk, name)) {
-    walk.push_back(factsOf(name, inputs));
-    name = inputs.fallbackConfig ? inputs.fallbackConfig->fallbackVrf(name) : L3::VrfName();
-  }
-  return walk;
-}
-
 void writeLens(std::ostream& stream, const std::vector<unsigned char>& lengths) {
   const char* separator = "";
   stream << '[';
@@ -86,6 +77,15 @@ std::ostream& operator<<(std::ostream& stream, const VrfProgram& program) {
   writeWalk(stream, "post-decap", program.postDecap);
   return stream << "decap-nh " << onOrOff(program.decapNhEnabled) << "; decap-nh-fallback "
                 << onOrOff(program.decapNhFallbackEnabled);
+}
+
+VrfWalk walkOf(L3::VrfName name, const ProgramInputs& inputs) {
+  VrfWalk walk;
+  while (!name.empty() && walk.size() < longestWalk && !isOn(walk, name)) {
+    walk.push_back(factsOf(name, inputs));
+    name = inputs.fallbackConfig ? inputs.fallbackConfig->fallbackVrf(name) : L3::VrfName();
+  }
+  return walk;
 }
 
 VrfProgram programOf(const ZelVrfSelectionPolicy::VrfAction& action, const ProgramInputs& inputs) {

@@ -54,6 +54,8 @@ struct ProgramInputs {
 
 // What is known of the VRF of that name at this moment. An absent input knows no facts.
 [[nodiscard]] VrfFacts factsOf(const L3::VrfName& name, const ProgramInputs& inputs);
+// The walk that begins with the VRF, by the facts of this moment.
+[[nodiscard]] VrfWalk walkOf(L3::VrfName name, const ProgramInputs& inputs);
 
 // The program of an action by the facts of this moment. An absent input knows no facts.
 [[nodiscard]] VrfProgram programOf(const ZelVrfSelectionPolicy::VrfAction& action,

@@ -9,7 +9,10 @@
 
 namespace SoftChip {
 
-enum Ecn : std::uint8_t { ecnNotEct = 0, ecnEct1 = 1, ecnEct0 = 2, ecnCe = 3 };
+constexpr std::uint8_t ecnNotEct = 0;
+constexpr std::uint8_t ecnEct1 = 1;
+constexpr std::uint8_t ecnEct0 = 2;
+constexpr std::uint8_t ecnCe = 3;
 
 // What the inner header carries after decapsulation; nothing when the packet is to be dropped.
 // Precondition: both are at most 3.

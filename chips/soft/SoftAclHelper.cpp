@@ -1,0 +1,107 @@
+#include "chips/soft/SoftAclHelper.h"
+
+#include <algorithm>
+#include <string>
+
+#include "chips/soft/classify/RuleClassifier.h"
+
+namespace SoftChip {
+namespace {
+
+using PolicyMap::AclResult;
+using PolicyMap::AclRule;
+
+AclResult exhausted(std::size_t used, std::uint32_t capacity) {
+  return {false, "all rule entries of the chip are in use (" + std::to_string(used) + " of " +
+                     std::to_string(capacity) + "); remove rules or interfaces of a policy"};
+}
+
+template <class Element>
+auto at(std::vector<Element>& list, std::size_t place) {
+  return list.begin() + static_cast<std::ptrdiff_t>(place);
+}
+
+template <class Element>
+void moveElement(std::vector<Element>& list, std::size_t from, std::size_t to) {
+  if (from < to) {
+    std::rotate(at(list, from), at(list, from + 1), at(list, to + 1));
+  } else {
+    std::rotate(at(list, to), at(list, from), at(list, from + 1));
+  }
+}
+
+}  // namespace
+
+SoftAclHelper::SoftAclHelper(const Velo::String& name, std::uint32_t capacity)
+    : PolicyMapAclHelper(name), capacity_(capacity) {}
+
+SoftAclHelper::~SoftAclHelper() = default;
+
+AclResult SoftAclHelper::addRule(const Velo::String& intf, std::size_t place, const AclRule& rule) {
+  if (rulesInUse_ >= capacity_) return exhausted(rulesInUse_, capacity_);
+  IntfRules& present = intfs_[intf];
+  present.rules.insert(at(present.rules, place), rule);
+  present.counters.insert(at(present.counters, place), RuleCounter());
+  present.classifier.reset();
+  ++rulesInUse_;
+  return {};
+}
+
+void SoftAclHelper::removeRule(const Velo::String& intf, std::size_t place) {
+  const auto found = intfs_.find(intf);
+  IntfRules& present = found->second;
+  present.rules.erase(at(present.rules, place));
+  present.counters.erase(at(present.counters, place));
+  present.classifier.reset();
+  --rulesInUse_;
+  if (present.rules.empty()) intfs_.erase(found);
+}
+
+void SoftAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::size_t to) {
+  IntfRules& present = intfs_.find(intf)->second;
+  moveElement(present.rules, from, to);
+  moveElement(present.counters, from, to);
+  present.classifier.reset();
+}
+
+const SoftAclHelper::Rules& SoftAclHelper::rules(const Velo::String& intf) const {
+  return rulesOf(intf).rules;
+}
+
+std::vector<Velo::String> SoftAclHelper::intfs() const {
+  std::vector<Velo::String> names;
+  names.reserve(intfs_.size());
+  for (const auto& [name, rules] : intfs_)
+    names.push_back(name);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+const std::vector<RuleCounter>& SoftAclHelper::counters(const Velo::String& intf) const {
+  return rulesOf(intf).counters;
+}
+
+std::optional<std::size_t> SoftAclHelper::classify(const Velo::String& intf,
+                                                   const PacketHeader& header) const {
+  const IntfRules& present = rulesOf(intf);
+  if (present.rules.empty()) return std::nullopt;
+  if (!present.classifier) present.classifier = std::make_unique<RuleClassifier>(present.rules);
+  return present.classifier->firstMatch(header);
+}
+
+void SoftAclHelper::count(const Velo::String& intf, std::size_t place, std::size_t bytes) {
+  intfs_.find(intf)->second.counters[place].add(bytes);
+}
+
+void SoftAclHelper::countersReset() noexcept {
+  for (auto& [name, present] : intfs_)
+    std::fill(present.counters.begin(), present.counters.end(), RuleCounter());
+}
+
+const SoftAclHelper::IntfRules& SoftAclHelper::rulesOf(const Velo::String& intf) const {
+  static const IntfRules none;
+  const auto found = intfs_.find(intf);
+  return found == intfs_.end() ? none : found->second;
+}
+
+}  // namespace SoftChip

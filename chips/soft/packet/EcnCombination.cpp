@@ -1,0 +1,15 @@
+#include "chips/soft/packet/EcnCombination.h"
+
+namespace SoftChip {
+
+std::optional<std::uint8_t> ecnAfterDecap(std::uint8_t inner, std::uint8_t outer) noexcept {
+  if (inner == ecnNotEct) {
+    if (outer == ecnCe) return std::nullopt;
+    return ecnNotEct;
+  }
+  if (inner == ecnCe || outer == ecnCe) return ecnCe;
+  // ECT(1) set by the tunnel on ECT(0) tells of lesser congestion.
+  return outer == ecnEct1 ? ecnEct1 : inner;
+}
+
+}  // namespace SoftChip

@@ -1,0 +1,46 @@
+// Why: searching by prefixes takes addresses apart bit by bit, which arrays of bytes are slow at.
+// Always: the first bit of the address is the highest of `high`; bits after those of the family are
+// zero.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include "Ip/Prefix.h"
+
+namespace SoftChip {
+
+struct AddressBits {
+  std::uint64_t high = 0;
+  std::uint64_t low = 0;
+
+  // The `width` bits from `at` on; zeros follow the last one. Precondition: `at` is below 128, and
+  // `width` from 1 to 63.
+  [[nodiscard]] constexpr unsigned from(unsigned at, unsigned width) const noexcept {
+    return static_cast<unsigned>(shiftedBy(at).high >> (64 - width));
+  }
+  // How many bits both begin with.
+  [[nodiscard]] constexpr unsigned common(const AddressBits& other) const noexcept {
+    if (high != other.high) return static_cast<unsigned>(std::countl_zero(high ^ other.high));
+    return 64 + static_cast<unsigned>(std::countl_zero(low ^ other.low));
+  }
+  friend bool operator==(const AddressBits&, const AddressBits&) = default;
+
+ private:
+  [[nodiscard]] constexpr AddressBits shiftedBy(unsigned count) const noexcept {
+    if (count == 0) return *this;
+    if (count >= 64) return {low << (count - 64), 0};
+    return {high << count | low >> (64 - count), low << count};
+  }
+};
+
+[[nodiscard]] constexpr AddressBits bitsOf(const Ip::Address& address) noexcept {
+  AddressBits bits;
+  for (unsigned at = 0; at < 8; ++at) {
+    bits.high = bits.high << 8 | address.bytes[at];
+    bits.low = bits.low << 8 | address.bytes[at + 8];
+  }
+  return bits;
+}
+
+}  // namespace SoftChip
