@@ -72,10 +72,10 @@ void FamilyClassifier::compileDscps(Rules rules) {
   Members any;
   std::array<Members, 64> only;
   for (std::uint32_t number = 0; number < count(); ++number) {
-    const std::uint64_t dscps = matchOf(rules, number).dscps;
-    if (dscps == 0) any.push_back(number);
+    const std::optional<std::uint64_t>& dscps = matchOf(rules, number).dscps;
+    if (!dscps) any.push_back(number);
     for (std::size_t dscp = 0; dscp < only.size(); ++dscp) {
-      if ((dscps >> dscp & 1) != 0) only[dscp].push_back(number);
+      if (dscps && (*dscps >> dscp & 1) != 0) only[dscp].push_back(number);
     }
   }
   dscps_.fill(sets_.setIs(emptyRuleSet, any));

@@ -3,8 +3,8 @@
 namespace SoftChip {
 namespace {
 
-bool hasDscp(std::uint64_t dscps, std::uint8_t dscp) noexcept {
-  return dscps == 0 || (dscps >> dscp & 1) != 0;
+bool hasDscp(const std::optional<std::uint64_t>& dscps, std::uint8_t dscp) noexcept {
+  return !dscps || (*dscps >> dscp & 1) != 0;
 }
 
 bool covers(const std::optional<Ip::Prefix>& prefix, const Ip::Address& address) noexcept {
