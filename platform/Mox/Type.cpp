@@ -2,26 +2,38 @@
 
 #include <algorithm>
 
+#include "Mox/AnyValue.h"
+
 namespace Mox {
 namespace {
 
-std::vector<Module>& modules() {
-  static std::vector<Module> registered;
+struct Registered {
+  explicit Registered(const Module& registered) : module(registered) {
+    for (const Type* type : module.shared)
+      defaults.push_back(AnyValue::ofType(*type));
+  }
+
+  Module module;
+  std::vector<AnyValue> defaults;
+};
+
+std::vector<Registered>& modules() {
+  static std::vector<Registered> registered;
   return registered;
 }
 
 }  // namespace
 
 void moxModuleIs(const Module& module) {
-  modules().push_back(module);
+  modules().emplace_back(module);
 }
 
 void moxModuleDel(std::string_view moduleName) noexcept {
-  std::erase_if(modules(), [&](const Module& module) { return module.name == moduleName; });
+  std::erase_if(modules(), [&](const Registered& each) { return each.module.name == moduleName; });
 }
 
 const Type* moxType(std::string_view typeName) noexcept {
-  for (const Module& module : modules()) {
+  for (const auto& [module, defaults] : modules()) {
     const auto type =
         std::find_if(module.types.begin(), module.types.end(),
                      [&](const Type* candidate) { return candidate->name == typeName; });
@@ -32,9 +44,19 @@ const Type* moxType(std::string_view typeName) noexcept {
 
 std::vector<std::string_view> moxModules() {
   std::vector<std::string_view> names;
-  for (const Module& module : modules())
-    names.push_back(module.name);
+  for (const Registered& each : modules())
+    names.push_back(each.module.name);
   return names;
+}
+
+const AnyValue* moxDefault(const Type& type) noexcept {
+  for (const auto& [module, defaults] : modules()) {
+    const auto shared =
+        std::find_if(defaults.begin(), defaults.end(),
+                     [&](const AnyValue& candidate) { return candidate.type() == &type; });
+    if (shared != defaults.end()) return &*shared;
+  }
+  return nullptr;
 }
 
 }  // namespace Mox
