@@ -6,6 +6,7 @@
 
 #include "Velo/String.h"
 #include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
+#include "ZelVrfSelectionPolicy/reflection/EnumerationTypes.h"
 #include "ZelVrfSelectionPolicy/tables/DependentVrfInfo.h"
 #include "ZelVrfSelectionPolicy/tables/PolicySmMounts.h"
 #include "ZelVrfSelectionPolicy/tables/VrfHelper.h"

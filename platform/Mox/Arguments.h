@@ -3,6 +3,8 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 #include "Mox/AnyValue.h"
 
@@ -12,8 +14,8 @@ namespace Mox {
 ///
 /// It knows the name of what is called, so that a wrong argument is reported where it was given.
 ///
-///     arguments.needCount(2);
-///     table.vrfRefCountIs(arguments.at<VrfAction>(0), arguments.at<unsigned>(1));
+///     const auto [action, count] = arguments.as<std::tuple<VrfAction, unsigned>>();
+///     table.vrfRefCountIs(action, count);
 class [[gnu::visibility("default")]] Arguments {
  public:
   /// Both must outlive this.
@@ -41,8 +43,20 @@ class [[gnu::visibility("default")]] Arguments {
     if (!holds<T>(index)) refuse(index, Kind<T>::name());
     return values_[index].as<T>();
   }
+  /// All arguments, as many and of such kinds as the tuple has elements. Throws
+  /// `ArgumentException` for the first that is not.
+  template <class Tuple>
+  [[nodiscard]] Tuple as() const {
+    constexpr std::size_t count = std::tuple_size_v<Tuple>;
+    needCount(count);
+    return inOrder<Tuple>(std::make_index_sequence<count>());
+  }
 
  private:
+  template <class Tuple, std::size_t... index>
+  Tuple inOrder(std::index_sequence<index...> /*places*/) const {
+    return Tuple{at<std::tuple_element_t<index, Tuple>>(index)...};
+  }
   [[noreturn]] void refuse(std::size_t index, const std::string& expected) const;
 
   std::string_view callee_;

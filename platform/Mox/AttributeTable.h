@@ -64,24 +64,19 @@ const T& readable(const void* object) noexcept {
   return static_cast<const T&>(*static_cast<const BaseOf<T>*>(object));
 }
 
-template <auto function, class Object, class... Parameters, std::size_t... index>
-AnyValue invoked(Object& object, const Arguments& arguments,
-                 std::type_identity<std::tuple<Parameters...>> /*parameters*/,
-                 std::index_sequence<index...> /*places*/) {
-  arguments.needCount(sizeof...(Parameters));
-  if constexpr (std::is_void_v<ResultOf<function>>) {
-    std::invoke(function, object, arguments.at<Parameters>(index)...);
-    return {};
-  } else {
-    return AnyValue(
-        ResultOf<function>(std::invoke(function, object, arguments.at<Parameters>(index)...)));
-  }
-}
 template <auto function, class Object>
 AnyValue invoke(Object& object, const Arguments& arguments) {
-  using Parameters = ParametersOf<function>;
-  return invoked<function>(object, arguments, std::type_identity<Parameters>(),
-                           std::make_index_sequence<std::tuple_size_v<Parameters>>());
+  using Result = ResultOf<function>;
+  const auto call = [&](const auto&... each) -> decltype(auto) {
+    return std::invoke(function, object, each...);
+  };
+  const auto given = arguments.as<ParametersOf<function>>();
+  if constexpr (std::is_void_v<Result>) {
+    std::apply(call, given);
+    return {};
+  } else {
+    return Result(std::apply(call, given));
+  }
 }
 template <auto function>
 AnyValue inspected(const void* object, const Arguments& arguments) {
@@ -113,13 +108,16 @@ std::string kindName() {
 template <class... Parameters>
 std::string joined(std::type_identity<std::tuple<Parameters...>> /*parameters*/) {
   std::string names;
-  ((names += (names.empty() ? "" : ", ") + kindName<Parameters>()), ...);
+  ((names += names.empty() ? "" : ", ", names += kindName<Parameters>()), ...);
   return names;
 }
 template <auto function>
-std::string callKind() {
-  return "(" + joined(std::type_identity<ParametersOf<function>>()) + ") -> " +
-         kindName<ResultOf<function>>();
+std::string callKind(std::string kind) {
+  kind += '(';
+  kind += joined(std::type_identity<ParametersOf<function>>());
+  kind += ") -> ";
+  kind += kindName<ResultOf<function>>();
+  return kind;
 }
 
 template <class Collection>
@@ -213,13 +211,6 @@ AnyValue added(void* object, const Arguments& arguments) {
   return {};
 }
 
-template <auto creator, class... Parameters, std::size_t... index>
-Ptr<PtrInterface> createdBy(const Arguments& arguments,
-                            std::type_identity<std::tuple<Parameters...>> /*parameters*/,
-                            std::index_sequence<index...> /*places*/) {
-  arguments.needCount(sizeof...(Parameters));
-  return creator(arguments.at<Parameters>(index)...);
-}
 template <class Function>
 struct CreatorSignature;
 template <class R, class... P>
@@ -289,7 +280,7 @@ template <class Entity, class Set, const Set& (Entity::*all)() const noexcept, a
 template <auto function>
 [[nodiscard]] constexpr Access handler() {
   return {
-      .kind = [] { return "handler" + Rows::callKind<function>(); },
+      .kind = [] { return Rows::callKind<function>("handler"); },
       .call = &Rows::changed<function>,
   };
 }
@@ -298,7 +289,7 @@ template <auto function>
 template <auto function>
 [[nodiscard]] constexpr Access hook() {
   return {
-      .kind = [] { return "hook" + Rows::callKind<function>(); },
+      .kind = [] { return Rows::callKind<function>("hook"); },
       .call = &Rows::changed<function>,
   };
 }
@@ -307,8 +298,7 @@ template <auto function>
 template <auto creator>
 Ptr<PtrInterface> createdBy(const Arguments& arguments) {
   using Parameters = typename Rows::CreatorSignature<decltype(creator)>::Parameters;
-  return Rows::createdBy<creator>(arguments, std::type_identity<Parameters>(),
-                                  std::make_index_sequence<std::tuple_size_v<Parameters>>());
+  return std::apply(creator, arguments.as<Parameters>());
 }
 
 /// For `Reflection::nameOf`: the name that `reader` reads.

@@ -3,7 +3,7 @@
 #include <concepts>
 #include <memory>
 #include <string_view>
-#include <utility>
+#include <tuple>
 
 #include "Mox/EnumType.h"
 #include "Mox/Hash.h"
@@ -65,15 +65,11 @@ unsigned hash(const void* value) {
   }
 }
 
-template <class T, class... Parameters, std::size_t... index>
-void* madeOf(const Arguments& arguments, std::index_sequence<index...> /*places*/) {
-  return new T(arguments.at<Parameters>(index)...);
-}
 template <class T, class... Parameters>
 void* constructed(const Arguments& arguments) {
   if (arguments.count() == 0) return new T();
-  arguments.needCount(sizeof...(Parameters));
-  return madeOf<T, Parameters...>(arguments, std::index_sequence_for<Parameters...>());
+  return std::apply([](const Parameters&... each) { return new T(each...); },
+                    arguments.as<std::tuple<Parameters...>>());
 }
 
 template <class T, auto names>
