@@ -48,6 +48,7 @@ class PlatformStart {
       &Ip6::Status::moxType,
       &Lag::Input::Config::moxType,
       &Mox::Dir::moxType,
+      &Mox::Entity::moxType,
       &PolicyMap::IntfConfig::moxType,
       &PolicyMap::PolicyMapAclHelper::moxType,
       &PolicyMap::PolicyMapStatusRequestDir::moxType,

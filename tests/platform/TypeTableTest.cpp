@@ -18,7 +18,7 @@ TEST(PlatformTypes, TheTypesThatAttributesReferToResolve) {
                            "PolicyMap::ActionType",
                            "Mox::Ptr<Mox::PtrInterface>",
                            "Mox::Ptr<Mox::PtrInterface const>",
-                           "Mox::Dir",
+                           "Mox::Dir", "Mox::Entity",
                            "Acl::Config",
                            "Classification::FieldSetConfig",
                            "Ip::Status",
