@@ -175,7 +175,7 @@ struct Kind<Ptr<Entity>> {
     if constexpr (ValueType<Ptr<Entity>>) {
       return std::string(TypeOf<Ptr<Entity>>::entry.name);
     } else {
-      return "Mox::Ptr<" + entityName() + (isConst ? " const>" : ">");
+      return std::string("Mox::Ptr<") + entityName() + (isConst ? " const>" : ">");
     }
   }
   static bool isIn(const AnyValue& value) noexcept {

@@ -160,9 +160,9 @@ struct CollectionOf {
   }
   static std::string kind() {
     if constexpr (isSet) {
-      return "set of " + kindName<Key>();
+      return std::string("set of ") + kindName<Key>();
     } else {
-      return "collection " + kindName<Key>() + " -> " + kindName<Value>();
+      return std::string("collection ") + kindName<Key>() + " -> " + kindName<Value>();
     }
   }
 

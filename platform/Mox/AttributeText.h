@@ -24,7 +24,7 @@ struct TextAnswer {
 ///
 ///     Mox::attributeText(*vrfSm, "fallbackVrfInfo").text;           // "'red': 'blue'\n"
 ///     Mox::attributeText(*vrfSm, "fallbackVrfInfo", "'red'").text;  // "'blue'"
-///     Mox::attributeText(*vrfSm, "137", "'red'").text;              // the same
+///     Mox::attributeText(*vrfSm, "136", "'red'").text;              // the same
 [[nodiscard, gnu::visibility("default")]] TextAnswer attributeText(
     const Object& object, std::string_view attribute,
     std::optional<std::string_view> key = std::nullopt);

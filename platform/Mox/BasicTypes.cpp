@@ -1,4 +1,5 @@
 #include <charconv>
+#include <functional>
 #include <string>
 
 #include "Mox/Entity.h"
@@ -73,7 +74,7 @@ void* parsedPointer(std::string_view text) {
 
 template <class Pointer>
 unsigned pointerHash(const void* value) {
-  return std::hash<const void*>()(Values::as<Pointer>(value).get()) & 0xffffffffU;
+  return static_cast<unsigned>(std::hash<const void*>()(Values::as<Pointer>(value).get()));
 }
 
 template <class Pointer>

@@ -7,13 +7,13 @@
 namespace Mox {
 namespace {
 
-struct Registered {
-  explicit Registered(const Module& registered) : module(registered) {
-    for (const Type* type : module.shared)
+// A registered module with the defaults that it shares.
+struct Registered : Module {
+  explicit Registered(const Module& module) : Module(module) {
+    for (const Type* type : shared)
       defaults.push_back(AnyValue::ofType(*type));
   }
 
-  Module module;
   std::vector<AnyValue> defaults;
 };
 
@@ -29,11 +29,11 @@ void moxModuleIs(const Module& module) {
 }
 
 void moxModuleDel(std::string_view moduleName) noexcept {
-  std::erase_if(modules(), [&](const Registered& each) { return each.module.name == moduleName; });
+  std::erase_if(modules(), [&](const Module& module) { return module.name == moduleName; });
 }
 
 const Type* moxType(std::string_view typeName) noexcept {
-  for (const auto& [module, defaults] : modules()) {
+  for (const Module& module : modules()) {
     const auto type =
         std::find_if(module.types.begin(), module.types.end(),
                      [&](const Type* candidate) { return candidate->name == typeName; });
@@ -44,17 +44,16 @@ const Type* moxType(std::string_view typeName) noexcept {
 
 std::vector<std::string_view> moxModules() {
   std::vector<std::string_view> names;
-  for (const Registered& each : modules())
-    names.push_back(each.module.name);
+  for (const Module& module : modules())
+    names.push_back(module.name);
   return names;
 }
 
 const AnyValue* moxDefault(const Type& type) noexcept {
-  for (const auto& [module, defaults] : modules()) {
-    const auto shared =
-        std::find_if(defaults.begin(), defaults.end(),
-                     [&](const AnyValue& candidate) { return candidate.type() == &type; });
-    if (shared != defaults.end()) return &*shared;
+  for (const Registered& module : modules()) {
+    for (const AnyValue& value : module.defaults) {
+      if (value.type() == &type) return &value;
+    }
   }
   return nullptr;
 }
