@@ -4,7 +4,9 @@
 // state machines. An agent begins with `zelVrfSelectionPolicySmFactory`, the layer of a chip with
 // `VrfHelper`.
 
+#include "Velo/String.h"
 #include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
+#include "ZelVrfSelectionPolicy/reflection/EnumerationTypes.h"
 #include "ZelVrfSelectionPolicy/tables/DependentVrfInfo.h"
 #include "ZelVrfSelectionPolicy/tables/PolicySmMounts.h"
 #include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
@@ -16,3 +18,10 @@
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
+
+namespace ZelVrfSelectionPolicy {
+
+/// What the names of network namespaces begin with.
+[[gnu::visibility("default")]] extern const Velo::String namespacePrefix;
+
+}  // namespace ZelVrfSelectionPolicy

@@ -53,10 +53,6 @@ ZelVrfSelectionPolicySm::~ZelVrfSelectionPolicySm() {
   vrfSmDel();
 }
 
-const Mox::Type* ZelVrfSelectionPolicySm::fwkType() const {
-  return &moxType;
-}
-
 Mox::Ptr<ZelVrfSelectionPolicySm> ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs(
     const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
     const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,

@@ -24,7 +24,7 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
       public Quarry::SlabAllocated<ZelVrfSelectionPolicySm> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
 
   /// Use `ZelVrfSelectionPolicySmIs`, or derive. Reads nothing from the inputs.
   ZelVrfSelectionPolicySm(const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,

@@ -9,10 +9,6 @@ DependentVrfInfo::DependentVrfInfo(L3::VrfName fallbackVrf) noexcept
 
 DependentVrfInfo::~DependentVrfInfo() = default;
 
-const Mox::Type* DependentVrfInfo::fwkType() const {
-  return &moxType;
-}
-
 void DependentVrfInfo::dependentVrfsIs(const L3::VrfName& vrfName) {
   dependentVrfs_.insert(vrfName);
 }

@@ -16,7 +16,7 @@ class [[gnu::visibility("default")]] DependentVrfInfo final
       public Quarry::SlabAllocated<DependentVrfInfo> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::DependentVrfInfo";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
   static constexpr Mox::AttributeId fallbackVrfAttribute = 130;
   static constexpr Mox::AttributeId dependentVrfsAttribute = 131;
 

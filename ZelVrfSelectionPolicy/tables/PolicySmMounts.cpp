@@ -2,10 +2,6 @@
 
 namespace ZelVrfSelectionPolicy {
 
-const Mox::Type* PolicySmMounts::fwkType() const {
-  return &moxType;
-}
-
 PolicySmMounts::~PolicySmMounts() = default;
 
 Mox::Ptr<PolicySmMounts> PolicySmMounts::PolicySmMountsIs() {

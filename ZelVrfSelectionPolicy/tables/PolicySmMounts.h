@@ -28,7 +28,7 @@ class [[gnu::visibility("default")]] PolicySmMounts final
       public Quarry::SlabAllocated<PolicySmMounts> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::PolicySmMounts";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
 
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~PolicySmMounts() override;

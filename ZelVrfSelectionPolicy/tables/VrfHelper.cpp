@@ -14,8 +14,4 @@ VrfHelper::VrfHelper(
 
 VrfHelper::~VrfHelper() = default;
 
-const Mox::Type* VrfHelper::fwkType() const {
-  return &moxType;
-}
-
 }  // namespace ZelVrfSelectionPolicy

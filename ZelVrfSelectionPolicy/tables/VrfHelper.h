@@ -40,7 +40,7 @@ namespace ZelVrfSelectionPolicy {
 ///     Mox::Ptr<VrfHelper> chip = Mox::makePtr<MyChip>(fallback, routes, routes6);
 class [[gnu::visibility("default")]] VrfHelper : public Zel::ZelBaseHelper {
  public:
-  static constexpr Mox::Type moxType{"ZelVrfSelectionPolicy::VrfHelper"};
+  static const Mox::Type moxType;
   static constexpr Mox::AttributeId vrfFallbackConfigAttribute = 386;
   static constexpr Mox::AttributeId routingHwRouteStatusAttribute = 387;
   static constexpr Mox::AttributeId routing6HwRouteStatusAttribute = 388;

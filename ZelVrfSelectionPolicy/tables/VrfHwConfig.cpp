@@ -6,10 +6,6 @@ Velo::NotifieeListDescriptor VrfHwConfig::notifieeList() const {
   return publisher_.notifieeList(this);
 }
 
-const Mox::Type* VrfHwConfig::fwkType() const {
-  return &moxType;
-}
-
 VrfHwConfig::~VrfHwConfig() = default;
 
 Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {

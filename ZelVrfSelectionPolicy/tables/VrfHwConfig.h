@@ -23,7 +23,7 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
                                                          public Quarry::SlabAllocated<VrfHwConfig> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwConfig";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
   /// Number of the attribute `vrfRefCount`, published with each change.
   static constexpr Mox::AttributeId vrfRefCountAttribute = 130;
 

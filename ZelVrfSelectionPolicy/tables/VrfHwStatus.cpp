@@ -8,10 +8,6 @@ Velo::NotifieeListDescriptor VrfHwStatus::notifieeList() const {
   return publisher_.notifieeList(this);
 }
 
-const Mox::Type* VrfHwStatus::fwkType() const {
-  return &moxType;
-}
-
 VrfHwStatus::~VrfHwStatus() = default;
 
 Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() {

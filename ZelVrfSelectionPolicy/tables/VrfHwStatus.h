@@ -24,7 +24,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
                                                          public Quarry::SlabAllocated<VrfHwStatus> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwStatus";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
   /// Number of the attribute `hwStatus`, published with each change.
   static constexpr Mox::AttributeId hwStatusAttribute = 130;
 

@@ -31,7 +31,7 @@ enum class FailureCode : unsigned char {
 [[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
                                                         const FailureCode& value);
 
-/// The enumeration's names, and its entry for the type table.
+/// The enumeration's names.
 [[nodiscard,
   gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(FailureCode);
 

@@ -16,7 +16,7 @@ namespace ZelVrfSelectionPolicy {
 /// A plain value. The default record says that all is well.
 class [[gnu::visibility("default")]] HwStatus {
  public:
-  static constexpr Mox::Type moxType{"ZelVrfSelectionPolicy::HwStatus"};
+  static const Mox::Type moxType;
 
   /// "programmedInHw", "failureNone" and no description.
   HwStatus() noexcept = default;

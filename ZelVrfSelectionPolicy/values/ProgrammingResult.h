@@ -32,7 +32,7 @@ enum class ProgrammingResult : unsigned char {
 [[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
                                                         const ProgrammingResult& value);
 
-/// The enumeration's names, and its entry for the type table.
+/// The enumeration's names.
 [[nodiscard,
   gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(ProgrammingResult);
 

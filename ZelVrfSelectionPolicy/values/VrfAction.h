@@ -23,7 +23,7 @@ namespace ZelVrfSelectionPolicy {
 ///     action.fallbackVrfNameIs("blue");
 class [[gnu::visibility("default")]] VrfAction {
  public:
-  static constexpr Mox::Type moxType{"ZelVrfSelectionPolicy::VrfAction"};
+  static const Mox::Type moxType;
 
   /// Three empty names and no action: a record that is not set.
   VrfAction() noexcept = default;

@@ -43,10 +43,6 @@ VrfSm::VrfInstanceSm::~VrfInstanceSm() {
   NotifieeConst::moxDoZombieReactors(true);
 }
 
-const Mox::Type* VrfSm::VrfInstanceSm::fwkType() const {
-  return &moxType;
-}
-
 VrfSm::VrfStatusPtr VrfSm::VrfInstanceSm::vrfInstance() const noexcept {
   return VrfStatusPtr(notifierAs<VrfStatus>());
 }

@@ -16,7 +16,7 @@ class [[gnu::visibility("default")]] VrfSm::VrfInstanceSm final
       public Quarry::SlabAllocated<VrfSm::VrfInstanceSm> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfSm::VrfInstanceSm";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
 
   /// Use `VrfSm::vrfInstanceIs`.
   VrfInstanceSm(const VrfStatusPtr& vrfStatus, VrfSm* vrfSm);

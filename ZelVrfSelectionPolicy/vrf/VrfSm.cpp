@@ -60,10 +60,6 @@ VrfSm::~VrfSm() {
   tearDown();
 }
 
-const Mox::Type* VrfSm::fwkType() const {
-  return &moxType;
-}
-
 Mox::Ptr<VrfSm> VrfSm::VrfSmIs(const Mox::Ptr<VrfHwConfig>& vrfHwConfig,
                                const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
                                const Mox::Ptr<VrfHelper>& vrfHelper,

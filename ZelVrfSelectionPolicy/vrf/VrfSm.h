@@ -43,7 +43,7 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   class NestedSm_VrfPrefixLensInExactMatchV6;
 
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfSm";
-  static constexpr Mox::Type moxType{typeName};
+  static const Mox::Type moxType;
 
   using FallbackConfigPtr = Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf const>;
   using RouteStatusPtr = Mox::Ptr<Routing::Hardware::RouteStatus const>;

@@ -6,8 +6,17 @@
 
 #include "Mox/Exceptions.h"
 #include "Mox/QuotedString.h"
+#include "Mox/ValueTable.h"
 
 namespace L3 {
+namespace {
+
+constexpr Mox::ValueOperations operations = Mox::simpleOperations<VrfName>();
+constexpr Mox::Reflection reflection{.value = &operations};
+
+}  // namespace
+
+constinit const Mox::Type VrfName::moxType{"L3::VrfName", &reflection};
 
 // The names in use, by their bytes.
 struct VrfName::Table {

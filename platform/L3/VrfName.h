@@ -7,6 +7,7 @@
 
 #include "Mox/CharRange.h"
 #include "Mox/Hash.h"
+#include "Mox/Type.h"
 #include "Velo/String.h"
 
 namespace L3 {
@@ -20,6 +21,7 @@ namespace L3 {
 /// thread.
 class [[gnu::visibility("default")]] VrfName {
  public:
+  static const Mox::Type moxType;
   static constexpr std::size_t maxLength = 100;
 
   /// The empty name.

@@ -5,8 +5,6 @@
 namespace Mox {
 namespace {
 
-constexpr Type dirType{"Mox::Dir"};
-
 // An entry may have got another parent since.
 void leave(const Dir* dir, Entity& entry) {
   if (entry.parent().get() == dir) entry.parentIs(nullptr);
@@ -26,7 +24,7 @@ Dir::~Dir() {
 }
 
 const Type* Dir::fwkType() const {
-  return &dirType;
+  return &moxType;
 }
 
 void Dir::entryIs(const Ptr<Entity>& entity) {

@@ -8,6 +8,8 @@ namespace Mox {
 /// A directory: an entity that holds others under their names.
 class [[gnu::visibility("default")]] Dir final : public Entity {
  public:
+  static constexpr Type moxType{"Mox::Dir"};
+
   /// A new empty directory.
   [[nodiscard]] static Ptr<Dir> DirIs(const Velo::String& name);
   explicit Dir(const Velo::String& name) noexcept;

@@ -3,18 +3,13 @@
 #include <utility>
 
 namespace Mox {
-namespace {
-
-constexpr Type entityType{"Mox::Entity"};
-
-}  // namespace
 
 Entity::Entity(Velo::String name) noexcept : name_(std::move(name)) {}
 
 Entity::~Entity() = default;
 
 const Type* Entity::fwkType() const {
-  return &entityType;
+  return &moxType;
 }
 
 Velo::String Entity::nameString() const {

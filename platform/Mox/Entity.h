@@ -8,6 +8,8 @@ namespace Mox {
 /// An entity with a name and a place: the parent, which it does not own.
 class [[gnu::visibility("default")]] Entity : public PtrInterface {
  public:
+  static constexpr Type moxType{"Mox::Entity"};
+
   [[nodiscard]] const Type* fwkType() const override;
   ~Entity() override;
 

@@ -34,13 +34,13 @@ std::string_view EnumType<unsigned char>::name(unsigned char code) const noexcep
 
 unsigned char EnumType<unsigned char>::code(unsigned code) const {
   if (code < names_.size()) return static_cast<unsigned char>(code);
-  throw RangeException("no " + std::string(type_.name) + " has the code " + std::to_string(code) +
+  throw RangeException("no " + std::string(typeName_) + " has the code " + std::to_string(code) +
                        ", expected 0 to " + std::to_string(names_.size() - 1));
 }
 
 unsigned char EnumType<unsigned char>::code(std::string_view name) const {
   if (const auto found = find(names_, name)) return *found;
-  throw RangeException("no " + std::string(type_.name) + " has the name '" + std::string(name) +
+  throw RangeException("no " + std::string(typeName_) + " has the name '" + std::string(name) +
                        "', expected " + allNames());
 }
 

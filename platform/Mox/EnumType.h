@@ -6,7 +6,6 @@
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
-#include "Mox/Type.h"
 
 namespace Mox {
 
@@ -27,11 +26,14 @@ class [[gnu::visibility("default")]] EnumType<unsigned char> {
  public:
   /// `names` are the names of the codes 0, 1, ... and must outlive this.
   constexpr EnumType(std::string_view typeName, std::span<const std::string_view> names) noexcept
-      : type_{typeName}, names_(names) {}
+      : typeName_(typeName), names_(names) {}
 
-  /// The entry for the type table of the module that defines the enumeration.
-  [[nodiscard]] constexpr const Type& type() const noexcept {
-    return type_;
+  [[nodiscard]] constexpr std::string_view typeName() const noexcept {
+    return typeName_;
+  }
+  /// The names of the codes 0, 1, ...
+  [[nodiscard]] constexpr std::span<const std::string_view> names() const noexcept {
+    return names_;
   }
 
   /// The name of `code`.
@@ -47,7 +49,7 @@ class [[gnu::visibility("default")]] EnumType<unsigned char> {
  private:
   [[nodiscard]] std::string allNames() const;
 
-  Type type_;
+  std::string_view typeName_;
   std::span<const std::string_view> names_;
 };
 

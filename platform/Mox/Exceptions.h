@@ -20,4 +20,19 @@ class [[gnu::visibility("default")]] NullArgumentException : public std::invalid
           "null argument to the mutator of attribute '" + std::string(attribute) + "'"){}
 };
 
+/// An operation by name or number was given arguments that it does not take.
+class [[gnu::visibility("default")]] ArgumentException : public std::invalid_argument {
+ public:
+  using std::invalid_argument::invalid_argument;
+};
+
+/// A member of a set was to be set to false: a set holds members only, they are removed.
+class [[gnu::visibility("default")]] FalseMemberException : public ArgumentException{
+  public :
+      /// `attribute` is the name of the set.
+      explicit FalseMemberException(std::string_view attribute) :
+          ArgumentException("a member of the set '" + std::string(attribute) +
+                            "' cannot be set to false, only deleted"){}
+};
+
 }  // namespace Mox

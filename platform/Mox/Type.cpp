@@ -2,18 +2,30 @@
 
 #include <algorithm>
 
+#include "Mox/AnyValue.h"
+
 namespace Mox {
 namespace {
 
-std::vector<Module>& modules() {
-  static std::vector<Module> registered;
+// A registered module with the defaults that it shares.
+struct Registered : Module {
+  explicit Registered(const Module& module) : Module(module) {
+    for (const Type* type : shared)
+      defaults.push_back(AnyValue::ofType(*type));
+  }
+
+  std::vector<AnyValue> defaults;
+};
+
+std::vector<Registered>& modules() {
+  static std::vector<Registered> registered;
   return registered;
 }
 
 }  // namespace
 
 void moxModuleIs(const Module& module) {
-  modules().push_back(module);
+  modules().emplace_back(module);
 }
 
 void moxModuleDel(std::string_view moduleName) noexcept {
@@ -42,6 +54,15 @@ std::vector<std::string_view> moxModules() {
   for (const Module& module : modules())
     names.push_back(module.name);
   return names;
+}
+
+const AnyValue* moxDefault(const Type& type) noexcept {
+  for (const Registered& module : modules()) {
+    for (const AnyValue& value : module.defaults) {
+      if (value.type() == &type) return &value;
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace Mox

@@ -6,16 +6,24 @@
 
 namespace Mox {
 
+class AnyValue;
+struct Reflection;
+
 /// One entry of a module's type table. Entries are constants of the module that defines the type
 /// and live as long as that module is loaded; `fwkType()` of an entity answers with its entry.
 struct Type {
   std::string_view name;
+  /// What can be done with the type by name and number; null when it has no more than its name.
+  const Reflection* reflection = nullptr;
 };
 
 /// The types that one loaded module brings, under the module's name.
 struct Module {
   std::string_view name;
   std::span<const Type* const> types;
+  /// The value types of other modules that attributes of this one use: while it is registered,
+  /// each of them has a default value that all share.
+  std::span<const Type* const> shared = {};
 };
 
 /// Registers `module` process-wide; its names resolve from now on. A module registers while it is
@@ -35,5 +43,8 @@ struct Module {
 
 /// Names of the registered modules, in the order of their registration.
 [[nodiscard, gnu::visibility("default")]] std::vector<std::string_view> moxModules();
+
+/// The shared default value of `type`, null when no registered module shares one.
+[[nodiscard, gnu::visibility("default")]] const AnyValue* moxDefault(const Type& type) noexcept;
 
 }  // namespace Mox

@@ -3,6 +3,8 @@
 #include <array>
 #include <ostream>
 
+#include "Mox/ValueTable.h"
+
 namespace PolicyMap {
 namespace {
 
@@ -14,7 +16,16 @@ std::string_view nameOf(ActionType type) {
   return enumType.name(static_cast<unsigned char>(type));
 }
 
+constexpr Mox::ValueOperations operations =
+    Mox::enumerationOperations<ActionType, &actionTypeNames>();
+constexpr Mox::Reflection reflection{
+    .value = &operations,
+    .names = &Mox::Values::allNames<&actionTypeNames>,
+};
+
 }  // namespace
+
+constinit const Mox::Type actionTypeType{"PolicyMap::ActionType", &reflection};
 
 const Mox::EnumType<unsigned char>& actionTypeNames() {
   return enumType;

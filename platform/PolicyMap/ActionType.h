@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 
+#include "Mox/AnyValue.h"
 #include "Mox/CharRange.h"
 #include "Mox/EnumType.h"
 #include "Velo/String.h"
@@ -20,6 +21,8 @@ enum class ActionType : unsigned char {
   discard = 3,
 };
 
+[[gnu::visibility("default")]] extern const Mox::Type actionTypeType;
+
 /// The names of the action types.
 [[nodiscard, gnu::visibility("default")]] const Mox::EnumType<unsigned char>& actionTypeNames();
 
@@ -34,3 +37,8 @@ enum class ActionType : unsigned char {
                                                         const ActionType& type);
 
 }  // namespace PolicyMap
+
+template <>
+struct Mox::TypeOf<PolicyMap::ActionType> {
+  static constexpr const Type& entry = PolicyMap::actionTypeType;
+};

@@ -11,11 +11,13 @@
 #include <string_view>
 #include <vector>
 
+#include "Mox/Reflection.h"
 #include "Mox/Type.h"
 
 namespace {
 
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::Not;
 
 // The platform's functions by the names that the compiler gives them.
@@ -123,6 +125,38 @@ TEST(LoadedAlone, RegistersItsTypesByBeingLoaded) {
     ASSERT_NE(type, nullptr) << name;
     EXPECT_EQ(type->name, name);
   }
+}
+
+TEST(LoadedAlone, LetsItsTypesBeUsedByNameAndNumber) {
+  const Loaded library(LIBRARY);
+  const auto findType = library.function<FindType>(findTypeName);
+  ASSERT_NE(findType, nullptr);
+  const Mox::Type* actionType = findType("ZelVrfSelectionPolicy::VrfAction");
+  ASSERT_NE(actionType, nullptr);
+  ASSERT_NE(actionType->reflection, nullptr);
+  std::vector<std::string> attributes;
+  for (const Mox::Attribute& attribute : actionType->reflection->attributes) {
+    attributes.push_back(std::to_string(attribute.number) + " " + std::string(attribute.name) +
+                         " " + attribute.kind());
+  }
+  EXPECT_THAT(attributes,
+              ElementsAre("2 vrfName L3::VrfName", "3 fallbackVrfName L3::VrfName",
+                          "4 postDecapVrfName L3::VrfName", "5 action PolicyMap::ActionType"));
+
+  const Mox::ValueOperations& actions = *actionType->reflection->value;
+  void* parsed = actions.parse(
+      "Value('ZelVrfSelectionPolicy::VrfAction', ** {'vrfName': 'red', 'fallbackVrfName': '', "
+      "'postDecapVrfName': '', 'action': actionVrf})");
+  void* copy = actions.copy(parsed);
+  void* unset = actions.construct(Mox::Arguments(actionType->name, {}));
+  EXPECT_TRUE(actions.isSet(parsed));
+  EXPECT_FALSE(actions.isSet(unset));
+  EXPECT_TRUE(actions.isEqual(parsed, copy));
+  EXPECT_FALSE(actions.isEqual(parsed, unset));
+  EXPECT_TRUE(actions.isLess(unset, parsed));
+  EXPECT_EQ(actions.hash(parsed), actions.hash(copy));
+  for (void* record : {parsed, copy, unset})
+    actions.destroy(record);
 }
 
 TEST(LoadedAlone, TakesItsTypesAlongWhenItIsUnloaded) {

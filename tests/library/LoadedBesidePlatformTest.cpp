@@ -8,16 +8,22 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Blinklog/Ring.h"
+#include "L3/VrfName.h"
+#include "Mox/AttributeText.h"
 #include "Mox/Ptr.h"
+#include "Mox/ReflectiveAccess.h"
 #include "Mox/TraceHandle.h"
+#include "PolicyMap/ActionType.h"
 #include "Quarry/Slab.h"
 #include "Routing/Hardware/RouteStatus.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
 
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 // A counted pointer is one word whatever it points to, and every entity begins with its base.
@@ -84,6 +90,31 @@ TEST_F(LoadedBesidePlatform, ItsFactoriesMakeEntitiesOfItsTypesWithNotifications
   }
 }
 
+TEST_F(LoadedBesidePlatform, ItsEntitiesAreCreatedWrittenReadAndShownByNamesAlone) {
+  const Mox::Type* tableType = Mox::moxType("ZelVrfSelectionPolicy::VrfHwConfig");
+  const Mox::Type* actionType = Mox::moxType("ZelVrfSelectionPolicy::VrfAction");
+  ASSERT_NE(tableType, nullptr);
+  ASSERT_NE(actionType, nullptr);
+  const Mox::Attribute* users = Mox::findAttribute(*tableType, "vrfRefCount");
+  ASSERT_NE(users, nullptr);
+
+  const Object table = Mox::create(*tableType);
+  const std::vector<Mox::AnyValue> fields{L3::VrfName("red"), PolicyMap::ActionType::vrf};
+  const Mox::AnyValue action = Mox::AnyValue::ofType(*actionType, fields);
+  EXPECT_EQ(Mox::access(*table, users->number, Mox::Operation::write, {action, 3U}).code,
+            Mox::ReturnCode::success);
+  EXPECT_EQ(Mox::access(*table, users->number, Mox::Operation::read, {action}).value,
+            Mox::AnyValue(3U));
+  EXPECT_EQ(Mox::attributeText(*table, "vrfRefCount").text, action.text().str() + ": 3\n");
+  EXPECT_EQ(Mox::iterate(*table, users->number)->key().type(), actionType);
+}
+
+TEST_F(LoadedBesidePlatform, UnloadedItTakesItsSharedDefaultsAlong) {
+  EXPECT_NE(Mox::moxDefault(L3::VrfName::moxType), nullptr);
+  unload();
+  EXPECT_EQ(Mox::moxDefault(L3::VrfName::moxType), nullptr);
+}
+
 TEST_F(LoadedBesidePlatform, UnloadedItLeavesNoModuleAndNoSlab) {
   for (const char* name : {vrfHwConfigFactory, vrfHwStatusFactory, policySmMountsFactory}) {
     static_cast<void>(makeTable(name));
@@ -92,7 +123,7 @@ TEST_F(LoadedBesidePlatform, UnloadedItLeavesNoModuleAndNoSlab) {
   EXPECT_NE(Quarry::Slab::find("ZelVrfSelectionPolicy::VrfHwConfig"), nullptr);
   unload();
   EXPECT_THAT(Quarry::Slab::typeNames(), IsEmpty());
-  EXPECT_THAT(Mox::moxModules(), IsEmpty());
+  EXPECT_THAT(Mox::moxModules(), ElementsAre("ZelPlatform"));
   EXPECT_EQ(Mox::moxType("ZelVrfSelectionPolicy::VrfHwConfig"), nullptr);
 }
 

@@ -1,8 +1,17 @@
 #include "Routing/Hardware/PrefixLensInExactMatch.h"
 
+#include "Mox/AttributeTable.h"
 #include "Mox/Exceptions.h"
 
 namespace Routing::Hardware {
+namespace {
+
+constexpr Mox::Reflection reflection{.nameOf = &Mox::namedBy<&PrefixLensInExactMatch::name>};
+
+}  // namespace
+
+constinit const Mox::Type PrefixLensInExactMatch::moxType{
+    "Routing::Hardware::PrefixLensInExactMatch", &reflection};
 
 Mox::Ptr<PrefixLensInExactMatch> PrefixLensInExactMatch::PrefixLensInExactMatchIs(
     const Velo::String& name) {

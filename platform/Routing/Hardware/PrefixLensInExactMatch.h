@@ -11,7 +11,7 @@ namespace Routing::Hardware {
 /// that enters or leaves the set.
 class [[gnu::visibility("default")]] PrefixLensInExactMatch final : public Mox::PtrInterface {
  public:
-  static constexpr Mox::Type moxType{"Routing::Hardware::PrefixLensInExactMatch"};
+  static const Mox::Type moxType;
   static constexpr Mox::AttributeId prefixLenAttribute = 258;
   /// The longest prefix of either address family.
   static constexpr unsigned char longest = 128;

@@ -2,7 +2,22 @@
 
 #include <utility>
 
+#include "Mox/AttributeTable.h"
+
 namespace Routing::Hardware {
+namespace {
+
+constexpr Mox::Attribute attributes[] = {
+    {VrfStatus::vrfIdAttribute, "vrfId", Mox::field<&VrfStatus::vrfId, &VrfStatus::vrfIdIs>()},
+};
+constexpr Mox::Reflection reflection{
+    .attributes = attributes,
+    .nameOf = &Mox::namedBy<&VrfStatus::name>,
+};
+
+}  // namespace
+
+constinit const Mox::Type VrfStatus::moxType{"Routing::Hardware::VrfStatus", &reflection};
 
 Mox::Ptr<VrfStatus> VrfStatus::VrfStatusIs(L3::VrfName name) {
   return Mox::makeActivePtr<VrfStatus>(std::move(name));

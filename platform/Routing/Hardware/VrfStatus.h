@@ -10,7 +10,7 @@ namespace Routing::Hardware {
 /// What the hardware knows of one VRF. Reactors are told of a change of `vrfId`.
 class [[gnu::visibility("default")]] VrfStatus final : public Mox::PtrInterface {
  public:
-  static constexpr Mox::Type moxType{"Routing::Hardware::VrfStatus"};
+  static const Mox::Type moxType;
   static constexpr Mox::AttributeId vrfIdAttribute = 259;
 
   [[nodiscard]] static Mox::Ptr<VrfStatus> VrfStatusIs(L3::VrfName name);

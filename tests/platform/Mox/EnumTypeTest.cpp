@@ -30,7 +30,8 @@ TEST(EnumType, NamesItsCodes) {
   EXPECT_EQ(switchType.name(0), "off");
   EXPECT_EQ(switchType.name(1), "on");
   EXPECT_EQ(switchType.name(2), "dimmed");
-  EXPECT_EQ(switchType.type().name, "Lamp::Switch");
+  EXPECT_EQ(switchType.typeName(), "Lamp::Switch");
+  EXPECT_TRUE(std::equal(names.begin(), names.end(), switchType.names().begin()));
 }
 
 TEST(EnumType, ShowsACodeBeyondItsTableInDecimal) {

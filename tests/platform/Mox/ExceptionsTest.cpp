@@ -24,5 +24,22 @@ TEST(Exceptions, ANullArgumentNamesItsAttribute) {
   }
 }
 
+TEST(Exceptions, AFalseMemberNamesItsSetAndIsAWrongArgument) {
+  try {
+    throw FalseMemberException("dependentVrfs");
+  } catch (const ArgumentException& error) {
+    EXPECT_STREQ(error.what(),
+                 "a member of the set 'dependentVrfs' cannot be set to false, only deleted");
+  }
+}
+
+TEST(Exceptions, AWrongArgumentIsTheStandardOne) {
+  try {
+    throw ArgumentException("colour: expected 1 arguments, found 0");
+  } catch (const std::invalid_argument& error) {
+    EXPECT_STREQ(error.what(), "colour: expected 1 arguments, found 0");
+  }
+}
+
 }  // namespace
 }  // namespace Mox

@@ -1,5 +1,7 @@
 #include "Mox/Type.h"
 
+#include "Mox/AnyValue.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -63,6 +65,23 @@ TEST_F(TypeRegistry, ForgettingAnUnknownModuleChangesNothing) {
   const std::vector<std::string_view> before = moxModules();
   moxModuleDel("RegistryNobody");
   EXPECT_EQ(moxModules(), before);
+}
+
+TEST_F(TypeRegistry, ATypeHasNoMoreThanItsNameUnlessItIsGivenAReflection) {
+  EXPECT_EQ(moxType("Registry::Lamp")->reflection, nullptr);
+  EXPECT_NE(moxType("unsigned")->reflection, nullptr);
+}
+
+TEST_F(TypeRegistry, SharesDefaultsWhileAModuleThatSharesThemIsRegistered) {
+  EXPECT_EQ(moxDefault(boolType), nullptr);
+  constexpr std::array shared{&boolType};
+  moxModuleIs({"RegistrySwitches", {}, shared});
+  const AnyValue* value = moxDefault(boolType);
+  ASSERT_NE(value, nullptr);
+  EXPECT_EQ(*value, AnyValue(false));
+  EXPECT_EQ(moxDefault(lamp), nullptr);
+  moxModuleDel("RegistrySwitches");
+  EXPECT_EQ(moxDefault(boolType), nullptr);
 }
 
 TEST_F(TypeRegistry, TakesAModuleThatComesAgain) {

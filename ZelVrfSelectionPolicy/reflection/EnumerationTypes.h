@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Mox/AnyValue.h"
+#include "ZelVrfSelectionPolicy/values/FailureCode.h"
+#include "ZelVrfSelectionPolicy/values/ProgrammingResult.h"
+
+// The entries of the library's enumerations, which have no class to keep them in. With this header
+// their values can be attributes.
+
+namespace ZelVrfSelectionPolicy {
+
+[[gnu::visibility("default")]] extern const Mox::Type failureCodeType;
+[[gnu::visibility("default")]] extern const Mox::Type programmingResultType;
+
+}  // namespace ZelVrfSelectionPolicy
+
+template <>
+struct Mox::TypeOf<ZelVrfSelectionPolicy::FailureCode> {
+  static constexpr const Type& entry = ZelVrfSelectionPolicy::failureCodeType;
+};
+template <>
+struct Mox::TypeOf<ZelVrfSelectionPolicy::ProgrammingResult> {
+  static constexpr const Type& entry = ZelVrfSelectionPolicy::programmingResultType;
+};
