@@ -44,6 +44,7 @@ TEST_F(ConsoleAtATerminal, AnswersOneCommandAfterTheOtherUntilItIsLeft) {
   console.waitFor("error: a command must begin with ");
   console.waitFor(prompt);
   console.type(leaveKey);
+  console.waitFor("\r\n");
   EXPECT_EQ(console.exitStatus(), 0);
   EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 5);
 }
