@@ -129,10 +129,11 @@ TEST_F(Commands, ShowTraceGivesTheLastMessages) {
   for (const char* const member : {"level", "line", "path", "function", "text"})
     EXPECT_TRUE(records[1].contains(member)) << member;
   const std::string function = records[1]["function"];
-  EXPECT_THAT(text("show trace 1"),
-              AllOf(StartsWith(records[1]["sequence"].dump() + " " + records[1]["level"].dump() +
-                               " line " + records[1]["line"].dump() + " " + function + ": "),
-                    HasSubstr(records[1]["text"].get<std::string>())));
+  EXPECT_THAT(
+      text("show trace 1"),
+      AllOf(StartsWith(records[1]["sequence"].dump() + " level " + records[1]["level"].dump() +
+                       " line " + records[1]["line"].dump() + " " + function + ": "),
+            HasSubstr(records[1]["text"].get<std::string>())));
 }
 
 TEST_F(Commands, ShowTraceGivesTwentyMessagesUnlessToldOtherwise) {

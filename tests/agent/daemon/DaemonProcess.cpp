@@ -85,6 +85,13 @@ SocketFolder::~SocketFolder() {
 DaemonProcess::DaemonProcess(const std::string& configuration, const std::string& socket,
                              const std::vector<std::string>& arguments,
                              const std::vector<std::string>& environment)
+    : DaemonProcess(Unawaited{}, configuration, socket, arguments, environment) {
+  EXPECT_EQ(outLine(), "serving on " + socket);
+}
+
+DaemonProcess::DaemonProcess(Unawaited /*unawaited*/, const std::string& configuration,
+                             const std::string& socket, const std::vector<std::string>& arguments,
+                             const std::vector<std::string>& environment)
     : socket_(socket) {
   const Pipe out = makePipe();
   const Pipe err = makePipe();
@@ -103,7 +110,6 @@ DaemonProcess::DaemonProcess(const std::string& configuration, const std::string
   close(err.write);
   out_ = out.read;
   err_ = err.read;
-  EXPECT_EQ(readLine(out_), "serving on " + socket);
 }
 
 DaemonProcess::~DaemonProcess() {
@@ -130,6 +136,10 @@ int DaemonProcess::exitStatus() {
 int DaemonProcess::end() {
   signal(SIGTERM);
   return exitStatus();
+}
+
+std::optional<std::string> DaemonProcess::outLine() {
+  return readLine(out_);
 }
 
 std::optional<std::string> DaemonProcess::errLine() {

@@ -23,9 +23,16 @@ class SocketFolder final {
   std::string folder_;
 };
 
+// Says that a daemon may turn out not to serve.
+struct Unawaited {};
+
 class DaemonProcess final {
  public:
-  // Starts `zel-agent serve` and waits until it serves. `environment` is NAME=VALUE, added to that
+  // Starts `zel-agent serve`, and waits for nothing.
+  DaemonProcess(Unawaited unawaited, const std::string& configuration, const std::string& socket,
+                const std::vector<std::string>& arguments = {},
+                const std::vector<std::string>& environment = {});
+  // The same, and waits until it serves. `environment` is NAME=VALUE, added to that
   // of the test.
   DaemonProcess(const std::string& configuration, const std::string& socket,
                 const std::vector<std::string>& arguments = {},
@@ -41,7 +48,8 @@ class DaemonProcess final {
   // SIGTERM, and its exit status.
   int end();
 
-  // The next line that it writes to standard error; nothing at its end.
+  // The next line that it writes to standard output, or error; nothing at its end.
+  std::optional<std::string> outLine();
   std::optional<std::string> errLine();
   // Everything that it writes to standard error until it ends.
   std::string restOfErr();

@@ -1,6 +1,7 @@
 // Which socket a daemon takes, how it makes it, and what keeps it from serving.
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -8,6 +9,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 
 #include "tests/agent/AgentProcess.h"
@@ -110,6 +112,32 @@ TEST_F(ServeSocket, WhosePathIsTooLongIsRefused) {
 TEST_F(ServeSocket, InAFolderThatIsNotThereIsRefused) {
   EXPECT_THAT(refusal(config_, folder_.path("none/s"), 1),
               EndsWith("its folder cannot be opened: No such file or directory\n"));
+}
+
+TEST_F(ServeSocket, InAFolderThatIsKeptLockedIsRefused) {
+  const int folder = open(folder_.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(folder, LOCK_EX), 0);
+  EXPECT_THAT(refusal(config_, path_, 1), HasSubstr("another process keeps its folder locked"));
+  close(folder);
+  DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(daemon.end(), 0);
+}
+
+TEST_F(ServeSocket, ThatManyWouldReplaceAtOnceIsServedByOne) {
+  makeStaleSocket();
+  std::deque<DaemonProcess> daemons;
+  for (int i = 0; i < 8; ++i)
+    daemons.emplace_back(Unawaited{}, config_, path_);
+  int serving = 0;
+  for (DaemonProcess& daemon : daemons) {
+    if (daemon.outLine() == "serving on " + path_) {
+      ++serving;
+    } else {
+      EXPECT_EQ(daemon.exitStatus(), 1);
+    }
+  }
+  EXPECT_EQ(serving, 1);
+  EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
 }
 
 TEST_F(ServeSocket, IsNotMadeWhereTheConfigurationIsBad) {
