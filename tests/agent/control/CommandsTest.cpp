@@ -13,9 +13,10 @@ namespace {
 
 using nlohmann::json;
 using ::testing::AllOf;
-using ::testing::ElementsAre;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
@@ -148,7 +149,7 @@ TEST_F(Commands, ShowTypesListsTheTypesOfTheLibrary) {
   EXPECT_THAT(text("show types"), HasSubstr("\n  ZelVrfSelectionPolicy::VrfHwStatus\n"));
   const json modules = output("show types");
   EXPECT_EQ(modules[0]["module"], "ZelVrfSelectionPolicy");
-  EXPECT_THAT(modules[0]["types"], SizeIs(12));
+  EXPECT_THAT(modules[0]["types"], Contains("ZelVrfSelectionPolicy::VrfAction"));
 }
 
 TEST_F(Commands, AnEventIsAnsweredWithItsEffects) {
@@ -232,12 +233,10 @@ TEST_F(Commands, AReloadThatIsTakenEndsTheMemoryOfARefusal) {
 }
 
 TEST_F(Commands, AnUnknownCommandIsToldWhatThereIs) {
-  EXPECT_EQ(error("shw"),
-            "a command must begin with chip, complete, config, decap-nh, decap-nh-fallback, "
-            "fallback, help, prefix-lens, reload, show or vrf, found 'shw'");
-  EXPECT_EQ(error("show vrf"),
-            "show must be followed by actions, config, fallback, trace, types, vrfs or the end of "
-            "the line, found 'vrf'");
+  EXPECT_THAT(error("shw"), AllOf(StartsWith("a command must begin with chip, "),
+                                  HasSubstr(", reload, "), HasSubstr(" or vrf, found 'shw'")));
+  EXPECT_THAT(error("show vrf"), AllOf(StartsWith("show must be followed by actions, "),
+                                       HasSubstr(", vrfs or the end of the line, found 'vrf'")));
   EXPECT_EQ(error("'show' vrfs").substr(0, 26), "a command must begin with ");
 }
 
@@ -263,10 +262,9 @@ TEST_F(Commands, HelpHasALineForEachForm) {
 }
 
 TEST_F(Commands, CompletionOffersWordsOfTheTable) {
-  EXPECT_EQ(output("complete ''"),
-            json({"chip", "complete", "config", "decap-nh", "decap-nh-fallback", "fallback", "help",
-                  "prefix-lens", "reload", "show", "vrf"}));
-  EXPECT_EQ(output("complete 'show t'"), json({"trace", "types"}));
+  EXPECT_THAT(output("complete ''"), IsSupersetOf({"chip", "help", "show", "vrf"}));
+  EXPECT_EQ(output("complete 'decap-nh-'"), json({"decap-nh-fallback"}));
+  EXPECT_EQ(output("complete 'show vr'"), json({"vrfs"}));
   EXPECT_EQ(text("complete 'prefix-lens '"), "ipv4\nipv6\n");
   EXPECT_EQ(output("complete 'show actions '"), json::array());
   EXPECT_EQ(output("complete 'nonsense '"), json::array());
