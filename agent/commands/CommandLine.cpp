@@ -144,7 +144,7 @@ void describeServe(CLI::App& app, CommandLine& commandLine) {
   addCount(*serve, "--chip-capacity", commandLine.serve.chipCapacity,
            "VRF resources that the chip has");
   addCount(*serve, "--client-timeout", commandLine.clientTimeout,
-           "Seconds after which a client that takes nothing of its answer is dropped");
+           "Seconds after which a client that takes nothing of its answer is dropped; 0 for never");
 }
 
 void describeCtl(CLI::App& app, CommandLine& commandLine) {

@@ -3,8 +3,8 @@
 #include <editline/readline.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -59,7 +59,10 @@ LineEditor::~LineEditor() {
 
 std::optional<std::string> LineEditor::readLine() {
   const std::unique_ptr<char, void (*)(void*)> line(readline(prompt_.c_str()), std::free);
-  if (!line) return std::nullopt;
+  if (!line) {
+    std::puts("");  // what follows the prompt begins a line of its own
+    return std::nullopt;
+  }
   remember(line.get());
   return line.get();
 }

@@ -65,8 +65,7 @@ class Search final {
 
   [[nodiscard]] std::set<std::string> nextWords() const {
     std::set<std::string> next;
-    for (const CommandRow& row : commandTable()) {
-      const CommandForm form(row.form);
+    for (const CommandForm& form : commandForms()) {
       if (form.name().size() > words_.size() && beginsWith(form.name(), words_)) {
         next.insert(form.name()[words_.size()]);
       }
@@ -75,10 +74,11 @@ class Search final {
   }
 
   static const CommandRow* rowOf(const Words& name) {
-    for (const CommandRow& row : commandTable()) {
-      if (CommandForm(row.form).name() == name) return &row;
-    }
-    return nullptr;
+    const auto& forms = commandForms();
+    const auto found = std::find_if(forms.begin(), forms.end(),
+                                    [&](const CommandForm& form) { return form.name() == name; });
+    if (found == forms.end()) return nullptr;
+    return &commandTable()[static_cast<std::size_t>(found - forms.begin())];
   }
 
   [[noreturn]] void fail(bool mayEnd, const std::set<std::string>& next) const {

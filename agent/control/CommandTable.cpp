@@ -58,4 +58,14 @@ std::span<const CommandRow> commandTable() noexcept {
   return rows;
 }
 
+const std::vector<CommandForm>& commandForms() {
+  static const std::vector<CommandForm> forms = [] {
+    std::vector<CommandForm> read;
+    for (const CommandRow& row : rows)
+      read.emplace_back(row.form);
+    return read;
+  }();
+  return forms;
+}
+
 }  // namespace ZelAgent

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "agent/control/CommandCall.h"
+#include "agent/control/CommandForm.h"
 
 namespace ZelAgent {
 
@@ -17,5 +19,8 @@ struct CommandRow {
 };
 
 [[nodiscard]] std::span<const CommandRow> commandTable() noexcept;
+
+// The forms of the rows, read; in the order of the rows.
+[[nodiscard]] const std::vector<CommandForm>& commandForms();
 
 }  // namespace ZelAgent

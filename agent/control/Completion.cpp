@@ -36,8 +36,8 @@ bool standsForVrf(const std::string& choice) {
 std::set<std::string> candidatesAfter(const std::vector<std::string>& words,
                                       ForwardingAgent& agent) {
   std::set<std::string> candidates;
-  for (const CommandRow& row : commandTable()) {
-    for (const std::string& choice : CommandForm(row.form).choicesAfter(words)) {
+  for (const CommandForm& form : commandForms()) {
+    for (const std::string& choice : form.choicesAfter(words)) {
       if (standsForVrf(choice)) {
         for (const L3::VrfName& vrf : knownVrfs(agent))
           candidates.insert(toVrfWord(vrf.str()));

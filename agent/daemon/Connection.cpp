@@ -137,6 +137,7 @@ void Connection::watchProgress() {
     self->unsent_ = unsent;
     self->goOn();
   };
+  if (patience_.count() == 0) return;
   const auto time = static_cast<std::uint64_t>(patience_.count());
   uv_timer_start(timer_.get(), onTime, time, time);
 }

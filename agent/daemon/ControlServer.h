@@ -19,7 +19,7 @@ struct ServerLimits {
   std::size_t clients = 256;
   // Of one answer, which is all that can wait to be sent to a client.
   std::size_t unsentBytes = std::size_t{8} * 1024 * 1024;
-  // How long a client may take nothing of an answer that waits.
+  // How long a client may take nothing of an answer that waits; 0 for ever.
   std::chrono::milliseconds patience = std::chrono::seconds(30);
 };
 

@@ -16,6 +16,10 @@ Daemon::Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& er
       err_(err),
       served_(options.configuration, options.chipCapacity) {}
 
+Daemon::~Daemon() {
+  served_.agent().removeAll();
+}
+
 ExitStatus Daemon::serve() {
   std::signal(SIGPIPE, SIG_IGN);
   const auto end = [this] { loop_.stop(); };
@@ -23,13 +27,10 @@ ExitStatus Daemon::serve() {
   const SignalWatch onInterrupt(loop_, SIGINT, end);
   const SignalWatch onHangUp(loop_, SIGHUP, [this] { reload(); });
   warn(served_.start());
-  {
-    ListeningSocket socket(options_.socket);
-    const ControlServer server(loop_, socket, served_, options_.limits);
-    if (!announce()) return ExitStatus::failure;
-    loop_.run();
-  }
-  served_.agent().removeAll();
+  ListeningSocket socket(options_.socket);
+  const ControlServer server(loop_, socket, served_, options_.limits);
+  if (!announce()) return ExitStatus::failure;
+  loop_.run();
   return ExitStatus::success;
 }
 

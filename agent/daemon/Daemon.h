@@ -1,7 +1,7 @@
 // Why: an agent that serves has one life: it takes its configuration, listens, changes when it is
 // told, and leaves as it came.
-// Always: at the end nothing is left: no client, no socket file, no configuration on the chip. A
-// configuration that is wrong ends it only at the start.
+// Always: at the end nothing is left: no client, then no socket file, then no configuration on the
+// chip. A configuration that is wrong ends it only at the start.
 #pragma once
 
 #include <chrono>
@@ -28,7 +28,8 @@ class Daemon final {
   Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err);
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
-  ~Daemon() = default;
+  // Removes all configuration from the agent.
+  ~Daemon();
 
   // Serves until SIGTERM or SIGINT. Throws a ConfigError, a SocketError, or another
   // std::runtime_error of the system.

@@ -5,7 +5,9 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "agent/config/PrintableText.h"
 #include "agent/control/SocketAddress.h"
@@ -14,6 +16,8 @@ namespace ZelAgent {
 namespace {
 
 constexpr int backlog = 128;
+constexpr int lockAttempts = 100;
+constexpr auto lockPause = std::chrono::milliseconds(10);
 
 // The file mode mask of the process, as long as this lives.
 class FileModeMask final {
@@ -39,18 +43,19 @@ int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileDesc
   return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-// Two daemons that replace the same stale socket must not replace each other's. The lock ends with
-// its descriptor.
+// Two daemons that replace the same stale socket must not replace each other's. The lock is held
+// for an instant by each that starts; it ends with its descriptor.
 FileDescriptor lockFolderOf(const std::string& path) {
   const std::string parent = std::filesystem::path(path).parent_path();
   FileDescriptor folder(
       open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.isOpen()) throw socketErrorOf(path, "its folder cannot be opened", errno);
-  if (flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
-    throw SocketError(printable(path, 1000) +
-                      ": another daemon is just starting in this folder; try again");
+  for (int attempt = 0; attempt < lockAttempts; ++attempt) {
+    if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) return folder;
+    std::this_thread::sleep_for(lockPause);
   }
-  return folder;
+  throw SocketError(printable(path, 1000) +
+                    ": another process keeps its folder locked; end it, or give another path");
 }
 
 // Whether nobody listens on the socket that is at the path.

@@ -6,31 +6,12 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 extern char** environ;
 
 namespace ZelAgent {
 namespace {
-
-std::string readFile(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-std::string pathInTestFolder(const std::string& name) {
-  const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
-  std::string folder = std::string(test->test_suite_name()) + '.' + test->name();
-  for (char& character : folder) {
-    if (character == '/') character = '.';
-  }
-  const auto path = std::filesystem::path(::testing::TempDir()) / "zel-agent-tests" / folder;
-  std::filesystem::create_directories(path);
-  return path / name;
-}
 
 class FileActions final {
  public:
@@ -64,6 +45,21 @@ int exitStatusOf(std::vector<std::string>& arguments, const FileActions& actions
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+AgentOutcome run(std::vector<std::string> arguments, const std::string& input,
+                 const std::string& out) {
+  unsetenv("MOX_TRACE");
+  arguments.insert(arguments.begin(), ZEL_AGENT_BINARY);
+  const std::string err = pathInTestFolder("stderr");
+  FileActions actions;
+  actions.open(0, input, O_RDONLY);
+  actions.open(1, out, O_WRONLY | O_CREAT | O_TRUNC);
+  actions.open(2, err, O_WRONLY | O_CREAT | O_TRUNC);
+  AgentOutcome outcome;
+  outcome.status = exitStatusOf(arguments, actions);
+  outcome.err = readFile(err);
+  return outcome;
+}
+
 }  // namespace
 
 std::vector<nlohmann::json> AgentOutcome::documents() const {
@@ -76,29 +72,18 @@ std::vector<nlohmann::json> AgentOutcome::documents() const {
 }
 
 AgentOutcome runAgentInto(const std::string& file, std::vector<std::string> arguments) {
-  unsetenv("MOX_TRACE");
-  arguments.insert(arguments.begin(), ZEL_AGENT_BINARY);
-  const std::string err = pathInTestFolder("stderr");
-  FileActions actions;
-  actions.open(1, file, O_WRONLY | O_CREAT | O_TRUNC);
-  actions.open(2, err, O_WRONLY | O_CREAT | O_TRUNC);
-  AgentOutcome outcome;
-  outcome.status = exitStatusOf(arguments, actions);
-  outcome.err = readFile(err);
-  return outcome;
+  return run(std::move(arguments), "/dev/null", file);
 }
 
 AgentOutcome runAgent(std::vector<std::string> arguments) {
-  const std::string out = pathInTestFolder("stdout");
-  AgentOutcome outcome = runAgentInto(out, std::move(arguments));
-  outcome.out = readFile(out);
-  return outcome;
+  return runAgentReading("/dev/null", std::move(arguments));
 }
 
-std::string writeFile(const std::string& name, const std::string& text) {
-  const std::string path = pathInTestFolder(name);
-  std::ofstream(path, std::ios::binary) << text;
-  return path;
+AgentOutcome runAgentReading(const std::string& input, std::vector<std::string> arguments) {
+  const std::string out = pathInTestFolder("stdout");
+  AgentOutcome outcome = run(std::move(arguments), input, out);
+  outcome.out = readFile(out);
+  return outcome;
 }
 
 std::string examplePath(const std::string& name) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/agent/TestFiles.h"
+
 namespace ZelAgent {
 
 struct AgentOutcome {
@@ -22,8 +24,9 @@ struct AgentOutcome {
 [[nodiscard]] AgentOutcome runAgentInto(const std::string& file,
                                         std::vector<std::string> arguments);
 
-// Writes a file of the test that runs, and gives its path.
-[[nodiscard]] std::string writeFile(const std::string& name, const std::string& text);
+// The same with standard input coming from a file; it is empty otherwise.
+[[nodiscard]] AgentOutcome runAgentReading(const std::string& input,
+                                           std::vector<std::string> arguments);
 
 [[nodiscard]] std::string examplePath(const std::string& name);
 

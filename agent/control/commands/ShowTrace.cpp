@@ -28,7 +28,7 @@ std::vector<Blinklog::Record> lastRecords(std::size_t number) {
 }
 
 void writeRecord(std::ostream& out, const Blinklog::Record& record) {
-  out << record.sequence << ' ' << record.site->level << " line " << record.site->line << ' '
+  out << record.sequence << " level " << record.site->level << " line " << record.site->line << ' '
       << record.site->function << ": " << printable(record.text, std::string_view::npos) << '\n';
 }
 

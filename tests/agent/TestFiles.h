@@ -1,0 +1,15 @@
+// Files that a test writes and reads, each test in a folder of its own.
+#pragma once
+
+#include <string>
+
+namespace ZelAgent {
+
+[[nodiscard]] std::string pathInTestFolder(const std::string& name);
+
+// Writes a file of the test that runs, and gives its path.
+std::string writeFile(const std::string& name, const std::string& text);
+
+[[nodiscard]] std::string readFile(const std::string& path);
+
+}  // namespace ZelAgent

@@ -1,0 +1,36 @@
+// Runs the real agent at a terminal of its own, and types.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ZelAgent {
+
+class TerminalProcess final {
+ public:
+  // `environment` is NAME=VALUE, added to that of the test.
+  TerminalProcess(std::vector<std::string> arguments, const std::vector<std::string>& environment);
+  TerminalProcess(const TerminalProcess&) = delete;
+  TerminalProcess& operator=(const TerminalProcess&) = delete;
+  // Kills it if it has not ended.
+  ~TerminalProcess();
+
+  void type(std::string_view keys) const;
+  // Waits until the text is on the screen, behind what was waited for before; what comes up to it
+  // is returned. A failure where it never comes.
+  std::string waitFor(const std::string& text);
+  // Waits for its end and gives its exit status; -1 where a signal ended it.
+  int exitStatus();
+
+ private:
+  bool readMore();
+
+  pid_t process_ = -1;
+  int terminal_ = -1;
+  std::string screen_;  // and not yet waited for
+};
+
+}  // namespace ZelAgent
