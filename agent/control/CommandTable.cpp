@@ -3,6 +3,7 @@
 #include "agent/control/commands/ConfigurationCommands.h"
 #include "agent/control/commands/EventCommand.h"
 #include "agent/control/commands/ExplainPacket.h"
+#include "agent/control/commands/GetAttribute.h"
 #include "agent/control/commands/HelpCommands.h"
 #include "agent/control/commands/ShowActions.h"
 #include "agent/control/commands/ShowFallback.h"
@@ -25,7 +26,9 @@ constexpr CommandRow rows[] = {
     {"show fallback", "Which VRF falls back to which now, and which actions name them",
      showFallback},
     {"show trace [N]", "The last N messages of the trace, 20 if not given", showTrace},
-    {"show types", "The registered types, by module", showTypes},
+    {"show types", "The registered types, their attributes, and what each accepts", showTypes},
+    {"get TYPE ATTRIBUTE [KEY...]", "An attribute of the library's objects of a type",
+     getAttribute},
     {"show config", "What is in force, and whether the last reload was taken", showConfig},
     {"reload", "Read the configuration file again and apply it, as SIGHUP does", reload},
     {"config FILE", "Apply a file, from the daemon's folder, in place of what is in force",
