@@ -5,7 +5,8 @@ namespace Mox {
 void Arguments::needCount(std::size_t count) const {
   if (values_.size() == count) return;
   throw ArgumentException(std::string(callee_) + ": expected " + std::to_string(count) +
-                          " arguments, found " + std::to_string(values_.size()));
+                          (count == 1 ? " argument" : " arguments") + ", found " +
+                          std::to_string(values_.size()));
 }
 
 void Arguments::refuse(std::size_t index, const std::string& expected) const {

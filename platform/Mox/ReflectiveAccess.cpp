@@ -9,6 +9,13 @@ const void* sameType(const Type& type, const AnyValue& other) {
                           other.describe());
 }
 
+std::unique_ptr<Iterator> iterateFrom(const Object& object, AttributeId number,
+                                      const AnyValue* key) {
+  const Attribute* attribute = findAttribute(object.type(), number);
+  if (attribute == nullptr || attribute->access.iterate == nullptr) return nullptr;
+  return attribute->access.iterate(object.readable(), key);
+}
+
 }  // namespace
 
 Answer access(const Object& object, AttributeId number, Operation operation,
@@ -42,17 +49,6 @@ Answer accessWhole(const Object& object, Operation operation, std::span<const An
   given.needCount(1);
   return {ReturnCode::success, compare(object.readable(), sameType(type, arguments[0]))};
 }
-
-namespace {
-
-std::unique_ptr<Iterator> iterateFrom(const Object& object, AttributeId number,
-                                      const AnyValue* key) {
-  const Attribute* attribute = findAttribute(object.type(), number);
-  if (attribute == nullptr || attribute->access.iterate == nullptr) return nullptr;
-  return attribute->access.iterate(object.readable(), key);
-}
-
-}  // namespace
 
 std::unique_ptr<Iterator> iterate(const Object& object, AttributeId attribute) {
   return iterateFrom(object, attribute, nullptr);

@@ -87,8 +87,10 @@ TEST_P(EveryAttribute, RefusesAnArgumentTooManyByItsName) {
     const std::string said = refusal<Mox::ArgumentException>([&] {
       Mox::access(world.object(row.type), row.number, static_cast<Operation>(number), arguments);
     });
-    EXPECT_EQ(said, row.name + (": expected " + std::to_string(arguments.size() - 1)) +
-                        " arguments, found " + std::to_string(arguments.size()));
+    const std::size_t expected = arguments.size() - 1;
+    EXPECT_EQ(said, row.name + (": expected " + std::to_string(expected)) +
+                        (expected == 1 ? " argument" : " arguments") + ", found " +
+                        std::to_string(arguments.size()));
   }
 }
 

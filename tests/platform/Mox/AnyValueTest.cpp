@@ -126,10 +126,12 @@ TEST(AnyValue, IsNotParsedFromAnyOtherText) {
       {&L3::VrfName::moxType, "red"},
       {&PolicyMap::actionTypeType, "vrf"},
   };
-  for (const auto& [type, text] : wrong) {
-    EXPECT_NE(refusal<RangeException>([&] { static_cast<void>(AnyValue::parsed(*type, text)); }),
+  for (const auto& each : wrong) {
+    const Type& type = *each.first;
+    const char* text = each.second;
+    EXPECT_NE(refusal<RangeException>([&] { static_cast<void>(AnyValue::parsed(type, text)); }),
               "no exception")
-        << type->name << " " << text;
+        << type.name << " " << text;
   }
   EXPECT_EQ(
       refusal<RangeException>([] { static_cast<void>(AnyValue::parsed(unsignedType, "many")); }),

@@ -35,9 +35,9 @@ TEST(Exceptions, AFalseMemberNamesItsSetAndIsAWrongArgument) {
 
 TEST(Exceptions, AWrongArgumentIsTheStandardOne) {
   try {
-    throw ArgumentException("colour: expected 1 arguments, found 0");
+    throw ArgumentException("colour: expected 1 argument, found 0");
   } catch (const std::invalid_argument& error) {
-    EXPECT_STREQ(error.what(), "colour: expected 1 arguments, found 0");
+    EXPECT_STREQ(error.what(), "colour: expected 1 argument, found 0");
   }
 }
 
