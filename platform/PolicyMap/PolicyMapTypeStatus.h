@@ -8,7 +8,7 @@
 namespace PolicyMap {
 
 /// A rule of a policy map on an interface to which it is applied.
-struct RuleKey {
+struct [[gnu::visibility("default")]] RuleKey {
   Velo::String intf;
   Velo::String policyMap;
   std::uint32_t sequence = 0;
