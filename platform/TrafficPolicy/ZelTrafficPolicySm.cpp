@@ -38,18 +38,15 @@ class Raised {
   bool& flag_;
 };
 
-// Hands each name to `use` and takes it out of `names`, also those that are put in meanwhile. A
-// name whose use throws stays in.
+// Takes the first name out of `names` and hands it to `use`. A name whose use throws stays in.
 template <class Use>
-void useUp(std::set<Velo::String>& names, Use use) {
-  while (!names.empty()) {
-    const Velo::String name = names.extract(names.begin()).value();
-    try {
-      use(name);
-    } catch (...) {
-      names.insert(name);
-      throw;
-    }
+void useFirst(std::set<Velo::String>& names, Use use) {
+  const Velo::String name = names.extract(names.begin()).value();
+  try {
+    use(name);
+  } catch (...) {
+    names.insert(name);
+    throw;
   }
 }
 
@@ -157,10 +154,10 @@ const Mox::Type* ZelTrafficPolicySm::fwkType() const {
 
 void ZelTrafficPolicySm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
+  const Mox::Ptr<ZelTrafficPolicySm> alive(this);
   ServicePolicySm::hasNotificationActiveIs(active);
   subscriptionsAre(active);
-  if (!active) return;
-  takeOver();
+  takesOver_ = active;
   synchronize();
 }
 
@@ -184,10 +181,11 @@ void ZelTrafficPolicySm::intfConfigDispatch(Velo::Publisher* /*publisher*/,
 
 void ZelTrafficPolicySm::policyConfigDispatch(Velo::Publisher* /*publisher*/,
                                               Velo::Subscriber* subscriber, short attributeId,
-                                              const void* key, const void* value) {
+                                              const void* key, const void* /*value*/) {
   if (attributeId != PolicyMapTypeConfig::policyMapAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
-  sm->classMapUsers_.policyMapIs(nameOf(key), static_cast<const PolicyMapRules*>(value));
+  // Not by the value told: a later one may have been told before.
+  sm->classMapUsers_.policyMapIs(nameOf(key), sm->inputs_.policyConfig->policyMap(nameOf(key)));
   sm->policyMapChanged(nameOf(key));
   sm->synchronize();
 }
@@ -251,15 +249,28 @@ void ZelTrafficPolicySm::synchronize() {
   if (isSynchronizing_) return;
   {
     const Raised synchronizing(isSynchronizing_);
-    while (!changedIntfs_.empty() || !changedPolicyMaps_.empty()) {
-      useUp(changedIntfs_, [this](const Velo::String& intf) { synchronizeIntf(intf); });
-      useUp(changedPolicyMaps_,
-            [this](const Velo::String& policyMap) { synchronizePolicyStatus(policyMap); });
-    }
+    while (hasNotificationActive() && isBehind())
+      synchronizeNext();
   }
-  if (ready_ || !isProgrammed()) return;
+  if (!hasNotificationActive() || ready_ || !isProgrammed()) return;
   ready_ = true;
   publisher().publish(readyAttribute, nullptr, &ready_);
+}
+
+bool ZelTrafficPolicySm::isBehind() const noexcept {
+  return takesOver_ || !changedIntfs_.empty() || !changedPolicyMaps_.empty();
+}
+
+void ZelTrafficPolicySm::synchronizeNext() {
+  if (takesOver_) {
+    takeOver();
+    takesOver_ = false;
+  } else if (!changedIntfs_.empty()) {
+    useFirst(changedIntfs_, [this](const Velo::String& intf) { synchronizeIntf(intf); });
+  } else {
+    useFirst(changedPolicyMaps_,
+             [this](const Velo::String& policyMap) { synchronizePolicyStatus(policyMap); });
+  }
 }
 
 void ZelTrafficPolicySm::synchronizeIntf(const Velo::String& intf) {

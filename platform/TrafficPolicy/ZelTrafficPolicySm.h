@@ -27,7 +27,8 @@ namespace TrafficPolicy {
 /// from an old one without touching a rule. The end of a machine leaves the rules in place.
 ///
 /// A change that a helper or a subscriber makes from inside a call is followed when the present one
-/// is done.
+/// is done. A machine that is switched off from inside a call ends with the interface that it is
+/// at.
 class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::ZelTrafficPolicySm"};
@@ -107,6 +108,8 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   void takeOver();
 
   void synchronize();
+  [[nodiscard]] bool isBehind() const noexcept;
+  void synchronizeNext();
   void synchronizeIntf(const Velo::String& intf);
   void synchronizePolicyStatus(const Velo::String& policyMap);
   [[nodiscard]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
@@ -118,6 +121,7 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   const TrafficPolicyInputs inputs_;
   bool ready_ = false;
   bool isSynchronizing_ = false;
+  bool takesOver_ = false;  // it has been switched on and has looked at nothing yet
   std::set<Velo::String> changedIntfs_;
   std::set<Velo::String> changedPolicyMaps_;
   ClassMapUsers classMapUsers_;
