@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,10 @@ struct InputChange {
   std::string input;
   std::string how;
   void (*apply)(PolicySmArguments& arguments);
+
+  friend std::ostream& operator<<(std::ostream& stream, const InputChange& change) {
+    return stream << change.input << change.how;
+  }
 };
 
 template <class Held>
@@ -102,7 +107,7 @@ std::vector<InputChange> changesThatRebuild() {
 }
 
 std::string nameOf(const ::testing::TestParamInfo<InputChange>& info) {
-  return info.param.input + info.param.how;
+  return ::testing::PrintToString(info.param);
 }
 
 class PolicyInputs : public Testing::PolicyFixture {
