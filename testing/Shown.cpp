@@ -1,8 +1,34 @@
 #include "testing/Shown.h"
 
+#include <arpa/inet.h>
+
+#include <array>
+#include <sstream>
+
 #include "Mox/QuotedString.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
+namespace {
+
+std::string shown(const Ip::Prefix& prefix) {
+  const int family = prefix.address.family == Ip::Family::v4 ? AF_INET : AF_INET6;
+  std::array<char, INET6_ADDRSTRLEN> text{};
+  inet_ntop(family, prefix.address.bytes.data(), text.data(), text.size());
+  return std::string(text.data()) + "/" + std::to_string(prefix.length);
+}
+
+std::string shown(const PolicyMap::ClassMatch& match) {
+  if (!match.family) return "any";
+  std::ostringstream text;
+  text << (*match.family == Ip::Family::v4 ? "v4" : "v6");
+  if (match.protocol) text << ",protocol=" << static_cast<unsigned>(*match.protocol);
+  if (match.dscps != 0) text << ",dscps=" << std::hex << match.dscps;
+  if (match.source) text << ",source=" << shown(*match.source);
+  if (match.destination) text << ",destination=" << shown(*match.destination);
+  return text.str();
+}
+
+}  // namespace
 
 std::string shown(const VrfAction& action) {
   const bool isPlain = action.action() == PolicyMap::ActionType::vrf &&
@@ -16,6 +42,13 @@ std::string shown(const HwStatus& status) {
   if (!status) return "ok";
   return stringValue(status.status()).str() + " " + stringValue(status.failureReason()).str() +
          " " + Mox::quoted(status.failureDescription().bytes());
+}
+
+std::string shown(const PolicyMap::AclRule& rule) {
+  VrfAction action(rule.action.vrfName, rule.action.type);
+  action.fallbackVrfNameIs(rule.action.fallbackVrfName);
+  action.postDecapVrfNameIs(rule.action.postDecapVrfName);
+  return shown(rule.match) + "->" + shown(action);
 }
 
 }  // namespace ZelVrfSelectionPolicy::Testing

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "PolicyMap/AclRule.h"
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
 
@@ -14,5 +15,9 @@ namespace ZelVrfSelectionPolicy::Testing {
 
 /// "ok" for a default record; otherwise result, reason and quoted description.
 [[nodiscard]] std::string shown(const HwStatus& status);
+
+/// What a rule matches and what it does, as in `v4,protocol=4,source=10.0.0.0/8->red`, with the
+/// names as in an action; `any` for a rule that matches every packet. Bits of `dscps` are in hex.
+[[nodiscard]] std::string shown(const PolicyMap::AclRule& rule);
 
 }  // namespace ZelVrfSelectionPolicy::Testing

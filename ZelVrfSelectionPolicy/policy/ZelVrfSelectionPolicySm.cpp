@@ -12,23 +12,37 @@ using TrafficPolicy::ZelTrafficPolicySm;
 const Duolog::Message policySmReady =
     message(7, 302, "handlePolicySmReady", {"handlePolicySmReady"});
 
-// Silences a VRF state machine while its successor is built, so that what a hook changes meanwhile
-// is handled by one of them. Unless the silence stays, the machine then speaks again.
-class VrfSmSilence {
+// Silences the present state machine while its successor is built, so that what a hook or a helper
+// changes meanwhile is handled by one of them. Unless the silence stays, the machine then speaks
+// again, if it is still the present one.
+template <class Sm>
+class Silence {
  public:
-  explicit VrfSmSilence(Mox::Ptr<VrfSm> vrfSm)
-      : vrfSm_(vrfSm && vrfSm->hasNotificationActive() ? std::move(vrfSm) : nullptr) {
-    if (vrfSm_) vrfSm_->hasNotificationActiveIs(false);
+  /// `present` must outlive this.
+  explicit Silence(const Mox::Ptr<Sm>& present)
+      : present_(present), sm_(present && present->hasNotificationActive() ? present : nullptr) {
+    if (sm_) sm_->hasNotificationActiveIs(false);
   }
-  VrfSmSilence(const VrfSmSilence&) = delete;
-  VrfSmSilence& operator=(const VrfSmSilence&) = delete;
-  ~VrfSmSilence() {
-    if (vrfSm_) vrfSm_->hasNotificationActiveIs(true);
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+  ~Silence() {
+    if (sm_ && sm_ == present_) endFor(*sm_);
   }
-  void stays() noexcept { vrfSm_ = nullptr; }
+  void stays() noexcept { sm_ = nullptr; }
 
  private:
-  Mox::Ptr<VrfSm> vrfSm_;
+  static void endFor(VrfSm& sm) { sm.hasNotificationActiveIs(true); }
+  // It programs what is configured, which may fail as the construction of its successor has. Then
+  // its next change mends that.
+  static void endFor(ZelTrafficPolicySm& sm) noexcept {
+    try {
+      sm.hasNotificationActiveIs(true);
+    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
+    }
+  }
+
+  const Mox::Ptr<Sm>& present_;
+  Mox::Ptr<Sm> sm_;
 };
 
 }  // namespace
@@ -159,9 +173,10 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
                                                     permitFragment,
                                                     expandNeighborsWhenNonPresent,
                                                     trafficPolicyHwStatus};
-    if (present->inputs() == wanted) return present;
+    if (policySm_ == present && present->inputs() == wanted) return present;
   }
   policySmSubscriptionIs(false);
+  Silence silence(policySm_);
   Mox::Ptr<ZelTrafficPolicySm> created = ZelTrafficPolicySm::ZelTrafficPolicySmIs(
       intfConfig, policyConfig, classTypeConfig, statusRequestDir, status, aclConfig,
       fieldSetConfig, lagConfig, ipConfig, ip6Config, ipStatus, ip6Status, routingVrfInfoDir,
@@ -169,10 +184,13 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
       nexthopStatus, timerWheel, nexthopGroupConfig, nexthopGroupStatus, mirroringHwConfig,
       sflowIntfCollector, udfConfig, zcsd, bgpNeighborConfigDir, expandAllRulesByVrf,
       permitFragment, expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
+  silence.stays();
+  Mox::Ptr<ZelTrafficPolicySm> replaced = policySmDel();  // unless bound meanwhile, the old one
   policySm_ = created;
+  replaced = nullptr;
   policySmSubscriptionIs(true);
   handlePolicySmReady();
-  created->hasNotificationActiveIs(true);
+  if (policySm_ == created) created->hasNotificationActiveIs(true);
   return created;
 }
 
@@ -197,7 +215,7 @@ Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmIs(
                          vrfSm_->routing6HwRouteStatus() == routing6HwRouteStatus;
   if (isPresent) return vrfSm_;
   const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
-  VrfSmSilence silence(vrfSm_);
+  Silence silence(vrfSm_);
   Mox::Ptr<VrfSm> created = VrfSm::VrfSmIs(vrfHwConfig, vrfHwStatus, vrfHelper, vrfFallbackConfig,
                                            routingHwRouteStatus, routing6HwRouteStatus);
   silence.stays();

@@ -77,9 +77,9 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
     return policySm_;
   }
   /// The traffic-policy state machine on these very objects and flags: the present one if it was
-  /// built with them, otherwise a new one, complete before the old one is released. `allowL2Intf`
-  /// is applied to the present machine in place. What the construction throws passes through; the
-  /// old machine is then kept, and its readiness is no longer observed.
+  /// built with them, otherwise a new one, complete before the old one, which is silenced, is
+  /// released. `allowL2Intf` is applied to the present machine in place. What the construction
+  /// throws passes through; the old machine then goes on, and its readiness is no longer observed.
   Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmIs(
       const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
       const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,

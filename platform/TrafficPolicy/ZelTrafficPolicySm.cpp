@@ -156,10 +156,10 @@ const Mox::Type* ZelTrafficPolicySm::fwkType() const {
 
 void ZelTrafficPolicySm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
+  const Mox::Ptr<ZelTrafficPolicySm> alive(this);
   ServicePolicySm::hasNotificationActiveIs(active);
   subscriptionsAre(active);
-  if (!active) return;
-  takeOver();
+  takesOver_ = active;
   synchronize();
 }
 
@@ -183,10 +183,11 @@ void ZelTrafficPolicySm::intfConfigDispatch(Velo::Publisher* /*publisher*/,
 
 void ZelTrafficPolicySm::policyConfigDispatch(Velo::Publisher* /*publisher*/,
                                               Velo::Subscriber* subscriber, short attributeId,
-                                              const void* key, const void* value) {
+                                              const void* key, const void* /*value*/) {
   if (attributeId != PolicyMapTypeConfig::policyMapAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
-  sm->classMapUsers_.policyMapIs(nameOf(key), static_cast<const PolicyMapRules*>(value));
+  // Not by the value told: a later one may have been told before.
+  sm->classMapUsers_.policyMapIs(nameOf(key), sm->inputs_.policyConfig->policyMap(nameOf(key)));
   sm->policyMapChanged(nameOf(key));
   sm->synchronize();
 }
@@ -250,14 +251,27 @@ void ZelTrafficPolicySm::synchronize() {
   if (isSynchronizing_) return;
   {
     const Raised synchronizing(isSynchronizing_);
-    while (!changedIntfs_.empty() || !changedPolicyMaps_.empty()) {
-      useUp(changedIntfs_, [this](const auto& intfs) { synchronizeIntfs(intfs); });
-      useUp(changedPolicyMaps_, [this](const auto& names) { synchronizePolicyStatuses(names); });
-    }
+    while (hasNotificationActive() && isBehind())
+      synchronizeNext();
   }
-  if (ready_ || !isProgrammed()) return;
+  if (!hasNotificationActive() || ready_ || !isProgrammed()) return;
   ready_ = true;
   publisher().publish(readyAttribute, nullptr, &ready_);
+}
+
+bool ZelTrafficPolicySm::isBehind() const noexcept {
+  return takesOver_ || !changedIntfs_.empty() || !changedPolicyMaps_.empty();
+}
+
+void ZelTrafficPolicySm::synchronizeNext() {
+  if (takesOver_) {
+    takeOver();
+    takesOver_ = false;
+  } else if (!changedIntfs_.empty()) {
+    useUp(changedIntfs_, [this](const auto& intfs) { synchronizeIntfs(intfs); });
+  } else {
+    useUp(changedPolicyMaps_, [this](const auto& names) { synchronizePolicyStatuses(names); });
+  }
 }
 
 void ZelTrafficPolicySm::synchronizeIntfs(const std::set<Velo::String>& intfs) {

@@ -28,7 +28,8 @@ namespace TrafficPolicy {
 /// from an old one without touching a rule. The end of a machine leaves the rules in place.
 ///
 /// A change that a helper or a subscriber makes from inside a call is followed when the present one
-/// is done.
+/// is done. A machine that is switched off from inside a call ends with the interface that it is
+/// at.
 class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::ZelTrafficPolicySm"};
@@ -108,6 +109,8 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   void takeOver();
 
   void synchronize();
+  [[nodiscard]] bool isBehind() const noexcept;
+  void synchronizeNext();
   void synchronizeIntfs(const std::set<Velo::String>& intfs);
   void synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps);
   [[nodiscard]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
@@ -121,6 +124,7 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   const TrafficPolicyInputs inputs_;
   bool ready_ = false;
   bool isSynchronizing_ = false;
+  bool takesOver_ = false;  // it has been switched on and has looked at nothing yet
   std::set<Velo::String> changedIntfs_;
   std::set<Velo::String> changedPolicyMaps_;
   ClassMapUsers classMapUsers_;

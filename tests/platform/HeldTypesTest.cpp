@@ -4,17 +4,31 @@
 #include <string_view>
 
 #include "Acl/Config.h"
+#include "Bost/TimerWheel.h"
 #include "Classification/FieldSetConfig.h"
+#include "Classification/UdfConfig.h"
+#include "Ip/Config.h"
 #include "Ip/Status.h"
+#include "Ip6/Config.h"
 #include "Ip6/Status.h"
 #include "Lag/Input/Config.h"
+#include "Mirroring/Config.h"
 #include "Mox/Dir.h"
 #include "Mox/Entity.h"
+#include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/IntfConfig.h"
-#include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/PolicyMapStatusRequestDir.h"
+#include "PolicyMap/PolicyMapTypeConfig.h"
+#include "PolicyMap/PolicyMapTypeStatus.h"
+#include "Sflow/InterfaceCollector.h"
+#include "TrafficPolicy/HwStatus.h"
 #include "TrafficPolicy/Status.h"
 #include "TrafficPolicy/TrafficPolicyConfig.h"
+#include "Zel/NexthopConfig.h"
+#include "Zel/NexthopGroupConfig.h"
+#include "Zel/NexthopGroupStatus.h"
+#include "Zel/NexthopStatus.h"
+#include "Zel/ZelCommonSmData.h"
 
 namespace PlatformTests {
 namespace {
@@ -54,10 +68,6 @@ TEST(HeldTypes, DirIsCreatedByName) {
 TEST(HeldTypes, IntfConfigIsCreatedByName) {
   expectHeld(PolicyMap::IntfConfig::IntfConfigIs("held"), "PolicyMap::IntfConfig");
 }
-TEST(HeldTypes, PolicyMapAclHelperIsCreatedByName) {
-  expectHeld(PolicyMap::PolicyMapAclHelper::PolicyMapAclHelperIs("held"),
-             "PolicyMap::PolicyMapAclHelper");
-}
 TEST(HeldTypes, PolicyMapStatusRequestDirIsCreatedByName) {
   expectHeld(PolicyMap::PolicyMapStatusRequestDir::PolicyMapStatusRequestDirIs("held"),
              "PolicyMap::PolicyMapStatusRequestDir");
@@ -68,6 +78,54 @@ TEST(HeldTypes, TrafficPolicyStatusIsCreatedByName) {
 TEST(HeldTypes, TrafficPolicyConfigIsCreatedByName) {
   expectHeld(TrafficPolicy::TrafficPolicyConfig::TrafficPolicyConfigIs("held"),
              "TrafficPolicy::TrafficPolicyConfig");
+}
+TEST(HeldTypes, IpConfigIsCreatedByName) {
+  expectHeld(Ip::Config::ConfigIs("held"), "Ip::Config");
+}
+TEST(HeldTypes, Ip6ConfigIsCreatedByName) {
+  expectHeld(Ip6::Config::ConfigIs("held"), "Ip6::Config");
+}
+TEST(HeldTypes, NexthopConfigIsCreatedByName) {
+  expectHeld(Zel::NexthopConfig::NexthopConfigIs("held"), "Zel::NexthopConfig");
+}
+TEST(HeldTypes, NexthopStatusIsCreatedByName) {
+  expectHeld(Zel::NexthopStatus::NexthopStatusIs("held"), "Zel::NexthopStatus");
+}
+TEST(HeldTypes, NexthopGroupConfigIsCreatedByName) {
+  expectHeld(Zel::NexthopGroupConfig::NexthopGroupConfigIs("held"), "Zel::NexthopGroupConfig");
+}
+TEST(HeldTypes, NexthopGroupStatusIsCreatedByName) {
+  expectHeld(Zel::NexthopGroupStatus::NexthopGroupStatusIs("held"), "Zel::NexthopGroupStatus");
+}
+TEST(HeldTypes, ZelCommonSmDataIsCreatedByName) {
+  expectHeld(Zel::ZelCommonSmData::ZelCommonSmDataIs("held"), "Zel::ZelCommonSmData");
+}
+TEST(HeldTypes, TimerWheelIsCreatedByName) {
+  expectHeld(Bost::TimerWheel::TimerWheelIs("held"), "Bost::TimerWheel");
+}
+TEST(HeldTypes, MirroringConfigIsCreatedByName) {
+  expectHeld(Mirroring::Config::ConfigIs("held"), "Mirroring::Config");
+}
+TEST(HeldTypes, SflowInterfaceCollectorIsCreatedByName) {
+  expectHeld(Sflow::InterfaceCollector::InterfaceCollectorIs("held"), "Sflow::InterfaceCollector");
+}
+TEST(HeldTypes, UdfConfigIsCreatedByName) {
+  expectHeld(Classification::UdfConfig::UdfConfigIs("held"), "Classification::UdfConfig");
+}
+TEST(HeldTypes, TrafficPolicyHwStatusIsCreatedByName) {
+  expectHeld(TrafficPolicy::HwStatus::HwStatusIs("held"), "TrafficPolicy::HwStatus");
+}
+TEST(HeldTypes, ClassMapTypeConfigIsCreatedByName) {
+  expectHeld(PolicyMap::ClassMapTypeConfig::ClassMapTypeConfigIs("held"),
+             "PolicyMap::ClassMapTypeConfig");
+}
+TEST(HeldTypes, PolicyMapTypeConfigIsCreatedByName) {
+  expectHeld(PolicyMap::PolicyMapTypeConfig::PolicyMapTypeConfigIs("held"),
+             "PolicyMap::PolicyMapTypeConfig");
+}
+TEST(HeldTypes, PolicyMapTypeStatusIsCreatedByName) {
+  expectHeld(PolicyMap::PolicyMapTypeStatus::PolicyMapTypeStatusIs("held"),
+             "PolicyMap::PolicyMapTypeStatus");
 }
 
 }  // namespace

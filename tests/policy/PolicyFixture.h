@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "PolicySmArguments.h"
 #include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
 #include "testing/Journal.h"
+#include "testing/RecordingAclHelper.h"
 #include "testing/RecordingVrfHelper.h"
 #include "testing/TableJournal.h"
 
@@ -76,17 +78,18 @@ namespace ZelVrfSelectionPolicy::Testing {
   return trace(7, 302, "handlePolicySmReady", "handlePolicySmReady");
 }
 
-/// A top object into which a test puts a traffic-policy state machine of its own.
-class OpenTop : public ZelVrfSelectionPolicySm {
- public:
-  using ZelVrfSelectionPolicySm::policySmInstall;
-  using ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySm;
-};
-
 /// Everything that an agent has, and the library's top object on it. The tables' journal is
 /// subscribed before any state machine, so a change is written before what follows from it.
+/// One rule is configured, for one interface.
 class PolicyFixture : public ::testing::Test {
  protected:
+  PolicyFixture() {
+    arguments_.aclHelper = policyHelper_;
+    arguments_.classTypeConfig->classMapIs("class", {});
+    arguments_.intfConfig->intfIs("eth1", {PolicyMap::IntfKind::routed, "policy"});
+    changeRule();
+  }
+
   using TrafficPolicySm = TrafficPolicy::ZelTrafficPolicySm;
   using FallbackVrf = VrfSelectionPolicy::VrfSelectionFallbackVrf;
   using Lines = std::vector<std::string>;
@@ -98,9 +101,22 @@ class PolicyFixture : public ::testing::Test {
   Mox::Ptr<VrfSm> bindVrf() {
     return top_->vrfSmIs(users_, statuses_, helper_, fallback_, routes_, routes6_);
   }
-  Mox::Ptr<TrafficPolicySm> bindPolicy() {
-    top_->policySmInstall(TrafficPolicySm::ZelTrafficPolicySmIs());
-    return top_->policySm();
+  Mox::Ptr<TrafficPolicySm> bindPolicy() { return arguments_.bindTo(*top_); }
+  /// Changes the one rule that is configured, which the traffic-policy machine follows: it is ready
+  /// again, once.
+  void changeRule() {
+    const L3::VrfName vrf("red" + std::to_string(++ruleChanges_));
+    arguments_.policyConfig->policyMapIs(
+        "policy", {{10, "class", {PolicyMap::ActionType::vrf, vrf, {}, {}}}});
+  }
+  /// What that writes, when it is the change of that number.
+  [[nodiscard]] static Lines ruleChanged(unsigned change) {
+    return {"addRule eth1 1 any->red" + std::to_string(change),
+            "removeRule eth1 0 any->red" + std::to_string(change - 1)};
+  }
+  /// Publishes what a traffic-policy machine publishes when it is ready again, whatever it is.
+  static void publishReady(const TrafficPolicySm& policySm) {
+    policySm.publisher().publish(TrafficPolicySm::readyAttribute, nullptr, nullptr);
   }
   /// Leaves the journal to what happens from now on.
   void forgetJournal() { static_cast<void>(journal_.take()); }
@@ -113,8 +129,8 @@ class PolicyFixture : public ::testing::Test {
 
   const VrfAction red_{"red", PolicyMap::ActionType::vrf};
   Journal journal_;
-  Mox::Ptr<PolicyMap::PolicyMapAclHelper> policyHelper_ =
-      PolicyMap::PolicyMapAclHelper::PolicyMapAclHelperIs("acl");
+  Mox::Ptr<RecordingAclHelper> policyHelper_ = Mox::makePtr<RecordingAclHelper>(journal_);
+  PolicySmArguments arguments_;
   Mox::Ptr<PolicySmMounts> mounts_ = policySmMountsFactory();
   Mox::Ptr<FallbackVrf> fallback_ = FallbackVrf::VrfSelectionFallbackVrfIs();
   Mox::Ptr<Routing::Hardware::RouteStatus> routes_ =
@@ -126,7 +142,10 @@ class PolicyFixture : public ::testing::Test {
   Mox::Ptr<VrfHwConfig> users_ = vrfHwConfigFactory();
   Mox::Ptr<VrfHwStatus> statuses_ = vrfHwStatusFactory();
   TableJournal tables_{journal_, users_, statuses_};
-  Mox::Ptr<OpenTop> top_ = makeTop<OpenTop>();
+  Mox::Ptr<ZelVrfSelectionPolicySm> top_ = makeTop<ZelVrfSelectionPolicySm>();
+
+ private:
+  unsigned ruleChanges_ = 0;
 };
 
 }  // namespace ZelVrfSelectionPolicy::Testing

@@ -4,6 +4,7 @@
 #include <functional>
 #include <utility>
 
+#include "Epitaph.h"
 #include "PolicyFixture.h"
 #include "testing/TraceCapture.h"
 
@@ -17,6 +18,7 @@ namespace {
 using Testing::alreadyInUse;
 using Testing::deleting;
 using ::testing::ElementsAre;
+using Testing::Epitaph;
 using Testing::initialized;
 using Testing::instanceInitialized;
 using Testing::instanceRemoved;
@@ -58,7 +60,8 @@ TEST_F(TeardownJournal, OfAPolicyBoundObjectIsEmptyAndLeavesTheMachineSilenced) 
   EXPECT_THAT(journal_.take(), IsEmpty());
   EXPECT_EQ(policySm->references(), 1U);
   EXPECT_FALSE(policySm->hasNotificationActive());
-  policySm->readyIs(true);
+  changeRule();
+  publishReady(*policySm);
   EXPECT_THAT(journal_.lines(), IsEmpty());
 }
 
@@ -125,8 +128,9 @@ TEST_F(TeardownJournal, OfAnInactiveObjectIsThatOfAnActiveOne) {
   createRed();
   top_->hasNotificationActiveIs(false);
   forgetJournal();
-  // Inactive, it reacts to nothing.
-  policySm->readyIs(true);
+  // Inactive, it reacts to nothing. The traffic-policy machine is not switched by it.
+  changeRule();
+  EXPECT_EQ(journal_.take(), ruleChanged(2));
   users_->vrfRefCountInc(red_, 1);
   routes_->vrfStatusIs("red")->vrfIdIs(8);
   fallback_->fallbackVrfIs("red", "blue");
@@ -144,8 +148,8 @@ TEST_F(TeardownJournal, OfAZombieIsThatOfAnyOther) {
   createRed();
   top_->moxDoZombieReactors(true);
   forgetJournal();
-  policySm->readyIs(true);
-  EXPECT_THAT(journal_.take(), IsEmpty());
+  changeRule();
+  EXPECT_EQ(journal_.take(), ruleChanged(2)) << "and no readiness";
   top_ = nullptr;
   EXPECT_EQ(journal_.lines(), endOfVrfSm());
   expectRedInPlace();
@@ -173,16 +177,20 @@ class Releaser {
 };
 
 TEST_F(TeardownJournal, InTheMiddleOfAReadinessChangeHasNoReadinessInIt) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  // Told before the top object is, it ends it.
+  const auto policySm = bindPolicy();
+  top_->hasNotificationActiveIs(false);
+  // Told before the top object is, which subscribes again after it, it ends it.
   const Releaser releaser(*policySm, [this] { top_ = nullptr; });
-  top_->policySmInstall(policySm);
+  top_->hasNotificationActiveIs(true);
   bindVrf();
   createRed();
   forgetJournal();
-  policySm->readyIs(true);
+  changeRule();
   EXPECT_EQ(top_, nullptr);
-  EXPECT_EQ(journal_.lines(), endOfVrfSm());
+  Lines expected = ruleChanged(2);
+  for (const std::string& line : endOfVrfSm())
+    expected.push_back(line);
+  EXPECT_EQ(journal_.lines(), expected);
   expectRedInPlace();
 }
 
@@ -194,7 +202,8 @@ TEST_F(TeardownJournal, PublishedIntoByTheTracesOfItsEndHasNoFurtherReaction) {
   // Whoever takes the trace changes everything that the machines watch.
   Mox::traceSinkIs([&, count = 1U](std::string_view line) mutable {
     journal_.write(line);
-    policySm->readyIs(!policySm->ready());
+    changeRule();
+    publishReady(*policySm);
     users_->vrfRefCountIs(red_, ++count);
     fallback_->fallbackVrfIs("red", "blue" + std::to_string(count));
     routes_->decapNhEnabledIs(!routes_->decapNhEnabled());
@@ -204,18 +213,6 @@ TEST_F(TeardownJournal, PublishedIntoByTheTracesOfItsEndHasNoFurtherReaction) {
               ElementsAre(instanceRemoved("red", 7), "vrfRefCount red = 2", lensChanged("red"),
                           "vrfRefCount red = 3", lens6Changed("red"), "vrfRefCount red = 4"));
 }
-
-/// Writes a line when it is destroyed.
-class Epitaph final : public Mox::Entity {
- public:
-  Epitaph(Testing::Journal& journal, const char* line)
-      : Entity("epitaph"), journal_(journal), line_(line) {}
-  ~Epitaph() override { journal_.write(line_); }
-
- private:
-  Testing::Journal& journal_;
-  const char* line_;
-};
 
 class MortalHelper final : public VrfHelper {
  public:

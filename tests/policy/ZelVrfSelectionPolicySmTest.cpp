@@ -6,6 +6,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "ActingTop.h"
 #include "Blinklog/Ring.h"
 #include "PolicyFixture.h"
 #include "testing/TraceCapture.h"
@@ -13,25 +14,12 @@
 namespace ZelVrfSelectionPolicy {
 namespace {
 
+using Testing::ActingTop;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Testing::Journal;
-using Testing::OpenTop;
 using Testing::policyReady;
 using Testing::TraceCapture;
-
-/// A top object that acts when it is told that the traffic-policy machine is ready.
-class ActingTop final : public OpenTop {
- public:
-  using OpenTop::OpenTop;
-  void handlePolicySmReady() override {
-    ++calls;
-    if (onReady) onReady();
-  }
-
-  unsigned calls = 0;
-  std::function<void()> onReady;
-};
 
 class PolicySm : public Testing::PolicyFixture {
  protected:
@@ -242,22 +230,20 @@ TEST_F(PolicySmWhoseRebuildThrows, WithoutAPresentMachineThereIsNoneAfterwards) 
 // The traffic-policy state machine.
 
 TEST_F(PolicySm, InstallingReportsReadinessOnceAndObservesIt) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   EXPECT_EQ(acting_->policySm(), policySm);
   EXPECT_TRUE(policySm->hasNotificationActive());
   EXPECT_EQ(acting_->calls, 1U);
-  policySm->readyIs(true);
+  changeRule();
   EXPECT_EQ(acting_->calls, 2U);
-  policySm->readyIs(true);
+  arguments_.classTypeConfig->classMapIs("not used", {});
   EXPECT_EQ(acting_->calls, 2U) << "no change";
-  policySm->readyIs(false);
+  changeRule();
   EXPECT_EQ(acting_->calls, 3U);
 }
 
 TEST_F(PolicySm, OnlyTheReadinessAttributeIsObserved) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   acting_->calls = 0;
   for (const Mox::AttributeId attribute :
        std::vector<Mox::AttributeId>{0, 2, 130, 282, 284, -283}) {
@@ -269,27 +255,31 @@ TEST_F(PolicySm, OnlyTheReadinessAttributeIsObserved) {
 }
 
 TEST_F(PolicySm, ReplacingTheMachineMovesTheObservation) {
-  const auto before = TrafficPolicySm::ZelTrafficPolicySmIs();
-  const auto after = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(before);
-  acting_->policySmInstall(after);
+  const auto before = arguments_.bindTo(*acting_);
+  arguments_.permitFragment = true;
+  const auto after = arguments_.bindTo(*acting_);
   EXPECT_EQ(acting_->calls, 2U);
   EXPECT_EQ(before->references(), 1U);
-  before->readyIs(true);
+  EXPECT_FALSE(before->publisher().hasSubscribers());
+  publishReady(*before);
   EXPECT_EQ(acting_->calls, 2U);
-  after->readyIs(true);
+  publishReady(*after);
   EXPECT_EQ(acting_->calls, 3U);
+  changeRule();
+  EXPECT_EQ(acting_->calls, 4U);
 }
 
 TEST_F(PolicySm, PolicySmDelGivesTheSilencedMachineThatIsNoLongerObserved) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   acting_->calls = 0;
   EXPECT_EQ(acting_->policySmDel(), policySm);
   EXPECT_EQ(acting_->policySm(), nullptr);
   EXPECT_FALSE(policySm->hasNotificationActive());
   EXPECT_FALSE(policySm->publisher().hasSubscribers());
-  policySm->readyIs(true);
+  forgetJournal();
+  changeRule();
+  EXPECT_THAT(journal_.lines(), IsEmpty()) << "it follows nothing";
+  publishReady(*policySm);
   EXPECT_EQ(acting_->calls, 0U);
   EXPECT_EQ(acting_->policySmDel(), nullptr);
 }
@@ -307,19 +297,18 @@ TEST_F(PolicySm, BothMachinesAreIndependentAndMayComeInEitherOrder) {
 }
 
 TEST_F(PolicySm, TheHookMayReleaseTheObjectThatItBelongsTo) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   acting_->onReady = [this] { acting_ = nullptr; };
-  policySm->readyIs(true);
+  changeRule();
   EXPECT_EQ(acting_, nullptr);
   EXPECT_FALSE(policySm->publisher().hasSubscribers());
 }
 
 TEST_F(PolicySm, TheHookMayReleaseTheObjectWhileTheMachineIsInstalled) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
   acting_->onReady = [this] { acting_ = nullptr; };
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   EXPECT_EQ(acting_, nullptr);
+  EXPECT_FALSE(policySm->hasNotificationActive());
   EXPECT_FALSE(policySm->publisher().hasSubscribers());
 }
 
@@ -338,10 +327,13 @@ class PolicySmReadyTrace : public PolicySm {
 
 TEST_F(PolicySmReadyTrace, IsOneWholeLineForInstallingAndOneForEachChange) {
   const TraceCapture capture(journal_);
-  const auto policySm = bindPolicy();
-  policySm->readyIs(true);
-  EXPECT_THAT(journal_.lines(), ElementsAre(policyReady(), policyReady()));
-  EXPECT_EQ(journal_.lines().front(),
+  bindPolicy();
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 0 any->red1", policyReady()));
+  changeRule();
+  EXPECT_THAT(journal_.lines(),
+              ElementsAre("addRule eth1 0 any->red1", policyReady(), "addRule eth1 1 any->red2",
+                          "removeRule eth1 0 any->red1", policyReady()));
+  EXPECT_EQ(journal_.lines().back(),
             "ZelVrfSelection 7 /src/ZelVrfSelectionPolicy/ZelVrfSelectionPolicy:302 "
             "handlePolicySmReady handlePolicySmReady");
 }
@@ -380,32 +372,33 @@ TEST_F(PolicySm, DeactivatingAnEmptyObjectOnlyClearsTheFlag) {
 }
 
 TEST_F(PolicySm, DeactivatingEndsTheObservationAndSilencesTheVrfSmAlone) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   const auto vrfSm = acting_->vrfSmIs(users_, statuses_, helper_, fallback_, routes_, routes6_);
   acting_->calls = 0;
   acting_->hasNotificationActiveIs(false);
   EXPECT_FALSE(policySm->publisher().hasSubscribers());
   EXPECT_TRUE(policySm->hasNotificationActive()) << "that machine is not switched";
   EXPECT_FALSE(vrfSm->hasNotificationActive());
-  policySm->readyIs(true);
+  changeRule();
   EXPECT_EQ(acting_->calls, 0U);
 }
 
 TEST_F(PolicySm, ReactivatingObservesAgainAndReplaysNothing) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   const auto vrfSm = acting_->vrfSmIs(users_, statuses_, helper_, fallback_, routes_, routes6_);
   acting_->calls = 0;
   acting_->hasNotificationActiveIs(false);
-  policySm->readyIs(true);
+  forgetJournal();
+  changeRule();
+  EXPECT_EQ(journal_.take(), ruleChanged(2));
   users_->vrfRefCountIs(red_, 1);
   acting_->hasNotificationActiveIs(true);
   EXPECT_TRUE(vrfSm->hasNotificationActive());
   EXPECT_EQ(acting_->calls, 0U);
   EXPECT_THAT(journal_.take(), ElementsAre("vrfRefCount red = 1"));
-  policySm->readyIs(false);
+  changeRule();
   EXPECT_EQ(acting_->calls, 1U);
+  EXPECT_EQ(journal_.take(), ruleChanged(3));
   users_->vrfRefCountIs(VrfAction("blue", PolicyMap::ActionType::vrf), 1);
   EXPECT_THAT(journal_.lines(),
               ElementsAre("vrfRefCount blue = 1", "createVrf blue", "hwStatus blue = ok"));
@@ -421,16 +414,15 @@ TEST_F(PolicySm, SwitchingToThePresentStateDoesNothing) {
 // Zombies.
 
 TEST_F(PolicySm, ReadinessDoesNotReachAZombie) {
-  const auto policySm = TrafficPolicySm::ZelTrafficPolicySmIs();
-  acting_->policySmInstall(policySm);
+  const auto policySm = arguments_.bindTo(*acting_);
   acting_->calls = 0;
   acting_->moxDoZombieReactors(true);
   EXPECT_TRUE(acting_->isZombie());
-  policySm->readyIs(true);
+  changeRule();
   EXPECT_EQ(acting_->calls, 0U);
   acting_->moxDoZombieReactors(false);
   EXPECT_FALSE(acting_->isZombie());
-  policySm->readyIs(false);
+  changeRule();
   EXPECT_EQ(acting_->calls, 1U);
 }
 
@@ -439,6 +431,7 @@ TEST_F(PolicySm, TurningIntoAZombieDoesNotDescendIntoTheMachines) {
   const auto policySm = bindPolicy();
   const auto vrfSm = bindVrf();
   const TraceCapture capture(journal_);
+  forgetJournal();
   top_->moxDoZombieReactors(true);
   EXPECT_FALSE(policySm->isZombie());
   EXPECT_FALSE(vrfSm->isZombie());

@@ -1,87 +1,524 @@
+// Which rules the traffic-policy machine has the hardware hold, and by which calls.
 #include "TrafficPolicy/ZelTrafficPolicySm.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "Velo/Subscriber.h"
+#include "Mox/Exceptions.h"
+#include "TrafficPolicyFixture.h"
 
 namespace TrafficPolicy {
 namespace {
 
+using PolicyMap::AclResult;
+using PolicyMap::AclRule;
+using PolicyMap::RuleStatus;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class TrafficPolicySm : public ::testing::Test {
+/// A machine on policy map P of rules a, b and c, which is applied to eth1, with an empty journal.
+class RunningSm : public PolicyOnEth1 {
  protected:
-  TrafficPolicySm() {
-    subscriber_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short attributeId,
-                              const void* key, const void* value) {
-      Subscriber::ownerOf(subscriber).told(attributeId, key, value);
-    };
-    sm->publisher().subscriberIs(subscriber_);
-  }
-  ~TrafficPolicySm() override {
-    if (sm) sm->publisher().subscriberDel(subscriber_);
-  }
+  RunningSm() { forgetJournal(); }
 
-  Mox::Ptr<ZelTrafficPolicySm> sm = ZelTrafficPolicySm::ZelTrafficPolicySmIs();
-  std::vector<std::string> calls;
-  bool letGoWhenTold = false;
-
- private:
-  using Subscriber = Velo::MemberSubscriber<TrafficPolicySm>;
-
-  void told(short attributeId, const void* key, const void* value) {
-    EXPECT_EQ(key, nullptr);
-    EXPECT_EQ(sm->ready(), *static_cast<const bool*>(value));
-    calls.push_back(std::to_string(attributeId) + (sm->ready() ? " ready" : " not ready"));
-    if (letGoWhenTold) {
-      sm->publisher().subscriberDel(subscriber_);
-      sm = nullptr;
-    }
-  }
-
-  Subscriber subscriber_{*this};
+  Mox::Ptr<ZelTrafficPolicySm> sm_ = makeSm();
 };
 
-TEST_F(TrafficPolicySm, BeginsNotReady) {
-  EXPECT_FALSE(sm->ready());
-  EXPECT_TRUE(sm->hasNotificationActive());
-  EXPECT_EQ(sm->fwkType()->name, "TrafficPolicy::ZelTrafficPolicySm");
-}
+using TrafficPolicySm = TrafficPolicyFixture;
 
 TEST_F(TrafficPolicySm, IsAServicePolicyStateMachine) {
+  const auto sm = makeSm();
   const Mox::Ptr<PolicyMap::ServicePolicySm> base = sm;
   EXPECT_EQ(&base->publisher(), &sm->publisher());
   EXPECT_EQ(base->notifieeList().kind, Velo::NotifieeListDescriptor::Kind::publisher);
   EXPECT_EQ(base->notifieeList().entity, sm.get());
+  EXPECT_EQ(sm->fwkType()->name, "TrafficPolicy::ZelTrafficPolicySm");
+  EXPECT_TRUE(sm->hasNotificationActive());
 }
 
-TEST_F(TrafficPolicySm, PublishesThatItBecomesReadyByItsNumber) {
-  EXPECT_EQ(ZelTrafficPolicySm::readyAttribute, 283);
-  sm->readyIs(true);
-  sm->readyIs(false);
-  EXPECT_THAT(calls, ElementsAre("283 ready", "283 not ready"));
+TEST_F(PolicyOnEth1, ReadsNothingBeforeItIsActivated) {
+  TrafficPolicyInputs inputs;
+  inputs.intfConfig = intfs_;
+  inputs.policyConfig = policies_;
+  inputs.classTypeConfig = classMaps_;
+  inputs.aclHelper = hardware_;
+  const auto sm = Mox::makePtr<ZelTrafficPolicySm>(inputs, false);
+  classMapsAre("d");
+  sm->allowL2IntfIs(true);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_FALSE(sm->ready());
+  sm->hasNotificationActiveIs(true);
+  EXPECT_EQ(held("eth1"), "abc");
+  EXPECT_TRUE(sm->ready());
 }
 
-TEST_F(TrafficPolicySm, PublishesOnChangeOnly) {
-  sm->readyIs(false);
-  EXPECT_THAT(calls, IsEmpty());
-  sm->readyIs(true);
-  sm->readyIs(true);
-  EXPECT_THAT(calls, ElementsAre("283 ready"));
+// Rules by interface.
+
+TEST_F(PolicyOnEth1, IsProgrammedInItsOrder) {
+  const auto sm = makeSm();
+  EXPECT_THAT(journal_.lines(),
+              ElementsAre("addRule eth1 0 " + shownRule('a'), "addRule eth1 1 " + shownRule('b'),
+                          "addRule eth1 2 " + shownRule('c')));
 }
 
-TEST_F(TrafficPolicySm, MayBeLetGoOfFromInsideAPublication) {
-  letGoWhenTold = true;
-  ZelTrafficPolicySm* raw = sm.get();
-  raw->readyIs(true);
-  EXPECT_FALSE(sm);
-  EXPECT_THAT(calls, ElementsAre("283 ready"));
+TEST_F(TrafficPolicySm, TakesMatchAndActionOverWhole) {
+  PolicyMap::ClassMatch match;
+  match.family = Ip::Family::v6;
+  match.protocol = 41;
+  match.dscps = std::uint64_t{1} << 63;
+  match.source = Ip::Prefix{{Ip::Family::v6, {0x20, 0x01}}, 16};
+  match.destination = Ip::Prefix{{Ip::Family::v6, {0x20, 0x02}}, 32};
+  const PolicyMap::RuleAction action{PolicyMap::ActionType::decapVrf, "red", "blue", "green"};
+  classMaps_->classMapIs("class", match);
+  policies_->policyMapIs("P", {{1, "class", action}});
+  intfIs("eth1", "P");
+  const auto sm = makeSm();
+  EXPECT_THAT(hardware_->held("eth1"), ElementsAre(AclRule{match, action}));
+}
+
+TEST_F(PolicyOnEth1, IsProgrammedOnEachInterfaceThatItIsAppliedTo) {
+  intfIs("eth2", "P");
+  const auto sm = makeSm();
+  EXPECT_EQ(held("eth1"), "abc");
+  EXPECT_EQ(held("eth2"), "abc");
+}
+
+TEST_F(RunningSm, FollowsAnInterfaceThatIsAdded) {
+  intfIs("eth2", "P");
+  EXPECT_EQ(held("eth2"), "abc");
+  EXPECT_EQ(journal_.lines().size(), 3U) << "eth1 is not touched";
+}
+
+TEST_F(RunningSm, TakesTheRulesOfAnInterfaceThatIsRemovedAway) {
+  intfs_->intfDel("eth1");
+  EXPECT_THAT(hardware_->intfs(), IsEmpty());
+}
+
+TEST_F(RunningSm, FollowsAnInterfaceThatIsBoundToAnotherPolicy) {
+  policyIs("Q", "cb");
+  forgetJournal();
+  intfIs("eth1", "Q");
+  EXPECT_EQ(held("eth1"), "cb");
+  EXPECT_EQ(journal_.lines().size(), 2U) << "a move and a removal";
+}
+
+TEST_F(RunningSm, TouchesNothingForAPolicyThatIsAppliedNowhere) {
+  policyIs("Q", "c");
+  policyIs("Q", "ab");
+  policies_->policyMapDel("Q");
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+// Changes of a policy map, by the smallest set of calls.
+
+TEST_F(RunningSm, AddsARuleByOneCall) {
+  classMapsAre("x");
+  policyIs("P", "axbc");
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 1 " + shownRule('x')));
+}
+
+TEST_F(RunningSm, RemovesARuleByOneCall) {
+  policyIs("P", "ac");
+  EXPECT_THAT(journal_.lines(), ElementsAre("removeRule eth1 1 " + shownRule('b')));
+}
+
+TEST_F(RunningSm, MovesARuleByOneCall) {
+  policyIs("P", "cab");
+  EXPECT_THAT(journal_.lines(), ElementsAre("moveRule eth1 2 0 " + shownRule('c')));
+}
+
+TEST_F(RunningSm, RenumbersRulesWithoutACall) {
+  PolicyRules rules = rulesOn("abc");
+  for (PolicyMap::PolicyMapRule& rule : rules)
+    rule.sequence += 5;
+  policies_->policyMapIs("P", rules);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_EQ(ruleStatus("eth1", "P", 15), programmed_);
+  EXPECT_EQ(status_->ruleStatus({"eth1", "P", 10}), nullptr);
+}
+
+TEST_F(RunningSm, HoldsARuleTwiceThatIsThereTwice) {
+  policyIs("P", "abca");
+  EXPECT_EQ(held("eth1"), "abca");
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 3 " + shownRule('a')));
+}
+
+TEST_F(RunningSm, ChangesEveryInterfaceOfThePolicyAndNoOther) {
+  policyIs("Q", "ab");
+  intfIs("eth2", "Q");
+  intfIs("eth3", "P");
+  forgetJournal();
+  policyIs("P", "ab");
+  EXPECT_THAT(journal_.lines(), ElementsAre("removeRule eth1 2 " + shownRule('c'),
+                                            "removeRule eth3 2 " + shownRule('c')));
+}
+
+TEST_F(RunningSm, TakesTheRulesOfAPolicyThatIsRemovedAwayAndBringsThemBack) {
+  policies_->policyMapDel("P");
+  EXPECT_THAT(hardware_->intfs(), IsEmpty());
+  policyIs("P", "cb");
+  EXPECT_EQ(held("eth1"), "cb");
+}
+
+TEST_F(TrafficPolicySm, ProgramsAPolicyThatArrivesAfterItsInterface) {
+  classMapsAre("a");
+  intfIs("eth1", "P");
+  const auto sm = makeSm();
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  policyIs("P", "a");
+  EXPECT_EQ(held("eth1"), "a");
+}
+
+TEST_F(TrafficPolicySm, ChangesOneRuleAmongTenThousandByOneOrTwoCalls) {
+  constexpr std::uint32_t count = 10000;
+  PolicyRules rules;
+  for (std::uint32_t number = 0; number < count; ++number) {
+    const std::string name = "vrf" + std::to_string(number);
+    rules.push_back({number, "any", {PolicyMap::ActionType::vrf, L3::VrfName(name), {}, {}}});
+  }
+  classMaps_->classMapIs("any", {});
+  policies_->policyMapIs("P", rules);
+  intfIs("eth1", "P");
+  const auto sm = makeSm();
+  EXPECT_EQ(journal_.take().size(), count);
+  rules[5000].action.vrfName = "other";
+  policies_->policyMapIs("P", rules);
+  EXPECT_THAT(journal_.take(),
+              ElementsAre("addRule eth1 5001 any->other", "removeRule eth1 5000 any->vrf5000"));
+  rules.erase(rules.begin() + 7000);
+  policies_->policyMapIs("P", rules);
+  EXPECT_THAT(journal_.take(), ElementsAre("removeRule eth1 7000 any->vrf7000"));
+  std::swap(rules[1].action, rules[9998].action);
+  policies_->policyMapIs("P", rules);
+  EXPECT_EQ(journal_.take().size(), 2U);
+  EXPECT_TRUE(sm->ready());
+}
+
+// Class maps.
+
+TEST_F(RunningSm, FollowsAChangedClassMap) {
+  classMaps_->classMapIs("b", protocol(99));
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 2 v4,protocol=99->b",
+                                            "removeRule eth1 1 " + shownRule('b')));
+}
+
+TEST_F(RunningSm, FollowsAClassMapWhoseUserIsOneOfSeveralPolicies) {
+  policyIs("Q", "bc");
+  intfIs("eth2", "Q");
+  forgetJournal();
+  classMaps_->classMapIs("a", protocol(99));
+  EXPECT_THAT(journal_.take(), ElementsAre("addRule eth1 1 v4,protocol=99->a",
+                                           "removeRule eth1 0 " + shownRule('a')));
+  classMaps_->classMapIs("b", protocol(98));
+  EXPECT_EQ(journal_.take().size(), 4U) << "two on each interface";
+}
+
+TEST_F(RunningSm, TakesTheRulesOfARemovedClassMapAway) {
+  classMaps_->classMapDel("b");
+  EXPECT_THAT(journal_.lines(), ElementsAre("removeRule eth1 1 " + shownRule('b')));
+  EXPECT_EQ(ruleStatus("eth1", "P", 20), (RuleStatus{false, "class map 'b' does not exist"}));
+}
+
+TEST_F(RunningSm, ProgramsTheRulesOfAClassMapThatArrives) {
+  policyIs("P", "abxc");
+  EXPECT_EQ(held("eth1"), "abc");
+  forgetJournal();
+  classMapsAre("x");
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 2 " + shownRule('x')));
+}
+
+TEST_F(RunningSm, TouchesNothingForAClassMapThatNobodyNames) {
+  policyIs("P", "ab");
+  forgetJournal();
+  classMaps_->classMapIs("c", protocol(99));
+  classMaps_->classMapDel("c");
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+// Interfaces that are not served everywhere.
+
+TEST_F(PolicyOnEth1, IsNotProgrammedOnInterfacesThatAreNotAllowed) {
+  intfIs("mgmt1", "P", IntfKind::mgmt);
+  intfIs("vlan1", "P", IntfKind::l2);
+  const auto sm = makeSm();
+  EXPECT_THAT(hardware_->intfs(), ElementsAre(Velo::String("eth1")));
+  EXPECT_TRUE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, IsProgrammedOnL2InterfacesWhereThatIsAllowed) {
+  intfIs("mgmt1", "P", IntfKind::mgmt);
+  intfIs("vlan1", "P", IntfKind::l2);
+  const auto sm = makeSm({.allowL2Intf = true});
+  EXPECT_EQ(held("vlan1"), "abc");
+  EXPECT_EQ(held("mgmt1"), "");
+}
+
+TEST_F(PolicyOnEth1, IsProgrammedOnManagementInterfacesWhereThatIsAllowed) {
+  intfIs("mgmt1", "P", IntfKind::mgmt);
+  intfIs("vlan1", "P", IntfKind::l2);
+  const auto sm = makeSm({.allowMgmtIntf = true});
+  EXPECT_EQ(held("mgmt1"), "abc");
+  EXPECT_EQ(held("vlan1"), "");
+}
+
+TEST_F(RunningSm, BeginsAndEndsToServeL2InterfacesInPlace) {
+  intfIs("vlan1", "P", IntfKind::l2);
+  EXPECT_FALSE(sm_->allowL2Intf());
+  sm_->allowL2IntfIs(true);
+  EXPECT_TRUE(sm_->allowL2Intf());
+  EXPECT_EQ(held("vlan1"), "abc");
+  sm_->allowL2IntfIs(false);
+  EXPECT_EQ(held("vlan1"), "");
+  EXPECT_EQ(held("eth1"), "abc");
+  EXPECT_EQ(status_->ruleStatus({"vlan1", "P", 10}), nullptr);
+}
+
+TEST_F(RunningSm, DoesNothingForTheSameAllowL2Intf) {
+  intfIs("vlan1", "P", IntfKind::l2);
+  sm_->allowL2IntfIs(true);
+  forgetJournal();
+  sm_->allowL2IntfIs(true);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+TEST_F(RunningSm, FollowsAnInterfaceThatBecomesOfAnotherKind) {
+  intfIs("eth1", "P", IntfKind::l2);
+  EXPECT_EQ(held("eth1"), "");
+  intfIs("eth1", "P", IntfKind::mgmt);
+  EXPECT_EQ(held("eth1"), "");
+  intfIs("eth1", "P", IntfKind::routed);
+  EXPECT_EQ(held("eth1"), "abc");
+}
+
+// Compiling only.
+
+TEST_F(PolicyOnEth1, IsJudgedButNotProgrammedWhereItIsCompiledOnly) {
+  policyIs("P", "ax");
+  const auto sm = makeSm({.compileOnly = true});
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_TRUE(sm->inputs().compileOnly);
+  EXPECT_FALSE(sm->ready());
+  EXPECT_EQ(ruleStatus("eth1", "P", 10), (RuleStatus{false, "rules are compiled only"}));
+  EXPECT_EQ(ruleStatus("eth1", "P", 20), (RuleStatus{false, "class map 'x' does not exist"}));
+  policyIs("P", "b");
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+TEST_F(RunningSm, LeavesWhatAnotherProgrammedWhereItIsFollowedByOneThatCompilesOnly) {
+  sm_ = nullptr;
+  policyIs("P", "c");
+  sm_ = makeSm({.compileOnly = true});
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_EQ(held("eth1"), "abc");
+  EXPECT_FALSE(sm_->ready());
+}
+
+// From one machine to another.
+
+TEST_F(RunningSm, LeavesTheRulesWhenItEnds) {
+  sm_ = nullptr;
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_EQ(held("eth1"), "abc");
+  EXPECT_FALSE(intfs_->publisher().hasSubscribers());
+  EXPECT_FALSE(policies_->publisher().hasSubscribers());
+  EXPECT_FALSE(classMaps_->publisher().hasSubscribers());
+}
+
+TEST_F(RunningSm, IsFollowedByAnotherThatTakesOverWithoutACall) {
+  sm_ = makeSm();
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_TRUE(sm_->ready());
+  policyIs("P", "ab");
+  EXPECT_THAT(journal_.lines(), ElementsAre("removeRule eth1 2 " + shownRule('c')));
+}
+
+TEST_F(RunningSm, IsFollowedByAnotherThatChangesOnlyWhatIsDifferent) {
+  intfIs("eth2", "P");
+  sm_ = nullptr;
+  forgetJournal();
+  intfs_->intfDel("eth2");
+  policyIs("P", "cab");
+  classMapsAre("x");
+  sm_ = makeSm();
+  EXPECT_THAT(
+      journal_.lines(),
+      ElementsAre("moveRule eth1 2 0 " + shownRule('c'), "removeRule eth2 2 " + shownRule('c'),
+                  "removeRule eth2 1 " + shownRule('b'), "removeRule eth2 0 " + shownRule('a')));
+}
+
+TEST_F(RunningSm, IsFollowedByAnotherThatRemovesRulesThatNoStatusTellsOf) {
+  sm_ = nullptr;
+  intfs_->intfDel("eth1");
+  status_ = PolicyMap::PolicyMapTypeStatus::PolicyMapTypeStatusIs("other");
+  sm_ = makeSm();
+  EXPECT_THAT(hardware_->intfs(), IsEmpty());
+}
+
+// Switching it off and on.
+
+TEST_F(RunningSm, FollowsNothingWhileItIsInactive) {
+  sm_->hasNotificationActiveIs(false);
+  policyIs("P", "a");
+  intfIs("eth2", "P");
+  classMaps_->classMapDel("a");
+  sm_->allowL2IntfIs(true);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_FALSE(intfs_->publisher().hasSubscribers());
+}
+
+TEST_F(RunningSm, CatchesUpWhenItIsActiveAgain) {
+  sm_->hasNotificationActiveIs(false);
+  policyIs("Q", "ab");
+  intfIs("eth2", "Q");
+  intfIs("vlan1", "Q", IntfKind::l2);
+  intfs_->intfDel("eth1");
+  sm_->allowL2IntfIs(true);
+  sm_->hasNotificationActiveIs(true);
+  EXPECT_EQ(held("eth1"), "");
+  EXPECT_EQ(held("eth2"), "ab");
+  EXPECT_EQ(held("vlan1"), "ab");
+  EXPECT_EQ(status_->ruleStatus().count(), 4U);
+  classMaps_->classMapDel("b");
+  EXPECT_EQ(held("eth2"), "a");
+}
+
+TEST_F(RunningSm, DoesNothingWhenItIsSwitchedToWhatItIs) {
+  sm_->hasNotificationActiveIs(true);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  sm_->hasNotificationActiveIs(false);
+  sm_->hasNotificationActiveIs(false);
+  sm_->hasNotificationActiveIs(true);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+// Without one of its inputs.
+
+TEST_F(PolicyOnEth1, IsNotConfiguredForAMachineWithoutInterfaces) {
+  intfs_ = nullptr;
+  const auto sm = makeSm();
+  policyIs("P", "a");
+  classMaps_->classMapDel("a");
+  sm->allowL2IntfIs(true);
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_TRUE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, HasNoRulesForAMachineWithoutPolicies) {
+  policies_ = nullptr;
+  const auto sm = makeSm();
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_EQ(status_->policyStatus().count(), 0U);
+  EXPECT_TRUE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, CannotBeProgrammedByAMachineWithoutClassMaps) {
+  classMaps_ = nullptr;
+  const auto sm = makeSm();
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  EXPECT_EQ(ruleStatus("eth1", "P", 10), (RuleStatus{false, "class map 'a' does not exist"}));
+  EXPECT_FALSE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, IsProgrammedByAMachineWithoutAStatus) {
+  status_ = nullptr;
+  const auto sm = makeSm();
+  policyIs("P", "ab");
+  EXPECT_EQ(held("eth1"), "ab");
+  EXPECT_TRUE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, IsNotProgrammedByAMachineWithoutHardware) {
+  hardware_ = nullptr;
+  const auto sm = makeSm();
+  EXPECT_FALSE(ruleStatus("eth1", "P", 10).programmed);
+  EXPECT_FALSE(ruleStatus("eth1", "P", 10).reason.empty());
+  EXPECT_FALSE(sm->ready());
+}
+
+TEST_F(TrafficPolicySm, MayHaveNoInputsAtAll) {
+  intfs_ = nullptr;
+  policies_ = nullptr;
+  classMaps_ = nullptr;
+  status_ = nullptr;
+  hardware_ = nullptr;
+  const auto sm = makeSm();
+  sm->allowL2IntfIs(true);
+  sm->hasNotificationActiveIs(false);
+  sm->hasNotificationActiveIs(true);
+  EXPECT_TRUE(sm->ready());
+}
+
+// Refusals and failures.
+
+TEST_F(PolicyOnEth1, LeavesTheOthersInPlaceWhileOneIsRefused) {
+  refuse("b");
+  const auto sm = makeSm();
+  EXPECT_EQ(held("eth1"), "ac");
+  EXPECT_EQ(ruleStatus("eth1", "P", 10), programmed_);
+  EXPECT_EQ(ruleStatus("eth1", "P", 20), (RuleStatus{false, "refused"}));
+  EXPECT_EQ(ruleStatus("eth1", "P", 30), programmed_);
+}
+
+TEST_F(PolicyOnEth1, TriesTheRefusedAgainWithTheNextChangeOfThePolicy) {
+  refuse("b");
+  const auto sm = makeSm();
+  hardware_->onAdd = nullptr;
+  classMapsAre("x");
+  EXPECT_EQ(held("eth1"), "ac") << "no change of its own";
+  policyIs("P", "abcx");
+  EXPECT_EQ(held("eth1"), "abcx");
+}
+
+TEST_F(PolicyOnEth1, UsesTheRoomThatItsOwnRemovalsMake) {
+  hardware_->capacity = 3;
+  const auto sm = makeSm();
+  classMapsAre("xyz");
+  policyIs("P", "xyz");
+  EXPECT_EQ(held("eth1"), "xyz");
+  EXPECT_TRUE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, IsMendedByTheNextChangeAfterAHelperThrewOnce) {
+  intfIs("eth2", "P");
+  const auto sm = makeSm();
+  classMapsAre("x");
+  hardware_->onAdd = [this](const Velo::String&, const AclRule&) -> AclResult {
+    hardware_->onAdd = nullptr;
+    throw std::runtime_error("hardware lost");
+  };
+  EXPECT_THROW(policyIs("P", "cxa"), std::runtime_error);
+  EXPECT_FALSE(sm->ready());
+  classMapsAre("y");  // any change at all
+  EXPECT_EQ(held("eth1"), "cxa");
+  EXPECT_EQ(held("eth2"), "cxa");
+  EXPECT_TRUE(sm->ready());
+  EXPECT_EQ(*status_->policyStatus("P"), (PolicyMap::PolicyStatus{2, 6, 6}));
+}
+
+TEST_F(PolicyOnEth1, IsMendedByTheSameChangeTakenBackAfterAHelperThrewOnce) {
+  const auto sm = makeSm();
+  hardware_->onRemove = [this](const Velo::String&, const AclRule&) {
+    hardware_->onRemove = nullptr;
+    throw std::runtime_error("hardware lost");
+  };
+  EXPECT_THROW(policyIs("P", "b"), std::runtime_error);
+  policyIs("P", "abc");
+  EXPECT_EQ(held("eth1"), "abc");
+  EXPECT_TRUE(sm->ready());
+}
+
+TEST_F(PolicyOnEth1, HasNoMachineWhereTheHelperThrowsAtItsConstruction) {
+  hardware_->onAdd = [](const Velo::String&, const AclRule&) -> AclResult {
+    throw std::runtime_error("hardware lost");
+  };
+  EXPECT_THROW(static_cast<void>(makeSm()), std::runtime_error);
+  EXPECT_FALSE(intfs_->publisher().hasSubscribers());
+  EXPECT_FALSE(policies_->publisher().hasSubscribers());
+  EXPECT_FALSE(classMaps_->publisher().hasSubscribers());
+  EXPECT_EQ(intfs_->references(), 1U);
 }
 
 }  // namespace

@@ -1,0 +1,103 @@
+#include "testing/RecordingAclHelper.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "testing/Shown.h"
+
+namespace ZelVrfSelectionPolicy::Testing {
+namespace {
+
+std::ptrdiff_t offset(std::size_t place) noexcept {
+  return static_cast<std::ptrdiff_t>(place);
+}
+
+}  // namespace
+
+// The time of a call in which no other may come.
+class RecordingAclHelper::Call {
+ public:
+  explicit Call(RecordingAclHelper& helper) noexcept : helper_(helper) { helper_.isInCall_ = true; }
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+  ~Call() { helper_.isInCall_ = false; }
+
+ private:
+  RecordingAclHelper& helper_;
+};
+
+RecordingAclHelper::AclResult RecordingAclHelper::addRule(const Velo::String& intf,
+                                                          std::size_t place, const AclRule& rule) {
+  const std::string call = "addRule " + intf.str() + " " + std::to_string(place);
+  const std::size_t count = held(intf).size();
+  require(!isInCall_, call, "comes from inside another call");
+  require(place <= count, call, "is outside a list of " + std::to_string(count));
+  journal_.write(call + " " + shown(rule));
+  const Call present(*this);
+  if (held_ >= capacity) return {false, "no room for more than " + std::to_string(capacity)};
+  AclResult result = onAdd ? onAdd(intf, rule) : AclResult();
+  if (!result.accepted) return result;
+  Rules& list = rules_[intf];
+  list.insert(list.begin() + offset(place), rule);
+  ++held_;
+  return result;
+}
+
+void RecordingAclHelper::removeRule(const Velo::String& intf, std::size_t place) {
+  const std::string call = "removeRule " + intf.str() + " " + std::to_string(place);
+  const std::size_t count = held(intf).size();
+  require(!isInCall_, call, "comes from inside another call");
+  require(place < count, call, "is outside a list of " + std::to_string(count));
+  Rules& list = rules_[intf];
+  journal_.write(call + " " + shown(list[place]));
+  const Call present(*this);
+  if (onRemove) onRemove(intf, list[place]);
+  list.erase(list.begin() + offset(place));
+  if (list.empty()) rules_.erase(intf);
+  --held_;
+}
+
+void RecordingAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::size_t to) {
+  const std::string call =
+      "moveRule " + intf.str() + " " + std::to_string(from) + " " + std::to_string(to);
+  const std::size_t count = held(intf).size();
+  require(!isInCall_, call, "comes from inside another call");
+  require(from < count && to < count, call, "is outside a list of " + std::to_string(count));
+  Rules& list = rules_[intf];
+  journal_.write(call + " " + shown(list[from]));
+  const Call present(*this);
+  if (onMove) onMove(intf, list[from]);
+  AclRule moved = std::move(list[from]);
+  list.erase(list.begin() + offset(from));
+  list.insert(list.begin() + offset(to), std::move(moved));
+}
+
+const RecordingAclHelper::Rules& RecordingAclHelper::rules(const Velo::String& intf) const {
+  require(!isInCall_, "rules " + intf.str(), "comes from inside another call");
+  return held(intf);
+}
+
+std::vector<Velo::String> RecordingAclHelper::intfs() const {
+  require(!isInCall_, "intfs", "comes from inside another call");
+  std::vector<Velo::String> names;
+  names.reserve(rules_.size());
+  for (const auto& [intf, list] : rules_)
+    names.push_back(intf);
+  return names;
+}
+
+const RecordingAclHelper::Rules& RecordingAclHelper::held(const Velo::String& intf) const {
+  static const Rules none;
+  const auto list = rules_.find(intf);
+  return list == rules_.end() ? none : list->second;
+}
+
+void RecordingAclHelper::require(bool kept, const std::string& call,
+                                 const std::string& broken) const {
+  if (kept) return;
+  const std::string line = call + " " + broken;
+  journal_.write(line);
+  throw std::logic_error(line);
+}
+
+}  // namespace ZelVrfSelectionPolicy::Testing
