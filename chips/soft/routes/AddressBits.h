@@ -19,6 +19,18 @@ struct AddressBits {
   [[nodiscard]] constexpr unsigned from(unsigned at, unsigned width) const noexcept {
     return static_cast<unsigned>(shiftedBy(at).high >> (64 - width));
   }
+  // The first `at` bits of these, then the lowest `width` bits of `bits`, then zeros. Precondition:
+  // as for `from`.
+  [[nodiscard]] constexpr AddressBits withAt(unsigned at, unsigned bits,
+                                             unsigned width) const noexcept {
+    const std::uint64_t added = std::uint64_t{bits} << (64 - width);
+    if (at >= 64) {
+      const std::uint64_t kept = at == 64 ? 0 : low >> (128 - at) << (128 - at);
+      return {high, kept | added >> (at - 64)};
+    }
+    const std::uint64_t kept = at == 0 ? 0 : high >> (64 - at) << (64 - at);
+    return {kept | added >> at, at == 0 ? 0 : added << (64 - at)};
+  }
   // How many bits both begin with.
   [[nodiscard]] constexpr unsigned common(const AddressBits& other) const noexcept {
     if (high != other.high) return static_cast<unsigned>(std::countl_zero(high ^ other.high));

@@ -12,7 +12,12 @@ std::size_t FamilyRoutes::AddressHash::operator()(const Ip::Address& address) co
   return static_cast<std::size_t>(hash ^ hash >> 32);
 }
 
-FamilyRoutes::FamilyRoutes(Ip::Family family) : lengths_(Ip::addressBits(family) + 1) {}
+FamilyRoutes::FamilyRoutes(Ip::Family family) {
+  const std::size_t lengths = Ip::addressBits(family) + 1;
+  lengths_.reserve(lengths);
+  while (lengths_.size() < lengths)
+    lengths_.emplace_back(&memory_);
+}
 
 bool FamilyRoutes::routeIs(const Ip::Prefix& prefix, const Route& route) {
   Length& length = lengths_[prefix.length];

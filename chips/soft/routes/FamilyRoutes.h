@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -35,7 +36,8 @@ class FamilyRoutes final {
     std::size_t operator()(const Ip::Address& address) const noexcept;
   };
   struct Length {
-    std::unordered_map<Ip::Address, Route, AddressHash> routes;
+    explicit Length(std::pmr::memory_resource* memory) : routes(memory) {}
+    std::pmr::unordered_map<Ip::Address, Route, AddressHash> routes;
     bool exactMatch = false;
   };
 
@@ -44,6 +46,8 @@ class FamilyRoutes final {
       const Ip::Address& address, const std::vector<unsigned char>& lengths) const;
   [[nodiscard]] std::optional<RouteHit> longestPrefix(const Ip::Address& address) const;
 
+  // Routes lie in memory of their own: among them, what lookups go by would be far apart.
+  std::pmr::unsynchronized_pool_resource memory_;
   std::vector<Length> lengths_;
   PrefixTrie<const Route*> longestPrefix_;
   std::size_t routes_ = 0;

@@ -1,10 +1,10 @@
 // Why: the longest of very many prefixes that cover an address is wanted for every packet. Walking
 // the lengths of a map costs one search per length; this costs one step per six bits, fewer where
-// few prefixes are.
-// Always: a node stands for the first `6 * level` bits of an address. Below the root there is no
-// node without a value that has fewer than two children: chains of such are left out, which is why
-// a child may be several levels below its parent and is to be compared with the address before it
-// is entered.
+// few prefixes are, and next to no memory that is far from what was just looked at.
+// Always: a node stands for the first `6 * level` bits of an address. It has the prefixes that are
+// one to six bits longer, and what is longer than those by entries, one for each next six bits. An
+// entry is a single prefix, or leads to a node with at least two things in it, however far below:
+// which is why it is compared with the address before it is followed.
 #pragma once
 
 #include <algorithm>
@@ -12,6 +12,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -31,140 +32,213 @@ class PrefixTrie final {
   };
 
   void valueIs(const Ip::Prefix& prefix, Value value) {
-    Node& node = nodeFor(bitsOf(prefix.address), levelOf(prefix));
-    const unsigned bit = bitOf(prefix);
-    const auto at = node.values.begin() + rank(node.held, bit);
-    if (has(node.held, bit)) {
-      *at = value;
+    if (prefix.length == 0) {
+      everywhere_ = value;
     } else {
-      node.values.insert(at, value);
-      node.held |= one << bit;
+      valueIs(root_, 0, {bitsOf(prefix.address), prefix.length, value, nullptr});
     }
   }
 
   // True when there was one.
   bool valueDel(const Ip::Prefix& prefix) {
-    return valueDel(root_, bitsOf(prefix.address), levelOf(prefix), bitOf(prefix));
+    if (prefix.length == 0) return std::exchange(everywhere_, std::nullopt).has_value();
+    return valueDel(root_, 0, bitsOf(prefix.address), prefix.length);
   }
 
   [[nodiscard]] std::optional<Match> longestMatch(const Ip::Address& address) const {
     const AddressBits bits = bitsOf(address);
     const Node* best = nullptr;
-    std::uint64_t bestHeld = 0;
-    for (const Node* node = &root_; node != nullptr; node = childTowards(*node, bits)) {
-      const std::uint64_t held = node->held & covering[chunkOf(bits, node->level)];
-      if (held == 0) continue;
-      best = node;
-      bestHeld = held;
+    unsigned bestLevel = 0;
+    const Node* node = &root_;
+    for (unsigned level = 0; node != nullptr;) {
+      const unsigned chunk = chunkOf(bits, level);
+      if (node->covers(chunk)) {
+        best = node;
+        bestLevel = level;
+      }
+      const Entry* const entry = node->entryFor(chunk);
+      if (entry == nullptr || entry->path.common(bits) < entry->length) break;
+      if (!entry->node) return Match{entry->value, entry->length};
+      node = entry->node.get();
+      level = entry->level();
     }
-    if (best == nullptr) return std::nullopt;
-    const auto bit = static_cast<unsigned>(std::bit_width(bestHeld)) - 1;
-    return Match{best->values[static_cast<std::size_t>(rank(best->held, bit))],
-                 best->level * stride + static_cast<unsigned>(std::bit_width(bit)) - 1};
+    if (best != nullptr) return best->longest(bestLevel, chunkOf(bits, bestLevel));
+    if (everywhere_) return Match{*everywhere_, 0};
+    return std::nullopt;
   }
 
  private:
   static constexpr unsigned stride = 6;
-  static constexpr std::uint64_t one = 1;
 
-  // The prefixes that end within the stride of a node are numbered: that of `length` bits `bits`
-  // is `1 << length | bits`, so that longer ones come later.
-  struct Node {
-    AddressBits path;  // only the first `6 * level` bits are looked at
-    unsigned level = 0;
-    std::uint64_t held = 0;        // the prefixes that have values
-    std::uint64_t branches = 0;    // the next six bits that children begin with
-    std::vector<Value> values{};   // in the order of their bits
-    std::vector<Node> children{};  // the same
-  };
-
-  // For each six bits, the prefixes that cover them.
-  static constexpr std::array<std::uint64_t, 64> covering = [] {
-    std::array<std::uint64_t, 64> table{};
-    for (unsigned chunk = 0; chunk < 64; ++chunk) {
-      for (unsigned length = 0; length < stride; ++length)
-        table[chunk] |= one << (1U << length | chunk >> (stride - length));
-    }
-    return table;
-  }();
-
-  static bool has(std::uint64_t set, unsigned bit) noexcept { return (set >> bit & 1) != 0; }
-  static std::ptrdiff_t rank(std::uint64_t set, unsigned bit) noexcept {
-    return std::popcount(set & ((one << bit) - 1));
+  static constexpr std::uint64_t bitOf(unsigned number) noexcept {
+    return std::uint64_t{1} << number;
   }
-  static unsigned levelOf(const Ip::Prefix& prefix) noexcept { return prefix.length / stride; }
-  static unsigned bitOf(const Ip::Prefix& prefix) noexcept {
-    const unsigned length = prefix.length % stride;
-    if (length == 0) return 1;
-    return 1U << length | bitsOf(prefix.address).from(levelOf(prefix) * stride, length);
+  static bool has(std::uint64_t set, unsigned bit) noexcept { return (set & bitOf(bit)) != 0; }
+  static std::ptrdiff_t rank(std::uint64_t set, unsigned bit) noexcept {
+    return std::popcount(set & (bitOf(bit) - 1));
   }
   static unsigned chunkOf(const AddressBits& bits, unsigned level) noexcept {
     return bits.from(level * stride, stride);
   }
-  static bool covers(const Node& node, const AddressBits& bits) noexcept {
-    return node.path.common(bits) >= node.level * stride;
+  // The level of the node that prefixes of the length belong in.
+  static unsigned levelOf(unsigned length) noexcept { return (length - 1) / stride; }
+
+  // The place of a prefix within its node: that of `length` bits `bits` has the number
+  // `1 << length | bits`, so that longer ones come later. Those from 64 on are whole strides.
+  using Slot = unsigned;
+
+  static Slot slotOf(const AddressBits& bits, unsigned length) noexcept {
+    const unsigned start = levelOf(length) * stride;
+    return 1U << (length - start) | bits.from(start, length - start);
+  }
+  static unsigned lengthOf(Slot slot) noexcept {
+    return static_cast<unsigned>(std::bit_width(slot)) - 1;
   }
 
-  static const Node* childTowards(const Node& node, const AddressBits& bits) noexcept {
-    const unsigned chunk = chunkOf(bits, node.level);
-    if (!has(node.branches, chunk)) return nullptr;
-    const Node& child = node.children[static_cast<std::size_t>(rank(node.branches, chunk))];
-    return covers(child, bits) ? &child : nullptr;
-  }
+  // For each six bits, the slots below 64 of the prefixes that cover them.
+  static constexpr std::array<std::uint64_t, 64> coveringShort = [] {
+    std::array<std::uint64_t, 64> table{};
+    for (unsigned chunk = 0; chunk < 64; ++chunk) {
+      for (unsigned length = 1; length < stride; ++length)
+        table[chunk] |= bitOf(1U << length | chunk >> (stride - length));
+    }
+    return table;
+  }();
 
-  Node& nodeFor(const AddressBits& bits, unsigned level) {
-    Node* node = &root_;
-    while (node->level < level)
-      node = &madeChild(*node, bits, level);
-    return *node;
-  }
+  struct Node;
 
-  // The child of `node` in the direction of `bits`, made if need be; not below `level`.
-  static Node& madeChild(Node& node, const AddressBits& bits, unsigned level) {
-    const unsigned chunk = chunkOf(bits, node.level);
-    const auto at = node.children.begin() + rank(node.branches, chunk);
+  struct Entry {
+    AddressBits path;            // only the first `length` bits are looked at
+    unsigned length;             // of the single prefix, or of what all in the node begin with
+    Value value;                 // of the single prefix
+    std::unique_ptr<Node> node;  // null for a single prefix
+
+    [[nodiscard]] unsigned level() const noexcept { return length / stride; }
+  };
+
+  struct Node {
+    std::uint64_t shorts = 0;      // slots below 64 that have values
+    std::uint64_t wholes = 0;      // slots from 64 on
+    std::uint64_t branches = 0;    // the six bits that entries begin with
+    std::vector<Entry> entries{};  // in the order of these
+    std::vector<Value> values{};   // in the order of their slots
+
+    [[nodiscard]] bool covers(unsigned chunk) const noexcept {
+      return has(wholes, chunk) || (shorts & coveringShort[chunk]) != 0;
+    }
+    // Precondition: there is one that covers the chunk.
+    [[nodiscard]] Match longest(unsigned level, unsigned chunk) const {
+      const Slot slot = has(wholes, chunk) ? 64 + chunk : longestShort(chunk);
+      return {*(values.begin() + rankOf(slot)), level * stride + lengthOf(slot)};
+    }
+    [[nodiscard]] Slot longestShort(unsigned chunk) const noexcept {
+      return static_cast<unsigned>(std::bit_width(shorts & coveringShort[chunk])) - 1;
+    }
+    [[nodiscard]] const Entry* entryFor(unsigned chunk) const noexcept {
+      return has(branches, chunk) ? &*(entries.begin() + rank(branches, chunk)) : nullptr;
+    }
+
+    [[nodiscard]] bool hasSlot(Slot slot) const noexcept {
+      return slot < 64 ? has(shorts, slot) : has(wholes, slot - 64);
+    }
+    [[nodiscard]] std::ptrdiff_t rankOf(Slot slot) const noexcept {
+      return slot < 64 ? rank(shorts, slot) : std::popcount(shorts) + rank(wholes, slot - 64);
+    }
+    void toggle(Slot slot) noexcept { (slot < 64 ? shorts : wholes) ^= bitOf(slot % 64); }
+    void valueIs(Slot slot, Value value) {
+      const auto at = values.begin() + rankOf(slot);
+      if (hasSlot(slot)) {
+        *at = value;
+      } else {
+        values.insert(at, value);
+        toggle(slot);
+      }
+    }
+    bool valueDel(Slot slot) {
+      if (!hasSlot(slot)) return false;
+      values.erase(values.begin() + rankOf(slot));
+      toggle(slot);
+      return true;
+    }
+    // The one prefix of a node with one value and no entries.
+    [[nodiscard]] Slot onlySlot() const noexcept {
+      return static_cast<unsigned>(shorts != 0 ? std::countr_zero(shorts)
+                                               : 64 + std::countr_zero(wholes));
+    }
+  };
+
+  // `added` is a single prefix, and begins as `node` does.
+  static void valueIs(Node& node, unsigned level, Entry added) {
+    if (levelOf(added.length) == level) {
+      node.valueIs(slotOf(added.path, added.length), added.value);
+      return;
+    }
+    const unsigned chunk = chunkOf(added.path, level);
+    const auto at = node.entries.begin() + rank(node.branches, chunk);
     if (!has(node.branches, chunk)) {
-      node.branches |= one << chunk;
-      return *node.children.insert(at, Node{bits, level});
+      node.entries.insert(at, std::move(added));
+      node.branches |= bitOf(chunk);
+    } else if (!at->node && at->length == added.length && at->path == added.path) {
+      at->value = added.value;
+    } else {
+      openUpTo(*at, added);
+      valueIs(*at->node, at->level(), std::move(added));
     }
-    const unsigned fork = std::min({level, at->level, at->path.common(bits) / stride});
-    if (fork < at->level) insertAbove(*at, fork);
-    return *at;
   }
 
-  static void insertAbove(Node& node, unsigned level) {
-    Node above{node.path, level};
-    above.branches = one << chunkOf(node.path, level);
-    above.children.push_back(std::move(node));
-    node = std::move(above);
+  // Makes the entry lead to a node that `added` can be put into.
+  static void openUpTo(Entry& entry, const Entry& added) {
+    const unsigned present = entry.node ? entry.level() : levelOf(entry.length);
+    const unsigned fork =
+        std::min({levelOf(added.length), present, entry.path.common(added.path) / stride});
+    if (entry.node && fork == present) return;
+    Entry above{entry.path, fork * stride, Value(), std::make_unique<Node>()};
+    if (entry.node) {
+      above.node->branches = bitOf(chunkOf(entry.path, fork));
+      above.node->entries.push_back(std::move(entry));
+    } else {
+      valueIs(*above.node, fork, std::move(entry));
+    }
+    entry = std::move(above);
   }
 
-  static bool valueDel(Node& node, const AddressBits& bits, unsigned level, unsigned bit) {
-    if (node.level == level) return valueDel(node, bit);
-    const unsigned chunk = chunkOf(bits, node.level);
+  static bool valueDel(Node& node, unsigned level, const AddressBits& path, unsigned length) {
+    if (levelOf(length) == level) return node.valueDel(slotOf(path, length));
+    const unsigned chunk = chunkOf(path, level);
     if (!has(node.branches, chunk)) return false;
-    const auto child = node.children.begin() + rank(node.branches, chunk);
-    if (child->level > level || !covers(*child, bits)) return false;
-    if (!valueDel(*child, bits, level, bit)) return false;
-    if (child->held != 0) return true;
-    if (child->branches == 0) {
-      node.children.erase(child);
-      node.branches &= ~(one << chunk);
-    } else if (child->children.size() == 1) {
-      Node only = std::move(child->children.front());
-      *child = std::move(only);
+    const auto at = node.entries.begin() + rank(node.branches, chunk);
+    if (at->path.common(path) < at->length) return false;
+    if (!at->node) {
+      if (at->length != length) return false;
+      node.entries.erase(at);
+      node.branches ^= bitOf(chunk);
+      return true;
     }
+    if (levelOf(length) < at->level()) return false;
+    if (!valueDel(*at->node, at->level(), path, length)) return false;
+    closeUp(*at);
     return true;
   }
 
-  static bool valueDel(Node& node, unsigned bit) {
-    if (!has(node.held, bit)) return false;
-    node.values.erase(node.values.begin() + rank(node.held, bit));
-    node.held &= ~(one << bit);
-    return true;
+  // Takes the node of the entry out when there is one thing left in it.
+  static void closeUp(Entry& entry) {
+    Node& node = *entry.node;
+    if (node.values.size() + node.entries.size() != 1) return;
+    if (node.values.empty()) {
+      Entry only = std::move(node.entries.front());
+      entry = std::move(only);
+    } else {
+      const Slot slot = node.onlySlot();
+      const unsigned start = entry.length;
+      entry.path = entry.path.withAt(start, slot, lengthOf(slot));
+      entry.length = start + lengthOf(slot);
+      entry.value = node.values.front();
+      entry.node.reset();
+    }
   }
 
   Node root_;
+  std::optional<Value> everywhere_;  // of the prefix of no bits
 };
 
 }  // namespace SoftChip

@@ -256,7 +256,7 @@ TEST_P(RoutesLikeBruteForce, AfterEachOfManyChanges) {
   const RandomSeed seed;
   SCOPED_TRACE(seed.replay());
   BruteForce world(GetParam(), seed.value());
-  for (int change = 0; change < 4000; ++change) {
+  for (int change = 0; change < 2000; ++change) {
     world.change();
     for (int packet = 0; packet < 5; ++packet)
       world.compare();
