@@ -84,8 +84,9 @@ void ForwardingAgent::apply(const Configuration& next) {
   for (const NetworkInstance& instance : next.networkInstances)
     instances.emplace(instance.name, instance.fallback);
   bringUpInstances(next);
-  changeFallbacks(next);
   routes_.configuredIs(next);
+  routes_.add();
+  changeFallbacks(next);
   changeInterfaces(next);
   changePolicies(next);
   takeDownInstances(instances);

@@ -32,9 +32,9 @@ class ForwardingAgent final {
   explicit ForwardingAgent(std::uint32_t chipCapacity);
 
   // Makes `next` the configuration in force. In order: statuses and hardware ids of instances that
-  // are new, and fallback VRFs that are new or changed; routes and the VRFs of interfaces; new
-  // rules with their users; rules that are gone; the fallback VRFs and statuses of instances that
-  // are gone.
+  // are new, and routes that are new or changed; fallback VRFs that are new or changed, and the
+  // VRFs of interfaces; new rules with their users; rules that are gone; the fallback VRFs and
+  // statuses of instances that are gone; routes that are gone.
   void apply(const Configuration& next);
   // Applies the configuration without anything in it, then removes every other route, VRF status,
   // fallback VRF and prefix length.

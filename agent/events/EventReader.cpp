@@ -115,9 +115,9 @@ Event readRoute(EventLine& line) {
   const auto prefix = parseIpPrefix(text ? text->text : "");
   if (!prefix) line.fail("PREFIX must be an IPv4 or IPv6 prefix such as 192.0.2.0/24", text);
   const std::string verb = line.needOneOf("PREFIX must be followed by", {"decap", "via", "remove"});
+  line.formIs("route VRF PREFIX " + verb + (verb == "via" ? " INTERFACE" : ""));
   if (verb == "decap") return SetDecapRoute{std::move(vrf), *prefix};
   if (verb == "remove") return RemoveRoute{std::move(vrf), *prefix};
-  line.formIs("route VRF PREFIX via INTERFACE");
   std::optional<Word> interface = line.next();
   if (!interface || interface->text.empty()) {
     line.fail("INTERFACE must be the name of an interface", interface);

@@ -65,6 +65,10 @@ void CaptureFolder::keep() {
     if (pcap_dump_flush(file.dumper.get()) != 0) {
       fail(name, "cannot be written to the end; give a folder with room for it");
     }
+    std::error_code unknown;
+    if (std::filesystem::is_directory(name, unknown)) {
+      fail(name, "cannot be written: Is a directory; give a folder without it");
+    }
   }
   for (auto& [name, file] : files_) {
     std::error_code error;

@@ -36,6 +36,13 @@ void RouteProgrammer::clear() {
   program();
 }
 
+void RouteProgrammer::add() {
+  for (const auto& [vrfId, content] : wantedContents()) {
+    Table& present = programmed_[vrfId];
+    if (present.content != content) addRoutes(vrfId, present, content);
+  }
+}
+
 void RouteProgrammer::program() {
   const std::map<std::uint32_t, Content> wanted = wantedContents();
   std::erase_if(programmed_, [&](const auto& entry) {
@@ -45,7 +52,9 @@ void RouteProgrammer::program() {
   });
   for (const auto& [vrfId, content] : wanted) {
     Table& present = programmed_[vrfId];
-    if (present.content != content) programTable(vrfId, present, content);
+    if (present.content == content) continue;
+    addRoutes(vrfId, present, content);
+    removeOthers(vrfId, present, content);
   }
 }
 
@@ -62,20 +71,25 @@ std::map<std::uint32_t, RouteProgrammer::Content> RouteProgrammer::wantedContent
   return contents;
 }
 
-void RouteProgrammer::programTable(std::uint32_t vrfId, Table& present, const Content& wanted) {
-  const RoutingTable::Routes routes = routesOf(wanted);
-  for (const auto& [prefix, route] : present.routes) {
-    if (!routes.contains(prefix)) chip_.routeDel(vrfId, prefix);
-  }
+void RouteProgrammer::addRoutes(std::uint32_t vrfId, Table& present, const Content& wanted) {
   chip_.exactMatchLensIs(vrfId, IpFamily::v4, wanted.exactMatchLens);
   chip_.exactMatchLensIs(vrfId, IpFamily::v6, wanted.exactMatchLensV6);
-  for (const auto& [prefix, route] : routes) {
-    const auto before = present.routes.find(prefix);
-    if (before == present.routes.end() || before->second != route) {
-      chip_.routeIs(vrfId, prefix, route);
-    }
+  for (const auto& [prefix, route] : routesOf(wanted)) {
+    const auto [before, isNew] = present.routes.try_emplace(prefix, route);
+    if (!isNew && before->second == route) continue;
+    before->second = route;
+    chip_.routeIs(vrfId, prefix, route);
   }
-  present = {wanted, routes};
+}
+
+void RouteProgrammer::removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted) {
+  const RoutingTable::Routes routes = routesOf(wanted);
+  std::erase_if(present.routes, [&](const auto& entry) {
+    if (routes.contains(entry.first)) return false;
+    chip_.routeDel(vrfId, entry.first);
+    return true;
+  });
+  present.content = wanted;
 }
 
 RoutingTable::Routes RouteProgrammer::routesOf(const Content& content) const {

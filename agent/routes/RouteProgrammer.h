@@ -29,6 +29,8 @@ class RouteProgrammer final {
   // Forgets every route, and takes them off the chip.
   void clear();
 
+  // Brings to the chip what is new or different, and takes nothing off it.
+  void add();
   // Brings the chip in step with the routes, the ids, and the prefix lengths in exact match.
   void program();
 
@@ -51,7 +53,8 @@ class RouteProgrammer final {
   };
 
   [[nodiscard]] std::map<std::uint32_t, Content> wantedContents() const;
-  void programTable(std::uint32_t vrfId, Table& present, const Content& wanted);
+  void addRoutes(std::uint32_t vrfId, Table& present, const Content& wanted);
+  void removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted);
   [[nodiscard]] RoutingTable::Routes routesOf(const Content& content) const;
 
   SoftChip::RouteTables& chip_;

@@ -48,7 +48,11 @@ class Forwarder::Passage final {
  public:
   Passage(Forwarder& forwarder, const std::string& intf, std::span<const std::uint8_t> packet,
           PacketWay* way)
-      : forwarder_(forwarder), intf_(intf), packet_(packet), way_(way) {}
+      : forwarder_(forwarder),
+        intf_(intf),
+        packet_(packet),
+        arrivedBytes_(packet.size()),
+        way_(way) {}
 
   Verdict verdict() {
     const ParsedHeader parsed = parse(packet_);
@@ -56,6 +60,7 @@ class Forwarder::Passage final {
     if (!parsed.header) return drop(DropReason::malformed, textOf(parsed.fault));
     header_ = *parsed.header;
     packet_ = packet_.first(header_.totalLength);
+    arrivedBytes_ = header_.totalLength;
     if (way_ != nullptr) way_->parsed(header_);
     const RuleAction* const action = actionOfFirstMatch();
     if (action == nullptr) return takeOwnVrf(OwnVrfReason::noRuleMatched);
@@ -220,7 +225,7 @@ class Forwarder::Passage final {
   }
 
   Verdict drop(DropReason reason, std::string_view detail = {}) {
-    forwarder_.dropCounters_[static_cast<std::size_t>(reason)].add(packet_.size());
+    forwarder_.dropCounters_[static_cast<std::size_t>(reason)].add(arrivedBytes_);
     if (way_ != nullptr) way_->dropped(reason, detail);
     Verdict verdict;
     verdict.drop = reason;
@@ -230,6 +235,7 @@ class Forwarder::Passage final {
   Forwarder& forwarder_;
   const std::string& intf_;
   std::span<const std::uint8_t> packet_;
+  std::size_t arrivedBytes_;
   PacketWay* way_;
   PacketHeader header_;
   std::vector<const VrfFacts*> triedVrfs_;  // for the present destination

@@ -24,10 +24,10 @@ inline std::vector<BadEvent> badEvents() {
   return {
       {"UnknownEvent", "paint red",
        "an event must begin with vrf, fallback, decap-nh, decap-nh-fallback, prefix-lens, config, "
-       "chip or show, found 'paint'"},
+       "chip, route or show, found 'paint'"},
       {"UnknownEventInUpperCase", "SHOW",
        "an event must begin with vrf, fallback, decap-nh, decap-nh-fallback, prefix-lens, config, "
-       "chip or show, found 'SHOW'"},
+       "chip, route or show, found 'SHOW'"},
       {"QuoteInWord", "vrf it's remove",
        "vrf NAME id|remove|add: expected the word in quotes, as 'it\\'s' at byte 4, found "
        "'it\\'s remove'"},
@@ -173,6 +173,39 @@ inline std::vector<BadEvent> badEvents() {
        "chip fail VRF|any COUNT: COUNT must be a number from 0 to 4294967295, found 'once'"},
       {"ChipFailIsFollowedByMore", "chip fail red 1 2",
        "chip fail VRF|any COUNT: the line must end here, found '2'"},
+
+      {"RouteAlone", "route",
+       "route VRF PREFIX decap|via|remove: VRF must be a VRF name of 1 to 100 bytes, found the end "
+       "of the line"},
+      {"RouteOfDefaultByItsOtherName", "route default 10.0.0.0/8 decap",
+       "route VRF PREFIX decap|via|remove: VRF must be DEFAULT for the default VRF, found "
+       "'default'"},
+      {"RouteWithoutAPrefix", "route red",
+       "route VRF PREFIX decap|via|remove: PREFIX must be an IPv4 or IPv6 prefix such as "
+       "192.0.2.0/24, found the end of the line"},
+      {"RouteToAnAddress", "route red 192.0.2.1 decap",
+       "route VRF PREFIX decap|via|remove: PREFIX must be an IPv4 or IPv6 prefix such as "
+       "192.0.2.0/24, found '192.0.2.1'"},
+      {"RouteWithALongPrefix", "route red 192.0.2.0/33 decap",
+       "route VRF PREFIX decap|via|remove: PREFIX must be an IPv4 or IPv6 prefix such as "
+       "192.0.2.0/24, found '192.0.2.0/33'"},
+      {"RouteWithoutAVerb", "route red 192.0.2.0/24",
+       "route VRF PREFIX decap|via|remove: PREFIX must be followed by decap, via or remove, found "
+       "the end of the line"},
+      {"RouteWithAnUnknownVerb", "route red 192.0.2.0/24 drop",
+       "route VRF PREFIX decap|via|remove: PREFIX must be followed by decap, via or remove, found "
+       "'drop'"},
+      {"RouteViaNothing", "route red 192.0.2.0/24 via",
+       "route VRF PREFIX via INTERFACE: INTERFACE must be the name of an interface, found the end "
+       "of the line"},
+      {"RouteViaAnEmptyName", "route red 192.0.2.0/24 via ''",
+       "route VRF PREFIX via INTERFACE: INTERFACE must be the name of an interface, found ''"},
+      {"RouteViaTwo", "route red 192.0.2.0/24 via e1 e2",
+       "route VRF PREFIX via INTERFACE: the line must end here, found 'e2'"},
+      {"RouteDecapIsFollowedByMore", "route red 192.0.2.0/24 decap e1",
+       "route VRF PREFIX decap: the line must end here, found 'e1'"},
+      {"RouteRemoveIsFollowedByMore", "route red 192.0.2.0/24 remove now",
+       "route VRF PREFIX remove: the line must end here, found 'now'"},
 
       {"ShowIsFollowedByMore", "show all", "show: the line must end here, found 'all'"},
   };

@@ -6,7 +6,9 @@
 #include "agent/config/OpenConfigReader.h"
 #include "agent/events/EventError.h"
 #include "agent/events/EventReader.h"
+#include "agent/forward/PacketBuilder.h"
 #include "agent/render/ActionText.h"
+#include "tests/agent/OpenConfigBuilder.h"
 #include "tests/agent/SmallConfigurations.h"
 
 namespace ZelAgent {
@@ -49,6 +51,15 @@ class EventPlayerTest : public ::testing::Test {
       return error.what();
     }
     return "it was played";
+  }
+
+  // Where a packet to the address goes that comes in by an interface of nobody's.
+  std::string wayTo(const std::string& destination) {
+    PacketFields fields;
+    fields.source = parseIpAddress("192.0.2.1").value();
+    fields.destination = parseIpAddress(destination).value();
+    const auto verdict = agent_.forwarder().forward("e9", buildPacket(fields));
+    return verdict.drop ? std::string(nameOf(*verdict.drop)) : verdict.egress;
   }
 
   [[nodiscard]] std::string program(const VrfAction& action) {
@@ -199,6 +210,58 @@ TEST_F(EventPlayerTest, EventsThatNameNothingThatIsThereAreRefused) {
             "'red'");
 }
 
+TEST_F(EventPlayerTest, RoutesComeAndGo) {
+  apply({{}, {}, {}});
+  EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
+  EXPECT_EQ(play("route DEFAULT 203.0.113.0/24 via e1"), "");
+  EXPECT_TRUE(last_.statusChanges.empty());
+  EXPECT_EQ(wayTo("203.0.113.1"), "e1");
+  (void)play("route DEFAULT 203.0.113.0/24 via e2");
+  EXPECT_EQ(wayTo("203.0.113.1"), "e2");
+  (void)play("route DEFAULT 203.0.113.1/32 decap");
+  EXPECT_EQ(wayTo("203.0.113.1"), "decapDisabled");
+  (void)play("route DEFAULT 203.0.113.1/32 remove");
+  (void)play("route DEFAULT 203.0.113.0/24 remove");
+  EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
+}
+
+TEST_F(EventPlayerTest, ARouteStandsInFrontOfTheConfiguredOneUntilItIsTakenBack) {
+  OpenConfigBuilder configuration;
+  configuration.route("DEFAULT", "203.0.113.0/24", "e1");
+  agent_.apply(configuration.configuration());
+  (void)play("route DEFAULT 203.0.113.0/24 via e2");
+  EXPECT_EQ(wayTo("203.0.113.1"), "e2");
+  agent_.apply(configuration.configuration());
+  EXPECT_EQ(wayTo("203.0.113.1"), "e2");
+  (void)play("route DEFAULT 203.0.113.0/24 remove");
+  EXPECT_EQ(wayTo("203.0.113.1"), "e1");
+}
+
+TEST_F(EventPlayerTest, ARouteMayComeBeforeItsVrf) {
+  apply({{}, {}, {}});
+  (void)play("fallback DEFAULT to late");
+  (void)play("route late 203.0.113.0/24 via e1");
+  EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
+  (void)play("vrf late add");
+  (void)play("vrf late id 7");
+  EXPECT_EQ(wayTo("203.0.113.1"), "e1");
+  (void)play("vrf late id 8");
+  EXPECT_EQ(wayTo("203.0.113.1"), "e1");
+}
+
+TEST_F(EventPlayerTest, RoutesOfAConfigurationAreNotTakenBackByEvents) {
+  OpenConfigBuilder configuration;
+  configuration.route("DEFAULT", "203.0.113.0/24", "e1");
+  agent_.apply(configuration.configuration());
+  EXPECT_EQ(refusalOf("route DEFAULT 203.0.113.0/24 remove"),
+            "route VRF PREFIX remove: VRF must have a route of an event to 203.0.113.0/24, found "
+            "'default'");
+  EXPECT_EQ(refusalOf("route red 203.0.113.0/24 remove"),
+            "route VRF PREFIX remove: VRF must have a route of an event to 203.0.113.0/24, found "
+            "'red'");
+  EXPECT_EQ(wayTo("203.0.113.1"), "e1");
+}
+
 TEST_F(EventPlayerTest, TheDefaultVrfIsAVrf) {
   apply({{}, {"DEFAULT"}, {"e1"}});
   EXPECT_EQ(play("vrf DEFAULT remove"), "update actionVrf default!");
@@ -285,6 +348,7 @@ TEST_F(EventPlayerTest, RemovingAllRemovesWhatEventsMadeToo) {
   (void)play("fallback late to red");
   (void)play("prefix-lens ipv4 late 24");
   (void)play("prefix-lens ipv6 late 64");
+  (void)play("route late 203.0.113.0/24 via e1");
   agent_.removeAll();
   EXPECT_TRUE(agent_.state().actions.empty());
   EXPECT_TRUE(agent_.chip().resources().empty());
@@ -292,6 +356,10 @@ TEST_F(EventPlayerTest, RemovingAllRemovesWhatEventsMadeToo) {
   EXPECT_EQ(agent_.fallbackConfig().fallbackVrf().count(), 0U);
   EXPECT_EQ(agent_.routeStatus().vrfPrefixLensInExactMatch().count(), 0U);
   EXPECT_EQ(agent_.routeStatusV6().vrfPrefixLensInExactMatch().count(), 0U);
+  (void)play("vrf late add");
+  (void)play("vrf late id 7");
+  (void)play("fallback DEFAULT to late");
+  EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
 }
 
 }  // namespace

@@ -22,6 +22,10 @@ struct GoodEvent {
   }
 };
 
+IpPrefix prefixOf(const char* text) {
+  return parseIpPrefix(text).value();
+}
+
 class GoodEventTest : public ::testing::TestWithParam<GoodEvent> {};
 
 TEST_P(GoodEventTest, IsReadAndWrittenAsItStands) {
@@ -73,6 +77,16 @@ INSTANTIATE_TEST_SUITE_P(
         GoodEvent{"ChipFailVrf", "chip fail red 2", PlanChipFaults{"red", 2}},
         GoodEvent{"ChipFailAny", "chip fail any 0", PlanChipFaults{std::nullopt, 0}},
         GoodEvent{"ChipFailVrfCalledAny", "chip fail 'any' 1", PlanChipFaults{"any", 1}},
+        GoodEvent{"RouteDecap", "route red 203.0.113.0/24 decap",
+                  SetDecapRoute{"red", prefixOf("203.0.113.0/24")}},
+        GoodEvent{"RouteVia", "route DEFAULT ::/0 via Ethernet1/2",
+                  SetEgressRoute{"default", prefixOf("::/0"), "Ethernet1/2"}},
+        GoodEvent{"RouteViaWithBlanks", "route red 0.0.0.0/0 via 'two words'",
+                  SetEgressRoute{"red", prefixOf("0.0.0.0/0"), "two words"}},
+        GoodEvent{"RouteRemove", "route red 2001:db8::/32 remove",
+                  RemoveRoute{"red", prefixOf("2001:db8::/32")}},
+        GoodEvent{"RouteOfAVrfCalledLikeAVerb", "route via 10.0.0.0/8 remove",
+                  RemoveRoute{"via", prefixOf("10.0.0.0/8")}},
         GoodEvent{"Show", "show", Show{}}),
     [](const auto& good) { return std::string(good.param.name); });
 
@@ -102,6 +116,11 @@ TEST(EventReader, BlanksAndACommentMayStandAroundWords) {
                                  "vrf red id 7 # the id arrives", "'vrf' 'red' 'id' '7'"}) {
     EXPECT_TRUE(readEvent(line) == expected) << line;
   }
+}
+
+TEST(EventReader, BitsBehindThePrefixOfARouteAreNoPartOfIt) {
+  EXPECT_TRUE(readEvent("route red 203.0.113.99/24 decap") ==
+              Event(SetDecapRoute{"red", prefixOf("203.0.113.0/24")}));
 }
 
 TEST(EventReader, LengthsAreASet) {
