@@ -22,7 +22,7 @@ std::string shown(const PolicyMap::ClassMatch& match) {
   std::ostringstream text;
   text << (*match.family == Ip::Family::v4 ? "v4" : "v6");
   if (match.protocol) text << ",protocol=" << static_cast<unsigned>(*match.protocol);
-  if (match.dscps != 0) text << ",dscps=" << std::hex << match.dscps;
+  if (match.dscps) text << ",dscps=" << std::hex << *match.dscps;
   if (match.source) text << ",source=" << shown(*match.source);
   if (match.destination) text << ",destination=" << shown(*match.destination);
   return text.str();

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "Mox/TraceHandle.h"
+#include "testing/RecordingAclHelper.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
@@ -19,7 +20,7 @@ World::World()
     : fallback(VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs()),
       routes(Routing::Hardware::RouteStatus::RouteStatusIs()),
       routes6(Routing6::Hardware::RouteStatus::RouteStatusIs()),
-      policyHelper(PolicyMap::PolicyMapAclHelper::PolicyMapAclHelperIs("acl")),
+      policyHelper(Mox::makePtr<RecordingAclHelper>(journal)),
       chip(Mox::makePtr<RecordingVrfHelper>(journal, fallback, routes, routes6)),
       top(zelVrfSelectionPolicySmFactory(policyHelper, mounts, chip, fallback, routes, routes6)) {
   silence();

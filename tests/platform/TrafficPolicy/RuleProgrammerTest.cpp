@@ -30,9 +30,12 @@ const AclResult accepted{true, ""};
 
 class RuleProgrammer : public ::testing::Test {
  protected:
-  std::vector<AclResult> program(const Rules& wanted) {
-    return programRules(*hardware_, "eth1", wanted);
+  std::vector<AclResult> program(const Velo::String& intf, const Rules& wanted) {
+    std::vector<RuleList> lists{{intf, wanted, {}}};
+    programRules(*hardware_, lists);
+    return lists.front().results;
   }
+  std::vector<AclResult> program(const Rules& wanted) { return program("eth1", wanted); }
   std::vector<AclResult> program(std::string_view wanted) { return program(rulesNamed(wanted)); }
   std::string held() { return namesOf(hardware_->held("eth1")); }
   /// Begins with these rules and an empty journal.
@@ -72,7 +75,7 @@ TEST_F(RuleProgrammer, RemovesFromTheLastOn) {
 }
 
 TEST_F(RuleProgrammer, TouchesNoOtherInterface) {
-  static_cast<void>(programRules(*hardware_, "eth2", rulesNamed("xy")));
+  program("eth2", rulesNamed("xy"));
   beginWith("ab");
   program("c");
   EXPECT_EQ(namesOf(hardware_->held("eth2")), "xy");
