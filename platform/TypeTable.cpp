@@ -57,6 +57,7 @@ class PlatformStart {
       &PolicyMap::actionTypeType,
       &Mox::unsignedType,
       &Mox::stringType,
+      &Acl::Config::moxType,
       &Bost::TimerWheel::moxType,
       &Classification::FieldSetConfig::moxType,
       &Classification::UdfConfig::moxType,

@@ -113,10 +113,14 @@ TEST_P(BadUsageTest, IsRefusedInOneLine) {
 INSTANTIATE_TEST_SUITE_P(
     Each, BadUsageTest,
     ::testing::Values(
-        Usage{"NoCommand", {}, "a command is required, one of: run, fallback-graph; see zel-agent"},
+        Usage{"NoCommand",
+              {},
+              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl; "
+              "see zel-agent"},
         Usage{"UnknownCommand",
               {"walk"},
-              "a command is required, one of: run, fallback-graph; see zel-agent"},
+              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl; "
+              "see zel-agent"},
         Usage{"EventsWithoutAFile",
               {"run", "x.json", "--events"},
               "--events: 1 required FILE missing; see zel-agent run"},

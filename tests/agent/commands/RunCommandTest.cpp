@@ -40,9 +40,9 @@ TEST(RunCommand, ShowsATable) {
           " applied\n"
           "  VRF    FALLBACK  POST-DECAP  ACTION     USERS  RESOURCE  STATUS          REASON       "
           "DESCRIPTION\n"
-          "  bulk   -         -           actionVrf  6      1         programmedInHw  failureNone  "
+          "  bulk   -         -           actionVrf  6      2         programmedInHw  failureNone  "
           "-\n"
-          "  voice  -         -           actionVrf  6      2         programmedInHw  failureNone  "
+          "  voice  -         -           actionVrf  6      1         programmedInHw  failureNone  "
           "-\n"
           "  chip: 2 of 1024 VRF resources in use; 2 creates, 0 updates, 0 deletes, 0 failed\n"
           "all removed\n"
@@ -114,7 +114,7 @@ TEST(RunCommand, OnlyDifferencesReachTheChip) {
 }
 
 TEST(RunCommand, AFullChipIsShownAndRecovers) {
-  const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
+  const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"blue", "red"}, {"e1"}});
   const std::string room = writeSmall("room.json", {{{"red"}, {"blue"}}, {"red"}, {"e1"}});
   const std::string changed =
       writeSmall("changed.json", {{{"red", "blue"}, {"blue"}}, {"red"}, {"e1"}});
@@ -139,7 +139,7 @@ TEST(RunCommand, AFullChipIsShownAndRecovers) {
 }
 
 TEST(RunCommand, AFullChipIsExplainedInTheTable) {
-  const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
+  const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"blue", "red"}, {"e1"}});
   const AgentOutcome outcome = runAgent({"run", "--chip-capacity", "1", full});
   EXPECT_NE(outcome.out.find("  red   -         -           actionVrf  1      -         "
                              "programmingFailure  failureVrfResourceExhausted  " +
@@ -149,7 +149,7 @@ TEST(RunCommand, AFullChipIsExplainedInTheTable) {
 }
 
 TEST(RunCommand, StrictFailsWhereTheChipDid) {
-  const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
+  const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"blue", "red"}, {"e1"}});
   EXPECT_EQ(runAgent({"run", "--strict", full}).status, 0);
   EXPECT_EQ(runAgent({"run", "--strict", "--chip-capacity", "1", full}).status, 1);
   EXPECT_EQ(runAgent({"run", "--chip-capacity", "1", full}).status, 0);

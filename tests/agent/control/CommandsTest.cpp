@@ -144,12 +144,51 @@ TEST_F(Commands, ShowTraceGivesTwentyMessagesUnlessToldOtherwise) {
   EXPECT_THAT(output("show trace 0"), IsEmpty());
 }
 
-TEST_F(Commands, ShowTypesListsTheTypesOfTheLibrary) {
+TEST_F(Commands, ShowTypesListsTheTypesOfTheLibraryWithTheirAttributes) {
   EXPECT_THAT(text("show types"), HasSubstr("module ZelVrfSelectionPolicy\n"));
-  EXPECT_THAT(text("show types"), HasSubstr("\n  ZelVrfSelectionPolicy::VrfHwStatus\n"));
+  EXPECT_THAT(text("show types"), HasSubstr("\nZelVrfSelectionPolicy::ProgrammingResult\n"
+                                            "  one of programmedInHw, programmingFailure\n"));
   const json modules = output("show types");
-  EXPECT_EQ(modules[0]["module"], "ZelVrfSelectionPolicy");
-  EXPECT_THAT(modules[0]["types"], Contains("ZelVrfSelectionPolicy::VrfAction"));
+  EXPECT_EQ(modules[1]["module"], "ZelVrfSelectionPolicy");
+  EXPECT_EQ(modules[1]["types"].size(), 12U);
+  EXPECT_THAT(
+      modules[1]["types"],
+      Contains(json{
+          {"type", "ZelVrfSelectionPolicy::VrfAction"},
+          {"names", json::array()},
+          {"attributes",
+           {{{"number", 2}, {"name", "vrfName"}, {"kind", "L3::VrfName"}, {"operations", {"read"}}},
+            {{"number", 3},
+             {"name", "fallbackVrfName"},
+             {"kind", "L3::VrfName"},
+             {"operations", {"read", "write"}}},
+            {{"number", 4},
+             {"name", "postDecapVrfName"},
+             {"kind", "L3::VrfName"},
+             {"operations", {"read", "write"}}},
+            {{"number", 5},
+             {"name", "action"},
+             {"kind", "PolicyMap::ActionType"},
+             {"operations", {"read"}}}}}}));
+}
+
+// Whatever can be read by name; the arguments are those of a type's single object, or of all.
+TEST_F(Commands, GetReachesEveryReadableAttributeOfEveryTypeOfTheLibrary) {
+  text("prefix-lens ipv4 red 24");
+  text("prefix-lens ipv6 red 48");
+  const json modules = output("show types");
+  std::size_t attributes = 0;
+  for (const json& type : modules[1]["types"]) {
+    for (const json& attribute : type["attributes"]) {
+      const json& operations = attribute["operations"];
+      if (std::find(operations.begin(), operations.end(), "read") == operations.end()) continue;
+      const json answer = output("get " + type["type"].get<std::string>() + ' ' +
+                                 attribute["name"].get<std::string>());
+      EXPECT_TRUE(answer.is_array() && !answer.empty()) << type["type"] << attribute << answer;
+      ++attributes;
+    }
+  }
+  EXPECT_EQ(attributes, 51U);
 }
 
 TEST_F(Commands, AnEventIsAnsweredWithItsEffects) {
