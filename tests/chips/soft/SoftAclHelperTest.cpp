@@ -248,7 +248,7 @@ TEST(ClassifyLikeALinearScan, AfterEachOfManyChanges) {
   SCOPED_TRACE(seed.replay());
   RandomRules random(seed.value());
   const auto acl = Mox::makeActivePtr<SoftAclHelper>(Velo::String("acl"), 100000U);
-  for (int change = 0; change < 600; ++change) {
+  for (int change = 0; change < 400; ++change) {
     changeRules(*acl, random);
     expectLikeLinearScan(*acl, random, 20);
     if (HasFatalFailure()) return;
