@@ -29,14 +29,21 @@ bool endsWithName(std::string_view name, std::string_view end) {
   return name.size() == end.size() || name.substr(0, name.size() - end.size()).ends_with("::");
 }
 
+// Of types that end alike, those that have attributes are meant.
+bool isMeant(const Mox::Type& type, std::string_view name) {
+  if (type.name == name) return true;
+  const bool hasAttributes = type.reflection != nullptr && !type.reflection->attributes.empty();
+  return hasAttributes && endsWithName(type.name, name);
+}
+
 const Mox::Type& needType(EventLine& arguments) {
   const std::optional<Word> word = arguments.next();
   for (const std::string_view module : Mox::moxModules()) {
     for (const Mox::Type* const type : Mox::moxModuleTypes(module)) {
-      if (word && endsWithName(type->name, word->text)) return *type;
+      if (word && isMeant(*type, word->text)) return *type;
     }
   }
-  arguments.fail("TYPE must be a registered type, which `show types` lists", word);
+  arguments.fail("TYPE must be a registered type with attributes, which `show types` lists", word);
 }
 
 std::string attributesOf(const Mox::Type& type) {
