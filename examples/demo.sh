@@ -23,5 +23,12 @@ echo "# A chip with room for one action says what failed and why."
 show run --chip-capacity 1 four-rules.json
 echo "# A VRF appears late, a fallback moves, and the chip runs full and recovers."
 show run --chip-capacity 2 late-vrf.json --events late-vrf.events
+echo "# The way of one packet through a tunnel that ends here."
+show explain decap.json --events decap.events --in Ethernet1 \
+  --packet 'ipv4 192.0.2.33 to 198.51.100.7 ttl 9 carrying ipv4 10.0.0.1 to 203.0.113.9 dscp 46'
+echo "# Captured packets, and where they went."
+left=$(mktemp -d)
+show forward decap.json --events decap.events --in Ethernet1=tunnels.pcap --out "$left"
+rm -r "$left"
 echo "# Who falls back to whom, and which actions name each VRF."
 show fallback-graph decap.json

@@ -1,0 +1,77 @@
+"""What documents show of zel-agent is what it prints.
+
+usage: transcripts_test.py ZEL-AGENT DOCUMENT...
+
+Each "$ COMMAND" in a fenced block of a document that runs zel-agent is run beside the examples, and
+what the document has below it is compared with the output. A document whose commands ask a daemon
+names its configuration as the daemon's own argument: `zel-agent serve CONFIG --socket PATH` in it, or
+decap.json where there is none.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+AGENT = pathlib.Path(sys.argv[1])
+DOCUMENTS = [pathlib.Path(name) for name in sys.argv[2:]]
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+
+
+def transcripts(document):
+    """Lists of (command, output), one for each fenced block with commands."""
+    for block in re.findall(r"^```\n(.*?)^```$", document.read_text(), re.M | re.S):
+        if not block.startswith("$ "):
+            continue
+        parts = re.split(r"^\$ (.*)\n", block, flags=re.M)
+        yield list(zip(parts[1::2], parts[2::2]))
+
+
+class Transcripts(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.work = self.folder / "examples"
+        shutil.copytree(EXAMPLES, self.work)
+        self.environment = dict(os.environ, PATH=f"{AGENT.parent}:{os.environ['PATH']}")
+
+    def serve(self, configuration):
+        daemon = subprocess.Popen(
+            [AGENT, "serve", configuration, "--socket", "zel.sock"],
+            cwd=self.work, stdout=subprocess.PIPE, text=True)
+        self.addCleanup(daemon.stdout.close)
+        self.addCleanup(daemon.wait)
+        self.addCleanup(daemon.terminate)
+        self.assertEqual(daemon.stdout.readline(), "serving on zel.sock\n")
+
+    def run_command(self, command):
+        return subprocess.run(
+            command, shell=True, cwd=self.work, env=self.environment, text=True,
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False).stdout
+
+    def check(self, document):
+        found = 0
+        for transcript in transcripts(document):
+            if not any("zel-agent" in command for command, _ in transcript):
+                continue
+            if any("zel-agent ctl" in command for command, _ in transcript):
+                self.serve("decap.json")
+            for command, output in transcript:
+                with self.subTest(document=document.name, command=command):
+                    self.assertEqual(self.run_command(command).rstrip("\n"), output.rstrip("\n"))
+                    found += 1
+        self.assertGreater(found, 0, f"{document} shows no commands")
+
+    def test_documents_show_what_is_printed(self):
+        for document in DOCUMENTS:
+            self.check(document)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
