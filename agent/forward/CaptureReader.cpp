@@ -13,6 +13,12 @@
 namespace ZelAgent {
 namespace {
 
+// Some messages of the library begin with the file, and some do not.
+std::string withoutFile(const std::string& file, const std::string& message) {
+  const std::string start = file + ": ";
+  return message.starts_with(start) ? message.substr(start.size()) : message;
+}
+
 [[noreturn]] void fail(const std::string& file, const std::string& what) {
   throw CaptureError(printable(file, 1000) + ": " + printable(what, 1000) +
                      "; give a capture (pcap) of Ethernet or of raw IP");
@@ -33,7 +39,7 @@ CaptureReader::CaptureReader(std::string file) : file_(std::move(file)) {
   char error[PCAP_ERRBUF_SIZE] = "";
   capture_.reset(
       pcap_open_offline_with_tstamp_precision(file_.c_str(), PCAP_TSTAMP_PRECISION_NANO, error));
-  if (!capture_) fail(file_, error);
+  if (!capture_) fail(file_, withoutFile(file_, error));
   const int linkType = pcap_datalink(capture_.get());
   isEthernet_ = linkType == DLT_EN10MB;
   if (!isEthernet_ && !isRawIp(linkType)) {

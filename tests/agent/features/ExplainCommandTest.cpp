@@ -137,8 +137,7 @@ TEST_F(ExplainCommandTest, AnInterfaceWithAVrfOfItsOwn) {
 }
 
 TEST_F(ExplainCommandTest, BytesThatAreNoPacket) {
-  expectText("hex 45 00 00 14", "",
-             "drop malformed: the packet is shorter than the fixed header\n");
+  expectText("hex 45 00 00 14", "", "drop malformed: the packet is shorter than an IP header\n");
 }
 
 TEST_F(ExplainCommandTest, AsJson) {

@@ -175,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "ipv4 192.0.2.1 to 192.0.2.2 carrying ipv6 2001:db8::1 to 10.0.0.1",
                   FORM "DESTINATION must be an ipv6 address, found '10.0.0.1'"},
         BadPacket{"AQuoteThatIsNotClosed", "ipv4 '192.0.2.1 to 192.0.2.2",
-                  FORM "expected a closing quote at byte 27, found the end of the text"},
+                  FORM "expected a closing quote at byte 28, found the end of the text"},
         BadPacket{"OddHex", "hex 450",
                   "hex BYTES: BYTES must be pairs of hexadecimal digits, found '450'"},
         BadPacket{"NoHex", "hex 45 0x00",

@@ -16,27 +16,19 @@ class RuleReportTest : public ::testing::Test {
 };
 
 TEST_F(RuleReportTest, RulesAreATable) {
-  EXPECT_EQ(textOf(agent_.rules()),
-            "  INTERFACE  POLICY     RULE  MATCH                           ACTION                  "
-            "                             STATE\n"
-            "  Ethernet1  edge       1     ipv4 protocol 4                 actionDecapVrf decap "
-            "fallback red post-decap default  programmed\n"
-            "  Ethernet1  edge       2     ipv4 dscp 10,12                 actionVrf red           "
-            "                             programmed\n"
-            "  Ethernet1  edge       10    ipv6 destination 2001:db8::/32  discard                 "
-            "                             programmed\n"
-            "  Ethernet1  edge       20    any                             -                       "
-            "                             programmed\n"
-            "  Ethernet2  edge       1     ipv4 protocol 4                 actionDecapVrf decap "
-            "fallback red post-decap default  programmed\n"
-            "  Ethernet2  edge       2     ipv4 dscp 10,12                 actionVrf red           "
-            "                             programmed\n"
-            "  Ethernet2  edge       10    ipv6 destination 2001:db8::/32  discard                 "
-            "                             programmed\n"
-            "  Ethernet2  edge       20    any                             -                       "
-            "                             programmed\n"
-            "  Ethernet3  red: edge  5     any                             actionVrf red           "
-            "                             programmed\n");
+  EXPECT_EQ(
+      textOf(agent_.rules()),
+      R"(  INTERFACE  POLICY     RULE  MATCH                           ACTION                                                STATE
+  Ethernet1  edge       1     ipv4 protocol 4                 actionDecapVrf decap fallback red post-decap default  programmed
+  Ethernet1  edge       2     ipv4 dscp 10,12                 actionVrf red                                         programmed
+  Ethernet1  edge       10    ipv6 destination 2001:db8::/32  discard                                               programmed
+  Ethernet1  edge       20    any                             -                                                     programmed
+  Ethernet2  edge       1     ipv4 protocol 4                 actionDecapVrf decap fallback red post-decap default  programmed
+  Ethernet2  edge       2     ipv4 dscp 10,12                 actionVrf red                                         programmed
+  Ethernet2  edge       10    ipv6 destination 2001:db8::/32  discard                                               programmed
+  Ethernet2  edge       20    any                             -                                                     programmed
+  Ethernet3  red: edge  5     any                             actionVrf red                                         programmed
+)");
 }
 
 TEST_F(RuleReportTest, UsersAreATable) {
@@ -128,11 +120,10 @@ TEST(RuleReport, NamesAreShownInOneLine) {
       .policy("P\n", {ruleOf(1, "", {}, toVrf("r\ne\x1b[31md"))}, {"e\n1"}, "r\ne\x1b[31md");
   ForwardingAgent agent(16);
   agent.apply(configuration.configuration());
-  EXPECT_EQ(
-      textOf(agent.rules()),
-      "  INTERFACE  POLICY                  RULE  MATCH  ACTION                        STATE\n"
-      "  e\\x0a1     r\\x0ae\\x1b[31md: P\\x0a  1     any    actionVrf 'r\\ne\\x1b[31md'  "
-      "programmed\n");
+  EXPECT_EQ(textOf(agent.rules()),
+            "  INTERFACE  POLICY                  RULE  MATCH  ACTION                     STATE\n"
+            "  e\\x0a1     r\\x0ae\\x1b[31md: P\\x0a  1     any    actionVrf 'r\\ne\\x1b[31md'  "
+            "programmed\n");
 }
 
 }  // namespace

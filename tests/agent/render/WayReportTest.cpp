@@ -196,7 +196,7 @@ TEST_F(WayReportTest, NoVrfHasAnId) {
 }
 
 TEST_F(WayReportTest, NoHeader) {
-  EXPECT_EQ(wayOf({}), "drop malformed: the packet is shorter than the fixed header\n");
+  EXPECT_EQ(wayOf({}), "drop malformed: the packet is shorter than an IP header\n");
   PacketBytes badChecksum = ipv4Packet({"192.0.2.1", "203.0.113.1"});
   badChecksum[11] ^= 0xff;
   EXPECT_EQ(wayOf(badChecksum), "drop badChecksum: the checksum of the IPv4 header is wrong\n");
@@ -287,12 +287,20 @@ TEST_F(WayReportTest, AnExplainedPacketIsCountedLikeAnyOther) {
 TEST_F(WayReportTest, ExplainingAndForwardingDecideTheSame) {
   play("route decap 203.0.113.0/24 decap");
   play("decap-nh on");
-  const PacketBytes packet =
-      inIpv4({"192.0.2.1", "203.0.113.1", 10}, ipv6Packet({"2001:db8::1", "2001:db8::2"}));
-  const auto verdict = agent_.forwarder().forward("Ethernet1", packet);
-  const nlohmann::json steps = stepsOf(packet);
-  ASSERT_TRUE(verdict.drop.has_value());
-  EXPECT_EQ(steps.back()["reason"], std::string(nameOf(*verdict.drop)));
+  const PacketBytes inside = ipv6Packet({"2001:db8::1", "2001:db8::2"});
+  for (const PacketBytes& packet :
+       {inIpv4({"192.0.2.1", "203.0.113.1"}, ipv4Packet({"192.0.2.1", "192.0.2.2"})),
+        inIpv4({"192.0.2.1", "203.0.113.1", 10}, inside), inside,
+        ipv4Packet({"192.0.2.1", "203.0.113.1", 12, notEct, 1}),
+        ipv4Packet({"192.0.2.1", "198.51.100.1", 12}), PacketBytes{0x45}}) {
+    for (const char* const interface : {"Ethernet1", "Ethernet3", "Ethernet4"}) {
+      const auto verdict = agent_.forwarder().forward(interface, packet);
+      const nlohmann::json last = stepsOf(packet, interface).back();
+      EXPECT_EQ(last.value("reason", ""),
+                verdict.drop ? std::string(nameOf(*verdict.drop)) : std::string());
+      EXPECT_EQ(last.value("interface", ""), verdict.egress);
+    }
+  }
 }
 
 }  // namespace
