@@ -117,7 +117,6 @@ void Connection::sendLater(std::string bytes) {
   isDropped_ = !isSending_;
   if (isDropped_) return;
   static_cast<void>(sending.release());
-  unsent_ = uv_stream_get_write_queue_size(stream());
   watchProgress();
 }
 
@@ -129,17 +128,25 @@ void Connection::noteSent(int result) {
 }
 
 void Connection::watchProgress() {
-  const auto onTime = [](uv_timer_t* timer) {
-    auto* const self = static_cast<Connection*>(timer->data);
-    if (self == nullptr) return;
-    const std::size_t unsent = uv_stream_get_write_queue_size(self->stream());
-    if (unsent == self->unsent_) self->isDropped_ = true;
-    self->unsent_ = unsent;
-    self->goOn();
-  };
   if (patience_.count() == 0) return;
-  const auto time = static_cast<std::uint64_t>(patience_.count());
-  uv_timer_start(timer_.get(), onTime, time, time);
+  const auto onTick = [](uv_timer_t* timer) {
+    if (auto* const self = static_cast<Connection*>(timer->data)) self->lookAtProgress();
+  };
+  const auto half = static_cast<std::uint64_t>(patience_.count() / 2);
+  unsent_ = uv_stream_get_write_queue_size(stream());
+  quietTicks_ = 0;
+  uv_update_time(timer_->loop);  // making the answer may have taken long
+  uv_timer_start(timer_.get(), onTick, half, half);
+}
+
+// A loop that was busy for long comes to its timers before it sends what could be sent by now, but
+// it sends between two ticks.
+void Connection::lookAtProgress() {
+  const std::size_t unsent = uv_stream_get_write_queue_size(stream());
+  quietTicks_ = unsent == unsent_ ? quietTicks_ + 1 : 0;
+  unsent_ = unsent;
+  isDropped_ = quietTicks_ == 2;
+  goOn();
 }
 
 }  // namespace ZelAgent

@@ -53,6 +53,7 @@ class Connection final {
   void sendLater(std::string bytes);
   void noteSent(int result);
   void watchProgress();
+  void lookAtProgress();
 
   LoopHandle<uv_pipe_t> stream_;
   LoopHandle<uv_timer_t> timer_;
@@ -60,7 +61,8 @@ class Connection final {
   ConnectionOwner& owner_;
   std::chrono::milliseconds patience_;
   RequestLines lines_;
-  std::size_t unsent_ = 0;  // when progress was last looked at
+  std::size_t unsent_ = 0;   // when progress was last looked at
+  unsigned quietTicks_ = 0;  // in a row, without progress
   bool isSending_ = false;
   bool hasEnded_ = false;  // nothing more comes
   bool isDropped_ = false;
