@@ -2,10 +2,9 @@
 
 usage: transcripts_test.py ZEL-AGENT DOCUMENT...
 
-Each "$ COMMAND" in a fenced block of a document that runs zel-agent is run beside the examples, and
-what the document has below it is compared with the output. A document whose commands ask a daemon
-names its configuration as the daemon's own argument: `zel-agent serve CONFIG --socket PATH` in it, or
-decap.json where there is none.
+Each "$ COMMAND" in a fenced block that runs zel-agent is run beside the examples, and what the
+document has below it is compared with its standard output. Where a block asks a daemon, one serves
+decap.json on zel.sock.
 """
 
 import os
@@ -27,7 +26,7 @@ def transcripts(document):
     for block in re.findall(r"^```\n(.*?)^```$", document.read_text(), re.M | re.S):
         if not block.startswith("$ "):
             continue
-        parts = re.split(r"^\$ (.*)\n", block, flags=re.M)
+        parts = re.split(r"^\$ ((?:.*\\\n)*.*)\n", block, flags=re.M)
         yield list(zip(parts[1::2], parts[2::2]))
 
 
