@@ -163,7 +163,7 @@ TEST_F(EventPlayerTest, PrefixLengthsAreExactlyThoseGiven) {
 
 TEST_F(EventPlayerTest, TheChipRunsFullAndRecovers) {
   play("chip capacity 1");
-  apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
+  apply({{{"red"}, {"blue"}}, {"blue", "red"}, {"e1"}});
   EXPECT_EQ(program(red), "none");
   EXPECT_EQ(play("chip capacity 2"), "");
   EXPECT_EQ(play("vrf red id 9"), "update actionVrf red");
