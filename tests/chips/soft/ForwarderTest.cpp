@@ -421,6 +421,15 @@ TEST_F(DecapTest, CountsTheBytesThatLeave) {
   EXPECT_EQ(world_.acl->counters("in")[0], (RuleCounter{1, 48}));
 }
 
+TEST_F(DecapTest, CountsDropsBehindATunnelByTheBytesThatCame) {
+  flagsAre(true, false);
+  decapRuleIs();
+  Bytes padded = tunnelled(packetTo(inner)).bytes();
+  padded.resize(padded.size() + 6);
+  EXPECT_EQ(shown(world_.forward(padded)), "noRoute");
+  EXPECT_EQ(world_.forwarder.dropCounter(DropReason::noRoute), (PacketCounter{1, 48}));
+}
+
 TEST_F(ForwarderTest, CountsDropsByReason) {
   world_.routeIs("default", "10.0.0.0/8", "drop");
   EXPECT_EQ(world_.where("10.0.0.1"), "dropRoute");

@@ -178,8 +178,10 @@ class RandomRules final {
     rule.match.family = below(2) == 0 ? Ip::Family::v4 : Ip::Family::v6;
     if (below(3) == 0) rule.match.protocol = protocol();
     if (below(3) == 0) {
+      std::uint64_t dscps = 0;  // none stays possible: such a rule matches nothing
       for (unsigned i = below(4); i > 0; --i)
-        rule.match.dscps |= std::uint64_t{1} << dscp();
+        dscps |= std::uint64_t{1} << dscp();
+      rule.match.dscps = dscps;
     }
     if (below(4) != 0) rule.match.source = prefix(*rule.match.family);
     if (below(4) != 0) rule.match.destination = prefix(*rule.match.family);

@@ -71,6 +71,9 @@ TEST(RuleField, Dscp) {
   for (const unsigned edge : {0U, 63U}) {
     header.dscp = static_cast<std::uint8_t>(edge);
     EXPECT_EQ(firstDifference(match, header), std::nullopt) << edge;
+    match.dscps = dscps({});
+    EXPECT_EQ(firstDifference(match, header), RuleField::dscp) << edge;
+    match.dscps = dscps({0, 63});
   }
 }
 
@@ -112,7 +115,7 @@ TEST(RuleField, TheFirstOfSeveralIsTold) {
   EXPECT_EQ(firstDifference(match, v6Header()), RuleField::protocol);
   match.protocol.reset();
   EXPECT_EQ(firstDifference(match, v6Header()), RuleField::dscp);
-  match.dscps = 0;
+  match.dscps.reset();
   EXPECT_EQ(firstDifference(match, v6Header()), RuleField::source);
   match.source.reset();
   EXPECT_EQ(firstDifference(match, v6Header()), RuleField::destination);
