@@ -316,8 +316,9 @@ void ZelTrafficPolicySm::program(std::vector<WantedRules>& wanted) {
         {rules.intf, rules.rules,
          std::vector<AclResult>(rules.rules.size(), {false, "rules are compiled only"})});
   }
-  if (inputs_.aclHelper && !inputs_.compileOnly && programRules(*inputs_.aclHelper, lists)) {
-    ready_ = false;
+  if (inputs_.aclHelper && !inputs_.compileOnly) {
+    const bool wasReady = std::exchange(ready_, false);  // and stays so if a call throws
+    if (!programRules(*inputs_.aclHelper, lists)) ready_ = wasReady;
   }
   for (std::size_t list = 0; list < lists.size(); ++list) {
     const std::vector<AclResult>& results = lists[list].results;
@@ -346,17 +347,20 @@ void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
   if (!inputs_.status) return;
   const Mox::Ptr<PolicyMapTypeStatus>& status = inputs_.status;
   const std::set<std::uint32_t> sequences = sequencesOf(wanted.keys);
+  // Once this machine is switched off from inside a notice, another may write the status.
   for (const RuleKey& rule : before) {
+    if (!hasNotificationActive()) return;
     if (rule.policyMap != wanted.policyMap || !sequences.contains(rule.sequence))
       status->ruleStatusDel(rule);
   }
-  for (std::size_t at = 0; at < wanted.keys.size(); ++at)
+  for (std::size_t at = 0; at < wanted.keys.size() && hasNotificationActive(); ++at)
     status->ruleStatusIs(wanted.keys[at], wanted.statuses[at]);
 }
 
 void ZelTrafficPolicySm::synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps) {
   if (!inputs_.status) return;
   for (const Velo::String& policyMap : policyMaps) {
+    if (!hasNotificationActive()) return;
     if (inputs_.policyConfig && inputs_.policyConfig->policyMap(policyMap) != nullptr) {
       inputs_.status->policyStatusIs(policyMap, policyStatus(policyMap));
     } else {

@@ -28,8 +28,8 @@ namespace TrafficPolicy {
 /// from an old one without touching a rule. The end of a machine leaves the rules in place.
 ///
 /// A change that a helper or a subscriber makes from inside a call is followed when the present one
-/// is done. A machine that is switched off from inside a call ends with the interface that it is
-/// at.
+/// is done. A machine that is switched off from inside a call completes the programming that it is
+/// at, and writes nothing more.
 class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::ZelTrafficPolicySm"};

@@ -199,8 +199,8 @@ TEST_F(PolicyBinding, AnOldMachineThatSomebodyHoldsNoLongerProgramsAnything) {
   forgetJournal();
   changeRule();
   EXPECT_THAT(journal_.lines(),
-              ElementsAre("addRule eth1 1 any->red2", "removeRule eth1 0 any->red1",
-                          "addRule mgmt1 1 any->red2", "removeRule mgmt1 0 any->red1"));
+              ElementsAre("addRule eth1 1 any->red2", "addRule mgmt1 1 any->red2",
+                          "removeRule eth1 0 any->red1", "removeRule mgmt1 0 any->red1"));
 }
 
 TEST_F(PolicyBinding, AChangeFromInsideAHelperCallOfARebuildIsFollowedByTheNewMachineAlone) {
@@ -215,7 +215,8 @@ TEST_F(PolicyBinding, AChangeFromInsideAHelperCallOfARebuildIsFollowedByTheNewMa
   };
   bind();
   EXPECT_THAT(journal_.lines(),
-              ElementsAre("removeRule eth1 0 any->red1", "addRule eth2 0 any->red2"));
+              ElementsAre("addRule eth2 0 any->red1", "removeRule eth1 0 any->red1",
+                          "addRule eth2 1 any->red2", "removeRule eth2 0 any->red1"));
 }
 
 // Construction that throws.

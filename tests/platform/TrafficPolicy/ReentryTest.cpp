@@ -230,17 +230,22 @@ TEST_F(Reentry, TheMachineMayBeReleasedWhileItIsSwitchedOn) {
   EXPECT_FALSE(intfs_->publisher().hasSubscribers());
 }
 
-TEST_F(Reentry, AMachineThatIsSwitchedOffFromInsideStopsAtTheInterfaceThatItIsAt) {
+TEST_F(Reentry, AMachineThatIsSwitchedOffFromInsideCompletesTheProgrammingAndNoMore) {
   intfIs("eth2", "P");
   sm_ = makeSm();
-  atNextAddition([this] { sm_->hasNotificationActiveIs(false); });
+  atNextAddition([this] {
+    intfIs("eth3", "P");
+    sm_->hasNotificationActiveIs(false);
+  });
   policyIs("P", "abcx");
   EXPECT_EQ(held("eth1"), "abcx");
-  EXPECT_EQ(held("eth2"), "abc");
+  EXPECT_EQ(held("eth2"), "abcx");
+  EXPECT_EQ(held("eth3"), "");
+  EXPECT_EQ(status_->ruleStatus().count(), 6U) << "as before";
   EXPECT_FALSE(sm_->ready());
   sm_->hasNotificationActiveIs(true);
-  EXPECT_EQ(held("eth2"), "abcx");
-  EXPECT_EQ(*status_->policyStatus("P"), (PolicyStatus{2, 8, 8}));
+  EXPECT_EQ(held("eth3"), "abcx");
+  EXPECT_EQ(*status_->policyStatus("P"), (PolicyStatus{3, 12, 12}));
   expectInStep();
 }
 
@@ -254,12 +259,31 @@ TEST_F(Reentry, AMachineThatIsSwitchedOffFromInsideLeavesTheRestToTheNext) {
     next = makeSm();
     forgetJournal();
   });
-  policyIs("P", "abcx");
+  policyIs("P", "abcxy");
   EXPECT_THAT(journal_.lines(), IsEmpty());
   EXPECT_EQ(held("eth1"), "y");
   EXPECT_EQ(held("eth2"), "y");
+  EXPECT_EQ(status_->ruleStatus().count(), 2U) << "those of the next machine";
+  EXPECT_EQ(*status_->policyStatus("P"), (PolicyStatus{2, 2, 2}));
   sm_ = next;
   expectInStep();
+}
+
+TEST_F(Reentry, AMachineThatIsSwitchedOffAtAPolicyStatusWritesNoMoreOfThem) {
+  policyIs("Q", "x");
+  intfIs("eth2", "Q");
+  sm_ = makeSm();
+  unsigned statuses = 0;
+  const Listener switcher(status_->publisher(), [&](short id, const void*, const void*) {
+    if (id != PolicyMap::PolicyMapTypeStatus::policyStatusAttribute) return;
+    ++statuses;
+    sm_->hasNotificationActiveIs(false);
+  });
+  classMaps_->classMapDel("a");
+  EXPECT_EQ(statuses, 1U);
+  sm_->hasNotificationActiveIs(true);
+  intfIs("eth1", "Q");  // of P and of Q
+  EXPECT_EQ(statuses, 2U);
 }
 
 TEST_F(Reentry, AMachineMayBeSwitchedOffAndOnFromInsideAStatusNotice) {

@@ -30,12 +30,17 @@ const AclResult accepted{true, ""};
 
 class RuleProgrammer : public ::testing::Test {
  protected:
-  std::vector<AclResult> program(const Velo::String& intf, const Rules& wanted) {
-    std::vector<RuleList> lists{{intf, wanted, {}}};
-    programRules(*hardware_, lists);
-    return lists.front().results;
+  std::vector<AclResult> program(const Rules& wanted) {
+    std::vector<RuleList> lists{{"eth1", wanted, {}}};
+    isDifferent_ = programRules(*hardware_, lists);
+    return lists[0].results;
   }
-  std::vector<AclResult> program(const Rules& wanted) { return program("eth1", wanted); }
+  /// The rules of two interfaces that changed together.
+  std::vector<RuleList> program(std::string_view onEth1, std::string_view onEth2) {
+    std::vector<RuleList> lists{{"eth1", rulesNamed(onEth1), {}}, {"eth2", rulesNamed(onEth2), {}}};
+    isDifferent_ = programRules(*hardware_, lists);
+    return lists;
+  }
   std::vector<AclResult> program(std::string_view wanted) { return program(rulesNamed(wanted)); }
   std::string held() { return namesOf(hardware_->held("eth1")); }
   /// Begins with these rules and an empty journal.
@@ -50,6 +55,7 @@ class RuleProgrammer : public ::testing::Test {
     };
   }
 
+  bool isDifferent_ = false;  // what the last programming gave
   Journal journal_;
   Mox::Ptr<RecordingAclHelper> hardware_ = Mox::makePtr<RecordingAclHelper>(journal_);
 };
@@ -75,7 +81,7 @@ TEST_F(RuleProgrammer, RemovesFromTheLastOn) {
 }
 
 TEST_F(RuleProgrammer, TouchesNoOtherInterface) {
-  program("eth2", rulesNamed("xy"));
+  program("", "xy");
   beginWith("ab");
   program("c");
   EXPECT_EQ(namesOf(hardware_->held("eth2")), "xy");
@@ -121,6 +127,34 @@ TEST_F(RuleProgrammer, SwapsByOneCall) {
   EXPECT_EQ(held(), "ba");
 }
 
+TEST_F(RuleProgrammer, AddsAndMovesOnEveryInterfaceBeforeItRemovesOnAny) {
+  program("ab", "cd");
+  static_cast<void>(journal_.take());
+  program("bx", "dyc");
+  EXPECT_THAT(journal_.take(), ElementsAre("addRule eth1 2 any->x", "addRule eth2 2 any->y",
+                                           "moveRule eth2 0 2 any->c", "removeRule eth1 0 any->a"));
+  EXPECT_EQ(held(), "bx");
+  EXPECT_EQ(namesOf(hardware_->held("eth2")), "dyc");
+}
+
+TEST_F(RuleProgrammer, TellsWhetherAnythingWasDifferent) {
+  program("ab");
+  EXPECT_TRUE(isDifferent_);
+  program("ab");
+  EXPECT_FALSE(isDifferent_);
+  program("ba");
+  EXPECT_TRUE(isDifferent_);
+  program("b");
+  EXPECT_TRUE(isDifferent_);
+  refuse("x");
+  program("bx");
+  EXPECT_TRUE(isDifferent_) << "although it was refused";
+  program("b", "");
+  EXPECT_FALSE(isDifferent_);
+  program("b", "c");
+  EXPECT_TRUE(isDifferent_);
+}
+
 // Refusals.
 
 TEST_F(RuleProgrammer, LeavesOutWhatIsRefusedAndTellsWhy) {
@@ -144,6 +178,14 @@ TEST_F(RuleProgrammer, AsksForTheRefusedOnceMoreAfterTheRemovals) {
   EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 1 any->x", "removeRule eth1 0 any->a",
                                             "addRule eth1 0 any->x"));
   EXPECT_EQ(held(), "xb");
+}
+
+TEST_F(RuleProgrammer, UsesTheRoomThatTheRemovalsOnAnotherInterfaceMake) {
+  hardware_->capacity = 3;
+  program("a", "bc");
+  const std::vector<RuleList> lists = program("axy", "");
+  EXPECT_THAT(lists[0].results, ElementsAre(accepted, accepted, accepted));
+  EXPECT_EQ(held(), "axy");
 }
 
 TEST_F(RuleProgrammer, TellsOfThoseThatAreRefusedAgain) {

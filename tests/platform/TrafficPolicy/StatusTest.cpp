@@ -33,13 +33,13 @@ class StatusOfPolicy : public PolicyOnEth1 {
                            }};
 };
 
-TEST_F(StatusOfPolicy, IsWrittenAfterTheProgrammingOfItsInterface) {
+TEST_F(StatusOfPolicy, IsWrittenAfterTheProgramming) {
   policyIs("P", "a");
   intfIs("eth2", "P");
   const auto sm = makeSm();
   EXPECT_THAT(journal_.lines(),
-              ElementsAre("addRule eth1 0 " + shownRule('a'), "rule eth1 P 10 = programmed",
-                          "addRule eth2 0 " + shownRule('a'), "rule eth2 P 10 = programmed",
+              ElementsAre("addRule eth1 0 " + shownRule('a'), "addRule eth2 0 " + shownRule('a'),
+                          "rule eth1 P 10 = programmed", "rule eth2 P 10 = programmed",
                           "policy P = 2 2/2"));
 }
 

@@ -156,6 +156,17 @@ TEST_F(RunningSm, ChangesEveryInterfaceOfThePolicyAndNoOther) {
                                             "removeRule eth3 2 " + shownRule('c')));
 }
 
+TEST_F(RunningSm, AddsOnEveryInterfaceBeforeItRemovesOnAny) {
+  intfIs("eth2", "P");
+  classMapsAre("x");
+  forgetJournal();
+  policyIs("P", "abx");
+  EXPECT_THAT(
+      journal_.lines(),
+      ElementsAre("addRule eth1 3 " + shownRule('x'), "addRule eth2 3 " + shownRule('x'),
+                  "removeRule eth1 2 " + shownRule('c'), "removeRule eth2 2 " + shownRule('c')));
+}
+
 TEST_F(RunningSm, TakesTheRulesOfAPolicyThatIsRemovedAwayAndBringsThemBack) {
   policies_->policyMapDel("P");
   EXPECT_THAT(hardware_->intfs(), IsEmpty());
