@@ -22,7 +22,8 @@ using VrfSelectionPolicy::VrfSelectionFallbackVrf;
 // Rules that the classification hardware has room for.
 constexpr std::uint32_t ruleCapacity = 64 * 1024;
 
-// Lets a state machine follow no change as long as this lives, and all of them together at its end.
+// Lets a state machine follow no change from now on, and all of them together when this ends. That
+// may fail; a pause that an exception ends has failed already.
 class Pause {
  public:
   explicit Pause(Mox::Ptr<ZelTrafficPolicySm> sm) : sm_(std::move(sm)) {
@@ -30,7 +31,16 @@ class Pause {
   }
   Pause(const Pause&) = delete;
   Pause& operator=(const Pause&) = delete;
-  ~Pause() { sm_->hasNotificationActiveIs(true); }
+  ~Pause() {
+    try {
+      end();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
+    }
+  }
+  // Does nothing where it has been tried already.
+  void end() {
+    if (const auto sm = std::exchange(sm_, nullptr)) sm->hasNotificationActiveIs(true);
+  }
 
  private:
   Mox::Ptr<ZelTrafficPolicySm> sm_;
@@ -216,7 +226,7 @@ void ForwardingAgent::changeInterfaces(const Configuration& next) {
 // The rules change when all is told, so that no packet meets half of a change.
 void ForwardingAgent::changePolicies(const Configuration& next) {
   PolicyObjects policies = policyObjectsOf(next);
-  const Pause pause(policySm_->policySm());
+  Pause pause(policySm_->policySm());
   for (const auto& [name, match] : policies.classMaps)
     classMapConfig_->classMapIs(name, match);
   for (const auto& [name, rules] : policies.policyMaps)
@@ -230,6 +240,7 @@ void ForwardingAgent::changePolicies(const Configuration& next) {
   forEachGone(policies_.classMaps, policies.classMaps,
               [this](const Velo::String& name) { classMapConfig_->classMapDel(name); });
   policies_ = std::move(policies);
+  pause.end();
 }
 
 void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {

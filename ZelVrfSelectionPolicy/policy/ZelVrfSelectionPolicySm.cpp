@@ -140,7 +140,7 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
     const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus) {
   const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
   constexpr bool compileOnly = false;
-  if (const Mox::Ptr<ZelTrafficPolicySm> present = policySm_) {
+  if (Mox::Ptr<ZelTrafficPolicySm> present = policySm_) {
     present->allowL2IntfIs(allowL2Intf);
     const TrafficPolicy::TrafficPolicyInputs wanted{intfConfig,
                                                     policyConfig,

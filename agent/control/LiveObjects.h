@@ -1,8 +1,9 @@
 // Why: an operator names a type and an attribute, and means the objects of that type that the agent
 // has: entities, and the records in their collections.
 // Always: every object that can be reached from the library's top object through attributes that
-// are read, each entity and each record of one label once. An object is labelled by the key under which it was found, where it
-// was found in a collection; a record that is itself a key is its own label.
+// are read, each entity and each record of one label once. An object is labelled by the key under
+// which it was found, where it was found in a collection; a record that is itself a key is its own
+// label.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 #include "agent/daemon/Daemon.h"
 
 #include <csignal>
+#include <exception>
 #include <ostream>
 
 #include "agent/config/ConfigError.h"
@@ -40,6 +41,8 @@ void Daemon::reload() {
     tell(printable(options_.configuration, 1000) + " applied");
   } catch (const ConfigError& error) {
     tell(std::string("error: ") + error.what() + "; what was in force stays");
+  } catch (const std::exception& error) {
+    tell("error: the reload failed: " + printable(error.what(), 1000));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <pcap/pcap.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -15,8 +16,14 @@ namespace {
 constexpr int longestPacket = 65535 + 40;
 
 std::filesystem::path fileNameOf(std::string interface) {
-  std::replace(interface.begin(), interface.end(), '/', '_');
+  const auto cannotStand = [](char byte) { return byte == '/' || byte == '\0'; };
+  std::replace_if(interface.begin(), interface.end(), cannotStand, '_');
   return interface + ".pcap";
+}
+
+// Whether all of it is in the file; what could not be written earlier may be lost by now.
+bool isWritten(pcap_dumper* dumper) {
+  return pcap_dump_flush(dumper) == 0 && std::ferror(pcap_dump_file(dumper)) == 0;
 }
 
 [[noreturn]] void fail(const std::filesystem::path& path, const std::string& what) {
@@ -62,7 +69,7 @@ void CaptureFolder::write(const std::string& interface, const CaptureTime& time,
 
 void CaptureFolder::keep() {
   for (auto& [name, file] : files_) {
-    if (pcap_dump_flush(file.dumper.get()) != 0) {
+    if (!isWritten(file.dumper.get())) {
       fail(name, "cannot be written to the end; give a folder with room for it");
     }
     std::error_code unknown;

@@ -1,7 +1,8 @@
 // Why: what leaves by an interface is written to a capture of that interface, in one folder.
 // Always: one file of raw IP per interface by which anything left, INTERFACE.pcap with "_" in place
-// of "/"; packets in the order in which they were written. Files appear when all is written:
-// without a call of `keep` there is none, and those of the same names are as before.
+// of "/" and of bytes of zero; packets in the order in which they were written. Files appear when
+// all is written: without a call of `keep` there is none, and those of the same names are as
+// before.
 #pragma once
 
 #include <cstdint>

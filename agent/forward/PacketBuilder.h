@@ -3,6 +3,7 @@
 // Always: lengths and checksums of what is made are right.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -11,6 +12,8 @@
 namespace ZelAgent {
 
 inline constexpr std::uint8_t protocolUdp = 17;
+// Of a packet of either family.
+inline constexpr std::size_t longestPayload = 65535 - 20;
 
 struct PacketFields {
   Ip::Address source;
@@ -23,7 +26,7 @@ struct PacketFields {
 };
 
 // An IPv4 packet without options, or an IPv6 packet without extension headers. Precondition: the
-// payload has at most 65515 bytes.
+// payload is at most the longest.
 [[nodiscard]] std::vector<std::uint8_t> buildPacket(const PacketFields& fields);
 
 }  // namespace ZelAgent

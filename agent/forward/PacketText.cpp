@@ -51,6 +51,10 @@ bool readOption(EventLine& line, const Word& word, PacketFields& fields,
     const IpFamily family = readFamily(line);
     fields.protocol = family == IpFamily::v4 ? SoftChip::protocolIpv4 : SoftChip::protocolIpv6;
     fields.payload = readBuilt(line, family);
+    if (fields.payload.size() > longestPayload) {
+      line.fail("a carried PACKET must have at most " + std::to_string(longestPayload) + " bytes",
+                Word{std::to_string(fields.payload.size()), false});
+    }
     return true;
   } else {
     line.fail("DESTINATION may be followed by protocol, dscp, ecn, ttl or carrying", word);

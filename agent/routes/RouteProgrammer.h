@@ -1,7 +1,7 @@
 // Why: routes belong to VRFs by name, and the chip keeps them by hardware VRF id, of which a VRF
-// may get another, or none, at any time. Always: once everything is programmed, the table of each
-// id holds exactly the routes of the VRFs that have it now; of two that share an id, the later name
-// wins. A VRF without an id has no table.
+// may get another, or none, at any time.
+// Always: once everything is programmed, the table of each id holds exactly the routes of the VRFs
+// that have it now; of two that share an id, the later name wins. A VRF without an id has no table.
 #pragma once
 
 #include <cstdint>

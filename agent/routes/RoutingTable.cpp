@@ -1,7 +1,5 @@
 #include "agent/routes/RoutingTable.h"
 
-#include <utility>
-
 namespace ZelAgent {
 namespace {
 
@@ -31,29 +29,33 @@ bool RoutingTable::routeDel(const IpPrefix& prefix) {
 
 RoutingTable::Routes RoutingTable::resolved() const {
   Routes routes = fromEvents_;
+  Unusable unusable;
   for (const auto& [prefix, nextHops] : configured_) {
     if (routes.contains(prefix)) continue;
-    if (const Resolved route = resolve(prefix, 0)) routes.emplace(prefix, *route);
+    if (const Resolved route = resolve(prefix, 0, unusable)) routes.emplace(prefix, *route);
   }
   return routes;
 }
 
-RoutingTable::Resolved RoutingTable::resolve(const IpPrefix& prefix, unsigned depth) const {
+RoutingTable::Resolved RoutingTable::resolve(const IpPrefix& prefix, unsigned depth,
+                                             Unusable& unusable) const {
   const auto fromEvent = fromEvents_.find(prefix);
   if (fromEvent != fromEvents_.end()) return fromEvent->second;
+  if (unusable.contains({prefix, depth})) return std::nullopt;
   for (const NextHop& nextHop : configured_.at(prefix)) {
-    if (Resolved route = resolve(nextHop, prefix, depth)) return route;
+    if (Resolved route = resolve(nextHop, prefix, depth, unusable)) return route;
   }
+  unusable.emplace(prefix, depth);
   return std::nullopt;
 }
 
 RoutingTable::Resolved RoutingTable::resolve(const NextHop& nextHop, const IpPrefix& of,
-                                             unsigned depth) const {
+                                             unsigned depth, Unusable& unusable) const {
   if (nextHop.drops) return Route{Route::Kind::drop, {}};
   if (!nextHop.interface.empty()) return Route{Route::Kind::egress, nextHop.interface};
   if (depth == deepestGateway) return std::nullopt;
   const auto prefix = longestFor(*nextHop.address, of);
-  return prefix ? resolve(*prefix, depth + 1) : std::nullopt;
+  return prefix ? resolve(*prefix, depth + 1, unusable) : std::nullopt;
 }
 
 std::optional<IpPrefix> RoutingTable::longestFor(const IpAddress& address,

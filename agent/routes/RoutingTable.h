@@ -8,6 +8,8 @@
 
 #include <map>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "agent/config/Configuration.h"
@@ -31,9 +33,12 @@ class RoutingTable final {
 
  private:
   using Resolved = std::optional<SoftChip::Route>;
+  // Routes that cannot be used so many gateways deep: none is tried twice, whatever leads to it.
+  using Unusable = std::set<std::pair<IpPrefix, unsigned>>;
 
-  [[nodiscard]] Resolved resolve(const IpPrefix& prefix, unsigned depth) const;
-  [[nodiscard]] Resolved resolve(const NextHop& nextHop, const IpPrefix& of, unsigned depth) const;
+  [[nodiscard]] Resolved resolve(const IpPrefix& prefix, unsigned depth, Unusable& unusable) const;
+  [[nodiscard]] Resolved resolve(const NextHop& nextHop, const IpPrefix& of, unsigned depth,
+                                 Unusable& unusable) const;
   [[nodiscard]] std::optional<IpPrefix> longestFor(const IpAddress& address,
                                                    const IpPrefix& except) const;
   [[nodiscard]] bool has(const IpPrefix& prefix) const;

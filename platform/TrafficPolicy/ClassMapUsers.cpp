@@ -15,8 +15,8 @@ void ClassMapUsers::policyMapIs(const Velo::String& policyMap,
   if (rules == nullptr) return;
   Names& named = classMaps_[policyMap];
   for (const PolicyMap::PolicyMapRule& rule : *rules) {
+    policyMaps_[rule.classMap].insert(policyMap);  // first: what is named has users
     named.insert(rule.classMap);
-    policyMaps_[rule.classMap].insert(policyMap);
   }
 }
 

@@ -6,9 +6,10 @@
 
 namespace ZelAgent {
 
-// get TYPE ATTRIBUTE [KEY]: the attribute, by its name or number, of every object of the type, which
-// is named in full, or by its end if it has attributes. KEY, a name or a string form, picks one of several objects; of a
-// single object it picks one entry of a collection. As JSON an array of {object, value}.
+// get TYPE ATTRIBUTE [KEY...]: the attribute, by its name or number, of every object of the type,
+// which is named in full, or by its end if it has attributes. KEY, a name or a string form, picks
+// one of several objects; of a single object it picks one entry of a collection. As JSON an array
+// of {object, value}.
 [[nodiscard]] CommandOutput getAttribute(const CommandCall& call);
 
 }  // namespace ZelAgent

@@ -66,6 +66,26 @@ TEST_F(CaptureFolderTest, SlashesBecomeUnderscores) {
   EXPECT_THAT(namesIn(folder_), ElementsAre(".._outside.pcap", "Ethernet1_2_3.10.pcap"));
 }
 
+TEST_F(CaptureFolderTest, AByteOfZeroDoesNotCutTheNameOfAFile) {
+  const auto file = folder_ / "Ethernet1.pcap";
+  writeCapture(file, CaptureLink::rawIp, {{two, 7, 7}});
+  CaptureFolder captures(folder_);
+  captures.write(std::string("Ethernet1.pcap\0", 15), {}, one);
+  captures.keep();
+  EXPECT_THAT(readRawIpCapture(file), ElementsAre(CaptureFrame{two, 7, 7}));
+  EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet1.pcap", "Ethernet1.pcap_.pcap"));
+}
+
+TEST_F(CaptureFolderTest, AFullDiskIsToldOf) {
+  std::filesystem::create_symlink("/dev/full", folder_ / "Ethernet1.pcap.unfinished");
+  CaptureFolder captures(folder_);
+  for (int packet = 0; packet < 1000; ++packet)
+    captures.write("Ethernet1", {}, one);
+  EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+            (folder_ / "Ethernet1.pcap").string() +
+                ": cannot be written to the end; give a folder with room for it");
+}
+
 TEST_F(CaptureFolderTest, InterfacesThatWouldShareAFileAreRefused) {
   CaptureFolder captures(folder_);
   captures.write("Ethernet1/2", {}, one);

@@ -182,6 +182,29 @@ INSTANTIATE_TEST_SUITE_P(
                   "hex BYTES: BYTES must be pairs of hexadecimal digits, found '0x00'"}),
     [](const auto& packet) { return std::string(packet.param.name); });
 
+// Each layer adds 40 bytes to the one within, the innermost of which has 48.
+std::string tunnelsInTunnels(int layers) {
+  std::string text;
+  for (int layer = 1; layer < layers; ++layer)
+    text += "ipv6 :: to :: carrying ";
+  return text + "ipv6 :: to ::";
+}
+
+TEST(PacketText, APacketIsNeverLongerThanItsHeaderCanTell) {
+  const PacketBytes longest =
+      packetOf("ipv4 192.0.2.1 to 192.0.2.2 carrying " + tunnelsInTunnels(1637));
+  EXPECT_EQ(longest.size(), 20U + 8U + 1637U * 40U);
+  EXPECT_EQ(longest[2] * 256U + longest[3], longest.size());
+  const std::string tooLong = "ipv4 192.0.2.1 to 192.0.2.2 carrying " + tunnelsInTunnels(1638);
+  try {
+    static_cast<void>(packetOf(tooLong));
+    FAIL() << "it was taken";
+  } catch (const EventError& error) {
+    EXPECT_STREQ(error.what(),
+                 FORM "a carried PACKET must have at most 65515 bytes, found '65528'");
+  }
+}
+
 #undef FORM
 
 }  // namespace

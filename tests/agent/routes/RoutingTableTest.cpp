@@ -88,6 +88,17 @@ TEST(RoutingTable, RoutesThatAreReachedByEachOtherAreNotThere) {
             (Texts{{"192.0.2.0/24", "via e1"}}));
 }
 
+// Trying every way through these would take longer than anybody waits.
+TEST(RoutingTable, ManyNextHopsInACircleAreSeenToBeOne) {
+  StaticRoute there{prefixOf("10.0.0.0/8"), {}};
+  StaticRoute back{prefixOf("172.16.0.0/16"), {}};
+  for (int host = 1; host <= 64; ++host) {
+    there.nextHops.push_back(nextHopOf("172.16.0." + std::to_string(host)));
+    back.nextHops.push_back(nextHopOf("10.0.0." + std::to_string(host)));
+  }
+  EXPECT_TRUE(resolved({there, back}).empty());
+}
+
 TEST(RoutingTable, ACircleOfThreeIsLeftByASecondNextHop) {
   EXPECT_EQ(
       resolved({routeOf("10.0.0.0/8", {"172.16.0.1"}), routeOf("172.16.0.0/16", {"192.0.2.1"}),
