@@ -131,8 +131,8 @@ TEST_F(RuleProgrammer, AddsAndMovesOnEveryInterfaceBeforeItRemovesOnAny) {
   program("ab", "cd");
   static_cast<void>(journal_.take());
   program("bx", "dyc");
-  EXPECT_THAT(journal_.take(), ElementsAre("addRule eth1 2 any->x", "addRule eth2 2 any->y",
-                                           "moveRule eth2 0 2 any->c", "removeRule eth1 0 any->a"));
+  EXPECT_THAT(journal_.take(), ElementsAre("addRule eth1 2 any->x", "moveRule eth2 1 0 any->d",
+                                           "addRule eth2 1 any->y", "removeRule eth1 0 any->a"));
   EXPECT_EQ(held(), "bx");
   EXPECT_EQ(namesOf(hardware_->held("eth2")), "dyc");
 }
