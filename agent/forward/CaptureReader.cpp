@@ -57,9 +57,9 @@ std::optional<CapturedPacket> CaptureReader::next() {
   if (result != 1) fail(file_, pcap_geterr(capture_.get()));
   const std::span<const std::uint8_t> frame(bytes, header->caplen);
   const auto packet = isEthernet_ ? ipPacketIn(frame) : frame;
-  CapturedPacket captured{{header->ts.tv_sec, header->ts.tv_usec}, {}};
-  if (packet) captured.ipPacket.emplace(packet->begin(), packet->end());
-  return captured;
+  std::optional<std::vector<std::uint8_t>> ipPacket;
+  if (packet) ipPacket = std::vector<std::uint8_t>(packet->begin(), packet->end());
+  return CapturedPacket{{header->ts.tv_sec, header->ts.tv_usec}, std::move(ipPacket)};
 }
 
 }  // namespace ZelAgent
