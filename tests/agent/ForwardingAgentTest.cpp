@@ -139,6 +139,50 @@ TEST_F(ForwardingAgentTest, AResourceThatTheChipDidNotUpdateIsShownAsStale) {
   EXPECT_TRUE(hasFailedAction(state));
 }
 
+TEST_F(ForwardingAgentTest, UsersAreThePairsOfInterfaceAndRule) {
+  apply({{{"red"}, {"blue"}}, {"red", "blue", "red"}, {"e1", "e2"}});
+  const ActionUsers users = agent_.users();
+  ASSERT_EQ(users.size(), 2U);
+  EXPECT_EQ(users.at(red), (std::set<ActionUser>{{"e1", "default", "P", 1},
+                                                 {"e1", "default", "P", 3},
+                                                 {"e2", "default", "P", 1},
+                                                 {"e2", "default", "P", 3}}));
+  EXPECT_EQ(users.at(blue),
+            (std::set<ActionUser>{{"e1", "default", "P", 2}, {"e2", "default", "P", 2}}));
+}
+
+TEST_F(ForwardingAgentTest, ARuleThatTheChipDoesNotTakeIsNoUser) {
+  agent_.acl().capacityIs(1);
+  apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
+  EXPECT_EQ(newCalls(), (HookCounts{1, 0, 0, 0}));
+  EXPECT_EQ(agent_.users().size(), 1U);
+  EXPECT_TRUE(agent_.users().contains(red));
+  EXPECT_EQ(agent_.chip().resource(blue), nullptr);
+  const RuleStates rules = agent_.rules();
+  ASSERT_EQ(rules.size(), 2U);
+  EXPECT_EQ(rules[0].place, 0U);
+  EXPECT_FALSE(rules[1].place.has_value());
+  EXPECT_NE(rules[1].reason, "");
+}
+
+TEST_F(ForwardingAgentTest, ARuleThatTheChipTakesLaterIsAUserThen) {
+  agent_.acl().capacityIs(1);
+  apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
+  agent_.acl().capacityIs(2);
+  apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1", "e2"}});
+  EXPECT_EQ(agent_.acl().rulesInUse(), 2U);
+  apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e2"}});
+  EXPECT_EQ(agent_.users().at(red).size(), 1U);
+  EXPECT_EQ(agent_.users().at(blue).size(), 1U);
+  EXPECT_EQ(agent_.users().at(blue).begin()->interface, "e2");
+}
+
+TEST_F(ForwardingAgentTest, RulesThatMatchTheSameAreUsersEachOfItsOwn) {
+  apply({{{"red"}}, {"red", "red"}, {"e1"}});
+  EXPECT_EQ(agent_.state().actions.at(0).users, 2U);
+  EXPECT_EQ(agent_.acl().rulesInUse(), 2U);
+}
+
 TEST_F(ForwardingAgentTest, RemovingAllLeavesNothing) {
   apply({{{"red", "blue"}, {"blue"}}, {"red", "blue", "nowhere"}, {"e1", "e2"}});
   (void)newCalls();
@@ -148,6 +192,9 @@ TEST_F(ForwardingAgentTest, RemovingAllLeavesNothing) {
   EXPECT_TRUE(agent_.chip().resources().empty());
   EXPECT_EQ(agent_.chip().routingHwRouteStatus()->vrfStatus().count(), 0U);
   EXPECT_EQ(agent_.chip().vrfFallbackConfig()->fallbackVrf().count(), 0U);
+  EXPECT_EQ(agent_.acl().rulesInUse(), 0U);
+  EXPECT_TRUE(agent_.users().empty());
+  EXPECT_TRUE(agent_.rules().empty());
 }
 
 }  // namespace

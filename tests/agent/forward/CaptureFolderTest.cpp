@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <fstream>
 
 #include "agent/forward/CaptureError.h"
@@ -16,6 +18,26 @@ using ::testing::ElementsAre;
 
 const PacketBytes one = ipv4Packet({"192.0.2.1", "203.0.113.9"}, 1);
 const PacketBytes two = ipv6Packet({"2001:db8::1", "2001:db8::2"}, 2);
+
+// As long as it lives no file grows beyond the limit, as on a disk that is full.
+class FileSizeLimit final {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  void (*handler_)(int);
+  rlimit before_{};
+};
 
 class CaptureFolderTest : public ::testing::Test {
  protected:
@@ -140,6 +162,20 @@ TEST_F(CaptureFolderTest, ANameThatIsTakenByAFolderIsRefused) {
   EXPECT_EQ(refusalOf([&] { captures.keep(); }), (folder_ / "Ethernet2.pcap").string() +
                                                      ": cannot be written: Is a directory; give a "
                                                      "folder without it");
+}
+
+TEST_F(CaptureFolderTest, ACaptureWithoutRoomIsRefusedHoweverMuchOfItIsMissing) {
+  for (const unsigned packets : {1U, 100U, 200U, 1000U}) {
+    SCOPED_TRACE(packets);
+    const FileSizeLimit limit(20);
+    CaptureFolder captures(folder_);
+    for (unsigned i = 0; i < packets; ++i)
+      captures.write("Ethernet1", {}, one);
+    EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+              (folder_ / "Ethernet1.pcap").string() +
+                  ": cannot be written to the end; give a folder with room for it");
+  }
+  EXPECT_THAT(namesIn(folder_), ElementsAre());
 }
 
 TEST_F(CaptureFolderTest, NothingIsHalfKept) {
