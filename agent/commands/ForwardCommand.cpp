@@ -1,6 +1,5 @@
 #include "agent/commands/ForwardCommand.h"
 
-#include <algorithm>
 #include <ostream>
 
 #include "agent/commands/PreparedAgent.h"

@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <string>
-#include <string_view>
 
 #include "agent/control/ControlService.h"
 #include "agent/control/RequestLines.h"

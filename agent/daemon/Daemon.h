@@ -4,10 +4,10 @@
 // chip. A configuration that is wrong ends it only at the start.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "agent/commands/ExitStatus.h"
 #include "agent/control/ServedAgent.h"

@@ -1,7 +1,5 @@
 #include "agent/forward/PacketBuilder.h"
 
-#include <span>
-
 #include "chips/soft/packet/Checksum.h"
 
 namespace ZelAgent {

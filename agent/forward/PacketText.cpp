@@ -1,8 +1,6 @@
 #include "agent/forward/PacketText.h"
 
-#include <algorithm>
 #include <optional>
-#include <utility>
 
 #include "agent/config/IpPrefix.h"
 #include "agent/forward/PacketBuilder.h"

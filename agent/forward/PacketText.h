@@ -10,8 +10,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "agent/events/EventLine.h"

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "agent/config/IpPrefix.h"
-#include "agent/config/PrintableText.h"
 #include "agent/events/EventText.h"
 #include "agent/events/Word.h"
 #include "agent/policy/MatchText.h"

@@ -1,7 +1,5 @@
 #include "TrafficPolicy/ClassMapUsers.h"
 
-#include <utility>
-
 namespace TrafficPolicy {
 
 void ClassMapUsers::policyMapIs(const Velo::String& policyMap,

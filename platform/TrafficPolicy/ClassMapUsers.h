@@ -2,7 +2,6 @@
 
 #include <map>
 #include <set>
-#include <vector>
 
 #include "PolicyMap/PolicyMapTypeConfig.h"
 

@@ -1,6 +1,5 @@
 #include "agent/control/commands/ShowTrace.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "Blinklog/Ring.h"
