@@ -7,6 +7,9 @@
 namespace ZelAgent {
 namespace {
 
+// A VRF, its fallback, and the fallback's own.
+constexpr std::size_t longestWalk = 3;
+
 bool matches(const RuleMatch& match, const ReferenceHeader& header) {
   if (match.family && *match.family != header.family) return false;
   if (match.protocol && *match.protocol != header.protocol) return false;
@@ -121,7 +124,7 @@ ReferenceForwarder::VrfFacts ReferenceForwarder::factsOf(const std::string& vrf)
 ReferenceForwarder::Walk ReferenceForwarder::walkFrom(std::string vrf) const {
   Walk walk;
   std::set<std::string> passed;
-  while (!vrf.empty() && passed.insert(vrf).second) {
+  while (!vrf.empty() && walk.size() < longestWalk && passed.insert(vrf).second) {
     walk.push_back(factsOf(vrf));
     const auto fallback = fallbacks_.find(vrf);
     vrf = fallback == fallbacks_.end() ? "" : fallback->second;
