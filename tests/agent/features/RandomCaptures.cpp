@@ -60,14 +60,15 @@ RandomArrival rawArrival(RandomChoices& choices) {
 RandomCapture randomCapture(RandomChoices& choices, const std::string& interface) {
   RandomCapture capture{interface, CaptureLink::ethernet, {}};
   if (choices.percent(40)) capture.link = CaptureLink::rawIp;
-  std::int64_t time = 0;
+  std::int64_t time = 1000;
   for (unsigned count = 0; count < framesOfACapture; ++count) {
     const bool isEthernet = capture.link == CaptureLink::ethernet;
     RandomArrival arrival = isEthernet ? ethernetArrival(choices) : rawArrival(choices);
     arrival.interface = interface;
-    time += choices.percent(5) ? -1 : choices.below(3);
-    arrival.frame.seconds = 1'700'000'000 + (time < 0 ? 0 : time) / 10;
-    arrival.frame.nanoseconds = (time < 0 ? 0 : time) % 10;
+    time += choices.below(3);
+    if (choices.percent(5)) time -= 2;
+    arrival.frame.seconds = 1'700'000'000 + time / 10;
+    arrival.frame.nanoseconds = time % 10;
     capture.arrivals.push_back(arrival);
   }
   return capture;

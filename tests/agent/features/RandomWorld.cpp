@@ -47,21 +47,45 @@ class WorldMaker final {
     const unsigned routes = choices_.below(9);
     for (unsigned count = 0; count < routes; ++count)
       addRoute(instance);
+    for (const IpFamily family : {IpFamily::v4, IpFamily::v6}) {
+      if (choices_.percent(60)) addGatewayRoute(instance, family);
+    }
     instances().push_back(instance);
   }
 
-  void addRoute(NetworkInstance& instance) {
-    StaticRoute route{prefix(family()), {}};
+  static void addUnlessThere(NetworkInstance& instance, const StaticRoute& route) {
     for (const StaticRoute& other : instance.staticRoutes) {
       if (other.prefix == route.prefix) return;
     }
-    const unsigned nextHops = choices_.percent(70) ? 1 : 2 + choices_.below(2);
-    for (unsigned index = 0; index < nextHops; ++index)
-      route.nextHops.push_back(nextHop(route.prefix.address.family, index));
     instance.staticRoutes.push_back(route);
   }
 
-  NextHop nextHop(IpFamily family, unsigned index) {
+  // Gateways that lead to each other in a circle come up, but only with one way out of it: which of
+  // several is the first depends on where one begins. So the gateways of lists are addresses of
+  // their own.
+  void addRoute(NetworkInstance& instance) {
+    StaticRoute route{prefix(family()), {}};
+    const IpFamily family = route.prefix.address.family;
+    if (route.prefix.length == 0 || choices_.percent(70)) {
+      route.nextHops.push_back(nextHop(randomAddress(choices_, family)));
+    } else {
+      const unsigned nextHops = 2 + choices_.below(2);
+      for (unsigned count = 0; count < nextHops; ++count)
+        route.nextHops.push_back(nextHop(gatewayAddress(family), count));
+    }
+    addUnlessThere(instance, route);
+  }
+
+  // To gateways of lists.
+  void addGatewayRoute(NetworkInstance& instance, IpFamily family) {
+    static const std::vector<std::uint8_t> v4{24, 30, 31, 32};
+    static const std::vector<std::uint8_t> v6{48, 126, 127, 128};
+    const IpAddress address = gatewayAddress(family);
+    const std::uint8_t length = choices_.oneOf(family == IpFamily::v4 ? v4 : v6);
+    addUnlessThere(instance, {cut(address, length), {nextHop(gatewayAddress(family))}});
+  }
+
+  NextHop nextHop(const IpAddress& gateway, unsigned index = 0) {
     NextHop nextHop;
     nextHop.index = std::to_string(index);
     if (choices_.percent(10)) {
@@ -70,8 +94,15 @@ class WorldMaker final {
     }
     const bool leaves = choices_.percent(55);
     if (leaves) nextHop.interface = egress();
-    if (!leaves || choices_.percent(30)) nextHop.address = randomAddress(choices_, family);
+    if (!leaves || choices_.percent(30)) nextHop.address = gateway;
     return nextHop;
+  }
+
+  IpAddress gatewayAddress(IpFamily family) {
+    IpAddress address{family, {198, 51, 100}};
+    if (family == IpFamily::v6) address.bytes = {0x20, 0x01, 0x0d, 0xb9};
+    address.bytes[addressBits(family) / 8 - 1] = static_cast<std::uint8_t>(choices_.below(4));
+    return address;
   }
 
   void addInterfaces() {
@@ -294,10 +325,14 @@ class WorldMaker final {
   }
 
   IpPrefix prefix(IpFamily family) {
-    IpPrefix prefix{randomAddress(choices_, family), length(family)};
-    for (unsigned bit = prefix.length; bit < addressBits(family); ++bit)
-      prefix.address.bytes[bit / 8] &= static_cast<std::uint8_t>(~(0x80U >> bit % 8));
-    return prefix;
+    const IpAddress address = randomAddress(choices_, family);
+    return cut(address, length(family));
+  }
+
+  static IpPrefix cut(IpAddress address, std::uint8_t length) {
+    for (unsigned bit = length; bit < addressBits(address.family); ++bit)
+      address.bytes[bit / 8] &= static_cast<std::uint8_t>(~(0x80U >> bit % 8));
+    return {address, length};
   }
 
   RandomChoices& choices_;

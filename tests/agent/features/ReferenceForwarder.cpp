@@ -7,6 +7,9 @@
 namespace ZelAgent {
 namespace {
 
+// A VRF, its fallback, and the fallback's own.
+constexpr std::size_t longestWalk = 3;
+
 bool matches(const RuleMatch& match, const ReferenceHeader& header) {
   if (match.family && *match.family != header.family) return false;
   if (match.protocol && *match.protocol != header.protocol) return false;
@@ -62,7 +65,7 @@ void ReferenceForwarder::change(const ApplyConfig&) {
 }
 
 void ReferenceForwarder::change(const PlanChipFaults& event) {
-  if (event.count != 0) hasPlannedFaults_ = true;
+  (event.vrf ? faults_[*event.vrf] : anyFaults_) = event.count;
 }
 
 void ReferenceForwarder::change(const SetDecapRoute& event) {
@@ -81,17 +84,28 @@ std::string ReferenceForwarder::called(const SoftChip::HookCall& call) {
     programs_.erase(action);
     return "";
   }
+  const bool mustFail = failsByPlan(std::get<0>(action)) || !program(action);
+  if (call.failed == mustFail) return "";
+  return mustFail ? "a call of the chip should have failed" : "a call of the chip failed";
+}
+
+// A planned fault comes before anything else: what was programmed stays.
+bool ReferenceForwarder::failsByPlan(const std::string& vrf) {
+  std::uint32_t& ofVrf = faults_[vrf];
+  std::uint32_t& planned = ofVrf != 0 ? ofVrf : anyFaults_;
+  if (planned == 0) return false;
+  --planned;
+  return true;
+}
+
+bool ReferenceForwarder::program(const ReferenceAction& action) {
   if (namesVrfWithoutId(action)) {
     programs_.erase(action);
-    return call.failed ? "" : "an action was programmed although it names a VRF without an id";
+    return false;
   }
-  const bool hasRoom = programs_.contains(action) || programs_.size() < capacity_;
-  if (call.failed) {
-    return hasRoom && !hasPlannedFaults_ ? "an action was not programmed for no reason" : "";
-  }
-  if (!hasRoom) return "an action was programmed although the chip is full";
+  if (!programs_.contains(action) && programs_.size() >= capacity_) return false;
   programs_[action] = programOf(action);
-  return "";
+  return true;
 }
 
 std::set<ReferenceAction> ReferenceForwarder::programmedActions() const {
@@ -121,7 +135,7 @@ ReferenceForwarder::VrfFacts ReferenceForwarder::factsOf(const std::string& vrf)
 ReferenceForwarder::Walk ReferenceForwarder::walkFrom(std::string vrf) const {
   Walk walk;
   std::set<std::string> passed;
-  while (!vrf.empty() && passed.insert(vrf).second) {
+  while (!vrf.empty() && walk.size() < longestWalk && passed.insert(vrf).second) {
     walk.push_back(factsOf(vrf));
     const auto fallback = fallbacks_.find(vrf);
     vrf = fallback == fallbacks_.end() ? "" : fallback->second;

@@ -90,6 +90,9 @@ class ReferenceForwarder final {
   [[nodiscard]] Program programOf(const ReferenceAction& action) const;
   [[nodiscard]] Program ownVrfOf(const std::string& interface) const;
   [[nodiscard]] bool namesVrfWithoutId(const ReferenceAction& action) const;
+  [[nodiscard]] bool failsByPlan(const std::string& vrf);
+  // False where the chip cannot.
+  [[nodiscard]] bool program(const ReferenceAction& action);
 
   [[nodiscard]] const Rule* firstRuleFor(const std::string& interface,
                                          const ReferenceHeader& header) const;
@@ -121,7 +124,8 @@ class ReferenceForwarder final {
 
   Configuration configuration_;
   std::uint32_t capacity_;
-  bool hasPlannedFaults_ = false;
+  std::map<std::string, std::uint32_t> faults_;  // planned, by VRF
+  std::uint32_t anyFaults_ = 0;
   std::map<std::string, std::uint32_t> ids_;  // of the VRFs that the hardware knows
   std::map<std::string, std::string> fallbacks_;
   std::map<std::string, Lengths> lengths_;
