@@ -1,0 +1,1 @@
+// A shared library with nothing in it: what any loading costs.
