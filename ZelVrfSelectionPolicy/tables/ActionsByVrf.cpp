@@ -20,7 +20,7 @@ bool isFirstWithName(const Names& names, unsigned field) noexcept {
 }  // namespace
 
 void ActionsByVrf::insert(Position at, const VrfAction& action) {
-  if (links_.size() < place(at + 1, 0)) links_.resize(place(at + 1, 0));
+  if (indexInList_.size() < place(at + 1, 0)) indexInList_.resize(place(at + 1, 0));
   const Names names = namesOf(action);
   unsigned field = 0;
   try {
@@ -43,51 +43,70 @@ void ActionsByVrf::erase(Position at, const VrfAction& action) noexcept {
 }
 
 void ActionsByVrf::clear() noexcept {
-  first_.clear();
-  links_.clear();
-  links_.shrink_to_fit();
-  for (Walk* walk = innermost_; walk != nullptr; walk = walk->outer_)
-    walk->next_ = none;
+  for (auto entry = lists_.iterator(); entry; ++entry) {
+    const Lists::Position at = lists_.position(entry.key());
+    List& list = lists_.value(at);
+    std::fill(list.places.begin(), list.places.end(), none);
+    list.holes = static_cast<unsigned>(list.places.size());
+    tidy(at);
+  }
+  indexInList_.clear();
+  indexInList_.shrink_to_fit();
 }
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) {
-  const auto [list, isNew] = first_.insert(name, place);
-  links_[place] = {none, isNew ? none : first_.value(list)};
-  if (isNew) return;
-  links_[first_.value(list)].previous = place;
-  first_.value(list) = place;
+  const Lists::Position at = lists_.insert(name).first;
+  List& list = lists_.value(at);
+  try {
+    list.places.push_back(place);
+  } catch (...) {
+    tidy(at);
+    throw;
+  }
+  indexInList_[place] = static_cast<std::uint32_t>(list.places.size() - 1);
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
-  const Links gone = links_[place];
-  for (Walk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
-    if (walk->next_ == place) walk->next_ = gone.next;
+  const Lists::Position at = lists_.position(name);
+  List& list = lists_.value(at);
+  list.places[indexInList_[place]] = none;
+  ++list.holes;
+  tidy(at);
+}
+
+// Does what has to wait while a walk is on the list.
+void ActionsByVrf::tidy(Lists::Position at) noexcept {
+  List& list = lists_.value(at);
+  if (list.walks != 0) return;
+  while (!list.places.empty() && list.places.back() == none) {
+    list.places.pop_back();
+    --list.holes;
   }
-  if (gone.next != none) links_[gone.next].previous = gone.previous;
-  if (gone.previous != none) {
-    links_[gone.previous].next = gone.next;
-  } else if (gone.next != none) {
-    *first_.find(name) = gone.next;
-  } else {
-    first_.erase(name);
+  if (list.places.empty()) {
+    lists_.erase(lists_.key(at));
+  } else if (list.holes > list.places.size() / 2) {
+    closeHoles(list);
   }
+}
+
+void ActionsByVrf::closeHoles(List& list) noexcept {
+  std::erase(list.places, none);
+  list.holes = 0;
+  for (std::uint32_t index = 0; index < list.places.size(); ++index)
+    indexInList_[list.places[index]] = index;
 }
 
 ActionsByVrf::Walk::Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept
-    : actions_(actions), next_(none), outer_(actions.innermost_) {
-  if (const Place* first = actions.first_.find(vrfName)) next_ = *first;
-  actions.innermost_ = this;
+    : actions_(actions), listAt_(actions.lists_.position(vrfName)) {
+  if (listAt_ == none) return;
+  list_ = &actions.lists_.value(listAt_);
+  at_ = list_->places.size();
+  ++list_->walks;
 }
 
 ActionsByVrf::Walk::~Walk() {
-  actions_.innermost_ = outer_;
-}
-
-ActionsByVrf::Position ActionsByVrf::Walk::next() noexcept {
-  if (next_ == none) return none;
-  const Place current = next_;
-  next_ = actions_.links_[current].next;
-  return current / fields;
+  if (list_ == nullptr) return;
+  if (--list_->walks == 0 && list_->holes != 0) actions_.tidy(listAt_);
 }
 
 }  // namespace ZelVrfSelectionPolicy

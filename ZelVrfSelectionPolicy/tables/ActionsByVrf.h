@@ -13,14 +13,16 @@ namespace ZelVrfSelectionPolicy {
 /// Which entries of a table keyed by actions name a given VRF, in whichever field.
 ///
 /// A change of a VRF must cost what the actions that name it cost, not what the table holds; so
-/// the entries that name one VRF are linked into a list. An entry is known by its position in the
-/// table. It has three places, one for each name of its action, and is in the list of each distinct
-/// name once: a name that an earlier field has already does not use its place. The empty name is a
-/// name like any other. The lists change on insertion and deletion of entries only.
+/// there is a list, in one piece, of the entries that name one VRF. An entry is known by its
+/// position in the table. It has three places, one for each name of its action, and is in the list
+/// of each distinct name once: a name that an earlier field has already does not use its place. The
+/// empty name is a name like any other. The lists change on insertion and deletion of entries only.
 ///
-/// A walk survives whatever happens to the table meanwhile: it visits every entry that was there
-/// at its start and is there at its turn, exactly once, and none that came later, since new
-/// entries go to the front of the lists. The order is that of insertion, the latest first.
+/// A list grows at its end. What leaves it leaves a hole; holes at the end go at once, and others
+/// when they are half of the list. While a walk is on a list it keeps its holes, so a walk, which
+/// goes from the end to the front, survives whatever happens to the table meanwhile: it visits
+/// every entry that was there at its start and is there at its turn, exactly once, and none that
+/// came later. The order is that of insertion, the latest first.
 class ActionsByVrf {
  public:
   using Position = std::uint32_t;
@@ -36,6 +38,19 @@ class ActionsByVrf {
   void erase(Position at, const VrfAction& action) noexcept;
   void clear() noexcept;
 
+ private:
+  static constexpr unsigned fields = 3;
+
+  // Three places per position, one for each name field.
+  using Place = std::uint32_t;
+  struct List {
+    std::vector<Place> places;  // `none` is a hole
+    unsigned holes = 0;
+    unsigned walks = 0;
+  };
+  using Lists = Mox::HashMap2018<L3::VrfName, List, 0x1d8e4e27>;
+
+ public:
   /// A walk over the entries that name one VRF. The index must outlive it.
   class Walk {
    public:
@@ -45,32 +60,33 @@ class ActionsByVrf {
     ~Walk();
 
     /// The next entry, `none` at the end.
-    [[nodiscard]] Position next() noexcept;
+    [[nodiscard]] Position next() noexcept {
+      while (at_ != 0) {
+        if (const Place place = list_->places[--at_]; place != none) return place / fields;
+      }
+      return none;
+    }
+    /// Whether the entry that `next` gave last has not been taken out since.
+    [[nodiscard]] bool isThere() const noexcept { return list_->places[at_] != none; }
 
    private:
-    friend class ActionsByVrf;
     ActionsByVrf& actions_;
-    std::uint32_t next_;
-    Walk* outer_;
+    Lists::Position listAt_;
+    List* list_ = nullptr;
+    std::size_t at_ = 0;
   };
 
  private:
-  static constexpr unsigned fields = 3;
-
-  // Three places per position, one for each name field.
-  using Place = std::uint32_t;
-  struct Links {
-    Place previous = none;
-    Place next = none;
-  };
-
   static Place place(Position at, unsigned field) noexcept { return at * fields + field; }
   void link(Place place, const L3::VrfName& name);
   void unlink(Place place, const L3::VrfName& name) noexcept;
+  void tidy(Lists::Position at) noexcept;
+  void closeHoles(List& list) noexcept;
 
-  Mox::HashMap2018<L3::VrfName, Place, 0x1d8e4e27> first_;
-  std::vector<Links> links_;
-  Walk* innermost_ = nullptr;
+  // Invariant: `lists_` has a list for each name that an entry has or a walk is on, and place p of
+  // an entry is at `indexInList_[p]` of the list of its name.
+  Lists lists_;
+  std::vector<std::uint32_t> indexInList_;
 };
 
 }  // namespace ZelVrfSelectionPolicy

@@ -14,25 +14,26 @@ Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
 
 void VrfHwConfig::vrfRefCountIs(const VrfAction& action, unsigned count) {
   const auto [at, inserted] = vrfRefCount_.insert(action, count);
-  if (!inserted) {
-    if (vrfRefCount_.value(at) == count) return;
-    vrfRefCount_.value(at) = count;
-  }
-  // A copy, since a subscriber may delete the entry whose key the caller gave.
+  if (!inserted && vrfRefCount_.value(at) == count) return;
+  countIs(at, count);
+}
+
+void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
+  vrfRefCount_.value(at) = count;
+  // A copy, since a subscriber may delete the entry.
   const VrfAction key = vrfRefCount_.key(at);
   publisher_.publish(vrfRefCountAttribute, &key, &count);
 }
 
 unsigned VrfHwConfig::vrfRefCountInc(const VrfAction& action, unsigned users) {
-  const unsigned count = vrfRefCount(action) + users;
-  vrfRefCountIs(action, count);
+  const auto [at, inserted] = vrfRefCount_.insert(action, 0U);
+  const unsigned count = vrfRefCount_.value(at) + users;
+  if (inserted || users != 0) countIs(at, count);
   return count;
 }
 
 unsigned VrfHwConfig::vrfRefCountDec(const VrfAction& action, unsigned users) {
-  const unsigned count = vrfRefCount(action) - users;
-  vrfRefCountIs(action, count);
-  return count;
+  return vrfRefCountInc(action, 0U - users);
 }
 
 unsigned VrfHwConfig::vrfRefCountDel(const VrfAction& action) {

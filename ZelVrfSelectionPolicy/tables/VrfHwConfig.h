@@ -62,6 +62,8 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   }
 
  private:
+  void countIs(VrfRefCounts::Position at, unsigned count);
+
   VrfRefCounts vrfRefCount_;
   mutable Velo::Publisher publisher_;
 };

@@ -16,20 +16,25 @@ Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() {
 
 void VrfHwStatus::hwStatusIs(const VrfAction& action, const HwStatus& status) {
   const auto [at, inserted] = hwStatus_.insert(action, status);
-  if (inserted) {
-    try {
-      actionsByVrf_.insert(at, action);
-    } catch (...) {
-      hwStatus_.erase(action);
-      throw;
-    }
-  } else {
-    if (hwStatus_.value(at) == status) return;
-    hwStatus_.value(at) = status;
+  if (!inserted) return presentIs(at, status);
+  try {
+    actionsByVrf_.insert(at, action);
+  } catch (...) {
+    hwStatus_.erase(action);
+    throw;
   }
-  // Copies, since a subscriber may delete the entry that the caller's references lead to.
+  publish(at);
+}
+
+void VrfHwStatus::changeTo(HwStatuses::Position at, const HwStatus& status) {
+  hwStatus_.value(at) = status;
+  publish(at);
+}
+
+// By copies, since a subscriber may delete the entry.
+void VrfHwStatus::publish(HwStatuses::Position at) {
   const VrfAction key = hwStatus_.key(at);
-  const HwStatus value = status;
+  const HwStatus value = hwStatus_.value(at);
   publisher_.publish(hwStatusAttribute, &key, &value);
 }
 
@@ -74,12 +79,6 @@ VrfHwStatus::ActionsNaming::ActionsNaming(Mox::Ptr<VrfHwStatus> statuses,
 
 VrfHwStatus::ActionsNaming::~ActionsNaming() = default;
 
-std::optional<VrfAction> VrfHwStatus::ActionsNaming::next() noexcept {
-  const ActionsByVrf::Position at = walk_.next();
-  if (at == ActionsByVrf::none) return std::nullopt;
-  return statuses_->hwStatus_.key(at);
-}
-
 VrfHwStatus::Transition::Transition(VrfHwStatus& statuses, const VrfAction& action,
                                     Kind kind) noexcept
     : statuses_(&statuses), action_(action), kind_(kind), outer_(statuses.innermostTransition_) {
@@ -88,13 +87,6 @@ VrfHwStatus::Transition::Transition(VrfHwStatus& statuses, const VrfAction& acti
 
 VrfHwStatus::Transition::~Transition() {
   statuses_->innermostTransition_ = outer_;
-}
-
-VrfHwStatus::Transition* VrfHwStatus::transition(const VrfAction& action) const noexcept {
-  Transition* underWay = innermostTransition_;
-  while (underWay != nullptr && underWay->action_ != action)
-    underWay = underWay->outer_;
-  return underWay;
 }
 
 VrfHwStatus::EntryWatch::EntryWatch(VrfHwStatus& statuses, const VrfAction& action) noexcept

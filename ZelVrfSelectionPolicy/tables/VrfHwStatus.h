@@ -67,11 +67,21 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     ActionsNaming& operator=(const ActionsNaming&) = delete;
     ~ActionsNaming();
     /// A copy of the next action; nothing at the end.
-    [[nodiscard]] std::optional<VrfAction> next() noexcept;
+    [[nodiscard]] std::optional<VrfAction> next() noexcept {
+      at_ = walk_.next();
+      if (at_ == ActionsByVrf::none) return std::nullopt;
+      return statuses_->hwStatus_.key(at_);
+    }
+    /// Stores `status` for the action that `next` gave last, unless its entry has been removed
+    /// since. As `VrfHwStatus::hwStatusIs`, without a search.
+    void hwStatusIs(const HwStatus& status) {
+      if (walk_.isThere()) statuses_->presentIs(at_, status);
+    }
 
    private:
     Mox::Ptr<VrfHwStatus> statuses_;
     ActionsByVrf::Walk walk_;
+    HwStatuses::Position at_ = HwStatuses::none;
   };
 
   /// The creation or deletion of one action's resource while it is under way.
@@ -108,7 +118,12 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     Transition* outer_;
   };
   /// The transition of `action` that is under way, null when there is none.
-  [[nodiscard]] Transition* transition(const VrfAction& action) const noexcept;
+  [[nodiscard]] Transition* transition(const VrfAction& action) const noexcept {
+    Transition* underWay = innermostTransition_;
+    while (underWay != nullptr && underWay->action_ != action)
+      underWay = underWay->outer_;
+    return underWay;
+  }
 
   /// Tells whether an entry of an action has been removed since, even if there is one again.
   /// It must not outlive the table.
@@ -132,6 +147,12 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   };
 
  private:
+  void presentIs(HwStatuses::Position at, const HwStatus& status) {
+    if (!(hwStatus_.value(at) == status)) changeTo(at, status);
+  }
+  void changeTo(HwStatuses::Position at, const HwStatus& status);
+  void publish(HwStatuses::Position at);
+
   HwStatuses hwStatus_;
   ActionsByVrf actionsByVrf_;
   Transition* innermostTransition_ = nullptr;

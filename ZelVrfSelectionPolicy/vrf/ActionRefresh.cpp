@@ -7,18 +7,14 @@ namespace ZelVrfSelectionPolicy {
 
 // An entry stands for a resource: if the action loses it while the chip is at work, the outcome
 // is that of a resource which is gone, and is not stored.
-void VrfSm::programAnew(const VrfAction& vrfAction) {
-  const Mox::Ptr<VrfHwStatus> statuses = vrfHwStatus_;
-  const VrfHwStatus::EntryWatch entry(*statuses, vrfAction);
-  const HwStatus outcome = vrfHelper_->updateVrf(vrfAction);
-  if (!entry.wasRemoved()) statuses->hwStatusIs(vrfAction, outcome);
-}
-
 void VrfSm::updateVrfAction(const VrfAction& vrfAction) {
   const Mox::Ptr<VrfSm> alive(this);
   const VrfAction action = vrfAction;
   vrfSmMessages.updating(action.vrfName().bytes());
-  programAnew(action);
+  const Mox::Ptr<VrfHwStatus> statuses = vrfHwStatus_;
+  const VrfHwStatus::EntryWatch entry(*statuses, action);
+  const HwStatus outcome = vrfHelper_->updateVrf(action);
+  if (!entry.wasRemoved()) statuses->hwStatusIs(action, outcome);
 }
 
 void VrfSm::updateAllVrfActions(L3::VrfName vrfName) {
@@ -28,7 +24,7 @@ void VrfSm::updateAllVrfActions(L3::VrfName vrfName) {
   while (const auto action = actions.next()) {
     if (resourceIsGoing(*action)) continue;
     vrfSmMessages.updatingOneOfAll(vrfName.bytes());
-    programAnew(*action);
+    actions.hwStatusIs(vrfHelper_->updateVrf(*action));
   }
 }
 

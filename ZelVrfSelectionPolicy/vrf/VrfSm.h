@@ -204,7 +204,6 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   /// Whether the deletion of its resource is under way.
   [[nodiscard]] bool resourceIsGoing(const VrfAction& vrfAction) const noexcept;
 
-  void programAnew(const VrfAction& vrfAction);
   template <class Visitor>
   void forEachCreatedAction(Visitor && visitor);
   [[nodiscard]] bool decapNhFlag() const;

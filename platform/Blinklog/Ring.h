@@ -1,6 +1,11 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -62,6 +67,10 @@ class [[gnu::visibility("default")]] Ring {
   Ring& operator=(const Ring&) = delete;
   ~Ring();
 
+  /// A message while it is written: takes the arguments in order, as many as there is room for, and
+  /// is whole in the ring when it goes. No other message may be written meanwhile.
+  class Message;
+
   void write(SiteId site, std::span<const Argument> arguments) noexcept;
 
   /// The messages it holds, oldest first.
@@ -77,14 +86,76 @@ class [[gnu::visibility("default")]] Ring {
   void clear() noexcept;
 
  private:
-  struct Slot;
+  static constexpr std::uint64_t noMessage = ~std::uint64_t{0};
+
+  struct Slot {
+    std::uint64_t sequence = noMessage;
+    SiteId site = 0;
+    std::uint32_t size = 0;
+    std::array<std::byte, slotBytes - 16> arguments;
+  };
+  // Stands before a text: how many bytes of it are kept, and whether there were more.
+  struct TextHeader {
+    std::uint16_t kept;
+    std::uint16_t cut;
+  };
+  class Reader;
+
+  static std::string textOf(const Site& site, std::span<const std::byte> arguments);
 
   std::size_t slots_;
   std::unique_ptr<Slot[]> ring_;
   std::uint64_t written_ = 0;
+  std::size_t next_ = 0;  // the slot of the next message
+};
+
+class Ring::Message {
+ public:
+  Message(Ring& ring, SiteId site) noexcept : ring_(ring), slot_(ring.ring_[ring.next_]) {
+    slot_.sequence = noMessage;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    slot_.site = site;
+  }
+  Message(const Message&) = delete;
+  Message& operator=(const Message&) = delete;
+  ~Message() {
+    slot_.size = static_cast<std::uint32_t>(used_);
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    slot_.sequence = ring_.written_++;
+    if (++ring_.next_ == ring_.slots_) ring_.next_ = 0;
+  }
+
+  void put(const Argument& argument) noexcept {
+    if (argument.kind == 's') {
+      putText(argument.text);
+    } else if (left() >= sizeof argument.number) {
+      putBytes(&argument.number, sizeof argument.number);
+    }
+  }
+
+ private:
+  [[nodiscard]] std::size_t left() const noexcept { return slot_.arguments.size() - used_; }
+  void putText(std::string_view text) noexcept {
+    if (left() < sizeof(TextHeader)) return;
+    const std::size_t kept = std::min(text.size(), left() - sizeof(TextHeader));
+    const TextHeader header{static_cast<std::uint16_t>(kept), kept != text.size()};
+    putBytes(&header, sizeof header);
+    if (kept != 0) putBytes(text.data(), kept);
+  }
+  void putBytes(const void* bytes, std::size_t size) noexcept {
+    std::memcpy(slot_.arguments.data() + used_, bytes, size);
+    used_ += size;
+  }
+
+  Ring& ring_;
+  Slot& slot_;
+  std::size_t used_ = 0;
 };
 
 /// The ring of this process.
-[[nodiscard, gnu::visibility("default")]] Ring& ring();
+[[gnu::visibility("default")]] extern Ring ringOfProcess;
+[[nodiscard]] inline Ring& ring() noexcept {
+  return ringOfProcess;
+}
 
 }  // namespace Blinklog

@@ -19,19 +19,8 @@ Message::Message(const Source& source, unsigned level, unsigned line, const char
   std::copy_n(fragments.begin(), fragmentCount_, fragments_.begin());
 }
 
-void Message::send(std::span<const Argument> arguments) const {
-  std::array<Blinklog::Argument, mostArguments> kept{};
-  const std::size_t count = std::min(arguments.size(), mostArguments);
-  for (std::size_t i = 0; i < count; ++i)
-    kept[i] = arguments[i].kept();
-  Blinklog::ring().write(site_, std::span(kept).first(count));
-
-  const Mox::TraceHandle& handle = source_.handle();
-  if (handle.isOn(level_)) sendText(handle, arguments);
-}
-
-void Message::sendText(const Mox::TraceHandle& handle, std::span<const Argument> arguments) const {
-  Mox::TraceHelper helper(handle, level_, source_.path, line_, function_);
+void Message::sendText(std::span<const Argument> arguments) const {
+  Mox::TraceHelper helper(handle(), level_, source_.path, line_, function_);
   auto argument = arguments.begin();
   for (const std::string_view fragment : std::span(fragments_).first(fragmentCount_)) {
     if (fragment.size() != 2 || fragment[0] != '%' || argument == arguments.end()) {

@@ -55,16 +55,25 @@ class [[gnu::visibility("default")]] Message {
 
   template <class... Arguments>
   void operator()(const Arguments&... arguments) const {
-    const std::array<Argument, sizeof...(Arguments)> all{Argument(arguments)...};
-    send(all);
+    {
+      Blinklog::Ring::Message kept(Blinklog::ring(), site_);
+      (kept.put(Argument(arguments).kept()), ...);
+    }
+    if (handle().isOn(level_)) [[unlikely]] {
+      const std::array<Argument, sizeof...(Arguments)> all{Argument(arguments)...};
+      sendText(all);
+    }
   }
 
  private:
   static constexpr std::size_t mostFragments = 8;
-  static constexpr std::size_t mostArguments = 4;
 
-  void send(std::span<const Argument> arguments) const;
-  void sendText(const Mox::TraceHandle& handle, std::span<const Argument> arguments) const;
+  [[nodiscard]] const Mox::TraceHandle& handle() const {
+    if (handle_ == nullptr) [[unlikely]]
+      handle_ = &source_.handle();
+    return *handle_;
+  }
+  void sendText(std::span<const Argument> arguments) const;
 
   Source source_;
   unsigned level_;
@@ -73,6 +82,7 @@ class [[gnu::visibility("default")]] Message {
   std::array<std::string_view, mostFragments> fragments_;
   std::size_t fragmentCount_;
   Blinklog::SiteId site_;
+  mutable const Mox::TraceHandle* handle_ = nullptr;  // once a message was sent
 };
 
 }  // namespace Duolog

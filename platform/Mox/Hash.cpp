@@ -1,12 +1,37 @@
 #include "Mox/Hash.h"
 
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 
 namespace Mox {
+namespace {
 
-unsigned HashHelper::hashSeed32() noexcept {
-  static const unsigned seed = std::random_device{}();
-  return seed;
+constexpr const char* variable = "MOX_HASH_SEED";
+
+// 0 when the environment sets none.
+unsigned seedOfEnvironment() noexcept {
+  const char* text = std::getenv(variable);
+  if (text == nullptr) return 0;
+  const std::string_view digits(text);
+  unsigned seed = 0;
+  const auto [end, error] = std::from_chars(digits.begin(), digits.end(), seed);
+  if (error == std::errc() && end == digits.end() && seed != 0) return seed;
+  std::fprintf(stderr, "%s is ignored: '%s': expected a number from 1 to 4294967295\n", variable,
+               text);
+  return 0;
+}
+
+}  // namespace
+
+unsigned HashHelper::seed_ = 0;
+
+void HashHelper::drawSeed() noexcept {
+  seed_ = seedOfEnvironment();
+  std::random_device random;
+  while (seed_ == 0)
+    seed_ = random();
 }
 
 }  // namespace Mox

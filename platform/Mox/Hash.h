@@ -39,8 +39,19 @@ class Hash {
 /// The hash seed of this process.
 class [[gnu::visibility("default")]] HashHelper {
  public:
-  /// Drawn at random once per process, so that nobody can aim at one bucket.
-  [[nodiscard]] static unsigned hashSeed32() noexcept;
+  /// Drawn at random once per process, so that nobody can aim at one bucket. For runs that must
+  /// repeat one another to the instruction, the environment variable `MOX_HASH_SEED` sets it: a
+  /// number from 1 to 4294967295.
+  [[nodiscard]] static unsigned hashSeed32() noexcept {
+    if (seed_ == 0) [[unlikely]]
+      drawSeed();
+    return seed_;
+  }
+
+ private:
+  static void drawSeed() noexcept;
+
+  static unsigned seed_;  // 0 until it is drawn
 };
 
 }  // namespace Mox

@@ -83,24 +83,11 @@ class HashMap2018 {
 
   /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
   /// it was inserted.
-  std::pair<Position, bool> insert(Key key, Value value = Value()) {
-    const std::uint32_t hash = hashOf(key);
-    if (!index_.empty()) {
-      const Position present = index_[indexPlace(key, hash)].position;
-      if (present != none) return {present, false};
-    }
-    growFor(count_ + 1);
-    const Position at = newSlot();
-    try {
-      new (slot(at)) Entry{std::move(key), std::move(value)};
-    } catch (...) {
-      freeSlot(at);
-      throw;
-    }
-    chunkOf(at).used |= bitOf(at);
-    index_[indexPlace(entry(at).key, hash)] = {hash, at};
-    ++count_;
-    return {at, true};
+  std::pair<Position, bool> insert(const Key& key, const Value& value = Value()) {
+    return insertAs(key, value);
+  }
+  std::pair<Position, bool> insert(Key&& key, Value&& value = Value()) {
+    return insertAs(std::move(key), std::move(value));
   }
 
   /// Deletes `key`. Gives the entry that it had, nothing when it was absent.
@@ -196,6 +183,29 @@ class HashMap2018 {
     return key.hash(HashHelper::hashSeed32() ^ Salt);
   }
 
+  template <class K, class V>
+  std::pair<Position, bool> insertAs(K&& key, V&& value) {
+    const std::uint32_t hash = hashOf(key);
+    if (index_.empty()) grow();
+    std::size_t place = indexPlace(key, hash);
+    if (const Position present = index_[place].position; present != none) return {present, false};
+    if (count_ == capacity()) {
+      grow();
+      place = indexPlace(key, hash);
+    }
+    const Position at = newSlot();
+    try {
+      new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
+    } catch (...) {
+      freeSlot(at);
+      throw;
+    }
+    chunkOf(at).used |= bitOf(at);
+    index_[place] = {hash, at};
+    ++count_;
+    return {at, true};
+  }
+
   Chunk& chunkOf(Position at) const noexcept { return *chunks_[at / chunkSlots]; }
   static std::uint32_t bitOf(Position at) noexcept { return std::uint32_t{1} << at % chunkSlots; }
   std::byte* slot(Position at) const noexcept {
@@ -255,8 +265,7 @@ class HashMap2018 {
     }
     return place;
   }
-  void growFor(unsigned entries) {
-    if (entries <= indexLimit(index_.size())) return;
+  void grow() {
     std::vector<IndexEntry> grown(index_.empty() ? smallestIndex : index_.size() * 2);
     const std::size_t mask = grown.size() - 1;
     for (const IndexEntry& old : index_) {

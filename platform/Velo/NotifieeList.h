@@ -45,7 +45,7 @@ class NotifieeList {
   NotifieeList& operator=(const NotifieeList&) = delete;
   ~NotifieeList() {
     for (Visit* visit = innermost_; visit != nullptr; visit = visit->outer)
-      visit->list = nullptr;
+      visit->listIsGone = true;
   }
 
   bool add(Notifiee& notifiee) {
@@ -82,30 +82,41 @@ class NotifieeList {
   /// Calls `visitor(notifiee)` for each notifiee present now and still there at its turn.
   template <class Visitor>
   void visit(Visitor&& visitor) {
-    Visit current(*this);
-    const std::size_t end = places_.size();
-    for (std::size_t place = 0; place < end; ++place) {
+    Visit current{innermost_};
+    const VisitEnd end(*this, current);
+    const std::size_t size = places_.size();
+    for (std::size_t place = 0; place < size; ++place) {
       Notifiee* notifiee = places_[place];
       if (notifiee == nullptr) continue;
       visitor(*notifiee);
-      if (current.list == nullptr) return;
+      if (current.listIsGone) return;
     }
   }
 
  private:
   struct Visit {
-    explicit Visit(NotifieeList& visited) noexcept : list(&visited), outer(visited.innermost_) {
-      visited.innermost_ = this;
-    }
-    Visit(const Visit&) = delete;
-    Visit& operator=(const Visit&) = delete;
-    ~Visit() {
-      if (list == nullptr) return;
-      list->innermost_ = outer;
-      if (outer == nullptr) list->closeHoles();
-    }
-    NotifieeList* list;  // null once the list is gone
     Visit* outer;
+    bool listIsGone = false;
+  };
+  // What the list does not know of can stay in registers while visitors are called.
+  class VisitEnd {
+   public:
+    VisitEnd(NotifieeList& list, Visit& visit) noexcept
+        : list_(list), visit_(visit), outer_(visit.outer) {
+      list.innermost_ = &visit;
+    }
+    VisitEnd(const VisitEnd&) = delete;
+    VisitEnd& operator=(const VisitEnd&) = delete;
+    ~VisitEnd() {
+      if (visit_.listIsGone) return;
+      list_.innermost_ = outer_;
+      if (outer_ == nullptr) list_.closeHoles();
+    }
+
+   private:
+    NotifieeList& list_;
+    const Visit& visit_;
+    Visit* outer_;
   };
 
   void closeHoles() noexcept {
