@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -98,11 +99,11 @@ struct World {
 class BareRing {
  public:
   void write(std::uint32_t site, std::string_view text) noexcept {
-    Slot& slot = slots_[written_ % slots_.size()];
+    Slot& slot = slots_[written_ % slotCount];
     slot.site = site;
     slot.size = static_cast<std::uint32_t>(sizeof(std::uint32_t) + text.size());
     slot.textSize = static_cast<std::uint32_t>(text.size());
-    text.copy(slot.text, sizeof slot.text);
+    std::copy_n(text.data(), std::min(text.size(), sizeof slot.text), slot.text);
     slot.sequence = written_++;
   }
 
@@ -116,7 +117,9 @@ class BareRing {
   };
   static_assert(sizeof(Slot) == 256);
 
-  std::vector<Slot> slots_{4096};
+  static constexpr std::size_t slotCount = 4096;
+
+  std::vector<Slot> slots_{slotCount};
   std::uint64_t written_ = 0;
 };
 

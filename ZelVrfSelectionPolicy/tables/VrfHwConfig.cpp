@@ -43,6 +43,12 @@ unsigned VrfHwConfig::vrfRefCountDel(const VrfAction& action) {
   return erased->second;
 }
 
+void VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
+  const auto erased = vrfRefCount_.eraseIf(
+      action, [this](VrfRefCounts::Position at) { return vrfRefCount_.value(at) == 0; });
+  if (erased) publisher_.publish(vrfRefCountAttribute, &erased->first, nullptr);
+}
+
 void VrfHwConfig::vrfRefCountDelAll() {
   if (!publisher_.hasSubscribers()) {
     vrfRefCount_.clear();

@@ -46,6 +46,8 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   unsigned vrfRefCountDec(const VrfAction& action, unsigned users);
   /// Removes the entry; returns the count that it had, 0 if absent.
   unsigned vrfRefCountDel(const VrfAction& action);
+  /// Removes the entry if its count is 0.
+  void vrfRefCountDelUnused(const VrfAction& action);
   /// Removes every entry, telling subscribers of each.
   void vrfRefCountDelAll();
 

@@ -33,19 +33,21 @@ void VrfHwStatus::changeTo(HwStatuses::Position at, const HwStatus& status) {
 
 // By copies, since a subscriber may delete the entry.
 void VrfHwStatus::publish(HwStatuses::Position at) {
+  if (!publisher_.hasSubscribers()) return;
   const VrfAction key = hwStatus_.key(at);
   const HwStatus value = hwStatus_.value(at);
   publisher_.publish(hwStatusAttribute, &key, &value);
 }
 
 HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
-  const HwStatuses::Position at = hwStatus_.position(action);
-  if (at == HwStatuses::none) return {};
-  actionsByVrf_.erase(at, action);
+  const auto erased = hwStatus_.eraseIf(action, [&](HwStatuses::Position at) {
+    actionsByVrf_.erase(at, action);
+    return true;
+  });
+  if (!erased) return {};
   for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
-    if (watch->action_ == action) watch->wasRemoved_ = true;
+    if (watch->action_ == erased->first) watch->wasRemoved_ = true;
   }
-  const auto erased = hwStatus_.erase(action);
   publisher_.publish(hwStatusAttribute, &erased->first, nullptr);
   return erased->second;
 }

@@ -90,6 +90,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   /// action changes meanwhile, be it by the removal of the count entry that is part of a deletion,
   /// the change is noted here, and left to whoever began. It belongs to the table, so that it holds
   /// for every state machine that works on it. Transitions nest like the calls that they are in.
+  /// The action's record must outlive the transition.
   class [[gnu::visibility("default")]] Transition {
    public:
     enum class Kind { creation, deletion };
@@ -112,7 +113,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
    private:
     friend class VrfHwStatus;
     Mox::Ptr<VrfHwStatus> statuses_;
-    VrfAction action_;
+    const VrfAction& action_;
     Kind kind_;
     bool countChanged_ = false;
     Transition* outer_;
@@ -126,7 +127,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   }
 
   /// Tells whether an entry of an action has been removed since, even if there is one again.
-  /// It must not outlive the table.
+  /// It must not outlive the table, nor the action's record.
   class [[gnu::visibility("default")]] EntryWatch {
    public:
     EntryWatch(VrfHwStatus & statuses, const VrfAction& action) noexcept;
@@ -141,7 +142,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
    private:
     friend class VrfHwStatus;
     VrfHwStatus& statuses_;
-    VrfAction action_;
+    const VrfAction& action_;
     bool wasRemoved_ = false;
     EntryWatch* outer_;
   };

@@ -9,15 +9,19 @@
 namespace ZelVrfSelectionPolicy {
 namespace {
 
+constexpr std::size_t usualBytes = 256;  // room for three names of 40 bytes
+
 std::string strep(const VrfAction& action) {
-  std::string text = "Value('ZelVrfSelectionPolicy::VrfAction', ** {'vrfName': ";
+  std::string text;
+  text.reserve(usualBytes);
+  text += "Value('ZelVrfSelectionPolicy::VrfAction', ** {'vrfName': ";
   Mox::appendQuoted(text, action.vrfName().bytes());
   text += ", 'fallbackVrfName': ";
   Mox::appendQuoted(text, action.fallbackVrfName().bytes());
   text += ", 'postDecapVrfName': ";
   Mox::appendQuoted(text, action.postDecapVrfName().bytes());
   text += ", 'action': ";
-  text += PolicyMap::valueToStrep(action.action()).bytes();
+  text += PolicyMap::actionTypeNames().name(static_cast<unsigned char>(action.action()));
   text += "})";
   return text;
 }

@@ -26,11 +26,6 @@ constexpr const char* handler =
 
 }  // namespace
 
-bool VrfSm::resourceIsGoing(const VrfAction& vrfAction) const noexcept {
-  const Transition* transition = vrfHwStatus_->transition(vrfAction);
-  return transition != nullptr && transition->kind() == Transition::Kind::deletion;
-}
-
 void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
   if (Transition* underWay = vrfHwStatus_->transition(vrfAction)) {
     underWay->noteCountChange();
@@ -80,9 +75,9 @@ void VrfSm::deleteResource(const VrfAction& action) {
     vrfSmMessages.deleting(action.vrfName().bytes());
     // Unless users came meanwhile, who are not to be forgotten; if they came and left again before
     // the end, they leave no entry behind either.
-    if (vrfHwConfig_->vrfRefCount(action) == 0) vrfHwConfig_->vrfRefCountDel(action);
+    vrfHwConfig_->vrfRefCountDelUnused(action);
     vrfHwStatus_->hwStatusDel(action);
-    if (vrfHwConfig_->vrfRefCount(action) == 0) vrfHwConfig_->vrfRefCountDel(action);
+    vrfHwConfig_->vrfRefCountDelUnused(action);
     countChanged = deletion.countChanged();
   }
   if (countChanged && vrfHwConfig_->vrfRefCount(action) != 0) createResource(action);

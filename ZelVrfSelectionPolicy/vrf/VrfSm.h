@@ -202,7 +202,10 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   void createResource(const VrfAction& action);
   void deleteResource(const VrfAction& action);
   /// Whether the deletion of its resource is under way.
-  [[nodiscard]] bool resourceIsGoing(const VrfAction& vrfAction) const noexcept;
+  [[nodiscard]] bool resourceIsGoing(const VrfAction& vrfAction) const noexcept {
+    const Transition* transition = vrfHwStatus_->transition(vrfAction);
+    return transition != nullptr && transition->kind() == Transition::Kind::deletion;
+  }
 
   template <class Visitor>
   void forEachCreatedAction(Visitor && visitor);

@@ -140,7 +140,8 @@ class Ring::Message {
     const std::size_t kept = std::min(text.size(), left() - sizeof(TextHeader));
     const TextHeader header{static_cast<std::uint16_t>(kept), kept != text.size()};
     putBytes(&header, sizeof header);
-    if (kept != 0) putBytes(text.data(), kept);
+    std::copy_n(text.data(), kept, reinterpret_cast<char*>(slot_.arguments.data() + used_));
+    used_ += kept;
   }
   void putBytes(const void* bytes, std::size_t size) noexcept {
     std::memcpy(slot_.arguments.data() + used_, bytes, size);

@@ -1,8 +1,10 @@
 #include "L3/VrfName.h"
 
-#include <memory>
+#include <algorithm>
+#include <cstring>
+#include <new>
 #include <ostream>
-#include <unordered_map>
+#include <vector>
 
 #include "Mox/Exceptions.h"
 #include "Mox/QuotedString.h"
@@ -18,22 +20,81 @@ constexpr Mox::Reflection reflection{.value = &operations};
 
 constinit const Mox::Type VrfName::moxType{"L3::VrfName", &reflection};
 
-// The names in use, by their bytes.
-struct VrfName::Table {
-  std::unordered_map<std::string_view, std::unique_ptr<Interned>> names;
-
-  Interned* interned(std::string_view bytes) {
-    const auto found = names.find(bytes);
-    if (found != names.end()) {
-      ++found->second->users;
-      return found->second.get();
-    }
-    auto fresh =
-        std::make_unique<Interned>(Interned{1, Mox::hashSingleAttr(0, bytes), std::string(bytes)});
-    Interned* name = fresh.get();
-    names.emplace(name->text, std::move(fresh));
-    return name;
+/// The names in use, by their bytes.
+///
+/// Open addressing with linear probing, at most half full; the place of a name that goes is closed
+/// by moving back what stands behind it. A standard map would hash the bytes a second time.
+class VrfName::Table {
+ public:
+  Table() = default;
+  Table(const Table&) = delete;
+  Table& operator=(const Table&) = delete;
+  ~Table() {
+    for (Interned* name : places_)
+      ::operator delete(name);
   }
+
+  /// The name with these bytes, with one user more.
+  Interned* used(std::string_view bytes) {
+    if (2 * (count_ + 1) > places_.size()) grow();
+    const unsigned hash = Mox::hashSingleAttr(0, bytes);
+    std::size_t place = hash & mask();
+    for (; places_[place] != nullptr; place = (place + 1) & mask()) {
+      Interned* name = places_[place];
+      if (name->hash != hash || name->bytes() != bytes) continue;
+      ++name->users;
+      return name;
+    }
+    places_[place] = made(hash, bytes);
+    ++count_;
+    return places_[place];
+  }
+
+  void release(Interned* name) noexcept {
+    std::size_t place = name->hash & mask();
+    while (places_[place] != name)
+      place = (place + 1) & mask();
+    closeGap(place);
+    --count_;
+    ::operator delete(name);
+  }
+
+ private:
+  static constexpr std::size_t fewestPlaces = 16;
+
+  static Interned* made(unsigned hash, std::string_view bytes) {
+    void* memory = ::operator new(sizeof(Interned) + bytes.size());
+    std::memcpy(static_cast<char*>(memory) + sizeof(Interned), bytes.data(), bytes.size());
+    return new (memory) Interned{1, hash, static_cast<unsigned>(bytes.size())};
+  }
+
+  [[nodiscard]] std::size_t mask() const noexcept { return places_.size() - 1; }
+
+  void grow() {
+    std::vector<Interned*> old(std::max(fewestPlaces, 2 * places_.size()));
+    old.swap(places_);
+    for (Interned* name : old) {
+      if (name == nullptr) continue;
+      std::size_t place = name->hash & mask();
+      while (places_[place] != nullptr)
+        place = (place + 1) & mask();
+      places_[place] = name;
+    }
+  }
+
+  void closeGap(std::size_t gap) noexcept {
+    for (std::size_t place = (gap + 1) & mask(); places_[place] != nullptr;
+         place = (place + 1) & mask()) {
+      const std::size_t home = places_[place]->hash & mask();
+      if (((place - home) & mask()) < ((place - gap) & mask())) continue;
+      places_[gap] = places_[place];
+      gap = place;
+    }
+    places_[gap] = nullptr;
+  }
+
+  std::vector<Interned*> places_;
+  std::size_t count_ = 0;
 };
 
 VrfName::Table VrfName::table_;
@@ -43,11 +104,11 @@ VrfName::VrfName(std::string_view bytes) {
   if (bytes.size() > maxLength) {
     throw Mox::RangeException("Mox::String::bytes > maxLength() not allowed");
   }
-  if (!bytes.empty()) interned_ = table_.interned(bytes);
+  if (!bytes.empty()) interned_ = table_.used(bytes);
 }
 
 void VrfName::release(Interned* interned) noexcept {
-  table_.names.erase(table_.names.find(interned->text));
+  table_.release(interned);
 }
 
 unsigned VrfName::hashOfEmpty() noexcept {
@@ -64,7 +125,8 @@ Velo::String valueToStrep(const VrfName& name) {
 }
 
 void sequenceToValue(Mox::CharRange& range, VrfName* name) {
-  *name = Mox::readQuoted(range);
+  std::string escaped;
+  *name = Mox::readQuoted(range, escaped);
 }
 
 std::ostream& operator<<(std::ostream& stream, const VrfName& name) {

@@ -46,7 +46,7 @@ class [[gnu::visibility("default")]] VrfName {
 
   /// The bytes, valid as long as an equal name exists.
   [[nodiscard]] std::string_view bytes() const noexcept {
-    return interned_ == nullptr ? std::string_view() : std::string_view(interned_->text);
+    return interned_ == nullptr ? std::string_view() : interned_->bytes();
   }
   [[nodiscard]] bool empty() const noexcept {
     return interned_ == nullptr;
@@ -83,12 +83,16 @@ class [[gnu::visibility("default")]] VrfName {
   }
 
  private:
+  // Followed in memory by `size` bytes.
   struct Interned {
     unsigned users;
     unsigned hash;
-    std::string text;
+    unsigned size;
+    [[nodiscard]] std::string_view bytes() const noexcept {
+      return {reinterpret_cast<const char*>(this + 1), size};
+    }
   };
-  struct Table;
+  class Table;
 
   // Made while the platform is loaded, so that they outlive every static of what is built on it.
   static Table table_;

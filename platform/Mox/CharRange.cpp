@@ -26,6 +26,10 @@ std::string_view CharRange::needWord() {
   return word;
 }
 
+void CharRange::failLiteral(std::string_view expected) const {
+  fail("'" + std::string(expected) + "'");
+}
+
 void CharRange::fail(const std::string& expected) const {
   const std::string found = atEnd() ? "the end of the text" : quoted(rest().substr(0, shownOfRest));
   throw RangeException("expected " + expected + " at byte " + std::to_string(next_) + ", found " +

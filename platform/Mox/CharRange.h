@@ -32,7 +32,7 @@ class [[gnu::visibility("default")]] CharRange {
 
   /// Consumes `literal`, which must come next.
   void needString(std::string_view literal) {
-    if (!rest().starts_with(literal)) fail("'" + std::string(literal) + "'");
+    if (!rest().starts_with(literal)) failLiteral(literal);
     next_ += literal.size();
   }
   /// The text must be used up.
@@ -46,6 +46,8 @@ class [[gnu::visibility("default")]] CharRange {
   [[noreturn]] void fail(const std::string& expected) const;
 
  private:
+  [[noreturn]] void failLiteral(std::string_view expected) const;
+
   std::string_view text_;
   std::size_t next_ = 0;
 };

@@ -92,10 +92,15 @@ class HashMap2018 {
 
   /// Deletes `key`. Gives the entry that it had, nothing when it was absent.
   std::optional<std::pair<Key, Value>> erase(const Key& key) {
+    return eraseIf(key, [](Position) { return true; });
+  }
+  /// As above, if `condition(position)` holds for the entry, which may still be looked at then.
+  template <class Condition>
+  std::optional<std::pair<Key, Value>> eraseIf(const Key& key, Condition&& condition) {
     if (count_ == 0) return std::nullopt;
     const std::size_t place = indexPlace(key, hashOf(key));
     const Position at = index_[place].position;
-    if (at == none) return std::nullopt;
+    if (at == none || !condition(at)) return std::nullopt;
     Entry& gone = entry(at);
     std::optional<std::pair<Key, Value>> erased(std::in_place, std::move(gone.key),
                                                 std::move(gone.value));
@@ -253,7 +258,7 @@ class HashMap2018 {
   }
 
   static unsigned indexLimit(std::size_t places) noexcept {
-    return static_cast<unsigned>(places - places / 4);
+    return static_cast<unsigned>(places / 2);
   }
   // The place of `key` in the index, or the free place where it would go.
   std::size_t indexPlace(const Key& key, std::uint32_t hash) const noexcept {

@@ -1,5 +1,8 @@
 #include "Mox/QuotedString.h"
 
+#include <algorithm>
+#include <array>
+
 #include "Mox/CharRange.h"
 
 namespace Mox {
@@ -9,8 +12,21 @@ constexpr char quote = '\'';
 constexpr char backslash = '\\';
 constexpr std::string_view hexDigits = "0123456789abcdef";
 
+constexpr std::array<bool, 256> plainBytes = [] {
+  std::array<bool, 256> plain{};
+  for (std::size_t byte = ' '; byte <= '~'; ++byte)
+    plain[byte] = byte != quote && byte != backslash;
+  return plain;
+}();
+
 bool isPlain(char byte) noexcept {
-  return byte >= ' ' && byte <= '~' && byte != quote && byte != backslash;
+  return plainBytes[static_cast<unsigned char>(byte)];
+}
+
+// How many bytes at the front of `bytes` stand for themselves.
+std::size_t plainBytesAtFront(std::string_view bytes) noexcept {
+  return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), isPlain) -
+                                  bytes.begin());
 }
 
 // The letter that stands for `byte` behind a backslash, 0 when there is none.
@@ -28,6 +44,18 @@ char escapeLetter(char byte) noexcept {
     default:
       return 0;
   }
+}
+
+void appendEscaped(std::string& text, char byte) {
+  text += backslash;
+  if (const char letter = escapeLetter(byte); letter != 0) {
+    text += letter;
+    return;
+  }
+  const auto code = static_cast<unsigned char>(byte);
+  text += 'x';
+  text += hexDigits[code >> 4U];
+  text += hexDigits[code & 15U];
 }
 
 char escapedByte(char letter) noexcept {
@@ -73,20 +101,12 @@ char readEscapedByte(CharRange& range) {
 
 void appendQuoted(std::string& text, std::string_view bytes) {
   text += quote;
-  for (const char byte : bytes) {
-    if (isPlain(byte)) {
-      text += byte;
-      continue;
-    }
-    text += backslash;
-    if (const char letter = escapeLetter(byte); letter != 0) {
-      text += letter;
-    } else {
-      const auto code = static_cast<unsigned char>(byte);
-      text += 'x';
-      text += hexDigits[code >> 4U];
-      text += hexDigits[code & 15U];
-    }
+  while (true) {
+    const std::size_t plain = plainBytesAtFront(bytes);
+    text += bytes.substr(0, plain);
+    if (plain == bytes.size()) break;
+    appendEscaped(text, bytes[plain]);
+    bytes.remove_prefix(plain + 1);
   }
   text += quote;
 }
@@ -99,19 +119,29 @@ std::string quoted(std::string_view bytes) {
 }
 
 std::string readQuoted(CharRange& range) {
+  std::string escaped;
+  return std::string(readQuoted(range, escaped));
+}
+
+std::string_view readQuoted(CharRange& range, std::string& escaped) {
   range.needString("'");
-  std::string bytes;
+  std::string_view bytes;
   while (true) {
     const std::string_view rest = range.rest();
-    std::size_t plain = 0;
-    while (plain < rest.size() && isPlain(rest[plain]))
-      ++plain;
-    bytes.append(rest.substr(0, plain));
+    const std::size_t plain = plainBytesAtFront(rest);
     range.advance(plain);
     if (range.atEnd()) range.fail("a closing quote");
-    if (rest[plain] == quote) break;
+    if (rest[plain] == quote && escaped.empty()) {
+      bytes = rest.substr(0, plain);
+      break;
+    }
+    escaped.append(rest.substr(0, plain));
+    if (rest[plain] == quote) {
+      bytes = escaped;
+      break;
+    }
     if (rest[plain] != backslash) range.fail("a printable character or an escape");
-    bytes += readEscapedByte(range);
+    escaped += readEscapedByte(range);
   }
   range.needString("'");
   return bytes;

@@ -20,4 +20,9 @@ class CharRange;
 /// `RangeException`.
 [[nodiscard, gnu::visibility("default")]] std::string readQuoted(CharRange& range);
 
+/// The same without a copy where nothing is escaped: gives the bytes as they stand in the text of
+/// `range`, or `escaped`, which is empty before and into which they are put otherwise.
+[[nodiscard, gnu::visibility("default")]] std::string_view readQuoted(CharRange& range,
+                                                                      std::string& escaped);
+
 }  // namespace Mox

@@ -9,7 +9,8 @@ Velo::String valueToStrep(const Velo::String& value) {
 }
 
 void sequenceToValue(CharRange& range, Velo::String* value) {
-  *value = readQuoted(range);
+  std::string escaped;
+  *value = readQuoted(range, escaped);
 }
 
 void rethrowFromDeserializeAttr(const RangeException& error, std::string_view attribute) {

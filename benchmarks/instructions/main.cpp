@@ -1,0 +1,116 @@
+// Works for the instruction counter: each piece of work is done some times to warm up, and then a
+// thousand times while the counter runs. Run it through `./dev bench --check-instructions`.
+//
+// usage: zel-instructions [WORK TIMES]     does one piece of work, for a profiler
+
+#include <valgrind/callgrind.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string_view>
+
+#include "Duolog/Message.h"
+#include "Velo/Publisher.h"
+#include "benchmarks/World.h"
+
+namespace {
+
+using Benchmarks::World;
+using ZelVrfSelectionPolicy::VrfAction;
+
+constexpr std::size_t tableSize = 10'000;
+constexpr unsigned warmUps = 2'000;
+constexpr unsigned counted = 1'000;
+
+const L3::VrfName& changing() {
+  static const L3::VrfName name("customer-network-changed");
+  return name;
+}
+
+// A table in which 16 actions name the VRF that changes.
+std::vector<VrfAction> presentActions() {
+  std::vector<VrfAction> present = Benchmarks::actions(tableSize, 1);
+  for (unsigned i = 0; i < 16; ++i)
+    present[i * 600].fallbackVrfNameIs(changing());
+  return present;
+}
+
+std::function<void()> refresh(World& world) {
+  return [&world] { world.vrfSm->updateAllVrfActions(changing()); };
+}
+
+std::function<void()> lifeOfAnAction(World& world) {
+  return [&world, coming = Benchmarks::actions(1024, 2), i = std::size_t{0}]() mutable {
+    const VrfAction& action = coming[i++ % coming.size()];
+    world.users->vrfRefCountInc(action, 1);
+    world.users->vrfRefCountDec(action, 1);
+  };
+}
+
+struct Subscribers {
+  Subscribers() {
+    for (Velo::Subscriber& subscriber : all) {
+      subscriber.dispatch = [](Velo::Publisher*, Velo::Subscriber*, short, const void*,
+                               const void*) {};
+      publisher.subscriberIs(subscriber);
+    }
+  }
+  Velo::Publisher publisher;
+  std::array<Velo::Subscriber, 4> all;
+};
+
+std::function<void()> publication(Subscribers& subscribers) {
+  return [&subscribers] {
+    const unsigned key = 1;
+    subscribers.publisher.publish(130, &key, &key);
+  };
+}
+
+const Mox::TraceHandle& handle() {
+  static const Mox::TraceHandle made("Benchmarks", 0U);
+  return made;
+}
+
+std::function<void()> message() {
+  static const Duolog::Message assigned({&handle, "/src/benchmarks/instructions"}, 5, 1, "assign",
+                                        {"assign", ": VRF:", "%s", " vrfId:", "%u"});
+  return [] { assigned(changing().bytes(), 7U); };
+}
+
+void repeat(const std::function<void()>& work, unsigned times) {
+  for (unsigned i = 0; i < times; ++i)
+    work();
+}
+
+void count(const char* name, const std::function<void()>& work) {
+  repeat(work, warmUps);
+  CALLGRIND_ZERO_STATS;
+  repeat(work, counted);
+  CALLGRIND_DUMP_STATS_AT(name);
+}
+
+struct Work {
+  const char* name;
+  std::function<void()> once;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  World world(presentActions());
+  Subscribers subscribers;
+  const std::array<Work, 4> works{{{"refresh", refresh(world)},
+                                   {"life", lifeOfAnAction(world)},
+                                   {"publication", publication(subscribers)},
+                                   {"message", message()}}};
+  for (const Work& work : works) {
+    if (argc == 3 && std::string_view(argv[1]) != work.name) continue;
+    if (argc == 3) {
+      repeat(work.once, static_cast<unsigned>(std::strtoul(argv[2], nullptr, 10)));
+    } else {
+      count(work.name, work.once);
+    }
+  }
+}
