@@ -5,6 +5,9 @@
 namespace ZelVrfSelectionPolicy {
 namespace {
 
+// An empty list keeps room for so many places.
+constexpr std::size_t mostKept = 16;
+
 using Names = std::array<const L3::VrfName*, 3>;
 
 Names namesOf(const VrfAction& action) noexcept {
@@ -43,47 +46,38 @@ void ActionsByVrf::erase(Position at, const VrfAction& action) noexcept {
 }
 
 void ActionsByVrf::clear() noexcept {
-  for (auto entry = lists_.iterator(); entry; ++entry) {
-    const Lists::Position at = lists_.position(entry.key());
-    List& list = lists_.value(at);
+  for (List& list : lists_) {
     std::fill(list.places.begin(), list.places.end(), none);
     list.holes = static_cast<unsigned>(list.places.size());
-    tidy(at);
+    tidy(list);
   }
   indexInList_.clear();
   indexInList_.shrink_to_fit();
 }
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) {
-  const Lists::Position at = lists_.insert(name).first;
-  List& list = lists_.value(at);
-  try {
-    list.places.push_back(place);
-  } catch (...) {
-    tidy(at);
-    throw;
-  }
-  indexInList_[place] = static_cast<std::uint32_t>(list.places.size() - 1);
+  if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
+  std::vector<Place>& places = lists_[name.number()].places;
+  places.push_back(place);
+  indexInList_[place] = static_cast<std::uint32_t>(places.size() - 1);
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
-  const Lists::Position at = lists_.position(name);
-  List& list = lists_.value(at);
+  List& list = lists_[name.number()];
   list.places[indexInList_[place]] = none;
   ++list.holes;
-  tidy(at);
+  tidy(list);
 }
 
 // Does what has to wait while a walk is on the list.
-void ActionsByVrf::tidy(Lists::Position at) noexcept {
-  List& list = lists_.value(at);
+void ActionsByVrf::tidy(List& list) noexcept {
   if (list.walks != 0) return;
   while (!list.places.empty() && list.places.back() == none) {
     list.places.pop_back();
     --list.holes;
   }
-  if (list.places.empty()) {
-    lists_.erase(lists_.key(at));
+  if (list.places.empty() && list.places.capacity() > mostKept) {
+    std::vector<Place>().swap(list.places);
   } else if (list.holes > list.places.size() / 2) {
     closeHoles(list);
   }
@@ -97,16 +91,17 @@ void ActionsByVrf::closeHoles(List& list) noexcept {
 }
 
 ActionsByVrf::Walk::Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept
-    : actions_(actions), listAt_(actions.lists_.position(vrfName)) {
-  if (listAt_ == none) return;
-  list_ = &actions.lists_.value(listAt_);
-  at_ = list_->places.size();
-  ++list_->walks;
+    : actions_(actions), list_(vrfName.number()) {
+  if (list_ >= actions.lists_.size()) return;
+  at_ = places().size();
+  ++actions.lists_[list_].walks;
+  isOnList_ = true;
 }
 
 ActionsByVrf::Walk::~Walk() {
-  if (list_ == nullptr) return;
-  if (--list_->walks == 0 && list_->holes != 0) actions_.tidy(listAt_);
+  if (!isOnList_) return;
+  List& list = actions_.lists_[list_];
+  if (--list.walks == 0 && list.holes != 0) actions_.tidy(list);
 }
 
 }  // namespace ZelVrfSelectionPolicy

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "L3/VrfName.h"
-#include "Mox/HashMap2018.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
 
 namespace ZelVrfSelectionPolicy {
@@ -16,7 +15,8 @@ namespace ZelVrfSelectionPolicy {
 /// there is a list, in one piece, of the entries that name one VRF. An entry is known by its
 /// position in the table. It has three places, one for each name of its action, and is in the list
 /// of each distinct name once: a name that an earlier field has already does not use its place. The
-/// empty name is a name like any other. The lists change on insertion and deletion of entries only.
+/// empty name is a name like any other. The lists change on insertion and deletion of entries only,
+/// and are found by the number of the name.
 ///
 /// A list grows at its end. What leaves it leaves a hole; holes at the end go at once, and others
 /// when they are half of the list. While a walk is on a list it keeps its holes, so a walk, which
@@ -48,7 +48,6 @@ class ActionsByVrf {
     unsigned holes = 0;
     unsigned walks = 0;
   };
-  using Lists = Mox::HashMap2018<L3::VrfName, List, 0x1d8e4e27>;
 
  public:
   /// A walk over the entries that name one VRF. The index must outlive it.
@@ -62,17 +61,27 @@ class ActionsByVrf {
     /// The next entry, `none` at the end.
     [[nodiscard]] Position next() noexcept {
       while (at_ != 0) {
-        if (const Place place = list_->places[--at_]; place != none) return place / fields;
+        if (const Place place = places()[--at_]; place != none) return place / fields;
       }
       return none;
     }
+    /// The entry that `next` will give after `further` others, `none` when that is not known.
+    [[nodiscard]] Position ahead(std::size_t further) const noexcept {
+      if (at_ <= further) return none;
+      const Place place = places()[at_ - 1 - further];
+      return place == none ? none : place / fields;
+    }
     /// Whether the entry that `next` gave last has not been taken out since.
-    [[nodiscard]] bool isThere() const noexcept { return list_->places[at_] != none; }
+    [[nodiscard]] bool isThere() const noexcept { return places()[at_] != none; }
 
    private:
+    [[nodiscard]] const std::vector<Place>& places() const noexcept {
+      return actions_.lists_[list_].places;
+    }
+
     ActionsByVrf& actions_;
-    Lists::Position listAt_;
-    List* list_ = nullptr;
+    unsigned list_;
+    bool isOnList_ = false;  // nobody has ever named the VRF otherwise
     std::size_t at_ = 0;
   };
 
@@ -80,12 +89,12 @@ class ActionsByVrf {
   static Place place(Position at, unsigned field) noexcept { return at * fields + field; }
   void link(Place place, const L3::VrfName& name);
   void unlink(Place place, const L3::VrfName& name) noexcept;
-  void tidy(Lists::Position at) noexcept;
+  void tidy(List& list) noexcept;
   void closeHoles(List& list) noexcept;
 
-  // Invariant: `lists_` has a list for each name that an entry has or a walk is on, and place p of
-  // an entry is at `indexInList_[p]` of the list of its name.
-  Lists lists_;
+  // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. A name's number
+  // passes to another name only when no entry has it, so that its list has nothing but holes.
+  std::vector<List> lists_;  // by the numbers of names
   std::vector<std::uint32_t> indexInList_;
 };
 

@@ -40,21 +40,40 @@ void VrfHwStatus::publish(HwStatuses::Position at) {
 }
 
 HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
+  if (walks_ != 0) return withdraw(action);
   const auto erased = hwStatus_.eraseIf(action, [&](HwStatuses::Position at) {
     actionsByVrf_.erase(at, action);
     return true;
   });
   if (!erased) return {};
-  for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
-    if (watch->action_ == erased->first) watch->wasRemoved_ = true;
-  }
+  noteRemoval(erased->first);
   publisher_.publish(hwStatusAttribute, &erased->first, nullptr);
   return erased->second;
 }
 
+// As above, while a walk may stand on the entry.
+HwStatus VrfHwStatus::withdraw(const VrfAction& action) {
+  withdrawn_.reserve(withdrawn_.size() + 1);
+  const HwStatuses::Position at = hwStatus_.withdraw(action);
+  if (at == HwStatuses::none) return {};
+  withdrawn_.push_back(at);
+  const VrfAction key = hwStatus_.key(at);
+  const HwStatus value = hwStatus_.value(at);
+  actionsByVrf_.erase(at, key);
+  noteRemoval(key);
+  publisher_.publish(hwStatusAttribute, &key, nullptr);
+  return value;
+}
+
+void VrfHwStatus::noteRemoval(const VrfAction& action) noexcept {
+  for (EntryWatch* watch = innermostWatch_; watch != nullptr; watch = watch->outer_) {
+    if (watch->action_ == action) watch->wasRemoved_ = true;
+  }
+}
+
 void VrfHwStatus::hwStatusDelAll() {
   const Mox::Ptr<VrfHwStatus> alive(this);
-  if (publisher_.hasSubscribers()) {
+  if (publisher_.hasSubscribers() || walks_ != 0) {
     for (auto entry = hwStatus_.iterator(); entry; ++entry)
       hwStatusDel(entry.key());
     return;
@@ -77,9 +96,19 @@ bool VrfHwStatus::hwStatusHas(const VrfAction& action) const noexcept {
 
 VrfHwStatus::ActionsNaming::ActionsNaming(Mox::Ptr<VrfHwStatus> statuses,
                                           const L3::VrfName& vrfName) noexcept
-    : statuses_(std::move(statuses)), walk_(statuses_->actionsByVrf_, vrfName) {}
+    : statuses_(std::move(statuses)), walk_(statuses_->actionsByVrf_, vrfName) {
+  ++statuses_->walks_;
+}
 
-VrfHwStatus::ActionsNaming::~ActionsNaming() = default;
+VrfHwStatus::ActionsNaming::~ActionsNaming() {
+  if (--statuses_->walks_ == 0 && !statuses_->withdrawn_.empty()) statuses_->discardWithdrawn();
+}
+
+void VrfHwStatus::discardWithdrawn() noexcept {
+  for (const HwStatuses::Position at : withdrawn_)
+    hwStatus_.discard(at);
+  withdrawn_.clear();
+}
 
 VrfHwStatus::Transition::Transition(VrfHwStatus& statuses, const VrfAction& action,
                                     Kind kind) noexcept

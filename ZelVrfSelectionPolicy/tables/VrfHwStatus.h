@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
@@ -60,25 +61,42 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
 
   /// A walk over the actions that name a VRF in any field, which looks at no others. It holds the
   /// table, and survives any change of it: see `ActionsByVrf`.
+  ///
+  ///     VrfHwStatus::ActionsNaming actions(statuses, "red");
+  ///     while (actions.advance()) actions.hwStatusIs(outcomeOf(actions.action()));
   class [[gnu::visibility("default")]] ActionsNaming {
    public:
     ActionsNaming(Mox::Ptr<VrfHwStatus> statuses, const L3::VrfName& vrfName) noexcept;
     ActionsNaming(const ActionsNaming&) = delete;
     ActionsNaming& operator=(const ActionsNaming&) = delete;
     ~ActionsNaming();
-    /// A copy of the next action; nothing at the end.
-    [[nodiscard]] std::optional<VrfAction> next() noexcept {
+
+    /// Goes on to the next action; false at the end.
+    [[nodiscard]] bool advance() noexcept {
       at_ = walk_.next();
-      if (at_ == ActionsByVrf::none) return std::nullopt;
+      if (at_ == HwStatuses::none) return false;
+      const HwStatuses::Position soon = walk_.ahead(fetchedAhead);
+      if (soon != HwStatuses::none) statuses_->hwStatus_.prefetch(soon);
+      return true;
+    }
+    /// The action that it stands on, valid as long as the walk, whatever becomes of its entry.
+    [[nodiscard]] const VrfAction& action() const noexcept {
       return statuses_->hwStatus_.key(at_);
     }
-    /// Stores `status` for the action that `next` gave last, unless its entry has been removed
-    /// since. As `VrfHwStatus::hwStatusIs`, without a search.
+    /// Stores `status` for it, unless its entry has been removed meanwhile. As
+    /// `VrfHwStatus::hwStatusIs`, without a search.
     void hwStatusIs(const HwStatus& status) {
       if (walk_.isThere()) statuses_->presentIs(at_, status);
     }
+    /// A copy of the next action; nothing at the end.
+    [[nodiscard]] std::optional<VrfAction> next() noexcept {
+      return advance() ? std::optional(action()) : std::nullopt;
+    }
 
    private:
+    // About as many entries as are programmed while one is fetched from main memory.
+    static constexpr std::size_t fetchedAhead = 6;
+
     Mox::Ptr<VrfHwStatus> statuses_;
     ActionsByVrf::Walk walk_;
     HwStatuses::Position at_ = HwStatuses::none;
@@ -154,8 +172,14 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   void changeTo(HwStatuses::Position at, const HwStatus& status);
   void publish(HwStatuses::Position at);
 
+  HwStatus withdraw(const VrfAction& action);
+  void discardWithdrawn() noexcept;
+  void noteRemoval(const VrfAction& action) noexcept;
+
   HwStatuses hwStatus_;
   ActionsByVrf actionsByVrf_;
+  unsigned walks_ = 0;
+  std::vector<HwStatuses::Position> withdrawn_;  // removed while there were walks
   Transition* innermostTransition_ = nullptr;
   EntryWatch* innermostWatch_ = nullptr;
   mutable Velo::Publisher publisher_;

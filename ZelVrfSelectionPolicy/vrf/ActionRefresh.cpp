@@ -21,10 +21,10 @@ void VrfSm::updateAllVrfActions(L3::VrfName vrfName) {
   const Mox::Ptr<VrfSm> alive(this);
   vrfSmMessages.updatingAll(vrfName.bytes());
   VrfHwStatus::ActionsNaming actions(vrfHwStatus_, vrfName);
-  while (const auto action = actions.next()) {
-    if (resourceIsGoing(*action)) continue;
+  while (actions.advance()) {
+    if (resourceIsGoing(actions.action())) continue;
     vrfSmMessages.updatingOneOfAll(vrfName.bytes());
-    actions.hwStatusIs(vrfHelper_->updateVrf(*action));
+    actions.hwStatusIs(vrfHelper_->updateVrf(actions.action()));
   }
 }
 

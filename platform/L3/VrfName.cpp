@@ -23,7 +23,8 @@ constinit const Mox::Type VrfName::moxType{"L3::VrfName", &reflection};
 /// The names in use, by their bytes.
 ///
 /// Open addressing with linear probing, at most half full; the place of a name that goes is closed
-/// by moving back what stands behind it. A standard map would hash the bytes a second time.
+/// by moving back what stands behind it. A standard map would hash the bytes a second time. The
+/// numbers in use are those from 1 to `count_ + freeNumbers_.size()` that are not free.
 class VrfName::Table {
  public:
   Table() = default;
@@ -46,6 +47,7 @@ class VrfName::Table {
       return name;
     }
     places_[place] = made(hash, bytes);
+    if (!freeNumbers_.empty()) freeNumbers_.pop_back();
     ++count_;
     return places_[place];
   }
@@ -55,6 +57,7 @@ class VrfName::Table {
     while (places_[place] != name)
       place = (place + 1) & mask();
     closeGap(place);
+    freeNumbers_.push_back(name->number);
     --count_;
     ::operator delete(name);
   }
@@ -62,16 +65,18 @@ class VrfName::Table {
  private:
   static constexpr std::size_t fewestPlaces = 16;
 
-  static Interned* made(unsigned hash, std::string_view bytes) {
+  Interned* made(unsigned hash, std::string_view bytes) const {
+    const unsigned number = freeNumbers_.empty() ? count_ + 1 : freeNumbers_.back();
     void* memory = ::operator new(sizeof(Interned) + bytes.size());
     std::memcpy(static_cast<char*>(memory) + sizeof(Interned), bytes.data(), bytes.size());
-    return new (memory) Interned{1, hash, static_cast<unsigned>(bytes.size())};
+    return new (memory) Interned{1, hash, number, static_cast<unsigned>(bytes.size())};
   }
 
   [[nodiscard]] std::size_t mask() const noexcept { return places_.size() - 1; }
 
   void grow() {
     std::vector<Interned*> old(std::max(fewestPlaces, 2 * places_.size()));
+    freeNumbers_.reserve(old.size());  // so that no name needs memory to go
     old.swap(places_);
     for (Interned* name : old) {
       if (name == nullptr) continue;
@@ -94,7 +99,8 @@ class VrfName::Table {
   }
 
   std::vector<Interned*> places_;
-  std::size_t count_ = 0;
+  std::vector<unsigned> freeNumbers_;
+  unsigned count_ = 0;
 };
 
 VrfName::Table VrfName::table_;

@@ -66,6 +66,13 @@ class [[gnu::visibility("default")]] VrfName {
     return running.result();
   }
 
+  /// A small number that no other name in use has, 0 for the empty name: the index of a name in
+  /// an array of what belongs to names. It may go to another name when the last user of this one
+  /// has gone.
+  [[nodiscard]] unsigned number() const noexcept {
+    return interned_ == nullptr ? 0 : interned_->number;
+  }
+
   /// The name "default".
   [[nodiscard]] static const VrfName& defaultVrf();
   [[nodiscard]] bool isDefaultVrf() const {
@@ -87,6 +94,7 @@ class [[gnu::visibility("default")]] VrfName {
   struct Interned {
     unsigned users;
     unsigned hash;
+    unsigned number;
     unsigned size;
     [[nodiscard]] std::string_view bytes() const noexcept {
       return {reinterpret_cast<const char*>(this + 1), size};

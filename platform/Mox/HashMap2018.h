@@ -61,9 +61,8 @@ class HashMap2018 {
 
   /// The position of `key`, `none` when it is absent.
   [[nodiscard]] Position position(const Key& key) const noexcept {
-    if (count_ == 0) return none;
-    const std::size_t place = indexPlace(key, hashOf(key));
-    return index_[place].position;
+    const std::size_t place = presentPlace(key);
+    return place == absent ? none : index_[place].position;
   }
   [[nodiscard]] bool has(const Key& key) const noexcept { return position(key) != none; }
   /// The value of `key`, null when it is absent.
@@ -81,6 +80,9 @@ class HashMap2018 {
   [[nodiscard]] const Value& value(Position at) const noexcept { return entry(at).value; }
   [[nodiscard]] Value& value(Position at) noexcept { return entry(at).value; }
 
+  /// Has the processor fetch the value at `at`, which is to be looked at soon.
+  void prefetch(Position at) const noexcept { __builtin_prefetch(&entry(at).value); }
+
   /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
   /// it was inserted.
   std::pair<Position, bool> insert(const Key& key, const Value& value = Value()) {
@@ -97,18 +99,32 @@ class HashMap2018 {
   /// As above, if `condition(position)` holds for the entry, which may still be looked at then.
   template <class Condition>
   std::optional<std::pair<Key, Value>> eraseIf(const Key& key, Condition&& condition) {
-    if (count_ == 0) return std::nullopt;
-    const std::size_t place = indexPlace(key, hashOf(key));
+    const std::size_t place = presentPlace(key);
+    if (place == absent) return std::nullopt;
     const Position at = index_[place].position;
-    if (at == none || !condition(at)) return std::nullopt;
+    if (!condition(at)) return std::nullopt;
     Entry& gone = entry(at);
     std::optional<std::pair<Key, Value>> erased(std::in_place, std::move(gone.key),
                                                 std::move(gone.value));
-    gone.~Entry();
-    closeIndexGap(place);
-    freeSlot(at);
-    --count_;
+    takeOut(place);
+    discard(at);
     return erased;
+  }
+
+  /// Deletes `key`, but leaves key and value where they are, for those who are still using them,
+  /// until `discard` is called with the position; that has to be before the collection is cleared
+  /// or goes. Gives the position, `none` when `key` was absent.
+  Position withdraw(const Key& key) noexcept {
+    const std::size_t place = presentPlace(key);
+    if (place == absent) return none;
+    const Position at = index_[place].position;
+    takeOut(place);
+    return at;
+  }
+  /// Ends the entry that was withdrawn from `at`.
+  void discard(Position at) noexcept {
+    entry(at).~Entry();
+    leaveSlot(at);
   }
 
   /// Deletes every entry and gives the memory back.
@@ -171,6 +187,7 @@ class HashMap2018 {
  private:
   static constexpr Position chunkSlots = 32;
   static constexpr std::size_t smallestIndex = 8;
+  static constexpr std::size_t absent = static_cast<std::size_t>(-1);
 
   // `used` has a bit per slot; a slot without its bit holds the position of the next free one.
   struct Chunk {
@@ -202,7 +219,7 @@ class HashMap2018 {
     try {
       new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
     } catch (...) {
-      freeSlot(at);
+      leaveSlot(at);
       throw;
     }
     chunkOf(at).used |= bitOf(at);
@@ -246,10 +263,15 @@ class HashMap2018 {
     if (slots_ == chunks_.size() * chunkSlots) chunks_.push_back(std::make_unique<Chunk>());
     return slots_++;
   }
-  void freeSlot(Position at) noexcept {
-    chunkOf(at).used &= ~bitOf(at);
+  void leaveSlot(Position at) noexcept {
     std::memcpy(slot(at), &firstFree_, sizeof(Position));
     firstFree_ = at;
+  }
+  void takeOut(std::size_t place) noexcept {
+    const Position at = index_[place].position;
+    chunkOf(at).used &= ~bitOf(at);
+    closeIndexGap(place);
+    --count_;
   }
   void destroyEntries() noexcept {
     for (Position at = firstUsed(0, slots_); at != none; at = firstUsed(at + 1, slots_)) {
@@ -259,6 +281,12 @@ class HashMap2018 {
 
   static unsigned indexLimit(std::size_t places) noexcept {
     return static_cast<unsigned>(places / 2);
+  }
+  // The place of `key` in the index, `absent` when it has none.
+  std::size_t presentPlace(const Key& key) const noexcept {
+    if (count_ == 0) return absent;
+    const std::size_t place = indexPlace(key, hashOf(key));
+    return index_[place].position == none ? absent : place;
   }
   // The place of `key` in the index, or the free place where it would go.
   std::size_t indexPlace(const Key& key, std::uint32_t hash) const noexcept {
