@@ -90,18 +90,4 @@ void ActionsByVrf::closeHoles(List& list) noexcept {
     indexInList_[list.places[index]] = index;
 }
 
-ActionsByVrf::Walk::Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept
-    : actions_(actions), list_(vrfName.number()) {
-  if (list_ >= actions.lists_.size()) return;
-  at_ = places().size();
-  ++actions.lists_[list_].walks;
-  isOnList_ = true;
-}
-
-ActionsByVrf::Walk::~Walk() {
-  if (!isOnList_) return;
-  List& list = actions_.lists_[list_];
-  if (--list.walks == 0 && list.holes != 0) actions_.tidy(list);
-}
-
 }  // namespace ZelVrfSelectionPolicy

@@ -53,10 +53,19 @@ class ActionsByVrf {
   /// A walk over the entries that name one VRF. The index must outlive it.
   class Walk {
    public:
-    Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept;
+    Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept
+        : actions_(actions), list_(vrfName.number()), isOnList_(list_ < actions.lists_.size()) {
+      if (!isOnList_) return;
+      at_ = places().size();
+      ++actions.lists_[list_].walks;
+    }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
-    ~Walk();
+    ~Walk() {
+      if (!isOnList_) return;
+      List& list = actions_.lists_[list_];
+      if (--list.walks == 0 && list.holes != 0) actions_.tidy(list);
+    }
 
     /// The next entry, `none` at the end.
     [[nodiscard]] Position next() noexcept {
@@ -81,7 +90,7 @@ class ActionsByVrf {
 
     ActionsByVrf& actions_;
     unsigned list_;
-    bool isOnList_ = false;  // nobody has ever named the VRF otherwise
+    bool isOnList_;  // nobody has ever named the VRF otherwise
     std::size_t at_ = 0;
   };
 

@@ -53,10 +53,12 @@ HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
 
 // As above, while a walk may stand on the entry.
 HwStatus VrfHwStatus::withdraw(const VrfAction& action) {
-  withdrawn_.reserve(withdrawn_.size() + 1);
-  const HwStatuses::Position at = hwStatus_.withdraw(action);
-  if (at == HwStatuses::none) return {};
-  withdrawn_.push_back(at);
+  withdrawn_.push_back(HwStatuses::none);
+  const HwStatuses::Position at = withdrawn_.back() = hwStatus_.withdraw(action);
+  if (at == HwStatuses::none) {
+    withdrawn_.pop_back();
+    return {};
+  }
   const VrfAction key = hwStatus_.key(at);
   const HwStatus value = hwStatus_.value(at);
   actionsByVrf_.erase(at, key);
@@ -92,16 +94,6 @@ HwStatus VrfHwStatus::hwStatus(const VrfAction& action) const noexcept {
 
 bool VrfHwStatus::hwStatusHas(const VrfAction& action) const noexcept {
   return hwStatus_.has(action);
-}
-
-VrfHwStatus::ActionsNaming::ActionsNaming(Mox::Ptr<VrfHwStatus> statuses,
-                                          const L3::VrfName& vrfName) noexcept
-    : statuses_(std::move(statuses)), walk_(statuses_->actionsByVrf_, vrfName) {
-  ++statuses_->walks_;
-}
-
-VrfHwStatus::ActionsNaming::~ActionsNaming() {
-  if (--statuses_->walks_ == 0 && !statuses_->withdrawn_.empty()) statuses_->discardWithdrawn();
 }
 
 void VrfHwStatus::discardWithdrawn() noexcept {

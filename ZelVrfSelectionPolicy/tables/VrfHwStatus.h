@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "Mox/HashMap2018.h"
@@ -66,10 +67,17 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   ///     while (actions.advance()) actions.hwStatusIs(outcomeOf(actions.action()));
   class [[gnu::visibility("default")]] ActionsNaming {
    public:
-    ActionsNaming(Mox::Ptr<VrfHwStatus> statuses, const L3::VrfName& vrfName) noexcept;
+    ActionsNaming(Mox::Ptr<VrfHwStatus> statuses, const L3::VrfName& vrfName) noexcept
+        : statuses_(std::move(statuses)), walk_(statuses_->actionsByVrf_, vrfName) {
+      ++statuses_->walks_;
+    }
     ActionsNaming(const ActionsNaming&) = delete;
     ActionsNaming& operator=(const ActionsNaming&) = delete;
-    ~ActionsNaming();
+    ~ActionsNaming() {
+      if (--statuses_->walks_ == 0 && !statuses_->withdrawn_.empty()) {
+        statuses_->discardWithdrawn();
+      }
+    }
 
     /// Goes on to the next action; false at the end.
     [[nodiscard]] bool advance() noexcept {
