@@ -16,6 +16,7 @@ void pointers(Report& report);
 void messages(Report& report);
 void records(Report& report);
 void memory(Report& report);
+void softChip(Report& report);
 void loading(Report& report);
 
 }  // namespace Benchmarks

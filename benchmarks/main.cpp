@@ -20,7 +20,7 @@ constexpr Family families[] = {
     {"publication", &Benchmarks::publication}, {"collection", &Benchmarks::collection},
     {"pointers", &Benchmarks::pointers},       {"messages", &Benchmarks::messages},
     {"records", &Benchmarks::records},         {"memory", &Benchmarks::memory},
-    {"loading", &Benchmarks::loading},
+    {"soft-chip", &Benchmarks::softChip},      {"loading", &Benchmarks::loading},
 };
 
 const Family* find(std::string_view name) {
