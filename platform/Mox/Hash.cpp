@@ -25,7 +25,7 @@ unsigned seedOfEnvironment() noexcept {
 
 }  // namespace
 
-unsigned HashHelper::seed_ = 0;
+constinit unsigned HashHelper::seed_ = 0;
 
 void HashHelper::drawSeed() noexcept {
   seed_ = seedOfEnvironment();
@@ -34,4 +34,10 @@ void HashHelper::drawSeed() noexcept {
     seed_ = random();
 }
 
+namespace {
+
+// While the platform is loaded, before there is a second thread.
+[[maybe_unused]] const unsigned drawnAtLoad = HashHelper::hashSeed32();
+
+}  // namespace
 }  // namespace Mox
