@@ -52,6 +52,7 @@ Source* earliest(std::vector<Source>& sources) {
 
 std::vector<Source> openAll(const std::vector<std::string>& captures) {
   std::vector<Source> sources;
+  sources.reserve(captures.size());
   for (const std::string& capture : captures)
     sources.emplace_back(capture);
   return sources;

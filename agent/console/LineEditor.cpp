@@ -64,7 +64,7 @@ std::optional<std::string> LineEditor::readLine() {
     return std::nullopt;
   }
   remember(line.get());
-  return line.get();
+  return std::string(line.get());
 }
 
 void LineEditor::remember(const std::string& line) {

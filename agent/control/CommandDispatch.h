@@ -10,6 +10,6 @@
 
 namespace ZelAgent {
 
-[[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view line, bool asJson);
+[[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson);
 
 }  // namespace ZelAgent

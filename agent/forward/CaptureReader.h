@@ -17,7 +17,7 @@ struct CaptureTime {
   std::int64_t seconds = 0;
   std::int64_t nanoseconds = 0;
 
-  auto operator<=>(const CaptureTime&) const = default;
+  auto operator<=>(const CaptureTime&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
 
 struct CapturedPacket {

@@ -14,7 +14,7 @@ constexpr std::size_t mostBytes = 1000;
 
 // "edge", or "red: edge" for a policy of another network instance than the default one.
 std::string policyText(const ActionUser& user) {
-  const std::string policy = printable(user.policyId, mostBytes);
+  std::string policy = printable(user.policyId, mostBytes);
   if (user.networkInstance == defaultVrfName) return policy;
   return printable(user.networkInstance, mostBytes) + ": " + policy;
 }

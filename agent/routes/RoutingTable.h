@@ -3,7 +3,8 @@
 // Always: a route of an event stands in front of the configured one of its prefix. The next hop of
 // a route is the first of its list that can be used: DROP, one with an interface, or a gateway that
 // the longest other route which contains it can be used for. A gateway that is reached only by way
-// of itself cannot be used; a route without a next hop that can be used is not there.
+// of itself cannot be used, and where gateways go in a circle that has several ways out any of them
+// may be taken; a route without a next hop that can be used is not there.
 #pragma once
 
 #include <map>

@@ -40,13 +40,13 @@ struct HookCounts {
   friend bool operator==(const HookCounts&, const HookCounts&) = default;
 };
 
-// The outcomes of creating and updating:
+// The outcomes of creating and updating, of which the first that applies holds:
 //
+//   a planned fault                                  failureVrfResourceAlloc; the resource, if
+//                                                    there is one, keeps its old program
 //   a VRF that the action names has no hardware id   failureVrfResourceAlloc; the resource, if
 //                                                    there was one, is released
 //   the table is full                                failureVrfResourceExhausted
-//   a planned fault                                  failureVrfResourceAlloc; the resource, if
-//                                                    there is one, keeps its old program
 //   otherwise                                        programmedInHw
 //
 // A failed creation needs no cleaning up: an update of an action that has no resource tries to make

@@ -143,8 +143,8 @@ Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySm::ZelTrafficPolicySmIs(
                                                 allowL2Intf);
 }
 
-ZelTrafficPolicySm::ZelTrafficPolicySm(TrafficPolicyInputs inputs, bool allowL2Intf) noexcept
-    : ServicePolicySm(allowL2Intf), inputs_(std::move(inputs)) {}
+ZelTrafficPolicySm::ZelTrafficPolicySm(const TrafficPolicyInputs& inputs, bool allowL2Intf) noexcept
+    : ServicePolicySm(allowL2Intf), inputs_(inputs) {}
 
 ZelTrafficPolicySm::~ZelTrafficPolicySm() {
   subscriptionsAre(false);

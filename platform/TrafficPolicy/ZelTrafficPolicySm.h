@@ -66,7 +66,7 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
       bool permitFragment, bool expandNeighborsWhenNonPresent,
       const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus);
   /// Use `ZelTrafficPolicySmIs`. Reads nothing from the inputs.
-  ZelTrafficPolicySm(TrafficPolicyInputs inputs, bool allowL2Intf) noexcept;
+  ZelTrafficPolicySm(const TrafficPolicyInputs& inputs, bool allowL2Intf) noexcept;
   ~ZelTrafficPolicySm() override;
 
   /// Begins to follow the configuration, which is programmed first, or ends it.

@@ -22,15 +22,9 @@ namespace {
 using ::testing::UnorderedElementsAre;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
+constexpr unsigned worlds = 300;
 constexpr unsigned packetsOfAWorld = 200;
 constexpr unsigned worldsOfCaptures = 10;
-
-// Sanitizers make everything slower.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr unsigned worlds = 100;
-#else
-constexpr unsigned worlds = 300;
-#endif
 
 // Each world has a seed of its own, so that worlds do not depend on each other.
 RandomChoices choicesOf(const RandomSeed& seed, unsigned world) {

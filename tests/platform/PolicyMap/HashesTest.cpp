@@ -29,6 +29,7 @@ std::vector<AclRule> differentRules() {
   add([](AclRule& rule) { rule.match.family = Ip::Family::v6; });
   add([](AclRule& rule) { rule.match.protocol = 0; });
   add([](AclRule& rule) { rule.match.protocol = 255; });
+  add([](AclRule& rule) { rule.match.dscps = 0; });
   add([](AclRule& rule) { rule.match.dscps = 1; });
   add([](AclRule& rule) { rule.match.dscps = std::uint64_t{1} << 32; });
   add([](AclRule& rule) { rule.match.source = prefix(0, 0, 0); });
