@@ -98,7 +98,7 @@ class ActionsByVrf {
   static Place place(Position at, unsigned field) noexcept { return at * fields + field; }
   void link(Place place, const L3::VrfName& name);
   void unlink(Place place, const L3::VrfName& name) noexcept;
-  void tidy(List& list) noexcept;
+  [[gnu::visibility("default")]] void tidy(List& list) noexcept;
   void closeHoles(List& list) noexcept;
 
   // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. A name's number
