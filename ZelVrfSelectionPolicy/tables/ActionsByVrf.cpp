@@ -46,10 +46,11 @@ void ActionsByVrf::erase(Position at, const VrfAction& action) noexcept {
 }
 
 void ActionsByVrf::clear() noexcept {
-  for (List& list : lists_) {
-    std::fill(list.places.begin(), list.places.end(), none);
-    list.holes = static_cast<unsigned>(list.places.size());
-    tidy(list);
+  for (const auto& list : lists_) {
+    if (list == nullptr) continue;
+    std::fill(list->places.begin(), list->places.end(), none);
+    list->holes = static_cast<unsigned>(list->places.size());
+    tidy(*list);
   }
   indexInList_.clear();
   indexInList_.shrink_to_fit();
@@ -57,13 +58,14 @@ void ActionsByVrf::clear() noexcept {
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) {
   if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
-  std::vector<Place>& places = lists_[name.number()].places;
-  places.push_back(place);
-  indexInList_[place] = static_cast<std::uint32_t>(places.size() - 1);
+  std::unique_ptr<List>& list = lists_[name.number()];
+  if (list == nullptr) list = std::make_unique<List>();
+  list->places.push_back(place);
+  indexInList_[place] = static_cast<std::uint32_t>(list->places.size() - 1);
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
-  List& list = lists_[name.number()];
+  List& list = *lists_[name.number()];
   list.places[indexInList_[place]] = none;
   ++list.holes;
   tidy(list);
