@@ -51,6 +51,12 @@ std::function<void()> lifeOfAnAction(World& world) {
   };
 }
 
+std::function<void()> lookup(World& world, const std::vector<VrfAction>& present) {
+  return [&world, asked = Benchmarks::shuffled(present, 3), i = std::size_t{0}]() mutable {
+    static_cast<void>(world.users->vrfRefCount(asked[i++ % asked.size()]));
+  };
+}
+
 struct Subscribers {
   Subscribers() {
     for (Velo::Subscriber& subscriber : all) {
@@ -106,9 +112,12 @@ struct Work {
 
 int main(int argc, char** argv) {
   const bool isForProfiler = argc == 3 || argc == 4;
-  World world(presentActions(argc == 4 ? number(argv[3]) : usualTableSize));
+  const std::vector<VrfAction> present =
+      presentActions(argc == 4 ? number(argv[3]) : usualTableSize);
+  World world(present);
   Subscribers subscribers;
-  const std::array<Work, 4> works{{{"refresh", refresh(world)},
+  const std::array<Work, 5> works{{{"refresh", refresh(world)},
+                                   {"lookup", lookup(world, present)},
                                    {"life", lifeOfAnAction(world)},
                                    {"publication", publication(subscribers)},
                                    {"message", message()}}};
