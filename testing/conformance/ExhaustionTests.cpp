@@ -18,18 +18,19 @@ using namespace Conformance;
 TEST_P(VrfHelperConformance, AFullChipRefusesBecauseItIsExhausted) {
   const Filling filling = bench().fill();
   const std::size_t held = filling.held.size();
-  EXPECT_TRUE(filling.refusal) << held << " creations were reported as programmed, and none was "
-                               << "refused. " << contract("what has no resource is no success")
-                               << "\nIf so many do fit, make a smaller chip in makeHelper, or "
-                               << "override mostCreations.";
+  EXPECT_TRUE(filling.refusal)
+      << held << " creations were reported as programmed, and none was refused; if so many do fit, "
+      << "make a smaller chip in makeHelper, or override mostCreations\n"
+      << contract("success is the outcome of an action that is programmed in hardware");
   if (filling.refusal) {
     EXPECT_EQ(filling.refusal->failureReason(), FailureCode::failureVrfResourceExhausted)
         << "after " << held << " creations createVrf returned " << *filling.refusal << '\n'
         << contract("without a free resource createVrf fails by \"failureVrfResourceExhausted\"");
   }
   if (const auto capacity = bench().chip().capacity()) {
-    EXPECT_EQ(held, *capacity) << "creations were reported as programmed by a chip that tells this "
-                               << "capacity";
+    EXPECT_EQ(held, *capacity)
+        << "creations were reported as programmed by a chip that tells this capacity\n"
+        << contract(freeResourcesCanBeHad);
   }
 }
 
