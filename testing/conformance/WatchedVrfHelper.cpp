@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 
+#include "Mox/QuotedString.h"
 #include "testing/Shown.h"
 #include "testing/conformance/Contract.h"
 
@@ -30,7 +31,7 @@ class Stopwatch {
 };
 
 void complain(const char* hook, const VrfAction& action, const std::string& thrown) {
-  ADD_FAILURE() << hook << " of " << shown(action) << " threw " << thrown << '\n'
+  ADD_FAILURE() << hook << " of " << Mox::quoted(shown(action)) << " threw " << thrown << '\n'
                 << contract("a failure is data in the returned record, never an exception");
 }
 
