@@ -6,8 +6,7 @@
 // as long as there was one machine that followed the counts, these are the actions that have users.
 // The model knows nothing of hooks that re-enter, so what may happen is asked of the tables: counts
 // that have to stop the process, and handlers of a machine that is not there, are passed over; so
-// is the building of a machine while another one is being built, since both would follow the
-// counts.
+// is, while a machine is being built, whatever has another one follow the counts beside it.
 //
 // With the environment variable ZEL_FUZZ_TELL set, events and hooks are told while they happen,
 // indented by how deep they are.
