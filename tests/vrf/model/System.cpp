@@ -9,13 +9,13 @@ using Routing::Hardware::VrfStatus;
 using ZelVrfSelectionPolicy::VrfAction;
 using ZelVrfSelectionPolicy::VrfSm;
 
-System::System(const Cast& cast)
+System::System(const Cast& cast, Mox::Ptr<ZelVrfSelectionPolicy::VrfHelper> chip)
     : cast_(cast),
       counts_(ZelVrfSelectionPolicy::vrfHwConfigFactory()),
       statuses_(ZelVrfSelectionPolicy::vrfHwStatusFactory()),
       countNotices_(Table::counts, counts_->publisher(), observed_),
       statusNotices_(Table::statuses, statuses_->publisher(), observed_),
-      chip_(Mox::makePtr<ChipDouble>(observed_)),
+      chip_(chip ? std::move(chip) : Mox::makePtr<ChipDouble>(observed_)),
       top_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(nullptr, nullptr, chip_, nullptr,
                                                                  nullptr, nullptr)) {
   for (std::uint8_t set = 0; set < sets; ++set) {
@@ -98,10 +98,11 @@ void System::happenToStatuses(const Event& event) {
 
 void System::statusPut(Routes& routes, const Name& name, unsigned id) {
   statusRetire(routes, name);
-  statusesMade_.push_back(VrfStatus::VrfStatusIs(name));
-  numbers_[statusesMade_.back().get()] = static_cast<unsigned>(statusesMade_.size()) - 1;
-  statusesMade_.back()->vrfIdIs(id);
-  routes.status->vrfStatusIs(statusesMade_.back());
+  const StatusPtr status = VrfStatus::VrfStatusIs(name);
+  numbers_[status.get()] = static_cast<unsigned>(statusesMade_.size());
+  statusesMade_.push_back(status);
+  status->vrfIdIs(id);
+  routes.status->vrfStatusIs(status);
 }
 
 void System::statusRetire(Routes& routes, const Name& name) {
@@ -134,9 +135,10 @@ void System::happenToLens(const Event& event) {
 
 void System::lensPut(Routes& routes, const Name& name) {
   lensRetire(routes, name);
-  lensMade_.push_back(PrefixLensInExactMatch::PrefixLensInExactMatchIs(name));
-  numbers_[lensMade_.back().get()] = static_cast<unsigned>(lensMade_.size()) - 1;
-  routes.status->vrfPrefixLensInExactMatchIs(lensMade_.back());
+  const LensPtr lens = PrefixLensInExactMatch::PrefixLensInExactMatchIs(name);
+  numbers_[lens.get()] = static_cast<unsigned>(lensMade_.size());
+  lensMade_.push_back(lens);
+  routes.status->vrfPrefixLensInExactMatchIs(lens);
 }
 
 void System::lensRetire(Routes& routes, const Name& name) {

@@ -10,11 +10,12 @@
 
 namespace VrfModel {
 
-/// The real library, on the platform's real entities, driven by the same events as the model.
+/// The real library, on the platform's real entities, driven by the same events as the model. A
+/// chip may apply further events while one is applied.
 class System {
  public:
-  /// `cast` must outlive it.
-  explicit System(const Cast& cast);
+  /// `cast` must outlive it. Without a chip it has a `ChipDouble`.
+  explicit System(const Cast& cast, Mox::Ptr<ZelVrfSelectionPolicy::VrfHelper> chip = nullptr);
 
   void apply(const Event& event);
 
@@ -74,7 +75,7 @@ class System {
   Mox::Ptr<ZelVrfSelectionPolicy::VrfHwStatus> statuses_;
   NoticeRecorder countNotices_;
   NoticeRecorder statusNotices_;
-  Mox::Ptr<ChipDouble> chip_;
+  Mox::Ptr<ZelVrfSelectionPolicy::VrfHelper> chip_;
   std::array<std::array<Routes, sets>, 2> routes_;
   std::array<Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf>, sets> fallbacks_;
   std::vector<StatusPtr> statusesMade_;

@@ -1,0 +1,37 @@
+#include "fuzz/AgentChecks.h"
+
+#include <array>
+
+#include "agent/config/PrintableText.h"
+#include "fuzz/Must.h"
+
+namespace Fuzz {
+
+void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfHelper& chip) {
+  const ZelAgent::AgentState state = agent.state();
+  const auto statuses = agent.statuses();
+  must(state.actions.size() == statuses.size(), "an action has users or no status");
+  for (const ZelAgent::ActionState& action : state.actions) {
+    must(action.users > 0, "an action without users has no entry");
+    must(action.users == action.usedBy.size(), "users are the rules that the chip holds");
+    must(statuses.contains(action.action), "an action with users has a status");
+  }
+  for (const auto& [action, resource] : chip.resources()) {
+    must(statuses.contains(action), "a resource on the chip is that of an action with a status");
+    must(resource.index != 0, "a resource has an index");
+  }
+}
+
+void checkError(std::string_view what, std::string_view place) {
+  must(ZelAgent::printable(what, std::string_view::npos) == what, "an error is one printable line");
+  must(what.starts_with(place), "an error begins with where it is");
+  must(what.size() > place.size(), "an error says what is wrong");
+}
+
+std::string configurationFor(const std::string& named) {
+  static constexpr std::array<const char*, 4> files{"decap.json", "late-vrf.json",
+                                                    "late-vrf-more.json", "not-there.json"};
+  return std::string(ZEL_EXAMPLES_DIR "/") + files[named.size() % files.size()];
+}
+
+}  // namespace Fuzz

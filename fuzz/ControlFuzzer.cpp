@@ -1,0 +1,123 @@
+// The control protocol: the first byte says in pieces of what size the other bytes, which are those
+// of a client, come out of the socket.
+//
+// The requests do not depend on the pieces. Each has one answer, in the framing in which it was
+// asked: as JSON one line with a status and an output, as text lines that end with the only one
+// that is "." and nothing else. No command fails by an exception of its own. After each of them the
+// agent is in order.
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "Blinklog/Ring.h"
+#include "agent/control/ControlService.h"
+#include "agent/events/EventError.h"
+#include "agent/events/EventReader.h"
+#include "agent/events/EventText.h"
+#include "fuzz/AgentChecks.h"
+#include "fuzz/FuzzedBytes.h"
+#include "fuzz/Must.h"
+
+namespace {
+
+using Fuzz::must;
+using nlohmann::json;
+using namespace ZelAgent;  // NOLINT(google-build-using-namespace): what is checked is all in there
+
+constexpr std::uint32_t smallChip = 4;
+constexpr std::size_t longestReply = std::size_t{1} << 18U;
+
+bool areAlike(const RequestLine& a, const RequestLine& b) {
+  return a.kind == b.kind && a.text == b.text;
+}
+
+// The requests of a client whose bytes come in pieces of `piece`, taken as they come.
+std::vector<RequestLine> requestsIn(std::string_view bytes, std::size_t piece) {
+  RequestLines lines;
+  std::vector<RequestLine> requests;
+  const auto takeAll = [&] {
+    while (lines.hasNext())
+      requests.push_back(lines.next());
+  };
+  while (!bytes.empty()) {
+    lines.append(bytes.substr(0, piece));
+    bytes.remove_prefix(std::min(piece, bytes.size()));
+    takeAll();
+  }
+  lines.end();
+  takeAll();
+  return requests;
+}
+
+void checkAlike(const std::vector<RequestLine>& one, const std::vector<RequestLine>& other) {
+  must(std::equal(one.begin(), one.end(), other.begin(), other.end(), areAlike),
+       "requests do not depend on how their bytes were cut");
+}
+
+// A configuration that may be read in place of the one that the request names, if it names one.
+RequestLine harmless(const RequestLine& line) {
+  try {
+    const Request request = readRequest(line.text);
+    const auto event = readEvent(request.command);
+    const auto* const config = event ? std::get_if<ApplyConfig>(&*event) : nullptr;
+    if (config == nullptr) return line;
+    return {line.kind, toText(ApplyConfig{Fuzz::configurationFor(config->file)})};
+  } catch (const RequestError&) {
+    return line;
+  } catch (const EventError&) {
+    return line;
+  }
+}
+
+void checkOutput(const json& status, const std::string& output) {
+  must(status == 0 || !output.empty(), "an error says what is wrong");
+  must(!output.starts_with("the command failed: "), "no command fails by an exception");
+}
+
+void checkJson(const std::string& bytes) {
+  must(std::count(bytes.begin(), bytes.end(), '\n') == 1 && bytes.back() == '\n',
+       "an answer in JSON is one line");
+  const json answer = json::parse(bytes);
+  must(answer.size() == 2 && answer.contains("output"), "it has a status and an output");
+  const json& output = answer.at("output");
+  checkOutput(answer.at("status"), output.is_string() ? output.get<std::string>() : "other JSON");
+}
+
+void checkText(const std::string& bytes) {
+  must(bytes == ".\n" || bytes.ends_with("\n.\n"), "an answer ends with a line that is a dot");
+  const bool isOnly =
+      bytes == ".\n" || (!bytes.starts_with(".\n") && bytes.find("\n.\n") == bytes.size() - 3);
+  must(isOnly, "no other line is a dot");
+  const bool isError = bytes.starts_with("error: ");
+  checkOutput(isError ? 2 : 0, isError ? bytes.substr(7) : "text");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Fuzz::FuzzedBytes input(data, size);
+  const std::size_t piece = input.byte() + std::size_t{1};
+  const auto rest = input.rest();
+  const std::string_view bytes(reinterpret_cast<const char*>(rest.data()), rest.size());
+  const auto requests = requestsIn(bytes, piece);
+  checkAlike(requests, requestsIn(bytes, bytes.size()));
+
+  Blinklog::ring().clear();
+  ServedAgent served(ZEL_EXAMPLES_DIR "/late-vrf.json", smallChip);
+  static_cast<void>(served.start());
+  ControlService service(served, longestReply);
+  for (const RequestLine& request : requests) {
+    const RequestLine line = harmless(request);
+    const std::string answer = service.reply(line).bytes;
+    must(answer.size() <= longestReply, "no answer is longer than the longest");
+    if (framingOf(line.text) == Framing::json) {
+      checkJson(answer);
+    } else {
+      checkText(answer);
+    }
+    Fuzz::checkAgent(served.agent(), served.agent().chip());
+  }
+  return 0;
+}

@@ -1,0 +1,74 @@
+// The event reader and player: the input is a file of events.
+//
+// A line is refused by one printable line that begins with its place, or gives an event whose text
+// is read as an equal event. The events that are read are played to an agent with a configuration,
+// up to the first line that is refused; one that cannot be played is refused likewise and changes
+// nothing. After each of them the agent is in order.
+
+#include <string>
+#include <variant>
+
+#include "agent/config/OpenConfigReader.h"
+#include "agent/events/EventError.h"
+#include "agent/events/EventFile.h"
+#include "agent/events/EventPlayer.h"
+#include "agent/events/EventReader.h"
+#include "agent/events/EventText.h"
+#include "fuzz/AgentChecks.h"
+#include "fuzz/Must.h"
+
+namespace {
+
+using Fuzz::must;
+using namespace ZelAgent;  // NOLINT(google-build-using-namespace): what is checked is all in there
+
+constexpr const char* fileName = "FILE";
+constexpr std::uint32_t smallChip = 4;
+
+const Configuration& startingConfiguration() {
+  static const Configuration read =
+      readOpenConfigFile(ZEL_EXAMPLES_DIR "/decap.json").configuration;
+  return read;
+}
+
+// With a configuration that may be read, where it names one.
+Event playable(Event event) {
+  if (auto* const config = std::get_if<ApplyConfig>(&event)) {
+    config->file = Fuzz::configurationFor(config->file);
+  }
+  return event;
+}
+
+class Player final {
+ public:
+  Player() { agent_.apply(startingConfiguration()); }
+
+  void play(const Event& event) {
+    must(readEvent(toText(event)) == event, "the text of an event is read as the same event");
+    const auto before = agent_.statuses();
+    try {
+      static_cast<void>(player_.play(playable(event)));
+    } catch (const EventError&) {
+      must(agent_.statuses() == before, "an event that is refused changes nothing");
+      throw;
+    }
+    Fuzz::checkAgent(agent_, agent_.chip());
+  }
+
+ private:
+  ForwardingAgent agent_{smallChip};
+  EventPlayer player_{agent_, {}};
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Player player;
+  try {
+    forEachEvent(std::string(data, data + size), fileName,
+                 [&](const EventPlace& /*place*/, const Event& event) { player.play(event); });
+  } catch (const EventError& error) {
+    Fuzz::checkError(error.what(), std::string(fileName) + ":");
+  }
+  return 0;
+}

@@ -1,0 +1,47 @@
+// Why: packets need a chip with rules, resources, routes and facts about VRFs to go through, and
+// what there is of them decides which ways there are.
+// Always: begins as the same small network; a few changes, drawn from the input, may follow. Facts
+// may change without the chip's being told, so resources may be stale.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "chips/soft/Forwarder.h"
+#include "fuzz/FuzzedBytes.h"
+
+namespace Fuzz {
+
+class PacketWorld final {
+ public:
+  PacketWorld();
+
+  // One change; reads what it is from the front of the input.
+  void change(FuzzedBytes& input);
+
+  // The interfaces by which packets come.
+  static const std::array<std::string, 2>& intfs();
+
+  [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
+  // How many packets the rules of the interface have taken.
+  [[nodiscard]] std::uint64_t packetsByRules(const std::string& intf) const;
+
+ private:
+  void ruleIs(FuzzedBytes& input);
+  void routeIs(FuzzedBytes& input);
+  void lengthsAre(FuzzedBytes& input);
+  void addRule(const std::string& intf, const PolicyMap::AclRule& rule);
+  void routeIs(const L3::VrfName& vrf, const Ip::Prefix& prefix, const SoftChip::Route& route);
+  // Has the chip program the action's resource by the facts of now.
+  void program(const PolicyMap::RuleAction& action);
+
+  Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbacks_;
+  Mox::Ptr<Routing::Hardware::RouteStatus> routes_;
+  Mox::Ptr<Routing6::Hardware::RouteStatus> routesV6_;
+  Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
+  Mox::Ptr<SoftChip::SoftAclHelper> acl_;
+  SoftChip::RouteTables tables_;
+  SoftChip::Forwarder forwarder_;
+};
+
+}  // namespace Fuzz

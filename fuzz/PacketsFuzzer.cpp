@@ -1,0 +1,128 @@
+// Packets into the software chip. The first byte is how many changes of the chip's network follow,
+// then come these; the next byte says how to take all that is left: as an Ethernet frame or as a
+// raw IP packet, by which interface, and whether checksums of IPv4 are to be made right first.
+//
+// Every packet is dropped for one reason or leaves by one interface, and is counted once: for that
+// reason or for the VRF that routed it, and for at most one rule. Finding the rule in the compiled
+// ones, and trying the rules one by one for somebody who is told the way, comes to the same. What
+// leaves is a whole packet, and what `PacketChecks.h` says of it.
+
+#include <numeric>
+
+#include "agent/forward/EthernetFrame.h"
+#include "fuzz/Must.h"
+#include "fuzz/PacketChecks.h"
+#include "fuzz/PacketWorld.h"
+
+namespace {
+
+using Fuzz::FuzzedBytes;
+using Fuzz::must;
+using Fuzz::PacketWorld;
+using SoftChip::DropReason;
+using SoftChip::Forwarder;
+using SoftChip::PacketCounter;
+using SoftChip::Verdict;
+
+constexpr unsigned mostChanges = 12;
+
+// Writes down how a packet ended.
+class EndOfWay final : public SoftChip::PacketWay {
+ public:
+  void decapsulated(const SoftChip::PacketHeader& /*outer*/,
+                    const SoftChip::PacketHeader& /*arrived*/,
+                    const SoftChip::PacketHeader& /*inner*/) override {
+    ++decapsulations_;
+  }
+  void dropped(DropReason reason, std::string_view /*detail*/) override {
+    ++ends_;
+    reason_ = reason;
+  }
+  void left(const std::string& intf, const L3::VrfName& /*vrf*/,
+            const SoftChip::PacketHeader& /*header*/) override {
+    ++ends_;
+    egress_ = intf;
+  }
+
+  [[nodiscard]] bool wasDecapsulated() const noexcept { return decapsulations_ != 0; }
+  // That the verdict is what was told.
+  void check(const Verdict& verdict) const {
+    must(ends_ == 1, "the end of a way is told once");
+    must(decapsulations_ <= 1, "a packet is decapsulated once");
+    must(reason_ == verdict.drop && egress_ == verdict.egress, "the end of a way is the verdict");
+  }
+
+ private:
+  int ends_ = 0;
+  int decapsulations_ = 0;
+  std::optional<DropReason> reason_;
+  std::string egress_;
+};
+
+struct Counts {
+  PacketCounter dropped;
+  PacketCounter left;
+  std::uint64_t byRules = 0;
+};
+
+void add(PacketCounter& sum, const PacketCounter& counter) {
+  sum.packets += counter.packets;
+  sum.bytes += counter.bytes;
+}
+
+Counts countsOf(PacketWorld& world, const std::string& intf) {
+  Counts counts;
+  for (std::size_t reason = 0; reason < SoftChip::dropReasons; ++reason)
+    add(counts.dropped, world.forwarder().dropCounter(static_cast<DropReason>(reason)));
+  for (const auto& [vrf, counter] : world.forwarder().vrfCounters())
+    add(counts.left, counter);
+  counts.byRules = world.packetsByRules(intf);
+  return counts;
+}
+
+void checkCounts(const Counts& before, const Counts& after, const Verdict& verdict) {
+  const std::uint64_t dropped = verdict.drop ? 1 : 0;
+  must(after.dropped.packets - before.dropped.packets == dropped, "a drop is counted once");
+  must(after.left.packets - before.left.packets == 1 - dropped, "what leaves is counted once");
+  must(after.left.bytes - before.left.bytes == verdict.packet.size(), "and as long as it leaves");
+  must(after.byRules - before.byRules <= 1, "a packet is counted for one rule at most");
+}
+
+Verdict forwardCounted(PacketWorld& world, const std::string& intf, Fuzz::PacketBytes packet,
+                       SoftChip::PacketWay* way) {
+  const Counts before = countsOf(world, intf);
+  Verdict verdict = world.forwarder().forward(intf, packet, way);
+  checkCounts(before, countsOf(world, intf), verdict);
+  return verdict;
+}
+
+void forward(PacketWorld& world, const std::string& intf, Fuzz::PacketBytes packet) {
+  const Verdict verdict = forwardCounted(world, intf, packet, nullptr);
+  EndOfWay way;
+  must(forwardCounted(world, intf, packet, &way) == verdict, "telling the way does not change it");
+  way.check(verdict);
+  if (verdict.drop) {
+    must(verdict.egress.empty() && verdict.packet.empty(), "a packet that is dropped is gone");
+  } else {
+    must(!verdict.egress.empty(), "a packet that leaves has an interface to do so");
+    Fuzz::checkLeft(verdict.packet, packet, way.wasDecapsulated());
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedBytes input(data, size);
+  PacketWorld world;
+  for (unsigned changes = input.below(mostChanges + 1); changes > 0; --changes)
+    world.change(input);
+  const std::uint8_t how = input.byte();
+  std::vector<std::uint8_t> bytes(input.rest().begin(), input.rest().end());
+  const bool isFrame = (how & 1U) != 0;
+  const auto inFrame = isFrame ? ZelAgent::ipPacketIn(bytes) : bytes;
+  if (!inFrame) return 0;
+  std::vector<std::uint8_t> packet(inFrame->begin(), inFrame->end());
+  if ((how & 2U) == 0) Fuzz::mendChecksums(packet);
+  forward(world, PacketWorld::intfs()[(how & 4U) == 0 ? 0 : 1], packet);
+  return 0;
+}

@@ -1,0 +1,170 @@
+// A chip whose hooks re-enter: the input is the choices that make up a history, like those for
+// `histories`, and the events that befall the library while a hook is called, several deep.
+//
+// The chip is called in the order that `VrfHelper` promises. After each event that was not within
+// another one, exactly the actions that have a resource have a status, the one reported last; and
+// as long as there was one machine that followed the counts, these are the actions that have users.
+// The model knows nothing of hooks that re-enter, so what may happen is asked of the tables: counts
+// that have to stop the process, and handlers of a machine that is not there, are passed over; so
+// is, while a machine is being built, whatever has another one follow the counts beside it.
+//
+// With the environment variable ZEL_FUZZ_TELL set, events and hooks are told while they happen,
+// indented by how deep they are.
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "fuzz/FuzzedChoices.h"
+#include "fuzz/Must.h"
+#include "fuzz/ReentrantChip.h"
+#include "tests/vrf/model/Conversions.h"
+#include "tests/vrf/model/EventSource.h"
+#include "tests/vrf/model/System.h"
+
+namespace {
+
+using Fuzz::FuzzedChoices;
+using Fuzz::must;
+using VrfModel::Cast;
+using VrfModel::Event;
+using VrfModel::Kind;
+using ZelVrfSelectionPolicy::VrfAction;
+using ZelVrfSelectionPolicy::VrfSm;
+
+constexpr unsigned longestHistory = 150;
+constexpr unsigned deepest = 4;
+
+class Story final {
+ public:
+  explicit Story(FuzzedChoices& choices) : choices_(choices), cast_(castOf(choices)) {}
+
+  void tell() {
+    Event build;
+    build.kind = Kind::machineBuild;
+    befall(build);
+    isFollowed_ = true;
+    while (!choices_.areUsedUp() && events_ < longestHistory) {
+      befall(source_.next());
+      static_cast<void>(system_.takeObserved());
+      check();
+    }
+  }
+
+ private:
+  void interrupt(const std::string& hook) {
+    tellOf("  " + hook);
+    if (depth_ == deepest || choices_.areUsedUp() || !choices_.once(3)) return;
+    befall(source_.next());
+  }
+
+  void befall(const Event& event) {
+    if (!mayBefall(event)) return;
+    if (event.kind >= Kind::topActive && event.kind <= Kind::machineDrop) isFollowed_ = false;
+    ++events_;
+    const bool isBuild = event.kind == Kind::machineBuild;
+    ++depth_;
+    builds_ += isBuild ? 1 : 0;
+    tellOf(shown(event, cast_));
+    system_.apply(event);
+    builds_ -= isBuild ? 1 : 0;
+    --depth_;
+  }
+
+  void tellOf(const std::string& text) const {
+    static const bool isTold = std::getenv("ZEL_FUZZ_TELL") != nullptr;
+    if (isTold) std::cerr << std::string(std::size_t{depth_} * 4, ' ') << text << '\n';
+  }
+
+  [[nodiscard]] bool mayBefall(const Event& event) const {
+    if (event.kind <= Kind::countDeleteAll) return mayBefallCounts(event);
+    const bool isSwitch = event.kind >= Kind::topActive && event.kind <= Kind::machineBuild;
+    if (isSwitch && builds_ != 0) return false;
+    if (event.kind == Kind::machineActive || event.kind == Kind::machineZombie) {
+      return system_.machine() != nullptr;
+    }
+    return event.kind < Kind::callUpdates || mayCall(event);
+  }
+
+  [[nodiscard]] bool mayBefallCounts(const Event& event) const {
+    const auto& counts = system_.counts();
+    if (event.kind == Kind::countDeleteAll) {
+      for (auto entry = counts.vrfRefCount().iterator(); entry; ++entry) {
+        if (!hasResource(entry.key())) return false;
+      }
+      return true;
+    }
+    const VrfAction action = actionOf(event);
+    const bool isThere = counts.vrfRefCount().has(action);
+    if (event.kind == Kind::countDelete) return !isThere || hasResource(action);
+    const unsigned count = newCount(event, counts.vrfRefCount(action));
+    const bool isChange = !isThere || count != counts.vrfRefCount(action);
+    return !isChange || count == 1 || hasResource(action);
+  }
+
+  static unsigned newCount(const Event& event, unsigned present) {
+    if (event.kind == Kind::countRaise) return present + event.number;
+    if (event.kind == Kind::countLower) return present - event.number;
+    return event.number;
+  }
+
+  [[nodiscard]] bool mayCall(const Event& event) const {
+    const VrfSm* const machine = system_.machine();
+    if (machine == nullptr || machine->isZombie()) return false;
+    const VrfAction action = actionOf(event);
+    switch (event.kind) {
+      case Kind::callUpdateAction:
+        return system_.statuses().hwStatusHas(action) && !isUnderWay(action);
+      case Kind::callCount:
+        return machine->vrfHwConfig() != nullptr &&
+               (hasResource(action) || system_.counts().vrfRefCount(action) == 1);
+      case Kind::callDecapNh:
+      case Kind::callDecapNhFallback:
+        return machine->routingHwRouteStatus() != nullptr;
+      default:
+        return true;
+    }
+  }
+
+  // Or is to have one, or had one until now: whoever is at work on it follows its count.
+  [[nodiscard]] bool hasResource(const VrfAction& action) const {
+    return system_.statuses().hwStatusHas(action) || isUnderWay(action);
+  }
+  [[nodiscard]] bool isUnderWay(const VrfAction& action) const {
+    return system_.statuses().transition(action) != nullptr;
+  }
+
+  void check() const {
+    chip_->check(system_.statuses());
+    if (!isFollowed_) return;
+    must(system_.counts().vrfRefCount().count() == system_.statuses().hwStatus().count(),
+         "there are as many actions with users as with a status");
+    for (auto entry = system_.counts().vrfRefCount().iterator(); entry; ++entry) {
+      must(entry.value() != 0, "an action without users has no count");
+      must(system_.statuses().hwStatusHas(entry.key()), "an action with users has a status");
+    }
+  }
+
+  [[nodiscard]] VrfAction actionOf(const Event& event) const {
+    return VrfModel::real(cast_.actions[event.action]);
+  }
+
+  FuzzedChoices& choices_;
+  const Cast cast_;
+  VrfModel::EventSource source_{cast_, choices_};
+  Mox::Ptr<Fuzz::ReentrantChip> chip_ =
+      Mox::makePtr<Fuzz::ReentrantChip>([this](const std::string& hook) { interrupt(hook); });
+  VrfModel::System system_{cast_, chip_};
+  unsigned events_ = 0;
+  unsigned depth_ = 0;
+  unsigned builds_ = 0;
+  bool isFollowed_ = false;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedChoices choices(data, size);
+  Story(choices).tell();
+  return 0;
+}
