@@ -4,6 +4,7 @@
 #include <charconv>
 #include <iostream>
 #include <limits>
+#include <optional>
 #include <ostream>
 #include <string>
 
@@ -14,6 +15,7 @@
 #include "agent/commands/ForwardCommand.h"
 #include "agent/commands/RunCommand.h"
 #include "agent/commands/ServeCommand.h"
+#include "agent/commands/TraceCommand.h"
 #include "agent/config/PrintableText.h"
 
 namespace ZelAgent {
@@ -63,8 +65,17 @@ struct CommandLine {
   DaemonOptions serve;
   std::uint32_t clientTimeout = 30;  // seconds
   CtlOptions ctl;
+  TraceOptions traceFile;
   bool trace = false;
+  std::optional<std::string> traceRing;  // a file
 };
+
+void addTraceRing(CLI::App& command, CommandLine& commandLine) {
+  command
+      .add_option("--trace-ring", commandLine.traceRing,
+                  "Keep the library's last messages in a file, for zel-agent trace")
+      ->type_name("FILE");
+}
 
 void describeRun(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const run = app.add_subcommand(
@@ -78,6 +89,7 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
   run->add_flag("--trace", commandLine.trace, "Write the library's trace to standard error");
   addCount(*run, "--chip-capacity", commandLine.run.chipCapacity,
            "VRF resources that the chip has");
+  addTraceRing(*run, commandLine);
   run->footer(eventsHelp);
 }
 
@@ -109,6 +121,7 @@ void describeForward(CLI::App& app, CommandLine& commandLine) {
       ->type_name("DIR")
       ->required();
   forward->add_flag("--json", commandLine.forward.json, "Report the counters as JSON");
+  addTraceRing(*forward, commandLine);
 }
 
 constexpr const char* packetHelp =
@@ -130,6 +143,7 @@ void describeExplain(CLI::App& app, CommandLine& commandLine) {
       ->type_name("TEXT")
       ->required();
   explain->add_flag("--json", commandLine.explain.json, "Tell it as JSON");
+  addTraceRing(*explain, commandLine);
   explain->footer(packetHelp);
 }
 
@@ -145,6 +159,7 @@ void describeServe(CLI::App& app, CommandLine& commandLine) {
            "VRF resources that the chip has");
   addCount(*serve, "--client-timeout", commandLine.clientTimeout,
            "Seconds after which a client that takes nothing of its answer is dropped; 0 for never");
+  addTraceRing(*serve, commandLine);
 }
 
 void describeCtl(CLI::App& app, CommandLine& commandLine) {
@@ -155,6 +170,13 @@ void describeCtl(CLI::App& app, CommandLine& commandLine) {
       ->required();
   ctl->add_flag("--json", commandLine.ctl.json, "Show output as JSON");
   ctl->add_option("COMMAND", commandLine.ctl.command, "Words of one command; help lists them");
+}
+
+void describeTrace(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const trace = app.add_subcommand(
+      "trace", "Show the messages in the file of --trace-ring, of a process that is gone or not");
+  trace->add_option("FILE", commandLine.traceFile.file, "The file")->required();
+  trace->add_flag("--json", commandLine.traceFile.json, "Show them as JSON");
 }
 
 std::string commandsOf(const CLI::App& app) {
@@ -186,6 +208,27 @@ ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::o
   return ExitStatus::badInput;
 }
 
+ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostream& out,
+                      std::ostream& err) {
+  if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
+  if (commandLine.traceRing) {
+    const ExitStatus kept = keepTraceIn(*commandLine.traceRing, err);
+    if (kept != ExitStatus::success) return kept;
+  }
+  if (app.got_subcommand("fallback-graph")) {
+    return showFallbackGraph(commandLine.fallbackGraph, out, err);
+  }
+  if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
+  if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
+  if (app.got_subcommand("serve")) {
+    commandLine.serve.limits.patience = std::chrono::seconds(commandLine.clientTimeout);
+    return serve(commandLine.serve, out, err);
+  }
+  if (app.got_subcommand("ctl")) return control(commandLine.ctl, std::cin, out, err);
+  if (app.got_subcommand("trace")) return showTraceFile(commandLine.traceFile, out, err);
+  return runConfigurations(commandLine.run, out, err);
+}
+
 }  // namespace
 
 ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::ostream& out,
@@ -199,23 +242,13 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   describeExplain(app, commandLine);
   describeServe(app, commandLine);
   describeCtl(app, commandLine);
+  describeTrace(app, commandLine);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
     return reportUsage(error, app, out, err);
   }
-  if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
-  if (app.got_subcommand("fallback-graph")) {
-    return showFallbackGraph(commandLine.fallbackGraph, out, err);
-  }
-  if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
-  if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
-  if (app.got_subcommand("serve")) {
-    commandLine.serve.limits.patience = std::chrono::seconds(commandLine.clientTimeout);
-    return serve(commandLine.serve, out, err);
-  }
-  if (app.got_subcommand("ctl")) return control(commandLine.ctl, std::cin, out, err);
-  return runConfigurations(commandLine.run, out, err);
+  return runCommand(app, commandLine, out, err);
 }
 
 }  // namespace ZelAgent

@@ -9,7 +9,8 @@ enum class ExitStatus : int {
   // With --strict: an action was not programmed on the chip. Or the output could not be written, a
   // socket not be had, or no daemon be reached.
   failure = 1,
-  // A configuration or the command line is wrong; of what is wrong nothing was applied.
+  // A configuration, a file that was to be shown or the command line is wrong; of what is wrong
+  // nothing was applied.
   badInput = 2,
 };
 

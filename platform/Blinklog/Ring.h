@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +11,11 @@
 #include <string_view>
 #include <vector>
 
+#include "Blinklog/Record.h"
+#include "Blinklog/RingFileError.h"
+#include "Blinklog/Site.h"
+#include "Blinklog/Slot.h"
+
 namespace Blinklog {
 
 /// One argument of a message. `kind` 's' is text, 'u' an unsigned number, 'b' a boolean.
@@ -21,32 +25,7 @@ struct Argument {
   std::string_view text = {};
 };
 
-/// Where and what a message is. `fragments` are its text in order; "%s", "%u" and "%b" stand for
-/// an argument of that kind.
-struct Site {
-  std::string path;
-  unsigned line = 0;
-  std::string function;
-  unsigned level = 0;
-  std::vector<std::string> fragments;
-
-  friend bool operator==(const Site&, const Site&) = default;
-};
-
-/// Names a registered site; small enough to be written with each message.
-using SiteId = std::uint32_t;
-
-/// Registers `site` process-wide and gives its id, the same one for an equal site. The site is
-/// copied, so messages can be dumped after the library that wrote them was unloaded.
-[[nodiscard, gnu::visibility("default")]] SiteId siteIs(const Site& site);
-
-/// One message as it is dumped.
-struct Record {
-  std::uint64_t sequence;
-  const Site* site;
-  /// The fragments with the arguments in their places.
-  std::string text;
-};
+class RingFile;
 
 /// The last messages, in a fixed number of slots of fixed size.
 ///
@@ -59,7 +38,7 @@ struct Record {
 /// the number of its message only while that message is whole in it.
 class [[gnu::visibility("default")]] Ring {
  public:
-  static constexpr std::size_t slotBytes = 256;
+  static constexpr std::size_t slotBytes = Slot::bytes;
 
   /// A ring of `slots` messages. Precondition: at least one.
   explicit Ring(std::size_t slots);
@@ -82,29 +61,18 @@ class [[gnu::visibility("default")]] Ring {
   [[nodiscard]] std::size_t slots() const noexcept {
     return slots_;
   }
+  /// Moves the ring, with the messages that it holds, into a file that outlives this process, for
+  /// RingImage to read; what was in that file is kept as FILE.previous. Writing costs the same.
+  /// Throws a RingFileError, and then the ring stays where it is.
+  void fileIs(const std::string& path);
   /// Forgets all messages; numbering goes on.
   void clear() noexcept;
 
  private:
-  static constexpr std::uint64_t noMessage = ~std::uint64_t{0};
-
-  struct Slot {
-    std::uint64_t sequence = noMessage;
-    SiteId site = 0;
-    std::uint32_t size = 0;
-    std::array<std::byte, slotBytes - 16> arguments;
-  };
-  // Stands before a text: how many bytes of it are kept, and whether there were more.
-  struct TextHeader {
-    std::uint16_t kept;
-    std::uint16_t cut;
-  };
-  class Reader;
-
-  static std::string textOf(const Site& site, std::span<const std::byte> arguments);
-
   std::size_t slots_;
-  std::unique_ptr<Slot[]> ring_;
+  std::unique_ptr<Slot[]> ownMemory_;  // none once the ring is in a file
+  std::unique_ptr<RingFile> file_;
+  Slot* ring_;  // in one or the other
   std::uint64_t written_ = 0;
   std::size_t next_ = 0;  // the slot of the next message
 };
@@ -112,7 +80,7 @@ class [[gnu::visibility("default")]] Ring {
 class Ring::Message {
  public:
   Message(Ring& ring, SiteId site) noexcept : ring_(ring), slot_(ring.ring_[ring.next_]) {
-    slot_.sequence = noMessage;
+    slot_.sequence = Slot::noMessage;
     std::atomic_signal_fence(std::memory_order_seq_cst);
     slot_.site = site;
   }

@@ -34,7 +34,7 @@ def standard(header):
 
 
 def standard_or_unix(header):
-    return standard(header) or header == "unistd.h" or header.startswith("sys/")
+    return standard(header) or header in ("fcntl.h", "unistd.h") or header.startswith("sys/")
 
 
 def any_header(_header):
@@ -149,7 +149,7 @@ def fault_of(spelling, includer, row, tracked):
         if own and "" not in allowed:
             return f'<{header}> is an own header; allowed is "{header}"'
         if not allows_foreign(header):
-            also = ", <unistd.h> and <sys/...>" if allows_foreign is standard_or_unix else ""
+            also = ", <fcntl.h>, <unistd.h> and <sys/...>" if allows_foreign is standard_or_unix else ""
             return f"{folder}/ may not include <{header}>; allowed are C++ standard headers{also}"
         return None
     if not own:

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "Blinklog/Ring.h"
-#include "agent/config/PrintableText.h"
+#include "agent/render/TraceReport.h"
 
 namespace ZelAgent {
 namespace {
@@ -26,33 +26,13 @@ std::vector<Blinklog::Record> lastRecords(std::size_t number) {
   return records;
 }
 
-void writeRecord(std::ostream& out, const Blinklog::Record& record) {
-  out << record.sequence << " level " << record.site->level << " line " << record.site->line << ' '
-      << record.site->function << ": " << printable(record.text, std::string_view::npos) << '\n';
-}
-
-OrderedJson recordJson(const Blinklog::Record& record) {
-  return {{"sequence", record.sequence},       {"level", record.site->level},
-          {"path", record.site->path},         {"line", record.site->line},
-          {"function", record.site->function}, {"text", record.text}};
-}
-
 }  // namespace
 
 CommandOutput showTrace(const CommandCall& call) {
   const auto records = lastRecords(numberAskedFor(call.arguments));
   return outputOf(
-      call,
-      [&](std::ostream& out) {
-        for (const Blinklog::Record& record : records)
-          writeRecord(out, record);
-      },
-      [&] {
-        OrderedJson json = OrderedJson::array();
-        for (const Blinklog::Record& record : records)
-          json.push_back(recordJson(record));
-        return json;
-      });
+      call, [&](std::ostream& out) { writeTrace(out, records); },
+      [&] { return traceJson(records); });
 }
 
 }  // namespace ZelAgent

@@ -115,12 +115,12 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Usage{"NoCommand",
               {},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl; "
-              "see zel-agent"},
+              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
+              "trace; see zel-agent"},
         Usage{"UnknownCommand",
               {"walk"},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl; "
-              "see zel-agent"},
+              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
+              "trace; see zel-agent"},
         Usage{"EventsWithoutAFile",
               {"run", "x.json", "--events"},
               "--events: 1 required FILE missing; see zel-agent run"},

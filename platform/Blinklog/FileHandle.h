@@ -1,0 +1,29 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace Blinklog {
+
+/// A descriptor of an open file, closed when it goes; negative where there is none.
+class FileHandle final {
+ public:
+  explicit FileHandle(int descriptor) noexcept : descriptor_(descriptor) {}
+  FileHandle(FileHandle&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  FileHandle& operator=(FileHandle&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+  }
+  ~FileHandle() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+
+  [[nodiscard]] bool isOpen() const noexcept { return descriptor_ >= 0; }
+  [[nodiscard]] int get() const noexcept { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace Blinklog

@@ -1,0 +1,99 @@
+#include "Blinklog/RingFile.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+#include "Blinklog/RingFileError.h"
+
+namespace Blinklog {
+namespace {
+
+using RingFileFormat::Header;
+
+Header headerOf(std::size_t slots) {
+  Header header;
+  header.slots = static_cast<std::uint32_t>(slots);
+  header.process = static_cast<std::uint32_t>(getpid());
+  header.madeAt =
+      static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::seconds>(
+                                     std::chrono::system_clock::now().time_since_epoch())
+                                     .count());
+  return header;
+}
+
+// Stands for a site that is too long for a row.
+Site standInFor(const Site& site) {
+  return {{}, site.line, {}, site.level, {"a message whose site is too long to be told here"}};
+}
+
+}  // namespace
+
+RingFile::RingFile(const std::string& path, std::size_t slots)
+    : place_(path), bytes_(RingFileFormat::fileBytes(slots)) {
+  allocate(slots);
+  map();
+  std::uninitialized_default_construct(this->slots().begin(), this->slots().end());
+  siteNotifieeIs(*this);
+}
+
+RingFile::~RingFile() {
+  siteNotifieeDel(*this);
+  munmap(memory_, bytes_);
+}
+
+// The header first: what is killed meanwhile leaves a file that is known to be one of these.
+void RingFile::allocate(std::size_t slots) {
+  const int file = place_.file().get();
+  const Header header = headerOf(slots);
+  errno = ENOSPC;  // where less is written than should be
+  if (pwrite(file, &header, sizeof header, 0) != static_cast<ssize_t>(sizeof header)) {
+    throw RingFileError(place_.name(), std::string("cannot be written: ") + std::strerror(errno) +
+                                           "; give another file");
+  }
+  if (const int error = posix_fallocate(file, 0, static_cast<off_t>(bytes_)); error != 0) {
+    throw RingFileError(place_.name(), "needs " + std::to_string(bytes_) +
+                                           " bytes: " + std::strerror(error) +
+                                           "; make room, or give another file");
+  }
+}
+
+void RingFile::map() {
+  void* const memory =
+      mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, place_.file().get(), 0);
+  if (memory == MAP_FAILED) {
+    throw RingFileError(place_.name(), std::string("cannot be mapped: ") + std::strerror(errno) +
+                                           "; give another file");
+  }
+  memory_ = static_cast<std::byte*>(memory);
+}
+
+std::span<Slot> RingFile::slots() const noexcept {
+  return {reinterpret_cast<Slot*>(memory_ + RingFileFormat::slotsOffset),
+          (bytes_ - RingFileFormat::slotsOffset) / Slot::bytes};
+}
+
+RingFileFormat::Header& RingFile::header() const noexcept {
+  return *reinterpret_cast<Header*>(memory_);
+}
+
+void RingFile::onSite(const Site& site) {
+  std::string row = RingFileFormat::toRow(site);
+  if (row.size() > RingFileFormat::mostSiteBytes) row = RingFileFormat::toRow(standInFor(site));
+  // Rows are found by their number, so none follows one that is missing.
+  if (header().sitesLeftOut != 0 || RingFileFormat::slotsOffset - rowsEnd_ < row.size()) {
+    ++header().sitesLeftOut;
+    return;
+  }
+  std::memcpy(memory_ + rowsEnd_, row.data(), row.size());
+  rowsEnd_ += row.size();
+  std::atomic_signal_fence(std::memory_order_seq_cst);
+  ++header().sites;
+}
+
+}  // namespace Blinklog
