@@ -14,6 +14,7 @@ constexpr std::size_t arenaBytes = std::size_t{1} << 30;
 
 std::size_t madeSoFar = 0;
 std::size_t untilFailure = never;
+unsigned sparing = 0;
 bool onPages = false;
 char* arena = nullptr;
 std::size_t arenaUsed = 0;
@@ -38,10 +39,12 @@ void* pagesFor(std::size_t size) noexcept {
 }
 
 void* allocate(std::size_t size, std::size_t alignment = 0) noexcept {
-  ++madeSoFar;
-  if (untilFailure != never && untilFailure-- == 0) {
-    untilFailure = never;
-    return nullptr;
+  if (sparing == 0) {
+    ++madeSoFar;
+    if (untilFailure != never && untilFailure-- == 0) {
+      untilFailure = never;
+      return nullptr;
+    }
   }
   if (size == 0) size = 1;
   if (onPages) return pagesFor(size);
@@ -129,6 +132,13 @@ bool failureWithdrawn() noexcept {
   const bool wasToCome = untilFailure != never;
   untilFailure = never;
   return wasToCome;
+}
+
+Spared::Spared() noexcept {
+  ++sparing;
+}
+Spared::~Spared() {
+  --sparing;
 }
 
 OnPagesOfTheirOwn::OnPagesOfTheirOwn() noexcept {

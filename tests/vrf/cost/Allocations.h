@@ -14,6 +14,16 @@ void failAfter(std::size_t further) noexcept;
 /// Whether the failure that was asked for is still to come; withdraws it.
 [[nodiscard]] bool failureWithdrawn() noexcept;
 
+/// While one lives, allocations neither count nor fail: they are those of a test, not of what it
+/// tests. They nest.
+class Spared {
+ public:
+  Spared() noexcept;
+  Spared(const Spared&) = delete;
+  Spared& operator=(const Spared&) = delete;
+  ~Spared();
+};
+
 /// While one lives, every allocation stands on pages that it shares with no other. They are not
 /// given back.
 class OnPagesOfTheirOwn {
