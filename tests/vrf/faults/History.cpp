@@ -267,7 +267,6 @@ std::vector<Step> wholeHistory() {
   callHandlers(steps);
   switchOffAndOn(steps);
   countInSilence(steps);
-  workBeside(steps);
   fill(steps);
   followVrfs(steps);
   rebuild(steps);

@@ -209,8 +209,7 @@ std::string World::dump() const {
   if (top->vrfSm()) write(text, *top->vrfSm());
   if (beside) write(text, *beside);
   if (const auto& policySm = top->policySm())
-    text << "policySm " << flagsOf(*policySm) << " told:" << notifiees(*policySm)
-         << " ready:" << policySm->ready() << '\n';
+    text << "policySm " << flagsOf(*policySm) << " ready:" << policySm->ready() << '\n';
   text << "told of policies:" << notifiees(*policy_.intfConfig) << notifiees(*policy_.policyConfig)
        << notifiees(*policy_.classTypeConfig) << '\n';
   text << "mounted:" << (mounts_ ? mounts_->references() : 0) << '\n';
