@@ -36,16 +36,22 @@ bool throwsInA(Shortage shortage, std::size_t further, const std::function<void(
 /// own each time, which then goes on to the end of the history.
 class AllocationFaults : public ::testing::TestWithParam<Shortage> {
  protected:
-  AllocationFaults() {
+  void historyIs(std::vector<Step> history) {
+    steps = std::move(history);
     World twin;
-    for (const Step& step : history()) {
+    for (const Step& step : steps) {
       step.work(twin);
       expected.push_back(twin.dump());
     }
   }
 
+  void failEachAllocation() {
+    for (std::size_t step = 0; step < steps.size() && !HasFatalFailure(); ++step)
+      failEachAllocationOf(step);
+  }
+
   void failEachAllocationOf(std::size_t step) {
-    SCOPED_TRACE("step " + std::to_string(step) + ", " + history()[step].name);
+    SCOPED_TRACE("step " + std::to_string(step) + ", " + steps[step].name);
     for (std::size_t further = 0; failAllocation(step, further) && !HasFatalFailure(); ++further)
       ASSERT_LT(further, 2000U);
   }
@@ -58,33 +64,35 @@ class AllocationFaults : public ::testing::TestWithParam<Shortage> {
     const std::string before = world.dump();
     const auto livingBefore = liveObjects();
     const std::size_t failedBefore = Allocations::failed();
-    const bool threw = throwsInA(GetParam(), further, [&] { history()[step].work(world); });
+    const bool threw = throwsInA(GetParam(), further, [&] { steps[step].work(world); });
     const bool failed = Allocations::failed() != failedBefore;
     ++(threw ? thrown : failed ? survived : undisturbed);
     EXPECT_EQ(world.brokenInvariants(), "");
     if (threw) {
       EXPECT_EQ(world.dump(), before);
       EXPECT_EQ(liveObjects(), livingBefore);
-      history()[step].work(world);
+      steps[step].work(world);
     }
     EXPECT_EQ(world.dump(), expected[step]);
-    if (failed) doSteps(world, step + 1, history().size());
-    EXPECT_TRUE(!failed || world.dump() == expected.back()) << "the end of the history differs";
-    return failed;
+    if (!threw) return failed;
+    doSteps(world, step + 1, steps.size());
+    EXPECT_TRUE(world.dump() == expected.back()) << "the end of the history differs";
+    return true;
   }
 
-  static void doSteps(World& world, std::size_t from, std::size_t to) {
+  void doSteps(World& world, std::size_t from, std::size_t to) const {
     for (std::size_t step = from; step < to; ++step)
-      history()[step].work(world);
+      steps[step].work(world);
   }
 
   void report() const {
     RecordProperty("allocation faults", static_cast<int>(thrown + survived));
     std::cout << "allocations failed: " << thrown + survived << ", of which " << thrown
               << " were thrown and " << survived << " changed nothing, in a history of "
-              << history().size() << " steps\n";
+              << steps.size() << " steps\n";
   }
 
+  std::vector<Step> steps;
   std::vector<std::string> expected;  // the whole state after each step
   std::size_t thrown = 0;
   std::size_t survived = 0;
@@ -92,17 +100,18 @@ class AllocationFaults : public ::testing::TestWithParam<Shortage> {
 };
 
 TEST_P(AllocationFaults, LeaveEverythingAsItWasAndTheSameStepSucceedsLater) {
+  historyIs(longHistory());
   const auto living = liveObjects();
-  for (std::size_t step = 0; step < history().size() && !HasFatalFailure(); ++step)
-    failEachAllocationOf(step);
-  EXPECT_EQ(undisturbed, history().size());
-  EXPECT_GT(thrown, history().size());
+  failEachAllocation();
+  EXPECT_EQ(undisturbed, steps.size());
+  EXPECT_GT(thrown, steps.size());
   EXPECT_EQ(liveObjects(), living);
   report();
 }
 
 // A line that there is no memory for is lost, and none is cut short.
 TEST_P(AllocationFaults, LoseNothingButLinesOfTheTextTrace) {
+  historyIs(history());
   std::set<std::string> whole;
   const Mox::TraceSink before = Mox::traceSinkIs([&](std::string_view line) {
     const Allocations::Spared test;
@@ -111,7 +120,7 @@ TEST_P(AllocationFaults, LoseNothingButLinesOfTheTextTrace) {
   Mox::traceLevelsIs("ZelVrfSelection=*");
   {
     World twin;
-    doSteps(twin, 0, history().size());
+    doSteps(twin, 0, steps.size());
   }
   std::set<std::string> cut;
   std::size_t lines = 0;
@@ -120,9 +129,7 @@ TEST_P(AllocationFaults, LoseNothingButLinesOfTheTextTrace) {
     ++lines;
     if (whole.count(std::string(line)) == 0) cut.insert(std::string(line));
   });
-  const std::size_t steps = std::min<std::size_t>(history().size(), 100);
-  for (std::size_t step = 0; step < steps && !HasFatalFailure(); ++step)
-    failEachAllocationOf(step);
+  failEachAllocation();
   Mox::traceLevelsIs("ZelVrfSelection=0");
   Mox::traceSinkIs(before);
   EXPECT_GT(whole.size(), 50U);
@@ -143,23 +150,22 @@ struct Ending {
   bool failed = false;   // whether an allocation did
 };
 
-std::size_t endOfHistory(std::size_t steps) {
+std::size_t endOf(const std::vector<Step>& steps) {
   World world;
-  for (std::size_t step = 0; step < steps; ++step)
-    history()[step].work(world);
+  for (const Step& step : steps)
+    step.work(world);
   return std::hash<std::string>()(world.dump());
 }
 
 // Does it all in a process of its own, in which nothing has been used yet, and again if it throws.
-Ending firstUse(std::size_t steps, std::size_t further) {
+Ending firstUse(const std::vector<Step>& steps, std::size_t further) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) return {};
   const pid_t child = fork();
   if (child == 0) {
     Ending ending;
-    const bool threw =
-        throwsInA(Shortage::passing, further, [&] { ending.dump = endOfHistory(steps); });
-    if (threw) ending.dump = endOfHistory(steps);
+    const bool threw = throwsInA(Shortage::passing, further, [&] { ending.dump = endOf(steps); });
+    if (threw) ending.dump = endOf(steps);
     ending.failed = Allocations::failed() != 0;
     _exit(write(ends[1], &ending, sizeof ending) == sizeof ending ? 0 : 1);
   }
@@ -174,13 +180,12 @@ Ending firstUse(std::size_t steps, std::size_t further) {
 }
 
 TEST(AllocationFaultsInANewProcess, AreForgottenWhenItIsDoneAgain) {
-  constexpr std::size_t steps = 60;
-  static_cast<void>(history());
+  const std::vector<Step> steps = history();
   std::vector<Ending> endings;
   do {
     endings.push_back(firstUse(steps, endings.size()));
   } while (endings.back().failed && endings.size() < 5000);
-  const std::size_t expected = endOfHistory(steps);
+  const std::size_t expected = endOf(steps);
   for (std::size_t further = 0; further < endings.size(); ++further)
     EXPECT_EQ(endings[further].dump, expected) << "allocation " << further;
   EXPECT_GT(endings.size(), 200U);

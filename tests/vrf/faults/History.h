@@ -17,11 +17,13 @@ struct Step {
   bool isRequest = false;
 };
 
-/// A history in which everything happens that the library follows or offers, some of it twice: in
-/// an empty world, and in one where collections have to grow.
-[[nodiscard]] const std::vector<Step>& history();
+/// A history in which everything happens that the library follows or offers.
+[[nodiscard]] std::vector<Step> history();
 
-/// The part of it that concerns hooks only.
+/// The same, and some of it again where collections have to grow.
+[[nodiscard]] std::vector<Step> longHistory();
+
+/// A history that calls hooks in every way, also of two machines that follow the same.
 [[nodiscard]] std::vector<Step> historyOfHooks();
 
 }  // namespace ZelVrfSelectionPolicy::Testing
