@@ -118,9 +118,9 @@ TEST_P(AllocationFaults, LoseNothingButLinesOfTheTextTrace) {
     whole.insert(std::string(line));
   });
   Mox::traceLevelsIs("ZelVrfSelection=*");
-  {
-    World twin;
-    doSteps(twin, 0, steps.size());
+  for (std::size_t end = 0; end <= steps.size(); ++end) {
+    World twin;  // whose machine may end after any step
+    doSteps(twin, 0, end);
   }
   std::set<std::string> cut;
   std::size_t lines = 0;
@@ -134,7 +134,7 @@ TEST_P(AllocationFaults, LoseNothingButLinesOfTheTextTrace) {
   Mox::traceSinkIs(before);
   EXPECT_GT(whole.size(), 50U);
   EXPECT_GT(lines, whole.size());
-  EXPECT_TRUE(cut.empty()) << *cut.begin();
+  EXPECT_EQ(cut, std::set<std::string>());
   EXPECT_GT(survived, 100U);
   report();
 }
