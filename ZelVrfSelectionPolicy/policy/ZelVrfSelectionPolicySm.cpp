@@ -12,36 +12,38 @@ using TrafficPolicy::ZelTrafficPolicySm;
 const Duolog::Message policySmReady =
     message(7, 302, "handlePolicySmReady", {"handlePolicySmReady"});
 
-// Silences the present state machine while its successor is built, so that what a hook or a helper
-// changes meanwhile is handled by one of them. Unless the silence stays, the machine then speaks
-// again, if it is still the present one.
+// Pauses the present state machine while its successor is built, so that what a hook or a helper
+// changes meanwhile is handled by one of them. It stays subscribed, so that it can go on whatever
+// the successor failed for; unless it was replaced or removed meanwhile, which silences it for
+// good.
 template <class Sm>
 class Silence {
  public:
-  /// `present` must outlive this.
-  explicit Silence(const Mox::Ptr<Sm>& present)
-      : present_(present), sm_(present && present->hasNotificationActive() ? present : nullptr) {
-    if (sm_) sm_->hasNotificationActiveIs(false);
+  explicit Silence(const Mox::Ptr<Sm>& present) : sm_(isToBePaused(present) ? present : nullptr) {
+    if (sm_) sm_->pausedIs(true);
   }
   Silence(const Silence&) = delete;
   Silence& operator=(const Silence&) = delete;
-  ~Silence() {
-    if (sm_ && sm_ == present_) endFor(*sm_);
+  ~Silence() { end(); }
+  void end() noexcept {
+    if (sm_) endFor(*sm_);
+    sm_ = nullptr;
   }
-  void stays() noexcept { sm_ = nullptr; }
 
  private:
-  static void endFor(VrfSm& sm) { sm.hasNotificationActiveIs(true); }
+  static bool isToBePaused(const Mox::Ptr<Sm>& present) noexcept {
+    return present && present->hasNotificationActive() && !present->isPaused();
+  }
+  static void endFor(VrfSm& sm) noexcept { sm.pausedIs(false); }
   // It programs what is configured, which may fail as the construction of its successor has. Then
   // its next change mends that.
   static void endFor(ZelTrafficPolicySm& sm) noexcept {
     try {
-      sm.hasNotificationActiveIs(true);
+      sm.pausedIs(false);
     } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
     }
   }
 
-  const Mox::Ptr<Sm>& present_;
   Mox::Ptr<Sm> sm_;
 };
 
@@ -80,9 +82,11 @@ Mox::Ptr<ZelVrfSelectionPolicySm> ZelVrfSelectionPolicySm::ZelVrfSelectionPolicy
 
 void ZelVrfSelectionPolicySm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
-  PtrInterface::hasNotificationActiveIs(active);
-  policySmSubscriptionIs(active);
+  // First what may find no memory.
+  if (active && policySm_) policySm_->publisher().makeRoom();
   if (vrfSm_) vrfSm_->hasNotificationActiveIs(active);
+  policySmSubscriptionIs(active);
+  PtrInterface::hasNotificationActiveIs(active);
 }
 
 void ZelVrfSelectionPolicySm::moxDoZombieReactors(bool zombie) {
@@ -105,8 +109,8 @@ void ZelVrfSelectionPolicySm::policySmDispatch(Velo::Publisher* /*publisher*/,
 void ZelVrfSelectionPolicySm::policySmSubscriptionIs(bool subscribed) {
   if (!policySm_ || (policySmSubscriber_.dispatch != nullptr) == subscribed) return;
   if (subscribed) {
-    policySmSubscriber_.dispatch = &policySmDispatch;
     policySm_->publisher().subscriberIs(policySmSubscriber_);
+    policySmSubscriber_.dispatch = &policySmDispatch;
   } else {
     policySm_->publisher().subscriberDel(policySmSubscriber_);
     policySmSubscriber_.dispatch = nullptr;
@@ -184,8 +188,9 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
       nexthopStatus, timerWheel, nexthopGroupConfig, nexthopGroupStatus, mirroringHwConfig,
       sflowIntfCollector, udfConfig, zcsd, bgpNeighborConfigDir, expandAllRulesByVrf,
       permitFragment, expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
-  silence.stays();
+  created->publisher().makeRoom();
   Mox::Ptr<ZelTrafficPolicySm> replaced = policySmDel();  // unless bound meanwhile, the old one
+  silence.end();
   policySm_ = created;
   replaced = nullptr;
   policySmSubscriptionIs(true);
@@ -218,8 +223,10 @@ Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmIs(
   Silence silence(vrfSm_);
   Mox::Ptr<VrfSm> created = VrfSm::VrfSmIs(vrfHwConfig, vrfHwStatus, vrfHelper, vrfFallbackConfig,
                                            routingHwRouteStatus, routing6HwRouteStatus);
-  silence.stays();
+  Mox::Ptr<VrfSm> replaced = vrfSmDel();  // unless one was installed meanwhile, the old one
+  silence.end();
   vrfSm_ = created;
+  replaced = nullptr;
   created->hasNotificationActiveIs(true);
   return created;
 }

@@ -22,19 +22,21 @@ bool isFirstWithName(const Names& names, unsigned field) noexcept {
 
 }  // namespace
 
-void ActionsByVrf::insert(Position at, const VrfAction& action) {
+void ActionsByVrf::makeRoomFor(Position at, const VrfAction& action) {
   if (indexInList_.size() < place(at + 1, 0)) indexInList_.resize(place(at + 1, 0));
+  for (const L3::VrfName* name : namesOf(action)) {
+    if (lists_.size() <= name->number()) lists_.resize(name->number() + 1);
+    std::unique_ptr<List>& list = lists_[name->number()];
+    if (list == nullptr) list = std::make_unique<List>();
+    std::vector<Place>& places = list->places;
+    if (places.size() == places.capacity()) places.reserve(2 * places.size() + 1);
+  }
+}
+
+void ActionsByVrf::insert(Position at, const VrfAction& action) noexcept {
   const Names names = namesOf(action);
-  unsigned field = 0;
-  try {
-    for (; field < fields; ++field) {
-      if (isFirstWithName(names, field)) link(place(at, field), *names[field]);
-    }
-  } catch (...) {
-    while (field-- != 0) {
-      if (isFirstWithName(names, field)) unlink(place(at, field), *names[field]);
-    }
-    throw;
+  for (unsigned field = 0; field < fields; ++field) {
+    if (isFirstWithName(names, field)) link(place(at, field), *names[field]);
   }
 }
 
@@ -56,12 +58,10 @@ void ActionsByVrf::clear() noexcept {
   indexInList_.shrink_to_fit();
 }
 
-void ActionsByVrf::link(Place place, const L3::VrfName& name) {
-  if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
-  std::unique_ptr<List>& list = lists_[name.number()];
-  if (list == nullptr) list = std::make_unique<List>();
-  list->places.push_back(place);
-  indexInList_[place] = static_cast<std::uint32_t>(list->places.size() - 1);
+void ActionsByVrf::link(Place place, const L3::VrfName& name) noexcept {
+  std::vector<Place>& places = lists_[name.number()]->places;
+  places.push_back(place);
+  indexInList_[place] = static_cast<std::uint32_t>(places.size() - 1);
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {

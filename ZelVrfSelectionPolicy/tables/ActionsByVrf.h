@@ -33,11 +33,17 @@ class ActionsByVrf {
   ActionsByVrf(const ActionsByVrf&) = delete;
   ActionsByVrf& operator=(const ActionsByVrf&) = delete;
 
-  /// Enters the entry at `at`, whose key is `action`. Changes nothing when it throws.
-  void insert(Position at, const VrfAction& action);
+  /// Sees to it that entering an entry at `at` with the key `action` needs no memory.
+  void makeRoomFor(Position at, const VrfAction& action);
+  /// Enters the entry at `at`, whose key is `action`. There must be room for it.
+  void insert(Position at, const VrfAction& action) noexcept;
   /// Takes out the entry at `at`, which was entered with `action`.
   void erase(Position at, const VrfAction& action) noexcept;
   void clear() noexcept;
+
+  /// A number that is kept with the position of an entry which has been taken out, until one is
+  /// entered there.
+  [[nodiscard]] std::uint32_t& noteOf(Position at) noexcept { return indexInList_[place(at, 0)]; }
 
  private:
   static constexpr unsigned fields = 3;
@@ -94,7 +100,7 @@ class ActionsByVrf {
   [[nodiscard]] List* list(const L3::VrfName& name) const noexcept {
     return name.number() < lists_.size() ? lists_[name.number()].get() : nullptr;
   }
-  void link(Place place, const L3::VrfName& name);
+  void link(Place place, const L3::VrfName& name) noexcept;
   void unlink(Place place, const L3::VrfName& name) noexcept;
   [[gnu::visibility("default")]] void tidy(List& list) noexcept;
   void closeHoles(List& list) noexcept;

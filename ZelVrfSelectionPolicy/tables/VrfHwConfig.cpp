@@ -13,8 +13,12 @@ Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
 }
 
 void VrfHwConfig::vrfRefCountIs(const VrfAction& action, unsigned count) {
-  const auto [at, inserted] = vrfRefCount_.insert(action, count);
-  if (!inserted && vrfRefCount_.value(at) == count) return;
+  const auto [at, inserted] = vrfRefCount_.insert(
+      action, count, [&](VrfRefCounts::Position) { makeRoomFor(action, count); });
+  if (!inserted) {
+    if (vrfRefCount_.value(at) == count) return;
+    makeRoomFor(action, count);
+  }
   countIs(at, count);
 }
 
@@ -26,9 +30,17 @@ void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
 }
 
 unsigned VrfHwConfig::vrfRefCountInc(const VrfAction& action, unsigned users) {
-  const auto [at, inserted] = vrfRefCount_.insert(action, 0U);
+  const auto [at, inserted] = vrfRefCount_.insert(
+      action, users, [&](VrfRefCounts::Position) { makeRoomFor(action, users); });
+  if (inserted) {
+    countIs(at, users);
+    return users;
+  }
   const unsigned count = vrfRefCount_.value(at) + users;
-  if (inserted || users != 0) countIs(at, count);
+  if (users != 0) {
+    makeRoomFor(action, count);
+    countIs(at, count);
+  }
   return count;
 }
 

@@ -3,6 +3,7 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
 #include "Quarry/Slab.h"
+#include "Velo/Follower.h"
 #include "Velo/Publisher.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
 
@@ -62,11 +63,19 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   [[nodiscard]] Velo::Publisher& publisher() const noexcept {
     return publisher_;
   }
+  /// Those who are asked before a count is added or changed.
+  [[nodiscard]] Velo::FollowerList& followers() const noexcept {
+    return followers_;
+  }
 
  private:
   void countIs(VrfRefCounts::Position at, unsigned count);
+  void makeRoomFor(const VrfAction& action, unsigned count) {
+    followers_.makeRoomFor(vrfRefCountAttribute, &action, &count);
+  }
 
   VrfRefCounts vrfRefCount_;
+  mutable Velo::FollowerList followers_;
   mutable Velo::Publisher publisher_;
 };
 

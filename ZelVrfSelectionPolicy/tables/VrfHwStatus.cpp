@@ -15,14 +15,10 @@ Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() {
 }
 
 void VrfHwStatus::hwStatusIs(const VrfAction& action, const HwStatus& status) {
-  const auto [at, inserted] = hwStatus_.insert(action, status);
+  const auto [at, inserted] = hwStatus_.insert(
+      action, status, [&](HwStatuses::Position to) { actionsByVrf_.makeRoomFor(to, action); });
   if (!inserted) return presentIs(at, status);
-  try {
-    actionsByVrf_.insert(at, action);
-  } catch (...) {
-    hwStatus_.erase(action);
-    throw;
-  }
+  actionsByVrf_.insert(at, action);
   publish(at);
 }
 
@@ -53,15 +49,12 @@ HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
 
 // As above, while a walk may stand on the entry.
 HwStatus VrfHwStatus::withdraw(const VrfAction& action) {
-  withdrawn_.push_back(HwStatuses::none);
-  const HwStatuses::Position at = withdrawn_.back() = hwStatus_.withdraw(action);
-  if (at == HwStatuses::none) {
-    withdrawn_.pop_back();
-    return {};
-  }
+  const HwStatuses::Position at = hwStatus_.withdraw(action);
+  if (at == HwStatuses::none) return {};
   const VrfAction key = hwStatus_.key(at);
   const HwStatus value = hwStatus_.value(at);
   actionsByVrf_.erase(at, key);
+  noteWithdrawn(at);
   noteRemoval(key);
   publisher_.publish(hwStatusAttribute, &key, nullptr);
   return value;
@@ -96,10 +89,17 @@ bool VrfHwStatus::hwStatusHas(const VrfAction& action) const noexcept {
   return hwStatus_.has(action);
 }
 
-void VrfHwStatus::discardWithdrawn() noexcept {
-  for (const HwStatuses::Position at : withdrawn_)
-    hwStatus_.discard(at);
-  withdrawn_.clear();
+void VrfHwStatus::noteWithdrawn(HwStatuses::Position at) noexcept {
+  const bool isFirst = firstWithdrawn_ == HwStatuses::none;
+  (isFirst ? firstWithdrawn_ : actionsByVrf_.noteOf(lastWithdrawn_)) = at;
+  lastWithdrawn_ = at;
+  actionsByVrf_.noteOf(at) = HwStatuses::none;
+}
+
+void VrfHwStatus::discardAllWithdrawn() noexcept {
+  HwStatuses::Position at = std::exchange(firstWithdrawn_, HwStatuses::none);
+  while (at != HwStatuses::none)
+    hwStatus_.discard(std::exchange(at, actionsByVrf_.noteOf(at)));
 }
 
 VrfHwStatus::Transition::Transition(VrfHwStatus& statuses, const VrfAction& action,
@@ -112,9 +112,19 @@ VrfHwStatus::Transition::~Transition() {
   statuses_->innermostTransition_ = outer_;
 }
 
-VrfHwStatus::EntryWatch::EntryWatch(VrfHwStatus& statuses, const VrfAction& action) noexcept
-    : statuses_(statuses), action_(action), outer_(statuses.innermostWatch_) {
+VrfHwStatus::EntryWatch::EntryWatch(VrfHwStatus& statuses, const VrfAction& action)
+    : statuses_(statuses),
+      action_(action),
+      at_(statuses.hwStatus_.position(action)),
+      outer_(statuses.innermostWatch_) {
+  if (at_ == HwStatuses::none) statuses.makeRoomFor(action);
   statuses.innermostWatch_ = this;
+}
+
+void VrfHwStatus::EntryWatch::hwStatusIs(const HwStatus& status) {
+  if (wasRemoved_) return;
+  if (at_ == HwStatuses::none) return statuses_.hwStatusIs(action_, status);
+  statuses_.presentIs(at_, status);
 }
 
 VrfHwStatus::EntryWatch::~EntryWatch() {

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
@@ -42,6 +41,10 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
 
   /// Stores `status` for `action`, inserting it if absent.
   void hwStatusIs(const VrfAction& action, const HwStatus& status);
+  /// Sees to it that inserting a status for `action` needs no memory, if it is inserted next.
+  void makeRoomFor(const VrfAction& action) {
+    actionsByVrf_.makeRoomFor(hwStatus_.makeRoom(), action);
+  }
   /// Removes the entry; returns the status that it had, a default one if absent.
   HwStatus hwStatusDel(const VrfAction& action);
   /// Removes every entry, telling subscribers of each.
@@ -74,9 +77,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     ActionsNaming(const ActionsNaming&) = delete;
     ActionsNaming& operator=(const ActionsNaming&) = delete;
     ~ActionsNaming() {
-      if (--statuses_->walks_ == 0 && !statuses_->withdrawn_.empty()) {
-        statuses_->discardWithdrawn();
-      }
+      if (--statuses_->walks_ == 0) statuses_->discardWithdrawn();
     }
 
     /// Goes on to the next action; false at the end.
@@ -154,23 +155,28 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     return underWay;
   }
 
-  /// Tells whether an entry of an action has been removed since, even if there is one again.
-  /// It must not outlive the table, nor the action's record.
+  /// The place for the outcome of a call of the chip that is about to be made: the entry of an
+  /// action, or room for one if there is none. It must not outlive the table, nor the action's
+  /// record.
   class [[gnu::visibility("default")]] EntryWatch {
    public:
-    EntryWatch(VrfHwStatus & statuses, const VrfAction& action) noexcept;
+    EntryWatch(VrfHwStatus & statuses, const VrfAction& action);
     EntryWatch(const EntryWatch&) = delete;
     EntryWatch& operator=(const EntryWatch&) = delete;
     ~EntryWatch();
 
+    /// Whether an entry of the action has been removed since, even if there is one again.
     [[nodiscard]] bool wasRemoved() const noexcept {
       return wasRemoved_;
     }
+    /// Stores `status` for the action, unless that is so.
+    void hwStatusIs(const HwStatus& status);
 
    private:
     friend class VrfHwStatus;
     VrfHwStatus& statuses_;
     const VrfAction& action_;
+    HwStatuses::Position at_;
     bool wasRemoved_ = false;
     EntryWatch* outer_;
   };
@@ -183,13 +189,22 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   void publish(HwStatuses::Position at);
 
   HwStatus withdraw(const VrfAction& action);
-  void discardWithdrawn() noexcept;
+  void noteWithdrawn(HwStatuses::Position at) noexcept;
+  // Ends the entries that were removed while there were walks.
+  void discardWithdrawn() noexcept {
+    if (firstWithdrawn_ != HwStatuses::none) [[unlikely]]
+      discardAllWithdrawn();
+  }
+  void discardAllWithdrawn() noexcept;
   void noteRemoval(const VrfAction& action) noexcept;
 
   HwStatuses hwStatus_;
   ActionsByVrf actionsByVrf_;
   unsigned walks_ = 0;
-  std::vector<HwStatuses::Position> withdrawn_;  // removed while there were walks
+  // Of the entries removed while there were walks; each keeps the position of the next as its note
+  // in `actionsByVrf_`, so that to remove one takes no memory.
+  HwStatuses::Position firstWithdrawn_ = HwStatuses::none;
+  HwStatuses::Position lastWithdrawn_ = HwStatuses::none;
   Transition* innermostTransition_ = nullptr;
   EntryWatch* innermostWatch_ = nullptr;
   mutable Velo::Publisher publisher_;

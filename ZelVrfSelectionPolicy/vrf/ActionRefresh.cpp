@@ -10,11 +10,10 @@ namespace ZelVrfSelectionPolicy {
 void VrfSm::updateVrfAction(const VrfAction& vrfAction) {
   const Mox::Ptr<VrfSm> alive(this);
   const VrfAction action = vrfAction;
-  vrfSmMessages.updating(action.vrfName().bytes());
   const Mox::Ptr<VrfHwStatus> statuses = vrfHwStatus_;
-  const VrfHwStatus::EntryWatch entry(*statuses, action);
-  const HwStatus outcome = vrfHelper_->updateVrf(action);
-  if (!entry.wasRemoved()) statuses->hwStatusIs(action, outcome);
+  VrfHwStatus::EntryWatch entry(*statuses, action);
+  vrfSmMessages.updating(action.vrfName().bytes());
+  entry.hwStatusIs(vrfHelper_->updateVrf(action));
 }
 
 void VrfSm::updateAllVrfActions(L3::VrfName vrfName) {

@@ -7,7 +7,9 @@ namespace ZelVrfSelectionPolicy {
 
 Mox::Ptr<DependentVrfInfo> VrfSm::dependentVrfInfoIs(const L3::VrfName& vrfName) {
   if (Mox::Ptr<DependentVrfInfo> present = dependentVrfInfo(vrfName)) return present;
-  Mox::Ptr<DependentVrfInfo> created = Mox::makeActivePtr<DependentVrfInfo>(vrfName);
+  const bool isMade = recordToCome_ && recordToCome_->fallbackVrf() == vrfName;
+  Mox::Ptr<DependentVrfInfo> created =
+      isMade ? std::move(recordToCome_) : Mox::makeActivePtr<DependentVrfInfo>(vrfName);
   dependentVrfInfo_.insert(vrfName, created);
   return created;
 }

@@ -6,11 +6,40 @@
 
 namespace ZelVrfSelectionPolicy {
 
+void VrfSm::makeRoomForFallback(Velo::Follower* follower, short /*attributeId*/, const void* key,
+                                const void* value) {
+  VrfSm& vrfSm = Velo::MemberFollower<VrfSm>::ownerOf(follower);
+  if (vrfSm.isDeaf()) return;
+  vrfSm.makeRoomForFallback(*static_cast<const L3::VrfName*>(key),
+                            *static_cast<const L3::VrfName*>(value));
+}
+
+void VrfSm::makeRoomForFallback(const L3::VrfName& vrf, const L3::VrfName& fallback) {
+  if (!fallbackVrfInfo_.has(vrf)) fallbackVrfInfo_.makeRoom();
+  if (fallback.isDefaultVrf()) return;
+  if (const Mox::Ptr<DependentVrfInfo> present = dependentVrfInfo(fallback)) {
+    if (!present->dependentVrfs(vrf)) present->makeRoom();
+    return;
+  }
+  if (recordToCome_ && recordToCome_->fallbackVrf() == fallback) return;
+  dependentVrfInfo_.makeRoom();
+  Mox::Ptr<DependentVrfInfo> record = Mox::makeActivePtr<DependentVrfInfo>(fallback);
+  record->makeRoom();
+  recordToCome_ = std::move(record);
+}
+
 void VrfSm::handleVrfFallbackConfig(L3::VrfName vrf) {
   const Mox::Ptr<VrfSm> alive(this);
+  if (vrfFallbackConfig_->fallbackVrfHas(vrf)) {
+    makeRoomForFallback(vrf, vrfFallbackConfig_->fallbackVrf(vrf));
+  }
   vrfSmMessages.fallbackChange(vrf.bytes());
   handleVrfUpdates(vrf, true);
+  linkToFallback(vrf);
+  recordToCome_ = nullptr;
+}
 
+void VrfSm::linkToFallback(const L3::VrfName& vrf) {
   const bool handled = fallbackVrfInfo_.has(vrf);
   const bool configured = vrfFallbackConfig_->fallbackVrfHas(vrf);
   const L3::VrfName before = fallbackVrfInfo(vrf);
@@ -36,7 +65,8 @@ void VrfSm::dependencyIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
 
 void VrfSm::dependencyDel(const L3::VrfName& vrf, const L3::VrfName& fallback) {
   if (fallback.isDefaultVrf()) return;
-  const Mox::Ptr<DependentVrfInfo> record = dependentVrfInfoIs(fallback);
+  const Mox::Ptr<DependentVrfInfo> record = dependentVrfInfo(fallback);
+  if (!record) return;
   record->dependentVrfsDel(vrf);
   if (record->dependentVrfs().count() == 0) dependentVrfInfoDel(fallback);
 }

@@ -61,7 +61,8 @@ void VrfSm::PrefixLensSm::notifierIs(const Mox::Ptr<Mox::PtrInterface const>& no
 }
 
 void VrfSm::PrefixLensSm::onAttribute(Mox::AttributeId attributeId, const void* /*key*/) {
-  if (attributeId == PrefixLensInExactMatch::prefixLenAttribute && !isZombie()) handlePrefixLen();
+  if (attributeId != PrefixLensInExactMatch::prefixLenAttribute || isZombie()) return;
+  if (vrfSm_ == nullptr || !vrfSm_->isPaused()) handlePrefixLen();
 }
 
 void VrfSm::PrefixLensSm::moxDoZombieReactors(bool zombie) {
@@ -88,7 +89,9 @@ void VrfSm::PrefixLensSm::handlePrefixLen() {
 
 void VrfSm::PrefixLensSm::updateWhatNamesIt() {
   if (vrfSm_ == nullptr || vrfSm_->isTearingDown()) return;
-  vrfSm_->handleVrfUpdates(L3::VrfName(name()), false);
+  const Velo::String watched = name();
+  if (vrfName_.bytes() != watched.bytes()) vrfName_ = L3::VrfName(watched);
+  vrfSm_->handleVrfUpdates(vrfName_, false);
 }
 
 VrfSm::NestedSm_VrfPrefixLensInExactMatch::NestedSm_VrfPrefixLensInExactMatch(
@@ -139,6 +142,19 @@ class VrfSm::PrefixLensCreation {
 };
 
 template <class Machine>
+void VrfSm::makeRoomFor(PrefixLensSms<Machine>& machines,
+                        const PrefixLensInExactMatch& prefixLens) {
+  const Velo::String& name = prefixLens.name();
+  if (!machines.has(name)) {
+    Machine::makeRoom();
+    machines.makeRoom();
+    const bool isVrfName = name.size() <= L3::VrfName::maxLength;
+    nameToCome_ = isVrfName ? L3::VrfName(name) : L3::VrfName();
+  }
+  PtrInterface::NotifieeConst::makeRoomAt(prefixLens);
+}
+
+template <class Machine>
 void VrfSm::prefixLensSmIs(PrefixLensSms<Machine>& machines, const PrefixLensPtr& prefixLens,
                            const char* attribute) {
   if (!prefixLens) throw Mox::NullArgumentException(attribute);
@@ -155,10 +171,12 @@ void VrfSm::prefixLensSmIs(PrefixLensSms<Machine>& machines, const PrefixLensPtr
     underWay->meanwhileIs(prefixLens);
     return;
   }
+  makeRoomFor(machines, *prefixLens);
   std::optional<PrefixLensPtr> meanwhile;
   {
     const PrefixLensCreation creation(*this, &machines, name);
     const Mox::Ptr<Machine> machine = Mox::makePtr<Machine>(prefixLens, this);
+    nameToCome_ = L3::VrfName();
     machine->hasNotificationActiveIs(true);
     machines.insert(name, machine);
     machine->moxDoZombieReactors(isZombie());
@@ -191,6 +209,13 @@ void VrfSm::prefixLensSmDelAll(PrefixLensSms<Machine>& machines) {
   const Mox::Ptr<VrfSm> alive(this);
   for (auto entry = machines.iterator(); entry; ++entry)
     prefixLensSmDel(machines, entry.key());
+}
+
+void VrfSm::makeRoomForPrefixLens(const PrefixLensInExactMatch& prefixLens) {
+  makeRoomFor(vrfPrefixLensInExactMatch_, prefixLens);
+}
+void VrfSm::makeRoomForPrefixLensV6(const PrefixLensInExactMatch& prefixLens) {
+  makeRoomFor(vrfPrefixLensInExactMatchV6_, prefixLens);
 }
 
 void VrfSm::vrfPrefixLensInExactMatchIs(const PrefixLensPtr& prefixLens) {

@@ -40,6 +40,7 @@ class VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
   void updateWhatNamesIt();
 
   VrfSm* vrfSm_;
+  L3::VrfName vrfName_;  // the name that was last needed, so that it need not be made again
   const PrefixLensMessages& messages_;
 };
 

@@ -47,7 +47,16 @@ void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
   }
 }
 
+void VrfSm::makeRoomForCount(Velo::Follower* follower, short /*attributeId*/, const void* key,
+                             const void* value) {
+  const VrfSm& vrfSm = Velo::MemberFollower<VrfSm>::ownerOf(follower);
+  const bool isFirstUser = *static_cast<const unsigned*>(value) == 1;
+  if (isFirstUser && !vrfSm.isDeaf())
+    vrfSm.vrfHwStatus_->makeRoomFor(*static_cast<const VrfAction*>(key));
+}
+
 void VrfSm::createResource(const VrfAction& action) {
+  vrfHwStatus_->makeRoomFor(action);
   bool countChanged = false;
   {
     const Transition creation(*vrfHwStatus_, action, Transition::Kind::creation);

@@ -66,7 +66,8 @@ void VrfSm::VrfInstanceSm::notifierIs(const Mox::Ptr<Mox::PtrInterface const>& n
 }
 
 void VrfSm::VrfInstanceSm::onAttribute(Mox::AttributeId attributeId, const void* /*key*/) {
-  if (attributeId == VrfStatus::vrfIdAttribute && !isZombie()) handleVrfId();
+  if (attributeId != VrfStatus::vrfIdAttribute || isZombie()) return;
+  if (vrfSm_ == nullptr || !vrfSm_->isPaused()) handleVrfId();
 }
 
 void VrfSm::VrfInstanceSm::moxDoZombieReactors(bool zombie) {
@@ -106,12 +107,21 @@ void VrfSm::VrfInstanceSm::updateWhatNamesIt() {
   vrfSm_->handleVrfUpdates(vrfName(), false);
 }
 
+void VrfSm::makeRoomForVrfStatus(const VrfStatus& vrfStatus) {
+  if (!vrfInstance_.has(vrfStatus.name())) {
+    VrfInstanceSm::makeRoom();
+    vrfInstance_.makeRoom();
+  }
+  PtrInterface::NotifieeConst::makeRoomAt(vrfStatus);
+}
+
 Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceIs(const VrfStatusPtr& vrfStatus) {
   if (!vrfStatus) throw Mox::NullArgumentException("vrfInstance");
   const Mox::Ptr<VrfSm> alive(this);
   const L3::VrfName name = vrfStatus->name();
   const auto* present = vrfInstance_.find(name);
   const bool isNew = present == nullptr;
+  if (isNew) makeRoomForVrfStatus(*vrfStatus);
   Mox::Ptr<VrfInstanceSm> instance =
       isNew ? Mox::makePtr<VrfInstanceSm>(vrfStatus, this) : *present;
   if (isNew) {

@@ -12,15 +12,27 @@ namespace {
 
 using FallbackVrf = VrfSelectionPolicy::VrfSelectionFallbackVrf;
 
-// Adds `subscriber` to the publisher of `source`, or takes it off, unless that is done already.
+// Gets the memory that subscribing to `source`, unless that is done already, takes.
+template <class Source>
+void makeRoomForSubscription(const Source& source, const Velo::Subscriber& subscriber) {
+  if (!source || subscriber.dispatch != nullptr) return;
+  source->publisher().makeRoom();
+  source->followers().makeRoom();
+}
+
+// Adds `subscriber` to the publisher of `source` and `follower` to its followers, or takes them
+// off, unless that is done already.
 template <class Source>
 void subscriptionIs(const Source& source, Velo::Subscriber& subscriber,
-                    Velo::Subscriber::Dispatch dispatch, bool subscribed) {
+                    Velo::Subscriber::Dispatch dispatch, Velo::Follower& follower,
+                    bool subscribed) {
   if (!source || (subscriber.dispatch != nullptr) == subscribed) return;
   if (subscribed) {
-    subscriber.dispatch = dispatch;
+    source->followers().followerIs(follower);
     source->publisher().subscriberIs(subscriber);
+    subscriber.dispatch = dispatch;
   } else {
+    source->followers().followerDel(follower);
     source->publisher().subscriberDel(subscriber);
     subscriber.dispatch = nullptr;
   }
@@ -84,9 +96,14 @@ void VrfSm::reactorsIs(const RouteStatusPtr& routes, const RouteStatus6Ptr& rout
 }
 
 void VrfSm::subscriptionsIs(bool subscribed) {
-  subscriptionIs(vrfHwConfig_, vrfHwConfigSubscriber_, &vrfHwConfigDispatch, subscribed);
-  subscriptionIs(vrfFallbackConfig_, vrfFallbackConfigSubscriber_, &vrfFallbackConfigDispatch,
+  if (subscribed) {
+    makeRoomForSubscription(vrfHwConfig_, vrfHwConfigSubscriber_);
+    makeRoomForSubscription(vrfFallbackConfig_, vrfFallbackConfigSubscriber_);
+  }
+  subscriptionIs(vrfHwConfig_, vrfHwConfigSubscriber_, &vrfHwConfigDispatch, vrfHwConfigFollower_,
                  subscribed);
+  subscriptionIs(vrfFallbackConfig_, vrfFallbackConfigSubscriber_, &vrfFallbackConfigDispatch,
+                 vrfFallbackConfigFollower_, subscribed);
 }
 
 // The IPv4 route status alone has the VRFs; of the IPv6 one only the prefix lengths matter.
@@ -125,8 +142,8 @@ void VrfSm::forEachNestedSm(Visitor&& visitor) {
 
 void VrfSm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
-  PtrInterface::hasNotificationActiveIs(active);
   subscriptionsIs(active);
+  PtrInterface::hasNotificationActiveIs(active);
   if (routingReactor_) routingReactor_->hasNotificationActiveIs(active);
   if (routing6Reactor_) routing6Reactor_->hasNotificationActiveIs(active);
   forEachNestedSm([&](auto& machine) { machine.hasNotificationActiveIs(active); });
@@ -156,7 +173,7 @@ void VrfSm::vrfHwConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber
                                 short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != VrfHwConfig::vrfRefCountAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isZombie() || vrfSm.isTearingDown()) return;
+  if (vrfSm.isDeaf()) return;
   vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
 }
 
@@ -164,7 +181,7 @@ void VrfSm::vrfFallbackConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subs
                                       short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != FallbackVrf::fallbackVrfAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isZombie() || vrfSm.isTearingDown()) return;
+  if (vrfSm.isDeaf()) return;
   vrfSm.mox_handleVrfFallbackConfig_fallbackVrf(*static_cast<const L3::VrfName*>(key));
 }
 

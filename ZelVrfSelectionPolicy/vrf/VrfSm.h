@@ -7,6 +7,7 @@
 #include "Quarry/Slab.h"
 #include "Routing/Hardware/RouteStatus.h"
 #include "Routing6/Hardware/RouteStatus.h"
+#include "Velo/Follower.h"
 #include "Velo/String.h"
 #include "Velo/Subscriber.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
@@ -27,6 +28,10 @@ namespace ZelVrfSelectionPolicy {
 /// Always holds: an action has a status entry exactly while its resource exists, that is from its
 /// creation, successful or not, to its deletion. Creating or deleting the resource of one action
 /// never nests: a change of its count that arrives meanwhile is handled when that is complete.
+///
+/// Memory is got before anything changes: it is a follower of what it subscribes to, so that a
+/// count, a fallback VRF or an entity for which it could not do its part is refused with
+/// `std::bad_alloc`, and all is as before. What it is called for directly is refused likewise.
 ///
 /// Destroying it calls no hook and writes no status: resources and entries stay, and a
 /// replacement built on the same tables finds them. Everything runs synchronously on the agent's
@@ -64,6 +69,7 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
         const RouteStatusPtr& routingHwRouteStatus, const RouteStatus6Ptr& routing6HwRouteStatus);
 
   /// Subscribes or unsubscribes, and tells everything nested. What was missed is not replayed.
+  /// Changes nothing when it throws.
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfSm() override;
@@ -175,6 +181,15 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   void handleDecapNh();
   void handleDecapNhFallback();
 
+  /// Lets it follow nothing, or everything again, while it stays subscribed and its notifications
+  /// stay as they are: what its successor needs while it is built. Cannot fail.
+  void pausedIs(bool paused) noexcept {
+    paused_ = paused;
+  }
+  [[nodiscard]] bool isPaused() const noexcept {
+    return paused_;
+  }
+
   /// Whether it is being destroyed. Nested machines then run their course without reaching the
   /// chip.
   [[nodiscard]] bool isTearingDown() const noexcept {
@@ -190,6 +205,22 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   static void vrfFallbackConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
                                         short attributeId, const void* key, const void* value);
   void mox_handleVrfFallbackConfig_fallbackVrf(const L3::VrfName& vrf);
+  [[nodiscard]] bool isDeaf() const noexcept {
+    return isZombie() || tearingDown_ || paused_;
+  }
+
+  // Get what following a change will take; see `Velo::Follower`.
+  static void makeRoomForCount(Velo::Follower * follower, short attributeId, const void* key,
+                               const void* value);
+  static void makeRoomForFallback(Velo::Follower * follower, short attributeId, const void* key,
+                                  const void* value);
+  void makeRoomForFallback(const L3::VrfName& vrf, const L3::VrfName& fallback);
+  void makeRoomForVrfStatus(const Routing::Hardware::VrfStatus& vrfStatus);
+  void makeRoomForPrefixLens(const Routing::Hardware::PrefixLensInExactMatch& prefixLens);
+  void makeRoomForPrefixLensV6(const Routing::Hardware::PrefixLensInExactMatch& prefixLens);
+  template <class Machine>
+  void makeRoomFor(PrefixLensSms<Machine> & machines,
+                   const Routing::Hardware::PrefixLensInExactMatch& prefixLens);
 
   void reactorsIs(const RouteStatusPtr& routes, const RouteStatus6Ptr& routes6);
   void subscriptionsIs(bool subscribed);
@@ -211,6 +242,7 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   void forEachCreatedAction(Visitor && visitor);
   [[nodiscard]] bool decapNhFlag() const;
 
+  void linkToFallback(const L3::VrfName& vrf);
   void dependencyIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
   void dependencyDel(const L3::VrfName& vrf, const L3::VrfName& fallback);
 
@@ -237,7 +269,13 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
 
   Velo::MemberSubscriber<VrfSm> vrfHwConfigSubscriber_;
   Velo::MemberSubscriber<VrfSm> vrfFallbackConfigSubscriber_;
+  Velo::MemberFollower<VrfSm> vrfHwConfigFollower_{*this, &makeRoomForCount};
+  Velo::MemberFollower<VrfSm> vrfFallbackConfigFollower_{*this, &makeRoomForFallback};
+  // Made in advance, for what is about to be handled.
+  Mox::Ptr<DependentVrfInfo> recordToCome_;
+  L3::VrfName nameToCome_;
   PrefixLensCreation* innermostCreation_ = nullptr;
+  bool paused_ = false;
   bool tearingDown_ = false;
 };
 

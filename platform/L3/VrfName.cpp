@@ -37,7 +37,7 @@ class VrfName::Table {
 
   /// The name with these bytes, with one user more.
   Interned* used(std::string_view bytes) {
-    if (2 * (count_ + 1) > places_.size()) grow();
+    if (places_.empty()) grow();
     const unsigned hash = Mox::hashSingleAttr(0, bytes);
     std::size_t place = hash & mask();
     for (; places_[place] != nullptr; place = (place + 1) & mask()) {
@@ -45,6 +45,10 @@ class VrfName::Table {
       if (name->hash != hash || name->bytes() != bytes) continue;
       ++name->users;
       return name;
+    }
+    if (2 * (count_ + 1) > places_.size()) {
+      grow();
+      place = freePlace(hash);
     }
     places_[place] = made(hash, bytes);
     if (!freeNumbers_.empty()) freeNumbers_.pop_back();
@@ -80,11 +84,15 @@ class VrfName::Table {
     old.swap(places_);
     for (Interned* name : old) {
       if (name == nullptr) continue;
-      std::size_t place = name->hash & mask();
-      while (places_[place] != nullptr)
-        place = (place + 1) & mask();
-      places_[place] = name;
+      places_[freePlace(name->hash)] = name;
     }
+  }
+
+  [[nodiscard]] std::size_t freePlace(unsigned hash) const noexcept {
+    std::size_t place = hash & mask();
+    while (places_[place] != nullptr)
+      place = (place + 1) & mask();
+    return place;
   }
 
   void closeGap(std::size_t gap) noexcept {

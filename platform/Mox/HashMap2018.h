@@ -86,10 +86,24 @@ class HashMap2018 {
   /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
   /// it was inserted.
   std::pair<Position, bool> insert(const Key& key, const Value& value = Value()) {
-    return insertAs(key, value);
+    return insertAs(key, value, [](Position) {});
   }
   std::pair<Position, bool> insert(Key&& key, Value&& value = Value()) {
-    return insertAs(std::move(key), std::move(value));
+    return insertAs(std::move(key), std::move(value), [](Position) {});
+  }
+  /// As above, and calls `prepare(position)` when all else that the insertion takes is there, and
+  /// the entry is not. It may throw, but not change the collection.
+  template <class Prepare>
+  std::pair<Position, bool> insert(const Key& key, const Value& value, Prepare&& prepare) {
+    return insertAs(key, value, std::forward<Prepare>(prepare));
+  }
+
+  /// Sees to it that the next insertion needs no memory. Gives the position that its entry gets.
+  Position makeRoom() {
+    if (count_ == capacity()) grow();
+    if (firstFree_ != none) return firstFree_;
+    makeSlots();
+    return slots_;
   }
 
   /// Deletes `key`. Gives the entry that it had, nothing when it was absent.
@@ -206,8 +220,8 @@ class HashMap2018 {
     return key.hash(HashHelper::hashSeed32() ^ Salt);
   }
 
-  template <class K, class V>
-  std::pair<Position, bool> insertAs(K&& key, V&& value) {
+  template <class K, class V, class Prepare>
+  std::pair<Position, bool> insertAs(K&& key, V&& value, Prepare&& prepare) {
     if (isAtRecentPlace(key)) return {index_[recentPlace_].position, false};
     const std::uint32_t hash = hashOf(key);
     if (index_.empty()) grow();
@@ -219,6 +233,7 @@ class HashMap2018 {
     }
     const Position at = newSlot();
     try {
+      prepare(at);
       new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
     } catch (...) {
       leaveSlot(at);
@@ -263,8 +278,11 @@ class HashMap2018 {
       std::memcpy(&firstFree_, slot(at), sizeof(Position));
       return at;
     }
-    if (slots_ == chunks_.size() * chunkSlots) chunks_.push_back(std::make_unique<Chunk>());
+    makeSlots();
     return slots_++;
+  }
+  void makeSlots() {
+    if (slots_ == chunks_.size() * chunkSlots) chunks_.push_back(std::make_unique<Chunk>());
   }
   void leaveSlot(Position at) noexcept {
     std::memcpy(slot(at), &firstFree_, sizeof(Position));

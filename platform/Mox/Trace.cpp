@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 #include "Mox/Exceptions.h"
@@ -66,9 +69,8 @@ std::string onOneLine(const std::string& text) {
   return line;
 }
 
-// All handles and what has been said of their levels.
+// Where the trace goes, and what has been said of levels.
 struct Trace {
-  std::vector<TraceHandle*> handles;
   LevelsByName said;
   TraceSink sink;
 
@@ -103,20 +105,26 @@ Trace processTrace;
 
 }  // namespace
 
-TraceHandle::TraceHandle(const char* name, unsigned levelsOn) : name_(name), levelsOn_(levelsOn) {
-  processTrace.handles.push_back(this);
+TraceHandle* TraceHandle::first_ = nullptr;
+
+TraceHandle::TraceHandle(const char* name, unsigned levelsOn) noexcept
+    : name_(name), levelsOn_(levelsOn), next_(std::exchange(first_, this)) {
   Trace::apply(processTrace.said, *this);
 }
 
 TraceHandle::~TraceHandle() {
-  std::erase(processTrace.handles, this);
+  TraceHandle** link = &first_;
+  while (*link != this)
+    link = &(*link)->next_;
+  *link = next_;
 }
 
 void traceLevelsIs(std::string_view text) {
-  const LevelsByName levels = parse(text);
-  for (TraceHandle* handle : processTrace.handles)
+  LevelsByName levels = parse(text);
+  processTrace.said.reserve(processTrace.said.size() + levels.size());
+  for (TraceHandle* handle = TraceHandle::first_; handle != nullptr; handle = handle->next_)
     Trace::apply(levels, *handle);
-  processTrace.said.insert(processTrace.said.end(), levels.begin(), levels.end());
+  std::move(levels.begin(), levels.end(), std::back_inserter(processTrace.said));
 }
 
 TraceSink traceSinkIs(TraceSink sink) {
@@ -133,7 +141,8 @@ TraceHelper::TraceHelper(const TraceHandle& handle, unsigned level, const char* 
 }
 
 TraceHelper::~TraceHelper() {
-  if (!isOn_) return;
+  // A line for part of which there was no memory is lost as a whole.
+  if (!isOn_ || !line_) return;
   try {
     processTrace.write(line_.str());
   } catch (...) {

@@ -6,6 +6,12 @@
 
 namespace Mox {
 
+/// Sets levels by handle name: `NAME=LEVEL,LEVEL...` entries separated by `;`, where `*` stands
+/// for every handle or for every level, as in `ZelVrfSelection=5,7` or `*=7`. Of several entries
+/// for one handle the last holds. Throws `RangeException`, changing nothing, when `text` is not of
+/// this form.
+[[gnu::visibility("default")]] void traceLevelsIs(std::string_view text);
+
 /// A named source of text trace and the levels that are on for it.
 ///
 /// Levels are 0 to 9 and independent of one another. They come from the environment variable
@@ -17,7 +23,7 @@ class [[gnu::visibility("default")]] TraceHandle {
 
   /// `name` must outlive the handle. `levelsOn` has a bit for each level that is on unless told
   /// otherwise.
-  TraceHandle(const char* name, unsigned levelsOn);
+  TraceHandle(const char* name, unsigned levelsOn) noexcept;
   TraceHandle(const TraceHandle&) = delete;
   TraceHandle& operator=(const TraceHandle&) = delete;
   ~TraceHandle();
@@ -34,15 +40,14 @@ class [[gnu::visibility("default")]] TraceHandle {
   }
 
  private:
+  friend void traceLevelsIs(std::string_view text);
+
+  static TraceHandle* first_;
+
   const char* name_;
   unsigned levelsOn_;
+  TraceHandle* next_;  // of those that exist
 };
-
-/// Sets levels by handle name: `NAME=LEVEL,LEVEL...` entries separated by `;`, where `*` stands
-/// for every handle or for every level, as in `ZelVrfSelection=5,7` or `*=7`. Of several entries
-/// for one handle the last holds. Throws `RangeException`, changing nothing, when `text` is not of
-/// this form.
-[[gnu::visibility("default")]] void traceLevelsIs(std::string_view text);
 
 /// Takes each line of text trace, without its newline.
 using TraceSink = std::function<void(std::string_view line)>;

@@ -22,9 +22,12 @@ class [[gnu::visibility("default")]] Slab {
   Slab(std::string_view typeName, std::size_t blockSize);
   Slab(const Slab&) = delete;
   Slab& operator=(const Slab&) = delete;
+  ~Slab();
 
   /// A block for `size` bytes; a derived, larger object gets memory of its own.
   [[nodiscard]] void* allocate(std::size_t size);
+  /// Sees to it that the next block, unless it is for a larger object, needs no memory.
+  void makeRoom();
   /// Takes back what `allocate(size)` gave.
   void release(void* block, std::size_t size) noexcept;
 
@@ -51,6 +54,7 @@ class [[gnu::visibility("default")]] Slab {
   };
   using Page = std::unique_ptr<std::byte[]>;
 
+  void makeFreeBlock();
   void putOnFreeList(const Page& page) noexcept;
   void keepOnePage() noexcept;
 
@@ -86,6 +90,8 @@ template <class T>
 class SlabAllocated {
  public:
   static void* operator new(std::size_t size) { return slab().allocate(size); }
+  /// Sees to it that the next object needs no memory.
+  static void makeRoom() { slab().makeRoom(); }
   static void operator delete(void* block, std::size_t size) noexcept {
     slab().release(block, size);
   }

@@ -52,12 +52,17 @@ void useUp(std::set<Velo::String>& names, Use use) {
 }
 
 template <class Config>
+void makeRoomForSubscription(const Mox::Ptr<Config>& config) {
+  if (config) config->publisher().makeRoom();
+}
+
+template <class Config>
 void subscriptionIs(const Mox::Ptr<Config>& config, Velo::Subscriber& subscriber,
                     Velo::Subscriber::Dispatch dispatch) {
   if (!config || (subscriber.dispatch != nullptr) == (dispatch != nullptr)) return;
   if (dispatch != nullptr) {
-    subscriber.dispatch = dispatch;
     config->publisher().subscriberIs(subscriber);
+    subscriber.dispatch = dispatch;
   } else {
     config->publisher().subscriberDel(subscriber);
     subscriber.dispatch = nullptr;
@@ -157,13 +162,26 @@ const Mox::Type* ZelTrafficPolicySm::fwkType() const {
 void ZelTrafficPolicySm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
-  ServicePolicySm::hasNotificationActiveIs(active);
   subscriptionsAre(active);
+  ServicePolicySm::hasNotificationActiveIs(active);
   takesOver_ = active;
   synchronize();
 }
 
+void ZelTrafficPolicySm::pausedIs(bool paused) {
+  if (paused_ == paused) return;
+  const Mox::Ptr<ZelTrafficPolicySm> alive(this);
+  paused_ = paused;
+  takesOver_ = isFollowing();
+  synchronize();
+}
+
 void ZelTrafficPolicySm::subscriptionsAre(bool subscribed) {
+  if (subscribed) {
+    makeRoomForSubscription(inputs_.intfConfig);
+    makeRoomForSubscription(inputs_.policyConfig);
+    makeRoomForSubscription(inputs_.classTypeConfig);
+  }
   subscriptionIs(inputs_.intfConfig, intfConfigSubscriber_,
                  subscribed ? &intfConfigDispatch : nullptr);
   subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_,
@@ -177,6 +195,7 @@ void ZelTrafficPolicySm::intfConfigDispatch(Velo::Publisher* /*publisher*/,
                                             const void* key, const void* /*value*/) {
   if (attributeId != IntfConfig::intfAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  if (sm->paused_) return;
   sm->changedIntfs_.insert(nameOf(key));
   sm->synchronize();
 }
@@ -186,6 +205,7 @@ void ZelTrafficPolicySm::policyConfigDispatch(Velo::Publisher* /*publisher*/,
                                               const void* key, const void* /*value*/) {
   if (attributeId != PolicyMapTypeConfig::policyMapAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  if (sm->paused_) return;
   // Not by the value told: a later one may have been told before.
   sm->classMapUsers_.policyMapIs(nameOf(key), sm->inputs_.policyConfig->policyMap(nameOf(key)));
   sm->policyMapChanged(nameOf(key));
@@ -197,13 +217,14 @@ void ZelTrafficPolicySm::classTypeConfigDispatch(Velo::Publisher* /*publisher*/,
                                                  const void* key, const void* /*value*/) {
   if (attributeId != ClassMapTypeConfig::classMapAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  if (sm->paused_) return;
   for (const Velo::String& policyMap : sm->classMapUsers_.policyMaps(nameOf(key)))
     sm->policyMapChanged(policyMap);
   sm->synchronize();
 }
 
 void ZelTrafficPolicySm::handleAllowL2Intf() {
-  if (!hasNotificationActive() || !inputs_.intfConfig) return;
+  if (!isFollowing() || !inputs_.intfConfig) return;
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
   for (auto intf = inputs_.intfConfig->intf().iterator(); intf; ++intf) {
     if (intf.value().kind == IntfKind::l2) changedIntfs_.insert(intf.key());
@@ -251,10 +272,10 @@ void ZelTrafficPolicySm::synchronize() {
   if (isSynchronizing_) return;
   {
     const Raised synchronizing(isSynchronizing_);
-    while (hasNotificationActive() && isBehind())
+    while (isFollowing() && isBehind())
       synchronizeNext();
   }
-  if (!hasNotificationActive() || ready_ || !isProgrammed()) return;
+  if (!isFollowing() || ready_ || !isProgrammed()) return;
   ready_ = true;
   publisher().publish(readyAttribute, nullptr, &ready_);
 }
@@ -349,18 +370,18 @@ void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
   const std::set<std::uint32_t> sequences = sequencesOf(wanted.keys);
   // Once this machine is switched off from inside a notice, another may write the status.
   for (const RuleKey& rule : before) {
-    if (!hasNotificationActive()) return;
+    if (!isFollowing()) return;
     if (rule.policyMap != wanted.policyMap || !sequences.contains(rule.sequence))
       status->ruleStatusDel(rule);
   }
-  for (std::size_t at = 0; at < wanted.keys.size() && hasNotificationActive(); ++at)
+  for (std::size_t at = 0; at < wanted.keys.size() && isFollowing(); ++at)
     status->ruleStatusIs(wanted.keys[at], wanted.statuses[at]);
 }
 
 void ZelTrafficPolicySm::synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps) {
   if (!inputs_.status) return;
   for (const Velo::String& policyMap : policyMaps) {
-    if (!hasNotificationActive()) return;
+    if (!isFollowing()) return;
     if (inputs_.policyConfig && inputs_.policyConfig->policyMap(policyMap) != nullptr) {
       inputs_.status->policyStatusIs(policyMap, policyStatus(policyMap));
     } else {

@@ -71,6 +71,12 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
 
   /// Begins to follow the configuration, which is programmed first, or ends it.
   void hasNotificationActiveIs(bool active) override;
+  /// The same, but it stays subscribed, so that it can always go on, if only with the next change:
+  /// what its successor needs while it is built.
+  void pausedIs(bool paused);
+  [[nodiscard]] bool isPaused() const noexcept {
+    return paused_;
+  }
   [[nodiscard]] const Mox::Type* fwkType() const override;
 
   /// What it was built with.
@@ -108,6 +114,9 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   void policyMapChanged(const Velo::String& policyMap);
   void takeOver();
 
+  [[nodiscard]] bool isFollowing() const noexcept {
+    return hasNotificationActive() && !paused_;
+  }
   void synchronize();
   [[nodiscard]] bool isBehind() const noexcept;
   void synchronizeNext();
@@ -124,6 +133,7 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   const TrafficPolicyInputs inputs_;
   bool ready_ = false;
   bool isSynchronizing_ = false;
+  bool paused_ = false;
   bool takesOver_ = false;  // it has been switched on and has looked at nothing yet
   std::set<Velo::String> changedIntfs_;
   std::set<Velo::String> changedPolicyMaps_;

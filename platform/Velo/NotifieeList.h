@@ -23,6 +23,8 @@ struct NotifieeListDescriptor {
   bool (*add)(void* list, void* notifiee) = nullptr;
   /// Removes a notifiee; false when it was not there.
   bool (*remove)(void* list, void* notifiee) = nullptr;
+  /// Sees to it that adding one notifiee needs no memory.
+  void (*makeRoom)(void* list) = nullptr;
   /// Calls the visitor for each notifiee.
   void (*visit)(void* list, Visitor visitor, void* context) = nullptr;
   /// The notifiee after `previous` (the first one after null), null at the end. Given only while
@@ -53,6 +55,11 @@ class NotifieeList {
     places_.push_back(&notifiee);
     ++size_;
     return true;
+  }
+
+  /// Sees to it that adding one notifiee needs no memory.
+  void makeRoom() {
+    if (places_.size() == places_.capacity()) places_.reserve(2 * places_.size() + 1);
   }
 
   bool remove(const Notifiee& notifiee) noexcept {
@@ -143,6 +150,7 @@ NotifieeListDescriptor describe(NotifieeListDescriptor::Kind kind, const void* e
   descriptor.remove = [](void* from, void* notifiee) {
     return static_cast<List*>(from)->remove(*static_cast<Notifiee*>(notifiee));
   };
+  descriptor.makeRoom = [](void* to) { static_cast<List*>(to)->makeRoom(); };
   descriptor.visit = [](void* visited, NotifieeListDescriptor::Visitor visitor, void* context) {
     static_cast<List*>(visited)->visit([&](Notifiee& notifiee) { visitor(context, &notifiee); });
   };

@@ -13,7 +13,10 @@ constexpr std::size_t never = SIZE_MAX;
 constexpr std::size_t arenaBytes = std::size_t{1} << 30;
 
 std::size_t madeSoFar = 0;
+std::size_t failedSoFar = 0;
 std::size_t untilFailure = never;
+bool failureStays = false;
+unsigned sparing = 0;
 bool onPages = false;
 char* arena = nullptr;
 std::size_t arenaUsed = 0;
@@ -37,11 +40,23 @@ void* pagesFor(std::size_t size) noexcept {
   return pages;
 }
 
+bool isToFail() noexcept {
+  if (untilFailure == never) return false;
+  if (untilFailure != 0) {
+    --untilFailure;
+    return false;
+  }
+  if (!failureStays) untilFailure = never;
+  return true;
+}
+
 void* allocate(std::size_t size, std::size_t alignment = 0) noexcept {
-  ++madeSoFar;
-  if (untilFailure != never && untilFailure-- == 0) {
-    untilFailure = never;
-    return nullptr;
+  if (sparing == 0) {
+    ++madeSoFar;
+    if (isToFail()) {
+      ++failedSoFar;
+      return nullptr;
+    }
   }
   if (size == 0) size = 1;
   if (onPages) return pagesFor(size);
@@ -123,12 +138,29 @@ std::size_t made() noexcept {
 
 void failAfter(std::size_t further) noexcept {
   untilFailure = further;
+  failureStays = false;
+}
+
+void failFrom(std::size_t further) noexcept {
+  untilFailure = further;
+  failureStays = true;
+}
+
+std::size_t failed() noexcept {
+  return failedSoFar;
 }
 
 bool failureWithdrawn() noexcept {
   const bool wasToCome = untilFailure != never;
   untilFailure = never;
   return wasToCome;
+}
+
+Spared::Spared() noexcept {
+  ++sparing;
+}
+Spared::~Spared() {
+  --sparing;
 }
 
 OnPagesOfTheirOwn::OnPagesOfTheirOwn() noexcept {

@@ -11,8 +11,22 @@ namespace Allocations {
 
 /// Lets `further` allocations succeed, and the one after them fail once.
 void failAfter(std::size_t further) noexcept;
-/// Whether the failure that was asked for is still to come; withdraws it.
+/// Lets `further` allocations succeed, and has all after them fail until that is withdrawn.
+void failFrom(std::size_t further) noexcept;
+/// Whether a failure that was asked for is still to come; withdraws it.
 [[nodiscard]] bool failureWithdrawn() noexcept;
+/// Failures so far.
+[[nodiscard]] std::size_t failed() noexcept;
+
+/// While one lives, allocations neither count nor fail: they are those of a test, not of what it
+/// tests. They nest.
+class Spared {
+ public:
+  Spared() noexcept;
+  Spared(const Spared&) = delete;
+  Spared& operator=(const Spared&) = delete;
+  ~Spared();
+};
 
 /// While one lives, every allocation stands on pages that it shares with no other. They are not
 /// given back.
