@@ -12,8 +12,12 @@
 namespace ZelVrfSelectionPolicy::Testing {
 
 /// Classification hardware that holds its lists of rules in memory, for tests of whatever programs
-/// rules. Each call that changes something is written down, as "addRule INTF PLACE RULE",
+/// rules.
+///
+/// Each call that changes something is written down, as "addRule INTF PLACE RULE",
 /// "removeRule INTF PLACE RULE" or "moveRule INTF FROM TO RULE", with rules as `shown` has them.
+/// Choose it to see how few calls bring the hardware from one policy to another, and that an
+/// interface's list is right at each step; to classify packets choose the software chip.
 ///
 /// It holds its callers to what `PolicyMapAclHelper` promises to implementers: places that are
 /// there, and no call from inside another. A caller who breaks that gets a `std::logic_error` which

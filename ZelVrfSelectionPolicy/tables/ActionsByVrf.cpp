@@ -26,7 +26,9 @@ void ActionsByVrf::makeRoomFor(Position at, const VrfAction& action) {
   if (indexInList_.size() < place(at + 1, 0)) indexInList_.resize(place(at + 1, 0));
   for (const L3::VrfName* name : namesOf(action)) {
     if (lists_.size() <= name->number()) lists_.resize(name->number() + 1);
-    std::vector<Place>& places = lists_[name->number()].places;
+    std::unique_ptr<List>& list = lists_[name->number()];
+    if (list == nullptr) list = std::make_unique<List>();
+    std::vector<Place>& places = list->places;
     if (places.size() == places.capacity()) places.reserve(2 * places.size() + 1);
   }
 }
@@ -46,23 +48,24 @@ void ActionsByVrf::erase(Position at, const VrfAction& action) noexcept {
 }
 
 void ActionsByVrf::clear() noexcept {
-  for (List& list : lists_) {
-    std::fill(list.places.begin(), list.places.end(), none);
-    list.holes = static_cast<unsigned>(list.places.size());
-    tidy(list);
+  for (const auto& list : lists_) {
+    if (list == nullptr) continue;
+    std::fill(list->places.begin(), list->places.end(), none);
+    list->holes = static_cast<unsigned>(list->places.size());
+    tidy(*list);
   }
   indexInList_.clear();
   indexInList_.shrink_to_fit();
 }
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) noexcept {
-  std::vector<Place>& places = lists_[name.number()].places;
+  std::vector<Place>& places = lists_[name.number()]->places;
   places.push_back(place);
   indexInList_[place] = static_cast<std::uint32_t>(places.size() - 1);
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
-  List& list = lists_[name.number()];
+  List& list = *lists_[name.number()];
   list.places[indexInList_[place]] = none;
   ++list.holes;
   tidy(list);

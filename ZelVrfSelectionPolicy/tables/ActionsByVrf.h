@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "L3/VrfName.h"
@@ -60,48 +61,45 @@ class ActionsByVrf {
   class Walk {
    public:
     Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept
-        : actions_(actions), list_(vrfName.number()), isOnList_(list_ < actions.lists_.size()) {
-      if (!isOnList_) return;
-      at_ = places().size();
-      ++actions.lists_[list_].walks;
+        : actions_(actions), list_(actions.list(vrfName)) {
+      if (list_ == nullptr) return;
+      at_ = list_->places.size();
+      ++list_->walks;
     }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
     ~Walk() {
-      if (!isOnList_) return;
-      List& list = actions_.lists_[list_];
-      if (--list.walks == 0 && list.holes != 0) actions_.tidy(list);
+      if (list_ == nullptr) return;
+      if (--list_->walks == 0 && list_->holes != 0) actions_.tidy(*list_);
     }
 
     /// The next entry, `none` at the end.
     [[nodiscard]] Position next() noexcept {
       while (at_ != 0) {
-        if (const Place place = places()[--at_]; place != none) return place / fields;
+        if (const Place place = list_->places[--at_]; place != none) return place / fields;
       }
       return none;
     }
     /// The entry that `next` will give after `further` others, `none` when that is not known.
     [[nodiscard]] Position ahead(std::size_t further) const noexcept {
       if (at_ <= further) return none;
-      const Place place = places()[at_ - 1 - further];
+      const Place place = list_->places[at_ - 1 - further];
       return place == none ? none : place / fields;
     }
     /// Whether the entry that `next` gave last has not been taken out since.
-    [[nodiscard]] bool isThere() const noexcept { return places()[at_] != none; }
+    [[nodiscard]] bool isThere() const noexcept { return list_->places[at_] != none; }
 
    private:
-    [[nodiscard]] const std::vector<Place>& places() const noexcept {
-      return actions_.lists_[list_].places;
-    }
-
     ActionsByVrf& actions_;
-    unsigned list_;
-    bool isOnList_;  // nobody has ever named the VRF otherwise
+    List* list_;  // null when nobody has ever named the VRF
     std::size_t at_ = 0;
   };
 
  private:
   static Place place(Position at, unsigned field) noexcept { return at * fields + field; }
+  [[nodiscard]] List* list(const L3::VrfName& name) const noexcept {
+    return name.number() < lists_.size() ? lists_[name.number()].get() : nullptr;
+  }
   void link(Place place, const L3::VrfName& name) noexcept;
   void unlink(Place place, const L3::VrfName& name) noexcept;
   [[gnu::visibility("default")]] void tidy(List& list) noexcept;
@@ -109,7 +107,7 @@ class ActionsByVrf {
 
   // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. A name's number
   // passes to another name only when no entry has it, so that its list has nothing but holes.
-  std::vector<List> lists_;  // by the numbers of names
+  std::vector<std::unique_ptr<List>> lists_;  // by the numbers of names
   std::vector<std::uint32_t> indexInList_;
 };
 

@@ -18,16 +18,23 @@ namespace ZelVrfSelectionPolicy {
 /// whose creation failed is still created in this sense: it is updated, and deleted, like any
 /// other, and an update may well succeed where the creation did not. Creation is not retried.
 ///
-/// A failure is data in the returned record, never an exception: `status` "programmingFailure", a
-/// `failureReason`, and a `failureDescription` that an operator understands. The record is
-/// published as it is returned.
+/// A failure is data in the returned record, never an exception. Success is the default record:
+/// "programmedInHw", "failureNone". A failure is "programmingFailure", with a `failureReason`
+/// ("failureVrfResourceExhausted" when no resource is free, "failureVrfResourceAlloc" when one
+/// could not be had otherwise) and a `failureDescription` that an operator understands: one line of
+/// printable UTF-8 of at most 1000 bytes. Names of VRFs are any bytes, so a description that holds
+/// one must escape it, for example by `Mox::quoted`. The record is published as it is returned.
 ///
 /// What a hook programs depends on the action's fields and on facts about the VRFs that they name,
 /// which it reads at that moment: their hardware VRF ids, prefix lengths in exact match, fallback
 /// VRFs and the decapsulation flags. The three references below lead there. When a fact changes,
 /// `updateVrf` is called for every action that depends on it, possibly more than once and also
-/// when nothing that matters to this chip changed, so an update must be idempotent. From the call
-/// of `deleteVrf` on, the action is not updated any more.
+/// when nothing that matters to this chip changed, so an update must be idempotent: equal updates
+/// give equal records, and take no further resource. From the call of `deleteVrf` on, the action is
+/// not updated any more.
+///
+/// Deleting an action frees all that it holds, whatever became of its creation and its updates, and
+/// touches no other. A resource that is free can be had by the next action that is created.
 ///
 /// A hook may change the tables and the configuration that the library reacts to. What it changes
 /// about another action is handled before the hook returns; what it changes about the count of the
@@ -35,6 +42,8 @@ namespace ZelVrfSelectionPolicy {
 ///
 /// Hardware resources outlive the state machine that asked for them: neither its destruction nor
 /// its replacement calls a hook.
+///
+/// `testing/VrfHelperConformance.h` checks a chip against all this.
 ///
 ///     class MyChip final : public VrfHelper { ... };
 ///     Mox::Ptr<VrfHelper> chip = Mox::makePtr<MyChip>(fallback, routes, routes6);
@@ -55,8 +64,8 @@ class [[gnu::visibility("default")]] VrfHelper : public Zel::ZelBaseHelper {
   [[nodiscard]] virtual HwStatus createVrf(const VrfAction& action) = 0;
   /// Programs the existing resource of `action` anew, by the facts as they are now.
   [[nodiscard]] virtual HwStatus updateVrf(const VrfAction& action) = 0;
-  /// Frees the resource of `action`. Also called, before the process stops, for an action that was
-  /// never created.
+  /// Frees what `action` holds, if it holds anything. Also called, before the process stops, for an
+  /// action that was never created.
   virtual void deleteVrf(const VrfAction& action) = 0;
 
   /// The configured fallback VRFs.

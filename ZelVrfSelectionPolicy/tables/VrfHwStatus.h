@@ -84,13 +84,14 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     [[nodiscard]] bool advance() noexcept {
       at_ = walk_.next();
       if (at_ == HwStatuses::none) return false;
+      action_ = &statuses_->hwStatus_.key(at_);
       const HwStatuses::Position soon = walk_.ahead(fetchedAhead);
       if (soon != HwStatuses::none) statuses_->hwStatus_.prefetch(soon);
       return true;
     }
     /// The action that it stands on, valid as long as the walk, whatever becomes of its entry.
     [[nodiscard]] const VrfAction& action() const noexcept {
-      return statuses_->hwStatus_.key(at_);
+      return *action_;
     }
     /// Stores `status` for it, unless its entry has been removed meanwhile. As
     /// `VrfHwStatus::hwStatusIs`, without a search.
@@ -109,6 +110,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     Mox::Ptr<VrfHwStatus> statuses_;
     ActionsByVrf::Walk walk_;
     HwStatuses::Position at_ = HwStatuses::none;
+    const VrfAction* action_ = nullptr;  // at that position
   };
 
   /// The creation or deletion of one action's resource while it is under way.

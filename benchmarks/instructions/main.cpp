@@ -1,7 +1,8 @@
 // Works for the instruction counter: each piece of work is done some times to warm up, and then a
 // thousand times while the counter runs. Run it through `./dev bench --check-instructions`.
 //
-// usage: zel-instructions [WORK TIMES]     does one piece of work, for a profiler
+// usage: zel-instructions [WORK TIMES [ACTIONS]]     does one piece of work, for a profiler, in
+//                                                    tables of that many actions
 
 #include <valgrind/callgrind.h>
 
@@ -20,7 +21,7 @@ namespace {
 using Benchmarks::World;
 using ZelVrfSelectionPolicy::VrfAction;
 
-constexpr std::size_t tableSize = 10'000;
+constexpr std::size_t usualTableSize = 10'000;
 constexpr unsigned warmUps = 2'000;
 constexpr unsigned counted = 1'000;
 
@@ -29,11 +30,12 @@ const L3::VrfName& changing() {
   return name;
 }
 
-// A table in which 16 actions name the VRF that changes.
-std::vector<VrfAction> presentActions() {
-  std::vector<VrfAction> present = Benchmarks::actions(tableSize, 1);
-  for (unsigned i = 0; i < 16; ++i)
-    present[i * 600].fallbackVrfNameIs(changing());
+// A table in which 16 actions, or all if they are fewer, name the VRF that changes.
+std::vector<VrfAction> presentActions(std::size_t size) {
+  std::vector<VrfAction> present = Benchmarks::actions(size, 1);
+  const std::size_t step = size / 16 + 1;
+  for (std::size_t i = 0; i < size; i += step)
+    present[i].fallbackVrfNameIs(changing());
   return present;
 }
 
@@ -46,6 +48,12 @@ std::function<void()> lifeOfAnAction(World& world) {
     const VrfAction& action = coming[i++ % coming.size()];
     world.users->vrfRefCountInc(action, 1);
     world.users->vrfRefCountDec(action, 1);
+  };
+}
+
+std::function<void()> lookup(World& world, const std::vector<VrfAction>& present) {
+  return [&world, asked = Benchmarks::shuffled(present, 3), i = std::size_t{0}]() mutable {
+    static_cast<void>(world.users->vrfRefCount(asked[i++ % asked.size()]));
   };
 }
 
@@ -91,6 +99,10 @@ void count(const char* name, const std::function<void()>& work) {
   CALLGRIND_DUMP_STATS_AT(name);
 }
 
+unsigned long number(const char* text) {
+  return std::strtoul(text, nullptr, 10);
+}
+
 struct Work {
   const char* name;
   std::function<void()> once;
@@ -99,16 +111,20 @@ struct Work {
 }  // namespace
 
 int main(int argc, char** argv) {
-  World world(presentActions());
+  const bool isForProfiler = argc == 3 || argc == 4;
+  const std::vector<VrfAction> present =
+      presentActions(argc == 4 ? number(argv[3]) : usualTableSize);
+  World world(present);
   Subscribers subscribers;
-  const std::array<Work, 4> works{{{"refresh", refresh(world)},
+  const std::array<Work, 5> works{{{"refresh", refresh(world)},
+                                   {"lookup", lookup(world, present)},
                                    {"life", lifeOfAnAction(world)},
                                    {"publication", publication(subscribers)},
                                    {"message", message()}}};
   for (const Work& work : works) {
-    if (argc == 3 && std::string_view(argv[1]) != work.name) continue;
-    if (argc == 3) {
-      repeat(work.once, static_cast<unsigned>(std::strtoul(argv[2], nullptr, 10)));
+    if (isForProfiler && std::string_view(argv[1]) != work.name) continue;
+    if (isForProfiler) {
+      repeat(work.once, static_cast<unsigned>(number(argv[2])));
     } else {
       count(work.name, work.once);
     }

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "Mox/QuotedString.h"
+
 namespace SoftChip {
 namespace {
 
@@ -19,10 +21,16 @@ HwStatus failure(FailureCode reason, const std::string& description) {
   return status;
 }
 
+// In double quotes, and on one line whatever bytes the name is of.
+std::string inQuotes(const L3::VrfName& vrf) {
+  const std::string quoted = Mox::quoted(vrf.bytes());
+  return '"' + quoted.substr(1, quoted.size() - 2) + '"';
+}
+
 HwStatus noIdFailure(const L3::VrfName& vrf) {
   return failure(FailureCode::failureVrfResourceAlloc,
-                 "VRF \"" + vrf.str() +
-                     "\" has no hardware VRF id; the action is programmed when it gets one");
+                 "VRF " + inQuotes(vrf) +
+                     " has no hardware VRF id; the action is programmed when it gets one");
 }
 
 HwStatus exhaustedFailure(std::size_t used, std::uint32_t capacity) {

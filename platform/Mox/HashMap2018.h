@@ -146,6 +146,7 @@ class HashMap2018 {
     destroyEntries();
     std::vector<std::unique_ptr<Chunk>>().swap(chunks_);
     std::vector<IndexEntry>().swap(index_);
+    recentPlace_ = 0;
     firstFree_ = none;
     slots_ = 0;
     count_ = 0;
@@ -221,6 +222,7 @@ class HashMap2018 {
 
   template <class K, class V, class Prepare>
   std::pair<Position, bool> insertAs(K&& key, V&& value, Prepare&& prepare) {
+    if (isAtRecentPlace(key)) return {index_[recentPlace_].position, false};
     const std::uint32_t hash = hashOf(key);
     if (index_.empty()) grow();
     std::size_t place = indexPlace(key, hash);
@@ -239,6 +241,7 @@ class HashMap2018 {
     }
     chunkOf(at).used |= bitOf(at);
     index_[place] = {hash, at};
+    recentPlace_ = place;
     ++count_;
     return {at, true};
   }
@@ -300,11 +303,20 @@ class HashMap2018 {
   static unsigned indexLimit(std::size_t places) noexcept {
     return static_cast<unsigned>(places / 2);
   }
+  // Whether `key` has the place where the last search ended: a change and those who are told of it
+  // ask for one key again and again.
+  bool isAtRecentPlace(const Key& key) const noexcept {
+    if (count_ == 0) return false;
+    const Position recent = index_[recentPlace_].position;
+    return recent != none && entry(recent).key == key;
+  }
   // The place of `key` in the index, `absent` when it has none.
   std::size_t presentPlace(const Key& key) const noexcept {
     if (count_ == 0) return absent;
+    if (isAtRecentPlace(key)) return recentPlace_;
     const std::size_t place = indexPlace(key, hashOf(key));
-    return index_[place].position == none ? absent : place;
+    if (index_[place].position == none) return absent;
+    return recentPlace_ = place;
   }
   // The place of `key` in the index, or the free place where it would go.
   std::size_t indexPlace(const Key& key, std::uint32_t hash) const noexcept {
@@ -343,6 +355,7 @@ class HashMap2018 {
 
   std::vector<std::unique_ptr<Chunk>> chunks_;
   std::vector<IndexEntry> index_;
+  mutable std::size_t recentPlace_ = 0;  // in the index, unless that is empty
   Position slots_ = 0;  // positions below it have been used since the last clearing
   Position firstFree_ = none;
   unsigned count_ = 0;

@@ -1,15 +1,19 @@
-"""An outside project finds the installed package both ways, builds on it, and runs."""
+"""Outside projects find the installed package both ways, build on it, and run."""
 
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 
+import shown_project
+
 OUTSIDE = pathlib.Path(__file__).resolve().parent / "outside"
+CHIP_AUTHORS = OUTSIDE.parents[2] / "docs" / "chip-authors.md"
 PRINTED = """\
 create red with hardware id 0
 update red with hardware id 7
@@ -27,7 +31,12 @@ def run(*command, **options):
     return finished.stdout
 
 
+def files_below(folder):
+    return {file.relative_to(folder).as_posix() for file in folder.rglob("*") if file.is_file()}
+
+
 class InstalledPackage(unittest.TestCase):
+    maxDiff = None
     arguments = None
 
     @classmethod
@@ -63,6 +72,54 @@ class InstalledPackage(unittest.TestCase):
         with self.assertRaisesRegex(AssertionError, 'compatible with requested\\s+version "2"'):
             self.configure(self.project / "build")
 
+    def test_the_library_alone_needs_no_googletest(self):
+        self.configure(self.project / "build", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON")
+
+    def test_the_kit_for_tests_needs_googletest(self):
+        self.ask_for("Testing")
+        with self.assertRaisesRegex(AssertionError, "GTest"):
+            self.configure(self.project / "build", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON")
+
+    def test_find_package_refuses_a_component_that_there_is_not(self):
+        self.ask_for("Teasing")
+        with self.assertRaisesRegex(AssertionError, "component Teasing is not\\s+installed"):
+            self.configure(self.project / "build")
+
+    def test_the_component_testing_is_the_kit_alone(self):
+        kit = pathlib.Path(self.scratch.name, "kit")
+        run(self.arguments.cmake, "--install", self.arguments.build, "--component", "testing",
+            "--prefix", kit)
+        installed = files_below(kit)
+        self.assertTrue(installed)
+        self.assertLessEqual(installed, files_below(self.prefix))
+        headers = {file for file in installed if file.endswith(".h")}
+        self.assertIn("include/zel-vrf-selection-policy/testing/VrfHelperConformance.h", headers)
+        self.assertTrue(all("/testing/" in header for header in headers), headers)
+        others = {re.sub("-[a-z]+(?=.cmake)", "", pathlib.Path(file).name)
+                  for file in installed - headers}
+        self.assertEqual(others, {"libZelVrfSelectionPolicyTesting.a",
+                                  "ZelVrfSelectionPolicyTestingTargets.cmake"})
+
+    def test_without_the_kit_the_component_is_not_found(self):
+        bare = pathlib.Path(self.scratch.name, "bare")
+        run(self.arguments.cmake, "--install", self.arguments.build, "--component", "Unspecified",
+            "--prefix", bare)
+        self.ask_for("Testing")
+        with self.assertRaisesRegex(AssertionError, "component Testing is not\\s+installed"):
+            self.configure(self.project / "build", prefix=bare)
+
+    def test_the_document_for_chip_authors_leads_to_a_chip_that_passes(self):
+        project = pathlib.Path(self.scratch.name, "shelf")
+        project.mkdir()
+        environment = {**os.environ, "CXX": self.arguments.compiler, "CXXFLAGS": self.flags,
+                       "LC_ALL": "C", "ZEL_TEST_SEED": "1"}
+        outputs = shown_project.follow(CHIP_AUTHORS.read_text(), project, environment,
+                                       [("/opt/zel", str(self.prefix))])
+        self.assertEqual(len(outputs), 4, "all transcripts were found")
+        for command, shown, printed in outputs:
+            with self.subTest(command):
+                self.assertEqual(printed, shown)
+
     def test_pkg_config_gives_the_flags_to_compile_and_link_with(self):
         search = self.package_file().parent
         run("make", "-C", self.project, f"CXX={self.arguments.compiler}",
@@ -81,10 +138,17 @@ class InstalledPackage(unittest.TestCase):
                   if file.suffix in (".cmake", ".pc") and build in file.read_text()]
         self.assertEqual(naming, [])
 
-    def configure(self, build):
+    def ask_for(self, component):
+        listfile = self.project / "CMakeLists.txt"
+        listfile.write_text(listfile.read_text().replace(
+            "ZelVrfSelectionPolicy 1 REQUIRED",
+            f"ZelVrfSelectionPolicy 1 REQUIRED COMPONENTS {component}"))
+
+    def configure(self, build, *options, prefix=None):
         run(self.arguments.cmake, "-S", self.project, "-B", build,
-            f"-DCMAKE_PREFIX_PATH={self.prefix}",
-            f"-DCMAKE_CXX_COMPILER={self.arguments.compiler}", f"-DCMAKE_CXX_FLAGS={self.flags}")
+            f"-DCMAKE_PREFIX_PATH={prefix or self.prefix}",
+            f"-DCMAKE_CXX_COMPILER={self.arguments.compiler}", f"-DCMAKE_CXX_FLAGS={self.flags}",
+            *options)
 
     def package_file(self):
         (found,) = self.prefix.rglob("zel-vrf-selection-policy.pc")

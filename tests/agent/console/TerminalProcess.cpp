@@ -4,10 +4,13 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
+#include <thread>
 
 extern char** environ;
 
@@ -15,7 +18,8 @@ namespace ZelAgent {
 namespace {
 
 // So long a process may show nothing before a test fails instead of hanging.
-constexpr int patience = 120000;
+constexpr int patience = 120000;  // ms
+constexpr std::chrono::milliseconds lookAgain{1};
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -55,6 +59,7 @@ TerminalProcess::~TerminalProcess() {
 }
 
 void TerminalProcess::type(std::string_view keys) const {
+  EXPECT_TRUE(isTakenByKey()) << "no line editor took the keys";
   EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
 }
 
@@ -72,10 +77,24 @@ std::string TerminalProcess::waitFor(const std::string& text) {
 int TerminalProcess::exitStatus() {
   while (readMore()) {
   }
+  if (!hasLeft_) {
+    ADD_FAILURE() << "it did not end; on the screen:\n" << screen_;
+    kill(process_, SIGKILL);
+  }
   int status = 0;
   EXPECT_EQ(waitpid(process_, &status, 0), process_);
   process_ = -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+bool TerminalProcess::isTakenByKey() const {
+  for (int looks = 0; looks < patience; ++looks) {
+    termios modes{};
+    if (tcgetattr(terminal_, &modes) != 0) return false;
+    if ((modes.c_lflag & ICANON) == 0U) return true;
+    std::this_thread::sleep_for(lookAgain);
+  }
+  return false;
 }
 
 bool TerminalProcess::readMore() {
@@ -83,7 +102,8 @@ bool TerminalProcess::readMore() {
   if (::poll(&poll, 1, patience) != 1) return false;
   std::array<char, 4096> block{};
   const auto got = read(terminal_, block.data(), block.size());
-  if (got <= 0) return false;
+  hasLeft_ = got <= 0;
+  if (hasLeft_) return false;
   screen_.append(block.data(), static_cast<std::size_t>(got));
   return true;
 }

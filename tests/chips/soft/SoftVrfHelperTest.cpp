@@ -122,6 +122,11 @@ TEST_F(SoftVrfHelperTest, EachVrfThatAnActionNamesNeedsAnId) {
   EXPECT_EQ(textOf(chip_->updateVrf(action)), "programmedInHw");
 }
 
+TEST_F(SoftVrfHelperTest, ADescriptionHasOddBytesOfNamesEscaped) {
+  const VrfAction odd("two\nlines", ActionType::vrf);
+  EXPECT_EQ(textOf(chip_->createVrf(odd)), noId("two\\nlines"));
+}
+
 TEST_F(SoftVrfHelperTest, AConfiguredFallbackNeedsNoId) {
   fallbacks_->fallbackVrfIs("red", "nowhere");
   EXPECT_EQ(textOf(chip_->createVrf(red_)), "programmedInHw");

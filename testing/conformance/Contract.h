@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace ZelVrfSelectionPolicy::Testing::Conformance {
+
+/// A failure's last words: the clause of the contract that is broken.
+[[nodiscard]] inline std::string contract(const std::string& clause) {
+  return "The contract of VrfHelper says: " + clause + ".";
+}
+
+// Clauses on which several tests insist.
+inline constexpr const char* freeResourcesCanBeHad =
+    "a resource that is free can be had by the next action that is created";
+inline constexpr const char* deletionFrees = "deleting an action frees all that it holds";
+
+}  // namespace ZelVrfSelectionPolicy::Testing::Conformance

@@ -1,0 +1,140 @@
+// The chip as the library drives it: by the users of actions, and by changes of facts.
+
+#include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
+#include "testing/Shown.h"
+#include "testing/VrfHelperConformance.h"
+#include "testing/conformance/Bench.h"
+#include "testing/conformance/Contract.h"
+#include "testing/conformance/FactChanges.h"
+#include "testing/conformance/TestFiles.h"
+
+namespace ZelVrfSelectionPolicy::Testing {
+namespace Conformance {
+
+void linkLibraryTests() {}
+
+namespace {
+
+// The library's state machine, its tables, and the chip on the bench.
+class Library {
+ public:
+  explicit Library(const Bench& bench) : bench_(bench) { machineIs(); }
+
+  // In place of the one that there was.
+  void machineIs() {
+    machine_ = vrfSmFactory(users_, statuses_, bench_.helper(), bench_.facts().fallbacks,
+                            bench_.facts().routes, bench_.facts().routes6);
+  }
+  void usersAre(const VrfAction& action, unsigned count) { users_->vrfRefCountIs(action, count); }
+  [[nodiscard]] HwStatus statusOf(const VrfAction& action) const {
+    return statuses_->hwStatus(action);
+  }
+
+ private:
+  const Bench& bench_;
+  Mox::Ptr<VrfHwConfig> users_ = vrfHwConfigFactory();
+  Mox::Ptr<VrfHwStatus> statuses_ = vrfHwStatusFactory();
+  Mox::Ptr<VrfSm> machine_;
+};
+
+// As many actions as the chip takes, each with a user, and the one that it refuses.
+Filling fillThrough(Library& library, Bench& bench, std::size_t most) {
+  Filling filling;
+  for (std::size_t number = 1; number <= most && !filling.refusal; ++number) {
+    const VrfAction action = bench.numbered(number);
+    library.usersAre(action, 1);
+    if (isProgrammed(library.statusOf(action))) {
+      filling.held.push_back(action);
+    } else {
+      filling.refused = action;
+      filling.refusal = library.statusOf(action);
+    }
+  }
+  return filling;
+}
+
+}  // namespace
+}  // namespace Conformance
+
+using namespace Conformance;
+
+TEST_P(VrfHelperConformance, UsersThatComeAndGoLeaveNothingBehind) {
+  Library library(bench());
+  const Occupancy before = bench().occupancy();
+  const VrfAction action = bench().plain("red");
+  for (const unsigned users : {1U, 2U, 3U, 1U, 0U}) {
+    library.usersAre(action, users);
+    EXPECT_EQ(result(library.statusOf(action)), "programmed")
+        << "published with " << users << " users";
+  }
+  EXPECT_EQ(bench().occupancy(), before) << "after the last user is gone\n"
+                                         << contract(deletionFrees);
+}
+
+TEST_P(VrfHelperConformance, ChangesOfFactsTakeNoResourcesAndMendWhatTheyBroke) {
+  Library library(bench());
+  const Occupancy before = bench().occupancy();
+  std::vector<VrfAction> programmed;
+  for (const VrfAction& action : {bench().plain("red"), bench().decapsulating()}) {
+    library.usersAre(action, 1);
+    if (isProgrammed(library.statusOf(action))) programmed.push_back(action);
+  }
+  const Occupancy during = bench().occupancy();
+  for (const FactChange& change : factChanges()) {
+    change.make(bench().facts());
+    change.undo(bench().facts());
+    for (const VrfAction& action : programmed) {
+      EXPECT_EQ(result(library.statusOf(action)), "programmed")
+          << "published for " << shown(action) << ", after " << change.what
+          << ", and all was as before again\n"
+          << contract(
+                 "updateVrf programs the resource anew, by the facts as they are at that "
+                 "moment");
+    }
+  }
+  EXPECT_EQ(bench().occupancy(), during) << contract("updateVrf must be idempotent");
+  library.usersAre(bench().plain("red"), 0);
+  library.usersAre(bench().decapsulating(), 0);
+  EXPECT_EQ(bench().occupancy(), before) << contract(deletionFrees);
+}
+
+TEST_P(VrfHelperConformance, AFullChipRecoversWhenUsersLeave) {
+  Library library(bench());
+  const Occupancy before = bench().occupancy();
+  const std::size_t most = bench().chip().capacity().value_or(bench().chip().mostCreations()) + 1;
+  const Filling filling = fillThrough(library, bench(), most);
+  ASSERT_FALSE(filling.held.empty()) << "nothing fits into an empty chip\n"
+                                     << contract(freeResourcesCanBeHad);
+  library.usersAre(filling.held.front(), 0);
+  if (filling.refusal) {
+    library.usersAre(filling.refused, 0);
+    library.usersAre(filling.refused, 1);
+    EXPECT_EQ(result(library.statusOf(filling.refused)), "programmed")
+        << "published for " << shown(filling.refused) << ", which the full chip had refused, and "
+        << "which got its first user again after another action had lost its last\n"
+        << contract(deletionFrees);
+    library.usersAre(filling.refused, 0);
+  }
+  for (std::size_t place = 1; place < filling.held.size(); ++place)
+    library.usersAre(filling.held[place], 0);
+  EXPECT_EQ(bench().occupancy(), before) << "after the last user is gone\n"
+                                         << contract(deletionFrees);
+}
+
+TEST_P(VrfHelperConformance, ResourcesOutliveTheStateMachineThatAskedForThem) {
+  Library library(bench());
+  const Occupancy before = bench().occupancy();
+  const VrfAction action = bench().plain("red");
+  library.usersAre(action, 1);
+  const Occupancy during = bench().occupancy();
+  library.machineIs();
+  factChanges().front().make(bench().facts());
+  EXPECT_EQ(result(library.statusOf(action)), "programmed")
+      << "published after another state machine had taken over, and a hardware id had changed";
+  EXPECT_EQ(bench().occupancy(), during)
+      << contract("resources outlive the state machine that asked for them");
+  library.usersAre(action, 0);
+  EXPECT_EQ(bench().occupancy(), before) << contract(deletionFrees);
+}
+
+}  // namespace ZelVrfSelectionPolicy::Testing

@@ -1,0 +1,41 @@
+// The conformance suite on a right chip and on wrong ones. Most of these tests fail, as they
+// should: conformance_faults_test.py runs this program and knows which.
+
+#include "testing/VrfHelperConformance.h"
+#include "tests/testing/PoolChip.h"
+
+namespace ZelVrfSelectionPolicy::Testing {
+namespace {
+
+auto both(Fault fault) {
+  return ::testing::Values(chipUnderTest<TellingPoolChip>(fault),
+                           chipUnderTest<SilentPoolChip>(fault));
+}
+
+INSTANTIATE_TEST_SUITE_P(none, VrfHelperConformance, both(Fault::none));
+INSTANTIATE_TEST_SUITE_P(creationLeaks, VrfHelperConformance, both(Fault::creationLeaks));
+INSTANTIATE_TEST_SUITE_P(updateLeaks, VrfHelperConformance, both(Fault::updateLeaks));
+INSTANTIATE_TEST_SUITE_P(updateTakesAnother, VrfHelperConformance, both(Fault::updateTakesAnother));
+INSTANTIATE_TEST_SUITE_P(updateDoesNothing, VrfHelperConformance, both(Fault::updateDoesNothing));
+INSTANTIATE_TEST_SUITE_P(outcomesDiffer, VrfHelperConformance, both(Fault::outcomesDiffer));
+INSTANTIATE_TEST_SUITE_P(descriptionHasRawNames, VrfHelperConformance,
+                         both(Fault::descriptionHasRawNames));
+INSTANTIATE_TEST_SUITE_P(failureWithoutReason, VrfHelperConformance,
+                         both(Fault::failureWithoutReason));
+INSTANTIATE_TEST_SUITE_P(failureWithoutDescription, VrfHelperConformance,
+                         both(Fault::failureWithoutDescription));
+INSTANTIATE_TEST_SUITE_P(successWhenFull, VrfHelperConformance, both(Fault::successWhenFull));
+INSTANTIATE_TEST_SUITE_P(throwsWhenFull, VrfHelperConformance, both(Fault::throwsWhenFull));
+INSTANTIATE_TEST_SUITE_P(anotherReasonWhenFull, VrfHelperConformance,
+                         both(Fault::anotherReasonWhenFull));
+INSTANTIATE_TEST_SUITE_P(deletionFreesNothing, VrfHelperConformance,
+                         both(Fault::deletionFreesNothing));
+INSTANTIATE_TEST_SUITE_P(deletionFreesAnother, VrfHelperConformance,
+                         both(Fault::deletionFreesAnother));
+INSTANTIATE_TEST_SUITE_P(refusalFreesAnother, VrfHelperConformance,
+                         both(Fault::refusalFreesAnother));
+INSTANTIATE_TEST_SUITE_P(deadStayDead, VrfHelperConformance, both(Fault::deadStayDead));
+INSTANTIATE_TEST_SUITE_P(defaultVrfRefused, VrfHelperConformance, both(Fault::defaultVrfRefused));
+
+}  // namespace
+}  // namespace ZelVrfSelectionPolicy::Testing

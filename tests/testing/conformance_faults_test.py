@@ -1,0 +1,137 @@
+"""The conformance suite passes a right chip, and fails each wrong one by the tests that it should.
+
+usage: conformance_faults_test.py PROGRAM
+
+PROGRAM runs the suite on chips with one fault each, twice: on one that tells what it holds, and on
+one that tells nothing.
+"""
+
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAM = pathlib.Path(sys.argv[1])
+
+CREATED = "ACreationWithAllThatItNeedsIsReportedAsProgrammed"
+REASON = "AFailureHasAReasonAndADescriptionAndASuccessNoReason"
+LINE = "ADescriptionFitsOnOneLineWhateverTheVrfsAreCalled"
+EXHAUSTED = "AFullChipRefusesBecauseItIsExhausted"
+REFUSED = "ARefusedCreationTakesNothing"
+ROOM = "AfterADeletionACreationFitsAgain"
+REFILLED = "AsManyActionsFitAfterAllAreDeletedAsBefore"
+FAILED = "AFailedCreationLeavesNothingBehindItsDeletion"
+UPDATED_FAILED = "AnUpdateAfterAFailedCreationTakesNothingThatItsDeletionDoesNotFree"
+UPDATE_FAILED = "AFailedUpdateLosesNoResource"
+IDEMPOTENT = "EqualUpdatesGiveEqualOutcomesAndTakeNoResource"
+ANEW = "AnUpdateProgramsWhatACreationByTheSameFactsDoes"
+NEVER = "DeletingWhatWasNeverCreatedTouchesNothing"
+AGAIN = "ADeletedActionCanBeCreatedAgain"
+RANDOM = "AnyOrderOfCallsLeavesNothingBehind"
+USERS = "UsersThatComeAndGoLeaveNothingBehind"
+FACTS = "ChangesOfFactsTakeNoResourcesAndMendWhatTheyBroke"
+RECOVERS = "AFullChipRecoversWhenUsersLeave"
+OUTLIVE = "ResourcesOutliveTheStateMachineThatAskedForThem"
+ALL = {CREATED, REASON, LINE, EXHAUSTED, REFUSED, ROOM, REFILLED, FAILED, UPDATED_FAILED,
+       UPDATE_FAILED, IDEMPOTENT, ANEW, NEVER, AGAIN, RANDOM, USERS, FACTS, RECOVERS, OUTLIVE}
+# What a chip that tells nothing holds is found by filling it, so these fill it, too.
+FILL_IT = {FAILED, UPDATED_FAILED, UPDATE_FAILED, IDEMPOTENT, NEVER, RANDOM, USERS, FACTS, OUTLIVE}
+
+# The tests that each fault fails, and those that it fails besides when the chip tells nothing.
+# A test that sees a fault only by what the chip tells is in no row of the second.
+FAILS = {
+    "none": (set(), set()),
+    "creationLeaks": ({FAILED, UPDATED_FAILED, RANDOM}, set()),
+    "updateLeaks": ({UPDATED_FAILED, UPDATE_FAILED, RANDOM, FACTS}, set()),
+    "updateTakesAnother":
+        ({IDEMPOTENT, REFUSED, UPDATE_FAILED, ANEW, RANDOM, FACTS, OUTLIVE}, set()),
+    "updateDoesNothing": ({ANEW}, set()),
+    "outcomesDiffer": ({IDEMPOTENT}, set()),
+    "descriptionHasRawNames": ({LINE}, set()),
+    "failureWithoutReason": ({REASON, EXHAUSTED}, set()),
+    "failureWithoutDescription": ({REASON}, set()),
+    "successWhenFull": ({EXHAUSTED}, set()),
+    "throwsWhenFull": ({EXHAUSTED, REASON, LINE, REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT),
+    "anotherReasonWhenFull": ({EXHAUSTED}, set()),
+    "deletionFreesNothing":
+        ({ROOM, REFUSED, REFILLED, UPDATED_FAILED, ANEW, RANDOM, USERS, FACTS, RECOVERS, OUTLIVE},
+         FILL_IT),
+    "deletionFreesAnother": ({NEVER}, set()),
+    "refusalFreesAnother": ({REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT - {NEVER}),
+    "deadStayDead": ({AGAIN, ANEW, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
+    "defaultVrfRefused": ({CREATED}, set()),
+}
+# The hardware of this chip is made to refuse an update, which a chip that tells nothing cannot be.
+FAILS_ONLY_IF_IT_TELLS = {"updateDoesNothing": {UPDATE_FAILED}}
+
+
+def report():
+    """The program's own account of its tests."""
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder, "report.json")
+        finished = subprocess.run(
+            [PROGRAM, f"--gtest_output=json:{path}"], capture_output=True, text=True, check=False,
+            env={**os.environ, "ZEL_TEST_SEED": "1"})
+        if finished.returncode != 1:
+            sys.exit(f"{PROGRAM} must end with 1, for failed tests; it ended with "
+                     f"{finished.returncode}:\n{finished.stdout}{finished.stderr}")
+        return json.loads(path.read_text())
+
+
+class ConformanceFaults(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.tests = {}  # by (fault, whether the chip tells), by name
+        for suite in report()["testsuites"]:
+            fault, _, fixture = suite["name"].partition("/")
+            assert fixture == "VrfHelperConformance", suite["name"]
+            for test in suite["testsuite"]:
+                name, _, chip = test["name"].partition("/")
+                cls.tests.setdefault((fault, chip == "0"), {})[name] = test
+
+    def test_every_chip_was_given_every_test(self):
+        self.assertEqual(set(self.tests), {(fault, tells) for fault in FAILS
+                                           for tells in (True, False)})
+        for chip, tests in self.tests.items():
+            with self.subTest(chip):
+                self.assertEqual(set(tests), ALL)
+
+    def test_each_chip_fails_the_tests_that_its_fault_should_and_no_other(self):
+        for (fault, tells), tests in self.tests.items():
+            always, silent = FAILS[fault]
+            expected = always | (FAILS_ONLY_IF_IT_TELLS.get(fault, set()) if tells else silent)
+            with self.subTest(fault=fault, tells=tells):
+                failed = {name for name, test in tests.items() if "failures" in test}
+                self.assertEqual(failed, expected)
+
+    def test_every_test_fails_for_some_chip_of_each_kind(self):
+        for tells in (True, False):
+            failed = {name for chip, tests in self.tests.items() if chip[1] == tells
+                      for name, test in tests.items() if "failures" in test}
+            self.assertEqual(failed, ALL)
+
+    def test_every_failed_test_quotes_the_contract(self):
+        for chip, tests in self.tests.items():
+            for name, test in tests.items():
+                messages = [failure["failure"] for failure in test.get("failures", [])]
+                with self.subTest(chip=chip, test=name):
+                    self.assertTrue(
+                        not messages or
+                        any("The contract of VrfHelper says: " in text for text in messages),
+                        messages)
+
+    def test_the_times_of_hooks_are_recorded(self):
+        test = self.tests["none", True][AGAIN]
+        self.assertEqual((test["createVrfCalls"], test["deleteVrfCalls"]), ("3", "3"))
+        self.assertNotIn("updateVrfCalls", test)
+        for key in ("createVrfMeanMicroseconds", "createVrfLongestMicroseconds"):
+            self.assertRegex(test[key], r"^\d+\.\d$")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=2)
