@@ -253,5 +253,16 @@ TEST(VrfName, ThatFindsNoMemoryLeavesTheOthersAsTheyWere) {
   EXPECT_EQ(VrfName(bytes), VrfName(bytes));
 }
 
+TEST(VrfName, ThatExistsIsBuiltWithoutMemoryHoweverManyThereAre) {
+  std::vector<VrfName> names;
+  names.reserve(200);
+  for (unsigned number = 0; number < 200; ++number) {
+    const std::string text = "known" + std::to_string(number);
+    names.emplace_back(text);
+    const PlatformTests::FailingAllocations failing(0);
+    EXPECT_EQ(VrfName(text), names.back());
+  }
+}
+
 }  // namespace
 }  // namespace L3

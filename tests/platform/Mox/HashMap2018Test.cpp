@@ -575,5 +575,56 @@ TEST(HashMap2018DeathTest, GoingOnPastTheEndIsFatal) {
   EXPECT_DEATH(++entry, iteratorAssertion);
 }
 
+TEST(HashMap2018, AnInsertionAfterRoomWasMadeNeedsNoMemoryAndGoesWhereItWasSaidTo) {
+  HashMap2018<Number, unsigned, 1> map;
+  for (unsigned number = 0; number < 500; ++number) {
+    if (number % 7 == 6) map.erase({number / 2});
+    const auto at = map.makeRoom();
+    const PlatformTests::FailingAllocations failing(0);
+    ASSERT_EQ(map.insert({number}, number), std::pair(at, true));
+  }
+}
+
+TEST(HashMap2018, MakingRoomThatFindsNoMemoryLeavesItAsItWas) {
+  HashMap2018<Number, unsigned, 1> map;
+  for (unsigned number = 0; number < 100; ++number) {
+    for (std::size_t passing = 0;; ++passing) {
+      const PlatformTests::FailingAllocations failing(passing);
+      try {
+        map.makeRoom();
+        break;
+      } catch (const std::bad_alloc&) {
+        ASSERT_EQ(map.count(), number);
+      }
+    }
+    map.insert({number}, number);
+  }
+  for (unsigned number = 0; number < 100; ++number)
+    ASSERT_EQ(*map.find({number}), number);
+}
+
+TEST(HashMap2018, AnInsertionIsPreparedWhenItIsCertainAndBeforeItIsSeen) {
+  HashMap2018<Number, unsigned, 1> map;
+  std::vector<unsigned> prepared;
+  const auto prepare = [&](HashMap2018<Number, unsigned, 1>::Position at) {
+    prepared.push_back(at);
+    EXPECT_EQ(map.count(), 0U);
+    EXPECT_FALSE(map.has({7}));
+  };
+  const auto inserted = map.insert({7}, 1, prepare);
+  EXPECT_TRUE(inserted.second);
+  EXPECT_FALSE(map.insert({7}, 2, prepare).second);
+  EXPECT_THAT(prepared, ElementsAre(inserted.first));
+}
+
+TEST(HashMap2018, AnInsertionWhosePreparationThrowsLeavesItAsItWas) {
+  HashMap2018<Number, unsigned, 1> map;
+  map.insert({1}, 1);
+  const auto refuse = [](unsigned) { throw std::runtime_error("refused"); };
+  EXPECT_THROW(map.insert({2}, 2, refuse), std::runtime_error);
+  EXPECT_THAT(keysOf(map), ElementsAre(1));
+  EXPECT_EQ(map.insert({3}, 3).first, 1U);
+}
+
 }  // namespace
 }  // namespace Mox

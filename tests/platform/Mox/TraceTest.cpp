@@ -11,6 +11,7 @@
 #include "Mox/Exceptions.h"
 #include "Mox/TraceHandle.h"
 #include "Mox/TraceHelper.h"
+#include "tests/platform/Allocations.h"
 
 namespace Mox {
 namespace {
@@ -260,6 +261,29 @@ TEST_F(TraceInANewProcessDeathTest, IgnoresABadEnvironmentAsAWholeAndSaysSo) {
               "^MOX_TRACE is ignored: trace levels 'ChildTwo=loud': expected [^\n]*\n"
               "ChildOne 1 /src/path:26 handleIt text\n"
               "ChildTwo 1 /src/path:26 handleIt text\n$");
+}
+
+TEST_F(TraceTest, ALineForWhichThereIsNoMemoryIsLostAsAWhole) {
+  const HandleAt handle("TraceNoMemory", 1U << 5);
+  const std::string text(3000, 'x');
+  traceAt(handle, 5, text);
+  const std::string whole = lines.at(0);
+  std::size_t passing = 0;
+  for (lines.clear(); lines.empty(); ++passing) {
+    {
+      const PlatformTests::FailingAllocations failing(passing);
+      traceAt(handle, 5, text);
+    }
+    ASSERT_LT(passing, 100U);
+  }
+  EXPECT_GT(passing, 2U);
+  EXPECT_THAT(lines, ElementsAre(whole));
+}
+
+TEST_F(TraceTest, AHandleIsMadeWithoutMemory) {
+  const PlatformTests::FailingAllocations failing(0);
+  const TraceHandle handle("TraceMadeWithoutMemory", 1U << 3);
+  EXPECT_TRUE(handle.isOn(3));
 }
 
 }  // namespace

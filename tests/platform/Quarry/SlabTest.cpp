@@ -207,5 +207,41 @@ TEST(SlabAllocated, GivesTheBlockBackWhenAConstructorThrows) {
   EXPECT_EQ(slab->live(), 0u);
 }
 
+TEST(Slab, GivesOneBlockWithoutMemoryAfterRoomWasMade) {
+  Slab slab("SlabTest::Room", 16);
+  std::vector<void*> blocks;
+  blocks.reserve(100);
+  for (int block = 0; block < 100; ++block) {
+    slab.makeRoom();
+    const PlatformTests::FailingAllocations failing(0);
+    blocks.push_back(slab.allocate(16));
+  }
+  EXPECT_EQ(slab.live(), 100U);
+  for (void* block : blocks)
+    slab.release(block, 16);
+}
+
+TEST(Slab, GivesBackTheRoomThatWasNotUsed) {
+  const std::size_t before = PlatformTests::liveAllocations();
+  {
+    Slab slab("SlabTest::UnusedRoom", 16);
+    slab.makeRoom();
+    slab.makeRoom();
+    EXPECT_EQ(slab.live(), 0U);
+  }
+  EXPECT_EQ(PlatformTests::liveAllocations(), before);
+}
+
+TEST(Slab, ThatFindsNoMemoryForRoomIsAsItWas) {
+  Slab slab("SlabTest::NoRoom", 16);
+  {
+    const PlatformTests::FailingAllocations failing(0);
+    EXPECT_THROW(slab.makeRoom(), std::bad_alloc);
+  }
+  EXPECT_EQ(slab.live(), 0U);
+  slab.release(slab.allocate(16), 16);
+  EXPECT_EQ(slab.allocated(), 1U);
+}
+
 }  // namespace
 }  // namespace Quarry

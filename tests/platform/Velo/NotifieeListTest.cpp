@@ -205,5 +205,24 @@ TEST_F(NotifieeLists, AreAsTheyWereWhenAddingFindsNoMemory) {
   EXPECT_TRUE(fresh.add(a));
 }
 
+TEST_F(NotifieeLists, AddOneWithoutMemoryAfterRoomWasMade) {
+  NotifieeList<Listener> fresh;
+  for (Listener* listener : {&a, &b, &c, &d}) {
+    fresh.makeRoom();
+    const PlatformTests::FailingAllocations failing(0);
+    EXPECT_TRUE(fresh.add(*listener));
+  }
+  EXPECT_EQ(fresh.size(), 4U);
+}
+
+TEST_F(NotifieeLists, VisitThemAllThoughRoomIsMadeMeanwhile) {
+  EXPECT_THAT(visited([this](Listener& self) {
+                if (self.number == 1) list->makeRoom();
+                if (self.number == 2) list->add(d);
+              }),
+              ElementsAre(1, 2, 3));
+  EXPECT_THAT(visited(), ElementsAre(1, 2, 3, 4));
+}
+
 }  // namespace
 }  // namespace Velo

@@ -150,6 +150,15 @@ void World::bindPolicy(bool permitFragment) {
   arguments.bindTo(*top);
 }
 
+void World::policyHasTwoRules() {
+  const PolicyMap::RuleAction action{PolicyMap::ActionType::vrf, "red", {}, {}};
+  policy_.policyConfig->policyMapIs("map", {{10, "all", action}, {20, "all", action}});
+}
+
+unsigned World::rulesOfPolicy() const {
+  return policy_.status->ruleStatus().count();
+}
+
 void World::mount() {
   const auto mounts = policySmMountsFactory();
   mounts->intfConfigIs(policy_.intfConfig);

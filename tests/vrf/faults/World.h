@@ -29,6 +29,10 @@ class World {
   /// Makes a further machine on the same tables, which works beside that of the top object.
   void buildBeside();
   void bindPolicy(bool permitFragment);
+  /// Adds a rule to the policy that is bound.
+  void policyHasTwoRules();
+  /// How many rules the status of the policies tells of.
+  [[nodiscard]] unsigned rulesOfPolicy() const;
   void mount();
   void subscribe(std::size_t watcher);
   void unsubscribe(std::size_t watcher);

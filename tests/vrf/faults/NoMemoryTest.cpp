@@ -1,0 +1,224 @@
+// What was once half done, or done to death, when memory ended.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <new>
+
+#include "tests/vrf/cost/Allocations.h"
+#include "tests/vrf/faults/World.h"
+
+namespace ZelVrfSelectionPolicy::Testing {
+namespace {
+
+class NoMemory : public ::testing::Test {
+ protected:
+  NoMemory() { world.build(); }
+
+  // Does `work` again and again, with one allocation more each time, until it no longer throws.
+  // Gives how often it did; before each time, and after each but the last, everything is the same.
+  std::size_t refusals(const std::function<void()>& work) const {
+    const std::string before = world.dump();
+    for (std::size_t further = 0; further < 1000; ++further) {
+      Allocations::failFrom(further);
+      try {
+        work();
+        static_cast<void>(Allocations::failureWithdrawn());
+        return further;
+      } catch (const std::bad_alloc&) {
+        static_cast<void>(Allocations::failureWithdrawn());
+      }
+      EXPECT_EQ(world.dump(), before);
+    }
+    return 0;
+  }
+
+  // Whether `work` does without any memory.
+  static void expectNeedsNone(const std::function<void()>& work) {
+    const std::size_t before = Allocations::made();
+    work();
+    EXPECT_EQ(Allocations::made(), before);
+  }
+
+  unsigned hookCalls() { return static_cast<unsigned>(world.chip->takeCalls().size()); }
+
+  World world;
+  const VrfAction red{"red", PolicyMap::ActionType::vrf};
+  const VrfAction blue{"blue", PolicyMap::ActionType::vrf};
+  const L3::VrfName violet{"violet"};
+};
+
+TEST_F(NoMemory, ACountIsRefusedBeforeAResourceIsCreated) {
+  EXPECT_GT(refusals([this] { world.users->vrfRefCountInc(red, 1); }), 3U);
+  EXPECT_EQ(hookCalls(), 1U);
+  EXPECT_TRUE(world.statuses->hwStatusHas(red));
+}
+
+TEST_F(NoMemory, ACountThatWasZeroInSilenceIsRefusedBeforeAResourceIsCreated) {
+  world.top->vrfSm()->hasNotificationActiveIs(false);
+  world.users->vrfRefCountIs(red, 0);
+  world.top->vrfSm()->hasNotificationActiveIs(true);
+  EXPECT_GT(refusals([this] { world.users->vrfRefCountIs(red, 1); }), 1U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, TheHandlerOfACountRefusesBeforeItCreates) {
+  world.top->vrfSm()->hasNotificationActiveIs(false);
+  world.users->vrfRefCountIs(red, 1);
+  EXPECT_GT(refusals([this] { world.top->vrfSm()->handleVrfRefCountChange(red); }), 1U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, AnUpdateOfWhatHasNoStatusIsRefusedBeforeTheChipIsAsked) {
+  EXPECT_GT(refusals([this] { world.top->vrfSm()->updateVrfAction(red); }), 1U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, AFallbackVrfIsRefusedBeforeItIsConfigured) {
+  world.users->vrfRefCountIs(red, 1);
+  static_cast<void>(hookCalls());
+  EXPECT_GT(refusals([this] { world.fallbacks[0]->fallbackVrfIs("red", violet); }), 3U);
+  EXPECT_EQ(hookCalls(), 1U);
+  EXPECT_TRUE(world.top->vrfSm()->dependentVrfInfo(violet)->dependentVrfs("red"));
+}
+
+TEST_F(NoMemory, AnotherFallbackVrfIsRefusedBeforeItIsConfigured) {
+  world.fallbacks[0]->fallbackVrfIs("red", "blue");
+  EXPECT_GT(refusals([this] { world.fallbacks[0]->fallbackVrfIs("red", violet); }), 1U);
+}
+
+TEST_F(NoMemory, AFallbackVrfGoesWithoutAny) {
+  world.fallbacks[0]->fallbackVrfIs("red", violet);
+  const L3::VrfName name("red");
+  expectNeedsNone([&] { world.fallbacks[0]->fallbackVrfDel(name); });
+  EXPECT_EQ(world.top->vrfSm()->dependentVrfInfo().count(), 0U);
+}
+
+TEST_F(NoMemory, AVrfStatusIsRefusedBeforeItEnters) {
+  const auto status = Routing::Hardware::VrfStatus::VrfStatusIs("red");
+  EXPECT_GT(refusals([&] { world.routes->vrfStatusIs(status); }), 3U);
+  EXPECT_TRUE(world.top->vrfSm()->moxVrfInstanceHas("red"));
+}
+
+TEST_F(NoMemory, AnotherVrfStatusIsRefusedAndThePresentOneStillFollowed) {
+  world.users->vrfRefCountIs(red, 1);
+  const auto present = world.routes->vrfStatusIs("red");
+  const auto other = Routing::Hardware::VrfStatus::VrfStatusIs("red");
+  Allocations::failFrom(0);
+  EXPECT_THROW(world.routes->vrfStatusIs(other), std::bad_alloc);
+  static_cast<void>(Allocations::failureWithdrawn());
+  static_cast<void>(hookCalls());
+  present->vrfIdIs(7);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, PrefixLengthsAreRefusedBeforeTheChipIsAsked) {
+  world.users->vrfRefCountIs(red, 1);
+  static_cast<void>(hookCalls());
+  const auto lens = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+  EXPECT_GT(refusals([&] { world.routes->vrfPrefixLensInExactMatchIs(lens); }), 3U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, PrefixLengthsOfAVrfThatNobodyNamesChangeWithoutAny) {
+  const auto lens = world.routes6->vrfPrefixLensInExactMatchIs("a name of its own");
+  expectNeedsNone([&] { lens->prefixLenIs(64); });
+  expectNeedsNone([&] { lens->prefixLenDel(64); });
+}
+
+TEST_F(NoMemory, AnActionGoesWithoutAnyInTheCourseOfAWalk) {
+  world.users->vrfRefCountIs(red, 1);
+  world.users->vrfRefCountIs(blue, 1);
+  VrfHwStatus::ActionsNaming walk(world.statuses, "red");
+  ASSERT_TRUE(walk.advance());
+  expectNeedsNone([&] { world.users->vrfRefCountIs(red, 0); });
+  expectNeedsNone([&] { world.users->vrfRefCountIs(blue, 0); });
+  EXPECT_EQ(walk.action(), red);
+  EXPECT_EQ(world.statuses->hwStatus().count(), 0U);
+}
+
+TEST_F(NoMemory, AMachineThatCannotSubscribeIsSilentAndSpeaksLater) {
+  world.top->vrfSm()->hasNotificationActiveIs(false);
+  std::array<Velo::Subscriber, 8> others;
+  for (Velo::Subscriber& other : others) {
+    other.dispatch = [](Velo::Publisher*, Velo::Subscriber*, short, const void*, const void*) {};
+    world.users->publisher().subscriberIs(other);
+    world.fallbacks[0]->publisher().subscriberIs(other);
+  }
+  EXPECT_GT(refusals([this] { world.top->vrfSm()->hasNotificationActiveIs(true); }), 0U);
+  world.users->vrfRefCountIs(red, 1);
+  EXPECT_EQ(hookCalls(), 1U);
+  for (Velo::Subscriber& other : others) {
+    world.users->publisher().subscriberDel(other);
+    world.fallbacks[0]->publisher().subscriberDel(other);
+  }
+}
+
+// From inside a notice of the counts, where a place that was left is not taken again.
+TEST_F(NoMemory, AFailedRebuildDuringANoticeLeavesTheOldMachineFollowing) {
+  struct Rebuilding final : Velo::Subscriber {
+    World* world = nullptr;
+    bool threw = false;
+  };
+  Rebuilding subscriber;
+  subscriber.world = &world;
+  subscriber.dispatch = [](Velo::Publisher*, Velo::Subscriber* self, short, const void*,
+                           const void*) {
+    auto& rebuilding = *static_cast<Rebuilding*>(self);
+    Allocations::failFrom(0);
+    try {
+      rebuilding.world->build(1);
+    } catch (const std::bad_alloc&) {
+      rebuilding.threw = true;
+    }
+    static_cast<void>(Allocations::failureWithdrawn());
+  };
+  const VrfSm* const before = world.top->vrfSm().get();
+  world.users->publisher().subscriberIs(subscriber);
+  world.users->vrfRefCountIs(red, 1);
+  world.users->publisher().subscriberDel(subscriber);
+  EXPECT_TRUE(subscriber.threw);
+  EXPECT_EQ(world.top->vrfSm().get(), before);
+  static_cast<void>(hookCalls());
+  world.users->vrfRefCountIs(blue, 1);
+  world.fallbacks[0]->fallbackVrfIs("blue", "red");
+  EXPECT_EQ(hookCalls(), 2U);
+}
+
+TEST_F(NoMemory, AFailedRebuildLeavesTheOldMachineFollowingEverything) {
+  world.users->vrfRefCountIs(red, 1);
+  const auto status = world.routes->vrfStatusIs("red");
+  const auto lens = world.routes->vrfPrefixLensInExactMatchIs("red");
+  const auto lens6 = world.routes6->vrfPrefixLensInExactMatchIs("red");
+  const VrfSm* const before = world.top->vrfSm().get();
+  Allocations::failFrom(0);
+  EXPECT_THROW(world.build(1), std::bad_alloc);
+  static_cast<void>(Allocations::failureWithdrawn());
+  EXPECT_EQ(world.top->vrfSm().get(), before);
+  static_cast<void>(hookCalls());
+  world.users->vrfRefCountIs(blue, 1);
+  world.fallbacks[0]->fallbackVrfIs("red", "blue");
+  status->vrfIdIs(7);
+  lens->prefixLenIs(24);
+  lens6->prefixLenIs(64);
+  EXPECT_EQ(hookCalls(), 5U);
+  world.routes->decapNhEnabledIs(true);
+  EXPECT_EQ(hookCalls(), 2U);
+}
+
+TEST_F(NoMemory, AFailedRebindingLeavesTheOldPolicyMachineFollowing) {
+  world.bindPolicy(false);
+  const auto before = world.top->policySm();
+  Allocations::failFrom(1);
+  EXPECT_THROW(world.bindPolicy(true), std::bad_alloc);
+  static_cast<void>(Allocations::failureWithdrawn());
+  EXPECT_EQ(world.top->policySm(), before);
+  EXPECT_FALSE(before->isPaused());
+  EXPECT_EQ(world.rulesOfPolicy(), 1U);
+  world.policyHasTwoRules();
+  EXPECT_EQ(world.rulesOfPolicy(), 2U);
+}
+
+}  // namespace
+}  // namespace ZelVrfSelectionPolicy::Testing
