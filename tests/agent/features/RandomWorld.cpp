@@ -62,11 +62,14 @@ class WorldMaker final {
 
   // Gateways that lead to each other in a circle come up, but only with one way out of it: which of
   // several is the first depends on where one begins. So the gateways of lists are addresses of
-  // their own.
+  // their own, and the route that contains them all names an interface.
   void addRoute(NetworkInstance& instance) {
     StaticRoute route{prefix(family()), {}};
     const IpFamily family = route.prefix.address.family;
-    if (route.prefix.length == 0 || choices_.percent(70)) {
+    if (route.prefix.length == 0) {
+      route.nextHops.push_back(nextHop(randomAddress(choices_, family)));
+      if (!route.nextHops[0].drops) route.nextHops[0].interface = egress();
+    } else if (choices_.percent(70)) {
       route.nextHops.push_back(nextHop(randomAddress(choices_, family)));
     } else {
       const unsigned nextHops = 2 + choices_.below(2);
