@@ -49,6 +49,11 @@ RingFile::~RingFile() {
 
 // The header first: what is killed meanwhile leaves a file that is known to be one of these.
 void RingFile::allocate(std::size_t slots) {
+  if (slots > RingFileFormat::mostSlots) {
+    throw RingFileError(place_.name(), "cannot hold a ring of " + std::to_string(slots) +
+                                           " slots; at most " +
+                                           std::to_string(RingFileFormat::mostSlots) + " are told");
+  }
   const int file = place_.file().get();
   const Header header = headerOf(slots);
   errno = ENOSPC;  // where less is written than should be

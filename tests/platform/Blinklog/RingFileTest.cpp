@@ -252,6 +252,16 @@ TEST_F(RingFileTest, CannotBeWhereThereIsNoRoom) {
                          " bytes: File too large; make room, or give another file");
 }
 
+TEST_F(RingFileTest, HoldsNoMoreSlotsThanAReaderTakes) {
+  Ring ring(65537);
+  EXPECT_THROW(ring.fileIs(file_), RingFileError);
+  EXPECT_THAT(folder_.names(), IsEmpty());
+  Ring largest(65536);
+  largest.fileIs(file_);
+  write(largest, 0, 1);
+  EXPECT_THAT(textsIn(file_), ElementsAre("message 0"));
+}
+
 TEST_F(RingFileTest, IsWrittenWithoutAllocation) {
   Ring ring(4);
   ring.fileIs(file_);
