@@ -37,7 +37,7 @@ class Result:
 
 def arguments_of(arguments):
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
-    parser.add_argument("build", type=pathlib.Path, help="the build folder")
+    parser.add_argument("build", type=lambda name: pathlib.Path(name).resolve(), help="its folder")
     parser.add_argument("--seed", type=int, default=1, help="chooses the places (default 1)")
     parser.add_argument("--count", type=int, default=250, help="how many mutants (default 250)")
     parser.add_argument("--jobs", type=int, default=1, help="how many at a time (default 1)")
@@ -113,7 +113,7 @@ def try_mutants(mutants, texts, benches):
 
 def check_unbroken(bench):
     """The tests have to pass before they can tell anything by failing."""
-    bench._link([])
+    bench.link_unbroken()
     outcome = bench.test(PROGRAMS["vrf"])
     if outcome.how != "survived":
         sys.exit(f"mutants: the tests of the unbroken library {outcome.how}: {outcome.where}")
@@ -124,7 +124,7 @@ def run(texts, chosen):
     try:
         benches = queue.SimpleQueue()
         for number in range(chosen.jobs):
-            benches.put(Workbench(ROOT, chosen.build.resolve(), place / str(number)))
+            benches.put(Workbench(ROOT, chosen.build, place / str(number)))
         first = benches.get()
         check_unbroken(first)
         benches.put(first)
