@@ -90,8 +90,10 @@ def limit_resources():
 
 
 def first_failure(output):
-    found = re.search(r"\[  FAILED  \] ([\w./]+)", output) or re.search(r"\[ RUN +\] (\S+)", output)
-    return found[1] if found else ""
+    """The first test that failed, or the last that began."""
+    failed = re.search(r"\[  FAILED  \] ([\w./]+)", output)
+    begun = re.findall(r"\[ RUN +\] (\S+)", output)
+    return failed[1] if failed else begun[-1] if begun else ""
 
 
 class Workbench:
