@@ -282,6 +282,17 @@ TEST_F(VrfHwStatusEntryWatch, DeletingAllRemovesWithAndWithoutSubscribers) {
   EXPECT_TRUE(published.wasRemoved());
 }
 
+TEST_F(VrfHwStatusEntryWatch, ARemovalUnderAWalkIsNoticedLikeAnyOther) {
+  const VrfHwStatus::EntryWatch ofRed(*table_, red);
+  const VrfHwStatus::EntryWatch ofBlue(*table_, blue);
+  const VrfHwStatus::ActionsNaming walk(table_, red.vrfName());
+  table_->hwStatusDel(red);
+  EXPECT_TRUE(ofRed.wasRemoved());
+  EXPECT_FALSE(ofBlue.wasRemoved());
+  table_->hwStatusDelAll();
+  EXPECT_TRUE(ofBlue.wasRemoved());
+}
+
 TEST_F(VrfHwStatusEntryWatch, AnActionWithoutAnEntryHasNoneToRemove) {
   const VrfHwStatus::EntryWatch watch(*table_, VrfAction("absent", ActionType::vrf));
   table_->hwStatusDel(red);
