@@ -125,6 +125,16 @@ TEST(VrfHwStatus, DeletionOfAnAbsentKeyGivesADefaultRecordAndPublishesNothing) {
   EXPECT_THAT(publications.seen(), IsEmpty());
 }
 
+TEST(VrfHwStatus, DeletionUnderAWalkGivesTheRecordAndPublishesOnceAlike) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  const VrfHwStatus::ActionsNaming walk(table, red.vrfName());
+  const Publications publications(*table);
+  EXPECT_EQ(table->hwStatusDel(red), failed("full"));
+  EXPECT_EQ(table->hwStatusDel(red), HwStatus());
+  EXPECT_THAT(publications.seen(), ElementsAre("130 red"));
+}
+
 TEST(VrfHwStatus, DeletingAllWithOneSubscriberAndThreeEntriesPublishesThreeKeys) {
   const auto table = vrfHwStatusFactory();
   for (const VrfAction& action : {red, blue, green})
