@@ -125,6 +125,16 @@ TEST(VrfHwStatus, DeletionOfAnAbsentKeyGivesADefaultRecordAndPublishesNothing) {
   EXPECT_THAT(publications.seen(), IsEmpty());
 }
 
+TEST(VrfHwStatus, DeletionUnderAWalkGivesTheRecordAndPublishesOnceAlike) {
+  const auto table = vrfHwStatusFactory();
+  table->hwStatusIs(red, failed("full"));
+  const VrfHwStatus::ActionsNaming walk(table, red.vrfName());
+  const Publications publications(*table);
+  EXPECT_EQ(table->hwStatusDel(red), failed("full"));
+  EXPECT_EQ(table->hwStatusDel(red), HwStatus());
+  EXPECT_THAT(publications.seen(), ElementsAre("130 red"));
+}
+
 TEST(VrfHwStatus, DeletingAllWithOneSubscriberAndThreeEntriesPublishesThreeKeys) {
   const auto table = vrfHwStatusFactory();
   for (const VrfAction& action : {red, blue, green})
@@ -280,6 +290,17 @@ TEST_F(VrfHwStatusEntryWatch, DeletingAllRemovesWithAndWithoutSubscribers) {
   const VrfHwStatus::EntryWatch published(*table_, red);
   table_->hwStatusDelAll();
   EXPECT_TRUE(published.wasRemoved());
+}
+
+TEST_F(VrfHwStatusEntryWatch, ARemovalUnderAWalkIsNoticedLikeAnyOther) {
+  const VrfHwStatus::EntryWatch ofRed(*table_, red);
+  const VrfHwStatus::EntryWatch ofBlue(*table_, blue);
+  const VrfHwStatus::ActionsNaming walk(table_, red.vrfName());
+  table_->hwStatusDel(red);
+  EXPECT_TRUE(ofRed.wasRemoved());
+  EXPECT_FALSE(ofBlue.wasRemoved());
+  table_->hwStatusDelAll();
+  EXPECT_TRUE(ofBlue.wasRemoved());
 }
 
 TEST_F(VrfHwStatusEntryWatch, AnActionWithoutAnEntryHasNoneToRemove) {

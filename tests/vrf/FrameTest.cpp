@@ -419,6 +419,15 @@ TEST_F(VrfSmZombie, LeavingTheStateWithoutHavingEnteredItDoesNothing) {
   EXPECT_THAT(journal.take(), IsEmpty());
 }
 
+TEST_F(VrfSmZombie, LeavingTheStateWithoutHavingEnteredItLeavesNestedMachinesInTheirs) {
+  const Mox::Ptr<VrfSm::VrfInstanceSm> instance = *vrfSm->moxVrfInstance().find("red");
+  instance->moxDoZombieReactors(true);
+  forgetLines();
+  vrfSm->moxDoZombieReactors(false);
+  EXPECT_TRUE(instance->isZombie());
+  EXPECT_THAT(journal.take(), IsEmpty());
+}
+
 TEST_F(VrfSmZombie, TheMachineItselfEntersTheStateLast) {
   std::vector<bool> wasZombie;
   chip->onUpdate = [&](const VrfAction&) {

@@ -1,0 +1,125 @@
+"""The ways in which one place of a source is broken, to see whether a test notices."""
+
+import dataclasses
+import re
+
+from source import Condition, code_of, functions, statements
+
+DECLARATION = re.compile(
+    r"(?!return\b|throw\b|delete\b)(?:(?:static|const|constexpr) )*"
+    r"[\w:]+(?:<.*>)?(?:::\w+)*(?: |[&*] ?)+(\w+)\s*[=({;]",
+    re.DOTALL,
+)
+# In code as clang-format leaves it, operators of two operands stand between spaces.
+SWAPS = [
+    ("equality", r"(?<= )(==|!=)(?= )", {"==": "!=", "!=": "=="}),
+    ("relation", r"(?<= )(<=|>=|<|>)(?= )", {"<": "<=", "<=": "<", ">": ">=", ">=": ">"}),
+    ("logic", r"(?<= )(&&|\|\|)(?= )", {"&&": "||", "||": "&&"}),
+    ("arithmetic", r"(?<= )(\+=|-=|\+|-|\*|/)(?= )",
+     {"+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+="}),
+    ("step", r"(\+\+|--)(?=\w)", {"++": "--", "--": "++"}),
+    ("truth", r"\b(true|false)\b", {"true": "false", "false": "true"}),
+]  # fmt: skip
+NUMBER = re.compile(r"(?<![\w.])(\d+)(U?)(?![\w.])")
+NOT = re.compile(r"(?<![\w!])!(?=[\w(])")
+# Swapping or dropping that operator negates the condition.
+ONE_OPERATOR = re.compile(r"(?!.* (?:&&|\|\|) )(?:.* (?:==|!=) .*|![^ ]*)", re.DOTALL)
+CHOICE = re.compile(r"(?:return|=) ([^;?]*?) \?")
+
+
+@dataclasses.dataclass(frozen=True)
+class Mutant:
+    """One place broken: what stands between two offsets is replaced."""
+
+    file: str
+    operator: str
+    begin: int
+    end: int
+    replacement: str
+
+    def applied_to(self, text):
+        return text[: self.begin] + self.replacement + text[self.end :]
+
+    def line(self, text):
+        return text.count("\n", 0, self.begin) + 1
+
+    def change(self, text):
+        """What it does to the lines that it touches, on one line."""
+        first = text.rfind("\n", 0, self.begin) + 1
+        last = text.find("\n", self.end)
+        before = text[first:last]
+        after = text[first : self.begin] + self.replacement + text[self.end : last]
+        return " ".join(before.split()), " ".join(after.split())
+
+
+def mutants_of(file, text):
+    """Every way to break `text`, in the order of places."""
+    code = code_of(text)
+    found = set()
+    for function in functions(code):
+        for operator, begin, end, replacement in in_function(code, function):
+            found.add(Mutant(file, operator, begin, end, replacement))
+    return sorted(found, key=lambda mutant: (mutant.begin, mutant.end, mutant.replacement))
+
+
+def in_function(code, function):
+    if function.is_void and code.count(";", function.begin, function.end) > 1:
+        yield "early return", function.begin, function.begin, " return; "
+    for part in statements(code, function.begin, function.end):
+        if isinstance(part, Condition):
+            yield from in_condition(code, part)
+        else:
+            yield from in_statement(code, part, function.end)
+    yield from in_tokens(code, function)
+
+
+def in_condition(code, condition):
+    begin, end = condition.begin, condition.end
+    if condition.keyword == "for":
+        parts = code[begin:end].split(";")
+        if len(parts) != 3:
+            return
+        begin += len(parts[0]) + 2
+        end = begin + len(parts[1]) - 1
+    elif condition.keyword not in ("if", "while"):
+        return
+    text = code[begin:end]
+    if declared := DECLARATION.match(text):
+        name = text.rpartition("; ")[2] if "; " in text else f"{text}; {declared[1]}"
+        negated = f"{text.rpartition('; ')[0]}; !({name})" if "; " in text else None
+        yield "condition", begin, end, negated or f"{text}; !{declared[1]}"
+        return
+    if not ONE_OPERATOR.fullmatch(text):
+        yield "condition", begin, end, f"!({text})"
+    if condition.keyword == "if":
+        yield "condition", begin, end, "true"
+        if code.startswith(" {", condition.end + 1):
+            yield "condition", begin, end, "false"
+
+
+def in_statement(code, statement, end_of_function):
+    begin, end = statement.begin, statement.end
+    text = code[begin:end]
+    if text.startswith("return "):
+        if text not in ("return {};", "return nullptr;", "return false;", "return 0;"):
+            yield "result", begin, end, "return {};"
+        return
+    declared = DECLARATION.match(text)
+    if declared and re.search(rf"\b{declared[1]}\b", code[end:end_of_function]):
+        return
+    yield "deletion", begin, end, ";"
+    if text == "continue;":
+        yield "loop", begin, end, "break;"
+
+
+def in_tokens(code, function):
+    body = (function.begin, function.end)
+    for operator, pattern, swaps in SWAPS:
+        for found in re.compile(pattern).finditer(code, *body):
+            yield operator, found.start(), found.end(), swaps[found[0]]
+    for found in NUMBER.finditer(code, *body):
+        yield "number", found.start(), found.end(), f"{int(found[1]) + 1}{found[2]}"
+    for found in NOT.finditer(code, *body):
+        yield "negation", found.start(), found.end(), ""
+    for found in CHOICE.finditer(code, *body):
+        yield "choice", found.start(1), found.end(1), f"!({found[1]})"

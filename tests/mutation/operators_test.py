@@ -1,0 +1,136 @@
+"""What is broken in a small source, and what is left alone."""
+
+import unittest
+
+import mutants
+from operators import mutants_of
+from source import code_of, functions
+
+
+def broken(body, head="void f()"):
+    """The bodies of `head` that the operators make of `body`."""
+    text = f"{head} {{{body}}}\n"
+    made = [mutant.applied_to(text) for mutant in mutants_of("f.cpp", text)]
+    return {one[len(head) + 2 : -2] for one in made}
+
+
+class Statements(unittest.TestCase):
+    def test_a_statement_is_deleted(self):
+        self.assertEqual(broken(" call(a, b); "), {" ; "})
+
+    def test_a_void_function_returns_early(self):
+        self.assertIn(" return;  a(); b(); ", broken(" a(); b(); "))
+        self.assertNotIn(" return;  a(); b(); ", broken(" a(); b(); ", "int f()"))
+
+    def test_a_declaration_that_is_used_stays(self):
+        self.assertEqual(broken(" const Name copy = name; use(copy); "),
+                         {" const Name copy = name; ; ", " return;  const Name copy = name; use(copy); "})
+
+    def test_a_guard_that_nobody_names_is_deleted(self):
+        self.assertIn(" ; use(it); ", broken(" const Mox::Ptr<Sm> alive(this); use(it); "))
+
+    def test_a_result_becomes_the_default_one(self):
+        self.assertEqual(broken(" return found; ", "int f()"), {" return {}; "})
+        self.assertEqual(broken(" return nullptr; ", "int* f()"), set())
+
+    def test_a_walk_ends_where_it_went_on(self):
+        self.assertIn(" while (a) { break; } ", broken(" while (a) { continue; } "))
+
+    def test_a_statement_within_a_lambda_is_deleted(self):
+        self.assertIn(" each([&](int i) { ; }); ", broken(" each([&](int i) { use(i); }); "))
+
+
+class Conditions(unittest.TestCase):
+    def test_a_condition_is_negated_and_made_constant(self):
+        self.assertEqual(broken(" if (is(a)) { b(); } "), {
+            " if (!(is(a))) { b(); } ",
+            " if (true) { b(); } ",
+            " if (false) { b(); } ",
+            " if (is(a)) { ; } ",
+        })  # fmt: skip
+
+    def test_a_condition_that_declares_is_negated(self):
+        self.assertIn(" if (auto x = a(); !x) b(x); ", broken(" if (auto x = a()) b(x); "))
+
+    def test_the_condition_of_a_loop_is_negated(self):
+        self.assertIn(" for (auto e = a(); !(e); ++e) b(e); ",
+                      broken(" for (auto e = a(); e; ++e) b(e); "))
+
+    def test_a_comparison_is_negated_once(self):
+        made = broken(" if (a == b) c(); ")
+        self.assertIn(" if (a != b) c(); ", made)
+        self.assertNotIn(" if (!(a == b)) c(); ", made)
+
+    def test_a_choice_is_negated(self):
+        self.assertIn(" return !(a) ? b : c; ", broken(" return a ? b : c; ", "int f()"))
+
+
+class Tokens(unittest.TestCase):
+    def test_operators_are_swapped(self):
+        for before, after in (
+            ("a == b", "a != b"), ("a < b", "a <= b"), ("a && b", "a || b"), ("a + b", "a - b"),
+            ("++a", "--a"), ("!a", "a"), ("true", "false"), ("41U", "42U"),
+        ):  # fmt: skip
+            self.assertIn(f" return {after}; ", broken(f" return {before}; ", "int f()"))
+
+    def test_what_is_not_an_operator_stays(self):
+        self.assertEqual(broken(" f<int>(a->b); "), {" ; "})
+
+    def test_comments_and_literals_stay(self):
+        self.assertEqual(broken(' log("a == b; 1"); // c == d\n'), {" ; // c == d\n"})
+
+
+class Functions(unittest.TestCase):
+    TEXT = """
+namespace N {
+constexpr int sizes[] = {1, 2};
+struct S {
+  int a = 0;
+ private:
+  [[nodiscard]] bool is() const noexcept { return a == 1; }
+};
+template <class T>
+void S::g(T&& t) {
+  for (;;) { t(); }
+}
+S::S(int b) : a(b) {}
+}
+"""
+
+    def test_bodies_are_found_at_every_depth(self):
+        found = [self.TEXT[each.begin : each.end].strip() for each in functions(code_of(self.TEXT))]
+        self.assertEqual(found, ["return a == 1;", "for (;;) { t(); }", ""])
+
+    def test_a_template_may_be_void(self):
+        self.assertEqual([each.is_void for each in functions(code_of(self.TEXT))],
+                         [False, True, False])  # fmt: skip
+
+
+class Judgement(unittest.TestCase):
+    def test_a_row_is_found_by_its_change_whatever_the_line(self):
+        text = "\n\nbool f() { return a || b; }\n"
+        mutant = next(m for m in mutants_of("t/a.cpp", text) if m.operator == "logic")
+        judged = mutants.judged_equivalent(
+            "| file | before | after | why |\n|---|---|---|---|\n"
+            r"| `t/a.cpp` | `bool f() { return a \|\| b; }` | `bool f() { return a && b; }` | so |"
+        )
+        self.assertTrue(mutants.is_judged(mutant, text, judged))
+        self.assertFalse(mutants.is_judged(mutant, text, set()))
+
+    def test_every_row_is_about_the_code_as_it_is(self):
+        texts = mutants.read_sources()
+        changes = {(m.file, *m.change(text)) for file, text in texts.items()
+                   for m in mutants_of(file, text)}  # fmt: skip
+        judged = mutants.judged_equivalent((mutants.HERE / "survivors.md").read_text())
+        self.assertEqual(judged - changes, set())
+
+    def test_the_same_seed_gives_the_same_order(self):
+        texts = {"tables/a.cpp": "void f() { a(); b(); c(); d(); }\n"}
+        drawn = [mutants.candidates(texts, mutants.arguments_of(["build", f"--seed={seed}"]))
+                 for seed in (7, 7, 8)]  # fmt: skip
+        self.assertEqual(drawn[0], drawn[1])
+        self.assertNotEqual(drawn[0], drawn[2])
+
+
+if __name__ == "__main__":
+    unittest.main()
