@@ -47,6 +47,11 @@ void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
   }
 }
 
+bool VrfSm::anotherEndedResource(const VrfAction& action) const noexcept {
+  return vrfHwConfig_->resourceEnded(action) && vrfHwConfig_->vrfRefCount(action) == 0 &&
+         !vrfHwStatus_->hwStatusHas(action);
+}
+
 void VrfSm::createResource(const VrfAction& action) {
   bool countChanged = false;
   {
@@ -78,6 +83,7 @@ void VrfSm::deleteResource(const VrfAction& action) {
     vrfHwConfig_->vrfRefCountDelUnused(action);
     vrfHwStatus_->hwStatusDel(action);
     vrfHwConfig_->vrfRefCountDelUnused(action);
+    vrfHwConfig_->resourceEndedIs(action);
     countChanged = deletion.countChanged();
   }
   if (countChanged && vrfHwConfig_->vrfRefCount(action) != 0) createResource(action);
