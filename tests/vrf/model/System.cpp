@@ -99,7 +99,7 @@ void System::happenToStatuses(const Event& event) {
 void System::statusPut(Routes& routes, const Name& name, unsigned id) {
   statusRetire(routes, name);
   statusesMade_.push_back(VrfStatus::VrfStatusIs(name));
-  numbers_[statusesMade_.back().get()] = static_cast<unsigned>(statusesMade_.size()) - 1;
+  numbers_[statusesMade_.back().get()] = statusesNumbered_++;
   statusesMade_.back()->vrfIdIs(id);
   routes.status->vrfStatusIs(statusesMade_.back());
 }
@@ -135,7 +135,7 @@ void System::happenToLens(const Event& event) {
 void System::lensPut(Routes& routes, const Name& name) {
   lensRetire(routes, name);
   lensMade_.push_back(PrefixLensInExactMatch::PrefixLensInExactMatchIs(name));
-  numbers_[lensMade_.back().get()] = static_cast<unsigned>(lensMade_.size()) - 1;
+  numbers_[lensMade_.back().get()] = lensNumbered_++;
   routes.status->vrfPrefixLensInExactMatchIs(lensMade_.back());
 }
 
@@ -155,6 +155,14 @@ void System::lengthsAre(const Event& event) {
   if (event.kind == Kind::lenAdd) lens->prefixLenIs(length);
   if (event.kind == Kind::lenDelete) lens->prefixLenDel(length);
   if (event.kind == Kind::lenDeleteAll) lens->prefixLenDelAll();
+}
+
+void System::forgetUnheld() {
+  const auto isUnheld = [this](const auto& entity) {
+    return entity->references() == 1 && numbers_.erase(entity.get()) != 0;
+  };
+  std::erase_if(statusesMade_, isUnheld);
+  std::erase_if(lensMade_, isUnheld);
 }
 
 void System::happenToFlags(const Event& event) {
