@@ -2,11 +2,34 @@
 
 namespace ZelVrfSelectionPolicy {
 
+/// While subscribers are told of one change. Tellings nest like the calls that they are in, and a
+/// subscriber may release the table.
+class VrfHwConfig::Telling {
+ public:
+  Telling(VrfHwConfig& table, const VrfAction& action) noexcept
+      : table_(&table), action_(action), outer_(table.innermostTelling_) {
+    table.innermostTelling_ = this;
+  }
+  Telling(const Telling&) = delete;
+  Telling& operator=(const Telling&) = delete;
+  ~Telling() {
+    if (table_ != nullptr) table_->innermostTelling_ = outer_;
+  }
+
+  VrfHwConfig* table_;
+  const VrfAction& action_;
+  Telling* outer_;
+  bool resourceEnded_ = false;
+};
+
 Velo::NotifieeListDescriptor VrfHwConfig::notifieeList() const {
   return publisher_.notifieeList(this);
 }
 
-VrfHwConfig::~VrfHwConfig() = default;
+VrfHwConfig::~VrfHwConfig() {
+  for (Telling* telling = innermostTelling_; telling != nullptr; telling = telling->outer_)
+    telling->table_ = nullptr;
+}
 
 Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
   return Mox::makeActivePtr<VrfHwConfig>();
@@ -26,7 +49,7 @@ void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
   vrfRefCount_.value(at) = count;
   // A copy, since a subscriber may delete the entry.
   const VrfAction key = vrfRefCount_.key(at);
-  publisher_.publish(vrfRefCountAttribute, &key, &count);
+  publish(key, &count);
 }
 
 unsigned VrfHwConfig::vrfRefCountInc(const VrfAction& action, unsigned users) {
@@ -51,14 +74,14 @@ unsigned VrfHwConfig::vrfRefCountDec(const VrfAction& action, unsigned users) {
 unsigned VrfHwConfig::vrfRefCountDel(const VrfAction& action) {
   const auto erased = vrfRefCount_.erase(action);
   if (!erased) return 0;
-  publisher_.publish(vrfRefCountAttribute, &erased->first, nullptr);
+  publish(erased->first, nullptr);
   return erased->second;
 }
 
 void VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
   const auto erased = vrfRefCount_.eraseIf(
       action, [this](VrfRefCounts::Position at) { return vrfRefCount_.value(at) == 0; });
-  if (erased) publisher_.publish(vrfRefCountAttribute, &erased->first, nullptr);
+  if (erased) publish(erased->first, nullptr);
 }
 
 void VrfHwConfig::vrfRefCountDelAll() {
@@ -69,6 +92,24 @@ void VrfHwConfig::vrfRefCountDelAll() {
   const Mox::Ptr<VrfHwConfig> alive(this);
   for (auto entry = vrfRefCount_.iterator(); entry; ++entry)
     vrfRefCountDel(entry.key());
+}
+
+void VrfHwConfig::publish(const VrfAction& action, const unsigned* count) {
+  const Telling telling(*this, action);
+  publisher_.publish(vrfRefCountAttribute, &action, count);
+}
+
+void VrfHwConfig::resourceEndedIs(const VrfAction& action) noexcept {
+  for (Telling* telling = innermostTelling_; telling != nullptr; telling = telling->outer_) {
+    if (telling->action_ == action) telling->resourceEnded_ = true;
+  }
+}
+
+bool VrfHwConfig::resourceEndedSince(const VrfAction& action) const noexcept {
+  const Telling* telling = innermostTelling_;
+  while (telling != nullptr && telling->action_ != action)
+    telling = telling->outer_;
+  return telling != nullptr && telling->resourceEnded_;
 }
 
 unsigned VrfHwConfig::vrfRefCount(const VrfAction& action) const noexcept {

@@ -59,6 +59,15 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
     return vrfRefCount_;
   }
 
+  /// Says that the resource of `action` has ended by the changes of its count that subscribers are
+  /// being told of. It belongs to the table, so that of several state machines on it the one that
+  /// was told first ends the resource, and the others, who are told next, find that done.
+  void resourceEndedIs(const VrfAction& action) noexcept;
+  /// Whether that was said since the latest of those changes.
+  [[nodiscard]] bool resourceEnded(const VrfAction& action) const noexcept {
+    return innermostTelling_ != nullptr && resourceEndedSince(action);
+  }
+
   /// Subscribing does not change the table, so it is open to those who may only read.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept {
     return publisher_;
@@ -69,12 +78,17 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   }
 
  private:
+  class Telling;
+
   void countIs(VrfRefCounts::Position at, unsigned count);
   void makeRoomFor(const VrfAction& action, unsigned count) {
     followers_.makeRoomFor(vrfRefCountAttribute, &action, &count);
   }
+  void publish(const VrfAction& action, const unsigned* count);
+  [[nodiscard]] bool resourceEndedSince(const VrfAction& action) const noexcept;
 
   VrfRefCounts vrfRefCount_;
+  Telling* innermostTelling_ = nullptr;
   mutable Velo::FollowerList followers_;
   mutable Velo::Publisher publisher_;
 };

@@ -55,6 +55,11 @@ void VrfSm::makeRoomForCount(Velo::Follower* follower, short /*attributeId*/, co
     vrfSm.vrfHwStatus_->makeRoomFor(*static_cast<const VrfAction*>(key));
 }
 
+bool VrfSm::anotherEndedResource(const VrfAction& action) const noexcept {
+  return vrfHwConfig_->resourceEnded(action) && vrfHwConfig_->vrfRefCount(action) == 0 &&
+         !vrfHwStatus_->hwStatusHas(action);
+}
+
 void VrfSm::createResource(const VrfAction& action) {
   vrfHwStatus_->makeRoomFor(action);
   bool countChanged = false;
@@ -87,6 +92,7 @@ void VrfSm::deleteResource(const VrfAction& action) {
     vrfHwConfig_->vrfRefCountDelUnused(action);
     vrfHwStatus_->hwStatusDel(action);
     vrfHwConfig_->vrfRefCountDelUnused(action);
+    vrfHwConfig_->resourceEndedIs(action);
     countChanged = deletion.countChanged();
   }
   if (countChanged && vrfHwConfig_->vrfRefCount(action) != 0) createResource(action);

@@ -174,7 +174,8 @@ void VrfSm::vrfHwConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber
   if (attributeId != VrfHwConfig::vrfRefCountAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
   if (vrfSm.isDeaf()) return;
-  vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
+  const auto& action = *static_cast<const VrfAction*>(key);
+  if (!vrfSm.anotherEndedResource(action)) vrfSm.handleVrfRefCountChange(action);
 }
 
 void VrfSm::vrfFallbackConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber* subscriber,

@@ -232,6 +232,8 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   // Of an action whose record stays where it is during the call.
   void createResource(const VrfAction& action);
   void deleteResource(const VrfAction& action);
+  /// Whether the change that it is being told of is dealt with, by another machine on the tables.
+  [[nodiscard]] bool anotherEndedResource(const VrfAction& action) const noexcept;
   /// Whether the deletion of its resource is under way.
   [[nodiscard]] bool resourceIsGoing(const VrfAction& vrfAction) const noexcept {
     const Transition* transition = vrfHwStatus_->transition(vrfAction);

@@ -1,11 +1,9 @@
 // The library in an agent's process that was linked to the platform alone: entities made by the
 // factories that the agent looks up, and what is left of them when the library is unloaded.
 
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,64 +11,21 @@
 #include "Blinklog/Ring.h"
 #include "L3/VrfName.h"
 #include "Mox/AttributeText.h"
-#include "Mox/Ptr.h"
 #include "Mox/ReflectiveAccess.h"
 #include "Mox/TraceHandle.h"
 #include "PolicyMap/ActionType.h"
 #include "Quarry/Slab.h"
 #include "Routing/Hardware/RouteStatus.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
+#include "tests/library/LoadedLibrary.h"
 
 namespace {
 
+using namespace LoadedLibrary;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// A counted pointer is one word whatever it points to, and every entity begins with its base.
-using Object = Mox::Ptr<Mox::PtrInterface>;
-using TableFactory = Object (*)();
-using SixArgumentFactory = Object (*)(const Object&, const Object&, const Object&, const Object&,
-                                      const Object&, const Object&);
-
-constexpr const char* vrfHwConfigFactory = "_ZN21ZelVrfSelectionPolicy18vrfHwConfigFactoryEv";
-constexpr const char* vrfHwStatusFactory = "_ZN21ZelVrfSelectionPolicy18vrfHwStatusFactoryEv";
-constexpr const char* policySmMountsFactory = "_ZN21ZelVrfSelectionPolicy21policySmMountsFactoryEv";
-constexpr const char* vrfSmFactory =
-    "_ZN21ZelVrfSelectionPolicy12vrfSmFactoryERKN3Mox3PtrINS_11VrfHwConfigEEERKNS1_INS_"
-    "11VrfHwStatusEEERKNS1_INS_9VrfHelperEEERKNS1_IKN18VrfSelectionPolicy23VrfSelectionFallbackVrfE"
-    "EERKNS1_IKN7Routing8Hardware11RouteStatusEEERKNS1_IKN8Routing68Hardware11RouteStatusEEE";
-constexpr const char* policySmFactory =
-    "_ZN21ZelVrfSelectionPolicy30zelVrfSelectionPolicySmFactoryERKN3Mox3PtrIN9PolicyMap18PolicyMap"
-    "AclHelperEEERKNS1_INS_14PolicySmMountsEEERKNS1_INS_9VrfHelperEEERKNS1_"
-    "IKN18VrfSelectionPolicy23VrfSelectionFallbackVrfEEERKNS1_IKN7Routing8Hardware11RouteStatusEEER"
-    "KNS1_IKN8Routing68Hardware11RouteStatusEEE";
-
-class LoadedBesidePlatform : public ::testing::Test {
- protected:
-  LoadedBesidePlatform() : handle_(dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
-    if (handle_ == nullptr) ADD_FAILURE() << dlerror();
-  }
-  ~LoadedBesidePlatform() override { unload(); }
-
-  void unload() {
-    if (handle_ == nullptr) return;
-    EXPECT_EQ(dlclose(std::exchange(handle_, nullptr)), 0);
-    EXPECT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it is still loaded";
-  }
-  template <class Factory>
-  [[nodiscard]] Factory factory(const char* name) const {
-    return reinterpret_cast<Factory>(dlsym(handle_, name));
-  }
-  [[nodiscard]] Object makeTable(const char* name) const { return factory<TableFactory>(name)(); }
-  [[nodiscard]] Object makeVrfSm() const {
-    return factory<SixArgumentFactory>(vrfSmFactory)(
-        makeTable(vrfHwConfigFactory), makeTable(vrfHwStatusFactory), nullptr,
-        VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs(), nullptr, nullptr);
-  }
-
- private:
-  void* handle_;
-};
+class LoadedBesidePlatform : public ::testing::Test, protected LoadedLibrary::Library {};
 
 TEST_F(LoadedBesidePlatform, ItsFactoriesMakeEntitiesOfItsTypesWithNotificationsOn) {
   const std::pair<std::string, Object> made[] = {

@@ -99,7 +99,7 @@ void System::happenToStatuses(const Event& event) {
 void System::statusPut(Routes& routes, const Name& name, unsigned id) {
   statusRetire(routes, name);
   const StatusPtr status = VrfStatus::VrfStatusIs(name);
-  numbers_[status.get()] = static_cast<unsigned>(statusesMade_.size());
+  numbers_[status.get()] = statusesNumbered_++;
   statusesMade_.push_back(status);
   status->vrfIdIs(id);
   routes.status->vrfStatusIs(status);
@@ -136,7 +136,7 @@ void System::happenToLens(const Event& event) {
 void System::lensPut(Routes& routes, const Name& name) {
   lensRetire(routes, name);
   const LensPtr lens = PrefixLensInExactMatch::PrefixLensInExactMatchIs(name);
-  numbers_[lens.get()] = static_cast<unsigned>(lensMade_.size());
+  numbers_[lens.get()] = lensNumbered_++;
   lensMade_.push_back(lens);
   routes.status->vrfPrefixLensInExactMatchIs(lens);
 }
@@ -157,6 +157,14 @@ void System::lengthsAre(const Event& event) {
   if (event.kind == Kind::lenAdd) lens->prefixLenIs(length);
   if (event.kind == Kind::lenDelete) lens->prefixLenDel(length);
   if (event.kind == Kind::lenDeleteAll) lens->prefixLenDelAll();
+}
+
+void System::forgetUnheld() {
+  const auto isUnheld = [this](const auto& entity) {
+    return entity->references() == 1 && numbers_.erase(entity.get()) != 0;
+  };
+  std::erase_if(statusesMade_, isUnheld);
+  std::erase_if(lensMade_, isUnheld);
 }
 
 void System::happenToFlags(const Event& event) {

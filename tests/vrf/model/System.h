@@ -33,6 +33,10 @@ class System {
   /// How many different machines there have been.
   [[nodiscard]] unsigned built() const noexcept { return built_; }
 
+  /// Lets go of the VRF statuses and prefix lengths that nothing else holds any more, so that a
+  /// history may be of any length. They have no number from then on.
+  void forgetUnheld();
+
   /// The number of a VRF status or of prefix lengths, by the order of the making of either.
   [[nodiscard]] unsigned numberOf(const Mox::PtrInterface* entity) const {
     return numbers_.at(entity);
@@ -78,8 +82,11 @@ class System {
   Mox::Ptr<ZelVrfSelectionPolicy::VrfHelper> chip_;
   std::array<std::array<Routes, sets>, 2> routes_;
   std::array<Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf>, sets> fallbacks_;
+  // Held, so that none takes the place of another in memory.
   std::vector<StatusPtr> statusesMade_;
   std::vector<LensPtr> lensMade_;
+  unsigned statusesNumbered_ = 0;
+  unsigned lensNumbered_ = 0;
   std::map<const Mox::PtrInterface*, unsigned> numbers_;
   Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> top_;
   unsigned built_ = 0;
