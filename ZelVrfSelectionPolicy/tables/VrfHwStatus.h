@@ -156,8 +156,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   }
 
   /// The place for the outcome of a call of the chip that is about to be made: the entry of an
-  /// action, or room for one if there is none. It must not outlive the table, nor the action's
-  /// record.
+  /// action, or room for one if there is none. It must not outlive the table.
   class [[gnu::visibility("default")]] EntryWatch {
    public:
     EntryWatch(VrfHwStatus & statuses, const VrfAction& action);
@@ -175,7 +174,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
    private:
     friend class VrfHwStatus;
     VrfHwStatus& statuses_;
-    const VrfAction& action_;
+    VrfAction action_;
     HwStatuses::Position at_;
     bool wasRemoved_ = false;
     EntryWatch* outer_;
