@@ -106,6 +106,12 @@ S::S(int b) : a(b) {}
                          [False, True, False])  # fmt: skip
 
 
+    def test_a_reader_stays_in_a_header_alone(self):
+        text = "int S::size() const { return size_; }\n"
+        self.assertEqual(mutants_of("s.h", text), [])
+        self.assertEqual(len(mutants_of("s.cpp", text)), 1)
+
+
 class Judgement(unittest.TestCase):
     def test_a_row_is_found_by_its_change_whatever_the_line(self):
         text = "\n\nbool f() { return a || b; }\n"
