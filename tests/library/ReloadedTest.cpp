@@ -27,6 +27,10 @@ using ::testing::IsEmpty;
 constexpr int times = 1000;
 // By then every table of the platform and of the loader has its size.
 constexpr int warmUp = 100;
+constexpr int middle = warmUp + (times - warmUp) / 2;
+// Freed blocks that the C library keeps count as allocated, and how many it keeps changes now and
+// then; but a single block left over each time would be four times as much.
+constexpr std::size_t slack = std::size_t{8} * (times - middle);
 
 std::size_t mappings() {
   std::ifstream maps("/proc/self/maps");
@@ -80,15 +84,14 @@ TEST(Reloaded, AThousandTimesItLeavesMemoryMappingsTypesAndSlabsAsTheyWere) {
     ASSERT_THAT(Mox::moxModules(), ElementsAre("ZelPlatform")) << "after " << time;
     ASSERT_EQ(Mox::moxType("ZelVrfSelectionPolicy::VrfSm"), nullptr) << "after " << time;
     if (time < warmUp) continue;
-    const bool isEarly = time < warmUp + (times - warmUp) / 2;
-    std::size_t& highest = isEarly ? memoryOfFirstHalf : memoryOfSecondHalf;
+    std::size_t& highest = time < middle ? memoryOfFirstHalf : memoryOfSecondHalf;
     highest = std::max(highest, allocatedMemory());
     if (time == warmUp) mappingsAfterWarmUp = mappings();
   }
   RecordProperty("memoryOfFirstHalf", std::to_string(memoryOfFirstHalf));
   RecordProperty("memoryOfSecondHalf", std::to_string(memoryOfSecondHalf));
   EXPECT_GT(memoryOfFirstHalf, 0U);
-  EXPECT_LE(memoryOfSecondHalf, memoryOfFirstHalf);
+  EXPECT_LE(memoryOfSecondHalf, memoryOfFirstHalf + slack);
   EXPECT_LE(mappings(), mappingsAfterWarmUp);
 }
 

@@ -16,10 +16,10 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/memory/AllocatedMemory.h"
 #include "EventSource.h"
 #include "Possible.h"
 #include "Quarry/Slab.h"
+#include "tests/memory/AllocatedMemory.h"
 
 namespace VrfModel {
 namespace {
@@ -124,7 +124,12 @@ bool allSlabsAreEmpty() {
   return holds(!typeNames.empty(), "no slab was ever used") && areEmpty;
 }
 
+// What is made once for the process, and the page that each slab keeps, is made by a first short
+// life.
+constexpr std::uint64_t eventsOfFirstLife = 2000;
+
 bool soak(std::uint64_t events, std::uint64_t seed) {
+  Soak(eventsOfFirstLife, seed).run();
   const std::size_t before = allocatedMemory();
   Done done;
   Highest highest;
