@@ -52,7 +52,7 @@ HwStatus VrfHwStatus::withdraw(const VrfAction& action) {
   const HwStatuses::Position at = hwStatus_.withdraw(action);
   if (at == HwStatuses::none) return {};
   const VrfAction key = hwStatus_.key(at);
-  const HwStatus value = hwStatus_.value(at);
+  HwStatus value = hwStatus_.value(at);
   actionsByVrf_.erase(at, key);
   noteWithdrawn(at);
   noteRemoval(key);

@@ -46,7 +46,7 @@ class VrfName::Table {
       ++name->users;
       return name;
     }
-    if (2 * (count_ + 1) > places_.size()) {
+    if (count_ + 1 > places_.size() / 2) {
       grow();
       place = freePlace(hash);
     }

@@ -29,19 +29,19 @@ std::string listed(const Object& object, const Attribute& attribute) {
 
 }  // namespace
 
-TextAnswer attributeText(const Object& object, std::string_view name,
+TextAnswer attributeText(const Object& object, std::string_view attribute,
                          std::optional<std::string_view> key) {
-  const Attribute* attribute = findByText(object.type(), name);
-  if (attribute == nullptr) return {ReturnCode::unknownAttribute};
-  const Access& can = attribute->access;
+  const Attribute* found = findByText(object.type(), attribute);
+  if (found == nullptr) return {ReturnCode::unknownAttribute};
+  const Access& can = found->access;
   if (can.read == nullptr) return {ReturnCode::notSupported};
   if (can.key == nullptr) {
-    if (key) throw ArgumentException(std::string(attribute->name) + ": takes no key");
-    return {ReturnCode::success, can.read(object.readable(), {attribute->name, {}}).text().str()};
+    if (key) throw ArgumentException(std::string(found->name) + ": takes no key");
+    return {ReturnCode::success, can.read(object.readable(), {found->name, {}}).text().str()};
   }
-  if (!key) return {ReturnCode::success, listed(object, *attribute)};
+  if (!key) return {ReturnCode::success, listed(object, *found)};
   const AnyValue parsedKey = AnyValue::parsed(*can.key, *key);
-  const Arguments arguments(attribute->name, {&parsedKey, 1});
+  const Arguments arguments(found->name, {&parsedKey, 1});
   return {ReturnCode::success, can.read(object.readable(), arguments).text().str()};
 }
 

@@ -18,15 +18,15 @@ std::unique_ptr<Iterator> iterateFrom(const Object& object, AttributeId number,
 
 }  // namespace
 
-Answer access(const Object& object, AttributeId number, Operation operation,
+Answer access(const Object& object, AttributeId attribute, Operation operation,
               std::span<const AnyValue> arguments) {
-  const Attribute* attribute = findAttribute(object.type(), number);
-  if (attribute == nullptr) return {ReturnCode::unknownAttribute};
-  const Arguments given(attribute->name, arguments);
-  if (const auto inspect = attribute->access.inspect(operation)) {
+  const Attribute* found = findAttribute(object.type(), attribute);
+  if (found == nullptr) return {ReturnCode::unknownAttribute};
+  const Arguments given(found->name, arguments);
+  if (const auto inspect = found->access.inspect(operation)) {
     return {ReturnCode::success, inspect(object.readable(), given)};
   }
-  const auto change = attribute->access.change(operation);
+  const auto change = found->access.change(operation);
   if (change == nullptr || object.changeable() == nullptr) return {ReturnCode::notSupported};
   return {ReturnCode::success, change(object.changeable(), given)};
 }

@@ -297,6 +297,7 @@ void ZelTrafficPolicySm::synchronizeNext() {
 
 void ZelTrafficPolicySm::synchronizeIntfs(const std::set<Velo::String>& intfs) {
   std::vector<WantedRules> wanted;
+  wanted.reserve(intfs.size());
   for (const Velo::String& intf : intfs)
     wanted.push_back(wantedRules(intf));
   program(wanted);
@@ -332,6 +333,7 @@ ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::Stri
 
 void ZelTrafficPolicySm::program(std::vector<WantedRules>& wanted) {
   std::vector<RuleList> lists;
+  lists.reserve(wanted.size());
   for (const WantedRules& rules : wanted) {
     lists.push_back(
         {rules.intf, rules.rules,

@@ -23,7 +23,8 @@ RuleSet RuleSets::setIs(RuleSet base, std::span<const std::uint32_t> members) {
 void RuleSets::add(RuleSet set, RuleSet base, std::uint32_t member) {
   std::uint32_t& block = blocksOfSets_[placeOf(set, member / rulesPerBlock)];
   if (block == blocksOfSets_[placeOf(base, member / rulesPerBlock)]) {
-    blocks_.push_back(Block(blocks_[block]));
+    const Block copy = blocks_[block];
+    blocks_.push_back(copy);
     block = static_cast<std::uint32_t>(blocks_.size() - 1);
   }
   const std::size_t within = member % rulesPerBlock;

@@ -39,7 +39,7 @@ ParsedHeader parseV4(Bytes packet) noexcept {
   if (packet.size() < fixedV4) return faulty(HeaderFault::tooShort);
   PacketHeader header;
   header.family = Ip::Family::v4;
-  header.headerLength = (packet[0] & 0xfU) * 4U;
+  header.headerLength = std::size_t{packet[0] & 0xfU} * 4;
   if (header.headerLength < fixedV4 || header.headerLength > packet.size())
     return faulty(HeaderFault::badHeaderLength);
   header.totalLength = wordAt(packet, 2);
