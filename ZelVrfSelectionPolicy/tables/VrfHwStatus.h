@@ -125,6 +125,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     enum class Kind { creation, deletion };
 
     Transition(VrfHwStatus & statuses, const VrfAction& action, Kind kind) noexcept;
+    Transition(VrfHwStatus & statuses, const VrfAction&& action, Kind kind) = delete;
     Transition(const Transition&) = delete;
     Transition& operator=(const Transition&) = delete;
     ~Transition();

@@ -310,6 +310,17 @@ TEST_F(VrfHwStatusEntryWatch, AnActionWithoutAnEntryHasNoneToRemove) {
   EXPECT_FALSE(watch.wasRemoved());
 }
 
+// It keeps a reference to the action's record.
+TEST(VrfHwStatusTransition, OfAnActionThatEndsAtOnceIsNotTaken) {
+  using Transition = VrfHwStatus::Transition;
+  constexpr bool takesPassing =
+      std::is_constructible_v<Transition, VrfHwStatus&, VrfAction, Transition::Kind>;
+  constexpr bool takesLasting =
+      std::is_constructible_v<Transition, VrfHwStatus&, const VrfAction&, Transition::Kind>;
+  EXPECT_FALSE(takesPassing);
+  EXPECT_TRUE(takesLasting);
+}
+
 TEST_F(VrfHwStatusEntryWatch, TheRemovalIsKnownToThoseWhoAreToldOfIt) {
   const VrfHwStatus::EntryWatch watch(*table_, red);
   bool known = false;
