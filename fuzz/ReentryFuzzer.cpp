@@ -5,8 +5,7 @@
 // another one, exactly the actions that have a resource have a status, the one reported last; and
 // as long as there was one machine that followed the counts, these are the actions that have users.
 // The model knows nothing of hooks that re-enter, so what may happen is asked of the tables: counts
-// that have to stop the process, and handlers of a machine that is not there, are passed over; so
-// is, while a machine is being built, whatever has another one follow the counts beside it.
+// that have to stop the process, and handlers of a machine that is not there, are passed over.
 //
 // With the environment variable ZEL_FUZZ_TELL set, events and hooks are told while they happen,
 // indented by how deep they are.
@@ -62,12 +61,9 @@ class Story final {
     if (!mayBefall(event)) return;
     if (event.kind >= Kind::topActive && event.kind <= Kind::machineDrop) isFollowed_ = false;
     ++events_;
-    const bool isBuild = event.kind == Kind::machineBuild;
     ++depth_;
-    builds_ += isBuild ? 1 : 0;
     tellOf(shown(event, cast_));
     system_.apply(event);
-    builds_ -= isBuild ? 1 : 0;
     --depth_;
   }
 
@@ -78,8 +74,6 @@ class Story final {
 
   [[nodiscard]] bool mayBefall(const Event& event) const {
     if (event.kind <= Kind::countDeleteAll) return mayBefallCounts(event);
-    const bool isSwitch = event.kind >= Kind::topActive && event.kind <= Kind::machineBuild;
-    if (isSwitch && builds_ != 0) return false;
     if (event.kind == Kind::machineActive || event.kind == Kind::machineZombie) {
       return system_.machine() != nullptr;
     }
@@ -157,7 +151,6 @@ class Story final {
   VrfModel::System system_{cast_, chip_};
   unsigned events_ = 0;
   unsigned depth_ = 0;
-  unsigned builds_ = 0;
   bool isFollowed_ = false;
 };
 

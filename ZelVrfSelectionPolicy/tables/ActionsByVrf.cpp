@@ -22,15 +22,11 @@ bool isFirstWithName(const Names& names, unsigned field) noexcept {
 
 }  // namespace
 
-void ActionsByVrf::makeRoomFor(Position at, const VrfAction& action) {
-  if (indexInList_.size() < place(at + 1, 0)) indexInList_.resize(place(at + 1, 0));
-  for (const L3::VrfName* name : namesOf(action)) {
-    if (lists_.size() <= name->number()) lists_.resize(name->number() + 1);
-    std::unique_ptr<List>& list = lists_[name->number()];
-    if (list == nullptr) list = std::make_unique<List>();
-    std::vector<Place>& places = list->places;
-    if (places.size() == places.capacity()) places.reserve(2 * places.size() + 1);
-  }
+void ActionsByVrf::growListOf(const L3::VrfName& name) {
+  if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
+  std::unique_ptr<List>& list = lists_[name.number()];
+  if (list == nullptr) list = std::make_unique<List>();
+  list->places.reserve(2 * list->places.size() + 1);
 }
 
 void ActionsByVrf::insert(Position at, const VrfAction& action) noexcept {

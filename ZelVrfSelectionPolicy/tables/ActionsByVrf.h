@@ -34,7 +34,13 @@ class ActionsByVrf {
   ActionsByVrf& operator=(const ActionsByVrf&) = delete;
 
   /// Sees to it that entering an entry at `at` with the key `action` needs no memory.
-  void makeRoomFor(Position at, const VrfAction& action);
+  void makeRoomFor(Position at, const VrfAction& action) {
+    if (indexInList_.size() < place(at + 1, 0)) [[unlikely]]
+      indexInList_.resize(place(at + 1, 0));
+    makeRoomIn(action.vrfName());
+    makeRoomIn(action.fallbackVrfName());
+    makeRoomIn(action.postDecapVrfName());
+  }
   /// Enters the entry at `at`, whose key is `action`. There must be room for it.
   void insert(Position at, const VrfAction& action) noexcept;
   /// Takes out the entry at `at`, which was entered with `action`.
@@ -100,6 +106,13 @@ class ActionsByVrf {
   [[nodiscard]] List* list(const L3::VrfName& name) const noexcept {
     return name.number() < lists_.size() ? lists_[name.number()].get() : nullptr;
   }
+  // Sees to it that the list of `name` takes one place more without memory.
+  void makeRoomIn(const L3::VrfName& name) {
+    const List* present = list(name);
+    if (present == nullptr || present->places.size() == present->places.capacity()) [[unlikely]]
+      growListOf(name);
+  }
+  [[gnu::visibility("default")]] void growListOf(const L3::VrfName& name);
   void link(Place place, const L3::VrfName& name) noexcept;
   void unlink(Place place, const L3::VrfName& name) noexcept;
   [[gnu::visibility("default")]] void tidy(List& list) noexcept;

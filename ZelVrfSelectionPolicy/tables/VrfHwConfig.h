@@ -72,7 +72,7 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   [[nodiscard]] Velo::Publisher& publisher() const noexcept {
     return publisher_;
   }
-  /// Those who are asked before a count is added or changed.
+  /// Those who are asked before an action gets its first user: before a count becomes 1.
   [[nodiscard]] Velo::FollowerList& followers() const noexcept {
     return followers_;
   }
@@ -81,8 +81,8 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   class Telling;
 
   void countIs(VrfRefCounts::Position at, unsigned count);
-  void makeRoomFor(const VrfAction& action, unsigned count) {
-    followers_.makeRoomFor(vrfRefCountAttribute, &action, &count);
+  void makeRoomFor(const VrfAction& action, unsigned count) const {
+    if (count == 1) followers_.makeRoomFor(vrfRefCountAttribute, &action, &count);
   }
   void publish(const VrfAction& action, const unsigned* count);
   [[nodiscard]] bool resourceEndedSince(const VrfAction& action) const noexcept;

@@ -282,8 +282,10 @@ class HashMap2018 {
     return slots_++;
   }
   void makeSlots() {
-    if (slots_ == chunks_.size() * chunkSlots) chunks_.push_back(std::make_unique<Chunk>());
+    if (slots_ == chunks_.size() * chunkSlots) [[unlikely]]
+      addChunk();
   }
+  [[gnu::noinline]] void addChunk() { chunks_.push_back(std::make_unique<Chunk>()); }
   void leaveSlot(Position at) noexcept {
     std::memcpy(slot(at), &firstFree_, sizeof(Position));
     firstFree_ = at;
@@ -328,7 +330,7 @@ class HashMap2018 {
     }
     return place;
   }
-  void grow() {
+  [[gnu::noinline]] void grow() {
     std::vector<IndexEntry> grown(index_.empty() ? smallestIndex : index_.size() * 2);
     const std::size_t mask = grown.size() - 1;
     for (const IndexEntry& old : index_) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Velo/NotifieeList.h"
+#include <algorithm>
+#include <vector>
 
 namespace Velo {
 
@@ -10,7 +11,7 @@ namespace Velo {
 /// A subscriber is told after the fact, when it is too late to refuse. A follower is asked before
 /// the fact: it gets all the memory that following the change will take, and throws when there is
 /// none. Then the change does not happen, and nobody has been told of any. It must change nothing
-/// that can be seen, since another follower may still refuse.
+/// that can be seen, since another follower may still refuse; nor who the followers are.
 struct Follower {
   /// `key` names the entry that is to change and `value` is what it is to become.
   using MakeRoom = void (*)(Follower* follower, short attributeId, const void* key,
@@ -39,19 +40,23 @@ struct MemberFollower final : Follower {
 class FollowerList {
  public:
   /// Adds `follower`; nothing if it is there already. Whoever adds it removes it before it goes.
-  void followerIs(Follower& follower) { followers_.add(follower); }
-  void followerDel(Follower& follower) noexcept { followers_.remove(follower); }
+  void followerIs(Follower& follower) {
+    if (std::ranges::find(followers_, &follower) == followers_.end())
+      followers_.push_back(&follower);
+  }
+  void followerDel(Follower& follower) noexcept { std::erase(followers_, &follower); }
   /// Sees to it that adding one follower needs no memory.
-  void makeRoom() { followers_.makeRoom(); }
+  void makeRoom() {
+    if (followers_.size() == followers_.capacity()) followers_.reserve(2 * followers_.size() + 1);
+  }
 
-  void makeRoomFor(short attributeId, const void* key, const void* value) {
-    if (followers_.empty()) return;
-    followers_.visit(
-        [&](Follower& follower) { follower.makeRoom(&follower, attributeId, key, value); });
+  void makeRoomFor(short attributeId, const void* key, const void* value) const {
+    for (Follower* follower : followers_)
+      follower->makeRoom(follower, attributeId, key, value);
   }
 
  private:
-  NotifieeList<Follower> followers_;
+  std::vector<Follower*> followers_;
 };
 
 }  // namespace Velo

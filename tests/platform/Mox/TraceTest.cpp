@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -281,9 +282,13 @@ TEST_F(TraceTest, ALineForWhichThereIsNoMemoryIsLostAsAWhole) {
 }
 
 TEST_F(TraceTest, AHandleIsMadeWithoutMemory) {
-  const PlatformTests::FailingAllocations failing(0);
-  const TraceHandle handle("TraceMadeWithoutMemory", 1U << 3);
-  EXPECT_TRUE(handle.isOn(3));
+  std::optional<TraceHandle> handle;
+  {
+    const PlatformTests::FailingAllocations failing(0);
+    handle.emplace("TraceMadeWithoutMemory", 1U << 3);
+  }
+  traceLevelsIs("TraceMadeWithoutMemory=4");
+  EXPECT_THAT(levelsOn(*handle), ElementsAre(4));
 }
 
 }  // namespace
