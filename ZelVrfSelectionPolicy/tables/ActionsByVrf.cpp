@@ -47,7 +47,7 @@ void ActionsByVrf::clear() noexcept {
   for (const auto& list : lists_) {
     if (list == nullptr) continue;
     std::fill(list->places.begin(), list->places.end(), none);
-    list->holes = static_cast<unsigned>(list->places.size());
+    list->entries = 0;
     tidy(*list);
   }
   indexInList_.clear();
@@ -55,35 +55,33 @@ void ActionsByVrf::clear() noexcept {
 }
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) noexcept {
-  std::vector<Place>& places = lists_[name.number()]->places;
-  places.push_back(place);
-  indexInList_[place] = static_cast<std::uint32_t>(places.size() - 1);
+  List& list = *lists_[name.number()];
+  indexInList_[place] = static_cast<std::uint32_t>(list.places.size());
+  list.places.push_back(place);
+  ++list.entries;
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
   List& list = *lists_[name.number()];
   list.places[indexInList_[place]] = none;
-  ++list.holes;
+  --list.entries;
   tidy(list);
 }
 
 // Does what has to wait while a walk is on the list.
 void ActionsByVrf::tidy(List& list) noexcept {
   if (list.walks != 0) return;
-  while (!list.places.empty() && list.places.back() == none) {
+  while (!list.places.empty() && list.places.back() == none)
     list.places.pop_back();
-    --list.holes;
-  }
   if (list.places.empty() && list.places.capacity() > mostKept) {
     std::vector<Place>().swap(list.places);
-  } else if (list.holes > list.places.size() / 2) {
+  } else if (list.entries < list.places.size() / 2) {
     closeHoles(list);
   }
 }
 
 void ActionsByVrf::closeHoles(List& list) noexcept {
   std::erase(list.places, none);
-  list.holes = 0;
   for (std::uint32_t index = 0; index < list.places.size(); ++index)
     indexInList_[list.places[index]] = index;
 }

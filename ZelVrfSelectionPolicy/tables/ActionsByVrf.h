@@ -35,8 +35,9 @@ class ActionsByVrf {
 
   /// Sees to it that entering an entry at `at` with the key `action` needs no memory.
   void makeRoomFor(Position at, const VrfAction& action) {
-    if (indexInList_.size() < place(at + 1, 0)) [[unlikely]]
-      indexInList_.resize(place(at + 1, 0));
+    const std::size_t places = place(at + 1, 0);
+    if (indexInList_.size() < places) [[unlikely]]
+      indexInList_.resize(places);
     makeRoomIn(action.vrfName());
     makeRoomIn(action.fallbackVrfName());
     makeRoomIn(action.postDecapVrfName());
@@ -58,7 +59,7 @@ class ActionsByVrf {
   using Place = std::uint32_t;
   struct List {
     std::vector<Place> places;  // `none` is a hole
-    unsigned holes = 0;
+    std::size_t entries = 0;    // in it, holes aside
     unsigned walks = 0;
   };
 
@@ -76,7 +77,8 @@ class ActionsByVrf {
     Walk& operator=(const Walk&) = delete;
     ~Walk() {
       if (list_ == nullptr) return;
-      if (--list_->walks == 0 && list_->holes != 0) actions_.tidy(*list_);
+      --list_->walks;
+      actions_.tidy(*list_);
     }
 
     /// The next entry, `none` at the end.

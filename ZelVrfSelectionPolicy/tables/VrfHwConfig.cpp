@@ -105,11 +105,8 @@ void VrfHwConfig::resourceEndedIs(const VrfAction& action) noexcept {
   }
 }
 
-bool VrfHwConfig::resourceEndedSince(const VrfAction& action) const noexcept {
-  const Telling* telling = innermostTelling_;
-  while (telling != nullptr && telling->action_ != action)
-    telling = telling->outer_;
-  return telling != nullptr && telling->resourceEnded_;
+bool VrfHwConfig::resourceEnded() const noexcept {
+  return innermostTelling_ != nullptr && innermostTelling_->resourceEnded_;
 }
 
 unsigned VrfHwConfig::vrfRefCount(const VrfAction& action) const noexcept {

@@ -63,10 +63,9 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   /// being told of. It belongs to the table, so that of several state machines on it the one that
   /// was told first ends the resource, and the others, who are told next, find that done.
   void resourceEndedIs(const VrfAction& action) noexcept;
-  /// Whether that was said since the latest of those changes.
-  [[nodiscard]] bool resourceEnded(const VrfAction& action) const noexcept {
-    return innermostTelling_ != nullptr && resourceEndedSince(action);
-  }
+  /// Whether that was said since the change that a subscriber is being told of, by whom it is
+  /// asked.
+  [[nodiscard]] bool resourceEnded() const noexcept;
 
   /// Subscribing does not change the table, so it is open to those who may only read.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept {
@@ -85,7 +84,6 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
     if (count == 1) followers_.makeRoomFor(vrfRefCountAttribute, &action, &count);
   }
   void publish(const VrfAction& action, const unsigned* count);
-  [[nodiscard]] bool resourceEndedSince(const VrfAction& action) const noexcept;
 
   VrfRefCounts vrfRefCount_;
   Telling* innermostTelling_ = nullptr;

@@ -96,7 +96,7 @@ void VrfHwStatus::noteWithdrawn(HwStatuses::Position at) noexcept {
   actionsByVrf_.noteOf(at) = HwStatuses::none;
 }
 
-void VrfHwStatus::discardAllWithdrawn() noexcept {
+void VrfHwStatus::discardWithdrawn() noexcept {
   HwStatuses::Position at = std::exchange(firstWithdrawn_, HwStatuses::none);
   while (at != HwStatuses::none)
     hwStatus_.discard(std::exchange(at, actionsByVrf_.noteOf(at)));

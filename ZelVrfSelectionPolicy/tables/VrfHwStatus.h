@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <utility>
 
 #include "Mox/HashMap2018.h"
@@ -98,10 +97,6 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     void hwStatusIs(const HwStatus& status) {
       if (walk_.isThere()) statuses_->presentIs(at_, status);
     }
-    /// A copy of the next action; nothing at the end.
-    [[nodiscard]] std::optional<VrfAction> next() noexcept {
-      return advance() ? std::optional(action()) : std::nullopt;
-    }
 
    private:
     // About as many entries as are programmed while one is fetched from main memory.
@@ -191,11 +186,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   HwStatus withdraw(const VrfAction& action);
   void noteWithdrawn(HwStatuses::Position at) noexcept;
   // Ends the entries that were removed while there were walks.
-  void discardWithdrawn() noexcept {
-    if (firstWithdrawn_ != HwStatuses::none) [[unlikely]]
-      discardAllWithdrawn();
-  }
-  void discardAllWithdrawn() noexcept;
+  void discardWithdrawn() noexcept;
   void noteRemoval(const VrfAction& action) noexcept;
 
   HwStatuses hwStatus_;

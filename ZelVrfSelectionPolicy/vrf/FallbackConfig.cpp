@@ -16,9 +16,8 @@ void VrfSm::makeRoomForFallback(Velo::Follower* follower, short /*attributeId*/,
 
 void VrfSm::makeRoomForFallback(const L3::VrfName& vrf, const L3::VrfName& fallback) {
   if (!fallbackVrfInfo_.has(vrf)) fallbackVrfInfo_.makeRoom();
-  if (fallback.isDefaultVrf()) return;
   if (const Mox::Ptr<DependentVrfInfo> present = dependentVrfInfo(fallback)) {
-    if (!present->dependentVrfs(vrf)) present->makeRoom();
+    present->makeRoom();
     return;
   }
   if (recordToCome_ && recordToCome_->fallbackVrf() == fallback) return;
@@ -64,7 +63,6 @@ void VrfSm::dependencyIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
 }
 
 void VrfSm::dependencyDel(const L3::VrfName& vrf, const L3::VrfName& fallback) {
-  if (fallback.isDefaultVrf()) return;
   const Mox::Ptr<DependentVrfInfo> record = dependentVrfInfo(fallback);
   if (!record) return;
   record->dependentVrfsDel(vrf);
@@ -72,8 +70,8 @@ void VrfSm::dependencyDel(const L3::VrfName& vrf, const L3::VrfName& fallback) {
 }
 
 void VrfSm::fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
-  const auto [at, inserted] = fallbackVrfInfo_.insert(vrf, fallback);
-  if (!inserted) fallbackVrfInfo_.value(at) = fallback;
+  const auto at = fallbackVrfInfo_.insert(vrf).first;
+  fallbackVrfInfo_.value(at) = fallback;
 }
 
 L3::VrfName VrfSm::fallbackVrfInfoDel(const L3::VrfName& vrf) {

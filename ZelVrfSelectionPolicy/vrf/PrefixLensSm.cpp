@@ -54,9 +54,7 @@ Velo::String VrfSm::PrefixLensSm::name() const noexcept {
 }
 
 void VrfSm::PrefixLensSm::notifierIs(const Mox::Ptr<Mox::PtrInterface const>& notifier) {
-  const PrefixLensPtr watched = Mox::ptrCast<PrefixLensInExactMatch const>(notifier);
-  if (watched == prefixLens()) return;
-  NotifieeConst::notifierIs(watched);
+  NotifieeConst::notifierIs(Mox::ptrCast<PrefixLensInExactMatch const>(notifier));
   isRegisteredIs(true);
 }
 
@@ -89,8 +87,7 @@ void VrfSm::PrefixLensSm::handlePrefixLen() {
 
 void VrfSm::PrefixLensSm::updateWhatNamesIt() {
   if (vrfSm_ == nullptr || vrfSm_->isTearingDown()) return;
-  const Velo::String watched = name();
-  if (vrfName_.bytes() != watched.bytes()) vrfName_ = L3::VrfName(watched);
+  vrfName_ = L3::VrfName(name());
   vrfSm_->handleVrfUpdates(vrfName_, false);
 }
 
@@ -192,7 +189,6 @@ void VrfSm::prefixLensSmIs(PrefixLensSms<Machine>& machines, const PrefixLensPtr
 
 template <class Machine>
 void VrfSm::prefixLensSmDel(PrefixLensSms<Machine>& machines, const Velo::String& name) {
-  const Mox::Ptr<VrfSm> alive(this);
   auto erased = machines.erase(name);
   if (!erased) {
     if (PrefixLensCreation* underWay = PrefixLensCreation::of(*this, &machines, name)) {

@@ -47,55 +47,54 @@ void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
   }
 }
 
-void VrfSm::makeRoomForCount(Velo::Follower* follower, short /*attributeId*/, const void* key,
-                             const void* value) {
+void VrfSm::makeRoomForFirstUser(Velo::Follower* follower, short /*attributeId*/, const void* key,
+                                 const void* /*value*/) {
   const VrfSm& vrfSm = Velo::MemberFollower<VrfSm>::ownerOf(follower);
-  const bool isFirstUser = *static_cast<const unsigned*>(value) == 1;
-  if (isFirstUser && !vrfSm.isDeaf())
-    vrfSm.vrfHwStatus_->makeRoomFor(*static_cast<const VrfAction*>(key));
+  if (!vrfSm.isDeaf()) vrfSm.vrfHwStatus_->makeRoomFor(*static_cast<const VrfAction*>(key));
 }
 
 bool VrfSm::anotherEndedResource(const VrfAction& action) const noexcept {
-  return vrfHwConfig_->resourceEnded(action) && vrfHwConfig_->vrfRefCount(action) == 0 &&
+  return vrfHwConfig_->resourceEnded() && vrfHwConfig_->vrfRefCount(action) == 0 &&
          !vrfHwStatus_->hwStatusHas(action);
 }
 
 void VrfSm::createResource(const VrfAction& action) {
   vrfHwStatus_->makeRoomFor(action);
-  bool countChanged = false;
-  {
-    const Transition creation(*vrfHwStatus_, action, Transition::Kind::creation);
-    const HwStatus outcome = vrfHelper_->createVrf(action);
-    if (outcome.status() == ProgrammingResult::programmingFailure) {
-      const FailureCode reason = outcome.failureReason();
-      vrfSmMessages.createFailed(action.vrfName().bytes(),
-                                 enumTypeOf(reason).name(static_cast<unsigned char>(reason)));
-    }
-    vrfHwStatus_->hwStatusIs(action, outcome);
-    countChanged = creation.countChanged();
+  if (countChangesDuringCreation(action)) handleVrfRefCountChange(action);
+}
+
+bool VrfSm::countChangesDuringCreation(const VrfAction& action) {
+  const Transition creation(*vrfHwStatus_, action, Transition::Kind::creation);
+  const HwStatus outcome = vrfHelper_->createVrf(action);
+  if (outcome.status() == ProgrammingResult::programmingFailure) {
+    const FailureCode reason = outcome.failureReason();
+    vrfSmMessages.createFailed(action.vrfName().bytes(),
+                               enumTypeOf(reason).name(static_cast<unsigned char>(reason)));
   }
-  if (countChanged) handleVrfRefCountChange(action);
+  vrfHwStatus_->hwStatusIs(action, outcome);
+  return creation.countChanged();
 }
 
 void VrfSm::deleteResource(const VrfAction& action) {
-  bool countChanged = false;
-  {
-    const Transition deletion(*vrfHwStatus_, action, Transition::Kind::deletion);
-    vrfHelper_->deleteVrf(action);
-    if (!vrfHwStatus_->hwStatusHas(action)) {
-      vrfSmMessages.deletingUncreated(action.vrfName().bytes());
-      failUncreatedDeletion(action);
-    }
-    vrfSmMessages.deleting(action.vrfName().bytes());
-    // Unless users came meanwhile, who are not to be forgotten; if they came and left again before
-    // the end, they leave no entry behind either.
-    vrfHwConfig_->vrfRefCountDelUnused(action);
-    vrfHwStatus_->hwStatusDel(action);
-    vrfHwConfig_->vrfRefCountDelUnused(action);
-    vrfHwConfig_->resourceEndedIs(action);
-    countChanged = deletion.countChanged();
-  }
+  const bool countChanged = countChangesDuringDeletion(action);
   if (countChanged && vrfHwConfig_->vrfRefCount(action) != 0) createResource(action);
+}
+
+bool VrfSm::countChangesDuringDeletion(const VrfAction& action) {
+  const Transition deletion(*vrfHwStatus_, action, Transition::Kind::deletion);
+  vrfHelper_->deleteVrf(action);
+  if (!vrfHwStatus_->hwStatusHas(action)) {
+    vrfSmMessages.deletingUncreated(action.vrfName().bytes());
+    failUncreatedDeletion(action);
+  }
+  vrfSmMessages.deleting(action.vrfName().bytes());
+  // Unless users came meanwhile, who are not to be forgotten; if they came and left again before
+  // the end, they leave no entry behind either.
+  vrfHwConfig_->vrfRefCountDelUnused(action);
+  vrfHwStatus_->hwStatusDel(action);
+  vrfHwConfig_->vrfRefCountDelUnused(action);
+  vrfHwConfig_->resourceEndedIs(action);
+  return deletion.countChanged();
 }
 
 }  // namespace ZelVrfSelectionPolicy

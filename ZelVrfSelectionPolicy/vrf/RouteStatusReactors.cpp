@@ -31,7 +31,7 @@ VrfSm::MoxRoutingHwRouteStatus::~MoxRoutingHwRouteStatus() {
 void VrfSm::MoxRoutingHwRouteStatus::makeRoom(Velo::Follower* follower, short attributeId,
                                               const void* /*key*/, const void* value) {
   const auto& reactor = Velo::MemberFollower<MoxRoutingHwRouteStatus>::ownerOf(follower);
-  if (reactor.isDeaf() || !reactor.hasNotificationActive()) return;
+  if (reactor.isDeaf()) return;
   if (attributeId == RouteStatus::vrfStatusAttribute) {
     reactor.owner_->makeRoomForVrfStatus(entityOf<Routing::Hardware::VrfStatus>(value));
   } else {
@@ -46,21 +46,12 @@ VrfSm::RouteStatusPtr VrfSm::MoxRoutingHwRouteStatus::status() const noexcept {
 
 void VrfSm::MoxRoutingHwRouteStatus::onAttribute(Mox::AttributeId attributeId, const void* key) {
   if (isDeaf()) return;
-  switch (attributeId) {
-    case RouteStatus::vrfStatusAttribute:
-      followVrfStatus(*static_cast<const L3::VrfName*>(key));
-      break;
-    case RouteStatus::prefixLensAttribute:
-      followPrefixLens(*static_cast<const Velo::String*>(key));
-      break;
-    case RouteStatus::decapNhFallbackEnabledAttribute:
-      if (!isZombie()) owner_->handleDecapNhFallback();
-      break;
-    case RouteStatus::decapNhEnabledAttribute:
-      if (!isZombie()) owner_->handleDecapNh();
-      break;
-    default:
-      break;
+  if (attributeId == RouteStatus::vrfStatusAttribute) {
+    followVrfStatus(*static_cast<const L3::VrfName*>(key));
+  } else if (attributeId == RouteStatus::prefixLensAttribute) {
+    followPrefixLens(*static_cast<const Velo::String*>(key));
+  } else if (!isZombie()) {
+    followDecapNh(attributeId);
   }
 }
 
@@ -80,6 +71,11 @@ void VrfSm::MoxRoutingHwRouteStatus::followPrefixLens(const Velo::String& name) 
   }
 }
 
+void VrfSm::MoxRoutingHwRouteStatus::followDecapNh(Mox::AttributeId attributeId) {
+  if (attributeId == RouteStatus::decapNhFallbackEnabledAttribute) owner_->handleDecapNhFallback();
+  if (attributeId == RouteStatus::decapNhEnabledAttribute) owner_->handleDecapNh();
+}
+
 VrfSm::MoxRouting6HwRouteStatus::MoxRouting6HwRouteStatus(const RouteStatus6Ptr& status,
                                                           VrfSm* owner)
     : NotifieeConst(status), owner_(owner) {
@@ -95,7 +91,7 @@ VrfSm::MoxRouting6HwRouteStatus::~MoxRouting6HwRouteStatus() {
 void VrfSm::MoxRouting6HwRouteStatus::makeRoom(Velo::Follower* follower, short attributeId,
                                                const void* /*key*/, const void* value) {
   const auto& reactor = Velo::MemberFollower<MoxRouting6HwRouteStatus>::ownerOf(follower);
-  if (reactor.isDeaf() || !reactor.hasNotificationActive()) return;
+  if (reactor.isDeaf()) return;
   if (attributeId != RouteStatus6::prefixLensAttribute) return;
   reactor.owner_->makeRoomForPrefixLensV6(
       entityOf<Routing::Hardware::PrefixLensInExactMatch>(value));

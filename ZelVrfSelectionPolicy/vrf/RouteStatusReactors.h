@@ -32,6 +32,7 @@ class VrfSm::MoxRoutingHwRouteStatus final
   }
   void followVrfStatus(const L3::VrfName& name);
   void followPrefixLens(const Velo::String& name);
+  void followDecapNh(Mox::AttributeId attributeId);
 
   VrfSm* owner_;
   Velo::MemberFollower<MoxRoutingHwRouteStatus> follower_{*this, &makeRoom};

@@ -108,10 +108,8 @@ void VrfSm::VrfInstanceSm::updateWhatNamesIt() {
 }
 
 void VrfSm::makeRoomForVrfStatus(const VrfStatus& vrfStatus) {
-  if (!vrfInstance_.has(vrfStatus.name())) {
-    VrfInstanceSm::makeRoom();
-    vrfInstance_.makeRoom();
-  }
+  VrfInstanceSm::makeRoom();
+  vrfInstance_.makeRoom();
   PtrInterface::NotifieeConst::makeRoomAt(vrfStatus);
 }
 
@@ -121,7 +119,6 @@ Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceIs(const VrfStatusPtr& vrfStatu
   const L3::VrfName name = vrfStatus->name();
   const auto* present = vrfInstance_.find(name);
   const bool isNew = present == nullptr;
-  if (isNew) makeRoomForVrfStatus(*vrfStatus);
   Mox::Ptr<VrfInstanceSm> instance =
       isNew ? Mox::makePtr<VrfInstanceSm>(vrfStatus, this) : *present;
   if (isNew) {
@@ -135,7 +132,6 @@ Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceIs(const VrfStatusPtr& vrfStatu
 }
 
 Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceDel(const L3::VrfName& vrfName) {
-  const Mox::Ptr<VrfSm> alive(this);
   auto erased = vrfInstance_.erase(vrfName);
   if (!erased) return nullptr;
   const NestedSmRemoval<VrfInstanceSm> removal(erased->second);

@@ -210,8 +210,8 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   }
 
   // Get what following a change will take; see `Velo::Follower`.
-  static void makeRoomForCount(Velo::Follower * follower, short attributeId, const void* key,
-                               const void* value);
+  static void makeRoomForFirstUser(Velo::Follower * follower, short attributeId, const void* key,
+                                   const void* value);
   static void makeRoomForFallback(Velo::Follower * follower, short attributeId, const void* key,
                                   const void* value);
   void makeRoomForFallback(const L3::VrfName& vrf, const L3::VrfName& fallback);
@@ -232,6 +232,10 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   // Of an action whose record stays where it is during the call.
   void createResource(const VrfAction& action);
   void deleteResource(const VrfAction& action);
+  // Creates it, stores the outcome, and tells whether the action's count changed in the course.
+  bool countChangesDuringCreation(const VrfAction& action);
+  // Deletes it with its count and its status, and tells that of the action's count.
+  bool countChangesDuringDeletion(const VrfAction& action);
   /// Whether the change that it is being told of is dealt with, by another machine on the tables.
   [[nodiscard]] bool anotherEndedResource(const VrfAction& action) const noexcept;
   /// Whether the deletion of its resource is under way.
@@ -271,7 +275,7 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
 
   Velo::MemberSubscriber<VrfSm> vrfHwConfigSubscriber_;
   Velo::MemberSubscriber<VrfSm> vrfFallbackConfigSubscriber_;
-  Velo::MemberFollower<VrfSm> vrfHwConfigFollower_{*this, &makeRoomForCount};
+  Velo::MemberFollower<VrfSm> vrfHwConfigFollower_{*this, &makeRoomForFirstUser};
   Velo::MemberFollower<VrfSm> vrfFallbackConfigFollower_{*this, &makeRoomForFallback};
   // Made in advance, for what is about to be handled.
   Mox::Ptr<DependentVrfInfo> recordToCome_;

@@ -9,7 +9,8 @@
 #endif
 
 #if ZEL_ALLOCATES_BY_SANITIZER
-#include <sanitizer/allocator_interface.h>
+// Of <sanitizer/allocator_interface.h>, which not every compiler brings along.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 std::size_t allocatedMemory() noexcept {
   return __sanitizer_get_current_allocated_bytes();

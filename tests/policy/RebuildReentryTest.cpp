@@ -63,6 +63,20 @@ TEST_F(RebuildReentry, AUserWhoLeavesDuringARebuildHasTheResourceDeletedOnce) {
   EXPECT_FALSE(statuses_->hwStatusHas(green_));
 }
 
+// In the innermost call three machines stand on the tables, and only the first of them is paused.
+TEST_F(RebuildReentry, AUserWhoLeavesDuringARebuildWithinARebuildHasTheResourceDeletedOnce) {
+  chip_->onUpdate = [this, calls = 0](const VrfAction&) mutable {
+    const int call = ++calls;
+    if (call == 1) rebuild();
+    if (call == 2) users_->vrfRefCountDec(green_, 1);
+    return HwStatus();
+  };
+  rebuild();
+  EXPECT_THAT(journal_.take(), ElementsAre("updateVrf red", "updateVrf red", "deleteVrf green"));
+  EXPECT_FALSE(statuses_->hwStatusHas(green_));
+  EXPECT_FALSE(users_->vrfRefCount().has(green_));
+}
+
 TEST_F(RebuildReentry, ARebuildInTheMiddleOfARemovalDeletesTheResourceOnce) {
   chip_->onDelete = [this](const VrfAction&) { rebuild(); };
   users_->vrfRefCountDec(green_, 1);

@@ -173,6 +173,35 @@ TEST_F(VrfSmDeathTest, TheCommentOnARemovalShowsTheWholeActionAndTheTraceItsVrfA
            deletingUncreated("red")));
 }
 
+// That of another action does not count as its own.
+TEST_F(VrfSmDeathTest, AZeroInWhoseCourseAnotherResourceEndsStopsTheProcess) {
+  struct Ending final : Velo::Subscriber {
+    Mox::Ptr<VrfHwConfig> users;
+    VrfAction other;
+  };
+  Ending ending;
+  ending.users = users;
+  ending.other = lookUpIn("other");
+  ending.dispatch = [](Velo::Publisher*, Velo::Subscriber* self, short, const void* key,
+                       const void*) {
+    const auto& told = *static_cast<Ending*>(self);
+    if (!(*static_cast<const VrfAction*>(key) == told.other))
+      told.users->vrfRefCountIs(told.other, 0);
+  };
+  users->vrfRefCountIs(ending.other, 1);
+  vrfSm = nullptr;
+  users->publisher().subscriberIs(ending);
+  start();
+  EXPECT_EXIT(
+      {
+        Blinklog::ring().clear();
+        users->vrfRefCountIs(red, 0);
+      },
+      ::testing::KilledBySignal(SIGABRT),
+      ::testing::HasSubstr("Trying to delete a vrf HW resource"));
+  users->publisher().subscriberDel(ending);
+}
+
 TEST_F(VrfSmDeathTest, ASecondRemovalStopsTheProcess) {
   users->vrfRefCountIs(red, 1);
   users->vrfRefCountIs(red, 0);

@@ -224,6 +224,25 @@ TYPED_TEST(PrefixLensTracking, SameEntityTwiceDoesNothingTheSecondTime) {
   EXPECT_THAT(this->journal.take(), IsEmpty());
 }
 
+TYPED_TEST(PrefixLensTracking, NoNameIsKeptOfPrefixLengthsThatHaveGone) {
+  const unsigned number = L3::VrfName("passing").number();
+  this->familyRoutes().vrfPrefixLensInExactMatchIs("passing");
+  this->familyRoutes().vrfPrefixLensInExactMatchDel("passing");
+  EXPECT_EQ(L3::VrfName("another").number(), number);
+}
+
+TYPED_TEST(PrefixLensTracking, SameEntityLeavesItsMachineInTheStateOfPendingDeletionThatItIsIn) {
+  const auto lens = this->familyRoutes().vrfPrefixLensInExactMatchIs("red");
+  const auto machine = this->machineOf("red");
+  machine->moxDoZombieReactors(true);
+  const BothSinks sinks;
+
+  TypeParam::is(*this->vrfSm, lens);
+
+  EXPECT_TRUE(machine->isZombie());
+  EXPECT_THAT(sinks.text(), IsEmpty());
+}
+
 TYPED_TEST(PrefixLensTracking, NewEntityUnderTheSameKeyRepointsTheMachineAndRunsNoHandler) {
   const auto before = this->familyRoutes().vrfPrefixLensInExactMatchIs("red");
   this->created(actionOf("red"));

@@ -375,6 +375,18 @@ TEST_P(ReentryIntoPrefixLens, RemovalOfAllSurvivesRemovalsAndAdditionsWithinIt) 
   EXPECT_EQ(GetParam().liveMachines(), 0U);
 }
 
+TEST_P(ReentryIntoPrefixLens, RemovalOfAllMayReleaseTheMachine) {
+  for (const char* vrf : {"red", "green", "blue"}) {
+    family().vrfPrefixLensInExactMatchIs(vrf);
+    created(actionOf(vrf));
+  }
+  duringFirstUpdate([&](const VrfAction&) { vrfSm = nullptr; });
+  GetParam().delAll(*vrfSm);
+  EXPECT_EQ(updates_, 3);
+  EXPECT_EQ(live(VrfSm::typeName), 0U);
+  EXPECT_EQ(GetParam().liveMachines(), 0U);
+}
+
 TEST_P(ReentryIntoPrefixLens, CreationWhoseHookReplacesTheEntityAndThrowsCanBeRepeated) {
   created(actionOf("red"));
   const auto other = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");

@@ -285,6 +285,16 @@ TEST_F(VrfInstanceTracking, InstanceWithoutAStatusTakesTheNextOneOfItsName) {
   EXPECT_EQ(instanceOf("red")->vrfInstance(), red);
 }
 
+TEST_F(VrfInstanceTracking, InstanceWithoutAStatusIsSilencedByItsRemovalOnly) {
+  routes->vrfStatusIs("red");
+  const auto instance = instanceOf("red");
+  instance->notifierIs(nullptr);
+  instance->moxDoZombieReactors(true);
+  EXPECT_TRUE(instance->hasNotificationActive());
+  vrfSm->vrfInstanceDel("red");
+  EXPECT_FALSE(instance->hasNotificationActive());
+}
+
 TEST_F(VrfInstanceTracking, ZombieThatIsRepointedRunsNoHandler) {
   routes->vrfStatusIs("red");
   const auto instance = instanceOf("red");
@@ -383,6 +393,12 @@ TEST_F(VrfInstanceTracking, DestructionOfARemovedInstanceRunsNoHandler) {
 
   EXPECT_THAT(sinks.text(), IsEmpty());
   EXPECT_THAT(BothSinks::ring(), IsEmpty());
+}
+
+TEST_F(VrfInstanceTracking, RemovalGivesTheInstance) {
+  routes->vrfStatusIs("red");
+  const auto instance = instanceOf("red");
+  EXPECT_EQ(vrfSm->vrfInstanceDel("red"), instance);
 }
 
 TEST_F(VrfInstanceTracking, RemovalOfAnUnknownNameHasNoEffect) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <functional>
+#include <string>
 
 #include "Duolog/Message.h"
 #include "Velo/Publisher.h"
@@ -101,6 +102,20 @@ TEST_F(NoAllocation, WhenAnActionGetsAnotherUser) {
   EXPECT_EQ(allocationsOf([&] { users->vrfRefCountInc(ofRed, 1); }), 0U);
   EXPECT_EQ(users->vrfRefCount(ofRed), 2U);
   EXPECT_EQ(audience.calls(), 16U);
+}
+
+TEST_F(NoAllocation, WhenAnActionTakesThePlaceOfAnotherAmongThoseOfItsVrf) {
+  std::array<VrfAction, 10> others;
+  for (unsigned number = 0; number < others.size(); ++number) {
+    others[number] = ofRed;
+    others[number].postDecapVrfNameIs("v" + std::to_string(number));
+    users->vrfRefCountIs(others[number], 1);
+  }
+  const auto comeAndGo = [&] {
+    users->vrfRefCountDec(others[9], 1);
+    users->vrfRefCountInc(others[9], 1);
+  };
+  EXPECT_EQ(allocationsOf(comeAndGo), 0U);
 }
 
 TEST_F(NoAllocation, WhenAStatusChanges) {

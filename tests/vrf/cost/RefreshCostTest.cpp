@@ -221,7 +221,7 @@ TEST_F(RefreshCost, WalkOverOneVrfTakesSixteenSteps) {
     const Forbidden entries(forbidden);
     const std::size_t before = Allocations::made();
     VrfHwStatus::ActionsNaming actions(statuses, "red");
-    while (actions.next())
+    while (actions.advance())
       ++steps;
     allocations = Allocations::made() - before;
   }

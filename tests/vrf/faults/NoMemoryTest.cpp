@@ -5,7 +5,11 @@
 #include <array>
 #include <functional>
 #include <new>
+#include <string>
 
+#include "Quarry/Slab.h"
+#include "ZelVrfSelectionPolicy/vrf/PrefixLensSm.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 #include "tests/vrf/cost/Allocations.h"
 #include "tests/vrf/faults/World.h"
 
@@ -53,6 +57,8 @@ TEST_F(NoMemory, ACountIsRefusedBeforeAResourceIsCreated) {
   EXPECT_GT(refusals([this] { world.users->vrfRefCountInc(red, 1); }), 3U);
   EXPECT_EQ(hookCalls(), 1U);
   EXPECT_TRUE(world.statuses->hwStatusHas(red));
+  EXPECT_GT(refusals([this] { world.users->vrfRefCountIs(blue, 1); }), 0U);
+  EXPECT_EQ(hookCalls(), 1U);
 }
 
 TEST_F(NoMemory, ACountThatWasZeroInSilenceIsRefusedBeforeAResourceIsCreated) {
@@ -60,6 +66,14 @@ TEST_F(NoMemory, ACountThatWasZeroInSilenceIsRefusedBeforeAResourceIsCreated) {
   world.users->vrfRefCountIs(red, 0);
   world.top->vrfSm()->hasNotificationActiveIs(true);
   EXPECT_GT(refusals([this] { world.users->vrfRefCountIs(red, 1); }), 1U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, AnIncrementOfACountThatWasZeroInSilenceIsRefusedBeforeAResourceIsCreated) {
+  world.top->vrfSm()->hasNotificationActiveIs(false);
+  world.users->vrfRefCountIs(red, 0);
+  world.top->vrfSm()->hasNotificationActiveIs(true);
+  EXPECT_GT(refusals([this] { world.users->vrfRefCountInc(red, 1); }), 1U);
   EXPECT_EQ(hookCalls(), 1U);
 }
 
@@ -88,6 +102,39 @@ TEST_F(NoMemory, AnotherFallbackVrfIsRefusedBeforeItIsConfigured) {
   EXPECT_GT(refusals([this] { world.fallbacks[0]->fallbackVrfIs("red", violet); }), 1U);
 }
 
+TEST_F(NoMemory, EachOfManyVrfsThatFallBackToOneIsRefusedBeforeItIsConfigured) {
+  std::size_t all = 0;
+  for (unsigned number = 0; number < 40; ++number) {
+    const L3::VrfName vrf("v" + std::to_string(number));
+    all += refusals([&] { world.fallbacks[0]->fallbackVrfIs(vrf, violet); });
+  }
+  EXPECT_GT(all, 3U);
+  EXPECT_EQ(world.top->vrfSm()->dependentVrfInfo(violet)->dependentVrfs().count(), 40U);
+}
+
+TEST_F(NoMemory, TheHandlerOfAFallbackVrfRefusesBeforeTheChipIsAsked) {
+  world.users->vrfRefCountIs(red, 1);
+  world.top->vrfSm()->hasNotificationActiveIs(false);
+  world.fallbacks[0]->fallbackVrfIs("red", violet);
+  static_cast<void>(hookCalls());
+  EXPECT_GT(refusals([this] { world.top->vrfSm()->handleVrfFallbackConfig("red"); }), 1U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, AFurtherVrfThatFallsBackToAnotherMakesNoRecord) {
+  world.fallbacks[0]->fallbackVrfIs("red", violet);
+  const auto* records = Quarry::Slab::find(DependentVrfInfo::typeName);
+  const std::size_t before = records->allocated();
+  world.fallbacks[0]->fallbackVrfIs("blue", violet);
+  EXPECT_EQ(records->allocated(), before);
+}
+
+TEST_F(NoMemory, NoRecordIsKeptForAFallbackToTheDefaultVrf) {
+  const std::size_t before = liveObjects()[DependentVrfInfo::typeName];
+  world.fallbacks[0]->fallbackVrfIs("red", L3::VrfName::defaultVrf());
+  EXPECT_EQ(liveObjects()[DependentVrfInfo::typeName], before);
+}
+
 TEST_F(NoMemory, AFallbackVrfGoesWithoutAny) {
   world.fallbacks[0]->fallbackVrfIs("red", violet);
   const L3::VrfName name("red");
@@ -95,10 +142,41 @@ TEST_F(NoMemory, AFallbackVrfGoesWithoutAny) {
   EXPECT_EQ(world.top->vrfSm()->dependentVrfInfo().count(), 0U);
 }
 
+TEST_F(NoMemory, TheHandlerOfAVrfWithoutAFallbackVrfNeedsNone) {
+  const L3::VrfName name("red");
+  expectNeedsNone([&] { world.top->vrfSm()->handleVrfFallbackConfig(name); });
+}
+
+TEST_F(NoMemory, AFirstUserWhomNoMachineFollowsNeedsNone) {
+  const auto machine = world.top->vrfSm();
+  machine->hasNotificationActiveIs(false);
+  for (const VrfAction& action : {red, blue})
+    world.users->vrfRefCountIs(action, 0);
+  expectNeedsNone([&] { world.users->vrfRefCountIs(red, 1); });
+  machine->hasNotificationActiveIs(true);
+  machine->pausedIs(true);
+  expectNeedsNone([&] { world.users->vrfRefCountIs(blue, 1); });
+  EXPECT_EQ(hookCalls(), 0U);
+}
+
 TEST_F(NoMemory, AVrfStatusIsRefusedBeforeItEnters) {
   const auto status = Routing::Hardware::VrfStatus::VrfStatusIs("red");
   EXPECT_GT(refusals([&] { world.routes->vrfStatusIs(status); }), 3U);
   EXPECT_TRUE(world.top->vrfSm()->moxVrfInstanceHas("red"));
+}
+
+TEST_F(NoMemory, TheHandlerOfAVrfStatusRefusesAndLeavesNoMachine) {
+  const auto status = Routing::Hardware::VrfStatus::VrfStatusIs("red");
+  EXPECT_GT(refusals([&] { world.top->vrfSm()->vrfInstanceIs(status); }), 1U);
+}
+
+TEST_F(NoMemory, TheHandlersOfPrefixLengthsRefuseBeforeTheyAskTheChip) {
+  world.users->vrfRefCountIs(red, 1);
+  static_cast<void>(hookCalls());
+  const auto lens = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+  EXPECT_GT(refusals([&] { world.top->vrfSm()->vrfPrefixLensInExactMatchIs(lens); }), 1U);
+  EXPECT_GT(refusals([&] { world.top->vrfSm()->vrfPrefixLensInExactMatchV6Is(lens); }), 1U);
+  EXPECT_EQ(hookCalls(), 2U);
 }
 
 TEST_F(NoMemory, AnotherVrfStatusIsRefusedAndThePresentOneStillFollowed) {
@@ -108,17 +186,45 @@ TEST_F(NoMemory, AnotherVrfStatusIsRefusedAndThePresentOneStillFollowed) {
   Allocations::failFrom(0);
   EXPECT_THROW(world.routes->vrfStatusIs(other), std::bad_alloc);
   static_cast<void>(Allocations::failureWithdrawn());
+  EXPECT_EQ(world.routes->vrfStatus("red"), present);
   static_cast<void>(hookCalls());
   present->vrfIdIs(7);
   EXPECT_EQ(hookCalls(), 1U);
 }
 
 TEST_F(NoMemory, PrefixLengthsAreRefusedBeforeTheChipIsAsked) {
+  // Which take the room that those of other tests have left.
+  for (unsigned number = 0; number < 64; ++number) {
+    const std::string vrf = "v" + std::to_string(number);
+    world.routes->vrfPrefixLensInExactMatchIs(vrf);
+    world.routes6->vrfPrefixLensInExactMatchIs(vrf);
+  }
   world.users->vrfRefCountIs(red, 1);
   static_cast<void>(hookCalls());
   const auto lens = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
   EXPECT_GT(refusals([&] { world.routes->vrfPrefixLensInExactMatchIs(lens); }), 3U);
   EXPECT_EQ(hookCalls(), 1U);
+  EXPECT_GT(refusals([&] { world.routes6->vrfPrefixLensInExactMatchIs(lens); }), 3U);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, OtherPrefixLengthsAreRefusedAndThePresentOnesStillFollowed) {
+  world.users->vrfRefCountIs(red, 1);
+  const auto present = world.routes->vrfPrefixLensInExactMatchIs("red");
+  const auto other = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+  Allocations::failFrom(0);
+  EXPECT_THROW(world.routes->vrfPrefixLensInExactMatchIs(other), std::bad_alloc);
+  static_cast<void>(Allocations::failureWithdrawn());
+  EXPECT_EQ(world.routes->vrfPrefixLensInExactMatch("red"), present);
+  static_cast<void>(hookCalls());
+  present->prefixLenIs(24);
+  EXPECT_EQ(hookCalls(), 1U);
+}
+
+TEST_F(NoMemory, PrefixLengthsOfAVrfWithTheLongestNameAreRefusedBeforeTheyEnter) {
+  const std::string name(L3::VrfName::maxLength, 'n');
+  const auto lens = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs(name);
+  EXPECT_GT(refusals([&] { world.routes->vrfPrefixLensInExactMatchIs(lens); }), 3U);
 }
 
 TEST_F(NoMemory, PrefixLengthsOfAVrfThatNobodyNamesChangeWithoutAny) {
@@ -157,28 +263,31 @@ TEST_F(NoMemory, AMachineThatCannotSubscribeIsSilentAndSpeaksLater) {
 
 // From inside a notice of the counts, where a place that was left is not taken again.
 TEST_F(NoMemory, AFailedRebuildDuringANoticeLeavesTheOldMachineFollowing) {
+  constexpr std::size_t attempts = 4;  // each of which gets one step further
   struct Rebuilding final : Velo::Subscriber {
     World* world = nullptr;
-    bool threw = false;
+    std::size_t refusals = 0;
   };
   Rebuilding subscriber;
   subscriber.world = &world;
   subscriber.dispatch = [](Velo::Publisher*, Velo::Subscriber* self, short, const void*,
                            const void*) {
     auto& rebuilding = *static_cast<Rebuilding*>(self);
-    Allocations::failFrom(0);
-    try {
-      rebuilding.world->build(1);
-    } catch (const std::bad_alloc&) {
-      rebuilding.threw = true;
+    for (std::size_t further = 0; further < attempts; ++further) {
+      Allocations::failFrom(further);
+      try {
+        rebuilding.world->build(1);
+      } catch (const std::bad_alloc&) {
+        ++rebuilding.refusals;
+      }
+      static_cast<void>(Allocations::failureWithdrawn());
     }
-    static_cast<void>(Allocations::failureWithdrawn());
   };
   const VrfSm* const before = world.top->vrfSm().get();
   world.users->publisher().subscriberIs(subscriber);
   world.users->vrfRefCountIs(red, 1);
   world.users->publisher().subscriberDel(subscriber);
-  EXPECT_TRUE(subscriber.threw);
+  EXPECT_EQ(subscriber.refusals, attempts);
   EXPECT_EQ(world.top->vrfSm().get(), before);
   static_cast<void>(hookCalls());
   world.users->vrfRefCountIs(blue, 1);

@@ -1,6 +1,6 @@
 #include "Possible.h"
 
-#include "Conversions.h"
+#include "tests/vrf/model/Conversions.h"
 
 namespace VrfModel {
 namespace {

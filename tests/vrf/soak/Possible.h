@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Event.h"
-#include "System.h"
+#include "tests/vrf/model/Event.h"
+#include "tests/vrf/model/System.h"
 
 namespace VrfModel {
 

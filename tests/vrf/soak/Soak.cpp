@@ -19,10 +19,10 @@
 #include <string_view>
 #include <vector>
 
-#include "EventSource.h"
 #include "Possible.h"
 #include "Quarry/Slab.h"
 #include "tests/memory/AllocatedMemory.h"
+#include "tests/vrf/model/EventSource.h"
 
 namespace VrfModel {
 namespace {
