@@ -8,6 +8,10 @@
 #define ZEL_ALLOCATES_BY_SANITIZER 0
 #endif
 
+bool memoryIsOfSanitizer() noexcept {
+  return ZEL_ALLOCATES_BY_SANITIZER != 0;
+}
+
 #if ZEL_ALLOCATES_BY_SANITIZER
 // Of <sanitizer/allocator_interface.h>, which not every compiler brings along.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
