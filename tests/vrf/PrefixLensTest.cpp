@@ -224,6 +224,16 @@ TYPED_TEST(PrefixLensTracking, SameEntityTwiceDoesNothingTheSecondTime) {
   EXPECT_THAT(this->journal.take(), IsEmpty());
 }
 
+TYPED_TEST(PrefixLensTracking, MachineWithoutAnEntityIsSilencedByItsRemovalOnly) {
+  this->familyRoutes().vrfPrefixLensInExactMatchIs("red");
+  const auto machine = this->machineOf("red");
+  machine->notifierIs(nullptr);
+  machine->moxDoZombieReactors(true);
+  EXPECT_TRUE(machine->hasNotificationActive());
+  this->familyRoutes().vrfPrefixLensInExactMatchDel("red");
+  EXPECT_FALSE(machine->hasNotificationActive());
+}
+
 TYPED_TEST(PrefixLensTracking, NoNameIsKeptOfPrefixLengthsThatHaveGone) {
   const unsigned number = L3::VrfName("passing").number();
   this->familyRoutes().vrfPrefixLensInExactMatchIs("passing");
