@@ -43,7 +43,7 @@ void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
     createResource(action);
   } else {
     vrfSmMessages.invalidCount(action.vrfName().bytes());
-    if (!vrfHwStatus_->hwStatusHas(action)) failUncreatedIncrement();
+    failUncreatedIncrement();
   }
 }
 

@@ -119,6 +119,11 @@ class VrfSmFrameFixture : public ::testing::Test {
                   "ZelVrfSelectionPolicy::VrfSm::handleVrfFallbackConfig"
                   " Fallback config already handled, Skipping this notification");
   }
+  static std::string updating(const std::string& vrf) {
+    return traced(
+        5, 149, "updateVrfAction",
+        "ZelVrfSelectionPolicy::VrfSm::updateVrfAction: Updating VRF HW instance for: " + vrf);
+  }
   static std::string updatingAll(const std::string& vrf) {
     return traced(5, 130, "updateAllVrfActions",
                   "ZelVrfSelectionPolicy::VrfSm::updateAllVrfActions " + vrf);

@@ -289,6 +289,28 @@ TEST_F(VrfSmReleasedInAHook, WhileItEntersTheZombieStateItCompletesThatAndThenEn
   expectNothingConnected();
 }
 
+TEST_F(VrfSmReleasedInAHook, DuringAnUpdateOfOneActionItFinishesThatAndThenEnds) {
+  VrfSm& machine = *vrfSm;
+  machine.updateVrfAction(red);
+  EXPECT_EQ(journal.take(), endingAfter({updating("red"), "updateVrf red"}));
+  expectNothingConnected();
+}
+
+TEST_F(VrfSmReleasedInAHook, WhileItHandlesEveryFallbackVrfItFinishesThatAndThenEnds) {
+  vrfSm->hasNotificationActiveIs(false);
+  fallback->fallbackVrfIs("red", "green");
+  fallback->fallbackVrfIs("blue", "green");
+  vrfSm->hasNotificationActiveIs(true);
+  forgetLines();
+  VrfSm& machine = *vrfSm;
+  machine.handleInitialized();
+  EXPECT_EQ(journal.take(),
+            endingAfter({initialize(), fallbackChange("red"), updatingAll("red"),
+                         updatingOneOfAll("red"), "updateVrf red", fallbackChange("blue"),
+                         updatingAll("blue"), updatingOneOfAll("blue"), "updateVrf blue"}));
+  expectNothingConnected();
+}
+
 /// A start that fails half-way.
 class VrfSmFailedStart : public VrfSmWithEverything {
  protected:

@@ -72,6 +72,22 @@ TEST_F(TraceTest, LevelsAreIndependentOfOneAnother) {
   EXPECT_THAT(levelsOn(handle), ElementsAre(3));
 }
 
+TEST_F(TraceTest, LevelsReachTheHandlesThatAreLeftInWhateverOrderTheyGo) {
+  std::optional<HandleAt> first;
+  std::optional<HandleAt> second;
+  std::optional<HandleAt> third;
+  first.emplace("TraceFirst", 0U);
+  second.emplace("TraceSecond", 0U);
+  third.emplace("TraceThird", 0U);
+  second.reset();
+  traceLevelsIs("TraceFirst=5;TraceThird=7");
+  EXPECT_THAT(levelsOn(*first), ElementsAre(5));
+  EXPECT_THAT(levelsOn(*third), ElementsAre(7));
+  first.reset();
+  traceLevelsIs("TraceThird=8");
+  EXPECT_THAT(levelsOn(*third), ElementsAre(8));
+}
+
 TEST_F(TraceTest, LevelsAreSetByHandleName) {
   const HandleAt named("TraceNamed", 0);
   const HandleAt other("TraceOther", 1U << 2);

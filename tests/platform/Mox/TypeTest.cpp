@@ -13,6 +13,8 @@ namespace Mox {
 namespace {
 
 using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 using ::testing::Not;
 
 constexpr Type lamp{"Registry::Lamp"};
@@ -50,6 +52,12 @@ TEST_F(TypeRegistry, ListsModulesInTheOrderOfRegistration) {
   ASSERT_GE(modules.size(), 2u);
   EXPECT_EQ(modules[modules.size() - 2], "RegistryLamps");
   EXPECT_EQ(modules.back(), "RegistryBulbs");
+}
+
+TEST_F(TypeRegistry, ListsTheTypesOfAModule) {
+  EXPECT_THAT(moxModuleTypes("RegistryLamps"), ElementsAre(&lamp, &shade));
+  EXPECT_THAT(moxModuleTypes("RegistryBulbs"), ElementsAre(&bulb));
+  EXPECT_THAT(moxModuleTypes("Registry"), IsEmpty());
 }
 
 TEST_F(TypeRegistry, ForgetsAModuleWithItsTypesAndKeepsTheOthers) {

@@ -1,5 +1,6 @@
 #include "tests/vrf/cost/Allocations.h"
 
+#include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@ constexpr std::size_t arenaBytes = std::size_t{1} << 30;
 
 std::size_t madeSoFar = 0;
 std::size_t failedSoFar = 0;
+std::size_t bytesInUse = 0;
 std::size_t untilFailure = never;
 bool failureStays = false;
 unsigned sparing = 0;
@@ -60,8 +62,11 @@ void* allocate(std::size_t size, std::size_t alignment = 0) noexcept {
   }
   if (size == 0) size = 1;
   if (onPages) return pagesFor(size);
-  if (alignment == 0) return std::malloc(size);
-  return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+  void* memory = alignment == 0 ? std::malloc(size)
+                                : std::aligned_alloc(
+                                      alignment, (size + alignment - 1) / alignment * alignment);
+  bytesInUse += malloc_usable_size(memory);
+  return memory;
 }
 
 void* allocateOrThrow(std::size_t size, std::size_t alignment = 0) {
@@ -70,7 +75,9 @@ void* allocateOrThrow(std::size_t size, std::size_t alignment = 0) {
 }
 
 void release(void* memory) noexcept {
-  if (!isInArena(memory)) std::free(memory);
+  if (isInArena(memory)) return;
+  bytesInUse -= malloc_usable_size(memory);
+  std::free(memory);
 }
 
 }  // namespace
@@ -134,6 +141,10 @@ namespace Allocations {
 
 std::size_t made() noexcept {
   return madeSoFar;
+}
+
+std::size_t inUse() noexcept {
+  return bytesInUse;
 }
 
 void failAfter(std::size_t further) noexcept {

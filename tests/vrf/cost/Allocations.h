@@ -8,6 +8,8 @@ namespace Allocations {
 
 /// Allocations so far, by whatever part of the process.
 [[nodiscard]] std::size_t made() noexcept;
+/// Bytes allocated now, those on pages of their own aside.
+[[nodiscard]] std::size_t inUse() noexcept;
 
 /// Lets `further` allocations succeed, and the one after them fail once.
 void failAfter(std::size_t further) noexcept;

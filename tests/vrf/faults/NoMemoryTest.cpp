@@ -20,19 +20,24 @@ class NoMemory : public ::testing::Test {
  protected:
   NoMemory() { world.build(); }
 
-  // Does `work` again and again, with one allocation more each time, until it no longer throws.
-  // Gives how often it did; before each time, and after each but the last, everything is the same.
+  // Does `work` again and again until it no longer throws, with one allocation more each time. What
+  // an attempt keeps the next ones need not allocate, so that it begins anew: each allocation fails
+  // in its turn. Gives how often it threw; before each time, and after each but the last,
+  // everything is the same.
   std::size_t refusals(const std::function<void()>& work) const {
     const std::string before = world.dump();
-    for (std::size_t further = 0; further < 1000; ++further) {
+    std::size_t further = 0;
+    for (std::size_t refused = 0; refused < 1000; ++refused) {
+      const std::size_t inUse = Allocations::inUse();
       Allocations::failFrom(further);
       try {
         work();
         static_cast<void>(Allocations::failureWithdrawn());
-        return further;
+        return refused;
       } catch (const std::bad_alloc&) {
         static_cast<void>(Allocations::failureWithdrawn());
       }
+      further = Allocations::inUse() == inUse ? further + 1 : 0;
       EXPECT_EQ(world.dump(), before);
     }
     return 0;
@@ -157,6 +162,25 @@ TEST_F(NoMemory, AFirstUserWhomNoMachineFollowsNeedsNone) {
   machine->pausedIs(true);
   expectNeedsNone([&] { world.users->vrfRefCountIs(blue, 1); });
   EXPECT_EQ(hookCalls(), 0U);
+}
+
+TEST_F(NoMemory, WhatEntersWithoutAMachineToFollowItTakesWhatTheRouteStatusTakes) {
+  using Routing::Hardware::PrefixLensInExactMatch;
+  using Routing::Hardware::VrfStatus;
+  const auto vrf = VrfStatus::VrfStatusIs("red");
+  const auto lens = PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+  const auto entering = [&](Routing::Hardware::RouteStatus& routes,
+                            Routing6::Hardware::RouteStatus& routes6) {
+    const std::size_t before = Allocations::made();
+    routes.vrfStatusIs(vrf);
+    routes.vrfPrefixLensInExactMatchIs(lens);
+    routes6.vrfPrefixLensInExactMatchIs(lens);
+    return Allocations::made() - before;
+  };
+  const auto unfollowed = Routing::Hardware::RouteStatus::RouteStatusIs();
+  const auto unfollowed6 = Routing6::Hardware::RouteStatus::RouteStatusIs();
+  world.top->vrfSm()->pausedIs(true);
+  EXPECT_EQ(entering(*world.routes, *world.routes6), entering(*unfollowed, *unfollowed6));
 }
 
 TEST_F(NoMemory, AVrfStatusIsRefusedBeforeItEnters) {
