@@ -39,8 +39,7 @@ VrfSm::PrefixLensSm::PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm,
 }
 
 VrfSm::PrefixLensSm::~PrefixLensSm() {
-  // Removed machines are zombies already, and one that never entered a collection reaches nothing.
-  vrfSm_ = nullptr;
+  // Removed machines are zombies already, and one that never entered a collection runs no handler.
   NotifieeConst::moxDoZombieReactors(true);
 }
 
@@ -55,7 +54,6 @@ Velo::String VrfSm::PrefixLensSm::name() const noexcept {
 
 void VrfSm::PrefixLensSm::notifierIs(const Mox::Ptr<Mox::PtrInterface const>& notifier) {
   NotifieeConst::notifierIs(Mox::ptrCast<PrefixLensInExactMatch const>(notifier));
-  isRegisteredIs(true);
 }
 
 void VrfSm::PrefixLensSm::onAttribute(Mox::AttributeId attributeId, const void* /*key*/) {

@@ -38,8 +38,7 @@ VrfSm::VrfInstanceSm::VrfInstanceSm(const VrfStatusPtr& vrfStatus, VrfSm* vrfSm)
 }
 
 VrfSm::VrfInstanceSm::~VrfInstanceSm() {
-  // Removed machines are zombies already, and one that never entered a collection reaches nothing.
-  vrfSm_ = nullptr;
+  // Removed machines are zombies already, and one that never entered a collection runs no handler.
   NotifieeConst::moxDoZombieReactors(true);
 }
 
@@ -62,7 +61,6 @@ void VrfSm::VrfInstanceSm::notifierIs(const Mox::Ptr<Mox::PtrInterface const>& n
   if (status == vrfInstance()) return;
   NotifieeConst::notifierIs(status);
   if (status && !isZombie()) handleVrfId();
-  isRegisteredIs(true);
 }
 
 void VrfSm::VrfInstanceSm::onAttribute(Mox::AttributeId attributeId, const void* /*key*/) {

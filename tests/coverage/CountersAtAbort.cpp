@@ -1,5 +1,5 @@
-// Counters of coverage are written when a process exits, and a death test's process aborts. With this
-// in a program or a shared library, what leads to an abort is counted as well.
+// Counters of coverage are written when a process exits, and a death test's process aborts. With
+// this in a program or a shared library, what leads to an abort is counted as well.
 
 #include <csignal>
 

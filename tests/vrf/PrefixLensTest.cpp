@@ -253,6 +253,18 @@ TYPED_TEST(PrefixLensTracking, SameEntityLeavesItsMachineInTheStateOfPendingDele
   EXPECT_THAT(sinks.text(), IsEmpty());
 }
 
+TYPED_TEST(PrefixLensTracking, NewEntityUnderTheSameKeyTakesItsMachineBackFromPendingDeletion) {
+  this->familyRoutes().vrfPrefixLensInExactMatchIs("red");
+  const auto machine = this->machineOf("red");
+  machine->moxDoZombieReactors(true);
+  const auto other = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+
+  TypeParam::is(*this->vrfSm, other);
+
+  EXPECT_FALSE(machine->isZombie());
+  EXPECT_EQ(machine->prefixLens(), other);
+}
+
 TYPED_TEST(PrefixLensTracking, NewEntityUnderTheSameKeyRepointsTheMachineAndRunsNoHandler) {
   const auto before = this->familyRoutes().vrfPrefixLensInExactMatchIs("red");
   this->created(actionOf("red"));

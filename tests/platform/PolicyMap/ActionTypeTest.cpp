@@ -1,11 +1,13 @@
 #include "PolicyMap/ActionType.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
+#include "Mox/Reflection.h"
 
 namespace PolicyMap {
 namespace {
@@ -29,6 +31,11 @@ TEST(ActionType, NamesDiffer) {
   EXPECT_EQ(stringValue(ActionType::vrf).bytes(), "actionVrf");
   EXPECT_EQ(stringValue(ActionType::decapVrf).bytes(), "actionDecapVrf");
   EXPECT_EQ(stringValue(ActionType::discard).bytes(), "actionDiscard");
+}
+
+TEST(ActionType, ItsTypeHasItsNamesByCode) {
+  EXPECT_THAT(actionTypeType.reflection->names(),
+              ::testing::ElementsAre("actionNone", "actionVrf", "actionDecapVrf", "actionDiscard"));
 }
 
 TEST(ActionType, UnknownCodesAndNamesAreRefused) {

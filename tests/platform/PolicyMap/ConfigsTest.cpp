@@ -132,5 +132,15 @@ TEST(PolicyMapTypeStatus, TellsOfPolicyMapsAndOfRulesByTheirNumbers) {
   EXPECT_THAT(notices.lines, ElementsAre("130 set", "131 set", "131 set", "131 gone", "130 gone"));
 }
 
+TEST(PolicyMapTypeStatus, ShowsWhoIsTold) {
+  const auto status = PolicyMapTypeStatus::PolicyMapTypeStatusIs("status");
+  const Notices notices(status->publisher());
+  const Velo::NotifieeListDescriptor list = status->notifieeList();
+  unsigned told = 0;
+  list.visit(
+      list.list, [](void* count, void*) { ++*static_cast<unsigned*>(count); }, &told);
+  EXPECT_EQ(told, 1U);
+}
+
 }  // namespace
 }  // namespace PolicyMap

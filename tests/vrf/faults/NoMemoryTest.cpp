@@ -183,6 +183,18 @@ TEST_F(NoMemory, WhatEntersWithoutAMachineToFollowItTakesWhatTheRouteStatusTakes
   EXPECT_EQ(entering(*world.routes, *world.routes6), entering(*unfollowed, *unfollowed6));
 }
 
+TEST_F(NoMemory, AFallbackVrfWithoutAMachineToFollowItTakesWhatTheConfigurationTakes) {
+  const L3::VrfName name("red");
+  const auto configuring = [&](World::FallbackVrf& fallbacks) {
+    const std::size_t before = Allocations::made();
+    fallbacks.fallbackVrfIs(name, violet);
+    return Allocations::made() - before;
+  };
+  const auto unfollowed = World::FallbackVrf::VrfSelectionFallbackVrfIs();
+  world.top->vrfSm()->pausedIs(true);
+  EXPECT_EQ(configuring(*world.fallbacks[0]), configuring(*unfollowed));
+}
+
 TEST_F(NoMemory, AVrfStatusIsRefusedBeforeItEnters) {
   const auto status = Routing::Hardware::VrfStatus::VrfStatusIs("red");
   EXPECT_GT(refusals([&] { world.routes->vrfStatusIs(status); }), 3U);
@@ -245,6 +257,17 @@ TEST_F(NoMemory, OtherPrefixLengthsAreRefusedAndThePresentOnesStillFollowed) {
   EXPECT_EQ(hookCalls(), 1U);
 }
 
+TEST_F(NoMemory, OtherPrefixLengthsTakeNoMoreThanThePlaceOfTheirMachineAmongTheirReactors) {
+  const auto lengths = [] {
+    return Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+  };
+  world.routes->vrfPrefixLensInExactMatchIs(lengths());
+  const auto other = lengths();
+  const std::size_t before = Allocations::made();
+  world.routes->vrfPrefixLensInExactMatchIs(other);
+  EXPECT_EQ(Allocations::made() - before, 1U);
+}
+
 TEST_F(NoMemory, PrefixLengthsOfAVrfWithTheLongestNameAreRefusedBeforeTheyEnter) {
   const std::string name(L3::VrfName::maxLength, 'n');
   const auto lens = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs(name);
@@ -276,6 +299,9 @@ TEST_F(NoMemory, AMachineThatCannotSubscribeIsSilentAndSpeaksLater) {
     world.users->publisher().subscriberIs(other);
     world.fallbacks[0]->publisher().subscriberIs(other);
   }
+  // One takes the place that the machine left among those who follow the fallback configuration.
+  Velo::Follower follower{[](Velo::Follower*, short, const void*, const void*) {}};
+  world.fallbacks[0]->followers().followerIs(follower);
   EXPECT_GT(refusals([this] { world.top->vrfSm()->hasNotificationActiveIs(true); }), 0U);
   world.users->vrfRefCountIs(red, 1);
   EXPECT_EQ(hookCalls(), 1U);
@@ -283,6 +309,7 @@ TEST_F(NoMemory, AMachineThatCannotSubscribeIsSilentAndSpeaksLater) {
     world.users->publisher().subscriberDel(other);
     world.fallbacks[0]->publisher().subscriberDel(other);
   }
+  world.fallbacks[0]->followers().followerDel(follower);
 }
 
 // From inside a notice of the counts, where a place that was left is not taken again.
