@@ -43,6 +43,13 @@ class NoMemory : public ::testing::Test {
     return 0;
   }
 
+  // Whether `work` throws where there is no memory at all.
+  static void expectRefused(const std::function<void()>& work) {
+    Allocations::failFrom(0);
+    EXPECT_THROW(work(), std::bad_alloc);
+    static_cast<void>(Allocations::failureWithdrawn());
+  }
+
   // Whether `work` does without any memory.
   static void expectNeedsNone(const std::function<void()>& work) {
     const std::size_t before = Allocations::made();
@@ -219,9 +226,7 @@ TEST_F(NoMemory, AnotherVrfStatusIsRefusedAndThePresentOneStillFollowed) {
   world.users->vrfRefCountIs(red, 1);
   const auto present = world.routes->vrfStatusIs("red");
   const auto other = Routing::Hardware::VrfStatus::VrfStatusIs("red");
-  Allocations::failFrom(0);
-  EXPECT_THROW(world.routes->vrfStatusIs(other), std::bad_alloc);
-  static_cast<void>(Allocations::failureWithdrawn());
+  expectRefused([&] { world.routes->vrfStatusIs(other); });
   EXPECT_EQ(world.routes->vrfStatus("red"), present);
   static_cast<void>(hookCalls());
   present->vrfIdIs(7);
@@ -248,9 +253,7 @@ TEST_F(NoMemory, OtherPrefixLengthsAreRefusedAndThePresentOnesStillFollowed) {
   world.users->vrfRefCountIs(red, 1);
   const auto present = world.routes->vrfPrefixLensInExactMatchIs("red");
   const auto other = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
-  Allocations::failFrom(0);
-  EXPECT_THROW(world.routes->vrfPrefixLensInExactMatchIs(other), std::bad_alloc);
-  static_cast<void>(Allocations::failureWithdrawn());
+  expectRefused([&] { world.routes->vrfPrefixLensInExactMatchIs(other); });
   EXPECT_EQ(world.routes->vrfPrefixLensInExactMatch("red"), present);
   static_cast<void>(hookCalls());
   present->prefixLenIs(24);
@@ -352,9 +355,7 @@ TEST_F(NoMemory, AFailedRebuildLeavesTheOldMachineFollowingEverything) {
   const auto lens = world.routes->vrfPrefixLensInExactMatchIs("red");
   const auto lens6 = world.routes6->vrfPrefixLensInExactMatchIs("red");
   const VrfSm* const before = world.top->vrfSm().get();
-  Allocations::failFrom(0);
-  EXPECT_THROW(world.build(1), std::bad_alloc);
-  static_cast<void>(Allocations::failureWithdrawn());
+  expectRefused([&] { world.build(1); });
   EXPECT_EQ(world.top->vrfSm().get(), before);
   static_cast<void>(hookCalls());
   world.users->vrfRefCountIs(blue, 1);
