@@ -1,6 +1,7 @@
 #include "agent/commands/TraceCommand.h"
 
 #include <ctime>
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "Blinklog/Ring.h"

@@ -1,6 +1,7 @@
 #include "agent/config/JsonNode.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "agent/config/ConfigError.h"
 #include "agent/config/PrintableText.h"

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <string_view>
 #include <vector>

@@ -4,7 +4,7 @@
 // anything else is a ConfigError that gives the line and the column.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 namespace ZelAgent {

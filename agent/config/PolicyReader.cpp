@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "agent/config/Names.h"

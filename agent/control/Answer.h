@@ -4,6 +4,7 @@
 // that is "." and nothing else; an error is one line that begins with "error: ".
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "agent/commands/ExitStatus.h"

@@ -3,6 +3,7 @@
 // them is an EventError, and its text the answer.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <string_view>

@@ -1,5 +1,6 @@
 #include "agent/render/CounterReport.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 

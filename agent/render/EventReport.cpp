@@ -1,5 +1,6 @@
 #include "agent/render/EventReport.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 

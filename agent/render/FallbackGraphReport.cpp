@@ -1,6 +1,7 @@
 #include "agent/render/FallbackGraphReport.h"
 
 #include <map>
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "agent/events/Word.h"

@@ -1,5 +1,6 @@
 #include "agent/render/JsonReport.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "agent/render/StateJson.h"

@@ -1,5 +1,6 @@
 #include "agent/render/StateJson.h"
 
+#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace ZelAgent {

@@ -2,7 +2,7 @@
 // Always: members as JsonReport.h tells them.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "agent/AgentState.h"

@@ -1,5 +1,6 @@
 #include "agent/render/TraceReport.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "agent/config/PrintableText.h"

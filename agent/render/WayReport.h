@@ -15,6 +15,7 @@
 // Packets are told as {family, source, destination, protocol, dscp, ecn, ttl, bytes}.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "agent/control/CommandTable.h"

@@ -1,0 +1,1 @@
+// Nothing: a target that precompiles headers for others has to have a source.
