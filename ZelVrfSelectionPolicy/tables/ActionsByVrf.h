@@ -78,7 +78,8 @@ class ActionsByVrf {
     ~Walk() {
       if (list_ == nullptr) return;
       --list_->walks;
-      actions_.tidy(*list_);
+      if (list_->entries != list_->places.size()) [[unlikely]]
+        actions_.tidy(*list_);
     }
 
     /// The next entry, `none` at the end.
