@@ -78,8 +78,7 @@ class ActionsByVrf {
     ~Walk() {
       if (list_ == nullptr) return;
       --list_->walks;
-      if (list_->entries != list_->places.size()) [[unlikely]]
-        actions_.tidy(*list_);
+      actions_.tidy(*list_);
     }
 
     /// The next entry, `none` at the end.

@@ -76,9 +76,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     ActionsNaming(const ActionsNaming&) = delete;
     ActionsNaming& operator=(const ActionsNaming&) = delete;
     ~ActionsNaming() {
-      const bool isLast = --statuses_->walks_ == 0;
-      if (isLast && statuses_->firstWithdrawn_ != HwStatuses::none) [[unlikely]]
-        statuses_->discardWithdrawn();
+      if (--statuses_->walks_ == 0) statuses_->discardWithdrawn();
     }
 
     /// Goes on to the next action; false at the end.
