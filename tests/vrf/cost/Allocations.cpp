@@ -143,6 +143,12 @@ std::size_t made() noexcept {
   return madeSoFar;
 }
 
+std::size_t madeBy(const std::function<void()>& work) {
+  const std::size_t before = madeSoFar;
+  work();
+  return madeSoFar - before;
+}
+
 std::size_t inUse() noexcept {
   return bytesInUse;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 /// The allocation functions of this process, under the control of its tests: they count, fail on
 /// demand, and can give each allocation pages of its own.
@@ -8,6 +9,8 @@ namespace Allocations {
 
 /// Allocations so far, by whatever part of the process.
 [[nodiscard]] std::size_t made() noexcept;
+/// How many of them `work` makes.
+[[nodiscard]] std::size_t madeBy(const std::function<void()>& work);
 /// Bytes allocated now, those on pages of their own aside.
 [[nodiscard]] std::size_t inUse() noexcept;
 

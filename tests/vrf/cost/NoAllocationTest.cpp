@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
 #include <string>
 
 #include "Duolog/Message.h"
@@ -12,12 +11,6 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
-
-std::size_t allocationsOf(const std::function<void()>& work) {
-  const std::size_t before = Allocations::made();
-  work();
-  return Allocations::made() - before;
-}
 
 struct CountingSubscriber final : Velo::Subscriber {
   CountingSubscriber() {
@@ -82,24 +75,24 @@ class NoAllocation : public ::testing::Test {
 
 TEST_F(NoAllocation, InARefreshWhoseOutcomesChangeAndArePublished) {
   const Audience audience(statuses->publisher());
-  EXPECT_EQ(allocationsOf([&] { vrfSm->updateAllVrfActions("red"); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { vrfSm->updateAllVrfActions("red"); }), 0U);
   EXPECT_EQ(chip->updates(), 3U);
   EXPECT_GE(audience.calls(), 16U);
 }
 
 TEST_F(NoAllocation, InAChangeThatReachesDependents) {
-  EXPECT_EQ(allocationsOf([&] { redStatus->vrfIdIs(7); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { redStatus->vrfIdIs(7); }), 0U);
   EXPECT_EQ(chip->updates(), 4U);
 }
 
 TEST_F(NoAllocation, InAChangeOfADecapFlagThatReachesEveryAction) {
-  EXPECT_EQ(allocationsOf([&] { routes->decapNhEnabledIs(true); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { routes->decapNhEnabledIs(true); }), 0U);
   EXPECT_EQ(chip->updates(), 4U);
 }
 
 TEST_F(NoAllocation, WhenAnActionGetsAnotherUser) {
   const Audience audience(users->publisher());
-  EXPECT_EQ(allocationsOf([&] { users->vrfRefCountInc(ofRed, 1); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { users->vrfRefCountInc(ofRed, 1); }), 0U);
   EXPECT_EQ(users->vrfRefCount(ofRed), 2U);
   EXPECT_EQ(audience.calls(), 16U);
 }
@@ -115,7 +108,7 @@ TEST_F(NoAllocation, WhenAnActionTakesThePlaceOfAnotherAmongThoseOfItsVrf) {
     users->vrfRefCountDec(others[9], 1);
     users->vrfRefCountInc(others[9], 1);
   };
-  EXPECT_EQ(allocationsOf(comeAndGo), 0U);
+  EXPECT_EQ(Allocations::madeBy(comeAndGo), 0U);
 }
 
 TEST_F(NoAllocation, WhenAStatusChanges) {
@@ -123,7 +116,7 @@ TEST_F(NoAllocation, WhenAStatusChanges) {
   failure.statusIs(ProgrammingResult::programmingFailure);
   failure.failureDescriptionIs("a description that does not fit into any small buffer");
   const Audience audience(statuses->publisher());
-  EXPECT_EQ(allocationsOf([&] { statuses->hwStatusIs(ofRed, failure); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { statuses->hwStatusIs(ofRed, failure); }), 0U);
   EXPECT_EQ(statuses->hwStatus(ofRed), failure);
   EXPECT_EQ(audience.calls(), 16U);
 }
@@ -132,7 +125,7 @@ TEST(NoAllocationIn, APublicationWhateverTheNumberOfSubscribers) {
   Velo::Publisher publisher;
   const Audience audience(publisher);
   const int key = 1;
-  EXPECT_EQ(allocationsOf([&] { publisher.publish(130, &key, nullptr); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { publisher.publish(130, &key, nullptr); }), 0U);
   EXPECT_EQ(audience.calls(), 16U);
 }
 
@@ -147,7 +140,7 @@ TEST(NoAllocationIn, APublicationInTheCourseOfWhichASubscriberLeaves) {
   Leaving leaving;
   publisher.subscriberIs(leaving);
   const Audience audience(publisher);
-  EXPECT_EQ(allocationsOf([&] { publisher.publish(130, nullptr, nullptr); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { publisher.publish(130, nullptr, nullptr); }), 0U);
   EXPECT_EQ(audience.calls(), 16U);
 }
 
@@ -157,7 +150,8 @@ TEST(NoAllocationIn, AMessageWithArgumentsOfEveryKind) {
                                 1, "send", {"name:", "%s", " number:", "%u", " flag:", "%b"});
   message("a name", 1U, true);
   const std::string longName(100, 'n');
-  EXPECT_EQ(allocationsOf([&] { message(std::string_view(longName), 4000000000U, false); }), 0U);
+  EXPECT_EQ(Allocations::madeBy([&] { message(std::string_view(longName), 4000000000U, false); }),
+            0U);
   EXPECT_EQ(Blinklog::ring().dump().back().text,
             "name:" + longName + " number:4000000000 flag:false");
 }

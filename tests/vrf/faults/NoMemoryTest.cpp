@@ -52,9 +52,7 @@ class NoMemory : public ::testing::Test {
 
   // Whether `work` does without any memory.
   static void expectNeedsNone(const std::function<void()>& work) {
-    const std::size_t before = Allocations::made();
-    work();
-    EXPECT_EQ(Allocations::made(), before);
+    EXPECT_EQ(Allocations::madeBy(work), 0U);
   }
 
   unsigned hookCalls() { return static_cast<unsigned>(world.chip->takeCalls().size()); }
@@ -178,11 +176,11 @@ TEST_F(NoMemory, WhatEntersWithoutAMachineToFollowItTakesWhatTheRouteStatusTakes
   const auto lens = PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
   const auto entering = [&](Routing::Hardware::RouteStatus& routes,
                             Routing6::Hardware::RouteStatus& routes6) {
-    const std::size_t before = Allocations::made();
-    routes.vrfStatusIs(vrf);
-    routes.vrfPrefixLensInExactMatchIs(lens);
-    routes6.vrfPrefixLensInExactMatchIs(lens);
-    return Allocations::made() - before;
+    return Allocations::madeBy([&] {
+      routes.vrfStatusIs(vrf);
+      routes.vrfPrefixLensInExactMatchIs(lens);
+      routes6.vrfPrefixLensInExactMatchIs(lens);
+    });
   };
   const auto unfollowed = Routing::Hardware::RouteStatus::RouteStatusIs();
   const auto unfollowed6 = Routing6::Hardware::RouteStatus::RouteStatusIs();
@@ -193,9 +191,7 @@ TEST_F(NoMemory, WhatEntersWithoutAMachineToFollowItTakesWhatTheRouteStatusTakes
 TEST_F(NoMemory, AFallbackVrfWithoutAMachineToFollowItTakesWhatTheConfigurationTakes) {
   const L3::VrfName name("red");
   const auto configuring = [&](World::FallbackVrf& fallbacks) {
-    const std::size_t before = Allocations::made();
-    fallbacks.fallbackVrfIs(name, violet);
-    return Allocations::made() - before;
+    return Allocations::madeBy([&] { fallbacks.fallbackVrfIs(name, violet); });
   };
   const auto unfollowed = World::FallbackVrf::VrfSelectionFallbackVrfIs();
   world.top->vrfSm()->pausedIs(true);
@@ -266,9 +262,7 @@ TEST_F(NoMemory, OtherPrefixLengthsTakeNoMoreThanThePlaceOfTheirMachineAmongThei
   };
   world.routes->vrfPrefixLensInExactMatchIs(lengths());
   const auto other = lengths();
-  const std::size_t before = Allocations::made();
-  world.routes->vrfPrefixLensInExactMatchIs(other);
-  EXPECT_EQ(Allocations::made() - before, 1U);
+  EXPECT_EQ(Allocations::madeBy([&] { world.routes->vrfPrefixLensInExactMatchIs(other); }), 1U);
 }
 
 TEST_F(NoMemory, PrefixLengthsOfAVrfWithTheLongestNameAreRefusedBeforeTheyEnter) {
