@@ -12,39 +12,34 @@ using TrafficPolicy::ZelTrafficPolicySm;
 const Duolog::Message policySmReady =
     message(7, 302, "handlePolicySmReady", {"handlePolicySmReady"});
 
-// Pauses the present state machine while its successor is built, so that what a hook or a helper
-// changes meanwhile is handled by one of them. It stays subscribed, so that it can go on whatever
-// the successor failed for; unless it was replaced or removed meanwhile, which silences it for
-// good.
-template <class Sm>
-class Silence {
+// Pauses the present state machine while its successor is built, since both program the same rules.
+// It stays subscribed, so that it can go on whatever the successor failed for; unless it was
+// replaced or removed meanwhile, which silences it for good.
+class PauseScope {
  public:
-  explicit Silence(const Mox::Ptr<Sm>& present) : sm_(isToBePaused(present) ? present : nullptr) {
+  explicit PauseScope(const Mox::Ptr<ZelTrafficPolicySm>& present)
+      : sm_(isToBePaused(present) ? present : nullptr) {
     if (sm_) sm_->pausedIs(true);
   }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  ~Silence() { end(); }
+  PauseScope(const PauseScope&) = delete;
+  PauseScope& operator=(const PauseScope&) = delete;
+  ~PauseScope() { end(); }
+  // It programs what is configured, which may fail as the construction of its successor has. Then
+  // its next change mends that.
   void end() noexcept {
-    if (sm_) endFor(*sm_);
+    try {
+      if (sm_) sm_->pausedIs(false);
+    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
+    }
     sm_ = nullptr;
   }
 
  private:
-  static bool isToBePaused(const Mox::Ptr<Sm>& present) noexcept {
+  static bool isToBePaused(const Mox::Ptr<ZelTrafficPolicySm>& present) noexcept {
     return present && present->hasNotificationActive() && !present->isPaused();
   }
-  static void endFor(VrfSm& sm) noexcept { sm.pausedIs(false); }
-  // It programs what is configured, which may fail as the construction of its successor has. Then
-  // its next change mends that.
-  static void endFor(ZelTrafficPolicySm& sm) noexcept {
-    try {
-      sm.pausedIs(false);
-    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
-    }
-  }
 
-  Mox::Ptr<Sm> sm_;
+  Mox::Ptr<ZelTrafficPolicySm> sm_;
 };
 
 }  // namespace
@@ -82,11 +77,9 @@ Mox::Ptr<ZelVrfSelectionPolicySm> ZelVrfSelectionPolicySm::ZelVrfSelectionPolicy
 
 void ZelVrfSelectionPolicySm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
-  // First what may find no memory.
-  if (active && policySm_) policySm_->publisher().makeRoom();
-  if (vrfSm_) vrfSm_->hasNotificationActiveIs(active);
-  policySmSubscriptionIs(active);
   PtrInterface::hasNotificationActiveIs(active);
+  policySmSubscriptionIs(active);
+  if (vrfSm_) vrfSm_->hasNotificationActiveIs(active);
 }
 
 void ZelVrfSelectionPolicySm::moxDoZombieReactors(bool zombie) {
@@ -180,7 +173,7 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
     if (policySm_ == present && present->inputs() == wanted) return present;
   }
   policySmSubscriptionIs(false);
-  Silence silence(policySm_);
+  PauseScope pause(policySm_);
   Mox::Ptr<ZelTrafficPolicySm> created = ZelTrafficPolicySm::ZelTrafficPolicySmIs(
       intfConfig, policyConfig, classTypeConfig, statusRequestDir, status, aclConfig,
       fieldSetConfig, lagConfig, ipConfig, ip6Config, ipStatus, ip6Status, routingVrfInfoDir,
@@ -188,9 +181,8 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
       nexthopStatus, timerWheel, nexthopGroupConfig, nexthopGroupStatus, mirroringHwConfig,
       sflowIntfCollector, udfConfig, zcsd, bgpNeighborConfigDir, expandAllRulesByVrf,
       permitFragment, expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
-  created->publisher().makeRoom();
   Mox::Ptr<ZelTrafficPolicySm> replaced = policySmDel();  // unless bound meanwhile, the old one
-  silence.end();
+  pause.end();
   policySm_ = created;
   replaced = nullptr;
   policySmSubscriptionIs(true);
@@ -220,14 +212,12 @@ Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmIs(
                          vrfSm_->routing6HwRouteStatus() == routing6HwRouteStatus;
   if (isPresent) return vrfSm_;
   const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
-  Silence silence(vrfSm_);
   Mox::Ptr<VrfSm> created = VrfSm::VrfSmIs(vrfHwConfig, vrfHwStatus, vrfHelper, vrfFallbackConfig,
                                            routingHwRouteStatus, routing6HwRouteStatus);
   Mox::Ptr<VrfSm> replaced = vrfSmDel();  // unless one was installed meanwhile, the old one
-  silence.end();
   vrfSm_ = created;
   replaced = nullptr;
-  created->hasNotificationActiveIs(true);
+  if (vrfSm_ == created) created->hasNotificationActiveIs(true);
   return created;
 }
 

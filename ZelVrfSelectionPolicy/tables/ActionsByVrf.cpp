@@ -1,6 +1,7 @@
 #include "ZelVrfSelectionPolicy/tables/ActionsByVrf.h"
 
 #include <algorithm>
+#include <array>
 
 namespace ZelVrfSelectionPolicy {
 namespace {
@@ -22,14 +23,9 @@ bool isFirstWithName(const Names& names, unsigned field) noexcept {
 
 }  // namespace
 
-void ActionsByVrf::growListOf(const L3::VrfName& name) {
-  if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
-  std::unique_ptr<List>& list = lists_[name.number()];
-  if (list == nullptr) list = std::make_unique<List>();
-  list->places.reserve(2 * list->places.size() + 1);
-}
-
-void ActionsByVrf::insert(Position at, const VrfAction& action) noexcept {
+void ActionsByVrf::insert(Position at, const VrfAction& action) {
+  const std::size_t places = place(at + 1, 0);
+  if (indexInList_.size() < places) indexInList_.resize(places);
   const Names names = namesOf(action);
   for (unsigned field = 0; field < fields; ++field) {
     if (isFirstWithName(names, field)) link(place(at, field), *names[field]);
@@ -54,8 +50,11 @@ void ActionsByVrf::clear() noexcept {
   indexInList_.shrink_to_fit();
 }
 
-void ActionsByVrf::link(Place place, const L3::VrfName& name) noexcept {
-  List& list = *lists_[name.number()];
+void ActionsByVrf::link(Place place, const L3::VrfName& name) {
+  if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
+  std::unique_ptr<List>& ofName = lists_[name.number()];
+  if (ofName == nullptr) ofName = std::make_unique<List>();
+  List& list = *ofName;
   indexInList_[place] = static_cast<std::uint32_t>(list.places.size());
   list.places.push_back(place);
   ++list.entries;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -33,24 +32,11 @@ class ActionsByVrf {
   ActionsByVrf(const ActionsByVrf&) = delete;
   ActionsByVrf& operator=(const ActionsByVrf&) = delete;
 
-  /// Sees to it that entering an entry at `at` with the key `action` needs no memory.
-  void makeRoomFor(Position at, const VrfAction& action) {
-    const std::size_t places = place(at + 1, 0);
-    if (indexInList_.size() < places) [[unlikely]]
-      indexInList_.resize(places);
-    makeRoomIn(action.vrfName());
-    makeRoomIn(action.fallbackVrfName());
-    makeRoomIn(action.postDecapVrfName());
-  }
-  /// Enters the entry at `at`, whose key is `action`. There must be room for it.
-  void insert(Position at, const VrfAction& action) noexcept;
+  /// Enters the entry at `at`, whose key is `action`.
+  void insert(Position at, const VrfAction& action);
   /// Takes out the entry at `at`, which was entered with `action`.
   void erase(Position at, const VrfAction& action) noexcept;
   void clear() noexcept;
-
-  /// A number that is kept with the position of an entry which has been taken out, until one is
-  /// entered there.
-  [[nodiscard]] std::uint32_t& noteOf(Position at) noexcept { return indexInList_[place(at, 0)]; }
 
  private:
   static constexpr unsigned fields = 3;
@@ -88,13 +74,7 @@ class ActionsByVrf {
       }
       return none;
     }
-    /// The entry that `next` will give after `further` others, `none` when that is not known.
-    [[nodiscard]] Position ahead(std::size_t further) const noexcept {
-      if (at_ <= further) return none;
-      const Place place = list_->places[at_ - 1 - further];
-      return place == none ? none : place / fields;
-    }
-    /// Whether the entry that `next` gave last has not been taken out since.
+    /// Whether the entry that `next` returned last has not been taken out since.
     [[nodiscard]] bool isThere() const noexcept { return list_->places[at_] != none; }
 
    private:
@@ -108,16 +88,9 @@ class ActionsByVrf {
   [[nodiscard]] List* list(const L3::VrfName& name) const noexcept {
     return name.number() < lists_.size() ? lists_[name.number()].get() : nullptr;
   }
-  // Sees to it that the list of `name` takes one place more without memory.
-  void makeRoomIn(const L3::VrfName& name) {
-    const List* present = list(name);
-    if (present == nullptr || present->places.size() == present->places.capacity()) [[unlikely]]
-      growListOf(name);
-  }
-  [[gnu::visibility("default")]] void growListOf(const L3::VrfName& name);
-  void link(Place place, const L3::VrfName& name) noexcept;
+  void link(Place place, const L3::VrfName& name);
   void unlink(Place place, const L3::VrfName& name) noexcept;
-  [[gnu::visibility("default")]] void tidy(List& list) noexcept;
+  void tidy(List& list) noexcept;
   void closeHoles(List& list) noexcept;
 
   // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. A name's number

@@ -34,10 +34,6 @@ class [[gnu::visibility("default")]] DependentVrfInfo final
 
   /// Adds a dependent; nothing if it is there.
   void dependentVrfsIs(const L3::VrfName& vrfName);
-  /// Sees to it that adding one VRF needs no memory.
-  void makeRoom() {
-    dependentVrfs_.makeRoom();
-  }
   /// Removes a dependent; true when it was there.
   bool dependentVrfsDel(const L3::VrfName& vrfName);
   void dependentVrfsDelAll() noexcept;

@@ -1,69 +1,31 @@
 #include "ZelVrfSelectionPolicy/tables/VrfHwConfig.h"
 
+#include "ZelVrfSelectionPolicy/tables/ResourceCalls.h"
+
 namespace ZelVrfSelectionPolicy {
 
-/// While subscribers are told of one change. Tellings nest like the calls that they are in, and a
-/// subscriber may release the table.
-class VrfHwConfig::Telling {
- public:
-  Telling(VrfHwConfig& table, const VrfAction& action) noexcept
-      : table_(&table), action_(action), outer_(table.innermostTelling_) {
-    table.innermostTelling_ = this;
-  }
-  Telling(const Telling&) = delete;
-  Telling& operator=(const Telling&) = delete;
-  ~Telling() {
-    if (table_ != nullptr) table_->innermostTelling_ = outer_;
-  }
+VrfHwConfig::VrfHwConfig() = default;
+VrfHwConfig::~VrfHwConfig() = default;
 
-  VrfHwConfig* table_;
-  const VrfAction& action_;
-  Telling* outer_;
-  bool resourceEnded_ = false;
-};
+Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
+  const auto created = Mox::Ptr<VrfHwConfig>::attached(new VrfHwConfig);
+  created->hasNotificationActiveIs(true);
+  return created;
+}
 
 Velo::NotifieeListDescriptor VrfHwConfig::notifieeList() const {
   return publisher_.notifieeList(this);
 }
 
-VrfHwConfig::~VrfHwConfig() {
-  for (Telling* telling = innermostTelling_; telling != nullptr; telling = telling->outer_)
-    telling->table_ = nullptr;
-}
-
-Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
-  return Mox::makeActivePtr<VrfHwConfig>();
-}
-
 void VrfHwConfig::vrfRefCountIs(const VrfAction& action, unsigned count) {
-  const auto [at, inserted] = vrfRefCount_.insert(
-      action, count, [&](VrfRefCounts::Position) { makeRoomFor(action, count); });
-  if (!inserted) {
-    if (vrfRefCount_.value(at) == count) return;
-    makeRoomFor(action, count);
-  }
-  countIs(at, count);
-}
-
-void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
-  vrfRefCount_.value(at) = count;
-  // A copy, since a subscriber may delete the entry.
-  const VrfAction key = vrfRefCount_.key(at);
-  publish(key, &count);
+  const auto [at, inserted] = vrfRefCount_.insert(action, count);
+  if (inserted || vrfRefCount_.value(at) != count) countIs(at, count);
 }
 
 unsigned VrfHwConfig::vrfRefCountInc(const VrfAction& action, unsigned users) {
-  const auto [at, inserted] = vrfRefCount_.insert(
-      action, users, [&](VrfRefCounts::Position) { makeRoomFor(action, users); });
-  if (inserted) {
-    countIs(at, users);
-    return users;
-  }
+  const auto [at, inserted] = vrfRefCount_.insert(action, 0U);
   const unsigned count = vrfRefCount_.value(at) + users;
-  if (users != 0) {
-    makeRoomFor(action, count);
-    countIs(at, count);
-  }
+  if (inserted || users != 0) countIs(at, count);
   return count;
 }
 
@@ -72,16 +34,21 @@ unsigned VrfHwConfig::vrfRefCountDec(const VrfAction& action, unsigned users) {
 }
 
 unsigned VrfHwConfig::vrfRefCountDel(const VrfAction& action) {
-  const auto erased = vrfRefCount_.erase(action);
-  if (!erased) return 0;
-  publish(erased->first, nullptr);
-  return erased->second;
+  const Mox::Ptr<VrfHwConfig> alive(this);
+  const VrfRefCounts::Pin pin(vrfRefCount_);
+  const VrfRefCounts::Position at = vrfRefCount_.withdraw(action);
+  if (at == VrfRefCounts::none) return 0;
+  notify(at, nullptr);
+  return vrfRefCount_.value(at);
 }
 
-void VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
-  const auto erased = vrfRefCount_.eraseIf(
-      action, [this](VrfRefCounts::Position at) { return vrfRefCount_.value(at) == 0; });
-  if (erased) publish(erased->first, nullptr);
+// Removes the entry of `action` if its count is 0. Returns the count afterwards.
+unsigned VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
+  const unsigned* count = vrfRefCount_.find(action);
+  if (count == nullptr) return 0;
+  if (*count != 0) return *count;
+  vrfRefCountDel(action);
+  return vrfRefCount(action);  // a subscriber may have added users
 }
 
 void VrfHwConfig::vrfRefCountDelAll() {
@@ -94,24 +61,22 @@ void VrfHwConfig::vrfRefCountDelAll() {
     vrfRefCountDel(entry.key());
 }
 
-void VrfHwConfig::publish(const VrfAction& action, const unsigned* count) {
-  const Telling telling(*this, action);
-  publisher_.publish(vrfRefCountAttribute, &action, count);
-}
-
-void VrfHwConfig::resourceEndedIs(const VrfAction& action) noexcept {
-  for (Telling* telling = innermostTelling_; telling != nullptr; telling = telling->outer_) {
-    if (telling->action_ == action) telling->resourceEnded_ = true;
-  }
-}
-
-bool VrfHwConfig::resourceEnded() const noexcept {
-  return innermostTelling_ != nullptr && innermostTelling_->resourceEnded_;
-}
-
 unsigned VrfHwConfig::vrfRefCount(const VrfAction& action) const noexcept {
   const unsigned* count = vrfRefCount_.find(action);
   return count == nullptr ? 0 : *count;
+}
+
+void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
+  vrfRefCount_.value(at) = count;
+  notify(at, &count);
+}
+
+// The entry is pinned, since a subscriber may delete it.
+void VrfHwConfig::notify(VrfRefCounts::Position at, const unsigned* count) {
+  const Mox::Ptr<VrfHwConfig> alive(this);
+  const VrfRefCounts::Pin pin(vrfRefCount_);
+  const Changes::Scope change(changes_, vrfRefCount_.key(at));
+  publisher_.publish(vrfRefCountAttribute, &change->action, count);
 }
 
 Mox::Ptr<VrfHwConfig> vrfHwConfigFactory() {

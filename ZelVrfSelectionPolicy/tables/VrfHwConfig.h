@@ -3,8 +3,8 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
 #include "Quarry/Slab.h"
-#include "Velo/Follower.h"
 #include "Velo/Publisher.h"
+#include "Velo/ScopeStack.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
 
 namespace ZelVrfSelectionPolicy {
@@ -14,8 +14,8 @@ namespace ZelVrfSelectionPolicy {
 /// Those who use an action (rules, interfaces) count themselves here, one at a time; the VRF state
 /// machine follows: the first user brings a hardware VRF resource into being, the last one leaving
 /// ends it. The table holds no policy. It stores counts, unsigned 32-bit numbers that wrap, and
-/// tells its subscribers, after each real change, the key of the entry that changed. A subscriber
-/// may change the table again from inside the call, and may release it.
+/// notifies its subscribers, after each real change, of the key of the entry that changed. A
+/// subscriber may change the table again from inside the call, and may release it.
 ///
 ///     Mox::Ptr<VrfHwConfig> users = vrfHwConfigFactory();
 ///     users->vrfRefCountInc(action, 1);     // 1: the resource is created
@@ -47,9 +47,7 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   unsigned vrfRefCountDec(const VrfAction& action, unsigned users);
   /// Removes the entry; returns the count that it had, 0 if absent.
   unsigned vrfRefCountDel(const VrfAction& action);
-  /// Removes the entry if its count is 0.
-  void vrfRefCountDelUnused(const VrfAction& action);
-  /// Removes every entry, telling subscribers of each.
+  /// Removes every entry, notifying subscribers of each.
   void vrfRefCountDelAll();
 
   /// The count of `action`, 0 if absent.
@@ -59,35 +57,23 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
     return vrfRefCount_;
   }
 
-  /// Says that the resource of `action` has ended by the changes of its count that subscribers are
-  /// being told of. It belongs to the table, so that of several state machines on it the one that
-  /// was told first ends the resource, and the others, who are told next, find that done.
-  void resourceEndedIs(const VrfAction& action) noexcept;
-  /// Whether that was said since the change that a subscriber is being told of, by whom it is
-  /// asked.
-  [[nodiscard]] bool resourceEnded() const noexcept;
-
   /// Subscribing does not change the table, so it is open to those who may only read.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept {
     return publisher_;
   }
-  /// Those who are asked before an action gets its first user: before a count becomes 1.
-  [[nodiscard]] Velo::FollowerList& followers() const noexcept {
-    return followers_;
-  }
 
  private:
-  class Telling;
+  friend class VrfResources;  // several may work on one table, and agree by what is below
+  struct Change;
+  using Changes = Velo::ScopeStack<Change>;
 
-  void countIs(VrfRefCounts::Position at, unsigned count);
-  void makeRoomFor(const VrfAction& action, unsigned count) const {
-    if (count == 1) followers_.makeRoomFor(vrfRefCountAttribute, &action, &count);
-  }
-  void publish(const VrfAction& action, const unsigned* count);
+  [[gnu::visibility("hidden")]] VrfHwConfig();
+  [[gnu::visibility("hidden")]] void countIs(VrfRefCounts::Position at, unsigned count);
+  [[gnu::visibility("hidden")]] unsigned vrfRefCountDelUnused(const VrfAction& action);
+  [[gnu::visibility("hidden")]] void notify(VrfRefCounts::Position at, const unsigned* count);
 
   VrfRefCounts vrfRefCount_;
-  Telling* innermostTelling_ = nullptr;
-  mutable Velo::FollowerList followers_;
+  Changes changes_;  // that subscribers are being notified of
   mutable Velo::Publisher publisher_;
 };
 

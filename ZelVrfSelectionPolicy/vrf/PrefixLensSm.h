@@ -8,22 +8,29 @@ namespace ZelVrfSelectionPolicy {
 struct PrefixLensMessages;
 
 /// Follows the prefix lengths in exact match of one VRF in one address family, and has everything
-/// that names the VRF programmed anew when they come, change or go. It reads none of them: that
+/// that names the VRF programmed again when they come, change or go. It reads none of them: that
 /// something happened is all it needs.
 ///
 /// The machines of the two families differ in their names, collections and messages only.
-class VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
+class [[gnu::visibility("default")]] VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
  public:
+  /// Enters the state of pending deletion, unless it is there. Lets no exception out.
   ~PrefixLensSm() override;
   void onAttribute(Mox::AttributeId attributeId, const void* key) override;
-  /// Every change of state, into it and out of it, has the VRF's dependants programmed anew.
+  /// Every change of state, into it and out of it, has the VRF's dependants programmed again.
   void moxDoZombieReactors(bool zombie) override;
 
   /// The machine that owns this one, null once it was removed.
-  [[nodiscard]] VrfSm* vrfSm() const noexcept { return vrfSm_; }
-  void vrfSmIs(VrfSm* vrfSm) noexcept { vrfSm_ = vrfSm; }
+  [[nodiscard]] VrfSm* vrfSm() const noexcept {
+    return vrfSm_;
+  }
+  void vrfSmIs(VrfSm * vrfSm) noexcept {
+    vrfSm_ = vrfSm;
+  }
   /// The prefix lengths that it watches.
-  [[nodiscard]] PrefixLensPtr prefixLens() const noexcept;
+  [[nodiscard]] PrefixLensPtr prefixLens() const noexcept {
+    return PrefixLensPtr(notifierAs<Routing::Hardware::PrefixLensInExactMatch>());
+  }
 
   /// Watches `notifier`, if it is an entity of prefix lengths, from now on. Runs no handler.
   void notifierIs(const Mox::Ptr<Mox::PtrInterface const>& notifier);
@@ -36,16 +43,15 @@ class VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
   PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm, const PrefixLensMessages& messages);
 
  private:
-  [[nodiscard]] Velo::String name() const noexcept;
-  void updateWhatNamesIt();
+  [[nodiscard, gnu::visibility("hidden")]] Velo::String name() const noexcept;
+  [[gnu::visibility("hidden")]] void updateWhatNamesIt();
 
   VrfSm* vrfSm_;
-  L3::VrfName vrfName_;  // the name that was last needed, so that it need not be made again
   const PrefixLensMessages& messages_;
 };
 
 /// The machine of one VRF's IPv4 prefix lengths.
-class VrfSm::NestedSm_VrfPrefixLensInExactMatch final
+class [[gnu::visibility("default")]] VrfSm::NestedSm_VrfPrefixLensInExactMatch final
     : public PrefixLensSm,
       public Quarry::SlabAllocated<VrfSm::NestedSm_VrfPrefixLensInExactMatch> {
  public:
@@ -55,7 +61,7 @@ class VrfSm::NestedSm_VrfPrefixLensInExactMatch final
 };
 
 /// The machine of one VRF's IPv6 prefix lengths.
-class VrfSm::NestedSm_VrfPrefixLensInExactMatchV6 final
+class [[gnu::visibility("default")]] VrfSm::NestedSm_VrfPrefixLensInExactMatchV6 final
     : public PrefixLensSm,
       public Quarry::SlabAllocated<VrfSm::NestedSm_VrfPrefixLensInExactMatchV6> {
  public:

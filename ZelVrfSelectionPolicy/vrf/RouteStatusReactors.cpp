@@ -7,37 +7,9 @@ namespace ZelVrfSelectionPolicy {
 using RouteStatus = Routing::Hardware::RouteStatus;
 using RouteStatus6 = Routing6::Hardware::RouteStatus;
 
-namespace {
-
-// The entity that `value` points at the pointer to.
-template <class Entity>
-const Entity& entityOf(const void* value) noexcept {
-  return **static_cast<const Mox::Ptr<Entity>*>(value);
-}
-
-}  // namespace
-
 VrfSm::MoxRoutingHwRouteStatus::MoxRoutingHwRouteStatus(const RouteStatusPtr& status, VrfSm* owner)
     : NotifieeConst(status), owner_(owner) {
   isRegisteredIs(true);
-  status->followers().followerIs(follower_);
-}
-
-VrfSm::MoxRoutingHwRouteStatus::~MoxRoutingHwRouteStatus() {
-  moxDoZombieReactors(true);
-  status()->followers().followerDel(follower_);
-}
-
-void VrfSm::MoxRoutingHwRouteStatus::makeRoom(Velo::Follower* follower, short attributeId,
-                                              const void* /*key*/, const void* value) {
-  const auto& reactor = Velo::MemberFollower<MoxRoutingHwRouteStatus>::ownerOf(follower);
-  if (reactor.isDeaf()) return;
-  if (attributeId == RouteStatus::vrfStatusAttribute) {
-    reactor.owner_->makeRoomForVrfStatus(entityOf<Routing::Hardware::VrfStatus>(value));
-  } else {
-    reactor.owner_->makeRoomForPrefixLens(
-        entityOf<Routing::Hardware::PrefixLensInExactMatch>(value));
-  }
 }
 
 VrfSm::RouteStatusPtr VrfSm::MoxRoutingHwRouteStatus::status() const noexcept {
@@ -45,7 +17,7 @@ VrfSm::RouteStatusPtr VrfSm::MoxRoutingHwRouteStatus::status() const noexcept {
 }
 
 void VrfSm::MoxRoutingHwRouteStatus::onAttribute(Mox::AttributeId attributeId, const void* key) {
-  if (isDeaf()) return;
+  if (!notifier() || owner_ == nullptr) return;
   if (attributeId == RouteStatus::vrfStatusAttribute) {
     followVrfStatus(*static_cast<const L3::VrfName*>(key));
   } else if (attributeId == RouteStatus::prefixLensAttribute) {
@@ -80,21 +52,6 @@ VrfSm::MoxRouting6HwRouteStatus::MoxRouting6HwRouteStatus(const RouteStatus6Ptr&
                                                           VrfSm* owner)
     : NotifieeConst(status), owner_(owner) {
   isRegisteredIs(true);
-  status->followers().followerIs(follower_);
-}
-
-VrfSm::MoxRouting6HwRouteStatus::~MoxRouting6HwRouteStatus() {
-  moxDoZombieReactors(true);
-  status()->followers().followerDel(follower_);
-}
-
-void VrfSm::MoxRouting6HwRouteStatus::makeRoom(Velo::Follower* follower, short attributeId,
-                                               const void* /*key*/, const void* value) {
-  const auto& reactor = Velo::MemberFollower<MoxRouting6HwRouteStatus>::ownerOf(follower);
-  if (reactor.isDeaf()) return;
-  if (attributeId != RouteStatus6::prefixLensAttribute) return;
-  reactor.owner_->makeRoomForPrefixLensV6(
-      entityOf<Routing::Hardware::PrefixLensInExactMatch>(value));
 }
 
 VrfSm::RouteStatus6Ptr VrfSm::MoxRouting6HwRouteStatus::status() const noexcept {
@@ -102,8 +59,8 @@ VrfSm::RouteStatus6Ptr VrfSm::MoxRouting6HwRouteStatus::status() const noexcept 
 }
 
 void VrfSm::MoxRouting6HwRouteStatus::onAttribute(Mox::AttributeId attributeId, const void* key) {
+  if (!notifier() || owner_ == nullptr) return;
   if (attributeId != RouteStatus6::prefixLensAttribute) return;
-  if (isDeaf()) return;
   const auto& name = *static_cast<const Velo::String*>(key);
   if (const PrefixLensPtr prefixLens = status()->vrfPrefixLensInExactMatch(name)) {
     owner_->vrfPrefixLensInExactMatchV6Is(prefixLens);

@@ -1,8 +1,6 @@
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 
-#include "Mox/Exceptions.h"
 #include "ZelVrfSelectionPolicy/trace/Source.h"
-#include "ZelVrfSelectionPolicy/vrf/NestedSmRemoval.h"
 
 namespace ZelVrfSelectionPolicy {
 namespace {
@@ -37,10 +35,7 @@ VrfSm::VrfInstanceSm::VrfInstanceSm(const VrfStatusPtr& vrfStatus, VrfSm* vrfSm)
   hasNotificationActiveIs(true);
 }
 
-VrfSm::VrfInstanceSm::~VrfInstanceSm() {
-  // Removed machines are zombies already, and one that never entered a collection runs no handler.
-  NotifieeConst::moxDoZombieReactors(true);
-}
+VrfSm::VrfInstanceSm::~VrfInstanceSm() = default;
 
 VrfSm::VrfStatusPtr VrfSm::VrfInstanceSm::vrfInstance() const noexcept {
   return VrfStatusPtr(notifierAs<VrfStatus>());
@@ -64,19 +59,13 @@ void VrfSm::VrfInstanceSm::notifierIs(const Mox::Ptr<Mox::PtrInterface const>& n
 }
 
 void VrfSm::VrfInstanceSm::onAttribute(Mox::AttributeId attributeId, const void* /*key*/) {
-  if (attributeId != VrfStatus::vrfIdAttribute || isZombie()) return;
-  if (vrfSm_ == nullptr || !vrfSm_->isPaused()) handleVrfId();
+  if (attributeId == VrfStatus::vrfIdAttribute && !isZombie()) handleVrfId();
 }
 
 void VrfSm::VrfInstanceSm::moxDoZombieReactors(bool zombie) {
   if (isZombie() == zombie) return;
   if (notifier()) hasNotificationActiveIs(!zombie);
-  try {
-    handleVrfRemove();
-  } catch (...) {
-    zombieIs(zombie);
-    throw;
-  }
+  handleVrfRemove();
   zombieIs(zombie);
 }
 
@@ -101,50 +90,7 @@ void VrfSm::VrfInstanceSm::handleVrfRemove() {
 }
 
 void VrfSm::VrfInstanceSm::updateWhatNamesIt() {
-  if (vrfSm_ == nullptr || vrfSm_->isTearingDown()) return;
-  vrfSm_->handleVrfUpdates(vrfName(), false);
-}
-
-void VrfSm::makeRoomForVrfStatus(const VrfStatus& vrfStatus) {
-  VrfInstanceSm::makeRoom();
-  vrfInstance_.makeRoom();
-  PtrInterface::NotifieeConst::makeRoomAt(vrfStatus);
-}
-
-Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceIs(const VrfStatusPtr& vrfStatus) {
-  if (!vrfStatus) throw Mox::NullArgumentException("vrfInstance");
-  const Mox::Ptr<VrfSm> alive(this);
-  const L3::VrfName name = vrfStatus->name();
-  const auto* present = vrfInstance_.find(name);
-  const bool isNew = present == nullptr;
-  Mox::Ptr<VrfInstanceSm> instance =
-      isNew ? Mox::makePtr<VrfInstanceSm>(vrfStatus, this) : *present;
-  if (isNew) {
-    vrfInstance_.insert(name, instance);
-  } else {
-    instance->notifierIs(vrfStatus);
-  }
-  // Unless what followed from that has removed it again.
-  if (instance->vrfSm() != nullptr) instance->moxDoZombieReactors(isZombie());
-  return instance;
-}
-
-Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceDel(const L3::VrfName& vrfName) {
-  auto erased = vrfInstance_.erase(vrfName);
-  if (!erased) return nullptr;
-  const NestedSmRemoval<VrfInstanceSm> removal(erased->second);
-  removal.machine()->moxDoZombieReactors(true);
-  return removal.machine();
-}
-
-void VrfSm::vrfInstanceDelAll() {
-  const Mox::Ptr<VrfSm> alive(this);
-  for (auto entry = vrfInstance_.iterator(); entry; ++entry)
-    vrfInstanceDel(entry.key());
-}
-
-bool VrfSm::moxVrfInstanceHas(const L3::VrfName& vrfName) const noexcept {
-  return vrfInstance_.has(vrfName);
+  if (vrfSm_ != nullptr) vrfSm_->handleVrfUpdates(vrfName(), false);
 }
 
 }  // namespace ZelVrfSelectionPolicy

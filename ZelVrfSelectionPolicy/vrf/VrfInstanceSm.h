@@ -5,7 +5,7 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Follows one hardware VRF status, and has everything that names the VRF programmed anew when the
+/// Follows one hardware VRF status, and has everything that names the VRF programmed again when the
 /// VRF gets its hardware id, loses it, or goes away.
 ///
 /// The default VRF's id, and an id that is not assigned yet, are not propagated; the end of a VRF
@@ -23,7 +23,7 @@ class [[gnu::visibility("default")]] VrfSm::VrfInstanceSm final
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfInstanceSm() override;
   void onAttribute(Mox::AttributeId attributeId, const void* key) override;
-  /// Every change of state, into it and out of it, has the VRF's dependants programmed anew.
+  /// Every change of state, into it and out of it, has the VRF's dependants programmed again.
   void moxDoZombieReactors(bool zombie) override;
 
   /// The machine that owns this one, null once it was removed.
@@ -53,8 +53,8 @@ class [[gnu::visibility("default")]] VrfSm::VrfInstanceSm final
   void handleVrfRemove();
 
  private:
-  [[nodiscard]] unsigned vrfId() const noexcept;
-  void updateWhatNamesIt();
+  [[nodiscard, gnu::visibility("hidden")]] unsigned vrfId() const noexcept;
+  [[gnu::visibility("hidden")]] void updateWhatNamesIt();
 
   VrfSm* vrfSm_;
 };

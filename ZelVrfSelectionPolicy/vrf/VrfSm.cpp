@@ -1,48 +1,29 @@
 #include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
 
 #include "Mox/SassertHelper.h"
-#include "ZelVrfSelectionPolicy/trace/Source.h"
-#include "ZelVrfSelectionPolicy/vrf/PrefixLensSm.h"
+#include "ZelVrfSelectionPolicy/vrf/FactsAtStart.h"
+#include "ZelVrfSelectionPolicy/vrf/FallbackLinks.h"
 #include "ZelVrfSelectionPolicy/vrf/RouteStatusReactors.h"
-#include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfResources.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfSmMessages.h"
+#include "ZelVrfSelectionPolicy/vrf/VrfWatches.h"
 
 namespace ZelVrfSelectionPolicy {
 namespace {
 
 using FallbackVrf = VrfSelectionPolicy::VrfSelectionFallbackVrf;
 
-// Gets the memory that subscribing to `source`, unless that is done already, takes.
-template <class Source>
-void makeRoomForSubscription(const Source& source, const Velo::Subscriber& subscriber) {
-  if (!source || subscriber.dispatch != nullptr) return;
-  source->publisher().makeRoom();
-  source->followers().makeRoom();
-}
-
-// Adds `subscriber` to the publisher of `source` and `follower` to its followers, or takes them
-// off, unless that is done already.
+// Adds `subscriber` to the publisher of `source`, or removes it, unless that is done already.
 template <class Source>
 void subscriptionIs(const Source& source, Velo::Subscriber& subscriber,
-                    Velo::Subscriber::Dispatch dispatch, Velo::Follower& follower,
-                    bool subscribed) {
+                    Velo::Subscriber::Dispatch dispatch, bool subscribed) {
   if (!source || (subscriber.dispatch != nullptr) == subscribed) return;
   if (subscribed) {
-    source->followers().followerIs(follower);
-    source->publisher().subscriberIs(subscriber);
     subscriber.dispatch = dispatch;
+    source->publisher().subscriberIs(subscriber);
   } else {
-    source->followers().followerDel(follower);
     source->publisher().subscriberDel(subscriber);
     subscriber.dispatch = nullptr;
-  }
-}
-
-template <class Machines, class Visitor>
-void forEach(const Machines& machines, Visitor& visitor) {
-  for (auto entry = machines.iterator(); entry; ++entry) {
-    const auto machine = entry.value();
-    visitor(*machine);
   }
 }
 
@@ -56,11 +37,19 @@ VrfSm::VrfSm(const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatu
       vrfHwStatus_(vrfHwStatus),
       vrfHelper_(vrfHelper),
       vrfFallbackConfig_(vrfFallbackConfig),
+      resources_(std::make_unique<VrfResources>(vrfHwConfig_, vrfHwStatus_, vrfHelper_)),
+      fallbackLinks_(std::make_unique<FallbackLinks>(vrfFallbackConfig_, *resources_)),
+      watches_(std::make_unique<VrfWatches>(*this)),
       vrfHwConfigSubscriber_(*this),
       vrfFallbackConfigSubscriber_(*this) {
+  if (routingHwRouteStatus) {
+    routingReactor_ = Mox::makeActivePtr<MoxRoutingHwRouteStatus>(routingHwRouteStatus, this);
+  }
+  if (routing6HwRouteStatus) {
+    routing6Reactor_ = Mox::makeActivePtr<MoxRouting6HwRouteStatus>(routing6HwRouteStatus, this);
+  }
+  subscriptionsAre(true);
   try {
-    reactorsIs(routingHwRouteStatus, routing6HwRouteStatus);
-    subscriptionsIs(true);
     handleWhatIsThere();
   } catch (...) {
     tearDown();
@@ -90,63 +79,45 @@ VrfSm::RouteStatus6Ptr VrfSm::routing6HwRouteStatus() const noexcept {
   return routing6Reactor_ ? routing6Reactor_->status() : nullptr;
 }
 
-void VrfSm::reactorsIs(const RouteStatusPtr& routes, const RouteStatus6Ptr& routes6) {
-  if (routes) routingReactor_ = Mox::makeActivePtr<MoxRoutingHwRouteStatus>(routes, this);
-  if (routes6) routing6Reactor_ = Mox::makeActivePtr<MoxRouting6HwRouteStatus>(routes6, this);
-}
-
-void VrfSm::subscriptionsIs(bool subscribed) {
-  if (subscribed) {
-    makeRoomForSubscription(vrfHwConfig_, vrfHwConfigSubscriber_);
-    makeRoomForSubscription(vrfFallbackConfig_, vrfFallbackConfigSubscriber_);
-  }
-  subscriptionIs(vrfHwConfig_, vrfHwConfigSubscriber_, &vrfHwConfigDispatch, vrfHwConfigFollower_,
-                 subscribed);
+void VrfSm::subscriptionsAre(bool subscribed) {
+  subscriptionIs(vrfHwConfig_, vrfHwConfigSubscriber_, &vrfHwConfigDispatch, subscribed);
   subscriptionIs(vrfFallbackConfig_, vrfFallbackConfigSubscriber_, &vrfFallbackConfigDispatch,
-                 vrfFallbackConfigFollower_, subscribed);
+                 subscribed);
 }
 
 // The IPv4 route status alone has the VRFs; of the IPv6 one only the prefix lengths matter.
 void VrfSm::handleWhatIsThere() {
+  const RouteStatusPtr routes = routingHwRouteStatus();
+  const RouteStatus6Ptr routes6 = routing6HwRouteStatus();
+  const FactsAtStart facts(routes, routes6);
   handleInitialized();
-  if (const RouteStatusPtr routes = routingHwRouteStatus()) {
-    for (auto entry = routes->vrfStatus().iterator(); entry; ++entry) {
+  if (routes) {
+    for (auto entry = routes->vrfStatus().iterator(); entry; ++entry)
       vrfInstanceIs(VrfStatusPtr(entry.value()));
-    }
-    for (auto entry = routes->vrfPrefixLensInExactMatch().iterator(); entry; ++entry) {
+    for (auto entry = routes->vrfPrefixLensInExactMatch().iterator(); entry; ++entry)
       vrfPrefixLensInExactMatchIs(PrefixLensPtr(entry.value()));
-    }
   }
-  if (const RouteStatus6Ptr routes6 = routing6HwRouteStatus()) {
-    for (auto entry = routes6->vrfPrefixLensInExactMatch().iterator(); entry; ++entry) {
+  if (routes6) {
+    for (auto entry = routes6->vrfPrefixLensInExactMatch().iterator(); entry; ++entry)
       vrfPrefixLensInExactMatchV6Is(PrefixLensPtr(entry.value()));
-    }
   }
+  facts.handleChanges(*this);
 }
 
 void VrfSm::handleInitialized() {
   const Mox::Ptr<VrfSm> alive(this);
   vrfSmMessages.initialize();
-  const Mox::Ptr<FallbackVrf const> config = vrfFallbackConfig_;
-  for (auto entry = config->fallbackVrf().iterator(); entry; ++entry) {
+  for (auto entry = vrfFallbackConfig_->fallbackVrf().iterator(); entry; ++entry)
     handleVrfFallbackConfig(entry.key());
-  }
-}
-
-template <class Visitor>
-void VrfSm::forEachNestedSm(Visitor&& visitor) {
-  forEach(vrfInstance_, visitor);
-  forEach(vrfPrefixLensInExactMatch_, visitor);
-  forEach(vrfPrefixLensInExactMatchV6_, visitor);
 }
 
 void VrfSm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
-  subscriptionsIs(active);
   PtrInterface::hasNotificationActiveIs(active);
+  subscriptionsAre(active);
   if (routingReactor_) routingReactor_->hasNotificationActiveIs(active);
   if (routing6Reactor_) routing6Reactor_->hasNotificationActiveIs(active);
-  forEachNestedSm([&](auto& machine) { machine.hasNotificationActiveIs(active); });
+  watches_->forEach([&](auto& machine) { machine.hasNotificationActiveIs(active); });
 }
 
 void VrfSm::moxDoZombieReactors(bool zombie) {
@@ -154,7 +125,7 @@ void VrfSm::moxDoZombieReactors(bool zombie) {
   const Mox::Ptr<VrfSm> alive(this);
   if (const auto reactor = routingReactor_) reactor->moxDoZombieReactors(zombie);
   if (const auto reactor = routing6Reactor_) reactor->moxDoZombieReactors(zombie);
-  forEachNestedSm([&](auto& machine) { machine.moxDoZombieReactors(zombie); });
+  watches_->forEach([&](auto& machine) { machine.moxDoZombieReactors(zombie); });
   zombieIs(zombie);
 }
 
@@ -162,32 +133,166 @@ void VrfSm::moxDoZombieReactors(bool zombie) {
 void VrfSm::tearDown() noexcept {
   tearingDown_ = true;
   moxDoZombieReactors(true);
-  subscriptionsIs(false);
+  subscriptionsAre(false);
   if (routingReactor_) routingReactor_->ownerIs(nullptr);
   if (routing6Reactor_) routing6Reactor_->ownerIs(nullptr);
-  forEachNestedSm([](auto& machine) { machine.vrfSmIs(nullptr); });
-  dependentVrfInfoDelAll();
+  watches_->forEach([](auto& machine) { machine.vrfSmIs(nullptr); });
 }
 
 void VrfSm::vrfHwConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber* subscriber,
                                 short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != VrfHwConfig::vrfRefCountAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isDeaf()) return;
-  const auto& action = *static_cast<const VrfAction*>(key);
-  if (!vrfSm.anotherEndedResource(action)) vrfSm.handleVrfRefCountChange(action);
+  if (!vrfSm.isZombie()) vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
 }
 
 void VrfSm::vrfFallbackConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber* subscriber,
                                       short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != FallbackVrf::fallbackVrfAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isDeaf()) return;
+  if (vrfSm.isZombie()) return;
   vrfSm.mox_handleVrfFallbackConfig_fallbackVrf(*static_cast<const L3::VrfName*>(key));
 }
 
-void VrfSm::mox_handleVrfFallbackConfig_fallbackVrf(const L3::VrfName& vrf) {
-  handleVrfFallbackConfig(vrf);
+void VrfSm::mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf) {
+  handleVrfFallbackConfig(std::move(vrf));
+}
+
+void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
+  const Mox::Ptr<VrfSm> alive(this);
+  resources_->handleRefCountChange(vrfAction);
+}
+
+void VrfSm::updateVrfAction(const VrfAction& vrfAction) {
+  const Mox::Ptr<VrfSm> alive(this);
+  resources_->update(vrfAction);
+}
+
+void VrfSm::updateAllVrfActions(L3::VrfName vrfName) {
+  const Mox::Ptr<VrfSm> alive(this);
+  resources_->updateNaming(vrfName);
+}
+
+// Both flags' handlers show the same one. What it is changes nothing: everything is updated.
+bool VrfSm::decapNhFlag() const {
+  if (!routingReactor_) {
+    Mox::SassertHelper("routingHwRouteStatus()", sourcePath, 0, "VrfSm::decapNhFlag").stream()
+        << "a decap handler needs an IPv4 route status";
+  }
+  return routingReactor_->status()->decapNhEnabled();
+}
+
+void VrfSm::handleDecapNh() {
+  const Mox::Ptr<VrfSm> alive(this);
+  vrfSmMessages.decapNh(decapNhFlag());
+  resources_->updateAll([](const VrfAction& action) {
+    const auto code = static_cast<unsigned char>(action.action());
+    vrfSmMessages.decapNhAction(
+        Duolog::Argument(unsigned{code}, PolicyMap::actionTypeNames().name(code)));
+  });
+}
+
+void VrfSm::handleDecapNhFallback() {
+  const Mox::Ptr<VrfSm> alive(this);
+  vrfSmMessages.decapNhFallback(decapNhFlag());
+  resources_->updateAll([](const VrfAction& /*action*/) {});
+}
+
+void VrfSm::handleVrfUpdates(L3::VrfName vrfName, bool fallbackConfigChange) {
+  if (tearingDown_) return;
+  const Mox::Ptr<VrfSm> alive(this);
+  fallbackLinks_->propagate(vrfName, fallbackConfigChange);
+}
+
+void VrfSm::handleVrfFallbackConfig(L3::VrfName vrf) {
+  const Mox::Ptr<VrfSm> alive(this);
+  fallbackLinks_->handleChange(vrf);
+}
+
+void VrfSm::fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
+  fallbackLinks_->fallbackVrfInfoIs(vrf, fallback);
+}
+L3::VrfName VrfSm::fallbackVrfInfoDel(const L3::VrfName& vrf) {
+  return fallbackLinks_->fallbackVrfInfoDel(vrf);
+}
+void VrfSm::fallbackVrfInfoDelAll() {
+  fallbackLinks_->fallbackVrfInfoDelAll();
+}
+L3::VrfName VrfSm::fallbackVrfInfo(const L3::VrfName& vrf) const noexcept {
+  const L3::VrfName* found = fallbackVrfInfo().find(vrf);
+  return found == nullptr ? L3::VrfName() : *found;
+}
+const VrfSm::FallbackVrfInfo& VrfSm::fallbackVrfInfo() const noexcept {
+  return fallbackLinks_->fallbackVrfInfo();
+}
+
+Mox::Ptr<DependentVrfInfo> VrfSm::dependentVrfInfoIs(const L3::VrfName& vrfName) {
+  return fallbackLinks_->dependentVrfInfoIs(vrfName);
+}
+Mox::Ptr<DependentVrfInfo> VrfSm::dependentVrfInfoDel(const L3::VrfName& vrfName) {
+  return fallbackLinks_->dependentVrfInfoDel(vrfName);
+}
+void VrfSm::dependentVrfInfoDelAll() {
+  fallbackLinks_->dependentVrfInfoDelAll();
+}
+Mox::Ptr<DependentVrfInfo> VrfSm::dependentVrfInfo(const L3::VrfName& vrfName) const noexcept {
+  return fallbackLinks_->dependentVrfInfo(vrfName);
+}
+const VrfSm::DependentVrfInfos& VrfSm::dependentVrfInfo() const noexcept {
+  return fallbackLinks_->dependentVrfInfo();
+}
+
+Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceIs(const VrfStatusPtr& vrfStatus) {
+  const Mox::Ptr<VrfSm> alive(this);
+  return watches_->instanceIs(vrfStatus);
+}
+Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceDel(const L3::VrfName& vrfName) {
+  const Mox::Ptr<VrfSm> alive(this);
+  return watches_->instanceDel(vrfName);
+}
+void VrfSm::vrfInstanceDelAll() {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->instanceDelAll();
+}
+bool VrfSm::moxVrfInstanceHas(const L3::VrfName& vrfName) const noexcept {
+  return moxVrfInstance().has(vrfName);
+}
+const VrfSm::VrfInstances& VrfSm::moxVrfInstance() const noexcept {
+  return watches_->instances();
+}
+
+void VrfSm::vrfPrefixLensInExactMatchIs(const PrefixLensPtr& prefixLens) {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->prefixLens().is(prefixLens);
+}
+void VrfSm::vrfPrefixLensInExactMatchDel(const Velo::String& name) {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->prefixLens().del(name);
+}
+void VrfSm::vrfPrefixLensInExactMatchDelAll() {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->prefixLens().delAll();
+}
+const VrfSm::PrefixLensSms<VrfSm::NestedSm_VrfPrefixLensInExactMatch>&
+VrfSm::vrfPrefixLensInExactMatch() const noexcept {
+  return watches_->prefixLens().machines();
+}
+
+void VrfSm::vrfPrefixLensInExactMatchV6Is(const PrefixLensPtr& prefixLens) {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->prefixLensV6().is(prefixLens);
+}
+void VrfSm::vrfPrefixLensInExactMatchV6Del(const Velo::String& name) {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->prefixLensV6().del(name);
+}
+void VrfSm::vrfPrefixLensInExactMatchV6DelAll() {
+  const Mox::Ptr<VrfSm> alive(this);
+  watches_->prefixLensV6().delAll();
+}
+const VrfSm::PrefixLensSms<VrfSm::NestedSm_VrfPrefixLensInExactMatchV6>&
+VrfSm::vrfPrefixLensInExactMatchV6() const noexcept {
+  return watches_->prefixLensV6().machines();
 }
 
 Mox::Ptr<VrfSm> vrfSmFactory(const Mox::Ptr<VrfHwConfig>& vrfHwConfig,

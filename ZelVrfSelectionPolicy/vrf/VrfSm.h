@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "L3/VrfName.h"
 #include "Mox/HashMap2018.h"
 #include "Mox/NotifieeConst.h"
@@ -7,7 +9,6 @@
 #include "Quarry/Slab.h"
 #include "Routing/Hardware/RouteStatus.h"
 #include "Routing6/Hardware/RouteStatus.h"
-#include "Velo/Follower.h"
 #include "Velo/String.h"
 #include "Velo/Subscriber.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
@@ -18,20 +19,20 @@
 
 namespace ZelVrfSelectionPolicy {
 
+class FallbackLinks;
+class VrfResources;
+class VrfWatches;
+
 /// Keeps the hardware VRF resources and their statuses in step with what they depend on.
 ///
 /// It follows the users of actions (`VrfHwConfig`) and calls the chip (`VrfHelper`) to create a
 /// resource for an action's first user and to delete it after the last. It follows hardware VRF
-/// ids, prefix lengths, fallback VRFs and decapsulation flags, and has the chip program anew what
+/// ids, prefix lengths, fallback VRFs and decapsulation flags, and has the chip program again what
 /// names the VRF concerned, or a VRF that falls back to it. Every outcome goes to `VrfHwStatus`.
 ///
 /// Always holds: an action has a status entry exactly while its resource exists, that is from its
 /// creation, successful or not, to its deletion. Creating or deleting the resource of one action
 /// never nests: a change of its count that arrives meanwhile is handled when that is complete.
-///
-/// Memory is got before anything changes: it is a follower of what it subscribes to, so that a
-/// count, a fallback VRF or an entity for which it could not do its part is refused with
-/// `std::bad_alloc`, and all is as before. What it is called for directly is refused likewise.
 ///
 /// Destroying it calls no hook and writes no status: resources and entries stay, and a
 /// replacement built on the same tables finds them. Everything runs synchronously on the agent's
@@ -68,13 +69,12 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
         const Mox::Ptr<VrfHelper>& vrfHelper, const FallbackConfigPtr& vrfFallbackConfig,
         const RouteStatusPtr& routingHwRouteStatus, const RouteStatus6Ptr& routing6HwRouteStatus);
 
-  /// Subscribes or unsubscribes, and tells everything nested. What was missed is not replayed.
-  /// Changes nothing when it throws.
+  /// Subscribes or unsubscribes, and switches everything nested. What was missed is not replayed.
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfSm() override;
   /// Enters or leaves the state of pending deletion, nested machines first. Their own transition
-  /// has the chip program anew what names their VRF.
+  /// has the chip program again what names their VRF.
   virtual void moxDoZombieReactors(bool zombie);
 
   /// A new machine with its notifications on. `vrfFallbackConfig`, `vrfHwStatus` and `vrfHelper`
@@ -104,58 +104,59 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   /// Handles every configured fallback entry. Precondition: there is a fallback configuration.
   void handleInitialized();
 
+  // The life and the refresh of resources; see `VrfHelper` for what the chip is called for.
+
   /// Brings the resource of `vrfAction` in line with its count. A count above 1 for an action
   /// without a resource, and the end of one that has none, stop the process.
   void handleVrfRefCountChange(const VrfAction& vrfAction);
-
-  /// Has the chip program the resource of `vrfAction` anew and stores the outcome, also when it
-  /// had no status before.
+  /// Has the chip program the resource of `vrfAction` again and stores the outcome, also when it
+  /// had no status before. Does nothing while the resource is being deleted.
   void updateVrfAction(const VrfAction& vrfAction);
   /// The same for every created action that names `vrfName` in any field. The empty name is a name
   /// like any other.
   void updateAllVrfActions(L3::VrfName vrfName);
+  /// One of the decapsulation flags of the IPv4 route status changed: updates every created action.
+  /// Without an IPv4 route status they stop the process.
+  void handleDecapNh();
+  void handleDecapNhFallback();
+
+  // Fallback VRFs, and whom a change of a VRF reaches through them.
 
   /// Something about `vrfName` has changed: updates its actions and those of the VRFs that fall
   /// back to it; and, unless it was its fallback configuration, those of the VRFs that fall back
-  /// to these.
+  /// to these. Does nothing while the machine is being destroyed.
   void handleVrfUpdates(L3::VrfName vrfName, bool fallbackConfigChange);
-
-  /// The record of the VRFs that fall back to `vrfName`, made if there is none.
-  Mox::Ptr<DependentVrfInfo> dependentVrfInfoIs(const L3::VrfName& vrfName);
-  /// Takes the record out and gives it; null when there was none.
-  Mox::Ptr<DependentVrfInfo> dependentVrfInfoDel(const L3::VrfName& vrfName);
-  void dependentVrfInfoDelAll() noexcept;
-  /// The record of the VRFs that fall back to `vrfName`, or null.
-  [[nodiscard]] Mox::Ptr<DependentVrfInfo> dependentVrfInfo(const L3::VrfName& vrfName)
-      const noexcept;
-  [[nodiscard]] const DependentVrfInfos& dependentVrfInfo() const noexcept {
-    return dependentVrfInfo_;
-  }
-
   /// The fallback entry of `vrf` was added, changed or removed, or is to be looked at again.
   void handleVrfFallbackConfig(L3::VrfName vrf);
   /// Records `fallback` as the one last handled for `vrf`.
   void fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
-  /// Removes the entry and gives what it held; the empty name when there was none.
+  /// Removes the entry and returns what it held; the empty name when there was none.
   L3::VrfName fallbackVrfInfoDel(const L3::VrfName& vrf);
-  void fallbackVrfInfoDelAll() noexcept;
+  void fallbackVrfInfoDelAll();
   /// The fallback VRF last handled for `vrf`, the empty name when there is none.
   [[nodiscard]] L3::VrfName fallbackVrfInfo(const L3::VrfName& vrf) const noexcept;
-  [[nodiscard]] const FallbackVrfInfo& fallbackVrfInfo() const noexcept {
-    return fallbackVrfInfo_;
-  }
+  [[nodiscard]] const FallbackVrfInfo& fallbackVrfInfo() const noexcept;
+  /// The record of the VRFs that fall back to `vrfName`, made if there is none.
+  Mox::Ptr<DependentVrfInfo> dependentVrfInfoIs(const L3::VrfName& vrfName);
+  /// Takes the record out and returns it; null when there was none.
+  Mox::Ptr<DependentVrfInfo> dependentVrfInfoDel(const L3::VrfName& vrfName);
+  void dependentVrfInfoDelAll();
+  /// The record of the VRFs that fall back to `vrfName`, or null.
+  [[nodiscard]] Mox::Ptr<DependentVrfInfo> dependentVrfInfo(const L3::VrfName& vrfName)
+      const noexcept;
+  [[nodiscard]] const DependentVrfInfos& dependentVrfInfo() const noexcept;
+
+  // The nested machines that watch VRFs.
 
   /// The machine that follows `vrfStatus`, made or re-pointed if needed. Throws
   /// `Mox::NullArgumentException`.
   Mox::Ptr<VrfInstanceSm> vrfInstanceIs(const VrfStatusPtr& vrfStatus);
-  /// Ends the machine of that VRF, which updates what names it, and gives the machine; null when
+  /// Ends the machine of that VRF, which updates what names it, and returns the machine; null when
   /// there was none.
   Mox::Ptr<VrfInstanceSm> vrfInstanceDel(const L3::VrfName& vrfName);
   void vrfInstanceDelAll();
   [[nodiscard]] bool moxVrfInstanceHas(const L3::VrfName& vrfName) const noexcept;
-  [[nodiscard]] const VrfInstances& moxVrfInstance() const noexcept {
-    return vrfInstance_;
-  }
+  [[nodiscard]] const VrfInstances& moxVrfInstance() const noexcept;
 
   /// Follows `prefixLens`, the lengths of one VRF. Throws `Mox::NullArgumentException`.
   void vrfPrefixLensInExactMatchIs(const PrefixLensPtr& prefixLens);
@@ -164,124 +165,41 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   void vrfPrefixLensInExactMatchDel(const Velo::String& name);
   void vrfPrefixLensInExactMatchDelAll();
   [[nodiscard]] const PrefixLensSms<NestedSm_VrfPrefixLensInExactMatch>& vrfPrefixLensInExactMatch()
-      const noexcept {
-    return vrfPrefixLensInExactMatch_;
-  }
+      const noexcept;
   // The same for IPv6.
   void vrfPrefixLensInExactMatchV6Is(const PrefixLensPtr& prefixLens);
   void vrfPrefixLensInExactMatchV6Del(const Velo::String& name);
   void vrfPrefixLensInExactMatchV6DelAll();
   [[nodiscard]] const PrefixLensSms<NestedSm_VrfPrefixLensInExactMatchV6>&
-  vrfPrefixLensInExactMatchV6() const noexcept {
-    return vrfPrefixLensInExactMatchV6_;
-  }
-
-  /// One of the decapsulation flags of the IPv4 route status changed: updates every created action.
-  /// Without an IPv4 route status they stop the process.
-  void handleDecapNh();
-  void handleDecapNhFallback();
-
-  /// Lets it follow nothing, or everything again, while it stays subscribed and its notifications
-  /// stay as they are: what its successor needs while it is built. Cannot fail.
-  void pausedIs(bool paused) noexcept {
-    paused_ = paused;
-  }
-  [[nodiscard]] bool isPaused() const noexcept {
-    return paused_;
-  }
-
-  /// Whether it is being destroyed. Nested machines then run their course without reaching the
-  /// chip.
-  [[nodiscard]] bool isTearingDown() const noexcept {
-    return tearingDown_;
-  }
+  vrfPrefixLensInExactMatchV6() const noexcept;
 
  private:
-  using Transition = VrfHwStatus::Transition;
-  class PrefixLensCreation;
+  [[gnu::visibility("hidden")]] static void vrfHwConfigDispatch(
+      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
+      const void* key, const void* value);
+  [[gnu::visibility("hidden")]] static void vrfFallbackConfigDispatch(
+      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
+      const void* key, const void* value);
+  [[gnu::visibility("hidden")]] void mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf);
 
-  static void vrfHwConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
-                                  short attributeId, const void* key, const void* value);
-  static void vrfFallbackConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
-                                        short attributeId, const void* key, const void* value);
-  void mox_handleVrfFallbackConfig_fallbackVrf(const L3::VrfName& vrf);
-  [[nodiscard]] bool isDeaf() const noexcept {
-    return isZombie() || tearingDown_ || paused_;
-  }
+  [[gnu::visibility("hidden")]] void subscriptionsAre(bool subscribed);
+  [[gnu::visibility("hidden")]] void handleWhatIsThere();
+  [[gnu::visibility("hidden")]] void tearDown() noexcept;
+  [[nodiscard, gnu::visibility("hidden")]] bool decapNhFlag() const;
 
-  // Get what following a change will take; see `Velo::Follower`.
-  static void makeRoomForFirstUser(Velo::Follower * follower, short attributeId, const void* key,
-                                   const void* value);
-  static void makeRoomForFallback(Velo::Follower * follower, short attributeId, const void* key,
-                                  const void* value);
-  void makeRoomForFallback(const L3::VrfName& vrf, const L3::VrfName& fallback);
-  void makeRoomForVrfStatus(const Routing::Hardware::VrfStatus& vrfStatus);
-  void makeRoomForPrefixLens(const Routing::Hardware::PrefixLensInExactMatch& prefixLens);
-  void makeRoomForPrefixLensV6(const Routing::Hardware::PrefixLensInExactMatch& prefixLens);
-  template <class Machine>
-  void makeRoomFor(PrefixLensSms<Machine> & machines,
-                   const Routing::Hardware::PrefixLensInExactMatch& prefixLens);
-
-  void reactorsIs(const RouteStatusPtr& routes, const RouteStatus6Ptr& routes6);
-  void subscriptionsIs(bool subscribed);
-  void handleWhatIsThere();
-  void tearDown() noexcept;
-  template <class Visitor>
-  void forEachNestedSm(Visitor && visitor);
-
-  // Of an action whose record stays where it is during the call.
-  void createResource(const VrfAction& action);
-  void deleteResource(const VrfAction& action);
-  // Creates it, stores the outcome, and tells whether the action's count changed in the course.
-  bool countChangesDuringCreation(const VrfAction& action);
-  // Deletes it with its count and its status, and tells that of the action's count.
-  bool countChangesDuringDeletion(const VrfAction& action);
-  /// Whether the change that it is being told of is dealt with, by another machine on the tables.
-  [[nodiscard]] bool anotherEndedResource(const VrfAction& action) const noexcept;
-  /// Whether the deletion of its resource is under way.
-  [[nodiscard]] bool resourceIsGoing(const VrfAction& vrfAction) const noexcept {
-    const Transition* transition = vrfHwStatus_->transition(vrfAction);
-    return transition != nullptr && transition->kind() == Transition::Kind::deletion;
-  }
-
-  template <class Visitor>
-  void forEachCreatedAction(Visitor && visitor);
-  [[nodiscard]] bool decapNhFlag() const;
-
-  void linkToFallback(const L3::VrfName& vrf);
-  void dependencyIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
-  void dependencyDel(const L3::VrfName& vrf, const L3::VrfName& fallback);
-
-  template <class Machine>
-  void prefixLensSmIs(PrefixLensSms<Machine> & machines, const PrefixLensPtr& prefixLens,
-                      const char* attribute);
-  template <class Machine>
-  void prefixLensSmDel(PrefixLensSms<Machine> & machines, const Velo::String& name);
-  template <class Machine>
-  void prefixLensSmDelAll(PrefixLensSms<Machine> & machines);
-
-  // In the order of declaration that destruction reverses.
+  // In the order that destruction reverses.
   Mox::Ptr<VrfHwConfig> vrfHwConfig_;
   Mox::Ptr<VrfHwStatus> vrfHwStatus_;
   Mox::Ptr<VrfHelper> vrfHelper_;
   FallbackConfigPtr vrfFallbackConfig_;
   Mox::Ptr<MoxRoutingHwRouteStatus> routingReactor_;
   Mox::Ptr<MoxRouting6HwRouteStatus> routing6Reactor_;
-  FallbackVrfInfo fallbackVrfInfo_;
-  DependentVrfInfos dependentVrfInfo_;
-  VrfInstances vrfInstance_;
-  PrefixLensSms<NestedSm_VrfPrefixLensInExactMatch> vrfPrefixLensInExactMatch_;
-  PrefixLensSms<NestedSm_VrfPrefixLensInExactMatchV6> vrfPrefixLensInExactMatchV6_;
+  const std::unique_ptr<VrfResources> resources_;
+  const std::unique_ptr<FallbackLinks> fallbackLinks_;
+  const std::unique_ptr<VrfWatches> watches_;
 
   Velo::MemberSubscriber<VrfSm> vrfHwConfigSubscriber_;
   Velo::MemberSubscriber<VrfSm> vrfFallbackConfigSubscriber_;
-  Velo::MemberFollower<VrfSm> vrfHwConfigFollower_{*this, &makeRoomForFirstUser};
-  Velo::MemberFollower<VrfSm> vrfFallbackConfigFollower_{*this, &makeRoomForFallback};
-  // Made in advance, for what is about to be handled.
-  Mox::Ptr<DependentVrfInfo> recordToCome_;
-  L3::VrfName nameToCome_;
-  PrefixLensCreation* innermostCreation_ = nullptr;
-  bool paused_ = false;
   bool tearingDown_ = false;
 };
 

@@ -36,8 +36,7 @@ struct NoValue {};
 /// of the slots: the same history gives the same order, whatever the seed.
 ///
 /// Costs: search, insertion and deletion constant on average; iteration follows the highest number
-/// of entries since the collection was last cleared, 32 a step where they are gone. An insertion
-/// that throws leaves the collection as it was.
+/// of entries since the collection was last cleared, 32 a step where they are gone.
 template <class Key, class Value, unsigned Salt>
 class HashMap2018 {
   struct Entry {
@@ -86,37 +85,18 @@ class HashMap2018 {
   /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
   /// it was inserted.
   std::pair<Position, bool> insert(const Key& key, const Value& value = Value()) {
-    return insertAs(key, value, [](Position) {});
+    return insertAs(key, value);
   }
   std::pair<Position, bool> insert(Key&& key, Value&& value = Value()) {
-    return insertAs(std::move(key), std::move(value), [](Position) {});
-  }
-  /// As above, and calls `prepare(position)` when all else that the insertion takes is there, and
-  /// the entry is not. It may throw, but not change the collection.
-  template <class Prepare>
-  std::pair<Position, bool> insert(const Key& key, const Value& value, Prepare&& prepare) {
-    return insertAs(key, value, std::forward<Prepare>(prepare));
+    return insertAs(std::move(key), std::move(value));
   }
 
-  /// Sees to it that the next insertion needs no memory. Gives the position that its entry gets.
-  Position makeRoom() {
-    if (count_ == capacity()) grow();
-    if (firstFree_ != none) return firstFree_;
-    makeSlots();
-    return slots_;
-  }
-
-  /// Deletes `key`. Gives the entry that it had, nothing when it was absent.
+  /// Deletes `key`. Returns the entry that it had, nothing when it was absent. Precondition: no
+  /// `Pin`.
   std::optional<std::pair<Key, Value>> erase(const Key& key) {
-    return eraseIf(key, [](Position) { return true; });
-  }
-  /// As above, if `condition(position)` holds for the entry, which may still be looked at then.
-  template <class Condition>
-  std::optional<std::pair<Key, Value>> eraseIf(const Key& key, Condition&& condition) {
     const std::size_t place = presentPlace(key);
     if (place == absent) return std::nullopt;
     const Position at = index_[place].position;
-    if (!condition(at)) return std::nullopt;
     Entry& gone = entry(at);
     std::optional<std::pair<Key, Value>> erased(std::in_place, std::move(gone.key),
                                                 std::move(gone.value));
@@ -125,24 +105,39 @@ class HashMap2018 {
     return erased;
   }
 
-  /// Deletes `key`, but leaves key and value where they are, for those who are still using them,
-  /// until `discard` is called with the position; that has to be before the collection is cleared
-  /// or goes. Gives the position, `none` when `key` was absent.
-  Position withdraw(const Key& key) noexcept {
+  /// While one lives, deleted entries stay where they are, for those who still use their keys and
+  /// values. The collection must outlive it.
+  ///
+  ///     const Map::Pin pin(map);
+  ///     const Map::Position at = map.withdraw(key);
+  ///     publish(map.key(at));                    // also if somebody inserts `key` meanwhile
+  class Pin {
+   public:
+    explicit Pin(HashMap2018& map) noexcept : map_(map) { ++map.pins_; }
+    Pin(const Pin&) = delete;
+    Pin& operator=(const Pin&) = delete;
+    ~Pin() {
+      if (--map_.pins_ == 0) map_.discardWithdrawn();
+    }
+
+   private:
+    HashMap2018& map_;
+  };
+
+  /// Deletes `key`. Its entry can be read until the last pin goes. Returns its position, `none`
+  /// when `key` was absent. Precondition: there is a `Pin`.
+  Position withdraw(const Key& key) {
     const std::size_t place = presentPlace(key);
     if (place == absent) return none;
     const Position at = index_[place].position;
     takeOut(place);
+    withdrawn_.push_back(at);
     return at;
   }
-  /// Ends the entry that was withdrawn from `at`.
-  void discard(Position at) noexcept {
-    entry(at).~Entry();
-    leaveSlot(at);
-  }
 
-  /// Deletes every entry and gives the memory back.
-  void clear() noexcept {
+  /// Deletes every entry and, without a pin, frees the memory.
+  void clear() {
+    if (pins_ != 0) return withdrawAll();
     destroyEntries();
     std::vector<std::unique_ptr<Chunk>>().swap(chunks_);
     std::vector<IndexEntry>().swap(index_);
@@ -220,8 +215,8 @@ class HashMap2018 {
     return key.hash(HashHelper::hashSeed32() ^ Salt);
   }
 
-  template <class K, class V, class Prepare>
-  std::pair<Position, bool> insertAs(K&& key, V&& value, Prepare&& prepare) {
+  template <class K, class V>
+  std::pair<Position, bool> insertAs(K&& key, V&& value) {
     if (isAtRecentPlace(key)) return {index_[recentPlace_].position, false};
     const std::uint32_t hash = hashOf(key);
     if (index_.empty()) grow();
@@ -232,13 +227,7 @@ class HashMap2018 {
       place = indexPlace(key, hash);
     }
     const Position at = newSlot();
-    try {
-      prepare(at);
-      new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
-    } catch (...) {
-      leaveSlot(at);
-      throw;
-    }
+    new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
     chunkOf(at).used |= bitOf(at);
     index_[place] = {hash, at};
     recentPlace_ = place;
@@ -278,17 +267,29 @@ class HashMap2018 {
       std::memcpy(&firstFree_, slot(at), sizeof(Position));
       return at;
     }
-    makeSlots();
-    return slots_++;
-  }
-  void makeSlots() {
     if (slots_ == chunks_.size() * chunkSlots) [[unlikely]]
       addChunk();
+    return slots_++;
   }
   [[gnu::noinline]] void addChunk() { chunks_.push_back(std::make_unique<Chunk>()); }
-  void leaveSlot(Position at) noexcept {
+  // Ends an entry that is in the index no longer.
+  void discard(Position at) noexcept {
+    entry(at).~Entry();
     std::memcpy(slot(at), &firstFree_, sizeof(Position));
     firstFree_ = at;
+  }
+  void discardWithdrawn() noexcept {
+    for (const Position at : withdrawn_)
+      discard(at);
+    withdrawn_.clear();
+  }
+  void withdrawAll() {
+    for (Position at = firstUsed(0, slots_); at != none; at = firstUsed(at + 1, slots_)) {
+      withdrawn_.push_back(at);
+      chunkOf(at).used &= ~bitOf(at);
+    }
+    index_.assign(index_.size(), {});
+    count_ = 0;
   }
   void takeOut(std::size_t place) noexcept {
     const Position at = index_[place].position;
@@ -361,6 +362,8 @@ class HashMap2018 {
   Position slots_ = 0;  // positions below it have been used since the last clearing
   Position firstFree_ = none;
   unsigned count_ = 0;
+  unsigned pins_ = 0;
+  std::vector<Position> withdrawn_;  // entries that are deleted and pinned
 };
 
 /// A collection of keys alone.

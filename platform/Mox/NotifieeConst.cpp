@@ -19,11 +19,6 @@ void PtrInterface::NotifieeConst::onZeroReferences() {
   delete this;
 }
 
-void PtrInterface::NotifieeConst::makeRoomAt(const PtrInterface& entity) {
-  const Velo::NotifieeListDescriptor reactors = entity.notifieeList();
-  reactors.makeRoom(reactors.list);
-}
-
 void PtrInterface::NotifieeConst::moxDoZombieReactors(bool zombie) {
   if (isZombie() == zombie) return;
   if (notifier_) hasNotificationActiveIs(!zombie);
@@ -32,24 +27,20 @@ void PtrInterface::NotifieeConst::moxDoZombieReactors(bool zombie) {
 
 void PtrInterface::NotifieeConst::notifierIs(Ptr<PtrInterface const> notifier) {
   if (notifier == notifier_) return;
-  // First to the new list, since that may throw.
-  if (registered_) listIs(notifier, true);
-  if (registered_) listIs(notifier_, false);
+  const bool registered = registered_;
+  isRegisteredIs(false);
   notifier_ = std::move(notifier);
-}
-
-void PtrInterface::NotifieeConst::listIs(const Ptr<PtrInterface const>& notifier, bool registered) {
-  if (!notifier) return;
-  const Velo::NotifieeListDescriptor notifiees = notifier->notifieeList();
-  if (notifiees.kind == Velo::NotifieeListDescriptor::Kind::reactors) {
-    (registered ? notifiees.add : notifiees.remove)(notifiees.list, this);
-  }
+  isRegisteredIs(registered);
 }
 
 void PtrInterface::NotifieeConst::isRegisteredIs(bool registered) {
   if (registered_ == registered) return;
-  listIs(notifier_, registered);
   registered_ = registered;
+  if (!notifier_) return;
+  const Velo::NotifieeListDescriptor notifiees = notifier_->notifieeList();
+  if (notifiees.kind == Velo::NotifieeListDescriptor::Kind::reactors) {
+    (registered ? notifiees.add : notifiees.remove)(notifiees.list, this);
+  }
 }
 
 void ReactorList::notify(const PtrInterface& entity, AttributeId attributeId, const void* key) {

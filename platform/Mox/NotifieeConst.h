@@ -26,9 +26,6 @@ class [[gnu::visibility("default")]] PtrInterface::NotifieeConst : public PtrInt
   /// Enters or leaves the state of pending deletion, switching notifications off or on.
   virtual void moxDoZombieReactors(bool zombie);
 
-  /// Sees to it that registering one reactor with `entity`, which has reactors, needs no memory.
-  static void makeRoomAt(const PtrInterface& entity);
-
   [[nodiscard]] const Ptr<PtrInterface const>& notifier() const noexcept {
     return notifier_;
   }
@@ -37,7 +34,6 @@ class [[gnu::visibility("default")]] PtrInterface::NotifieeConst : public PtrInt
   explicit NotifieeConst(Ptr<PtrInterface const> notifier) noexcept;
 
   /// Makes `notifier` the one to be told by, moving an existing registration to it. May be null.
-  /// Changes nothing when it throws.
   void notifierIs(Ptr<PtrInterface const> notifier);
   /// Puts this reactor on its notifier's list, or takes it off.
   void isRegisteredIs(bool registered);
@@ -49,8 +45,6 @@ class [[gnu::visibility("default")]] PtrInterface::NotifieeConst : public PtrInt
   }
 
  private:
-  void listIs(const Ptr<PtrInterface const>& notifier, bool registered);
-
   Ptr<PtrInterface const> notifier_;
   bool registered_ = false;
 };

@@ -39,16 +39,14 @@ std::shared_ptr<Slab> usedSlab(std::string_view typeName) noexcept {
 Slab::Slab(std::string_view typeName, std::size_t blockSize)
     : typeName_(typeName), blockSize_(alignedSize(blockSize)) {}
 
-Slab::~Slab() {
-  if (blocksAreSeparate) ::operator delete(free_);
-}
+Slab::~Slab() = default;
 
 void* Slab::allocate(std::size_t size) {
   void* block = nullptr;
-  if (size > blockSize_ || (blocksAreSeparate && free_ == nullptr)) {
+  if (blocksAreSeparate || size > blockSize_) {
     block = ::operator new(size);
   } else {
-    makeRoom();
+    if (free_ == nullptr) addPage();
     block = std::exchange(free_, free_->next);
   }
   ++live_;
@@ -65,15 +63,7 @@ void Slab::release(void* block, std::size_t size) noexcept {
   if (--live_ == 0 && pages_.size() > 1) keepOnePage();
 }
 
-void Slab::makeRoom() {
-  if (free_ == nullptr) makeFreeBlock();
-}
-
-void Slab::makeFreeBlock() {
-  if (blocksAreSeparate) {
-    free_ = new (::operator new(blockSize_)) FreeBlock{nullptr};
-    return;
-  }
+void Slab::addPage() {
   pages_.push_back(std::make_unique_for_overwrite<std::byte[]>(blockSize_ * blocksPerPage));
   putOnFreeList(pages_.back());
 }
@@ -105,7 +95,6 @@ std::vector<std::string> Slab::typeNames() {
 SlabUse::SlabUse(std::string_view typeName, std::size_t blockSize) : slab_(usedSlab(typeName)) {
   if (slab_) return;
   slab_ = std::make_shared<Slab>(typeName, blockSize);
-  slabsWithObjectsLeft.reserve(slabsWithObjectsLeft.size() + usedSlabs.size() + 1);
   usedSlabs.push_back(slab_);
 }
 

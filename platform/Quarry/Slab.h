@@ -26,8 +26,6 @@ class [[gnu::visibility("default")]] Slab {
 
   /// A block for `size` bytes; a derived, larger object gets memory of its own.
   [[nodiscard]] void* allocate(std::size_t size);
-  /// Sees to it that the next block, unless it is for a larger object, needs no memory.
-  void makeRoom();
   /// Takes back what `allocate(size)` gave.
   void release(void* block, std::size_t size) noexcept;
 
@@ -54,7 +52,7 @@ class [[gnu::visibility("default")]] Slab {
   };
   using Page = std::unique_ptr<std::byte[]>;
 
-  void makeFreeBlock();
+  void addPage();
   void putOnFreeList(const Page& page) noexcept;
   void keepOnePage() noexcept;
 
@@ -90,8 +88,6 @@ template <class T>
 class SlabAllocated {
  public:
   static void* operator new(std::size_t size) { return slab().allocate(size); }
-  /// Sees to it that the next object needs no memory.
-  static void makeRoom() { slab().makeRoom(); }
   static void operator delete(void* block, std::size_t size) noexcept {
     slab().release(block, size);
   }

@@ -52,11 +52,6 @@ void useUp(std::set<Velo::String>& names, Use use) {
 }
 
 template <class Config>
-void makeRoomForSubscription(const Mox::Ptr<Config>& config) {
-  if (config) config->publisher().makeRoom();
-}
-
-template <class Config>
 void subscriptionIs(const Mox::Ptr<Config>& config, Velo::Subscriber& subscriber,
                     Velo::Subscriber::Dispatch dispatch) {
   if (!config || (subscriber.dispatch != nullptr) == (dispatch != nullptr)) return;
@@ -177,11 +172,6 @@ void ZelTrafficPolicySm::pausedIs(bool paused) {
 }
 
 void ZelTrafficPolicySm::subscriptionsAre(bool subscribed) {
-  if (subscribed) {
-    makeRoomForSubscription(inputs_.intfConfig);
-    makeRoomForSubscription(inputs_.policyConfig);
-    makeRoomForSubscription(inputs_.classTypeConfig);
-  }
   subscriptionIs(inputs_.intfConfig, intfConfigSubscriber_,
                  subscribed ? &intfConfigDispatch : nullptr);
   subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_,

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "Velo/ScopeStack.h"
+
 namespace Velo {
 
 /// How a tool that knows an entity only by its base reaches those whom it notifies.
@@ -23,8 +25,6 @@ struct NotifieeListDescriptor {
   bool (*add)(void* list, void* notifiee) = nullptr;
   /// Removes a notifiee; false when it was not there.
   bool (*remove)(void* list, void* notifiee) = nullptr;
-  /// Sees to it that adding one notifiee needs no memory.
-  void (*makeRoom)(void* list) = nullptr;
   /// Calls the visitor for each notifiee.
   void (*visit)(void* list, Visitor visitor, void* context) = nullptr;
   /// The notifiee after `previous` (the first one after null), null at the end. Given only while
@@ -38,28 +38,16 @@ struct NotifieeListDescriptor {
 /// emptied but never moved, so a visit goes on whatever is added, removed or destroyed under it:
 /// nobody is visited after removal, nobody twice, nobody who was added after the visit began, and
 /// a visit of a list that is destroyed meanwhile ends quietly. Visits nest. Holes are closed when
-/// the outermost visit ends. A visit does not allocate.
+/// the list is used next with no visit under way. A visit does not allocate.
 template <class Notifiee>
 class NotifieeList {
  public:
-  NotifieeList() = default;
-  NotifieeList(const NotifieeList&) = delete;
-  NotifieeList& operator=(const NotifieeList&) = delete;
-  ~NotifieeList() {
-    for (Visit* visit = innermost_; visit != nullptr; visit = visit->outer)
-      visit->listIsGone = true;
-  }
-
   bool add(Notifiee& notifiee) {
     if (has(notifiee)) return false;
+    closeHoles();
     places_.push_back(&notifiee);
     ++size_;
     return true;
-  }
-
-  /// Sees to it that adding one notifiee needs no memory.
-  void makeRoom() {
-    if (places_.size() == places_.capacity()) places_.reserve(2 * places_.size() + 1);
   }
 
   bool remove(const Notifiee& notifiee) noexcept {
@@ -67,7 +55,7 @@ class NotifieeList {
     if (place == places_.end()) return false;
     *place = nullptr;
     --size_;
-    if (innermost_ == nullptr) closeHoles();
+    closeHoles();
     return true;
   }
 
@@ -89,50 +77,28 @@ class NotifieeList {
   /// Calls `visitor(notifiee)` for each notifiee present now and still there at its turn.
   template <class Visitor>
   void visit(Visitor&& visitor) {
-    Visit current{innermost_};
-    const VisitEnd end(*this, current);
+    closeHoles();
+    const typename Visits::Scope current(visits_);
     const std::size_t size = places_.size();
     for (std::size_t place = 0; place < size; ++place) {
       Notifiee* notifiee = places_[place];
       if (notifiee == nullptr) continue;
       visitor(*notifiee);
-      if (current.listIsGone) return;
+      if (current.isOrphan()) return;
     }
   }
 
  private:
-  struct Visit {
-    Visit* outer;
-    bool listIsGone = false;
-  };
-  // What the list does not know of can stay in registers while visitors are called.
-  class VisitEnd {
-   public:
-    VisitEnd(NotifieeList& list, Visit& visit) noexcept
-        : list_(list), visit_(visit), outer_(visit.outer) {
-      list.innermost_ = &visit;
-    }
-    VisitEnd(const VisitEnd&) = delete;
-    VisitEnd& operator=(const VisitEnd&) = delete;
-    ~VisitEnd() {
-      if (visit_.listIsGone) return;
-      list_.innermost_ = outer_;
-      if (outer_ == nullptr) list_.closeHoles();
-    }
-
-   private:
-    NotifieeList& list_;
-    const Visit& visit_;
-    Visit* outer_;
-  };
+  struct Visit {};
+  using Visits = ScopeStack<Visit>;
 
   void closeHoles() noexcept {
-    if (places_.size() != size_) std::erase(places_, nullptr);
+    if (places_.size() != size_ && visits_.empty()) std::erase(places_, nullptr);
   }
 
   std::vector<Notifiee*> places_;
   std::size_t size_ = 0;
-  Visit* innermost_ = nullptr;
+  Visits visits_;
 };
 
 /// The descriptor of `list`, which `entity` owns.
@@ -150,7 +116,6 @@ NotifieeListDescriptor describe(NotifieeListDescriptor::Kind kind, const void* e
   descriptor.remove = [](void* from, void* notifiee) {
     return static_cast<List*>(from)->remove(*static_cast<Notifiee*>(notifiee));
   };
-  descriptor.makeRoom = [](void* to) { static_cast<List*>(to)->makeRoom(); };
   descriptor.visit = [](void* visited, NotifieeListDescriptor::Visitor visitor, void* context) {
     static_cast<List*>(visited)->visit([&](Notifiee& notifiee) { visitor(context, &notifiee); });
   };

@@ -19,8 +19,6 @@ class Publisher {
   void subscriberIs(Subscriber& subscriber) { subscribers_.add(subscriber); }
   /// Removes `subscriber`; nothing if it is not there.
   void subscriberDel(Subscriber& subscriber) noexcept { subscribers_.remove(subscriber); }
-  /// Sees to it that adding one subscriber needs no memory.
-  void makeRoom() { subscribers_.makeRoom(); }
   [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers_.empty(); }
 
   /// Calls every subscriber. The publisher may be gone when this returns.

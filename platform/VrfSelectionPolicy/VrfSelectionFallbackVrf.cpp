@@ -19,12 +19,9 @@ const Mox::Type* VrfSelectionFallbackVrf::fwkType() const {
 void VrfSelectionFallbackVrf::fallbackVrfIs(const L3::VrfName& vrf, const L3::VrfName& fallback) {
   const L3::VrfName key = vrf;
   const L3::VrfName value = fallback;
-  const auto makeRoom = [&] { followers_.makeRoomFor(fallbackVrfAttribute, &key, &value); };
-  const auto [at, inserted] =
-      fallbackVrf_.insert(key, value, [&](FallbackVrfs::Position) { makeRoom(); });
+  const auto [at, inserted] = fallbackVrf_.insert(key, value);
   if (!inserted) {
     if (fallbackVrf_.value(at) == value) return;
-    makeRoom();
     fallbackVrf_.value(at) = value;
   }
   publisher_.publish(fallbackVrfAttribute, &key, &value);

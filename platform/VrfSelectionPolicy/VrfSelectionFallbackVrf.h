@@ -3,7 +3,6 @@
 #include "L3/VrfName.h"
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
-#include "Velo/Follower.h"
 #include "Velo/Publisher.h"
 
 namespace VrfSelectionPolicy {
@@ -38,14 +37,9 @@ class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox:
   [[nodiscard]] Velo::Publisher& publisher() const noexcept {
     return publisher_;
   }
-  /// Those who are asked before a fallback VRF is added or changed.
-  [[nodiscard]] Velo::FollowerList& followers() const noexcept {
-    return followers_;
-  }
 
  private:
   FallbackVrfs fallbackVrf_;
-  mutable Velo::FollowerList followers_;
   mutable Velo::Publisher publisher_;
 };
 

@@ -35,6 +35,10 @@ class [[gnu::visibility("default")]] PrefixLensInExactMatch final : public Mox::
   void prefixLenDelAll();
   [[nodiscard]] bool prefixLenHas(unsigned char length) const noexcept;
   [[nodiscard]] unsigned prefixLens() const noexcept;
+  /// All of them, a bit for each length.
+  [[nodiscard]] const std::bitset<longest + 1>& lengths() const noexcept {
+    return lengths_;
+  }
 
  private:
   Velo::String name_;

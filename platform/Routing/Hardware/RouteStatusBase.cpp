@@ -17,22 +17,19 @@ auto get(const Map& map, const Key& key) noexcept {
   return found == nullptr ? nullptr : *found;
 }
 
-}  // namespace
-
-RouteStatusBase::~RouteStatusBase() = default;
-
-// Puts `entity` under `key`; false when it is there already.
+// Puts `entity` under `key`. Returns false when it was there already.
 template <class Map, class Key, class Entity>
-bool RouteStatusBase::put(Map& map, Mox::AttributeId attribute, const Key& key,
-                          const Entity& entity) {
-  const auto makeRoom = [&] { followers_.makeRoomFor(attribute, &key, &entity); };
-  const auto [at, inserted] = map.insert(key, entity, [&](typename Map::Position) { makeRoom(); });
+bool put(Map& map, const Key& key, const Entity& entity) {
+  const auto [at, inserted] = map.insert(key, entity);
   if (inserted) return true;
   if (map.value(at) == entity) return false;
-  makeRoom();
   map.value(at) = entity;
   return true;
 }
+
+}  // namespace
+
+RouteStatusBase::~RouteStatusBase() = default;
 
 Velo::NotifieeListDescriptor RouteStatusBase::notifieeList() const {
   return reactors_.notifieeList(*this);
@@ -48,8 +45,7 @@ Mox::Ptr<VrfStatus> RouteStatusBase::vrfStatusIs(const L3::VrfName& name) {
 void RouteStatusBase::vrfStatusIs(const Mox::Ptr<VrfStatus>& status) {
   if (!status) throw Mox::NullArgumentException("vrfStatus");
   const L3::VrfName name = status->name();
-  if (put(vrfStatus_, vrfStatusAttribute, name, status))
-    reactors_.notify(*this, vrfStatusAttribute, &name);
+  if (put(vrfStatus_, name, status)) reactors_.notify(*this, vrfStatusAttribute, &name);
 }
 
 Mox::Ptr<VrfStatus> RouteStatusBase::vrfStatusDel(const L3::VrfName& name) {
@@ -80,8 +76,7 @@ Mox::Ptr<PrefixLensInExactMatch> RouteStatusBase::vrfPrefixLensInExactMatchIs(
 void RouteStatusBase::vrfPrefixLensInExactMatchIs(const Mox::Ptr<PrefixLensInExactMatch>& lengths) {
   if (!lengths) throw Mox::NullArgumentException("vrfPrefixLensInExactMatch");
   const Velo::String name = lengths->name();
-  if (put(prefixLens_, prefixLensAttribute, name, lengths))
-    reactors_.notify(*this, prefixLensAttribute, &name);
+  if (put(prefixLens_, name, lengths)) reactors_.notify(*this, prefixLensAttribute, &name);
 }
 
 Mox::Ptr<PrefixLensInExactMatch> RouteStatusBase::vrfPrefixLensInExactMatchDel(

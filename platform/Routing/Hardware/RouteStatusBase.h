@@ -5,7 +5,6 @@
 #include "Mox/NotifieeConst.h"
 #include "Routing/Hardware/PrefixLensInExactMatch.h"
 #include "Routing/Hardware/VrfStatus.h"
-#include "Velo/Follower.h"
 #include "Velo/String.h"
 
 namespace Routing::Hardware {
@@ -65,24 +64,14 @@ class [[gnu::visibility("default")]] RouteStatusBase : public Mox::PtrInterface 
   }
   void decapNhFallbackEnabledIs(bool enabled);
 
-  /// Those who are asked before an entity enters a collection, with its key and the `Mox::Ptr` to
-  /// it.
-  [[nodiscard]] Velo::FollowerList& followers() const noexcept {
-    return followers_;
-  }
-
  protected:
   RouteStatusBase() = default;
 
  private:
-  template <class Map, class Key, class Entity>
-  bool put(Map & map, Mox::AttributeId attribute, const Key& key, const Entity& entity);
-
   VrfStatuses vrfStatus_;
   PrefixLens prefixLens_;
   bool decapNhEnabled_ = false;
   bool decapNhFallbackEnabled_ = false;
-  mutable Velo::FollowerList followers_;
   mutable Mox::ReactorList reactors_;
 };
 
