@@ -125,16 +125,6 @@ TEST(VrfHwStatus, DeletionOfAnAbsentKeyGivesADefaultRecordAndPublishesNothing) {
   EXPECT_THAT(publications.seen(), IsEmpty());
 }
 
-TEST(VrfHwStatus, DeletionUnderAWalkGivesTheRecordAndPublishesOnceAlike) {
-  const auto table = vrfHwStatusFactory();
-  table->hwStatusIs(red, failed("full"));
-  const VrfHwStatus::ActionsNaming walk(table, red.vrfName());
-  const Publications publications(*table);
-  EXPECT_EQ(table->hwStatusDel(red), failed("full"));
-  EXPECT_EQ(table->hwStatusDel(red), HwStatus());
-  EXPECT_THAT(publications.seen(), ElementsAre("130 red"));
-}
-
 TEST(VrfHwStatus, DeletingAllWithOneSubscriberAndThreeEntriesPublishesThreeKeys) {
   const auto table = vrfHwStatusFactory();
   for (const VrfAction& action : {red, blue, green})
@@ -250,97 +240,6 @@ TEST(VrfHwStatus, TablesAreCountedInTheirSlabWhileTheyLive) {
     EXPECT_EQ(liveTables(), 2U);
   }
   EXPECT_EQ(liveTables(), 0U);
-}
-
-class VrfHwStatusEntryWatch : public ::testing::Test {
- protected:
-  VrfHwStatusEntryWatch() {
-    for (const VrfAction& action : {red, blue, green})
-      table_->hwStatusIs(action, HwStatus());
-  }
-
-  Mox::Ptr<VrfHwStatus> table_ = vrfHwStatusFactory();
-};
-
-TEST_F(VrfHwStatusEntryWatch, AnEntryThatStaysWasNotRemoved) {
-  const VrfHwStatus::EntryWatch watch(*table_, red);
-  EXPECT_FALSE(watch.wasRemoved());
-  table_->hwStatusIs(red, failed("full"));
-  table_->hwStatusDel(blue);
-  table_->hwStatusIs(VrfAction("new", ActionType::vrf), HwStatus());
-  EXPECT_FALSE(watch.wasRemoved());
-}
-
-TEST_F(VrfHwStatusEntryWatch, ADeletedEntryWasRemovedThoughThereIsOneAgain) {
-  const VrfHwStatus::EntryWatch watch(*table_, red);
-  table_->hwStatusDel(red);
-  EXPECT_TRUE(watch.wasRemoved());
-  table_->hwStatusIs(red, HwStatus());
-  EXPECT_TRUE(watch.wasRemoved());
-  EXPECT_FALSE(VrfHwStatus::EntryWatch(*table_, red).wasRemoved());
-}
-
-TEST_F(VrfHwStatusEntryWatch, DeletingAllRemovesWithAndWithoutSubscribers) {
-  const VrfHwStatus::EntryWatch silently(*table_, red);
-  table_->hwStatusDelAll();
-  EXPECT_TRUE(silently.wasRemoved());
-
-  table_->hwStatusIs(red, HwStatus());
-  const Publications publications(*table_);
-  const VrfHwStatus::EntryWatch published(*table_, red);
-  table_->hwStatusDelAll();
-  EXPECT_TRUE(published.wasRemoved());
-}
-
-TEST_F(VrfHwStatusEntryWatch, ARemovalUnderAWalkIsNoticedLikeAnyOther) {
-  const VrfHwStatus::EntryWatch ofRed(*table_, red);
-  const VrfHwStatus::EntryWatch ofBlue(*table_, blue);
-  const VrfHwStatus::ActionsNaming walk(table_, red.vrfName());
-  table_->hwStatusDel(red);
-  EXPECT_TRUE(ofRed.wasRemoved());
-  EXPECT_FALSE(ofBlue.wasRemoved());
-  table_->hwStatusDelAll();
-  EXPECT_TRUE(ofBlue.wasRemoved());
-}
-
-TEST_F(VrfHwStatusEntryWatch, AnActionWithoutAnEntryHasNoneToRemove) {
-  const VrfHwStatus::EntryWatch watch(*table_, VrfAction("absent", ActionType::vrf));
-  table_->hwStatusDel(red);
-  table_->hwStatusDelAll();
-  EXPECT_FALSE(watch.wasRemoved());
-}
-
-// It keeps a reference to the action's record.
-TEST(VrfHwStatusTransition, OfAnActionThatEndsAtOnceIsNotTaken) {
-  using Transition = VrfHwStatus::Transition;
-  constexpr bool takesPassing =
-      std::is_constructible_v<Transition, VrfHwStatus&, VrfAction, Transition::Kind>;
-  constexpr bool takesLasting =
-      std::is_constructible_v<Transition, VrfHwStatus&, const VrfAction&, Transition::Kind>;
-  EXPECT_FALSE(takesPassing);
-  EXPECT_TRUE(takesLasting);
-}
-
-TEST_F(VrfHwStatusEntryWatch, TheRemovalIsKnownToThoseWhoAreToldOfIt) {
-  const VrfHwStatus::EntryWatch watch(*table_, red);
-  bool known = false;
-  const Publications publications(*table_, [&](const VrfAction&) { known = watch.wasRemoved(); });
-  table_->hwStatusDel(red);
-  EXPECT_TRUE(known);
-}
-
-TEST_F(VrfHwStatusEntryWatch, NestedWatchesWatchEachTheirOwn) {
-  const VrfHwStatus::EntryWatch outer(*table_, red);
-  {
-    const VrfHwStatus::EntryWatch inner(*table_, blue);
-    const VrfHwStatus::EntryWatch same(*table_, red);
-    table_->hwStatusDel(blue);
-    EXPECT_TRUE(inner.wasRemoved());
-    EXPECT_FALSE(same.wasRemoved());
-  }
-  EXPECT_FALSE(outer.wasRemoved());
-  table_->hwStatusDel(red);
-  EXPECT_TRUE(outer.wasRemoved());
 }
 
 }  // namespace

@@ -1,24 +1,16 @@
 #include "tests/vrf/cost/Allocations.h"
 
-#include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-constexpr std::size_t never = SIZE_MAX;
 constexpr std::size_t arenaBytes = std::size_t{1} << 30;
 
 std::size_t madeSoFar = 0;
-std::size_t failedSoFar = 0;
-std::size_t bytesInUse = 0;
-std::size_t untilFailure = never;
-bool failureStays = false;
-unsigned sparing = 0;
 bool onPages = false;
 char* arena = nullptr;
 std::size_t arenaUsed = 0;
@@ -42,31 +34,13 @@ void* pagesFor(std::size_t size) noexcept {
   return pages;
 }
 
-bool isToFail() noexcept {
-  if (untilFailure == never) return false;
-  if (untilFailure != 0) {
-    --untilFailure;
-    return false;
-  }
-  if (!failureStays) untilFailure = never;
-  return true;
-}
-
 void* allocate(std::size_t size, std::size_t alignment = 0) noexcept {
-  if (sparing == 0) {
-    ++madeSoFar;
-    if (isToFail()) {
-      ++failedSoFar;
-      return nullptr;
-    }
-  }
+  ++madeSoFar;
   if (size == 0) size = 1;
   if (onPages) return pagesFor(size);
-  void* memory = alignment == 0 ? std::malloc(size)
-                                : std::aligned_alloc(
-                                      alignment, (size + alignment - 1) / alignment * alignment);
-  bytesInUse += malloc_usable_size(memory);
-  return memory;
+  return alignment == 0
+             ? std::malloc(size)
+             : std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
 }
 
 void* allocateOrThrow(std::size_t size, std::size_t alignment = 0) {
@@ -75,9 +49,7 @@ void* allocateOrThrow(std::size_t size, std::size_t alignment = 0) {
 }
 
 void release(void* memory) noexcept {
-  if (isInArena(memory)) return;
-  bytesInUse -= malloc_usable_size(memory);
-  std::free(memory);
+  if (!isInArena(memory)) std::free(memory);
 }
 
 }  // namespace
@@ -147,37 +119,6 @@ std::size_t madeBy(const std::function<void()>& work) {
   const std::size_t before = madeSoFar;
   work();
   return madeSoFar - before;
-}
-
-std::size_t inUse() noexcept {
-  return bytesInUse;
-}
-
-void failAfter(std::size_t further) noexcept {
-  untilFailure = further;
-  failureStays = false;
-}
-
-void failFrom(std::size_t further) noexcept {
-  untilFailure = further;
-  failureStays = true;
-}
-
-std::size_t failed() noexcept {
-  return failedSoFar;
-}
-
-bool failureWithdrawn() noexcept {
-  const bool wasToCome = untilFailure != never;
-  untilFailure = never;
-  return wasToCome;
-}
-
-Spared::Spared() noexcept {
-  ++sparing;
-}
-Spared::~Spared() {
-  --sparing;
 }
 
 OnPagesOfTheirOwn::OnPagesOfTheirOwn() noexcept {

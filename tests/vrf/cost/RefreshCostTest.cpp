@@ -214,20 +214,5 @@ TEST_F(RefreshCost, RefreshOfAVrfThatNoActionNamesLooksAtNothingAndAllocatesNoth
   EXPECT_EQ(allocations, 0U);
 }
 
-TEST_F(RefreshCost, WalkOverOneVrfTakesSixteenSteps) {
-  unsigned steps = 0;
-  std::size_t allocations = 0;
-  {
-    const Forbidden entries(forbidden);
-    const std::size_t before = Allocations::made();
-    VrfHwStatus::ActionsNaming actions(statuses, "red");
-    while (actions.advance())
-      ++steps;
-    allocations = Allocations::made() - before;
-  }
-  EXPECT_EQ(steps, 16U);
-  EXPECT_EQ(allocations, 0U);
-}
-
 }  // namespace
 }  // namespace ZelVrfSelectionPolicy::Testing

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "testing/Shown.h"
-#include "tests/vrf/cost/Allocations.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
@@ -22,17 +21,14 @@ std::string lengthsOf(const Mox::Ptr<Routing::Hardware::PrefixLensInExactMatch>&
 }  // namespace
 
 HwStatus FactsChip::createVrf(const VrfAction& action) {
-  const Allocations::Spared hook;
   return program(Hook::create, action);
 }
 
 HwStatus FactsChip::updateVrf(const VrfAction& action) {
-  const Allocations::Spared hook;
   return program(Hook::update, action);
 }
 
 void FactsChip::deleteVrf(const VrfAction& action) {
-  const Allocations::Spared hook;
   static_cast<void>(isFailing(Hook::remove, action));
   resources_.erase(shown(action));
   calls_.push_back({Hook::remove, action, std::nullopt, false});

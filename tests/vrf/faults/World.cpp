@@ -6,7 +6,6 @@
 #include "ZelVrfSelectionPolicy/vrf/PrefixLensSm.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 #include "testing/Shown.h"
-#include "tests/vrf/cost/Allocations.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
@@ -124,8 +123,7 @@ World::~World() {
 void World::listenToStatuses() {
   listener_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short, const void* key,
                           const void* value) {
-    const Allocations::Spared test;
-    World& world = Velo::MemberSubscriber<World>::ownerOf(subscriber);
+      World& world = Velo::MemberSubscriber<World>::ownerOf(subscriber);
     const std::string action = Testing::shown(*static_cast<const VrfAction*>(key));
     if (value == nullptr) {
       world.told_.erase(action);
@@ -197,7 +195,6 @@ void World::refresh() {
 }
 
 std::string World::dump() const {
-  const Allocations::Spared test;
   std::ostringstream text;
   text << "told:" << notifiees(*users) << ' ' << notifiees(*statuses) << ' '
        << notifiees(*fallbacks[0]) << ' ' << notifiees(*fallbacks[1]) << '\n';
@@ -226,7 +223,6 @@ std::string World::dump() const {
 }
 
 std::string World::brokenInvariants() const {
-  const Allocations::Spared test;
   std::string broken;
   std::map<std::string, HwStatus> present;
   for (auto entry = statuses->hwStatus().iterator(); entry; ++entry)
@@ -239,7 +235,6 @@ std::string World::brokenInvariants() const {
 }
 
 std::map<std::string, std::size_t> liveObjects() {
-  const Allocations::Spared test;
   std::map<std::string, std::size_t> live;
   for (const std::string& name : Quarry::Slab::typeNames())
     live[name] = Quarry::Slab::find(name)->live();
