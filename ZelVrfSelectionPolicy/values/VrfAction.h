@@ -59,9 +59,9 @@ class [[gnu::visibility("default")]] VrfAction {
   /// Equal records hash equally under every seed.
   [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
     Mox::Hash running(seed, 0);
-    running.hashMix(vrfName_.hash());
-    running.hashMix(fallbackVrfName_.hash());
-    running.hashMix(postDecapVrfName_.hash());
+    running.hashMix(vrfName_.byteHash());
+    running.hashMix(fallbackVrfName_.byteHash());
+    running.hashMix(postDecapVrfName_.byteHash());
     running.hashMix(static_cast<unsigned char>(action_));
     return running.result();
   }

@@ -69,7 +69,7 @@ class Forwarder final {
   class Passage;  // of one packet
 
   struct VrfNameHash {
-    std::size_t operator()(const L3::VrfName& name) const noexcept { return name.hash(); }
+    std::size_t operator()(const L3::VrfName& name) const noexcept { return name.hash(0); }
   };
 
   [[nodiscard]] const L3::VrfName& ownVrf(const std::string& intf) const;

@@ -1,12 +1,12 @@
 #include "L3/VrfName.h"
 
-#include <algorithm>
 #include <cstring>
-#include <new>
+#include <memory>
 #include <ostream>
-#include <vector>
+#include <utility>
 
 #include "Mox/Exceptions.h"
+#include "Mox/HashMap2018.h"
 #include "Mox/QuotedString.h"
 #include "Mox/ValueTable.h"
 
@@ -20,95 +20,63 @@ constexpr Mox::Reflection reflection{.value = &operations};
 
 constinit const Mox::Type VrfName::moxType{"L3::VrfName", &reflection};
 
-/// The names in use, by their bytes.
-///
-/// Open addressing with linear probing, at most half full; the place of a name that goes is closed
-/// by moving back what stands behind it. A standard map would hash the bytes a second time. The
-/// numbers in use are those from 1 to `count_ + freeNumbers_.size()` that are not free.
+/// The names in use, by their bytes. What equal names share is the value of an entry: it never
+/// moves, and the position of the entry gives the name its number.
 class VrfName::Table {
  public:
-  Table() = default;
-  Table(const Table&) = delete;
-  Table& operator=(const Table&) = delete;
-  ~Table() {
-    for (Interned* name : places_)
-      ::operator delete(name);
-  }
-
   /// The name with these bytes, with one user more.
   Interned* used(std::string_view bytes) {
-    if (places_.empty()) grow();
-    const unsigned hash = Mox::hashSingleAttr(0, bytes);
-    std::size_t place = hash & mask();
-    for (; places_[place] != nullptr; place = (place + 1) & mask()) {
-      Interned* name = places_[place];
-      if (name->hash != hash || name->bytes() != bytes) continue;
-      ++name->users;
-      return name;
-    }
-    if (count_ + 1 > places_.size() / 2) {
-      grow();
-      place = freePlace(hash);
-    }
-    places_[place] = made(hash, bytes);
-    if (!freeNumbers_.empty()) freeNumbers_.pop_back();
-    ++count_;
-    return places_[place];
+    const Key key(bytes, Mox::hashSingleAttr(Mox::HashHelper::hashSeed32(), bytes));
+    Interned* name = names_.find(key);
+    if (name == nullptr) name = &added(key);
+    ++name->users;
+    return name;
   }
 
-  void release(Interned* name) noexcept {
-    std::size_t place = name->hash & mask();
-    while (places_[place] != name)
-      place = (place + 1) & mask();
-    closeGap(place);
-    freeNumbers_.push_back(name->number);
-    --count_;
-    ::operator delete(name);
+  void release(const Interned& name) noexcept {
+    names_.erase(Key(name.bytes(), name.hashes.seeded));
   }
 
  private:
-  static constexpr std::size_t fewestPlaces = 16;
+  // Bytes that somebody else holds, and their hash, which is computed once.
+  class Key {
+   public:
+    Key(std::string_view bytes, unsigned seededHash) noexcept
+        : text_(bytes.data()),
+          size_(static_cast<unsigned>(bytes.size())),
+          seededHash_(seededHash) {}
 
-  Interned* made(unsigned hash, std::string_view bytes) const {
-    const unsigned number = freeNumbers_.empty() ? count_ + 1 : freeNumbers_.back();
-    void* memory = ::operator new(sizeof(Interned) + bytes.size());
-    std::memcpy(static_cast<char*>(memory) + sizeof(Interned), bytes.data(), bytes.size());
-    return new (memory) Interned{1, hash, number, static_cast<unsigned>(bytes.size())};
-  }
-
-  [[nodiscard]] std::size_t mask() const noexcept { return places_.size() - 1; }
-
-  void grow() {
-    std::vector<Interned*> old(std::max(fewestPlaces, 2 * places_.size()));
-    freeNumbers_.reserve(old.size());  // so that no name needs memory to go
-    old.swap(places_);
-    for (Interned* name : old) {
-      if (name == nullptr) continue;
-      places_[freePlace(name->hash)] = name;
+    [[nodiscard]] std::string_view bytes() const noexcept { return {text_, size_}; }
+    [[nodiscard]] unsigned seededHash() const noexcept { return seededHash_; }
+    [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
+      return scattered(seededHash_, seed);
     }
+    friend bool operator==(const Key& a, const Key& b) noexcept { return a.bytes() == b.bytes(); }
+
+   private:
+    const char* text_;
+    unsigned size_;
+    unsigned seededHash_;
+  };
+
+  // A name without users yet.
+  Interned& added(const Key& wanted) {
+    const std::string_view bytes = wanted.bytes();
+    auto text = std::make_unique_for_overwrite<char[]>(bytes.size());
+    std::memcpy(text.get(), bytes.data(), bytes.size());
+    Key key({text.get(), bytes.size()}, wanted.seededHash());
+    Interned fresh{.users = 0,
+                   .number = 0,
+                   .hashes = {wanted.seededHash(), Mox::hashSingleAttr(0, bytes)},
+                   .size = static_cast<unsigned>(bytes.size()),
+                   .text = std::move(text)};
+    const auto position = names_.insert(std::move(key), std::move(fresh)).first;
+    Interned& name = names_.value(position);
+    name.number = position + 1;
+    return name;
   }
 
-  [[nodiscard]] std::size_t freePlace(unsigned hash) const noexcept {
-    std::size_t place = hash & mask();
-    while (places_[place] != nullptr)
-      place = (place + 1) & mask();
-    return place;
-  }
-
-  void closeGap(std::size_t gap) noexcept {
-    for (std::size_t place = (gap + 1) & mask(); places_[place] != nullptr;
-         place = (place + 1) & mask()) {
-      const std::size_t home = places_[place]->hash & mask();
-      if (((place - home) & mask()) < ((place - gap) & mask())) continue;
-      places_[gap] = places_[place];
-      gap = place;
-    }
-    places_[gap] = nullptr;
-  }
-
-  std::vector<Interned*> places_;
-  std::vector<unsigned> freeNumbers_;
-  unsigned count_ = 0;
+  Mox::HashMap2018<Key, Interned, 0x5d1c83a7> names_;
 };
 
 VrfName::Table VrfName::table_;
@@ -122,12 +90,13 @@ VrfName::VrfName(std::string_view bytes) {
 }
 
 void VrfName::release(Interned* interned) noexcept {
-  table_.release(interned);
+  table_.release(*interned);
 }
 
-unsigned VrfName::hashOfEmpty() noexcept {
-  static const unsigned hash = Mox::hashSingleAttr(0, {});
-  return hash;
+const VrfName::Hashes& VrfName::hashesOfEmpty() noexcept {
+  static const Hashes hashes{Mox::hashSingleAttr(Mox::HashHelper::hashSeed32(), {}),
+                             Mox::hashSingleAttr(0, {})};
+  return hashes;
 }
 
 const VrfName& VrfName::defaultVrf() {

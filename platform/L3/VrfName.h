@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -55,15 +56,15 @@ class [[gnu::visibility("default")]] VrfName {
     return std::string(bytes());
   }
 
-  /// `Mox::hashSingleAttr(0, bytes())`, computed once per distinct name.
-  [[nodiscard]] unsigned hash() const noexcept {
-    return interned_ == nullptr ? hashOfEmpty() : interned_->hash;
-  }
-  /// That hash scattered by `seed`: what collections keyed by names use.
+  /// A hash of the bytes under the seed of the process, scattered by `seed`: what collections keyed
+  /// by names use. Nobody outside the process can choose names that collide in it.
   [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
-    Mox::Hash running(seed, 0);
-    running.hashMix(hash());
-    return running.result();
+    return scattered(hashes().seeded, seed);
+  }
+  /// `Mox::hashSingleAttr(0, bytes())`: the same in every process. Different names can be made to
+  /// have the same one.
+  [[nodiscard]] unsigned byteHash() const noexcept {
+    return hashes().ofBytes;
   }
 
   /// A small number that no other name in use has, 0 for the empty name: the index of a name in
@@ -90,15 +91,19 @@ class [[gnu::visibility("default")]] VrfName {
   }
 
  private:
-  // Followed in memory by `size` bytes.
+  // Computed once for each distinct name.
+  struct Hashes {
+    unsigned seeded;  // by the seed of the process
+    unsigned ofBytes;
+  };
+  // What equal names share.
   struct Interned {
     unsigned users;
-    unsigned hash;
     unsigned number;
+    Hashes hashes;
     unsigned size;
-    [[nodiscard]] std::string_view bytes() const noexcept {
-      return {reinterpret_cast<const char*>(this + 1), size};
-    }
+    std::unique_ptr<const char[]> text;
+    [[nodiscard]] std::string_view bytes() const noexcept { return {text.get(), size}; }
   };
   class Table;
 
@@ -106,8 +111,17 @@ class [[gnu::visibility("default")]] VrfName {
   static Table table_;
   static const VrfName default_;
 
-  static unsigned hashOfEmpty() noexcept;
+  static unsigned scattered(unsigned hash, unsigned seed) noexcept {
+    Mox::Hash running(seed, 0);
+    running.hashMix(hash);
+    return running.result();
+  }
+  static const Hashes& hashesOfEmpty() noexcept;
   static void release(Interned * interned) noexcept;
+
+  [[nodiscard]] const Hashes& hashes() const noexcept {
+    return interned_ == nullptr ? hashesOfEmpty() : interned_->hashes;
+  }
 
   Interned* interned_ = nullptr;
 };

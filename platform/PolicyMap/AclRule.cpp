@@ -31,9 +31,9 @@ unsigned AclRule::hash(unsigned seed) const noexcept {
   hash.hashMix(static_cast<std::uint32_t>(dscps >> 32));
   mix(hash, match.source);
   mix(hash, match.destination);
-  hash.hashMix(action.vrfName.hash());
-  hash.hashMix(action.fallbackVrfName.hash());
-  hash.hashMix(action.postDecapVrfName.hash());
+  hash.hashMix(action.vrfName.hash(seed));
+  hash.hashMix(action.fallbackVrfName.hash(seed));
+  hash.hashMix(action.postDecapVrfName.hash(seed));
   return hash.result();
 }
 

@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <set>
+#include <string>
 #include <type_traits>
+
+#include "tests/platform/L3/CollidingNames.h"
 
 namespace ZelVrfSelectionPolicy {
 namespace {
@@ -19,6 +24,28 @@ concept FallbackVrfIsWritable = requires(Record& record) {
 }
 || std::assignable_from<decltype(std::declval<Record&>().fallbackVrf()), L3::VrfName>;
 static_assert(!FallbackVrfIsWritable<DependentVrfInfo>, "the key is fixed at construction");
+
+// A name that counts comparisons with others.
+struct CountedName {
+  L3::VrfName name;
+  std::size_t* comparisons;
+
+  [[nodiscard]] unsigned hash(unsigned seed) const noexcept { return name.hash(seed); }
+  friend bool operator==(const CountedName& a, const CountedName& b) noexcept {
+    ++*a.comparisons;
+    return a.name == b.name;
+  }
+};
+
+// A set that finds its members as one of names does.
+template <unsigned Salt>
+Mox::HashSet2018<CountedName, Salt> countedLike(const Mox::HashSet2018<L3::VrfName, Salt>&);
+using CountedNames = decltype(countedLike(std::declval<DependentVrfInfo::DependentVrfs>()));
+
+template <unsigned Salt>
+unsigned hashIn(const Mox::HashSet2018<L3::VrfName, Salt>&, const L3::VrfName& name) {
+  return name.hash(Mox::HashHelper::hashSeed32() ^ Salt);
+}
 
 class DependentVrfInfoOfRed : public ::testing::Test {
  protected:
@@ -78,6 +105,38 @@ TEST_F(DependentVrfInfoOfRed, TheEmptyNameTheKeyAndBytesAreMembersLikeAnyOther) 
     EXPECT_TRUE(info_->dependentVrfs(name));
   }
   EXPECT_EQ(info_->dependentVrfs().count(), 4U);
+}
+
+// Their bytes have one hash, under the seed 0.
+TEST_F(DependentVrfInfoOfRed, NamesChosenToCollideHaveHashesOfTheirOwnInTheSet) {
+  constexpr unsigned count = 20000;
+  const PlatformTests::CollidingNames colliding(count);
+  for (const std::string& text : colliding.texts())
+    info_->dependentVrfsIs(text);
+  EXPECT_EQ(info_->dependentVrfs().count(), count);
+  std::set<unsigned> hashes;
+  for (const std::string& text : colliding.texts()) {
+    ASSERT_TRUE(info_->dependentVrfs(text));
+    hashes.insert(hashIn(info_->dependentVrfs(), text));
+  }
+  // Of so many random 32-bit numbers, one pair in ten runs is equal.
+  EXPECT_GE(hashes.size(), count - 5);
+}
+
+TEST_F(DependentVrfInfoOfRed, NamesChosenToCollideAreFoundByAFewComparisons) {
+  constexpr unsigned count = 20000;
+  const PlatformTests::CollidingNames colliding(count);
+  CountedNames names;
+  std::size_t comparisons = 0;
+  for (const std::string& text : colliding.texts())
+    names.insert({text, &comparisons});
+  EXPECT_LE(comparisons, 2 * count) << "to insert";
+
+  comparisons = 0;
+  for (const std::string& text : colliding.texts())
+    ASSERT_TRUE(names.has({text, &comparisons}));
+  EXPECT_GE(comparisons, count);
+  EXPECT_LE(comparisons, 3 * count) << "to find";
 }
 
 TEST_F(DependentVrfInfoOfRed, NobodyCanSubscribe) {

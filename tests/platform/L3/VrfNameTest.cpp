@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <new>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -111,6 +112,13 @@ TEST(VrfName, BuildingAnExistingOneDoesNotAllocate) {
   EXPECT_EQ(again, name);
 }
 
+TEST(VrfName, BuildingANewOneAllocatesItsBytesAlone) {
+  { const VrfName makesRoom("one that goes leaves its place to the next"); }
+  const std::size_t before = PlatformTests::allocations();
+  const VrfName name("a name that no small buffer would hold in place");
+  EXPECT_EQ(PlatformTests::allocations(), before + 1);
+}
+
 TEST(VrfName, LeavesNothingBehindWhenTheLastCopyGoes) {
   { const VrfName warmUp("the table itself stays"); }
   const std::size_t before = PlatformTests::liveAllocations();
@@ -163,17 +171,57 @@ TEST(VrfName, OrderIsStrict) {
   }
 }
 
-TEST(VrfName, HashIsThatOfItsBytes) {
+TEST(VrfName, ByteHashIsThatOfItsBytes) {
   for (const std::string& bytes :
        {std::string(), std::string("red"), std::string(100, 'x'), std::string("nul\0inside", 10)}) {
-    EXPECT_EQ(VrfName(bytes).hash(), Mox::hashSingleAttr(0, bytes)) << bytes;
+    EXPECT_EQ(VrfName(bytes).byteHash(), Mox::hashSingleAttr(0, bytes)) << bytes;
   }
 }
 
-TEST(VrfName, SeededHashDependsOnSeedAndName) {
+TEST(VrfName, HashIsThatOfItsBytesUnderTheSeedOfTheProcessScattered) {
+  for (const std::string& bytes : {std::string(), std::string("red"), std::string(100, 'x')}) {
+    for (const unsigned seed : {0U, 1U, 0xffffffffU}) {
+      Mox::Hash expected(seed, 0);
+      expected.hashMix(Mox::hashSingleAttr(Mox::HashHelper::hashSeed32(), bytes));
+      EXPECT_EQ(VrfName(bytes).hash(seed), expected.result()) << bytes << ' ' << seed;
+    }
+  }
+}
+
+TEST(VrfName, HashDependsOnSeedAndName) {
   EXPECT_EQ(VrfName("red").hash(1), VrfName("red").hash(1));
   EXPECT_NE(VrfName("red").hash(1), VrfName("red").hash(2));
   EXPECT_NE(VrfName("red").hash(1), VrfName("blue").hash(1));
+}
+
+TEST(VrfName, NumberIsZeroForTheEmptyNameAndItsOwnForAnyOther) {
+  EXPECT_EQ(VrfName().number(), 0U);
+  std::set<unsigned> numbers{0U};
+  EXPECT_TRUE(numbers.insert(VrfName::defaultVrf().number()).second);
+  std::vector<VrfName> names;
+  for (unsigned i = 0; i < 100; ++i) {
+    names.emplace_back("numbered" + std::to_string(i));
+    EXPECT_TRUE(numbers.insert(names.back().number()).second) << names.back();
+  }
+  for (const VrfName& name : names)
+    EXPECT_EQ(VrfName(name.bytes()).number(), name.number()) << name;
+}
+
+TEST(VrfName, NumberGoesToAnotherNameWhenTheLastUserHasGoneTheLatestFirst) {
+  VrfName user("passing");
+  VrfName later("passing later");
+  const unsigned number = user.number();
+  const unsigned latest = later.number();
+  VrfName lastUser = user;
+  user = VrfName();
+  const VrfName meanwhile("comes meanwhile");
+  EXPECT_NE(meanwhile.number(), number) << "it has a user";
+  lastUser = VrfName();
+  later = VrfName();
+  const VrfName first("comes first");
+  const VrfName second("comes second");
+  EXPECT_EQ(first.number(), latest);
+  EXPECT_EQ(second.number(), number);
 }
 
 TEST(VrfName, WritesItsBareBytes) {

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
 #include <vector>
 
 #include "PolicyMap/AclRule.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "tests/platform/L3/CollidingNames.h"
 
 namespace PolicyMap {
 namespace {
@@ -60,6 +62,20 @@ TEST(AclRuleHash, DependsOnEveryField) {
   for (const AclRule& rule : rules)
     hashes.insert(rule.hash(seed));
   EXPECT_EQ(hashes.size(), rules.size());
+}
+
+// The bytes of the names have one hash, under the seed 0.
+TEST(AclRuleHash, DependsOnNamesThatWereChosenToCollide) {
+  constexpr unsigned count = 100;
+  const PlatformTests::CollidingNames names(count);
+  std::set<unsigned> hashes;
+  for (const std::string& name : names.texts()) {
+    for (const RuleAction& action : {RuleAction{ActionType::decapVrf, name, {}, {}},
+                                     RuleAction{ActionType::decapVrf, "red", name, {}},
+                                     RuleAction{ActionType::decapVrf, "red", {}, name}})
+      hashes.insert(AclRule{{}, action}.hash(seed));
+  }
+  EXPECT_GE(hashes.size(), 3 * count - 1) << "chance is far below one";
 }
 
 TEST(AclRuleHash, DependsOnTheSeed) {
