@@ -57,7 +57,12 @@ void VrfSm::PrefixLensSm::onAttribute(Mox::AttributeId attributeId, const void* 
 void VrfSm::PrefixLensSm::moxDoZombieReactors(bool zombie) {
   if (isZombie() == zombie) return;
   if (notifier()) hasNotificationActiveIs(!zombie);
-  handlePrefixLen();
+  try {
+    handlePrefixLen();
+  } catch (...) {
+    zombieIs(zombie);
+    throw;
+  }
   zombieIs(zombie);
 }
 

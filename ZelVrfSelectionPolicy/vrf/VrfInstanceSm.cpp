@@ -65,7 +65,12 @@ void VrfSm::VrfInstanceSm::onAttribute(Mox::AttributeId attributeId, const void*
 void VrfSm::VrfInstanceSm::moxDoZombieReactors(bool zombie) {
   if (isZombie() == zombie) return;
   if (notifier()) hasNotificationActiveIs(!zombie);
-  handleVrfRemove();
+  try {
+    handleVrfRemove();
+  } catch (...) {
+    zombieIs(zombie);
+    throw;
+  }
   zombieIs(zombie);
 }
 

@@ -143,14 +143,15 @@ void VrfSm::vrfHwConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber
                                 short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != VrfHwConfig::vrfRefCountAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (!vrfSm.isZombie()) vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
+  if (vrfSm.ignoresChanges()) return;
+  vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
 }
 
 void VrfSm::vrfFallbackConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber* subscriber,
                                       short attributeId, const void* key, const void* /*value*/) {
   if (attributeId != FallbackVrf::fallbackVrfAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
-  if (vrfSm.isZombie()) return;
+  if (vrfSm.ignoresChanges()) return;
   vrfSm.mox_handleVrfFallbackConfig_fallbackVrf(*static_cast<const L3::VrfName*>(key));
 }
 

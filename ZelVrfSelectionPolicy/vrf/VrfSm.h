@@ -182,6 +182,9 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
       const void* key, const void* value);
   [[gnu::visibility("hidden")]] void mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf);
 
+  [[nodiscard]] bool ignoresChanges() const noexcept {
+    return isZombie() || tearingDown_;
+  }
   [[gnu::visibility("hidden")]] void subscriptionsAre(bool subscribed);
   [[gnu::visibility("hidden")]] void handleWhatIsThere();
   [[gnu::visibility("hidden")]] void tearDown() noexcept;

@@ -197,6 +197,7 @@ class HashMap2018 {
  private:
   static constexpr Position chunkSlots = 32;
   static constexpr std::size_t smallestIndex = 8;
+  static constexpr std::size_t mostKept = 16;  // of the room for withdrawn entries
   static constexpr std::size_t absent = static_cast<std::size_t>(-1);
 
   // `used` has a bit per slot; a slot without its bit holds the position of the next free one.
@@ -281,7 +282,11 @@ class HashMap2018 {
   void discardWithdrawn() noexcept {
     for (const Position at : withdrawn_)
       discard(at);
-    withdrawn_.clear();
+    if (withdrawn_.size() > mostKept) {
+      std::vector<Position>().swap(withdrawn_);
+    } else {
+      withdrawn_.clear();
+    }
   }
   void withdrawAll() {
     for (Position at = firstUsed(0, slots_); at != none; at = firstUsed(at + 1, slots_)) {
