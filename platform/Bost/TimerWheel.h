@@ -1,20 +1,17 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Bost {
 
 /// The timers of the event loop.
-class [[gnu::visibility("default")]] TimerWheel final : public Mox::Entity {
+class [[gnu::visibility("default")]] TimerWheel final : public Mox::NamedEntity<TimerWheel> {
  public:
   static constexpr Mox::Type moxType{"Bost::TimerWheel"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<TimerWheel> TimerWheelIs(const Velo::String& name) {
     return Mox::makeActivePtr<TimerWheel>(name);
-  }
-  explicit TimerWheel(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

@@ -1,20 +1,18 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Classification {
 
 /// Named sets of field values that rules match on.
-class [[gnu::visibility("default")]] FieldSetConfig final : public Mox::Entity {
+class [[gnu::visibility("default")]] FieldSetConfig final
+    : public Mox::NamedEntity<FieldSetConfig> {
  public:
   static constexpr Mox::Type moxType{"Classification::FieldSetConfig"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<FieldSetConfig> FieldSetConfigIs(const Velo::String& name) {
     return Mox::makeActivePtr<FieldSetConfig>(name);
-  }
-  explicit FieldSetConfig(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

@@ -1,20 +1,17 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Ip {
 
 /// Addresses and state of IPv4 interfaces.
-class [[gnu::visibility("default")]] Status final : public Mox::Entity {
+class [[gnu::visibility("default")]] Status final : public Mox::NamedEntity<Status> {
  public:
   static constexpr Mox::Type moxType{"Ip::Status"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<Status> StatusIs(const Velo::String& name) {
     return Mox::makeActivePtr<Status>(name);
-  }
-  explicit Status(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

@@ -1,20 +1,17 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Mirroring {
 
 /// The configured mirroring sessions.
-class [[gnu::visibility("default")]] Config final : public Mox::Entity {
+class [[gnu::visibility("default")]] Config final : public Mox::NamedEntity<Config> {
  public:
   static constexpr Mox::Type moxType{"Mirroring::Config"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<Config> ConfigIs(const Velo::String& name) {
     return Mox::makeActivePtr<Config>(name);
-  }
-  explicit Config(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

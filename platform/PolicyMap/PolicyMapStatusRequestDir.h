@@ -1,21 +1,19 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace PolicyMap {
 
 /// Requests for the status of policy maps.
-class [[gnu::visibility("default")]] PolicyMapStatusRequestDir final : public Mox::Entity {
+class [[gnu::visibility("default")]] PolicyMapStatusRequestDir final
+    : public Mox::NamedEntity<PolicyMapStatusRequestDir> {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapStatusRequestDir"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<PolicyMapStatusRequestDir> PolicyMapStatusRequestDirIs(
       const Velo::String& name) {
     return Mox::makeActivePtr<PolicyMapStatusRequestDir>(name);
-  }
-  explicit PolicyMapStatusRequestDir(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

@@ -1,20 +1,17 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace TrafficPolicy {
 
 /// What the hardware can do for traffic policies.
-class [[gnu::visibility("default")]] HwStatus final : public Mox::Entity {
+class [[gnu::visibility("default")]] HwStatus final : public Mox::NamedEntity<HwStatus> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::HwStatus"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<HwStatus> HwStatusIs(const Velo::String& name) {
     return Mox::makeActivePtr<HwStatus>(name);
-  }
-  explicit HwStatus(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

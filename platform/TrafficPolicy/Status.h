@@ -1,20 +1,19 @@
 #pragma once
 
+#include "Mox/NamedEntity.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 
 namespace TrafficPolicy {
 
 /// What became of the policy maps of traffic policies.
-class [[gnu::visibility("default")]] Status final : public PolicyMap::PolicyMapTypeStatus {
+class [[gnu::visibility("default")]] Status final
+    : public Mox::NamedEntity<Status, PolicyMap::PolicyMapTypeStatus> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::Status"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<Status> StatusIs(const Velo::String& name) {
     return Mox::makeActivePtr<Status>(name);
-  }
-  explicit Status(const Velo::String& name) noexcept : PolicyMapTypeStatus(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

@@ -1,20 +1,17 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Zel {
 
 /// The next hops that the forwarding layer asks for.
-class [[gnu::visibility("default")]] NexthopConfig final : public Mox::Entity {
+class [[gnu::visibility("default")]] NexthopConfig final : public Mox::NamedEntity<NexthopConfig> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopConfig"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<NexthopConfig> NexthopConfigIs(const Velo::String& name) {
     return Mox::makeActivePtr<NexthopConfig>(name);
-  }
-  explicit NexthopConfig(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

@@ -1,20 +1,17 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Zel {
 
 /// What became of the next hops that the forwarding layer asked for.
-class [[gnu::visibility("default")]] NexthopStatus final : public Mox::Entity {
+class [[gnu::visibility("default")]] NexthopStatus final : public Mox::NamedEntity<NexthopStatus> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopStatus"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<NexthopStatus> NexthopStatusIs(const Velo::String& name) {
     return Mox::makeActivePtr<NexthopStatus>(name);
-  }
-  explicit NexthopStatus(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 

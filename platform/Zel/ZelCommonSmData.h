@@ -1,20 +1,18 @@
 #pragma once
 
-#include "Mox/Entity.h"
+#include "Mox/NamedEntity.h"
 
 namespace Zel {
 
 /// What the state machines of the forwarding layer share.
-class [[gnu::visibility("default")]] ZelCommonSmData final : public Mox::Entity {
+class [[gnu::visibility("default")]] ZelCommonSmData final
+    : public Mox::NamedEntity<ZelCommonSmData> {
  public:
   static constexpr Mox::Type moxType{"Zel::ZelCommonSmData"};
 
+  using NamedEntity::NamedEntity;
   [[nodiscard]] static Mox::Ptr<ZelCommonSmData> ZelCommonSmDataIs(const Velo::String& name) {
     return Mox::makeActivePtr<ZelCommonSmData>(name);
-  }
-  explicit ZelCommonSmData(const Velo::String& name) noexcept : Entity(name) {}
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
   }
 };
 
