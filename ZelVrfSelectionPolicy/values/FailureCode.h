@@ -1,6 +1,8 @@
 #pragma once
 
-#include <iosfwd>
+#include <array>
+#include <ostream>
+#include <string_view>
 
 #include "Mox/CharRange.h"
 #include "Mox/EnumType.h"
@@ -18,21 +20,34 @@ enum class FailureCode : unsigned char {
   failureVrfResourceExhausted = 2,
 };
 
-/// The value with that code, or of that name; `Mox::RangeException` when there is none.
-[[nodiscard, gnu::visibility("default")]] FailureCode FailureCodeInstance(unsigned code);
-[[nodiscard, gnu::visibility("default")]] FailureCode FailureCodeInstance(const Velo::String& name);
-/// The bare name.
-[[nodiscard, gnu::visibility("default")]] Velo::String stringValue(FailureCode value);
-/// The string form, which is the name.
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const FailureCode& value);
-/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
-[[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range, FailureCode* value);
-/// Writes the name.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
-                                                        const FailureCode& value);
+/// The names by code.
+inline constexpr std::array<std::string_view, 3> failureCodeNames{
+    "failureNone", "failureVrfResourceAlloc", "failureVrfResourceExhausted"};
+inline constexpr Mox::EnumType<FailureCode> failureCodes("ZelVrfSelectionPolicy::FailureCode",
+                                                         failureCodeNames);
 
-/// The enumeration's names.
-[[nodiscard,
-  gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(FailureCode);
+/// The value with that code, or of that name; `Mox::RangeException` when there is none.
+[[nodiscard]] inline FailureCode FailureCodeInstance(unsigned code) {
+  return failureCodes.value(code);
+}
+[[nodiscard]] inline FailureCode FailureCodeInstance(const Velo::String& name) {
+  return failureCodes.value(name.bytes());
+}
+/// The bare name.
+[[nodiscard]] inline Velo::String stringValue(FailureCode value) {
+  return failureCodes.name(value);
+}
+/// The string form, which is the name.
+[[nodiscard]] inline Velo::String valueToStrep(const FailureCode& value) {
+  return failureCodes.name(value);
+}
+/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
+inline void sequenceToValue(Mox::CharRange& range, FailureCode* value) {
+  *value = failureCodes.read(range);
+}
+/// Writes the name.
+inline std::ostream& operator<<(std::ostream& stream, const FailureCode& value) {
+  return stream << failureCodes.name(value);
+}
 
 }  // namespace ZelVrfSelectionPolicy

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <iosfwd>
+#include <array>
+#include <ostream>
+#include <string_view>
 
 #include "Mox/CharRange.h"
 #include "Mox/EnumType.h"
@@ -16,24 +18,34 @@ enum class ProgrammingResult : unsigned char {
   programmingFailure = 1,
 };
 
-/// The value with that code, or of that name; `Mox::RangeException` when there is none.
-[[nodiscard, gnu::visibility("default")]] ProgrammingResult ProgrammingResultInstance(
-    unsigned code);
-[[nodiscard, gnu::visibility("default")]] ProgrammingResult ProgrammingResultInstance(
-    const Velo::String& name);
-/// The bare name.
-[[nodiscard, gnu::visibility("default")]] Velo::String stringValue(ProgrammingResult value);
-/// The string form, which is the name.
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const ProgrammingResult& value);
-/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
-[[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range,
-                                                    ProgrammingResult* value);
-/// Writes the name.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
-                                                        const ProgrammingResult& value);
+/// The names by code.
+inline constexpr std::array<std::string_view, 2> programmingResultNames{"programmedInHw",
+                                                                        "programmingFailure"};
+inline constexpr Mox::EnumType<ProgrammingResult> programmingResults(
+    "ZelVrfSelectionPolicy::ProgrammingResult", programmingResultNames);
 
-/// The enumeration's names.
-[[nodiscard,
-  gnu::visibility("default")]] const Mox::EnumType<unsigned char>& enumTypeOf(ProgrammingResult);
+/// The value with that code, or of that name; `Mox::RangeException` when there is none.
+[[nodiscard]] inline ProgrammingResult ProgrammingResultInstance(unsigned code) {
+  return programmingResults.value(code);
+}
+[[nodiscard]] inline ProgrammingResult ProgrammingResultInstance(const Velo::String& name) {
+  return programmingResults.value(name.bytes());
+}
+/// The bare name.
+[[nodiscard]] inline Velo::String stringValue(ProgrammingResult value) {
+  return programmingResults.name(value);
+}
+/// The string form, which is the name.
+[[nodiscard]] inline Velo::String valueToStrep(const ProgrammingResult& value) {
+  return programmingResults.name(value);
+}
+/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
+inline void sequenceToValue(Mox::CharRange& range, ProgrammingResult* value) {
+  *value = programmingResults.read(range);
+}
+/// Writes the name.
+inline std::ostream& operator<<(std::ostream& stream, const ProgrammingResult& value) {
+  return stream << programmingResults.name(value);
+}
 
 }  // namespace ZelVrfSelectionPolicy

@@ -21,7 +21,7 @@ std::string strep(const VrfAction& action) {
   text += ", 'postDecapVrfName': ";
   Mox::appendQuoted(text, action.postDecapVrfName().bytes());
   text += ", 'action': ";
-  text += PolicyMap::actionTypeNames().name(static_cast<unsigned char>(action.action()));
+  text += PolicyMap::actionTypes.name(action.action());
   text += "})";
   return text;
 }

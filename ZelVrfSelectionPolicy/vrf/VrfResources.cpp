@@ -53,9 +53,8 @@ void VrfResources::create(const VrfAction& action) {
     const Calls::Scope creation(statuses_->calls_, action, ResourceCall::Kind::creation);
     const HwStatus outcome = helper_->createVrf(action);
     if (outcome.status() == ProgrammingResult::programmingFailure) {
-      const FailureCode reason = outcome.failureReason();
       vrfSmMessages.createFailed(action.vrfName().bytes(),
-                                 enumTypeOf(reason).name(static_cast<unsigned char>(reason)));
+                                 failureCodes.name(outcome.failureReason()));
     }
     statuses_->hwStatusIs(action, outcome);
     countChanged = creation->countChanged;

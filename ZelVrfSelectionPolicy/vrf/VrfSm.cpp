@@ -187,9 +187,9 @@ void VrfSm::handleDecapNh() {
   const Mox::Ptr<VrfSm> alive(this);
   vrfSmMessages.decapNh(decapNhFlag());
   resources_->updateAll([](const VrfAction& action) {
-    const auto code = static_cast<unsigned char>(action.action());
+    const PolicyMap::ActionType type = action.action();
     vrfSmMessages.decapNhAction(
-        Duolog::Argument(unsigned{code}, PolicyMap::actionTypeNames().name(code)));
+        Duolog::Argument(static_cast<unsigned>(type), PolicyMap::actionTypes.name(type)));
   });
 }
 

@@ -1,26 +1,28 @@
 #pragma once
 
+#include <concepts>
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
 
 namespace Mox {
 
-/// An enumeration whose values have names; its codes are the places in its table of names.
+template <class Value>
+class EnumType;
+
+/// The codes of an enumeration whose values have names: the places in its table of names.
 ///
 /// A code beyond the table, which no value of the enumeration has but a bad cast may make, prints
 /// as a decimal number and is refused everywhere else.
 ///
 ///     constexpr std::array<std::string_view, 2> names{"off", "on"};
-///     constexpr Mox::EnumType<unsigned char> switchType("Lamp::Switch", names);
-///     switchType.name(1);          // "on"
-///     switchType.code("off");      // 0
-template <class Code>
-class EnumType;
-
+///     constexpr Mox::EnumType<unsigned char> switchCodes("Lamp::Switch", names);
+///     switchCodes.name(1);          // "on"
+///     switchCodes.code("off");      // 0
 template <>
 class [[gnu::visibility("default")]] EnumType<unsigned char> {
  public:
@@ -51,6 +53,32 @@ class [[gnu::visibility("default")]] EnumType<unsigned char> {
 
   std::string_view typeName_;
   std::span<const std::string_view> names_;
+};
+
+/// The same by the values of an enumeration of one byte.
+///
+///     constexpr Mox::EnumType<Lamp::Switch> switches("Lamp::Switch", names);
+///     switches.name(Lamp::Switch::on);      // "on"
+///     switches.value("off");                // Lamp::Switch::off
+template <class Value>
+class EnumType : private EnumType<unsigned char> {
+  using Codes = EnumType<unsigned char>;
+  static_assert(std::same_as<std::underlying_type_t<Value>, unsigned char>);
+
+ public:
+  using Codes::Codes;
+  using Codes::names;
+  using Codes::typeName;
+
+  /// The name of `value`.
+  [[nodiscard]] std::string_view name(Value value) const noexcept {
+    return Codes::name(static_cast<unsigned char>(value));
+  }
+  /// The value with that code, or of that name; `RangeException` when there is none.
+  [[nodiscard]] Value value(unsigned code) const { return Value{Codes::code(code)}; }
+  [[nodiscard]] Value value(std::string_view name) const { return Value{Codes::code(name)}; }
+  /// Consumes a name from `range` and gives its value; `RangeException` when it is none.
+  [[nodiscard]] Value read(CharRange& range) const { return Value{Codes::read(range)}; }
 };
 
 }  // namespace Mox

@@ -10,7 +10,7 @@
 #include "Mox/Strep.h"
 
 // What the tables of operations on value types are made of: `recordOperations` for a record,
-// `enumerationOperations` for an enumeration, `simpleOperations` for what has no parts.
+// `simpleOperations` for what has no parts. An enumeration has `enumerationReflection` as a whole.
 //
 //     constexpr Mox::ValueOperations operations =
 //         Mox::recordOperations<VrfAction, L3::VrfName, PolicyMap::ActionType>();
@@ -71,27 +71,26 @@ void* constructed(const Arguments& arguments) {
                     arguments.as<std::tuple<Parameters...>>());
 }
 
-template <class T, auto names>
+template <class T, const EnumType<T>& enumeration>
 T named(const Arguments& arguments) {
   arguments.needCount(1);
-  const bool isCode = arguments.holds<unsigned>(0);
-  return isCode ? T{names().code(arguments.at<unsigned>(0))}
-                : T{names().code(arguments.at<Velo::String>(0).bytes())};
+  return arguments.holds<unsigned>(0) ? enumeration.value(arguments.at<unsigned>(0))
+                                      : enumeration.value(arguments.at<Velo::String>(0).bytes());
 }
-template <class T, auto names>
+template <class T, const EnumType<T>& enumeration>
 void* enumerator(const Arguments& arguments) {
-  return arguments.count() == 0 ? new T() : new T(named<T, names>(arguments));
+  return arguments.count() == 0 ? new T() : new T(named<T, enumeration>(arguments));
 }
-template <class T, auto names>
+template <class T, const EnumType<T>& enumeration>
 void* parsedName(std::string_view text) {
   CharRange range(text);
-  auto value = std::make_unique<T>(T{names().read(range)});
+  auto value = std::make_unique<T>(enumeration.read(range));
   range.needEnd();
   return value.release();
 }
-template <auto names>
+template <class T, const EnumType<T>& enumeration>
 std::span<const std::string_view> allNames() {
-  return names().names();
+  return enumeration.names();
 }
 
 // What every type of values has in common, with its own ways in.
@@ -127,12 +126,16 @@ template <class Record, class... Parameters>
   return operations;
 }
 
-/// The operations on an enumeration, which is made of a code or a name. `names` is the function
-/// that gives its `EnumType`.
-template <class Enumeration, auto names>
-[[nodiscard]] constexpr ValueOperations enumerationOperations() {
-  return Values::operations<Enumeration>(&Values::enumerator<Enumeration, names>,
-                                         &Values::parsedName<Enumeration, names>);
-}
+/// The operations on the values of `enumeration`, each made of a code or a name.
+template <class T, const EnumType<T>& enumeration>
+inline constexpr ValueOperations enumerationOperations =
+    Values::operations<T>(&Values::enumerator<T, enumeration>, &Values::parsedName<T, enumeration>);
+
+/// All that can be done with them by name and number.
+template <class T, const EnumType<T>& enumeration>
+inline constexpr Reflection enumerationReflection{
+    .value = &enumerationOperations<T, enumeration>,
+    .names = &Values::allNames<T, enumeration>,
+};
 
 }  // namespace Mox

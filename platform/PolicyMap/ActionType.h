@@ -1,6 +1,8 @@
 #pragma once
 
-#include <iosfwd>
+#include <array>
+#include <ostream>
+#include <string_view>
 
 #include "Mox/AnyValue.h"
 #include "Mox/CharRange.h"
@@ -21,20 +23,35 @@ enum class ActionType : unsigned char {
   discard = 3,
 };
 
+/// The names by code.
+inline constexpr std::array<std::string_view, 4> actionTypeNames{"actionNone", "actionVrf",
+                                                                 "actionDecapVrf", "actionDiscard"};
+inline constexpr Mox::EnumType<ActionType> actionTypes("PolicyMap::ActionType", actionTypeNames);
 [[gnu::visibility("default")]] extern const Mox::Type actionTypeType;
 
-/// The names of the action types.
-[[nodiscard, gnu::visibility("default")]] const Mox::EnumType<unsigned char>& actionTypeNames();
-
-/// The action type with that code, or of that name; `Mox::RangeException` when there is none.
-[[nodiscard, gnu::visibility("default")]] ActionType ActionTypeInstance(unsigned code);
-[[nodiscard, gnu::visibility("default")]] ActionType ActionTypeInstance(const Velo::String& name);
-[[nodiscard, gnu::visibility("default")]] Velo::String stringValue(ActionType type);
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const ActionType& type);
-/// Reads a name; `Mox::RangeException` when it is none of an action type.
-[[nodiscard, gnu::visibility("default")]] ActionType sequenceToValue(Mox::CharRange& range);
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
-                                                        const ActionType& type);
+/// The value with that code, or of that name; `Mox::RangeException` when there is none.
+[[nodiscard]] inline ActionType ActionTypeInstance(unsigned code) {
+  return actionTypes.value(code);
+}
+[[nodiscard]] inline ActionType ActionTypeInstance(const Velo::String& name) {
+  return actionTypes.value(name.bytes());
+}
+/// The bare name.
+[[nodiscard]] inline Velo::String stringValue(ActionType value) {
+  return actionTypes.name(value);
+}
+/// The string form, which is the name.
+[[nodiscard]] inline Velo::String valueToStrep(const ActionType& value) {
+  return actionTypes.name(value);
+}
+/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
+[[nodiscard]] inline ActionType sequenceToValue(Mox::CharRange& range) {
+  return actionTypes.read(range);
+}
+/// Writes the name.
+inline std::ostream& operator<<(std::ostream& stream, const ActionType& value) {
+  return stream << actionTypes.name(value);
+}
 
 }  // namespace PolicyMap
 

@@ -15,6 +15,9 @@ namespace {
 constexpr std::array<std::string_view, 3> names{"off", "on", "dimmed"};
 constexpr EnumType<unsigned char> switchType("Lamp::Switch", names);
 
+enum class Switch : unsigned char { off, on, dimmed };
+constexpr EnumType<Switch> switches("Lamp::Switch", names);
+
 // What the range exception of `call` says; empty when there is none.
 template <class Call>
 std::string refusal(Call call) {
@@ -87,6 +90,32 @@ TEST(EnumType, ReadsWholeNamesOnly) {
     EXPECT_THROW(static_cast<void>(switchType.read(range)), RangeException) << text;
     EXPECT_EQ(range.rest(), text);
   }
+}
+
+TEST(EnumTypeOfValues, HasTheSameNames) {
+  EXPECT_EQ(switches.typeName(), "Lamp::Switch");
+  EXPECT_EQ(switches.names().data(), names.data());
+  EXPECT_EQ(switches.name(Switch::off), "off");
+  EXPECT_EQ(switches.name(Switch::dimmed), "dimmed");
+  EXPECT_EQ(switches.name(Switch{3}), "3");
+}
+
+TEST(EnumTypeOfValues, GivesTheValueOfACodeOrAName) {
+  EXPECT_EQ(switches.value(2), Switch::dimmed);
+  EXPECT_EQ(switches.value("on"), Switch::on);
+}
+
+TEST(EnumTypeOfValues, RefusesWhatItDoesNotHaveInTheSameWords) {
+  EXPECT_EQ(refusal([] { return switches.value(256); }),
+            refusal([] { return switchType.code(256U); }));
+  EXPECT_EQ(refusal([] { return switches.value("On"); }),
+            "no Lamp::Switch has the name 'On', expected off, on or dimmed");
+}
+
+TEST(EnumTypeOfValues, ReadsANameFromARange) {
+  CharRange range("dimmed, next");
+  EXPECT_EQ(switches.read(range), Switch::dimmed);
+  EXPECT_EQ(range.rest(), ", next");
 }
 
 }  // namespace
