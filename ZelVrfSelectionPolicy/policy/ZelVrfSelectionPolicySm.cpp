@@ -137,50 +137,45 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
     const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus) {
   const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
   constexpr bool compileOnly = false;
+  const TrafficPolicy::TrafficPolicyInputs wanted{intfConfig,
+                                                  policyConfig,
+                                                  classTypeConfig,
+                                                  statusRequestDir,
+                                                  status,
+                                                  aclConfig,
+                                                  fieldSetConfig,
+                                                  lagConfig,
+                                                  ipConfig,
+                                                  ip6Config,
+                                                  ipStatus,
+                                                  ip6Status,
+                                                  routingVrfInfoDir,
+                                                  routing6VrfInfoDir,
+                                                  aclHelper,
+                                                  allowMgmtIntf,
+                                                  compileOnly,
+                                                  nexthopConfig,
+                                                  nexthopStatus,
+                                                  timerWheel,
+                                                  nexthopGroupConfig,
+                                                  nexthopGroupStatus,
+                                                  mirroringHwConfig,
+                                                  sflowIntfCollector,
+                                                  udfConfig,
+                                                  zcsd,
+                                                  bgpNeighborConfigDir,
+                                                  expandAllRulesByVrf,
+                                                  permitFragment,
+                                                  expandNeighborsWhenNonPresent,
+                                                  trafficPolicyHwStatus};
   if (Mox::Ptr<ZelTrafficPolicySm> present = policySm_) {
     present->allowL2IntfIs(allowL2Intf);
-    const TrafficPolicy::TrafficPolicyInputs wanted{intfConfig,
-                                                    policyConfig,
-                                                    classTypeConfig,
-                                                    statusRequestDir,
-                                                    status,
-                                                    aclConfig,
-                                                    fieldSetConfig,
-                                                    lagConfig,
-                                                    ipConfig,
-                                                    ip6Config,
-                                                    ipStatus,
-                                                    ip6Status,
-                                                    routingVrfInfoDir,
-                                                    routing6VrfInfoDir,
-                                                    aclHelper,
-                                                    allowMgmtIntf,
-                                                    compileOnly,
-                                                    nexthopConfig,
-                                                    nexthopStatus,
-                                                    timerWheel,
-                                                    nexthopGroupConfig,
-                                                    nexthopGroupStatus,
-                                                    mirroringHwConfig,
-                                                    sflowIntfCollector,
-                                                    udfConfig,
-                                                    zcsd,
-                                                    bgpNeighborConfigDir,
-                                                    expandAllRulesByVrf,
-                                                    permitFragment,
-                                                    expandNeighborsWhenNonPresent,
-                                                    trafficPolicyHwStatus};
     if (policySm_ == present && present->inputs() == wanted) return present;
   }
   policySmSubscriptionIs(false);
   PauseScope pause(policySm_);
-  Mox::Ptr<ZelTrafficPolicySm> created = ZelTrafficPolicySm::ZelTrafficPolicySmIs(
-      intfConfig, policyConfig, classTypeConfig, statusRequestDir, status, aclConfig,
-      fieldSetConfig, lagConfig, ipConfig, ip6Config, ipStatus, ip6Status, routingVrfInfoDir,
-      routing6VrfInfoDir, aclHelper, allowL2Intf, allowMgmtIntf, compileOnly, nexthopConfig,
-      nexthopStatus, timerWheel, nexthopGroupConfig, nexthopGroupStatus, mirroringHwConfig,
-      sflowIntfCollector, udfConfig, zcsd, bgpNeighborConfigDir, expandAllRulesByVrf,
-      permitFragment, expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
+  Mox::Ptr<ZelTrafficPolicySm> created =
+      ZelTrafficPolicySm::ZelTrafficPolicySmIs(wanted, allowL2Intf);
   Mox::Ptr<ZelTrafficPolicySm> replaced = policySmDel();  // unless bound meanwhile, the old one
   pause.end();
   policySm_ = created;

@@ -65,6 +65,9 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
       const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
       bool permitFragment, bool expandNeighborsWhenNonPresent,
       const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus);
+  /// The same on inputs that are together already.
+  [[nodiscard]] static Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySmIs(
+      const TrafficPolicyInputs& inputs, bool allowL2Intf);
   /// Use `ZelTrafficPolicySmIs`. Reads nothing from the inputs.
   ZelTrafficPolicySm(const TrafficPolicyInputs& inputs, bool allowL2Intf) noexcept;
   ~ZelTrafficPolicySm() override;

@@ -159,6 +159,13 @@ TEST_P(EachPolicyInput, IsPassedThroughAsAllTheOthersAre) {
   EXPECT_FALSE(second->allowL2Intf());
 }
 
+TEST_P(EachPolicyInput, IsTakenInItsPlaceByTheCreatorOfTheMachine) {
+  GetParam().apply(arguments_);
+  const auto machine = arguments_.machine();
+  EXPECT_TRUE(machine->inputs() == arguments_.inputs());
+  EXPECT_FALSE(machine->allowL2Intf());
+}
+
 TEST_P(EachPolicyInput, ChangedBackGivesAnotherNewMachine) {
   const PolicySmArguments before = arguments_;
   GetParam().apply(arguments_);

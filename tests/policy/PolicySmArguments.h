@@ -65,7 +65,19 @@ struct PolicySmArguments {
         expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
   }
 
-  /// What that machine reports to have been built with.
+  /// A traffic-policy machine of its own on these arguments.
+  [[nodiscard]] Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> machine() const {
+    constexpr bool compileOnly = false;
+    return TrafficPolicy::ZelTrafficPolicySm::ZelTrafficPolicySmIs(
+        intfConfig, policyConfig, classTypeConfig, statusRequestDir, status, aclConfig,
+        fieldSetConfig, lagConfig, ipConfig, ip6Config, ipStatus, ip6Status, routingVrfInfoDir,
+        routing6VrfInfoDir, aclHelper, allowL2Intf, allowMgmtIntf, compileOnly, nexthopConfig,
+        nexthopStatus, timerWheel, nexthopGroupConfig, nexthopGroupStatus, mirroringHwConfig,
+        sflowIntfCollector, udfConfig, zcsd, bgpNeighborConfigDir, expandAllRulesByVrf,
+        permitFragment, expandNeighborsWhenNonPresent, trafficPolicyHwStatus);
+  }
+
+  /// What such a machine reports to have been built with.
   [[nodiscard]] TrafficPolicy::TrafficPolicyInputs inputs() const {
     TrafficPolicy::TrafficPolicyInputs inputs;
     inputs.intfConfig = intfConfig;
