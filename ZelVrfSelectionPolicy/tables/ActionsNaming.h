@@ -19,10 +19,12 @@ class VrfHwStatus::ActionsNaming {
   /// Goes on to the next action; false at the end.
   [[nodiscard]] bool advance() noexcept {
     at_ = walk_.next();
-    return at_ != HwStatuses::none;
+    if (at_ == HwStatuses::none) return false;
+    action_ = &statuses_.hwStatus_.key(at_);
+    return true;
   }
   /// The action that it stands on, valid as long as the walk, whatever becomes of its entry.
-  [[nodiscard]] const VrfAction& action() const noexcept { return statuses_.hwStatus_.key(at_); }
+  [[nodiscard]] const VrfAction& action() const noexcept { return *action_; }
   /// Stores `status` for it, unless its entry has been removed meanwhile. As
   /// `VrfHwStatus::hwStatusIs`, without a search.
   void hwStatusIs(const HwStatus& status) {
@@ -34,6 +36,7 @@ class VrfHwStatus::ActionsNaming {
   HwStatuses::Pin pin_;
   ActionsByVrf::Walk walk_;
   HwStatuses::Position at_ = HwStatuses::none;
+  const VrfAction* action_ = nullptr;  // at that position
 };
 
 }  // namespace ZelVrfSelectionPolicy

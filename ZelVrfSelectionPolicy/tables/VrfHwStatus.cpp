@@ -25,8 +25,7 @@ void VrfHwStatus::hwStatusIs(const VrfAction& action, const HwStatus& status) {
   notify(at, &status);
 }
 
-void VrfHwStatus::presentIs(HwStatuses::Position at, const HwStatus& status) {
-  if (hwStatus_.value(at) == status) return;
+void VrfHwStatus::changeTo(HwStatuses::Position at, const HwStatus& status) {
   hwStatus_.value(at) = status;
   notify(at, &status);
 }

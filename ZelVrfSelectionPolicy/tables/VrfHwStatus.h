@@ -65,7 +65,10 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   using ResourceCalls = Velo::ScopeStack<ResourceCall>;
 
   [[gnu::visibility("hidden")]] VrfHwStatus();
-  [[gnu::visibility("hidden")]] void presentIs(HwStatuses::Position at, const HwStatus& status);
+  void presentIs(HwStatuses::Position at, const HwStatus& status) {
+    if (!(hwStatus_.value(at) == status)) changeTo(at, status);
+  }
+  [[gnu::visibility("hidden")]] void changeTo(HwStatuses::Position at, const HwStatus& status);
   [[gnu::visibility("hidden")]] void notify(HwStatuses::Position at, const HwStatus* status);
 
   HwStatuses hwStatus_;

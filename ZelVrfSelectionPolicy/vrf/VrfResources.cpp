@@ -26,13 +26,14 @@ constexpr const char* handler =
 
 }  // namespace
 
-void VrfResources::handleRefCountChange(const VrfAction& vrfAction) {
-  if (ResourceCall* underWay = creationOrDeletion(vrfAction)) {
+void VrfResources::handleRefCountChange(const VrfAction& action) {
+  if (ResourceCall* underWay = creationOrDeletion(action)) {
     underWay->countChanged = true;
     return;
   }
-  // A copy, since what follows may delete the entry whose key the caller passed.
-  const VrfAction action = vrfAction;
+  // The caller may have passed the key of an entry that is deleted in what follows.
+  const VrfHwConfig::VrfRefCounts::Pin users(users_->vrfRefCount_);
+  const VrfHwStatus::HwStatuses::Pin statuses(statuses_->hwStatus_);
   const unsigned count = users_->vrfRefCount(action);
   const bool isCreated = statuses_->hwStatusHas(action);
   if (count == 0) {
@@ -106,6 +107,7 @@ bool VrfResources::anotherEndedIt() const noexcept {
 // resource which is gone, and is not stored.
 void VrfResources::update(const VrfAction& vrfAction) {
   if (isBeingDeleted(vrfAction)) return;
+  // A copy, since the caller may have passed the key of an entry that is deleted in what follows.
   const VrfAction action = vrfAction;
   const Calls::Scope update(statuses_->calls_, action, ResourceCall::Kind::update);
   vrfSmMessages.updating(action.vrfName().bytes());
@@ -115,11 +117,13 @@ void VrfResources::update(const VrfAction& vrfAction) {
 
 void VrfResources::updateNaming(const L3::VrfName& vrfName) {
   vrfSmMessages.updatingAll(vrfName.bytes());
+  VrfHelper& helper = *helper_;
   VrfHwStatus::ActionsNaming actions(*statuses_, vrfName);
   while (actions.advance()) {
-    if (isBeingDeleted(actions.action())) continue;
+    const VrfAction& action = actions.action();
+    if (isBeingDeleted(action)) continue;
     vrfSmMessages.updatingOneOfAll(vrfName.bytes());
-    actions.hwStatusIs(helper_->updateVrf(actions.action()));
+    actions.hwStatusIs(helper.updateVrf(action));
   }
 }
 
