@@ -16,6 +16,7 @@
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "ZelVrfSelectionPolicy/values/ProgrammingResult.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
+#include "ZelVrfSelectionPolicy/vrf/PrefixLensSm.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
 

@@ -127,9 +127,10 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
   Mox::Ptr<VrfSm> vrfSmDel();
 
  private:
-  static void policySmDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
-                               short attributeId, const void* key, const void* value);
-  void policySmSubscriptionIs(bool subscribed);
+  [[gnu::visibility("hidden")]] static void policySmDispatch(
+      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
+      const void* key, const void* value);
+  [[gnu::visibility("hidden")]] void policySmSubscriptionIs(bool subscribed);
 
   // In the order of declaration that destruction reverses.
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> policyHelper_;

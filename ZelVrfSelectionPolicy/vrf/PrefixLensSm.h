@@ -40,7 +40,8 @@ class [[gnu::visibility("default")]] VrfSm::PrefixLensSm : public Mox::PtrInterf
 
  protected:
   /// Runs `handleInitialized`.
-  PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm, const PrefixLensMessages& messages);
+  [[gnu::visibility("hidden")]] PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm,
+                                             const PrefixLensMessages& messages);
 
  private:
   [[nodiscard, gnu::visibility("hidden")]] Velo::String name() const noexcept;

@@ -49,7 +49,7 @@ class [[gnu::visibility("default")]] EnumType<unsigned char> {
   [[nodiscard]] unsigned char read(CharRange & range) const;
 
  private:
-  [[nodiscard]] std::string allNames() const;
+  [[nodiscard, gnu::visibility("hidden")]] std::string allNames() const;
 
   std::string_view typeName_;
   std::span<const std::string_view> names_;

@@ -52,9 +52,9 @@ class [[gnu::visibility("default")]] Slab {
   };
   using Page = std::unique_ptr<std::byte[]>;
 
-  void addPage();
-  void putOnFreeList(const Page& page) noexcept;
-  void keepOnePage() noexcept;
+  [[gnu::visibility("hidden")]] void addPage();
+  [[gnu::visibility("hidden")]] void putOnFreeList(const Page& page) noexcept;
+  [[gnu::visibility("hidden")]] void keepOnePage() noexcept;
 
   std::string typeName_;
   std::size_t blockSize_;

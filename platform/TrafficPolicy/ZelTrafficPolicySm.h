@@ -106,32 +106,38 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
     [[nodiscard]] bool isComplete() const noexcept { return rules.size() == programmed; }
   };
 
-  static void intfConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
-                                 short attributeId, const void* key, const void* value);
-  static void policyConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
-                                   short attributeId, const void* key, const void* value);
-  static void classTypeConfigDispatch(Velo::Publisher * publisher, Velo::Subscriber * subscriber,
-                                      short attributeId, const void* key, const void* value);
-  void subscriptionsAre(bool subscribed);
-  void handleAllowL2Intf() override;
-  void policyMapChanged(const Velo::String& policyMap);
-  void takeOver();
+  [[gnu::visibility("hidden")]] static void intfConfigDispatch(
+      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
+      const void* key, const void* value);
+  [[gnu::visibility("hidden")]] static void policyConfigDispatch(
+      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
+      const void* key, const void* value);
+  [[gnu::visibility("hidden")]] static void classTypeConfigDispatch(
+      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
+      const void* key, const void* value);
+  [[gnu::visibility("hidden")]] void subscriptionsAre(bool subscribed);
+  [[gnu::visibility("hidden")]] void handleAllowL2Intf() override;
+  [[gnu::visibility("hidden")]] void policyMapChanged(const Velo::String& policyMap);
+  [[gnu::visibility("hidden")]] void takeOver();
 
   [[nodiscard]] bool isFollowing() const noexcept {
     return hasNotificationActive() && !paused_;
   }
-  void synchronize();
-  [[nodiscard]] bool isBehind() const noexcept;
-  void synchronizeNext();
-  void synchronizeIntfs(const std::set<Velo::String>& intfs);
-  void synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps);
-  [[nodiscard]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
-  [[nodiscard]] PolicyMap::PolicyStatus policyStatus(const Velo::String& policyMap) const;
-  [[nodiscard]] WantedRules wantedRules(const Velo::String& intf) const;
-  void program(std::vector<WantedRules> & wanted);
-  void writeIntfStatus(const WantedRules& wanted);
-  void writeRuleStatuses(const std::vector<PolicyMap::RuleKey>& before, const WantedRules& wanted);
-  [[nodiscard]] bool isProgrammed() const noexcept;
+  [[gnu::visibility("hidden")]] void synchronize();
+  [[nodiscard, gnu::visibility("hidden")]] bool isBehind() const noexcept;
+  [[gnu::visibility("hidden")]] void synchronizeNext();
+  [[gnu::visibility("hidden")]] void synchronizeIntfs(const std::set<Velo::String>& intfs);
+  [[gnu::visibility("hidden")]] void synchronizePolicyStatuses(
+      const std::set<Velo::String>& policyMaps);
+  [[nodiscard, gnu::visibility("hidden")]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
+  [[nodiscard, gnu::visibility("hidden")]] PolicyMap::PolicyStatus policyStatus(
+      const Velo::String& policyMap) const;
+  [[nodiscard, gnu::visibility("hidden")]] WantedRules wantedRules(const Velo::String& intf) const;
+  [[gnu::visibility("hidden")]] void program(std::vector<WantedRules> & wanted);
+  [[gnu::visibility("hidden")]] void writeIntfStatus(const WantedRules& wanted);
+  [[gnu::visibility("hidden")]] void writeRuleStatuses(
+      const std::vector<PolicyMap::RuleKey>& before, const WantedRules& wanted);
+  [[nodiscard, gnu::visibility("hidden")]] bool isProgrammed() const noexcept;
 
   const TrafficPolicyInputs inputs_;
   bool ready_ = false;
