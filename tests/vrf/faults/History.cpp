@@ -13,12 +13,6 @@ VrfAction actionOf(const std::string& vrf, const std::string& fallback = "",
   return action;
 }
 
-std::string numbered(const char* name, unsigned number) {
-  std::string text(name);
-  text += std::to_string(number);
-  return text;
-}
-
 class Steps {
  public:
   void add(std::string name, std::function<void(World&)> work) {
@@ -157,16 +151,6 @@ void switchOffAndOn(Steps& steps) {
   steps.request("no zombie", [](World& world) { world.top->vrfSm()->moxDoZombieReactors(false); });
 }
 
-// A count that its machine has not seen rise, and that becomes 1 later.
-void countInSilence(Steps& steps) {
-  steps.add("machine silent",
-            [](World& world) { world.top->vrfSm()->hasNotificationActiveIs(false); });
-  steps.users(0, actionOf("late", "red", "violet"));
-  steps.add("machine speaks",
-            [](World& world) { world.top->vrfSm()->hasNotificationActiveIs(true); });
-  steps.raised(actionOf("late", "red", "violet"));
-}
-
 // Two machines on the same tables follow everything but the end of an action, of which only one may
 // be told.
 void workBeside(Steps& steps) {
@@ -181,48 +165,10 @@ void workBeside(Steps& steps) {
   steps.add("together is no longer", [](World& world) { world.routes->vrfStatusDel("together"); });
 }
 
-void fill(Steps& steps) {
-  for (unsigned i = 0; i < 34; ++i) {
-    steps.raised(actionOf(numbered("vrf", i), "red", i % 2 == 0 ? numbered("decap", i) : ""));
-  }
-  for (unsigned i = 0; i < 34; ++i)
-    steps.fallback(numbered("vrf", i), i < 17 ? "red" : numbered("vrf", i - 17));
-  for (unsigned i = 0; i < 34; ++i)
-    steps.status(numbered("vrf", i));
-  for (unsigned i = 0; i < 34; ++i) {
-    steps.add("IPv4 prefix lengths of " + numbered("vrf", i),
-              [=](World& world) { world.routes->vrfPrefixLensInExactMatchIs(numbered("vrf", i)); });
-  }
-}
-
 void rebuild(Steps& steps) {
   steps.add("the same machine", [](World& world) { world.build(); });
   steps.add("another machine", [](World& world) { world.build(1); });
   steps.add("back again", [](World& world) { world.build(); });
-}
-
-void bindPolicies(Steps& steps) {
-  steps.add("mounts", [](World& world) { world.mount(); });
-  steps.add("policies", [](World& world) { world.bindPolicy(false); });
-  steps.add("other policies", [](World& world) { world.bindPolicy(true); });
-  steps.add("no policies", [](World& world) { world.top->policySmDel(); });
-}
-
-void watch(Steps& steps) {
-  for (std::size_t watcher = 0; watcher < 6; ++watcher) {
-    steps.add("watcher " + std::to_string(watcher),
-              [=](World& world) { world.subscribe(watcher); });
-  }
-  steps.add("fewer watchers", [](World& world) { world.unsubscribe(2); });
-}
-
-void writeOutcome(Steps& steps) {
-  steps.add("the outcome of red from outside", [](World& world) {
-    HwStatus status;
-    status.statusIs(ProgrammingResult::programmingFailure);
-    status.failureDescriptionIs("written by somebody else");
-    world.statuses->hwStatusIs(actionOf("red"), status);
-  });
 }
 
 void callHandlers(Steps& steps) {
@@ -240,54 +186,7 @@ void callHandlers(Steps& steps) {
             [](World& world) { world.top->vrfSm()->dependentVrfInfoDel("asked for"); });
 }
 
-void endEverything(Steps& steps) {
-  steps.add("no status of red", [](World& world) { world.routes->vrfStatusDel("red"); });
-  steps.add("no status", [](World& world) { world.routes->vrfStatusDelAll(); });
-  steps.add("no prefix lengths", [](World& world) {
-    world.routes->vrfPrefixLensInExactMatchDelAll();
-    world.routes6->vrfPrefixLensInExactMatchDelAll();
-  });
-  steps.add("no fallbacks", [](World& world) { world.fallbacks[0]->fallbackVrfDelAll(); });
-  steps.add("no users", [](World& world) { world.users->vrfRefCountDelAll(); });
-  steps.add("no machine", [](World& world) { world.top->vrfSmDel(); });
-  steps.add("a machine", [](World& world) { world.build(); });
-  createAndDelete(steps);
-}
-
-void doEverything(Steps& steps) {
-  steps.add("a machine", [](World& world) { world.build(); });
-  createAndDelete(steps);
-  followVrfs(steps);
-  followFallbacks(steps);
-  followPrefixLengths(steps);
-  followFlags(steps);
-  rebuild(steps);
-  bindPolicies(steps);
-  watch(steps);
-  writeOutcome(steps);
-  callHandlers(steps);
-  switchOffAndOn(steps);
-  countInSilence(steps);
-}
-
 }  // namespace
-
-std::vector<Step> history() {
-  Steps steps;
-  doEverything(steps);
-  endEverything(steps);
-  return steps.take();
-}
-
-std::vector<Step> longHistory() {
-  Steps steps;
-  doEverything(steps);
-  fill(steps);
-  followVrfs(steps);
-  rebuild(steps);
-  endEverything(steps);
-  return steps.take();
-}
 
 std::vector<Step> historyOfHooks() {
   Steps steps;

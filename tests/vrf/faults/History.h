@@ -17,12 +17,6 @@ struct Step {
   bool isRequest = false;
 };
 
-/// A history in which everything happens that the library follows or offers.
-[[nodiscard]] std::vector<Step> history();
-
-/// The same, and some of it again where collections have to grow.
-[[nodiscard]] std::vector<Step> longHistory();
-
 /// A history that calls hooks in every way, also of two machines that follow the same.
 [[nodiscard]] std::vector<Step> historyOfHooks();
 

@@ -2,7 +2,6 @@
 
 #include <sstream>
 
-#include "Quarry/Slab.h"
 #include "ZelVrfSelectionPolicy/vrf/PrefixLensSm.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 #include "testing/Shown.h"
@@ -105,30 +104,22 @@ World::World()
       routes6(Routing6::Hardware::RouteStatus::RouteStatusIs()),
       chip(Mox::makePtr<FactsChip>(fallbacks[0], routes, routes6)),
       top(zelVrfSelectionPolicySmFactory(nullptr, nullptr, chip, nullptr, nullptr, nullptr)) {
-  for (Velo::Subscriber& watcher : watchers_)
-    watcher.dispatch = [](Velo::Publisher*, Velo::Subscriber*, short, const void*, const void*) {};
   listenToStatuses();
-  policy_.classTypeConfig->classMapIs("all", {});
-  policy_.policyConfig->policyMapIs("map",
-                                    {{10, "all", {PolicyMap::ActionType::vrf, "red", {}, {}}}});
-  policy_.intfConfig->intfIs("eth1", {PolicyMap::IntfKind::routed, "map"});
 }
 
 World::~World() {
   statuses->publisher().subscriberDel(listener_);
-  for (std::size_t watcher = 0; watcher < watchers; ++watcher)
-    unsubscribe(watcher);
 }
 
 void World::listenToStatuses() {
   listener_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short, const void* key,
-                          const void* value) {
-      World& world = Velo::MemberSubscriber<World>::ownerOf(subscriber);
-    const std::string action = Testing::shown(*static_cast<const VrfAction*>(key));
-    if (value == nullptr) {
-      world.told_.erase(action);
+                          const void*) {
+    World& world = Velo::MemberSubscriber<World>::ownerOf(subscriber);
+    const auto& action = *static_cast<const VrfAction*>(key);
+    if (const HwStatus* status = world.statuses->hwStatus().find(action)) {
+      world.told_[Testing::shown(action)] = *status;
     } else {
-      world.told_[action] = *static_cast<const HwStatus*>(value);
+      world.told_.erase(Testing::shown(action));
     }
   };
   statuses->publisher().subscriberIs(listener_);
@@ -140,41 +131,6 @@ void World::build(unsigned config) {
 
 void World::buildBeside() {
   beside = vrfSmFactory(users, statuses, chip, fallbacks[0], routes, routes6);
-}
-
-void World::bindPolicy(bool permitFragment) {
-  PolicySmArguments& arguments = policy_;
-  arguments.permitFragment = permitFragment;
-  arguments.bindTo(*top);
-}
-
-void World::policyHasTwoRules() {
-  const PolicyMap::RuleAction action{PolicyMap::ActionType::vrf, "red", {}, {}};
-  policy_.policyConfig->policyMapIs("map", {{10, "all", action}, {20, "all", action}});
-}
-
-unsigned World::rulesOfPolicy() const {
-  return policy_.status->ruleStatus().count();
-}
-
-void World::mount() {
-  const auto mounts = policySmMountsFactory();
-  mounts->intfConfigIs(policy_.intfConfig);
-  mounts->aclConfigIs(policy_.aclConfig);
-  mounts_ = mounts;
-}
-
-// Of each of three publishers in turn, two by two.
-void World::subscribe(std::size_t watcher) {
-  const std::array<Velo::Publisher*, 3> publishers{&users->publisher(), &statuses->publisher(),
-                                                   &fallbacks[0]->publisher()};
-  publishers.at(watcher / 2)->subscriberIs(watchers_.at(watcher));
-}
-
-void World::unsubscribe(std::size_t watcher) {
-  users->publisher().subscriberDel(watchers_.at(watcher));
-  statuses->publisher().subscriberDel(watchers_.at(watcher));
-  fallbacks[0]->publisher().subscriberDel(watchers_.at(watcher));
 }
 
 void World::catchUp() {
@@ -214,11 +170,6 @@ std::string World::dump() const {
   text << "top " << flagsOf(*top) << '\n';
   if (top->vrfSm()) write(text, *top->vrfSm());
   if (beside) write(text, *beside);
-  if (const auto& policySm = top->policySm())
-    text << "policySm " << flagsOf(*policySm) << " ready:" << policySm->ready() << '\n';
-  text << "told of policies:" << notifiees(*policy_.intfConfig) << notifiees(*policy_.policyConfig)
-       << notifiees(*policy_.classTypeConfig) << '\n';
-  text << "mounted:" << (mounts_ ? mounts_->references() : 0) << '\n';
   return text.str();
 }
 
@@ -232,13 +183,6 @@ std::string World::brokenInvariants() const {
     if (present.count(action) == 0) broken += "no status tells of the resource of " + action + "\n";
   }
   return broken;
-}
-
-std::map<std::string, std::size_t> liveObjects() {
-  std::map<std::string, std::size_t> live;
-  for (const std::string& name : Quarry::Slab::typeNames())
-    live[name] = Quarry::Slab::find(name)->live();
-  return live;
 }
 
 }  // namespace ZelVrfSelectionPolicy::Testing

@@ -1,14 +1,12 @@
 #pragma once
 
 #include <array>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "Velo/Subscriber.h"
 #include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
-#include "tests/policy/PolicySmArguments.h"
 #include "tests/vrf/faults/FactsChip.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
@@ -28,14 +26,6 @@ class World {
   void build(unsigned config = 0);
   /// Makes a further machine on the same tables, which works beside that of the top object.
   void buildBeside();
-  void bindPolicy(bool permitFragment);
-  /// Adds a rule to the policy that is bound.
-  void policyHasTwoRules();
-  /// How many rules the status of the policies tells of.
-  [[nodiscard]] unsigned rulesOfPolicy() const;
-  void mount();
-  void subscribe(std::size_t watcher);
-  void unsubscribe(std::size_t watcher);
 
   /// Sees to it that there is a machine that has caught up with everything, whatever became of an
   /// event: builds a new one, and has it look at each action again.
@@ -58,18 +48,10 @@ class World {
   Mox::Ptr<VrfSm> beside;
 
  private:
-  static constexpr std::size_t watchers = 6;
-
   void listenToStatuses();
 
-  PolicySmArguments policy_;
-  Mox::Ptr<PolicySmMounts> mounts_;
-  std::array<Velo::Subscriber, watchers> watchers_;
   Velo::MemberSubscriber<World> listener_{*this};
   std::map<std::string, HwStatus> told_;  // last, by action
 };
-
-/// The live objects of each type.
-[[nodiscard]] std::map<std::string, std::size_t> liveObjects();
 
 }  // namespace ZelVrfSelectionPolicy::Testing
