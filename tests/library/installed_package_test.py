@@ -72,6 +72,16 @@ class InstalledPackage(unittest.TestCase):
         with self.assertRaisesRegex(AssertionError, 'compatible with requested\\s+version "2"'):
             self.configure(self.project / "build")
 
+    def test_the_headers_that_the_library_keeps_to_itself_are_not_installed(self):
+        root = self.prefix / "include" / "zel-vrf-selection-policy"
+        headers = [name for name in files_below(root) if name.endswith(".h")]
+        self.assertIn("ZelVrfSelectionPolicy/vrf/VrfSm.h", headers)
+        kept = [name for name in headers if re.search("Resource|Watches|Links|ActionsBy|/trace/", name)]
+        self.assertEqual(kept, [])
+        for name in headers:
+            for included in re.findall('#include "(.*)"', (root / name).read_text()):
+                self.assertIn(included, headers, f"{name} includes it")
+
     def test_the_library_alone_needs_no_googletest(self):
         self.configure(self.project / "build", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON")
 
