@@ -49,7 +49,8 @@ void Ring::clear() noexcept {
     ring_[slot].sequence = Slot::noMessage;
 }
 
-// Made while the platform is loaded, so that messages can be sent until the process ends.
-Ring ringOfProcess(processSlots);
+// Made first when the platform is loaded, and gone last, so that messages can be sent until the
+// process ends, the one that ends it included.
+[[gnu::init_priority(101)]] Ring ringOfProcess(processSlots);
 
 }  // namespace Blinklog

@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -203,6 +204,49 @@ TEST(LoadedAlone, LoadedTwiceItIsThereOnceAndUntilTheSecondIsGone) {
   { const Loaded inner(LIBRARY); }
   EXPECT_EQ(moduleNames().size(), modules);
   EXPECT_THAT(moduleNames(), Contains("ZelVrfSelectionPolicy"));
+}
+
+/// The new-handler is `handler` while this lives, and the one that there was before afterwards.
+class NewHandler {
+ public:
+  explicit NewHandler(std::new_handler handler) : before_(std::set_new_handler(handler)) {}
+  NewHandler(const NewHandler&) = delete;
+  NewHandler& operator=(const NewHandler&) = delete;
+  ~NewHandler() { std::set_new_handler(before_); }
+
+ private:
+  std::new_handler before_;
+};
+
+void handlerOfTheProcess() {
+  throw std::bad_alloc();
+}
+
+TEST(LoadedAlone, HasANewHandlerAsLongAsItIsThere) {
+  ASSERT_EQ(std::get_new_handler(), nullptr);
+  {
+    const Loaded library(LIBRARY);
+    EXPECT_NE(std::get_new_handler(), nullptr);
+  }
+  EXPECT_EQ(std::get_new_handler(), nullptr);
+}
+
+TEST(LoadedAlone, LeavesANewHandlerAloneThatTheProcessHadBefore) {
+  const NewHandler handler(handlerOfTheProcess);
+  {
+    const Loaded library(LIBRARY);
+    EXPECT_EQ(std::get_new_handler(), handlerOfTheProcess);
+  }
+  EXPECT_EQ(std::get_new_handler(), handlerOfTheProcess);
+}
+
+TEST(LoadedAlone, LeavesANewHandlerAloneThatTheProcessSetsAfterwards) {
+  const NewHandler none(nullptr);
+  {
+    const Loaded library(LIBRARY);
+    std::set_new_handler(handlerOfTheProcess);
+  }
+  EXPECT_EQ(std::get_new_handler(), handlerOfTheProcess);
 }
 
 }  // namespace
