@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -120,11 +118,10 @@ TraceHandle::~TraceHandle() {
 }
 
 void traceLevelsIs(std::string_view text) {
-  LevelsByName levels = parse(text);
-  processTrace.said.reserve(processTrace.said.size() + levels.size());
+  const LevelsByName levels = parse(text);
   for (TraceHandle* handle = TraceHandle::first_; handle != nullptr; handle = handle->next_)
     Trace::apply(levels, *handle);
-  std::move(levels.begin(), levels.end(), std::back_inserter(processTrace.said));
+  processTrace.said.insert(processTrace.said.end(), levels.begin(), levels.end());
 }
 
 TraceSink traceSinkIs(TraceSink sink) {
@@ -141,12 +138,11 @@ TraceHelper::TraceHelper(const TraceHandle& handle, unsigned level, const char* 
 }
 
 TraceHelper::~TraceHelper() {
-  // A line for part of which there was no memory is lost as a whole.
-  if (!isOn_ || !line_) return;
+  if (!isOn_) return;
   try {
     processTrace.write(line_.str());
   } catch (...) {
-    // Trace is for looking on: a line that cannot be written is lost, and what it told of goes on.
+    // Trace is for looking on: a sink that throws loses its line, and what is reported goes on.
   }
 }
 
