@@ -5,10 +5,9 @@
 
 #include <map>
 #include <memory>
-#include <new>
+#include <optional>
 #include <random>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -404,14 +403,14 @@ class HashMap2018AsAMap : public ::testing::Test {
     const unsigned operation = static_cast<unsigned>(random() % 100);
     if (operation < growth_) {
       insert(chosen, std::to_string(random()));
-    } else if (operation < 98) {
-      erase(chosen);
+    } else if (operation < 97) {
+      remove(chosen);
+    } else if (operation == 97) {
+      pinIs(!pin_);
     } else if (operation == 98) {
       growth_ = static_cast<unsigned>(20 + random() % 60);
     } else if (random() % 8 == 0) {
-      subject_.clear();
-      model_.clear();
-      addresses_.clear();
+      clear();
     }
     compareOne(chosen);
   }
@@ -426,14 +425,26 @@ class HashMap2018AsAMap : public ::testing::Test {
     ASSERT_EQ(walked, model_);
     for (const auto& [present, address] : addresses_)
       ASSERT_EQ(subject_.find(present), address);
+    for (const auto& [at, entry] : withdrawn_) {
+      ASSERT_EQ(subject_.key(at), entry.first);
+      ASSERT_EQ(subject_.value(at), entry.second);
+    }
   }
 
  private:
   void insert(const Key& chosen, const std::string& value) {
     const auto [at, inserted] = subject_.insert(chosen, value);
     ASSERT_EQ(inserted, model_.emplace(chosen, value).second);
+    ASSERT_FALSE(withdrawn_.contains(at));
     ASSERT_EQ(subject_.key(at), chosen);
     if (inserted) addresses_[chosen] = &subject_.value(at);
+  }
+  void remove(const Key& chosen) {
+    if (pin_) {
+      withdraw(chosen);
+    } else {
+      erase(chosen);
+    }
   }
   void erase(const Key& chosen) {
     const auto erased = subject_.erase(chosen);
@@ -444,6 +455,32 @@ class HashMap2018AsAMap : public ::testing::Test {
     ASSERT_EQ(erased->second, modelled->second);
     model_.erase(modelled);
     addresses_.erase(chosen);
+  }
+  void withdraw(const Key& chosen) {
+    const auto at = subject_.withdraw(chosen);
+    const auto modelled = model_.find(chosen);
+    ASSERT_EQ(at != Subject::none, modelled != model_.end());
+    if (at == Subject::none) return;
+    ASSERT_TRUE(withdrawn_.emplace(at, *modelled).second);
+    model_.erase(modelled);
+    addresses_.erase(chosen);
+  }
+  void pinIs(bool pinned) {
+    if (pinned) {
+      pin_.emplace(subject_);
+    } else {
+      pin_.reset();
+      withdrawn_.clear();
+    }
+  }
+  void clear() {
+    if (pin_) {
+      for (const auto& [present, value] : model_)
+        withdrawn_.emplace(subject_.position(present), std::pair(present, value));
+    }
+    subject_.clear();
+    model_.clear();
+    addresses_.clear();
   }
   void compareOne(const Key& chosen) const {
     const auto modelled = model_.find(chosen);
@@ -459,6 +496,8 @@ class HashMap2018AsAMap : public ::testing::Test {
   Subject subject_;
   std::map<Key, std::string> model_;
   std::map<Key, const std::string*> addresses_;
+  std::optional<typename Subject::Pin> pin_;
+  std::map<typename Subject::Position, std::pair<Key, std::string>> withdrawn_;  // and pinned
   unsigned growth_ = 60;
 };
 
@@ -476,58 +515,6 @@ TYPED_TEST(HashMap2018AsAMap, BehavesLikeOneUnderRandomOperations) {
     }
   }
   this->compareAll();
-}
-
-TEST(HashMap2018, AnInsertionThatFindsNoMemoryLeavesItAsItWas) {
-  HashMap2018<Number, unsigned, 1> map;
-  for (unsigned number = 0; number < 500; ++number) {
-    bool inserted = false;
-    for (std::size_t passing = 0; !inserted; ++passing) {
-      const std::vector<unsigned> before = keysOf(map);
-      try {
-        const PlatformTests::FailingAllocations failing(passing);
-        inserted = map.insert({number}, number).second;
-      } catch (const std::bad_alloc&) {
-        ASSERT_EQ(map.count(), number);
-        ASSERT_FALSE(map.has({number}));
-        ASSERT_EQ(keysOf(map), before);
-      }
-    }
-    ASSERT_EQ(map.count(), number + 1);
-  }
-  for (unsigned number = 0; number < 500; ++number)
-    ASSERT_EQ(*map.find({number}), number);
-}
-
-/// A value whose move throws when it is told to.
-struct Fragile {
-  explicit Fragile(bool breaks) : breaks_(breaks) {}
-  Fragile(Fragile&& other) : breaks_(other.breaks_) {
-    if (breaks_) throw std::runtime_error("broken");
-  }
-
- private:
-  bool breaks_;
-};
-
-TEST(HashMap2018, AnInsertionWhoseValueThrowsLeavesItAsItWas) {
-  HashMap2018<Number, Fragile, 1> map;
-  map.insert({1}, Fragile(false));
-  map.insert({2}, Fragile(false));
-  EXPECT_THROW(map.insert({3}, Fragile(true)), std::runtime_error);
-  EXPECT_FALSE(map.has({3}));
-  EXPECT_THAT(keysOf(map), ElementsAre(1, 2));
-  EXPECT_EQ(map.insert({4}, Fragile(false)).first, 2u);
-}
-
-TEST(HashMap2018, AnInsertionWhoseValueThrowsLosesNoFreedPosition) {
-  HashMap2018<Number, Fragile, 1> map;
-  const auto at = map.insert({1}, Fragile(false)).first;
-  map.insert({2}, Fragile(false));
-  map.erase({1});
-  EXPECT_THROW(map.insert({3}, Fragile(true)), std::runtime_error);
-  EXPECT_THAT(keysOf(map), ElementsAre(2));
-  EXPECT_EQ(map.insert({4}, Fragile(false)).first, at);
 }
 
 // The whole message of the assertion on a bad iterator.
@@ -575,55 +562,166 @@ TEST(HashMap2018DeathTest, GoingOnPastTheEndIsFatal) {
   EXPECT_DEATH(++entry, iteratorAssertion);
 }
 
-TEST(HashMap2018, AnInsertionAfterRoomWasMadeNeedsNoMemoryAndGoesWhereItWasSaidTo) {
-  HashMap2018<Number, unsigned, 1> map;
-  for (unsigned number = 0; number < 500; ++number) {
-    if (number % 7 == 6) map.erase({number / 2});
-    const auto at = map.makeRoom();
-    const PlatformTests::FailingAllocations failing(0);
-    ASSERT_EQ(map.insert({number}, number), std::pair(at, true));
+/// A map with the entries 0 to 4, of which a pin holds what is withdrawn.
+class PinnedHashMap2018 : public ::testing::Test {
+ protected:
+  PinnedHashMap2018() { fill(map, 5); }
+
+  Map map;
+  std::optional<Map::Pin> pin{std::in_place, map};
+};
+
+TEST_F(PinnedHashMap2018, AWithdrawnEntryIsGoneFromTheCollection) {
+  EXPECT_EQ(map.withdraw({1}), 1u);
+  EXPECT_EQ(map.count(), 4u);
+  EXPECT_FALSE(map.has({1}));
+  EXPECT_EQ(map.find({1}), nullptr);
+  EXPECT_EQ(map.position({1}), Map::none);
+  EXPECT_THAT(keysOf(map), ElementsAre(0, 2, 3, 4));
+  EXPECT_EQ(map.withdraw({1}), Map::none);
+  EXPECT_EQ(map.withdraw({7}), Map::none);
+  EXPECT_EQ(map.count(), 4u);
+}
+
+TEST_F(PinnedHashMap2018, AWithdrawnEntryIsReadWhereItWas) {
+  const std::string* const value = map.find({1});
+  const Map::Position at = map.withdraw({1});
+  EXPECT_EQ(map.key(at), Number{1});
+  EXPECT_EQ(&map.value(at), value);
+  EXPECT_EQ(map.value(at), "1");
+}
+
+TEST_F(PinnedHashMap2018, AWithdrawnEntryIsReadThoughTheCollectionGrows) {
+  const Map::Position at = map.withdraw({1});
+  const std::string* const value = &map.value(at);
+  for (unsigned number = 100; number < 1100; ++number)
+    map.insert({number}, "");
+  EXPECT_EQ(map.key(at), Number{1});
+  EXPECT_EQ(&map.value(at), value);
+  EXPECT_EQ(map.value(at), "1");
+}
+
+TEST_F(PinnedHashMap2018, AKeyIsWithdrawnByTheReferenceInItsEntry) {
+  const Map::Position at = map.withdraw(map.key(3));
+  EXPECT_EQ(at, 3u);
+  EXPECT_FALSE(map.has({3}));
+  EXPECT_EQ(map.key(at), Number{3});
+}
+
+TEST_F(PinnedHashMap2018, AKeyThatIsInsertedAgainHasAnEntryOfItsOwnBesideTheOldOne) {
+  const Map::Position old = map.withdraw({1});
+  const auto [at, inserted] = map.insert({1}, "new");
+  EXPECT_TRUE(inserted);
+  EXPECT_NE(at, old);
+  EXPECT_EQ(*map.find({1}), "new");
+  EXPECT_EQ(map.value(old), "1");
+  EXPECT_EQ(map.withdraw({1}), at);
+  EXPECT_EQ(map.value(at), "new");
+  EXPECT_EQ(map.value(old), "1");
+}
+
+TEST_F(PinnedHashMap2018, PositionsAreUsedAgainWhenTheLastPinIsGone) {
+  map.withdraw({1});
+  map.withdraw({3});
+  EXPECT_EQ(map.insert({10}, "").first, 5u);
+  {
+    const Map::Pin inner(map);
+    map.withdraw({4});
+  }
+  EXPECT_EQ(map.insert({11}, "").first, 6u);
+  pin.reset();
+  EXPECT_EQ(map.insert({12}, "").first, 4u);
+  EXPECT_EQ(map.insert({13}, "").first, 3u);
+  EXPECT_EQ(map.insert({14}, "").first, 1u);
+  EXPECT_EQ(map.insert({15}, "").first, 7u);
+}
+
+TEST_F(PinnedHashMap2018, PositionsThatWereFreeBeforeAreUsedMeanwhile) {
+  pin.reset();
+  map.erase({2});
+  const Map::Pin later(map);
+  map.withdraw({1});
+  EXPECT_EQ(map.insert({10}, "").first, 2u);
+  EXPECT_EQ(map.insert({11}, "").first, 5u);
+}
+
+TEST_F(PinnedHashMap2018, AnInnerPinLeavesItsEntriesToTheOuterOne) {
+  Map::Position at = Map::none;
+  {
+    const Map::Pin inner(map);
+    at = map.withdraw({2});
+  }
+  EXPECT_EQ(map.key(at), Number{2});
+  EXPECT_EQ(map.value(at), "2");
+}
+
+TEST_F(PinnedHashMap2018, ClearingWithdrawsEveryEntry) {
+  const Map::Position before = map.withdraw({1});
+  map.clear();
+  EXPECT_EQ(map.count(), 0u);
+  EXPECT_FALSE(map.iterator());
+  EXPECT_EQ(map.position({2}), Map::none);
+  EXPECT_EQ(map.value(before), "1");
+  for (unsigned number = 0; number < 5; ++number) {
+    EXPECT_EQ(map.key(number), Number{number});
+    EXPECT_EQ(map.value(number), std::to_string(number));
   }
 }
 
-TEST(HashMap2018, MakingRoomThatFindsNoMemoryLeavesItAsItWas) {
-  HashMap2018<Number, unsigned, 1> map;
-  for (unsigned number = 0; number < 100; ++number) {
-    for (std::size_t passing = 0;; ++passing) {
-      const PlatformTests::FailingAllocations failing(passing);
-      try {
-        map.makeRoom();
-        break;
-      } catch (const std::bad_alloc&) {
-        ASSERT_EQ(map.count(), number);
-      }
-    }
-    map.insert({number}, number);
+TEST_F(PinnedHashMap2018, WhatWasClearedMayBeFilledAgainAtOnce) {
+  map.clear();
+  for (unsigned number = 0; number < 50; ++number)
+    EXPECT_EQ(map.insert({number}, "new").first, 5 + number);
+  EXPECT_EQ(map.count(), 50u);
+  EXPECT_EQ(*map.find({4}), "new");
+  EXPECT_EQ(map.value(4), "4");
+  pin.reset();
+  EXPECT_EQ(map.count(), 50u);
+  EXPECT_EQ(*map.find({4}), "new");
+  EXPECT_EQ(map.insert({50}, "").first, 4u);
+}
+
+TEST_F(PinnedHashMap2018, AWalkEndsWhenTheCollectionIsCleared) {
+  std::vector<unsigned> seen;
+  for (auto entry = map.iterator(); entry; ++entry) {
+    seen.push_back(entry.key().number);
+    map.clear();
+    map.insert({9}, "");
   }
-  for (unsigned number = 0; number < 100; ++number)
-    ASSERT_EQ(*map.find({number}), number);
+  EXPECT_THAT(seen, ElementsAre(0));
 }
 
-TEST(HashMap2018, AnInsertionIsPreparedWhenItIsCertainAndBeforeItIsSeen) {
-  HashMap2018<Number, unsigned, 1> map;
-  std::vector<unsigned> prepared;
-  const auto prepare = [&](HashMap2018<Number, unsigned, 1>::Position at) {
-    prepared.push_back(at);
-    EXPECT_EQ(map.count(), 0U);
-    EXPECT_FALSE(map.has({7}));
-  };
-  const auto inserted = map.insert({7}, 1, prepare);
-  EXPECT_TRUE(inserted.second);
-  EXPECT_FALSE(map.insert({7}, 2, prepare).second);
-  EXPECT_THAT(prepared, ElementsAre(inserted.first));
+TEST_F(PinnedHashMap2018, AWalkSurvivesTheWithdrawalOfTheEntryItStandsOnAndOfOthers) {
+  std::vector<unsigned> seen;
+  for (auto entry = map.iterator(); entry; ++entry) {
+    seen.push_back(entry.key().number);
+    map.withdraw({entry.key().number + 1});
+    map.withdraw(entry.key());
+    EXPECT_TRUE(entry);
+  }
+  EXPECT_THAT(seen, ElementsAre(0, 2, 4));
 }
 
-TEST(HashMap2018, AnInsertionWhosePreparationThrowsLeavesItAsItWas) {
-  HashMap2018<Number, unsigned, 1> map;
-  map.insert({1}, 1);
-  const auto refuse = [](unsigned) { throw std::runtime_error("refused"); };
-  EXPECT_THROW(map.insert({2}, 2, refuse), std::runtime_error);
-  EXPECT_THAT(keysOf(map), ElementsAre(1));
-  EXPECT_EQ(map.insert({3}, 3).first, 1U);
+TEST_F(PinnedHashMap2018, AWalkDoesNotReadTheEntryThatWasWithdrawnUnderIt) {
+  const auto entry = map.iterator();
+  map.withdraw({0});
+  EXPECT_DEATH(static_cast<void>(entry.key()), iteratorAssertion);
+}
+
+TEST(HashMap2018, DestroysEveryPinnedEntryOnceAndWhenTheLastPinGoes) {
+  auto counted = std::make_shared<int>(0);
+  HashMap2018<Number, std::shared_ptr<int>, 1> map;
+  for (unsigned number = 0; number < 70; ++number)
+    map.insert({number}, counted);
+  {
+    const decltype(map)::Pin pin(map);
+    for (unsigned number = 0; number < 70; number += 2)
+      map.withdraw({number});
+    EXPECT_EQ(counted.use_count(), 71);
+    map.clear();
+    EXPECT_EQ(counted.use_count(), 71);
+  }
+  EXPECT_EQ(counted.use_count(), 1);
 }
 
 }  // namespace

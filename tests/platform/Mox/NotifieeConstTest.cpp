@@ -4,13 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Velo/Publisher.h"
-#include "tests/platform/Allocations.h"
 
 namespace Mox {
 namespace {
@@ -381,32 +379,6 @@ TEST_F(Reactors, AreReachedThroughTheDescriptorOfTheirNotifier) {
   void* first = one.iterate(one.list, nullptr);
   EXPECT_EQ(first, static_cast<PtrInterface::NotifieeConst*>(a.get()));
   EXPECT_EQ(one.iterate(one.list, first), nullptr);
-}
-
-TEST_F(Reactors, ThatFindNoMemoryToMoveAreStillToldByTheirNotifier) {
-  const auto moving = watcher("a");
-  const auto other = makePtr<Lamp>();
-  {
-    const PlatformTests::FailingAllocations failing(0);
-    EXPECT_THROW(moving->notifierIs(other), std::bad_alloc);
-  }
-  other->change();
-  EXPECT_THAT(calls, IsEmpty());
-  lamp->change();
-  EXPECT_THAT(calls, ElementsAre("a 130"));
-  EXPECT_EQ(moving->notifier(), lamp);
-}
-
-TEST_F(Reactors, MoveWithoutMemoryAfterRoomWasMade) {
-  const auto moving = watcher("a");
-  const auto other = makePtr<Lamp>();
-  PtrInterface::NotifieeConst::makeRoomAt(*other);
-  {
-    const PlatformTests::FailingAllocations failing(0);
-    moving->notifierIs(other);
-  }
-  other->change();
-  EXPECT_THAT(calls, ElementsAre("a 130"));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <optional>
 #include <set>
 #include <string>
@@ -113,24 +112,6 @@ TEST_F(SlabPages, AreReleasedButOneAlsoWhenTheLastBlockIsALargerOne) {
   EXPECT_EQ(PlatformTests::liveAllocations(), allocationsOfOnePage);
 }
 
-TEST_F(SlabPages, AreAsTheyWereWhenThereIsNoMemory) {
-  std::vector<void*> taken;
-  taken.reserve(manyBlocks);
-  {
-    const PlatformTests::FailingAllocations failing(0);
-    try {
-      while (taken.size() < manyBlocks)
-        taken.push_back(slab.allocate(blockSize));
-    } catch (const std::bad_alloc&) {
-    }
-  }
-  EXPECT_LT(taken.size(), manyBlocks);
-  EXPECT_EQ(slab.live(), taken.size());
-  for (void* block : taken)
-    slab.release(block, blockSize);
-  EXPECT_EQ(slab.live(), 0u);
-}
-
 TEST(SlabUse, SharesOneSlabPerTypeNameWhichExistsAsLongAsThereIsAUse) {
   EXPECT_EQ(Slab::find("SlabTest::Shared"), nullptr);
   std::optional<SlabUse> first(std::in_place, "SlabTest::Shared", 16);
@@ -205,42 +186,6 @@ TEST(SlabAllocated, GivesTheBlockBackWhenAConstructorThrows) {
   ASSERT_NE(slab, nullptr);
   EXPECT_GE(slab->allocated(), 1u);
   EXPECT_EQ(slab->live(), 0u);
-}
-
-TEST(Slab, GivesOneBlockWithoutMemoryAfterRoomWasMade) {
-  Slab slab("SlabTest::Room", 16);
-  std::vector<void*> blocks;
-  blocks.reserve(100);
-  for (int block = 0; block < 100; ++block) {
-    slab.makeRoom();
-    const PlatformTests::FailingAllocations failing(0);
-    blocks.push_back(slab.allocate(16));
-  }
-  EXPECT_EQ(slab.live(), 100U);
-  for (void* block : blocks)
-    slab.release(block, 16);
-}
-
-TEST(Slab, GivesBackTheRoomThatWasNotUsed) {
-  const std::size_t before = PlatformTests::liveAllocations();
-  {
-    Slab slab("SlabTest::UnusedRoom", 16);
-    slab.makeRoom();
-    slab.makeRoom();
-    EXPECT_EQ(slab.live(), 0U);
-  }
-  EXPECT_EQ(PlatformTests::liveAllocations(), before);
-}
-
-TEST(Slab, ThatFindsNoMemoryForRoomIsAsItWas) {
-  Slab slab("SlabTest::NoRoom", 16);
-  {
-    const PlatformTests::FailingAllocations failing(0);
-    EXPECT_THROW(slab.makeRoom(), std::bad_alloc);
-  }
-  EXPECT_EQ(slab.live(), 0U);
-  slab.release(slab.allocate(16), 16);
-  EXPECT_EQ(slab.allocated(), 1U);
 }
 
 }  // namespace

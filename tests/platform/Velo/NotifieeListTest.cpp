@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -194,34 +193,64 @@ TEST_F(NotifieeLists, DoNotAllocateWhileTheyAreVisited) {
   EXPECT_EQ(sum, 6);
 }
 
-TEST_F(NotifieeLists, AreAsTheyWereWhenAddingFindsNoMemory) {
-  NotifieeList<Listener> fresh;
-  {
-    const PlatformTests::FailingAllocations failing(0);
-    EXPECT_THROW(fresh.add(a), std::bad_alloc);
-  }
-  EXPECT_TRUE(fresh.empty());
-  EXPECT_FALSE(fresh.has(a));
-  EXPECT_TRUE(fresh.add(a));
+TEST_F(NotifieeLists, CloseTheHolesOfAVisitWhenOneIsAddedAfterIt) {
+  visited([this](Listener& self) {
+    if (self.number == 1) list->remove(self);
+    if (self.number == 2) list->remove(c);
+  });
+  EXPECT_EQ(list->next(nullptr), &b);
+  EXPECT_EQ(list->next(&b), nullptr);
+  const std::size_t before = PlatformTests::allocations();
+  list->add(d);
+  list->add(c);
+  EXPECT_EQ(PlatformTests::allocations(), before);
+  EXPECT_THAT(visited(), ElementsAre(2, 4, 3));
 }
 
-TEST_F(NotifieeLists, AddOneWithoutMemoryAfterRoomWasMade) {
-  NotifieeList<Listener> fresh;
-  for (Listener* listener : {&a, &b, &c, &d}) {
-    fresh.makeRoom();
-    const PlatformTests::FailingAllocations failing(0);
-    EXPECT_TRUE(fresh.add(*listener));
-  }
-  EXPECT_EQ(fresh.size(), 4U);
+TEST_F(NotifieeLists, CloseTheHolesOfAVisitWhenTheyAreVisitedNext) {
+  visited([this](Listener& self) {
+    if (self.number != 3) list->remove(self);
+  });
+  const std::size_t before = PlatformTests::allocations();
+  list->visit([this](Listener&) {
+    list->add(a);
+    list->add(b);
+    list->add(d);
+  });
+  EXPECT_EQ(PlatformTests::allocations(), before);
+  EXPECT_THAT(visited(), ElementsAre(3, 1, 2, 4));
 }
 
-TEST_F(NotifieeLists, VisitThemAllThoughRoomIsMadeMeanwhile) {
+TEST_F(NotifieeLists, CloseTheHolesOfAVisitWhenAnotherOneIsRemoved) {
+  visited([this](Listener&) { list->remove(a); });
+  EXPECT_TRUE(list->remove(c));
+  EXPECT_EQ(list->size(), 1u);
+  EXPECT_THAT(visited(), ElementsAre(2));
+}
+
+TEST_F(NotifieeLists, KeepHolesUntilTheOutermostVisitIsOver) {
   EXPECT_THAT(visited([this](Listener& self) {
-                if (self.number == 1) list->makeRoom();
-                if (self.number == 2) list->add(d);
+                if (self.number != 1) return;
+                visited([this](Listener& each) { list->remove(each); });
+                list->add(b);
+                list->add(a);
               }),
-              ElementsAre(1, 2, 3));
-  EXPECT_THAT(visited(), ElementsAre(1, 2, 3, 4));
+              ElementsAre(1));
+  EXPECT_THAT(visited(), ElementsAre(2, 1));
+}
+
+TEST_F(NotifieeLists, DoNotGrowByVisitsInWhichOneLeavesAndReturns) {
+  const auto leaveAndReturn = [this](Listener& self) {
+    list->remove(self);
+    list->add(self);
+  };
+  visited(leaveAndReturn);
+  visited(leaveAndReturn);
+  const std::size_t before = PlatformTests::allocations();
+  for (int round = 0; round < 1000; ++round)
+    list->visit(leaveAndReturn);
+  EXPECT_EQ(PlatformTests::allocations(), before);
+  EXPECT_EQ(list->size(), 3u);
 }
 
 }  // namespace
