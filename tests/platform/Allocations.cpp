@@ -2,20 +2,14 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <limits>
 #include <new>
 
 namespace {
 
-constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
-
 std::atomic<std::size_t> allocated{0};
 std::atomic<std::size_t> freed{0};
-thread_local std::size_t passing = unlimited;
 
 void* take(std::size_t size) {
-  if (passing == 0) throw std::bad_alloc();
-  if (passing != unlimited) --passing;
   void* block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
   ++allocated;
@@ -57,14 +51,6 @@ std::size_t allocations() noexcept {
 
 std::size_t liveAllocations() noexcept {
   return allocated - freed;
-}
-
-FailingAllocations::FailingAllocations(std::size_t allocationsThatPass) noexcept {
-  passing = allocationsThatPass;
-}
-
-FailingAllocations::~FailingAllocations() {
-  passing = unlimited;
 }
 
 }  // namespace PlatformTests

@@ -10,14 +10,4 @@ namespace PlatformTests {
 /// Blocks that were allocated and not freed since.
 [[nodiscard]] std::size_t liveAllocations() noexcept;
 
-/// While it lives, this thread's allocation number `passing` (from 0), and every later one, fails
-/// with `std::bad_alloc`.
-class FailingAllocations {
- public:
-  explicit FailingAllocations(std::size_t passing) noexcept;
-  FailingAllocations(const FailingAllocations&) = delete;
-  FailingAllocations& operator=(const FailingAllocations&) = delete;
-  ~FailingAllocations();
-};
-
 }  // namespace PlatformTests

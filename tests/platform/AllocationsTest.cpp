@@ -26,15 +26,5 @@ TEST(Allocations, CountsThoseOfThePlatformLibrary) {
   EXPECT_EQ(allocations(), before + 1);
 }
 
-TEST(Allocations, FailFromTheChosenOneOnUntilTheGuardGoes) {
-  {
-    const FailingAllocations failing(1);
-    EXPECT_NO_THROW(static_cast<void>(Velo::String("first")));
-    EXPECT_THROW(static_cast<void>(Velo::String("second")), std::bad_alloc);
-    EXPECT_THROW(static_cast<void>(Velo::String("third")), std::bad_alloc);
-  }
-  EXPECT_NO_THROW(static_cast<void>(Velo::String("fourth")));
-}
-
 }  // namespace
 }  // namespace PlatformTests
