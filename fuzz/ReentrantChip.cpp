@@ -56,6 +56,11 @@ void ReentrantChip::deleteVrf(const VrfAction& action) {
   resources_.erase(key);
 }
 
+bool ReentrantChip::isUnderWay(const VrfAction& action) const {
+  const auto found = resources_.find(plain(action));
+  return found != resources_.end() && found->second.stage != Stage::existence;
+}
+
 void ReentrantChip::check(const VrfHwStatus& statuses) const {
   must(statuses.hwStatus().count() == resources_.size(), "there is a status for each resource");
   for (const auto& [key, resource] : resources_) {

@@ -29,6 +29,9 @@ class ReentrantChip final : public ZelVrfSelectionPolicy::VrfHelper {
       const ZelVrfSelectionPolicy::VrfAction& action) override;
   void deleteVrf(const ZelVrfSelectionPolicy::VrfAction& action) override;
 
+  // Whether a hook that creates or deletes the resource of `action` is being called.
+  [[nodiscard]] bool isUnderWay(const ZelVrfSelectionPolicy::VrfAction& action) const;
+
   // While no hook is called: that exactly the actions that have a resource have a status, which is
   // what was reported last for this resource.
   void check(const ZelVrfSelectionPolicy::VrfHwStatus& statuses) const;

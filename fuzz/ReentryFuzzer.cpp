@@ -124,9 +124,7 @@ class Story final {
   [[nodiscard]] bool hasResource(const VrfAction& action) const {
     return system_.statuses().hwStatusHas(action) || isUnderWay(action);
   }
-  [[nodiscard]] bool isUnderWay(const VrfAction& action) const {
-    return system_.statuses().transition(action) != nullptr;
-  }
+  [[nodiscard]] bool isUnderWay(const VrfAction& action) const { return chip_->isUnderWay(action); }
 
   void check() const {
     chip_->check(system_.statuses());

@@ -100,14 +100,8 @@ void ZelVrfSelectionPolicySm::policySmDispatch(Velo::Publisher* /*publisher*/,
 }
 
 void ZelVrfSelectionPolicySm::policySmSubscriptionIs(bool subscribed) {
-  if (!policySm_ || (policySmSubscriber_.dispatch != nullptr) == subscribed) return;
-  if (subscribed) {
-    policySm_->publisher().subscriberIs(policySmSubscriber_);
-    policySmSubscriber_.dispatch = &policySmDispatch;
-  } else {
-    policySm_->publisher().subscriberDel(policySmSubscriber_);
-    policySmSubscriber_.dispatch = nullptr;
-  }
+  if (!policySm_) return;
+  policySm_->publisher().subscriptionIs(policySmSubscriber_, &policySmDispatch, subscribed);
 }
 
 Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(

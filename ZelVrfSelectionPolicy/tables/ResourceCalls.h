@@ -21,8 +21,7 @@ struct VrfHwStatus::ResourceCall {
 
   const VrfAction& action;
   Kind kind;
-  /// During a creation or deletion: the count changed. Whoever makes the call handles it
-  /// afterwards.
+  /// During a creation: the count changed. Whoever makes the call handles that afterwards.
   bool countChanged = false;
   /// During an update: the action lost its entry, even if it has one again.
   bool entryRemoved = false;

@@ -73,6 +73,7 @@ void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
 
 // The entry is pinned, since a subscriber may delete it.
 void VrfHwConfig::notify(VrfRefCounts::Position at, const unsigned* count) {
+  if (!publisher_.hasSubscribers()) return;
   const Mox::Ptr<VrfHwConfig> alive(this);
   const VrfRefCounts::Pin pin(vrfRefCount_);
   const Changes::Scope change(changes_, vrfRefCount_.key(at));

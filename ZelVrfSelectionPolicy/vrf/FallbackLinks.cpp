@@ -69,11 +69,16 @@ L3::VrfName FallbackLinks::fallbackVrfInfoDel(const L3::VrfName& vrf) {
   return erased ? erased->second : L3::VrfName();
 }
 
+L3::VrfName FallbackLinks::fallbackVrfInfo(const L3::VrfName& vrf) const noexcept {
+  const L3::VrfName* found = fallbackVrfInfo_.find(vrf);
+  return found == nullptr ? L3::VrfName() : *found;
+}
+
 Mox::Ptr<DependentVrfInfo> FallbackLinks::dependentVrfInfoIs(const L3::VrfName& vrfName) {
-  if (Mox::Ptr<DependentVrfInfo> present = dependentVrfInfo(vrfName)) return present;
-  Mox::Ptr<DependentVrfInfo> created = Mox::makeActivePtr<DependentVrfInfo>(vrfName);
-  dependentVrfInfo_.insert(vrfName, created);
-  return created;
+  const auto [at, inserted] = dependentVrfInfo_.insert(vrfName);
+  Mox::Ptr<DependentVrfInfo>& record = dependentVrfInfo_.value(at);
+  if (inserted) record = Mox::makeActivePtr<DependentVrfInfo>(vrfName);
+  return record;
 }
 
 Mox::Ptr<DependentVrfInfo> FallbackLinks::dependentVrfInfoDel(const L3::VrfName& vrfName) {

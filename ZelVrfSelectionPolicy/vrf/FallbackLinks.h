@@ -29,6 +29,7 @@ class FallbackLinks {
   void fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
   L3::VrfName fallbackVrfInfoDel(const L3::VrfName& vrf);
   void fallbackVrfInfoDelAll() { fallbackVrfInfo_.clear(); }
+  [[nodiscard]] L3::VrfName fallbackVrfInfo(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] const VrfSm::FallbackVrfInfo& fallbackVrfInfo() const noexcept {
     return fallbackVrfInfo_;
   }

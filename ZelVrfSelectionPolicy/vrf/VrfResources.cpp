@@ -26,18 +26,16 @@ constexpr const char* handler =
 
 }  // namespace
 
-void VrfResources::handleRefCountChange(const VrfAction& action) {
-  if (ResourceCall* underWay = creationOrDeletion(action)) {
+void VrfResources::handleRefCountChange(const VrfAction& vrfAction) {
+  if (ResourceCall* underWay = creationOrDeletion(vrfAction)) {
     underWay->countChanged = true;
     return;
   }
-  // The caller may have passed the key of an entry that is deleted in what follows.
-  const VrfHwConfig::VrfRefCounts::Pin users(users_->vrfRefCount_);
-  const VrfHwStatus::HwStatuses::Pin statuses(statuses_->hwStatus_);
+  const VrfAction action = vrfAction;  // a hook may end what the caller passed
   const unsigned count = users_->vrfRefCount(action);
   const bool isCreated = statuses_->hwStatusHas(action);
   if (count == 0) {
-    if (isCreated || !anotherEndedIt()) remove(action);
+    if (isCreated || !anotherEnded(action)) remove(action);
   } else if (isCreated) {
     vrfSmMessages.alreadyInUse(action.vrfName().bytes(), count);
   } else if (count == 1) {
@@ -64,25 +62,23 @@ void VrfResources::create(const VrfAction& action) {
 }
 
 void VrfResources::remove(const VrfAction& action) {
-  if (usersAfterRemoval(action) != 0) create(action);
-}
-
-// Deletes the resource with its two entries. Returns the count of the users who came meanwhile.
-unsigned VrfResources::usersAfterRemoval(const VrfAction& action) {
-  const Calls::Scope deletion(statuses_->calls_, action, ResourceCall::Kind::deletion);
-  helper_->deleteVrf(action);
-  if (!statuses_->hwStatusHas(action)) {
-    vrfSmMessages.deletingUncreated(action.vrfName().bytes());
-    failUncreatedDeletion(action);
+  unsigned usersMeanwhile = 0;
+  {
+    const Calls::Scope deletion(statuses_->calls_, action, ResourceCall::Kind::deletion);
+    helper_->deleteVrf(action);
+    if (!statuses_->hwStatusHas(action)) {
+      vrfSmMessages.deletingUncreated(action.vrfName().bytes());
+      failUncreatedDeletion(action);
+    }
+    vrfSmMessages.deleting(action.vrfName().bytes());
+    users_->vrfRefCountDelUnused(action);
+    statuses_->hwStatusDel(action);
+    usersMeanwhile = users_->vrfRefCountDelUnused(action);
+    users_->changes_.forEach([&](VrfHwConfig::Change& change) {
+      if (change.action == action) change.resourceEnded = true;
+    });
   }
-  vrfSmMessages.deleting(action.vrfName().bytes());
-  users_->vrfRefCountDelUnused(action);
-  statuses_->hwStatusDel(action);
-  const unsigned users = users_->vrfRefCountDelUnused(action);
-  users_->changes_.forEach([&](VrfHwConfig::Change& change) {
-    if (change.action == action) change.resourceEnded = true;
-  });
-  return users;
+  if (usersMeanwhile != 0) create(action);
 }
 
 VrfResources::ResourceCall* VrfResources::creationOrDeletion(const VrfAction& action) const {
@@ -96,19 +92,22 @@ bool VrfResources::isBeingDeleted(const VrfAction& action) const {
   return underWay != nullptr && underWay->kind == ResourceCall::Kind::deletion;
 }
 
-// Whether another subscriber has deleted the resource since the change that this one is being
-// notified of.
-bool VrfResources::anotherEndedIt() const noexcept {
+// Whether another subscriber has deleted the resource since the change of the action's count that
+// this one is being notified of.
+bool VrfResources::anotherEnded(const VrfAction& action) const noexcept {
   const VrfHwConfig::Change* change = users_->changes_.innermost();
-  return change != nullptr && change->resourceEnded;
+  return change != nullptr && change->resourceEnded && change->action == action;
+}
+
+void VrfResources::update(const VrfAction& vrfAction) {
+  if (isBeingDeleted(vrfAction)) return;
+  const VrfAction action = vrfAction;  // a hook may end what the caller passed
+  program(action);
 }
 
 // An entry stands for a resource: if the action loses it during the call, the outcome is that of a
 // resource which is gone, and is not stored.
-void VrfResources::update(const VrfAction& vrfAction) {
-  if (isBeingDeleted(vrfAction)) return;
-  // A copy, since the caller may have passed the key of an entry that is deleted in what follows.
-  const VrfAction action = vrfAction;
+void VrfResources::program(const VrfAction& action) {
   const Calls::Scope update(statuses_->calls_, action, ResourceCall::Kind::update);
   vrfSmMessages.updating(action.vrfName().bytes());
   const HwStatus outcome = helper_->updateVrf(action);
@@ -128,11 +127,12 @@ void VrfResources::updateNaming(const L3::VrfName& vrfName) {
 }
 
 void VrfResources::updateAll(void (*announce)(const VrfAction& action)) {
+  const VrfHwStatus::HwStatuses::Pin pin(statuses_->hwStatus_);
   for (auto entry = statuses_->hwStatus().iterator(); entry; ++entry) {
-    const VrfAction action = entry.key();
+    const VrfAction& action = entry.key();
     if (isBeingDeleted(action)) continue;
     announce(action);
-    update(action);
+    program(action);
   }
 }
 

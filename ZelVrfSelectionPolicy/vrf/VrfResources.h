@@ -11,10 +11,10 @@ namespace ZelVrfSelectionPolicy {
 /// refresh. The last stop before the chip: every call of a hook is made here, and its outcome
 /// stored.
 ///
-/// Always holds: an action has a status entry exactly while its resource exists. Calls for the
-/// resource of one action never nest: a count that changes during a creation or deletion is handled
-/// when that is complete, and from the call of `deleteVrf` on the action is not updated. Several
-/// state machines on the same tables keep this among them.
+/// Always holds: an action has a status entry exactly while its resource exists. Creations and
+/// deletions of one action never nest: a count that changes meanwhile is handled when that is
+/// complete. From the call of `deleteVrf` on the action is not updated. Several state machines on
+/// the same tables keep this among them.
 ///
 /// A hook may release the state machine. Whoever calls these functions holds it meanwhile.
 class VrfResources {
@@ -26,9 +26,9 @@ class VrfResources {
   VrfResources(const VrfResources&) = delete;
   VrfResources& operator=(const VrfResources&) = delete;
 
-  /// Brings the resource of `action` in line with its count. Stops the process for a count above
+  /// Brings the resource of `vrfAction` in line with its count. Stops the process for a count above
   /// 1 without a resource, and for the end of an action that has none.
-  void handleRefCountChange(const VrfAction& action);
+  void handleRefCountChange(const VrfAction& vrfAction);
 
   /// Has the chip program the resource of `vrfAction` again and stores the outcome, also when the
   /// action had no status before.
@@ -44,10 +44,10 @@ class VrfResources {
 
   void create(const VrfAction& action);
   void remove(const VrfAction& action);
-  [[nodiscard]] unsigned usersAfterRemoval(const VrfAction& action);
+  void program(const VrfAction& action);
   [[nodiscard]] ResourceCall* creationOrDeletion(const VrfAction& action) const;
   [[nodiscard]] bool isBeingDeleted(const VrfAction& action) const;
-  [[nodiscard]] bool anotherEndedIt() const noexcept;
+  [[nodiscard]] bool anotherEnded(const VrfAction& action) const noexcept;
 
   const Mox::Ptr<VrfHwConfig>& users_;
   const Mox::Ptr<VrfHwStatus>& statuses_;

@@ -13,20 +13,6 @@ namespace {
 
 using FallbackVrf = VrfSelectionPolicy::VrfSelectionFallbackVrf;
 
-// Adds `subscriber` to the publisher of `source`, or removes it, unless that is done already.
-template <class Source>
-void subscriptionIs(const Source& source, Velo::Subscriber& subscriber,
-                    Velo::Subscriber::Dispatch dispatch, bool subscribed) {
-  if (!source || (subscriber.dispatch != nullptr) == subscribed) return;
-  if (subscribed) {
-    subscriber.dispatch = dispatch;
-    source->publisher().subscriberIs(subscriber);
-  } else {
-    source->publisher().subscriberDel(subscriber);
-    subscriber.dispatch = nullptr;
-  }
-}
-
 }  // namespace
 
 VrfSm::VrfSm(const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
@@ -80,28 +66,37 @@ VrfSm::RouteStatus6Ptr VrfSm::routing6HwRouteStatus() const noexcept {
 }
 
 void VrfSm::subscriptionsAre(bool subscribed) {
-  subscriptionIs(vrfHwConfig_, vrfHwConfigSubscriber_, &vrfHwConfigDispatch, subscribed);
-  subscriptionIs(vrfFallbackConfig_, vrfFallbackConfigSubscriber_, &vrfFallbackConfigDispatch,
-                 subscribed);
+  if (vrfHwConfig_) {
+    vrfHwConfig_->publisher().subscriptionIs(vrfHwConfigSubscriber_, &vrfHwConfigDispatch,
+                                             subscribed);
+  }
+  if (vrfFallbackConfig_) {
+    vrfFallbackConfig_->publisher().subscriptionIs(vrfFallbackConfigSubscriber_,
+                                                   &vrfFallbackConfigDispatch, subscribed);
+  }
 }
 
 // The IPv4 route status alone has the VRFs; of the IPv6 one only the prefix lengths matter.
 void VrfSm::handleWhatIsThere() {
   const RouteStatusPtr routes = routingHwRouteStatus();
   const RouteStatus6Ptr routes6 = routing6HwRouteStatus();
-  const FactsAtStart facts(routes, routes6);
+  const VrfIdsAtStart vrfIds(routes);
+  const PrefixLensAtStart prefixLens(routes);
+  const PrefixLensAtStart prefixLensV6(routes6);
   handleInitialized();
   if (routes) {
     for (auto entry = routes->vrfStatus().iterator(); entry; ++entry)
       vrfInstanceIs(VrfStatusPtr(entry.value()));
+    vrfIds.handleChanges(*this);
     for (auto entry = routes->vrfPrefixLensInExactMatch().iterator(); entry; ++entry)
       vrfPrefixLensInExactMatchIs(PrefixLensPtr(entry.value()));
+    prefixLens.handleChanges(*this);
   }
   if (routes6) {
     for (auto entry = routes6->vrfPrefixLensInExactMatch().iterator(); entry; ++entry)
       vrfPrefixLensInExactMatchV6Is(PrefixLensPtr(entry.value()));
+    prefixLensV6.handleChanges(*this);
   }
-  facts.handleChanges(*this);
 }
 
 void VrfSm::handleInitialized() {
@@ -220,8 +215,7 @@ void VrfSm::fallbackVrfInfoDelAll() {
   fallbackLinks_->fallbackVrfInfoDelAll();
 }
 L3::VrfName VrfSm::fallbackVrfInfo(const L3::VrfName& vrf) const noexcept {
-  const L3::VrfName* found = fallbackVrfInfo().find(vrf);
-  return found == nullptr ? L3::VrfName() : *found;
+  return fallbackLinks_->fallbackVrfInfo(vrf);
 }
 const VrfSm::FallbackVrfInfo& VrfSm::fallbackVrfInfo() const noexcept {
   return fallbackLinks_->fallbackVrfInfo();

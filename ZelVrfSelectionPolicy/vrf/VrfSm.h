@@ -41,8 +41,6 @@ class VrfWatches;
 class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
                                                    public Quarry::SlabAllocated<VrfSm> {
  public:
-  class MoxRoutingHwRouteStatus;
-  class MoxRouting6HwRouteStatus;
   class VrfInstanceSm;
   class PrefixLensSm;
   class NestedSm_VrfPrefixLensInExactMatch;
@@ -174,6 +172,9 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   vrfPrefixLensInExactMatchV6() const noexcept;
 
  private:
+  class MoxRoutingHwRouteStatus;
+  class MoxRouting6HwRouteStatus;
+
   [[gnu::visibility("hidden")]] static void vrfHwConfigDispatch(
       Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
       const void* key, const void* value);

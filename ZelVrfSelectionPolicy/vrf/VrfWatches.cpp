@@ -11,7 +11,11 @@ Mox::Ptr<VrfSm::VrfInstanceSm> VrfWatches::instanceIs(const VrfSm::VrfStatusPtr&
     instance->notifierIs(vrfStatus);
   } else {
     instance = Mox::makePtr<VrfSm::VrfInstanceSm>(vrfStatus, &owner_);
-    instances_.insert(name, instance);
+    if (!instances_.insert(name, instance).second) {
+      // A trace sink has added the VRF meanwhile.
+      instance->vrfSmIs(nullptr);
+      return instanceIs(vrfStatus);
+    }
   }
   // Unless it has been removed by what followed from re-pointing it.
   if (instance->vrfSm() != nullptr) instance->moxDoZombieReactors(owner_.isZombie());

@@ -83,6 +83,7 @@ class PrefixLensWatches {
 
   void create(const Velo::String& name, const VrfSm::PrefixLensPtr& prefixLens) {
     const auto lengths = prefixLens->lengths();
+    const bool wasActive = owner_.hasNotificationActive();
     Mox::Ptr<Machine> machine;
     VrfSm::PrefixLensPtr latest;
     {
@@ -90,7 +91,8 @@ class PrefixLensWatches {
       machine = Mox::makePtr<Machine>(prefixLens, &owner_);
       latest = creation->latest;
     }
-    machine->hasNotificationActiveIs(true);
+    // Off if the owner was switched off during the creation, which did not reach the machine yet.
+    machine->hasNotificationActiveIs(owner_.hasNotificationActive() == wasActive);
     machines_.insert(name, machine);
     machine->moxDoZombieReactors(owner_.isZombie());
     if (!latest) {

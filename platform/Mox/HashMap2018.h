@@ -79,9 +79,6 @@ class HashMap2018 {
   [[nodiscard]] const Value& value(Position at) const noexcept { return entry(at).value; }
   [[nodiscard]] Value& value(Position at) noexcept { return entry(at).value; }
 
-  /// Has the processor fetch the value at `at`, which is to be looked at soon.
-  void prefetch(Position at) const noexcept { __builtin_prefetch(&entry(at).value); }
-
   /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
   /// it was inserted.
   std::pair<Position, bool> insert(const Key& key, const Value& value = Value()) {

@@ -53,15 +53,8 @@ void useUp(std::set<Velo::String>& names, Use use) {
 
 template <class Config>
 void subscriptionIs(const Mox::Ptr<Config>& config, Velo::Subscriber& subscriber,
-                    Velo::Subscriber::Dispatch dispatch) {
-  if (!config || (subscriber.dispatch != nullptr) == (dispatch != nullptr)) return;
-  if (dispatch != nullptr) {
-    config->publisher().subscriberIs(subscriber);
-    subscriber.dispatch = dispatch;
-  } else {
-    config->publisher().subscriberDel(subscriber);
-    subscriber.dispatch = nullptr;
-  }
+                    Velo::Subscriber::Dispatch dispatch, bool subscribed) {
+  if (config) config->publisher().subscriptionIs(subscriber, dispatch, subscribed);
 }
 
 std::set<std::uint32_t> sequencesOf(const std::vector<RuleKey>& rules) {
@@ -177,12 +170,10 @@ void ZelTrafficPolicySm::pausedIs(bool paused) {
 }
 
 void ZelTrafficPolicySm::subscriptionsAre(bool subscribed) {
-  subscriptionIs(inputs_.intfConfig, intfConfigSubscriber_,
-                 subscribed ? &intfConfigDispatch : nullptr);
-  subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_,
-                 subscribed ? &policyConfigDispatch : nullptr);
-  subscriptionIs(inputs_.classTypeConfig, classTypeConfigSubscriber_,
-                 subscribed ? &classTypeConfigDispatch : nullptr);
+  subscriptionIs(inputs_.intfConfig, intfConfigSubscriber_, &intfConfigDispatch, subscribed);
+  subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_, &policyConfigDispatch, subscribed);
+  subscriptionIs(inputs_.classTypeConfig, classTypeConfigSubscriber_, &classTypeConfigDispatch,
+                 subscribed);
 }
 
 void ZelTrafficPolicySm::intfConfigDispatch(Velo::Publisher* /*publisher*/,

@@ -19,6 +19,16 @@ class Publisher {
   void subscriberIs(Subscriber& subscriber) { subscribers_.add(subscriber); }
   /// Removes `subscriber`; nothing if it is not there.
   void subscriberDel(Subscriber& subscriber) noexcept { subscribers_.remove(subscriber); }
+  /// Adds `subscriber` with that dispatch function or removes it, unless that is done already.
+  void subscriptionIs(Subscriber& subscriber, Subscriber::Dispatch dispatch, bool subscribed) {
+    if ((subscriber.dispatch != nullptr) == subscribed) return;
+    subscriber.dispatch = subscribed ? dispatch : nullptr;
+    if (subscribed) {
+      subscriberIs(subscriber);
+    } else {
+      subscriberDel(subscriber);
+    }
+  }
   [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers_.empty(); }
 
   /// Calls every subscriber. The publisher may be gone when this returns.

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "L3/VrfName.h"
-#include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
+#include "Mox/PublishedMap.h"
 #include "Velo/Publisher.h"
 
 namespace VrfSelectionPolicy {
@@ -14,7 +14,8 @@ class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox:
   static constexpr Mox::Type moxType{"VrfSelectionPolicy::VrfSelectionFallbackVrf"};
   static constexpr Mox::AttributeId fallbackVrfAttribute = 258;
 
-  using FallbackVrfs = Mox::HashMap2018<L3::VrfName, L3::VrfName, 0x7f4a1b35>;
+  using PublishedFallbackVrfs = Mox::PublishedMap<L3::VrfName, L3::VrfName, 0x7f4a1b35>;
+  using FallbackVrfs = PublishedFallbackVrfs::Map;
 
   [[nodiscard]] static Mox::Ptr<VrfSelectionFallbackVrf> VrfSelectionFallbackVrfIs();
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override;
@@ -30,7 +31,7 @@ class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox:
   [[nodiscard]] L3::VrfName fallbackVrf(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] bool fallbackVrfHas(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] const FallbackVrfs& fallbackVrf() const noexcept {
-    return fallbackVrf_;
+    return fallbackVrf_.map();
   }
 
   /// Subscribing does not change the configuration, so it is open to those who may only read.
@@ -39,8 +40,8 @@ class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox:
   }
 
  private:
-  FallbackVrfs fallbackVrf_;
   mutable Velo::Publisher publisher_;
+  PublishedFallbackVrfs fallbackVrf_{publisher_, fallbackVrfAttribute};
 };
 
 }  // namespace VrfSelectionPolicy
