@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "testing/Journal.h"
 #include "testing/RecordingVrfHelper.h"
@@ -119,6 +121,39 @@ TEST_F(RebuildReentry, AHandlerMayBeGivenAKeyThatItsHookDeletes) {
   machine->handleVrfRefCountChange(counts.key(counts.position(late)));
   EXPECT_THAT(journal_.take(), ElementsAre("createVrf late", "deleteVrf late"));
   EXPECT_FALSE(statuses_->hwStatusHas(late));
+}
+
+TEST_F(RebuildReentry, AHandlerMayBeGivenAKeyOfATableThatItsHookClears) {
+  const VrfAction late("late", PolicyMap::ActionType::vrf);
+  const Mox::Ptr<VrfSm> machine = top_->vrfSm();
+  machine->hasNotificationActiveIs(false);
+  users_->vrfRefCountIs(late, 1);
+  chip_->onCreate = [this](const VrfAction&) {
+    users_->vrfRefCountDelAll();
+    for (int i = 0; i < 1000; ++i)
+      users_->vrfRefCountIs(VrfAction("v" + std::to_string(i), PolicyMap::ActionType::vrf), 1);
+    return HwStatus();
+  };
+  const auto& counts = users_->vrfRefCount();
+  machine->handleVrfRefCountChange(counts.key(counts.position(late)));
+  EXPECT_THAT(journal_.take(), ElementsAre("createVrf late"));
+  EXPECT_TRUE(statuses_->hwStatusHas(late));
+}
+
+TEST_F(RebuildReentry, AnUpdateMayBeGivenAKeyOfATableThatItsHookClears) {
+  const Mox::Ptr<VrfSm> machine = top_->vrfSm();
+  chip_->onUpdate = [this](const VrfAction&) {
+    statuses_->hwStatusDelAll();
+    for (int i = 0; i < 1000; ++i) {
+      statuses_->hwStatusIs(VrfAction("v" + std::to_string(i), PolicyMap::ActionType::vrf),
+                            HwStatus());
+    }
+    return HwStatus();
+  };
+  const auto& statuses = statuses_->hwStatus();
+  machine->updateVrfAction(statuses.key(statuses.position(green_)));
+  EXPECT_THAT(journal_.take(), ElementsAre("updateVrf green"));
+  EXPECT_FALSE(statuses_->hwStatusHas(green_));
 }
 
 TEST_F(RebuildReentry, AnOutcomeIsNotStoredForAnEntryThatCameAndWentDuringTheUpdate) {
