@@ -196,6 +196,42 @@ TEST_P(FactsDuringRebuild, ReachTheOldMachineWhenTheConstructionThrows) {
   EXPECT_GE(expectNothingIsLostInAnyCall(Outcome::throws, 3), 1U);
 }
 
+class FactsInALifecycleCallDuringRebuild : public FactsDuringRebuild {
+ protected:
+  /// A hook changes a count in each call of the construction in turn, and the fact changes in the
+  /// creation or deletion that follows.
+  static void expectNothingIsLost(Outcome outcome, void (*changeCount)(VrfHwConfig& users)) {
+    unsigned call = 1;
+    for (; !HasFailure(); ++call) {
+      RebuildWorld world(std::get<Difference>(GetParam()), outcome);
+      bool hasChanged = false;
+      world.inNextLifecycleCall([&] {
+        hasChanged = true;
+        change()(world.remaining());
+      });
+      const auto happening = [&](MachineInputs& remaining) { changeCount(*remaining.users); };
+      if (!world.rebuild(call, happening, 0)) break;
+      SCOPED_TRACE("in call " + std::to_string(call));
+      EXPECT_TRUE(hasChanged);
+      EXPECT_EQ(world.difference(), "");
+      EXPECT_EQ(world.unfollowedFacts(), "");
+    }
+    EXPECT_GT(call, 4U);
+  }
+  static void comes(VrfHwConfig& users) { users.vrfRefCountInc(lookUpIn("spare"), 1); }
+  static void leaves(VrfHwConfig& users) { users.vrfRefCountDec(lookUpIn("solo"), 1); }
+};
+
+TEST_P(FactsInALifecycleCallDuringRebuild, ReachWhicheverMachineRemainsAfterACreation) {
+  expectNothingIsLost(Outcome::succeeds, &comes);
+  expectNothingIsLost(Outcome::throws, &comes);
+}
+
+TEST_P(FactsInALifecycleCallDuringRebuild, ReachWhicheverMachineRemainsAfterADeletion) {
+  expectNothingIsLost(Outcome::succeeds, &leaves);
+  expectNothingIsLost(Outcome::throws, &leaves);
+}
+
 const auto nameOfCase = [](const auto& each) {
   return std::string(std::get<FactChange>(each.param).name) +
          nameOf(std::get<Difference>(each.param));
@@ -216,6 +252,19 @@ INSTANTIATE_TEST_SUITE_P(Fallback, FactsDuringRebuild,
 INSTANTIATE_TEST_SUITE_P(Flags, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofFlags),
                                           testing::ValuesIn(differences)),
+                         nameOfCase);
+
+INSTANTIATE_TEST_SUITE_P(Vrfs, FactsInALifecycleCallDuringRebuild,
+                         testing::Combine(testing::ValuesIn(ofVrfs),
+                                          testing::Values(Difference::routes, Difference::helper)),
+                         nameOfCase);
+INSTANTIATE_TEST_SUITE_P(Lengths, FactsInALifecycleCallDuringRebuild,
+                         testing::Combine(testing::ValuesIn(ofLengths),
+                                          testing::Values(Difference::routes6)),
+                         nameOfCase);
+INSTANTIATE_TEST_SUITE_P(Fallback, FactsInALifecycleCallDuringRebuild,
+                         testing::Combine(testing::ValuesIn(ofFallback),
+                                          testing::Values(Difference::fallback)),
                          nameOfCase);
 
 }  // namespace

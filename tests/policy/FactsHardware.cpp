@@ -66,6 +66,7 @@ HwStatus FactsHardware::create(const VrfAction& action) {
   call.perform(before);
   programs_[shown(action)] = facts_.programOf(action);
   call.perform(after);
+  performLifecycleWork();
   return {};
 }
 
@@ -83,6 +84,11 @@ void FactsHardware::remove(const VrfAction& action) {
   call.perform(before);
   programs_.erase(shown(action));
   call.perform(after);
+  performLifecycleWork();
+}
+
+void FactsHardware::performLifecycleWork() {
+  if (const auto work = std::exchange(inNextLifecycleCall, nullptr)) work();
 }
 
 }  // namespace ZelVrfSelectionPolicy::Testing

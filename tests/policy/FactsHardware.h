@@ -46,6 +46,8 @@ class FactsHardware {
   /// is touched, and after that.
   Work before;
   Work after;
+  /// What the next creation or deletion does in the end, inside another call or not.
+  std::function<void()> inNextLifecycleCall;
 
   /// How many calls there were that were not inside another.
   [[nodiscard]] unsigned outerCalls() const noexcept { return outerCalls_; }
@@ -55,6 +57,8 @@ class FactsHardware {
 
  private:
   class Call;
+
+  void performLifecycleWork();
 
   const Facts& facts_;
   std::map<std::string, std::string> programs_;

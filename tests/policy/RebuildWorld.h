@@ -4,6 +4,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "FactsHardware.h"
@@ -62,6 +63,11 @@ class RebuildWorld {
   /// so `further` calls later, or with the next one if that is 0. False when there are not as many
   /// calls.
   [[nodiscard]] bool rebuild(unsigned call, const Happening& happening, unsigned further);
+
+  /// What the next creation or deletion of a resource does.
+  void inNextLifecycleCall(std::function<void()> work) {
+    hardware_.inNextLifecycleCall = std::move(work);
+  }
 
   /// The inputs of the machine that remains.
   [[nodiscard]] MachineInputs& remaining() noexcept {
