@@ -8,7 +8,7 @@ VrfHwConfig::VrfHwConfig() = default;
 VrfHwConfig::~VrfHwConfig() = default;
 
 Mox::Ptr<VrfHwConfig> VrfHwConfig::VrfHwConfigIs() {
-  const auto created = Mox::Ptr<VrfHwConfig>::attached(new VrfHwConfig);
+  auto created = Mox::Ptr<VrfHwConfig>::attached(new VrfHwConfig);
   created->hasNotificationActiveIs(true);
   return created;
 }

@@ -9,7 +9,7 @@ VrfHwStatus::VrfHwStatus() : actionsByVrf_(std::make_unique<ActionsByVrf>()) {}
 VrfHwStatus::~VrfHwStatus() = default;
 
 Mox::Ptr<VrfHwStatus> VrfHwStatus::VrfHwStatusIs() {
-  const auto created = Mox::Ptr<VrfHwStatus>::attached(new VrfHwStatus);
+  auto created = Mox::Ptr<VrfHwStatus>::attached(new VrfHwStatus);
   created->hasNotificationActiveIs(true);
   return created;
 }

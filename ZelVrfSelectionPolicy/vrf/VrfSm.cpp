@@ -242,7 +242,6 @@ Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceIs(const VrfStatusPtr& vrfStatu
   return watches_->instanceIs(vrfStatus);
 }
 Mox::Ptr<VrfSm::VrfInstanceSm> VrfSm::vrfInstanceDel(const L3::VrfName& vrfName) {
-  const Mox::Ptr<VrfSm> alive(this);
   return watches_->instanceDel(vrfName);
 }
 void VrfSm::vrfInstanceDelAll() {
@@ -261,7 +260,6 @@ void VrfSm::vrfPrefixLensInExactMatchIs(const PrefixLensPtr& prefixLens) {
   watches_->prefixLens().is(prefixLens);
 }
 void VrfSm::vrfPrefixLensInExactMatchDel(const Velo::String& name) {
-  const Mox::Ptr<VrfSm> alive(this);
   watches_->prefixLens().del(name);
 }
 void VrfSm::vrfPrefixLensInExactMatchDelAll() {
@@ -278,7 +276,6 @@ void VrfSm::vrfPrefixLensInExactMatchV6Is(const PrefixLensPtr& prefixLens) {
   watches_->prefixLensV6().is(prefixLens);
 }
 void VrfSm::vrfPrefixLensInExactMatchV6Del(const Velo::String& name) {
-  const Mox::Ptr<VrfSm> alive(this);
   watches_->prefixLensV6().del(name);
 }
 void VrfSm::vrfPrefixLensInExactMatchV6DelAll() {

@@ -11,11 +11,8 @@ Mox::Ptr<VrfSm::VrfInstanceSm> VrfWatches::instanceIs(const VrfSm::VrfStatusPtr&
     instance->notifierIs(vrfStatus);
   } else {
     instance = Mox::makePtr<VrfSm::VrfInstanceSm>(vrfStatus, &owner_);
-    if (!instances_.insert(name, instance).second) {
-      // A trace sink has added the VRF meanwhile.
-      instance->vrfSmIs(nullptr);
-      return instanceIs(vrfStatus);
-    }
+    const bool isFirst = instances_.insert(name, instance).second;
+    if (!isFirst) return instanceIs(vrfStatus);  // a trace sink has added the VRF meanwhile
   }
   // Unless it has been removed by what followed from re-pointing it.
   if (instance->vrfSm() != nullptr) instance->moxDoZombieReactors(owner_.isZombie());

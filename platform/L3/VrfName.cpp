@@ -64,13 +64,13 @@ class VrfName::Table {
     const std::string_view bytes = wanted.bytes();
     auto text = std::make_unique_for_overwrite<char[]>(bytes.size());
     std::memcpy(text.get(), bytes.data(), bytes.size());
-    Key key({text.get(), bytes.size()}, wanted.seededHash());
+    const Key key({text.get(), bytes.size()}, wanted.seededHash());
     Interned fresh{.users = 0,
                    .number = 0,
                    .hashes = {wanted.seededHash(), Mox::hashSingleAttr(0, bytes)},
                    .size = static_cast<unsigned>(bytes.size()),
                    .text = std::move(text)};
-    const auto position = names_.insert(std::move(key), std::move(fresh)).first;
+    const auto position = names_.insert(Key(key), std::move(fresh)).first;
     Interned& name = names_.value(position);
     name.number = position + 1;
     return name;

@@ -21,7 +21,7 @@ void VrfSelectionFallbackVrf::fallbackVrfIs(const L3::VrfName& vrf, const L3::Vr
 }
 
 L3::VrfName VrfSelectionFallbackVrf::fallbackVrfDel(const L3::VrfName& vrf) {
-  const L3::VrfName before = fallbackVrf(vrf);
+  L3::VrfName before = fallbackVrf(vrf);
   fallbackVrf_.del(vrf);
   return before;
 }

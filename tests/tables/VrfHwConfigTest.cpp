@@ -372,5 +372,15 @@ TEST(VrfHwConfig, TablesAreCountedInTheirSlabWhileTheyLive) {
   EXPECT_EQ(liveTables(), 0U);
 }
 
+// The number of a name goes to another when nobody holds the name.
+TEST(VrfHwConfig, ADeletedEntryHoldsNoName) {
+  const auto table = vrfHwConfigFactory();
+  const auto passing = [] { return VrfAction("passing", ActionType::vrf); };
+  const unsigned number = passing().vrfName().number();
+  table->vrfRefCountIs(passing(), 1);
+  table->vrfRefCountDel(passing());
+  EXPECT_EQ(L3::VrfName("another").number(), number);
+}
+
 }  // namespace
 }  // namespace ZelVrfSelectionPolicy

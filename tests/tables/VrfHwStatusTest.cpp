@@ -242,5 +242,15 @@ TEST(VrfHwStatus, TablesAreCountedInTheirSlabWhileTheyLive) {
   EXPECT_EQ(liveTables(), 0U);
 }
 
+// The number of a name goes to another when nobody holds the name.
+TEST(VrfHwStatus, ADeletedEntryHoldsNoName) {
+  const auto table = vrfHwStatusFactory();
+  const auto passing = [] { return VrfAction("passing", ActionType::vrf); };
+  const unsigned number = passing().vrfName().number();
+  table->hwStatusIs(passing(), HwStatus());
+  table->hwStatusDel(passing());
+  EXPECT_EQ(L3::VrfName("another").number(), number);
+}
+
 }  // namespace
 }  // namespace ZelVrfSelectionPolicy

@@ -4,6 +4,7 @@
 
 #include "ZelVrfSelectionPolicy/vrf/VrfInstanceSm.h"
 #include "tests/vrf/FrameFixture.h"
+#include "tests/vrf/LiveObjects.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
@@ -46,6 +47,8 @@ TEST_F(VrfSmFrame, WithoutAnIpv4RouteStatusItHasNoReactorNoInstancesAndNoIpv4Pre
   routes6->vrfPrefixLensInExactMatchIs("blue");
   vrfSm = VrfSm::VrfSmIs(users, statuses, chip, fallback, nullptr, routes6);
   EXPECT_EQ(vrfSm->routingHwRouteStatus(), nullptr);
+  EXPECT_EQ(live("ZelVrfSelectionPolicy::VrfSm::MoxRoutingHwRouteStatus"), 0U);
+  EXPECT_EQ(live("ZelVrfSelectionPolicy::VrfSm::MoxRouting6HwRouteStatus"), 1U);
   EXPECT_EQ(notifiees(*routes), 0U);
   EXPECT_EQ(vrfSm->moxVrfInstance().count(), 0U);
   EXPECT_EQ(vrfSm->vrfPrefixLensInExactMatch().count(), 0U);
@@ -58,6 +61,7 @@ TEST_F(VrfSmFrame, WithoutAnIpv6RouteStatusItHasNoReactorAndNoIpv6PrefixLengths)
   routes6->vrfPrefixLensInExactMatchIs("blue");
   vrfSm = VrfSm::VrfSmIs(users, statuses, chip, fallback, routes, nullptr);
   EXPECT_EQ(vrfSm->routing6HwRouteStatus(), nullptr);
+  EXPECT_EQ(live("ZelVrfSelectionPolicy::VrfSm::MoxRouting6HwRouteStatus"), 0U);
   EXPECT_EQ(notifiees(*routes6), 0U);
   EXPECT_EQ(vrfSm->moxVrfInstance().count(), 1U);
   EXPECT_EQ(vrfSm->vrfPrefixLensInExactMatch().count(), 1U);

@@ -53,6 +53,33 @@ class ReentryAtStart : public NestedMachines {
   static constexpr std::array<const char*, 4> vrfs{"a", "b", "c", "d"};
 };
 
+// d falls back to c, and c to a. The id of a changes in the last update that these links call for,
+// when a has no nested machine yet.
+TEST_F(ReentryAtStart, IdThatChangesBeforeItsVrfIsWatchedReachesTwoLevelsOfDependents) {
+  const auto status = routes->vrfStatusIs("a");
+  fallback->fallbackVrfIs("c", "a");
+  fallback->fallbackVrfIs("d", "c");
+  chip->onUpdate = [&](const VrfAction& action) {
+    if (action == actionOf("d")) status->vrfIdIs(7);
+    return HwStatus();
+  };
+  build();
+  EXPECT_THAT(journal.take(), ElementsAre("updateVrf c", "updateVrf d", "updateVrf a",
+                                          "updateVrf c", "updateVrf d"));
+}
+
+TEST_F(ReentryAtStart, IdOfTheDefaultVrfThatChangesMeanwhileIsPassedOver) {
+  const auto status = routes->vrfStatusIs("default");
+  statuses->hwStatusIs(actionOf("default"), HwStatus());
+  fallback->fallbackVrfIs("d", "c");
+  chip->onUpdate = [&](const VrfAction&) {
+    status->vrfIdIs(7);
+    return HwStatus();
+  };
+  build();
+  EXPECT_THAT(journal.take(), ElementsAre("updateVrf d"));
+}
+
 TEST_F(ReentryAtStart, FallbackEntryRemovedBeforeItsTurnIsHandledForItsRemovalOnly) {
   for (std::size_t later = 1; later < vrfs.size(); ++later) {
     fallback->fallbackVrfDelAll();

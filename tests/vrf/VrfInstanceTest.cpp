@@ -44,6 +44,24 @@ TEST_F(VrfInstanceTracking, AssignedIdUpdatesWhatNamesTheVrfOnce) {
   EXPECT_THAT(journal.take(), ElementsAre("updateVrf red"));
 }
 
+TEST_F(VrfInstanceTracking, VrfThatATraceSinkAddsMeanwhileHasOneInstance) {
+  const auto red = VrfStatus::VrfStatusIs("red");
+  Mox::Ptr<VrfSm::VrfInstanceSm> inner;
+  const Mox::TraceSink before = Mox::traceSinkIs([&](std::string_view) {
+    Mox::traceLevelsIs("ZelVrfSelection=0");
+    inner = vrfSm->vrfInstanceIs(red);
+  });
+  Mox::traceLevelsIs("ZelVrfSelection=5");
+  const auto outer = vrfSm->vrfInstanceIs(red);
+  Mox::traceSinkIs(before);
+  ASSERT_NE(inner, nullptr);
+  EXPECT_EQ(outer, inner);
+  EXPECT_EQ(instanceOf("red"), inner);
+  created(actionOf("red"));
+  red->vrfIdIs(7);
+  EXPECT_THAT(journal.take(), ElementsAre("updateVrf red"));
+}
+
 TEST_F(VrfInstanceTracking, AssignedIdReachesTwoLevelsOfDependentVrfs) {
   const auto red = routes->vrfStatusIs("red");
   for (const char* vrf : {"red", "green", "blue", "grey"})
@@ -283,6 +301,20 @@ TEST_F(VrfInstanceTracking, InstanceWithoutAStatusTakesTheNextOneOfItsName) {
 
   EXPECT_THAT(journal.take(), ElementsAre("updateVrf red"));
   EXPECT_EQ(instanceOf("red")->vrfInstance(), red);
+}
+
+TEST_F(VrfInstanceTracking, InstanceWithoutAStatusHasNoIdToPropagate) {
+  routes->vrfStatusIs("red")->vrfIdIs(7);
+  const auto instance = instanceOf("red");
+  instance->notifierIs(nullptr);
+  const BothSinks sinks;
+  instance->handleVrfId();
+  const Messages expected{
+      {5, 201, "handleVrfId", "VrfSm::VrfInstanceSm::handleVrfId: VRF: vrfId:0"},
+      {7, 206, "handleVrfId",
+       "VrfSm::VrfInstanceSm::handleVrfId VRF ID not assigned yet, Skipping"}};
+  EXPECT_EQ(sinks.text(), BothSinks::textOf(expected));
+  EXPECT_THAT(journal.take(), IsEmpty());
 }
 
 TEST_F(VrfInstanceTracking, InstanceWithoutAStatusIsSilencedByItsRemovalOnly) {
