@@ -116,13 +116,13 @@ void VrfResources::program(const VrfAction& action) {
 
 void VrfResources::updateNaming(const L3::VrfName& vrfName) {
   vrfSmMessages.updatingAll(vrfName.bytes());
-  VrfHelper& helper = *helper_;
+  VrfHelper* const helper = helper_.get();
   VrfHwStatus::ActionsNaming actions(*statuses_, vrfName);
   while (actions.advance()) {
     const VrfAction& action = actions.action();
     if (isBeingDeleted(action)) continue;
     vrfSmMessages.updatingOneOfAll(vrfName.bytes());
-    actions.hwStatusIs(helper.updateVrf(action));
+    actions.hwStatusIs(helper->updateVrf(action));
   }
 }
 
