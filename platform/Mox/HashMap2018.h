@@ -114,7 +114,7 @@ class HashMap2018 {
     Pin(const Pin&) = delete;
     Pin& operator=(const Pin&) = delete;
     ~Pin() {
-      if (--map_.pins_ == 0) map_.discardWithdrawn();
+      if (--map_.pins_ == 0 && !map_.withdrawn_.empty()) map_.discardWithdrawn();
     }
 
    private:
@@ -276,7 +276,7 @@ class HashMap2018 {
     std::memcpy(slot(at), &firstFree_, sizeof(Position));
     firstFree_ = at;
   }
-  void discardWithdrawn() noexcept {
+  [[gnu::noinline]] void discardWithdrawn() noexcept {
     for (const Position at : withdrawn_)
       discard(at);
     if (withdrawn_.size() > mostKept) {
