@@ -71,6 +71,8 @@ void VrfResources::remove(const VrfAction& action) {
       failUncreatedDeletion(action);
     }
     vrfSmMessages.deleting(action.vrfName().bytes());
+    // Users who come meanwhile stay counted. If they leave again before the end, the entry that
+    // they leave goes too.
     users_->vrfRefCountDelUnused(action);
     statuses_->hwStatusDel(action);
     usersMeanwhile = users_->vrfRefCountDelUnused(action);
