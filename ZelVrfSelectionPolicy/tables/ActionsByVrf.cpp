@@ -40,11 +40,10 @@ void ActionsByVrf::erase(Position at, const VrfAction& action) noexcept {
 }
 
 void ActionsByVrf::clear() noexcept {
-  for (const auto& list : lists_) {
-    if (list == nullptr) continue;
-    std::fill(list->places.begin(), list->places.end(), none);
-    list->entries = 0;
-    tidy(*list);
+  for (List& list : lists_) {
+    std::fill(list.places.begin(), list.places.end(), none);
+    list.entries = 0;
+    tidy(list);
   }
   indexInList_.clear();
   indexInList_.shrink_to_fit();
@@ -52,16 +51,14 @@ void ActionsByVrf::clear() noexcept {
 
 void ActionsByVrf::link(Place place, const L3::VrfName& name) {
   if (lists_.size() <= name.number()) lists_.resize(name.number() + 1);
-  std::unique_ptr<List>& ofName = lists_[name.number()];
-  if (ofName == nullptr) ofName = std::make_unique<List>();
-  List& list = *ofName;
+  List& list = lists_[name.number()];
   indexInList_[place] = static_cast<std::uint32_t>(list.places.size());
   list.places.push_back(place);
   ++list.entries;
 }
 
 void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
-  List& list = *lists_[name.number()];
+  List& list = lists_[name.number()];
   list.places[indexInList_[place]] = none;
   --list.entries;
   tidy(list);

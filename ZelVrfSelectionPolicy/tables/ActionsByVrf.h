@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <deque>
 #include <vector>
 
 #include "L3/VrfName.h"
@@ -45,17 +45,17 @@ class ActionsByVrf {
   using Place = std::uint32_t;
   struct List {
     std::vector<Place> places;  // `none` is a hole
-    std::size_t entries = 0;    // in it, holes aside
-    unsigned walks = 0;
+    std::uint32_t entries = 0;  // in it, holes aside
+    std::uint32_t walks = 0;
   };
 
  public:
   /// A walk over the entries that name one VRF. The index must outlive it.
   class Walk {
    public:
-    Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept
-        : actions_(actions), list_(actions.list(vrfName)) {
-      if (list_ == nullptr) return;
+    Walk(ActionsByVrf& actions, const L3::VrfName& vrfName) noexcept : actions_(actions) {
+      if (vrfName.number() >= actions.lists_.size()) return;
+      list_ = &actions.lists_[vrfName.number()];
       at_ = list_->places.size();
       ++list_->walks;
     }
@@ -79,15 +79,12 @@ class ActionsByVrf {
 
    private:
     ActionsByVrf& actions_;
-    List* list_;  // null when nobody has ever named the VRF
+    List* list_ = nullptr;  // unless somebody has named the VRF
     std::size_t at_ = 0;
   };
 
  private:
   static Place place(Position at, unsigned field) noexcept { return at * fields + field; }
-  [[nodiscard]] List* list(const L3::VrfName& name) const noexcept {
-    return name.number() < lists_.size() ? lists_[name.number()].get() : nullptr;
-  }
   void link(Place place, const L3::VrfName& name);
   void unlink(Place place, const L3::VrfName& name) noexcept;
   void tidy(List& list) noexcept;
@@ -95,7 +92,7 @@ class ActionsByVrf {
 
   // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. A name's number
   // passes to another name only when no entry has it, so that its list has nothing but holes.
-  std::vector<std::unique_ptr<List>> lists_;  // by the numbers of names
+  std::deque<List> lists_;  // by the numbers of names; a walk points into it
   std::vector<std::uint32_t> indexInList_;
 };
 

@@ -38,17 +38,16 @@ unsigned VrfHwConfig::vrfRefCountDel(const VrfAction& action) {
   const VrfRefCounts::Pin pin(vrfRefCount_);
   const VrfRefCounts::Position at = vrfRefCount_.withdraw(action);
   if (at == VrfRefCounts::none) return 0;
-  notify(at, nullptr);
+  publish(at, nullptr);
   return vrfRefCount_.value(at);
 }
 
-// Removes the entry of `action` if its count is 0. Returns the count afterwards.
-unsigned VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
+// Removes the entry of `action` if its count is 0. Whether there was an entry, with whatever count.
+bool VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
   const unsigned* count = vrfRefCount_.find(action);
-  if (count == nullptr) return 0;
-  if (*count != 0) return *count;
-  vrfRefCountDel(action);
-  return vrfRefCount(action);  // a subscriber may have added users
+  if (count == nullptr) return false;
+  if (*count == 0) vrfRefCountDel(action);
+  return true;
 }
 
 void VrfHwConfig::vrfRefCountDelAll() {
@@ -66,16 +65,17 @@ unsigned VrfHwConfig::vrfRefCount(const VrfAction& action) const noexcept {
   return count == nullptr ? 0 : *count;
 }
 
+// The entry is pinned, since a subscriber may delete it.
 void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
   vrfRefCount_.value(at) = count;
-  notify(at, &count);
-}
-
-// The entry is pinned, since a subscriber may delete it.
-void VrfHwConfig::notify(VrfRefCounts::Position at, const unsigned* count) {
   if (!publisher_.hasSubscribers()) return;
   const Mox::Ptr<VrfHwConfig> alive(this);
   const VrfRefCounts::Pin pin(vrfRefCount_);
+  publish(at, &count);
+}
+
+// Precondition: the table and the entry are held.
+void VrfHwConfig::publish(VrfRefCounts::Position at, const unsigned* count) {
   const Changes::Scope change(changes_, vrfRefCount_.key(at));
   publisher_.publish(vrfRefCountAttribute, &change->action, count);
 }

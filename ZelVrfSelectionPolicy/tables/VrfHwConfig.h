@@ -69,8 +69,8 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
 
   [[gnu::visibility("hidden")]] VrfHwConfig();
   [[gnu::visibility("hidden")]] void countIs(VrfRefCounts::Position at, unsigned count);
-  [[gnu::visibility("hidden")]] unsigned vrfRefCountDelUnused(const VrfAction& action);
-  [[gnu::visibility("hidden")]] void notify(VrfRefCounts::Position at, const unsigned* count);
+  [[gnu::visibility("hidden")]] bool vrfRefCountDelUnused(const VrfAction& action);
+  [[gnu::visibility("hidden")]] void publish(VrfRefCounts::Position at, const unsigned* count);
 
   VrfRefCounts vrfRefCount_;
   Changes changes_;  // that subscribers are being notified of

@@ -22,12 +22,12 @@ void VrfHwStatus::hwStatusIs(const VrfAction& action, const HwStatus& status) {
   const auto [at, inserted] = hwStatus_.insert(action, status);
   if (!inserted) return presentIs(at, status);
   actionsByVrf_->insert(at, action);
-  notify(at, &status);
+  notify(at, status);
 }
 
 void VrfHwStatus::changeTo(HwStatuses::Position at, const HwStatus& status) {
   hwStatus_.value(at) = status;
-  notify(at, &status);
+  notify(at, status);
 }
 
 HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
@@ -40,7 +40,7 @@ HwStatus VrfHwStatus::hwStatusDel(const VrfAction& action) {
   calls_.forEach([&](ResourceCall& call) {
     if (call.action == removed) call.entryRemoved = true;
   });
-  notify(at, nullptr);
+  publisher_.publish(hwStatusAttribute, &removed, nullptr);
   return hwStatus_.value(at);
 }
 
@@ -65,11 +65,11 @@ bool VrfHwStatus::hwStatusHas(const VrfAction& action) const noexcept {
 }
 
 // The entry is pinned, since a subscriber may delete it.
-void VrfHwStatus::notify(HwStatuses::Position at, const HwStatus* status) {
+void VrfHwStatus::notify(HwStatuses::Position at, const HwStatus& status) {
   if (!publisher_.hasSubscribers()) return;
   const Mox::Ptr<VrfHwStatus> alive(this);
   const HwStatuses::Pin pin(hwStatus_);
-  publisher_.publish(hwStatusAttribute, &hwStatus_.key(at), status);
+  publisher_.publish(hwStatusAttribute, &hwStatus_.key(at), &status);
 }
 
 Mox::Ptr<VrfHwStatus> vrfHwStatusFactory() {

@@ -69,7 +69,7 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
     if (!(hwStatus_.value(at) == status)) changeTo(at, status);
   }
   [[gnu::visibility("hidden")]] void changeTo(HwStatuses::Position at, const HwStatus& status);
-  [[gnu::visibility("hidden")]] void notify(HwStatuses::Position at, const HwStatus* status);
+  [[gnu::visibility("hidden")]] void notify(HwStatuses::Position at, const HwStatus& status);
 
   HwStatuses hwStatus_;
   std::unique_ptr<class ActionsByVrf> actionsByVrf_;  // never null

@@ -26,12 +26,11 @@ constexpr const char* handler =
 
 }  // namespace
 
-void VrfResources::handleRefCountChange(const VrfAction& vrfAction) {
-  if (ResourceCall* underWay = creationOrDeletion(vrfAction)) {
+void VrfResources::handleRefCountChange(const VrfAction& action) {
+  if (ResourceCall* underWay = creationOrDeletion(action)) {
     underWay->countChanged = true;
     return;
   }
-  const VrfAction action = vrfAction;  // a hook may end what the caller passed
   const unsigned count = users_->vrfRefCount(action);
   const bool isCreated = statuses_->hwStatusHas(action);
   if (count == 0) {
@@ -62,7 +61,7 @@ void VrfResources::create(const VrfAction& action) {
 }
 
 void VrfResources::remove(const VrfAction& action) {
-  unsigned usersMeanwhile = 0;
+  bool countedMeanwhile = false;
   {
     const Calls::Scope deletion(statuses_->calls_, action, ResourceCall::Kind::deletion);
     helper_->deleteVrf(action);
@@ -75,12 +74,12 @@ void VrfResources::remove(const VrfAction& action) {
     // they leave goes too.
     users_->vrfRefCountDelUnused(action);
     statuses_->hwStatusDel(action);
-    usersMeanwhile = users_->vrfRefCountDelUnused(action);
+    countedMeanwhile = users_->vrfRefCountDelUnused(action);
     users_->changes_.forEach([&](VrfHwConfig::Change& change) {
       if (change.action == action) change.resourceEnded = true;
     });
   }
-  if (usersMeanwhile != 0) create(action);
+  if (countedMeanwhile && users_->vrfRefCount(action) != 0) create(action);
 }
 
 VrfResources::ResourceCall* VrfResources::creationOrDeletion(const VrfAction& action) const {

@@ -26,9 +26,10 @@ class VrfResources {
   VrfResources(const VrfResources&) = delete;
   VrfResources& operator=(const VrfResources&) = delete;
 
-  /// Brings the resource of `vrfAction` in line with its count. Stops the process for a count above
-  /// 1 without a resource, and for the end of an action that has none.
-  void handleRefCountChange(const VrfAction& vrfAction);
+  /// Brings the resource of `action`, which must live throughout the call, in line with its count.
+  /// Stops the process for a count above 1 without a resource, and for the end of an action that
+  /// has none.
+  void handleRefCountChange(const VrfAction& action);
 
   /// Has the chip program the resource of `vrfAction` again and stores the outcome, also when the
   /// action had no status before.

@@ -139,7 +139,8 @@ void VrfSm::vrfHwConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber
   if (attributeId != VrfHwConfig::vrfRefCountAttribute) return;
   VrfSm& vrfSm = Velo::MemberSubscriber<VrfSm>::ownerOf(subscriber);
   if (vrfSm.ignoresChanges()) return;
-  vrfSm.handleVrfRefCountChange(*static_cast<const VrfAction*>(key));
+  const Mox::Ptr<VrfSm> alive(&vrfSm);
+  vrfSm.resources_->handleRefCountChange(*static_cast<const VrfAction*>(key));
 }
 
 void VrfSm::vrfFallbackConfigDispatch(Velo::Publisher* /*publisher*/, Velo::Subscriber* subscriber,
@@ -156,7 +157,8 @@ void VrfSm::mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf) {
 
 void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
   const Mox::Ptr<VrfSm> alive(this);
-  resources_->handleRefCountChange(vrfAction);
+  const VrfAction action = vrfAction;  // a hook may end what the caller passed
+  resources_->handleRefCountChange(action);
 }
 
 void VrfSm::updateVrfAction(const VrfAction& vrfAction) {

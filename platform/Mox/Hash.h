@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <string_view>
 
@@ -18,8 +19,7 @@ class Hash {
       : state_((std::uint64_t{stream} << 32 | seed) ^ 0x6a09e667f3bcc909ULL) {}
 
   void hashMix(std::uint32_t word) noexcept {
-    state_ = (state_ ^ word) * 0x9e3779b97f4a7c15ULL;
-    state_ ^= state_ >> 29;
+    state_ = std::rotl(state_, 29) ^ word * 0x9e3779b97f4a7c15ULL;
   }
 
   [[nodiscard]] std::uint32_t result() const noexcept {

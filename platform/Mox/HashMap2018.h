@@ -63,15 +63,13 @@ class HashMap2018 {
     const std::size_t place = presentPlace(key);
     return place == absent ? none : index_[place].position;
   }
-  [[nodiscard]] bool has(const Key& key) const noexcept { return position(key) != none; }
+  [[nodiscard]] bool has(const Key& key) const noexcept { return presentPlace(key) != absent; }
   /// The value of `key`, null when it is absent.
   [[nodiscard]] const Value* find(const Key& key) const noexcept {
-    const Position found = position(key);
-    return found == none ? nullptr : &entry(found).value;
+    return has(key) ? &recent_->value : nullptr;
   }
   [[nodiscard]] Value* find(const Key& key) noexcept {
-    const Position found = position(key);
-    return found == none ? nullptr : &entry(found).value;
+    return has(key) ? &recent_->value : nullptr;
   }
 
   /// Key and value at the position of a living entry.
@@ -138,7 +136,7 @@ class HashMap2018 {
     destroyEntries();
     std::vector<std::unique_ptr<Chunk>>().swap(chunks_);
     std::vector<IndexEntry>().swap(index_);
-    recentPlace_ = 0;
+    recent_ = nullptr;
     firstFree_ = none;
     slots_ = 0;
     count_ = 0;
@@ -215,7 +213,7 @@ class HashMap2018 {
 
   template <class K, class V>
   std::pair<Position, bool> insertAs(K&& key, V&& value) {
-    if (isAtRecentPlace(key)) return {index_[recentPlace_].position, false};
+    if (isRecent(key)) return {index_[recentPlace_].position, false};
     const std::uint32_t hash = hashOf(key);
     if (index_.empty()) grow();
     std::size_t place = indexPlace(key, hash);
@@ -225,10 +223,10 @@ class HashMap2018 {
       place = indexPlace(key, hash);
     }
     const Position at = newSlot();
-    new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
+    recent_ = new (slot(at)) Entry{std::forward<K>(key), std::forward<V>(value)};
+    recentPlace_ = place;
     chunkOf(at).used |= bitOf(at);
     index_[place] = {hash, at};
-    recentPlace_ = place;
     ++count_;
     return {at, true};
   }
@@ -291,12 +289,14 @@ class HashMap2018 {
       chunkOf(at).used &= ~bitOf(at);
     }
     index_.assign(index_.size(), {});
+    recent_ = nullptr;
     count_ = 0;
   }
   void takeOut(std::size_t place) noexcept {
     const Position at = index_[place].position;
     chunkOf(at).used &= ~bitOf(at);
     closeIndexGap(place);
+    recent_ = nullptr;
     --count_;
   }
   void destroyEntries() noexcept {
@@ -308,19 +308,15 @@ class HashMap2018 {
   static unsigned indexLimit(std::size_t places) noexcept {
     return static_cast<unsigned>(places / 2);
   }
-  // Whether `key` has the place where the last search ended: a change and those who are told of it
-  // ask for one key again and again.
-  bool isAtRecentPlace(const Key& key) const noexcept {
-    if (count_ == 0) return false;
-    const Position recent = index_[recentPlace_].position;
-    return recent != none && entry(recent).key == key;
-  }
-  // The place of `key` in the index, `absent` when it has none.
+  bool isRecent(const Key& key) const noexcept { return recent_ != nullptr && recent_->key == key; }
+  // The place of `key` in the index, which makes it the recent one; `absent` when it has none.
   std::size_t presentPlace(const Key& key) const noexcept {
+    if (isRecent(key)) return recentPlace_;
     if (count_ == 0) return absent;
-    if (isAtRecentPlace(key)) return recentPlace_;
     const std::size_t place = indexPlace(key, hashOf(key));
-    if (index_[place].position == none) return absent;
+    const Position found = index_[place].position;
+    if (found == none) return absent;
+    recent_ = &entry(found);
     return recentPlace_ = place;
   }
   // The place of `key` in the index, or the free place where it would go.
@@ -344,6 +340,7 @@ class HashMap2018 {
       grown[place] = old;
     }
     index_.swap(grown);
+    recent_ = nullptr;
   }
   // Moves later members of the probe sequence back, so that no search ends too early.
   void closeIndexGap(std::size_t gap) noexcept {
@@ -360,7 +357,11 @@ class HashMap2018 {
 
   std::vector<std::unique_ptr<Chunk>> chunks_;
   std::vector<IndexEntry> index_;
-  mutable std::size_t recentPlace_ = 0;  // in the index, unless that is empty
+  // The entry that was found or inserted last, and its place in the index; null when it has been
+  // deleted or places have moved. A change and those who are told of it ask for one key again and
+  // again.
+  mutable Entry* recent_ = nullptr;
+  mutable std::size_t recentPlace_ = 0;
   Position slots_ = 0;  // positions below it have been used since the last clearing
   Position firstFree_ = none;
   unsigned count_ = 0;
