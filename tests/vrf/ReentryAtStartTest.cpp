@@ -68,6 +68,22 @@ TEST_F(ReentryAtStart, IdThatChangesBeforeItsVrfIsWatchedReachesTwoLevelsOfDepen
                                           "updateVrf c", "updateVrf d"));
 }
 
+// The same with prefix lengths that go, of a VRF whose name is as long as names may be.
+TEST_F(ReentryAtStart, PrefixLengthsThatGoBeforeTheyAreWatchedReachTwoLevelsOfDependents) {
+  const std::string longest(L3::VrfName::maxLength, 'n');
+  statuses->hwStatusIs(actionOf(longest), HwStatus());
+  routes->vrfPrefixLensInExactMatchIs(longest);
+  fallback->fallbackVrfIs("c", longest);
+  fallback->fallbackVrfIs("d", "c");
+  chip->onUpdate = [&](const VrfAction& action) {
+    if (action == actionOf("d")) routes->vrfPrefixLensInExactMatchDel(longest);
+    return HwStatus();
+  };
+  build();
+  EXPECT_THAT(journal.take(), ElementsAre("updateVrf c", "updateVrf d", "updateVrf " + longest,
+                                          "updateVrf c", "updateVrf d"));
+}
+
 TEST_F(ReentryAtStart, IdOfTheDefaultVrfThatChangesMeanwhileIsPassedOver) {
   const auto status = routes->vrfStatusIs("default");
   statuses->hwStatusIs(actionOf("default"), HwStatus());
