@@ -199,7 +199,7 @@ class Workbench:
             GTEST_FAIL_FAST="1",
             MOX_HASH_SEED="1",
             ZEL_TEST_SEED="1",
-            ZEL_MODEL_HISTORIES="80",
+            ZEL_TEST_PERCENT="25",
         )
         process = subprocess.Popen(
             [str(self.build / "bin" / program), *arguments],

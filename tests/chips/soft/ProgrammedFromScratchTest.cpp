@@ -20,6 +20,7 @@
 #include <random>
 #include <sstream>
 
+#include "testing/RandomRounds.h"
 #include "testing/RandomSeed.h"
 #include "tests/chips/soft/ChipWorld.h"
 
@@ -28,9 +29,10 @@ namespace {
 
 using PolicyMap::ActionType;
 using ZelVrfSelectionPolicy::VrfAction;
+using ZelVrfSelectionPolicy::Testing::randomRounds;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
-constexpr int histories = 2000;
+constexpr std::size_t histories = 250;
 constexpr int stepsPerHistory = 500;
 
 using Steps = std::vector<Step>;
@@ -216,7 +218,7 @@ std::string explain(History history, const Check& check) {
 void checkHistories(HistoryMaker::Events events, const Check& check) {
   const RandomSeed seed;
   HistoryMaker maker(seed.value(), events);
-  for (int i = 0; i < histories; ++i) {
+  for (std::size_t i = 0; i < randomRounds(histories); ++i) {
     const History history = maker.make();
     if (!check(history)) continue;
     FAIL() << "history " << i << "; " << seed.replay() << '\n' << explain(history, check);

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t arenaBytes = std::size_t{1} << 30;
+constexpr std::size_t arenaBytes = std::size_t{64} << 30;  // of addresses, not of memory
 
 std::size_t madeSoFar = 0;
 bool onPages = false;
@@ -19,8 +19,13 @@ bool isInArena(const void* memory) noexcept {
   return arena != nullptr && memory >= arena && memory < arena + arenaBytes;
 }
 
+std::size_t pageBytes() noexcept {
+  static const auto bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  return bytes;
+}
+
 void* pagesFor(std::size_t size) noexcept {
-  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  const std::size_t page = pageBytes();
   if (arena == nullptr) {
     void* mapped = mmap(nullptr, arenaBytes, PROT_READ | PROT_WRITE,
                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
@@ -49,7 +54,11 @@ void* allocateOrThrow(std::size_t size, std::size_t alignment = 0) {
 }
 
 void release(void* memory) noexcept {
-  if (!isInArena(memory)) std::free(memory);
+  if (isInArena(memory)) {
+    madvise(memory, pageBytes(), MADV_DONTNEED);  // most have no more than one
+  } else {
+    std::free(memory);
+  }
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace Allocations {
 [[nodiscard]] std::size_t made() noexcept;
 /// How many of them `work` makes.
 [[nodiscard]] std::size_t madeBy(const std::function<void()>& work);
-/// While one lives, every allocation stands on pages that it shares with no other. They are not
-/// given back.
+/// While one lives, every allocation stands on pages that it shares with no other. Their addresses
+/// are not used again.
 class OnPagesOfTheirOwn {
  public:
   OnPagesOfTheirOwn() noexcept;

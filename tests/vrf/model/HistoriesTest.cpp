@@ -1,7 +1,7 @@
 // The library against the reference model, over many random histories.
 //
-// ZEL_MODEL_SEED=n replays the history of that seed; ZEL_MODEL_HISTORIES=n sets how many there are
-// in all, ZEL_MODEL_FIRST_SEED=n where their seeds begin.
+// The seeds follow one that is drawn in each run, or given by ZEL_TEST_SEED. ZEL_MODEL_SEED=n replays
+// the history of that one seed. ZEL_TEST_PERCENT says how many histories there are.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,18 +18,22 @@
 #include "History.h"
 #include "Isolation.h"
 #include "Report.h"
+#include "testing/RandomRounds.h"
+#include "testing/RandomSeed.h"
 
 namespace VrfModel {
 namespace {
 
 constexpr unsigned shards = 8;
 constexpr std::size_t eventsPerHistory = 500;
-constexpr std::uint64_t histories = 2400;
+constexpr std::size_t histories = 320;
 constexpr std::uint64_t firstSeed = 1;
 
-std::uint64_t environment(const char* name, std::uint64_t otherwise) {
+// The seed to replay, 0 for none.
+std::uint64_t replayedSeed() {
+  const char* name = "ZEL_MODEL_SEED";
   const char* text = std::getenv(name);
-  if (text == nullptr) return otherwise;
+  if (text == nullptr) return 0;
   const std::string_view digits(text);
   std::uint64_t number = 0;
   const auto [end, error] = std::from_chars(text, text + digits.size(), number);
@@ -37,7 +41,7 @@ std::uint64_t environment(const char* name, std::uint64_t otherwise) {
   throw std::invalid_argument(std::string(name) + "='" + text + "': expected a decimal number");
 }
 
-/// What befalls the history of one seed.
+/// The history of one seed.
 struct Drawn {
   explicit Drawn(std::uint64_t seed) {
     RandomChoices choices(seed);
@@ -70,13 +74,13 @@ class SharedNumber {
 
 // The seeds of one shard: every `shards`-th, or the one to be replayed.
 std::vector<std::uint64_t> seedsOf(unsigned shard) {
-  const std::uint64_t replayed = environment("ZEL_MODEL_SEED", 0);
+  const std::uint64_t replayed = replayedSeed();
   if (replayed != 0) {
     return shard == 0 ? std::vector<std::uint64_t>{replayed} : std::vector<std::uint64_t>{};
   }
   std::vector<std::uint64_t> seeds;
-  const std::uint64_t first = environment("ZEL_MODEL_FIRST_SEED", firstSeed);
-  const std::uint64_t count = environment("ZEL_MODEL_HISTORIES", histories);
+  static const std::uint64_t first = ZelVrfSelectionPolicy::Testing::RandomSeed().value();
+  const std::size_t count = ZelVrfSelectionPolicy::Testing::randomRounds(histories);
   for (std::uint64_t index = shard; index < count; index += shards)
     seeds.push_back(first + index);
   return seeds;
