@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "agent/config/PrintableText.h"
+#include "agent/language/PrintableText.h"
 #include "fuzz/Must.h"
 
 namespace Fuzz {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/ForwardingAgent.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace Fuzz {
 

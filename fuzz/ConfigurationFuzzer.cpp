@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "agent/config/ConfigError.h"
 #include "agent/config/OpenConfigReader.h"
+#include "agent/language/ConfigError.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/Must.h"
 

@@ -12,10 +12,10 @@
 #include <vector>
 
 #include "Blinklog/Ring.h"
-#include "agent/control/ControlService.h"
-#include "agent/events/EventError.h"
-#include "agent/events/EventReader.h"
-#include "agent/events/EventText.h"
+#include "agent/language/EventError.h"
+#include "agent/model/events/EventReader.h"
+#include "agent/model/events/EventText.h"
+#include "agent/serve/protocol/ControlService.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/FuzzedBytes.h"
 #include "fuzz/Must.h"

@@ -9,11 +9,11 @@
 #include <variant>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/events/EventError.h"
-#include "agent/events/EventFile.h"
-#include "agent/events/EventPlayer.h"
-#include "agent/events/EventReader.h"
-#include "agent/events/EventText.h"
+#include "agent/language/EventError.h"
+#include "agent/model/events/EventFile.h"
+#include "agent/model/events/EventPlayer.h"
+#include "agent/model/events/EventReader.h"
+#include "agent/model/events/EventText.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/Must.h"
 

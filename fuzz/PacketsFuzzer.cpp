@@ -9,7 +9,7 @@
 
 #include <numeric>
 
-#include "agent/forward/EthernetFrame.h"
+#include "agent/model/packets/EthernetFrame.h"
 #include "fuzz/Must.h"
 #include "fuzz/PacketChecks.h"
 #include "fuzz/PacketWorld.h"

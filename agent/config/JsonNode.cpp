@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "agent/config/ConfigError.h"
-#include "agent/config/PrintableText.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
 namespace {

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "agent/config/ConfigError.h"
-#include "agent/config/PrintableText.h"
-#include "agent/config/TextFile.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/PrintableText.h"
+#include "agent/language/TextFile.h"
 
 namespace ZelAgent {
 namespace {

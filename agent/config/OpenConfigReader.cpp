@@ -6,14 +6,14 @@
 #include <set>
 #include <utility>
 
-#include "agent/config/ConfigError.h"
 #include "agent/config/JsonNode.h"
 #include "agent/config/JsonText.h"
 #include "agent/config/Names.h"
 #include "agent/config/PolicyReader.h"
-#include "agent/config/PrintableText.h"
 #include "agent/config/StaticRouteReader.h"
 #include "agent/config/UniqueKeys.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
 namespace {

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "agent/config/ConfigError.h"
+#include "agent/language/ConfigError.h"
 
 namespace ZelAgent {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "agent/config/ConfigError.h"
 #include "agent/config/OpenConfigReader.h"
+#include "agent/language/ConfigError.h"
 #include "tests/agent/config/BadInputs.h"
 
 namespace ZelAgent {

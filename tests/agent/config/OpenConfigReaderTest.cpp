@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "agent/config/ConfigError.h"
+#include "agent/language/ConfigError.h"
 
 namespace ZelAgent {
 namespace {

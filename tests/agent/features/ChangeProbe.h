@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "Velo/Subscriber.h"
-#include "agent/ForwardingAgent.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
 

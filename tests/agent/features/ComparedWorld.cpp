@@ -3,10 +3,10 @@
 #include <sstream>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/events/EventError.h"
-#include "agent/events/EventPlayer.h"
-#include "agent/forward/Explanation.h"
-#include "agent/render/CounterReport.h"
+#include "agent/language/EventError.h"
+#include "agent/model/events/EventPlayer.h"
+#include "agent/reports/CounterReport.h"
+#include "agent/reports/Explanation.h"
 
 namespace ZelAgent {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/ForwardingAgent.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 #include "tests/agent/features/ForwardRun.h"
 #include "tests/agent/features/RandomWorld.h"
 #include "tests/agent/features/ReferenceForwarder.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/ForwardingAgent.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 #include "tests/agent/TestPackets.h"
 
 namespace ZelAgent {

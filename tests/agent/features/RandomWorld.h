@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "agent/config/Configuration.h"
-#include "agent/events/Event.h"
+#include "agent/model/events/Event.h"
 
 namespace ZelAgent {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "agent/config/Configuration.h"
-#include "agent/events/Event.h"
+#include "agent/model/events/Event.h"
 #include "chips/soft/HookCall.h"
 #include "tests/agent/features/ReferencePacket.h"
 #include "tests/agent/features/ReferenceRoutes.h"

@@ -15,7 +15,7 @@
 #include "Blinklog/RingImage.h"
 #include "Mox/TraceHandle.h"
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
-#include "agent/policy/UserCountingAclHelper.h"
+#include "agent/model/policies/UserCountingAclHelper.h"
 #include "chips/soft/SoftAclHelper.h"
 #include "chips/soft/SoftVrfHelper.h"
 #include "tests/agent/memory/FailingAllocation.h"

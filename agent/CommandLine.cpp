@@ -1,0 +1,254 @@
+#include "agent/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <iostream>
+#include <limits>
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "Mox/TraceHandle.h"
+#include "agent/commands/offline/ExplainCommand.h"
+#include "agent/commands/offline/FallbackGraphCommand.h"
+#include "agent/commands/offline/ForwardCommand.h"
+#include "agent/commands/offline/RunCommand.h"
+#include "agent/commands/offline/TraceCommand.h"
+#include "agent/language/PrintableText.h"
+#include "agent/serve/console/CtlCommand.h"
+#include "agent/serve/daemon/ServeCommand.h"
+
+namespace ZelAgent {
+namespace {
+
+// What is wrong with the text as a count; empty where nothing is.
+std::string problemWithCount(const std::string& text) {
+  std::uint32_t count = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, count);
+  if (error == std::errc{} && stopped == end) return {};
+  return "must be a whole number from 0 to " +
+         std::to_string(std::numeric_limits<std::uint32_t>::max()) + ", not " + inQuotes(text);
+}
+
+constexpr const char* eventsHelp =
+    R"(Events, one a line; '#' begins a comment. Names with blanks or odd bytes are quoted, as 'a\x00b'.
+  vrf NAME id N           the hardware gives the VRF this id; 0 takes it away
+  vrf NAME remove         the hardware no longer knows the VRF; its configuration stays
+  vrf NAME add [id N]     the hardware reports the VRF by a new status, in place of any before. An
+                          id that a status brings along is looked at at once where it replaces
+                          another; in a VRF that is new, when it changes, or with the next update
+  fallback NAME to NAME   fallback NAME remove
+  decap-nh on|off         decap-nh-fallback on|off
+  prefix-lens ipv4|ipv6 NAME LENGTH...    these prefix lengths, and no others, are in exact match
+  prefix-lens ipv4|ipv6 NAME remove
+  config FILE             the file, from the folder of the events, is applied as a change of the
+                          configuration before: what the two do not tell apart stays as events
+                          made it
+  chip capacity N         chip fail VRF|any COUNT (the next COUNT creations and updates fail)
+  route VRF PREFIX decap  route VRF PREFIX via INTERFACE   in front of the configured routes
+  route VRF PREFIX remove takes such a route back
+  show                    the table, and every resource of the chip in full)";
+
+void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
+              const std::string& description) {
+  command.add_option(name, count, description)
+      ->capture_default_str()
+      ->check(CLI::Validator(problemWithCount, "N"));
+}
+
+struct CommandLine {
+  RunOptions run;
+  FallbackGraphOptions fallbackGraph;
+  ForwardOptions forward;
+  ExplainOptions explain;
+  DaemonOptions serve;
+  std::uint32_t clientTimeout = 30;  // seconds
+  CtlOptions ctl;
+  TraceOptions traceFile;
+  bool trace = false;
+  std::optional<std::string> traceRing;  // a file
+};
+
+void addTraceRing(CLI::App& command, CommandLine& commandLine) {
+  command
+      .add_option("--trace-ring", commandLine.traceRing,
+                  "Keep the library's last messages in a file, for zel-agent trace")
+      ->type_name("FILE");
+}
+
+void describeRun(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const run = app.add_subcommand(
+      "run", "Apply configurations in turn, each as a change of the one before, and report");
+  run->add_option("CONFIG", commandLine.run.configurations, "OpenConfig JSON files")->required();
+  run->add_option("--events", commandLine.run.events, "A file of events, played afterwards")
+      ->type_name("FILE");
+  run->add_flag("--json", commandLine.run.json, "Report as JSON, one document per line");
+  run->add_flag("--strict", commandLine.run.strict,
+                "Exit with status 1 when an action was not programmed on the chip");
+  run->add_flag("--trace", commandLine.trace, "Write the library's trace to standard error");
+  addCount(*run, "--chip-capacity", commandLine.run.chipCapacity,
+           "VRF resources that the chip has");
+  addTraceRing(*run, commandLine);
+  run->footer(eventsHelp);
+}
+
+void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const graph = app.add_subcommand(
+      "fallback-graph", "Show which VRF falls back to which, and which actions name them");
+  graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
+      ->required();
+  graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Show it in Graphviz's language");
+}
+
+void describeForward(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const forward = app.add_subcommand(
+      "forward", "Send captured packets through the chip, and write what leaves it");
+  forward->add_option("CONFIG", commandLine.forward.configuration, "An OpenConfig JSON file")
+      ->required();
+  forward->add_option("--events", commandLine.forward.events, "A file of events, played before")
+      ->type_name("FILE");
+  forward
+      ->add_option("--in", commandLine.forward.captures,
+                   "Where packets come in, and a capture (pcap) of Ethernet or raw IP")
+      ->type_name("INTERFACE=FILE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->required();
+  forward
+      ->add_option("--out", commandLine.forward.folder,
+                   "Where a capture is written for each interface by which packets leave")
+      ->type_name("DIR")
+      ->required();
+  forward->add_flag("--json", commandLine.forward.json, "Report the counters as JSON");
+  addTraceRing(*forward, commandLine);
+}
+
+constexpr const char* packetHelp =
+    R"(A packet is written
+  ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]
+  hex BYTES)";
+
+void describeExplain(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const explain =
+      app.add_subcommand("explain", "Tell the way of one packet through the chip, step by step");
+  explain->add_option("CONFIG", commandLine.explain.configuration, "An OpenConfig JSON file")
+      ->required();
+  explain->add_option("--events", commandLine.explain.events, "A file of events, played before")
+      ->type_name("FILE");
+  explain->add_option("--in", commandLine.explain.interface, "Where the packet comes in")
+      ->type_name("INTERFACE")
+      ->required();
+  explain->add_option("--packet", commandLine.explain.packet, "The packet")
+      ->type_name("TEXT")
+      ->required();
+  explain->add_flag("--json", commandLine.explain.json, "Tell it as JSON");
+  addTraceRing(*explain, commandLine);
+  explain->footer(packetHelp);
+}
+
+void describeServe(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const serve = app.add_subcommand(
+      "serve", "Apply a configuration and serve on a socket until SIGTERM; SIGHUP reads it again");
+  serve->add_option("CONFIG", commandLine.serve.configuration, "An OpenConfig JSON file")
+      ->required();
+  serve->add_option("--socket", commandLine.serve.socket, "The Unix socket to make")
+      ->type_name("PATH")
+      ->required();
+  addCount(*serve, "--chip-capacity", commandLine.serve.chipCapacity,
+           "VRF resources that the chip has");
+  addCount(*serve, "--client-timeout", commandLine.clientTimeout,
+           "Seconds after which a client that takes nothing of its answer is dropped; 0 for never");
+  addTraceRing(*serve, commandLine);
+}
+
+void describeCtl(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const ctl = app.add_subcommand(
+      "ctl", "Ask a daemon; without a command, in a console or line by line from standard input");
+  ctl->add_option("--socket", commandLine.ctl.socket, "The socket that the daemon serves on")
+      ->type_name("PATH")
+      ->required();
+  ctl->add_flag("--json", commandLine.ctl.json, "Show output as JSON");
+  ctl->add_option("COMMAND", commandLine.ctl.command, "Words of one command; help lists them");
+}
+
+void describeTrace(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const trace = app.add_subcommand(
+      "trace", "Show the messages in the file of --trace-ring, of a process that is gone or not");
+  trace->add_option("FILE", commandLine.traceFile.file, "The file")->required();
+  trace->add_flag("--json", commandLine.traceFile.json, "Show them as JSON");
+}
+
+std::string commandsOf(const CLI::App& app) {
+  std::string names;
+  for (const CLI::App* const command : app.get_subcommands(nullptr)) {
+    names += (names.empty() ? "" : ", ") + command->get_name();
+  }
+  return names;
+}
+
+// What is wrong, and where to read what would be right.
+std::string usageProblem(const CLI::ParseError& error, const CLI::App& app) {
+  const auto given = app.get_subcommands();
+  if (given.empty()) {
+    return "a command is required, one of: " + commandsOf(app) + "; see " + app.get_name() +
+           " --help";
+  }
+  return printable(error.what(), 1000) + "; see " + app.get_name() + ' ' +
+         given.front()->get_name() + " --help";
+}
+
+ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::ostream& out,
+                       std::ostream& err) {
+  if (error.get_exit_code() == 0) {
+    out << app.help();
+    return ExitStatus::success;
+  }
+  err << "error: " << usageProblem(error, app) << '\n';
+  return ExitStatus::badInput;
+}
+
+ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostream& out,
+                      std::ostream& err) {
+  if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
+  if (commandLine.traceRing) {
+    const ExitStatus kept = keepTraceIn(*commandLine.traceRing, err);
+    if (kept != ExitStatus::success) return kept;
+  }
+  if (app.got_subcommand("fallback-graph")) {
+    return showFallbackGraph(commandLine.fallbackGraph, out, err);
+  }
+  if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
+  if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
+  if (app.got_subcommand("serve")) {
+    commandLine.serve.limits.patience = std::chrono::seconds(commandLine.clientTimeout);
+    return serve(commandLine.serve, out, err);
+  }
+  if (app.got_subcommand("ctl")) return control(commandLine.ctl, std::cin, out, err);
+  if (app.got_subcommand("trace")) return showTraceFile(commandLine.traceFile, out, err);
+  return runConfigurations(commandLine.run, out, err);
+}
+
+}  // namespace
+
+ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::ostream& out,
+                          std::ostream& err) {
+  CommandLine commandLine;
+  CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
+  app.require_subcommand(1);
+  describeRun(app, commandLine);
+  describeFallbackGraph(app, commandLine);
+  describeForward(app, commandLine);
+  describeExplain(app, commandLine);
+  describeServe(app, commandLine);
+  describeCtl(app, commandLine);
+  describeTrace(app, commandLine);
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::ParseError& error) {
+    return reportUsage(error, app, out, err);
+  }
+  return runCommand(app, commandLine, out, err);
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,51 @@
+#include "agent/commands/offline/ExplainCommand.h"
+
+#include <cstdint>
+#include <ostream>
+#include <vector>
+
+#include "agent/commands/offline/PreparedAgent.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/EventError.h"
+#include "agent/model/events/EventLine.h"
+#include "agent/model/packets/PacketText.h"
+#include "agent/reports/Explanation.h"
+
+namespace ZelAgent {
+namespace {
+
+std::vector<std::uint8_t> readWholePacket(const std::string& text) {
+  try {
+    EventLine line(text);
+    std::vector<std::uint8_t> packet = readPacket(line);
+    line.needEnd();
+    return packet;
+  } catch (const EventError& error) {
+    throw EventError(std::string("--packet: ") + error.what());
+  }
+}
+
+ExitStatus fail(std::ostream& err, const std::exception& error) {
+  err << "error: " << error.what() << '\n';
+  return ExitStatus::badInput;
+}
+
+}  // namespace
+
+ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::ostream& err) {
+  try {
+    const std::vector<std::uint8_t> packet = readWholePacket(options.packet);
+    const auto agent = prepareAgent(options.configuration, options.events, err);
+    const WayReport way = explain(*agent, options.interface, packet);
+    out << (options.json ? oneLine(way.json()) + '\n' : way.text());
+  } catch (const ConfigError& error) {
+    return fail(err, error);
+  } catch (const EventError& error) {
+    return fail(err, error);
+  }
+  if (out.flush()) return ExitStatus::success;
+  err << "error: standard output cannot be written\n";
+  return ExitStatus::failure;
+}
+
+}  // namespace ZelAgent

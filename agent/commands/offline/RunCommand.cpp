@@ -1,0 +1,122 @@
+#include "agent/commands/offline/RunCommand.h"
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+
+#include "agent/config/OpenConfigReader.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/EventError.h"
+#include "agent/language/PrintableText.h"
+#include "agent/language/TextFile.h"
+#include "agent/model/events/EventPlayer.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
+#include "agent/reports/EventReport.h"
+#include "agent/reports/JsonReport.h"
+#include "agent/reports/TextReport.h"
+
+namespace ZelAgent {
+namespace {
+
+class Run final {
+ public:
+  Run(const RunOptions& options, std::ostream& out, std::ostream& err)
+      : options_(options), out_(out), err_(err), agent_(options.chipCapacity) {}
+
+  [[nodiscard]] ExitStatus runAll() {
+    try {
+      runSeries();
+    } catch (const ConfigError& error) {
+      reportBadInput(error.what());
+    } catch (const EventError& error) {
+      reportBadInput(error.what());
+    }
+    agent_.removeAll();
+    report(std::nullopt);
+    if (!out_.flush()) {
+      err_ << "error: standard output cannot be written\n";
+      raiseStatus(ExitStatus::failure);
+    }
+    return status_;
+  }
+
+ private:
+  // The events are read first: if they cannot be, nothing needs to be applied to find out.
+  void runSeries() {
+    const std::string events =
+        options_.events ? readTextFile(*options_.events, "a readable file of events") : "";
+    for (const std::string& file : options_.configurations)
+      applyFile(file);
+    if (options_.events) playEvents(events, *options_.events);
+  }
+
+  void applyFile(const std::string& file) {
+    const ReadConfiguration read = readOpenConfigFile(file);
+    warn(read.warnings);
+    agent_.apply(read.configuration);
+    report(file);
+  }
+
+  void playEvents(const std::string& events, const std::string& file) {
+    EventPlayer player(agent_, std::filesystem::path(file).parent_path());
+    forEachEvent(events, file, [&](const EventPlace& place, const Event& event) {
+      const PlayedEvent played{place, event, player.play(event)};
+      warn(played.effects.warnings);
+      report(played);
+    });
+  }
+
+  void warn(const std::vector<std::string>& warnings) {
+    out_.flush();
+    for (const std::string& warning : warnings)
+      err_ << "warning: " << warning << '\n';
+  }
+
+  void reportBadInput(const char* what) {
+    out_.flush();
+    err_ << "error: " << what << '\n';
+    raiseStatus(ExitStatus::badInput);
+  }
+
+  void report(const std::optional<std::string>& file) {
+    const AgentState state = agent_.state();
+    if (options_.json) {
+      writeJsonReport(out_, file, state);
+    } else {
+      writeTextReport(out_, file ? printable(*file, 1000) + " applied" : "all removed", state);
+    }
+    judge(state);
+  }
+
+  void report(const PlayedEvent& played) {
+    const AgentState state = agent_.state();
+    if (options_.json) {
+      writeJsonReport(out_, played, state);
+    } else {
+      writeTextReport(out_, played, state);
+    }
+    judge(state);
+  }
+
+  void judge(const AgentState& state) {
+    if (options_.strict && hasFailedAction(state)) raiseStatus(ExitStatus::failure);
+  }
+
+  void raiseStatus(ExitStatus status) {
+    if (status_ < status) status_ = status;
+  }
+
+  const RunOptions& options_;
+  std::ostream& out_;
+  std::ostream& err_;
+  ForwardingAgent agent_;
+  ExitStatus status_ = ExitStatus::success;
+};
+
+}  // namespace
+
+ExitStatus runConfigurations(const RunOptions& options, std::ostream& out, std::ostream& err) {
+  return Run(options, out, err).runAll();
+}
+
+}  // namespace ZelAgent

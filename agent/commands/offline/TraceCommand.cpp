@@ -1,0 +1,70 @@
+#include "agent/commands/offline/TraceCommand.h"
+
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "Blinklog/Ring.h"
+#include "Blinklog/RingImage.h"
+#include "agent/language/PrintableText.h"
+#include "agent/reports/TraceReport.h"
+
+namespace ZelAgent {
+namespace {
+
+ExitStatus fail(std::ostream& err, const Blinklog::RingFileError& error, ExitStatus status) {
+  err << "error: " << printable(error.path(), 1000) << ": " << printable(error.problem(), 1000)
+      << '\n';
+  return status;
+}
+
+// As 2026-01-31T23:59:59Z.
+std::string timeText(std::uint64_t secondsSince1970) {
+  const auto seconds = static_cast<std::time_t>(secondsSince1970);
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+void writeText(std::ostream& out, const Blinklog::RingImage& image) {
+  out << "process " << image.process() << " since " << timeText(image.madeAt()) << ", "
+      << image.records().size() << " messages\n";
+  writeTrace(out, image.records());
+}
+
+void writeJson(std::ostream& out, const Blinklog::RingImage& image) {
+  out << oneLine({{"process", image.process()},
+                  {"madeAt", timeText(image.madeAt())},
+                  {"messages", traceJson(image.records())}})
+      << '\n';
+}
+
+}  // namespace
+
+ExitStatus showTraceFile(const TraceOptions& options, std::ostream& out, std::ostream& err) {
+  try {
+    const Blinklog::RingImage image(options.file);
+    if (options.json) {
+      writeJson(out, image);
+    } else {
+      writeText(out, image);
+    }
+  } catch (const Blinklog::RingFileError& error) {
+    return fail(err, error, ExitStatus::badInput);
+  }
+  if (out.flush()) return ExitStatus::success;
+  err << "error: standard output cannot be written\n";
+  return ExitStatus::failure;
+}
+
+ExitStatus keepTraceIn(const std::string& file, std::ostream& err) {
+  try {
+    Blinklog::ring().fileIs(file);
+    return ExitStatus::success;
+  } catch (const Blinklog::RingFileError& error) {
+    return fail(err, error, ExitStatus::failure);
+  }
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,106 @@
+#include "agent/commands/served/CommandDispatch.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "agent/commands/served/CommandForm.h"
+#include "agent/commands/served/CommandTable.h"
+
+namespace ZelAgent {
+namespace {
+
+using Words = std::vector<std::string>;
+
+bool beginsWith(const Words& name, const Words& words) {
+  return name.size() >= words.size() && std::equal(words.begin(), words.end(), name.begin());
+}
+
+std::string joined(const Words& words) {
+  std::string text;
+  for (const std::string& word : words)
+    text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
+// "a, b or c"
+std::string alternatives(const std::set<std::string>& words, bool orTheEnd) {
+  std::vector<std::string> all(words.begin(), words.end());
+  if (orTheEnd) all.emplace_back("the end of the line");
+  std::string text;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (i > 0) text += i + 1 == all.size() ? " or " : ", ";
+    text += all[i];
+  }
+  return text;
+}
+
+// Finds the row whose name the line begins with, one word after the other.
+class Search final {
+ public:
+  explicit Search(EventLine& line) : line_(line) {}
+
+  // The row, the line behind its name; nothing where the line is blank.
+  const CommandRow* find() {
+    while (takeWord()) {
+    }
+    const CommandRow* const found = rowOf(words_);
+    const std::set<std::string> more = nextWords();
+    if (found == nullptr && words_.empty() && !pending_) return nullptr;
+    if (found == nullptr || (pending_ && !more.empty())) fail(found != nullptr, more);
+    return found;
+  }
+
+ private:
+  // Takes the next word if the name of some row goes on with it.
+  bool takeWord() {
+    EventLine ahead = line_;
+    pending_ = ahead.next();
+    if (!pending_ || pending_->isQuoted || !nextWords().contains(pending_->text)) return false;
+    words_.push_back(pending_->text);
+    line_ = ahead;
+    return true;
+  }
+
+  [[nodiscard]] std::set<std::string> nextWords() const {
+    std::set<std::string> next;
+    for (const CommandForm& form : commandForms()) {
+      if (form.name().size() > words_.size() && beginsWith(form.name(), words_)) {
+        next.insert(form.name()[words_.size()]);
+      }
+    }
+    return next;
+  }
+
+  static const CommandRow* rowOf(const Words& name) {
+    const auto& forms = commandForms();
+    const auto found = std::find_if(forms.begin(), forms.end(),
+                                    [&](const CommandForm& form) { return form.name() == name; });
+    if (found == forms.end()) return nullptr;
+    return &commandTable()[static_cast<std::size_t>(found - forms.begin())];
+  }
+
+  [[noreturn]] void fail(bool mayEnd, const std::set<std::string>& next) const {
+    const std::string where =
+        words_.empty() ? "a command must begin with" : joined(words_) + " must be followed by";
+    line_.fail(where + ' ' + alternatives(next, mayEnd), pending_);
+  }
+
+  EventLine& line_;
+  Words words_;
+  std::optional<Word> pending_;  // the word after words_
+};
+
+}  // namespace
+
+CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson) {
+  EventLine line(text);
+  const CommandRow* const row = Search(line).find();
+  if (row == nullptr) return asJson ? CommandOutput(nullptr) : CommandOutput("");
+  line.formIs(row->form);
+  if (!CommandForm(row->form).hasArguments()) line.needEnd();
+  return row->run({served, text, line, asJson});
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,49 @@
+#include "agent/commands/served/ServedAgent.h"
+
+#include <utility>
+
+#include "agent/config/OpenConfigReader.h"
+#include "agent/language/ConfigError.h"
+#include "agent/model/events/EventPlayer.h"
+
+namespace ZelAgent {
+
+ServedAgent::ServedAgent(std::string file, std::uint32_t chipCapacity) : agent_(chipCapacity) {
+  record_.file = std::move(file);
+}
+
+std::vector<std::string> ServedAgent::start() {
+  return applyFile(ConfigurationSource::start);
+}
+
+std::vector<std::string> ServedAgent::reload() {
+  try {
+    std::vector<std::string> warnings = applyFile(ConfigurationSource::reload);
+    ++record_.reloadsApplied;
+    record_.refusal.reset();
+    return warnings;
+  } catch (const ConfigError& error) {
+    ++record_.reloadsRefused;
+    record_.refusal = error.what();
+    throw;
+  }
+}
+
+EventEffects ServedAgent::play(const Event& event) {
+  EventEffects effects = EventPlayer(agent_, {}).play(event);
+  if (const auto* const config = std::get_if<ApplyConfig>(&event)) {
+    record_.inForce = config->file;
+    record_.source = ConfigurationSource::event;
+  }
+  return effects;
+}
+
+std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {
+  ReadConfiguration read = readOpenConfigFile(record_.file);
+  agent_.apply(read.configuration);
+  record_.inForce = record_.file;
+  record_.source = source;
+  return std::move(read.warnings);
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,51 @@
+#include "agent/language/Word.h"
+
+#include <algorithm>
+
+#include "Mox/QuotedString.h"
+#include "agent/language/PrintableText.h"
+
+namespace ZelAgent {
+namespace {
+
+constexpr char quote = '\'';
+constexpr char comment = '#';
+
+bool isBlank(char byte) {
+  return byte == ' ' || byte == '\t' || byte == '\r';
+}
+
+std::size_t lengthUntilBlank(std::string_view text) {
+  return static_cast<std::size_t>(std::find_if(text.begin(), text.end(), isBlank) - text.begin());
+}
+
+bool standsWithoutQuotes(std::string_view text) {
+  return !text.empty() && text.front() != comment &&
+         text.find_first_of(" '\\") == std::string_view::npos &&
+         printable(text, std::string_view::npos) == text;
+}
+
+Word takeQuotedWord(Mox::CharRange& line) {
+  Word word{Mox::readQuoted(line), true};
+  if (!line.atEnd() && !isBlank(line.rest().front())) line.fail("a blank after the closing quote");
+  return word;
+}
+
+}  // namespace
+
+std::string toWord(std::string_view text) {
+  return standsWithoutQuotes(text) ? std::string(text) : Mox::quoted(text);
+}
+
+std::optional<Word> takeWord(Mox::CharRange& line) {
+  while (!line.atEnd() && isBlank(line.rest().front()))
+    line.advance(1);
+  if (line.atEnd() || line.rest().front() == comment) return std::nullopt;
+  if (line.rest().front() == quote) return takeQuotedWord(line);
+  const std::string_view text = line.rest().substr(0, lengthUntilBlank(line.rest()));
+  if (!standsWithoutQuotes(text)) line.fail("the word in quotes, as " + Mox::quoted(text));
+  line.advance(text.size());
+  return Word{std::string(text), false};
+}
+
+}  // namespace ZelAgent

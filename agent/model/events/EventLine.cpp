@@ -1,0 +1,105 @@
+#include "agent/model/events/EventLine.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "L3/VrfName.h"
+#include "Mox/Exceptions.h"
+#include "Mox/QuotedString.h"
+#include "agent/config/Configuration.h"
+#include "agent/language/EventError.h"
+
+namespace ZelAgent {
+namespace {
+
+constexpr std::size_t shownOfWord = 100;
+
+std::string shown(const std::optional<Word>& word) {
+  if (!word) return "the end of the line";
+  const std::string quoted = Mox::quoted(std::string_view(word->text).substr(0, shownOfWord));
+  return word->text.size() > shownOfWord ? quoted + "..." : quoted;
+}
+
+std::optional<std::uint32_t> parseNumber(std::string_view text) {
+  std::uint32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc{} || stopped != end) return std::nullopt;
+  return number;
+}
+
+// "a, b or c"
+std::string alternatives(std::initializer_list<std::string_view> allowed) {
+  std::string text;
+  std::size_t left = allowed.size();
+  for (const std::string_view word : allowed) {
+    text += word;
+    --left;
+    if (left > 0) text += left == 1 ? " or " : ", ";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::optional<Word> EventLine::next() {
+  try {
+    return takeWord(range_);
+  } catch (const Mox::RangeException& badWord) {
+    fail(badWord.what());
+  }
+}
+
+std::string EventLine::needOneOf(const std::string& what,
+                                 std::initializer_list<std::string_view> allowed) {
+  const std::optional<Word> word = next();
+  if (!word || std::find(allowed.begin(), allowed.end(), word->text) == allowed.end()) {
+    fail(what + ' ' + alternatives(allowed), word);
+  }
+  return word->text;
+}
+
+std::uint32_t EventLine::needNumber(const std::string& what, std::uint32_t most) {
+  return numberOf(next(), what, most);
+}
+
+std::string EventLine::needVrf(const std::string& what) {
+  return vrfOf(next(), what);
+}
+
+void EventLine::needEnd() {
+  const std::optional<Word> word = next();
+  if (word) fail("the line must end here", word);
+}
+
+std::uint32_t EventLine::numberOf(const std::optional<Word>& word, const std::string& what,
+                                  std::uint32_t most, const std::string& otherwise) const {
+  const auto number = word ? parseNumber(word->text) : std::nullopt;
+  if (!number || *number > most) {
+    fail(what + " must be a number from 0 to " + std::to_string(most) + otherwise, word);
+  }
+  return *number;
+}
+
+std::string EventLine::vrfOf(const std::optional<Word>& word, const std::string& what,
+                             const std::string& otherwise) const {
+  const std::size_t size = word ? word->text.size() : 0;
+  if (size == 0 || size > L3::VrfName::maxLength) {
+    fail(what + " must be a VRF name of 1 to " + std::to_string(L3::VrfName::maxLength) + " bytes" +
+             otherwise,
+         word);
+  }
+  if (word->text == defaultInstanceName) return defaultVrfName;
+  if (word->text == defaultVrfName) fail(what + " must be DEFAULT for the default VRF", word);
+  return word->text;
+}
+
+void EventLine::fail(const std::string& what, const std::optional<Word>& found) const {
+  fail(what + ", found " + shown(found));
+}
+
+void EventLine::fail(const std::string& what) const {
+  throw EventError(form_.empty() ? what : form_ + ": " + what);
+}
+
+}  // namespace ZelAgent

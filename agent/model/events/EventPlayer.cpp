@@ -1,0 +1,193 @@
+#include "agent/model/events/EventPlayer.h"
+
+#include <map>
+#include <utility>
+
+#include "Mox/QuotedString.h"
+#include "agent/config/OpenConfigReader.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/EventError.h"
+#include "agent/model/events/EventText.h"
+
+namespace ZelAgent {
+namespace {
+
+using Routing::Hardware::PrefixLensInExactMatch;
+using Routing::Hardware::RouteStatusBase;
+using Routing::Hardware::VrfStatus;
+using Statuses = std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus>;
+
+// Writes down the calls of a chip as long as it lives.
+class CallRecorder final {
+ public:
+  CallRecorder(SoftChip::SoftVrfHelper& chip, std::vector<SoftChip::HookCall>& calls)
+      : chip_(chip) {
+    chip_.hookObserverIs([&calls](const SoftChip::HookCall& call) { calls.push_back(call); });
+  }
+  CallRecorder(const CallRecorder&) = delete;
+  CallRecorder& operator=(const CallRecorder&) = delete;
+  ~CallRecorder() { chip_.hookObserverIs({}); }
+
+ private:
+  SoftChip::SoftVrfHelper& chip_;
+};
+
+std::vector<StatusChange> changesBetween(const Statuses& before, const Statuses& after) {
+  std::map<VrfAction, StatusChange> changes;
+  for (const auto& [action, status] : before)
+    changes[action].before = status;
+  for (const auto& [action, status] : after)
+    changes[action].after = status;
+  std::vector<StatusChange> real;
+  for (auto& [action, change] : changes) {
+    if (change.before == change.after) continue;
+    change.action = action;
+    real.push_back(std::move(change));
+  }
+  return real;
+}
+
+[[noreturn]] void failOnName(const std::string& form, const std::string& needed,
+                             const std::string& vrf, const std::string& advice = {}) {
+  throw EventError(form + ": NAME must be a VRF that " + needed + ", found " + Mox::quoted(vrf) +
+                   advice);
+}
+
+// Takes what `event` says to the agent.
+class Change final {
+ public:
+  Change(ForwardingAgent& agent, const std::filesystem::path& folder,
+         std::vector<std::string>& warnings)
+      : agent_(agent), folder_(folder), warnings_(warnings) {}
+
+  void operator()(const SetVrfId& event) const {
+    const auto status = agent_.routeStatus().vrfStatus(event.vrf);
+    if (!status) {
+      failOnName("vrf NAME id N", "exists", event.vrf,
+                 "; first: vrf " + toVrfWord(event.vrf) + " add");
+    }
+    status->vrfIdIs(event.id);
+  }
+
+  void operator()(const RemoveVrf& event) const {
+    if (!agent_.routeStatus().vrfStatusDel(event.vrf)) {
+      failOnName("vrf NAME remove", "exists", event.vrf);
+    }
+  }
+
+  void operator()(const AddVrf& event) const {
+    const Mox::Ptr<VrfStatus> status = VrfStatus::VrfStatusIs(event.vrf);
+    status->vrfIdIs(event.id);
+    agent_.routeStatus().vrfStatusIs(status);
+  }
+
+  void operator()(const SetFallback& event) const {
+    agent_.fallbackConfig().fallbackVrfIs(event.vrf, event.fallback);
+  }
+
+  void operator()(const RemoveFallback& event) const {
+    if (!agent_.fallbackConfig().fallbackVrfHas(event.vrf)) {
+      failOnName("fallback NAME remove", "has a fallback", event.vrf);
+    }
+    agent_.fallbackConfig().fallbackVrfDel(event.vrf);
+  }
+
+  void operator()(const SetDecapNh& event) const {
+    agent_.routeStatus().decapNhEnabledIs(event.isOn);
+  }
+
+  void operator()(const SetDecapNhFallback& event) const {
+    agent_.routeStatus().decapNhFallbackEnabledIs(event.isOn);
+  }
+
+  void operator()(const SetPrefixLens& event) const {
+    RouteStatusBase& routes = routesOf(event.family);
+    if (const auto present = routes.vrfPrefixLensInExactMatch(event.vrf)) {
+      setLengths(*present, event.lengths);
+      return;
+    }
+    const auto lengths = PrefixLensInExactMatch::PrefixLensInExactMatchIs(event.vrf);
+    setLengths(*lengths, event.lengths);
+    routes.vrfPrefixLensInExactMatchIs(lengths);
+  }
+
+  void operator()(const RemovePrefixLens& event) const {
+    if (!routesOf(event.family).vrfPrefixLensInExactMatchDel(event.vrf)) {
+      const std::string family = toText(event.family);
+      failOnName("prefix-lens " + family + " NAME remove", "has " + family + " prefix lengths",
+                 event.vrf);
+    }
+  }
+
+  void operator()(const ApplyConfig& event) const {
+    try {
+      const ReadConfiguration read = readOpenConfigFile(folder_ / event.file);
+      warnings_ = read.warnings;
+      agent_.apply(read.configuration);
+    } catch (const ConfigError& error) {
+      throw EventError(std::string("config FILE: ") + error.what());
+    }
+  }
+
+  void operator()(const SetChipCapacity& event) const { agent_.chip().capacityIs(event.capacity); }
+
+  void operator()(const PlanChipFaults& event) const {
+    SoftChip::FaultPlan& plan = agent_.chip().faultPlan();
+    if (event.vrf) {
+      plan.vrfFaultsIs(*event.vrf, event.count);
+    } else {
+      plan.anyFaultsIs(event.count);
+    }
+  }
+
+  void operator()(const SetDecapRoute& event) const {
+    agent_.routes().routeIs(event.vrf, event.prefix, {SoftChip::Route::Kind::decap, {}});
+  }
+
+  void operator()(const SetEgressRoute& event) const {
+    agent_.routes().routeIs(event.vrf, event.prefix,
+                            {SoftChip::Route::Kind::egress, event.interface});
+  }
+
+  void operator()(const RemoveRoute& event) const {
+    if (!agent_.routes().routeDel(event.vrf, event.prefix)) {
+      throw EventError("route VRF PREFIX remove: VRF must have a route of an event to " +
+                       toText(event.prefix) + ", found " + Mox::quoted(event.vrf));
+    }
+  }
+
+  void operator()(const Show& /*event*/) const {}
+
+ private:
+  [[nodiscard]] RouteStatusBase& routesOf(IpFamily family) const {
+    if (family == IpFamily::v4) return agent_.routeStatus();
+    return agent_.routeStatusV6();
+  }
+
+  static void setLengths(PrefixLensInExactMatch& entity, const std::set<std::uint8_t>& lengths) {
+    for (const std::uint8_t length : lengths)
+      entity.prefixLenIs(length);
+    for (unsigned length = 0; length <= PrefixLensInExactMatch::longest; ++length) {
+      const auto candidate = static_cast<std::uint8_t>(length);
+      if (!lengths.contains(candidate)) entity.prefixLenDel(candidate);
+    }
+  }
+
+  ForwardingAgent& agent_;
+  const std::filesystem::path& folder_;
+  std::vector<std::string>& warnings_;
+};
+
+}  // namespace
+
+EventEffects EventPlayer::play(const Event& event) {
+  EventEffects effects;
+  const CallRecorder recorder(agent_.chip(), effects.calls);
+  const Statuses before = agent_.statuses();
+  std::visit(Change(agent_, folder_, effects.warnings), event);
+  agent_.routes().program();
+  effects.statusChanges = changesBetween(before, agent_.statuses());
+  return effects;
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,91 @@
+#include "agent/model/forwarding/FallbackGraph.h"
+
+#include <algorithm>
+
+namespace ZelAgent {
+namespace {
+
+using VrfsByName = std::map<L3::VrfName, GraphVrf>;
+
+GraphVrf& vrfOf(VrfsByName& vrfs, const L3::VrfName& name) {
+  GraphVrf& vrf = vrfs[name];
+  vrf.name = name;
+  return vrf;
+}
+
+// The VRFs from `start` on along fallbacks, up to the first one that is met again or was looked at
+// before: the cycle, if there is one, is at the end.
+FallbackCycle cycleFrom(const L3::VrfName& start, const VrfsByName& vrfs,
+                        std::set<L3::VrfName>& lookedAt) {
+  FallbackCycle walk;
+  L3::VrfName name = start;
+  while (!name.empty() && lookedAt.insert(name).second) {
+    walk.push_back(name);
+    name = vrfs.at(name).fallback;
+  }
+  walk.erase(walk.begin(), std::find(walk.begin(), walk.end(), name));
+  return walk;
+}
+
+std::vector<FallbackCycle> cyclesOf(const VrfsByName& vrfs) {
+  std::vector<FallbackCycle> cycles;
+  std::set<L3::VrfName> lookedAt;
+  for (const auto& [name, vrf] : vrfs) {
+    FallbackCycle cycle = cycleFrom(name, vrfs, lookedAt);
+    if (cycle.empty()) continue;
+    std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end()), cycle.end());
+    cycles.push_back(std::move(cycle));
+  }
+  std::sort(cycles.begin(), cycles.end(),
+            [](const auto& a, const auto& b) { return a.front() < b.front(); });
+  return cycles;
+}
+
+}  // namespace
+
+FallbackGraph fallbackGraphOf(const FallbackFacts& facts) {
+  VrfsByName vrfs;
+  for (const L3::VrfName& name : facts.configured)
+    vrfOf(vrfs, name).isConfigured = true;
+  for (const auto& [name, fallback] : facts.fallbacks) {
+    vrfOf(vrfs, name).fallback = fallback;
+    vrfOf(vrfs, fallback);
+  }
+  FallbackGraph graph;
+  graph.actions = facts.actions;
+  for (const VrfAction& action : graph.actions) {
+    for (const NamedVrf& named : vrfsNamedBy(action))
+      vrfOf(vrfs, named.vrf);
+  }
+  graph.cycles = cyclesOf(vrfs);
+  for (const FallbackCycle& cycle : graph.cycles) {
+    for (const L3::VrfName& name : cycle)
+      vrfs[name].isOnCycle = true;
+  }
+  for (const auto& [name, vrf] : vrfs)
+    graph.vrfs.push_back(vrf);
+  return graph;
+}
+
+FallbackGraph fallbackGraphOf(const Configuration& configuration) {
+  FallbackFacts facts;
+  for (const NetworkInstance& instance : configuration.networkInstances) {
+    facts.configured.insert(instance.name);
+    if (!instance.fallback.empty()) facts.fallbacks.emplace(instance.name, instance.fallback);
+  }
+  for (const auto& [action, users] : usersOfActions(configuration))
+    facts.actions.push_back(action);
+  return fallbackGraphOf(facts);
+}
+
+std::vector<NamedVrf> vrfsNamedBy(const VrfAction& action) {
+  std::vector<NamedVrf> named;
+  for (const NamedVrf& field : {NamedVrf{"vrfName", action.vrfName()},
+                                NamedVrf{"fallbackVrfName", action.fallbackVrfName()},
+                                NamedVrf{"postDecapVrfName", action.postDecapVrfName()}}) {
+    if (!field.vrf.empty()) named.push_back(field);
+  }
+  return named;
+}
+
+}  // namespace ZelAgent

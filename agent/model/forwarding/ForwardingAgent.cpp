@@ -1,0 +1,270 @@
+#include "agent/model/forwarding/ForwardingAgent.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "agent/model/policies/UserCountingAclHelper.h"
+
+namespace ZelAgent {
+namespace {
+
+using PolicyMap::PolicyMapRules;
+using PolicyMap::RuleStatus;
+using Routing6RouteStatus = Routing6::Hardware::RouteStatus;
+using RoutingRouteStatus = Routing::Hardware::RouteStatus;
+using SoftChip::SoftAclHelper;
+using SoftChip::SoftVrfHelper;
+using TrafficPolicy::ZelTrafficPolicySm;
+using VrfSelectionPolicy::VrfSelectionFallbackVrf;
+
+// Rules that the classification hardware has room for.
+constexpr std::uint32_t ruleCapacity = 64 * 1024;
+
+// Lets a state machine follow no change from now on, and all of them together when this ends. That
+// may fail; a pause that an exception ends has failed already.
+class Pause {
+ public:
+  explicit Pause(Mox::Ptr<ZelTrafficPolicySm> sm) : sm_(std::move(sm)) {
+    sm_->hasNotificationActiveIs(false);
+  }
+  Pause(const Pause&) = delete;
+  Pause& operator=(const Pause&) = delete;
+  ~Pause() {
+    try {
+      end();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
+    }
+  }
+  // Does nothing where it has been tried already.
+  void end() {
+    if (const auto sm = std::exchange(sm_, nullptr)) sm->hasNotificationActiveIs(true);
+  }
+
+ private:
+  Mox::Ptr<ZelTrafficPolicySm> sm_;
+};
+
+const std::set<ActionUser>& usersIn(const ActionUsers& users, const VrfAction& action) {
+  static const std::set<ActionUser> nobody;
+  const auto found = users.find(action);
+  return found == users.end() ? nobody : found->second;
+}
+
+// Calls `remove` with each key of `before` that `after` does not have.
+template <class Map, class Remove>
+void forEachGone(const Map& before, const Map& after, Remove remove) {
+  for (const auto& [key, value] : before) {
+    if (!after.contains(key)) remove(key);
+  }
+}
+
+}  // namespace
+
+ForwardingAgent::ForwardingAgent(std::uint32_t chipCapacity)
+    : fallbackConfig_(VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs()),
+      routeStatus_(RoutingRouteStatus::RouteStatusIs()),
+      routeStatusV6_(Routing6RouteStatus::RouteStatusIs()),
+      vrfHwConfig_(ZelVrfSelectionPolicy::vrfHwConfigFactory()),
+      vrfHwStatus_(ZelVrfSelectionPolicy::vrfHwStatusFactory()),
+      intfConfig_(PolicyMap::IntfConfig::IntfConfigIs("intfConfig")),
+      policyConfig_(TrafficPolicy::TrafficPolicyConfig::TrafficPolicyConfigIs("policyConfig")),
+      classMapConfig_(PolicyMap::ClassMapTypeConfig::ClassMapTypeConfigIs("classMapConfig")),
+      policyStatus_(TrafficPolicy::Status::StatusIs("policyStatus")),
+      mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
+      chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chipCapacity)),
+      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), ruleCapacity)),
+      countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(Velo::String("userCounting"), acl_,
+                                                             vrfHwConfig_)),
+      forwarder_(*acl_, *chip_, routeTables_, inputs()),
+      routes_(routeTables_, inputs()),
+      policySm_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(
+          countingAcl_, mounts_, chip_, fallbackConfig_, routeStatus_, routeStatusV6_)) {
+  mounts_->intfConfigIs(intfConfig_);
+  mounts_->policyConfigIs(policyConfig_);
+  mounts_->policyStatusIs(policyStatus_);
+  policySm_->vrfSmIs(vrfHwConfig_, vrfHwStatus_, chip_, fallbackConfig_, routeStatus_,
+                     routeStatusV6_);
+  bindPolicySm();
+}
+
+void ForwardingAgent::apply(const Configuration& next) {
+  FallbackByInstance instances;
+  for (const NetworkInstance& instance : next.networkInstances)
+    instances.emplace(instance.name, instance.fallback);
+  bringUpInstances(next);
+  routes_.configuredIs(next);
+  routes_.add();
+  changeFallbacks(next);
+  changeInterfaces(next);
+  changePolicies(next);
+  takeDownInstances(instances);
+  instances_ = std::move(instances);
+  configuration_ = next;
+  routes_.program();
+}
+
+void ForwardingAgent::removeAll() {
+  apply({});
+  fallbackConfig_->fallbackVrfDelAll();
+  routeStatus_->vrfStatusDelAll();
+  routeStatus_->vrfPrefixLensInExactMatchDelAll();
+  routeStatusV6_->vrfPrefixLensInExactMatchDelAll();
+  routes_.clear();
+}
+
+std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses() const {
+  std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses;
+  const auto& present = vrfHwStatus_->hwStatus();
+  for (auto entry = present.iterator(); entry; ++entry) {
+    statuses.emplace(entry.key(), entry.value());
+  }
+  return statuses;
+}
+
+AgentState ForwardingAgent::state() const {
+  AgentState state;
+  const ActionUsers allUsers = users();
+  const auto& counts = vrfHwConfig_->vrfRefCount();
+  for (auto entry = counts.iterator(); entry; ++entry) {
+    state.actions.push_back(stateOf(entry.key(), entry.value(), allUsers));
+  }
+  std::sort(state.actions.begin(), state.actions.end(),
+            [](const ActionState& a, const ActionState& b) { return a.action < b.action; });
+  state.chip = {chip_->capacity(), static_cast<std::uint32_t>(chip_->resources().size()),
+                chip_->hookCounts()};
+  return state;
+}
+
+ActionUsers ForwardingAgent::users() const {
+  ActionUsers users;
+  for (const RuleState& rule : rules()) {
+    const auto action = vrfActionOf(rule.rule.action);
+    if (rule.place && action) users[*action].insert(rule.user);
+  }
+  return users;
+}
+
+RuleStates ForwardingAgent::rules() const {
+  RuleStates states;
+  for (const auto& [intf, applied] : policies_.intfs) {
+    const PolicyOrigin& origin = policies_.origins.at(applied.policyMap);
+    const auto& counters = acl_->counters(intf);
+    std::size_t place = 0;
+    for (const PolicyMap::PolicyMapRule& rule : policies_.policyMaps.at(applied.policyMap)) {
+      const RuleStatus* const status =
+          policyStatus_->ruleStatus({intf, applied.policyMap, rule.sequence});
+      RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
+                      {policies_.classMaps.at(rule.classMap), rule.action},
+                      {},
+                      status == nullptr ? "not told yet" : status->reason.str(),
+                      {}};
+      if (status != nullptr && status->programmed) {
+        state.counter = counters[place];
+        state.place = place++;
+      }
+      states.push_back(std::move(state));
+    }
+  }
+  return states;
+}
+
+SoftChip::ProgramInputs ForwardingAgent::inputs() const {
+  return {fallbackConfig_, routeStatus_, routeStatusV6_};
+}
+
+// What the switch has besides policies and VRFs is not played here: the machine needs none of it.
+void ForwardingAgent::bindPolicySm() {
+  constexpr bool allowL2Intf = false;
+  constexpr bool allowMgmtIntf = false;
+  constexpr bool expandAllRulesByVrf = false;
+  constexpr bool permitFragment = true;
+  constexpr bool expandNeighborsWhenNonPresent = false;
+  policySm_->policySmIs(mounts_->intfConfig(), policyConfig_, classMapConfig_,
+                        mounts_->statusRequestDir(), policyStatus_, mounts_->aclConfig(),
+                        mounts_->fieldSetConfig(), mounts_->lagInputConfig(), nullptr, nullptr,
+                        mounts_->ipStatus(), mounts_->ip6Status(), mounts_->routingVrfInfoDir(),
+                        mounts_->routing6VrfInfoDir(), countingAcl_, allowL2Intf, allowMgmtIntf,
+                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                        nullptr, mounts_->bgpNeighborConfigDir(), expandAllRulesByVrf,
+                        permitFragment, expandNeighborsWhenNonPresent, nullptr);
+}
+
+void ForwardingAgent::bringUpInstances(const Configuration& next) {
+  for (const NetworkInstance& instance : next.networkInstances) {
+    if (instances_.contains(instance.name)) continue;
+    routeStatus_->vrfStatusIs(instance.name)->vrfIdIs(vrfIds_.idIs(instance.name));
+  }
+}
+
+void ForwardingAgent::changeFallbacks(const Configuration& next) {
+  for (const NetworkInstance& instance : next.networkInstances) {
+    const auto before = instances_.find(instance.name);
+    if (instance.fallback == (before == instances_.end() ? "" : before->second)) continue;
+    if (instance.fallback.empty()) {
+      fallbackConfig_->fallbackVrfDel(instance.name);
+    } else {
+      fallbackConfig_->fallbackVrfIs(instance.name, instance.fallback);
+    }
+  }
+}
+
+void ForwardingAgent::changeInterfaces(const Configuration& next) {
+  VrfByInterface vrfs;
+  for (const NetworkInstance& instance : next.networkInstances) {
+    for (const std::string& interface : instance.interfaces)
+      vrfs.emplace(interface, instance.name);
+  }
+  forEachGone(interfaceVrfs_, vrfs,
+              [this](const std::string& interface) { forwarder_.intfVrfDel(interface); });
+  for (const auto& [interface, vrf] : vrfs)
+    forwarder_.intfVrfIs(interface, vrf);
+  interfaceVrfs_ = std::move(vrfs);
+}
+
+// The rules change when all is told, so that no packet meets half of a change.
+void ForwardingAgent::changePolicies(const Configuration& next) {
+  PolicyObjects policies = policyObjectsOf(next);
+  Pause pause(policySm_->policySm());
+  for (const auto& [name, match] : policies.classMaps)
+    classMapConfig_->classMapIs(name, match);
+  for (const auto& [name, rules] : policies.policyMaps)
+    policyConfig_->policyMapIs(name, rules);
+  for (const auto& [intf, policy] : policies.intfs)
+    intfConfig_->intfIs(intf, policy);
+  forEachGone(policies_.intfs, policies.intfs,
+              [this](const Velo::String& intf) { intfConfig_->intfDel(intf); });
+  forEachGone(policies_.policyMaps, policies.policyMaps,
+              [this](const Velo::String& name) { policyConfig_->policyMapDel(name); });
+  forEachGone(policies_.classMaps, policies.classMaps,
+              [this](const Velo::String& name) { classMapConfig_->classMapDel(name); });
+  policies_ = std::move(policies);
+  pause.end();
+}
+
+void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {
+  std::vector<std::string> gone;
+  forEachGone(instances_, next, [&gone](const std::string& name) { gone.push_back(name); });
+  for (const std::string& name : gone)
+    fallbackConfig_->fallbackVrfDel(name);
+  for (const std::string& name : gone) {
+    routeStatus_->vrfStatusDel(name);
+    vrfIds_.idDel(name);
+  }
+}
+
+ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t count,
+                                     const ActionUsers& users) const {
+  ActionState state;
+  state.action = action;
+  state.users = count;
+  state.usedBy = usersIn(users, action);
+  state.status = vrfHwStatus_->hwStatus(action);
+  state.currentProgram = chip_->currentProgram(action);
+  const SoftChip::VrfResource* const resource = chip_->resource(action);
+  if (resource != nullptr) state.resource = *resource;
+  return state;
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,112 @@
+// Why: somebody must own what the library is given (policies, tables, route status, fallback
+// configuration, chip) and change it in an order that the library and the chip can follow.
+// Always: the rules that the chip holds are those of the configuration applied last, so far as it
+// takes them, and the users counted are exactly these rules; a change of configuration reaches the
+// library and the chip as its differences, and an action that stays in use is never without users
+// on the way. What a configuration does not change stays as it is, also where somebody else has
+// changed it meanwhile.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "TrafficPolicy/Status.h"
+#include "TrafficPolicy/TrafficPolicyConfig.h"
+#include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
+#include "agent/config/Configuration.h"
+#include "agent/model/forwarding/AgentState.h"
+#include "agent/model/forwarding/VrfIds.h"
+#include "agent/model/policies/PolicyObjects.h"
+#include "agent/model/policies/VrfActions.h"
+#include "agent/model/routes/RouteProgrammer.h"
+#include "chips/soft/Forwarder.h"
+#include "chips/soft/RouteTables.h"
+#include "chips/soft/SoftAclHelper.h"
+#include "chips/soft/SoftVrfHelper.h"
+
+namespace ZelAgent {
+
+class ForwardingAgent final {
+ public:
+  explicit ForwardingAgent(std::uint32_t chipCapacity);
+
+  // Makes `next` the configuration in force. In order: statuses and hardware ids of instances that
+  // are new, and routes that are new or changed; fallback VRFs that are new or changed, and the
+  // VRFs of interfaces; new rules with their users; rules that are gone; the fallback VRFs and
+  // statuses of instances that are gone; routes that are gone.
+  void apply(const Configuration& next);
+  // Applies the configuration without anything in it, then removes every other route, VRF status,
+  // fallback VRF and prefix length.
+  void removeAll();
+
+  // The configuration in force.
+  [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
+  [[nodiscard]] AgentState state() const;
+  [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
+  // Who uses each action: the rules that the chip holds.
+  [[nodiscard]] ActionUsers users() const;
+  // Every rule of an applied policy, by interface in the order in which rules are tried.
+  [[nodiscard]] RuleStates rules() const;
+  // Where a packet goes that comes in by the interface.
+  [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
+
+  // The facts that the hardware reports and others configure are open to those who play these.
+  [[nodiscard]] Routing::Hardware::RouteStatus& routeStatus() noexcept { return *routeStatus_; }
+  [[nodiscard]] Routing6::Hardware::RouteStatus& routeStatusV6() noexcept {
+    return *routeStatusV6_;
+  }
+  [[nodiscard]] VrfSelectionPolicy::VrfSelectionFallbackVrf& fallbackConfig() noexcept {
+    return *fallbackConfig_;
+  }
+  [[nodiscard]] RouteProgrammer& routes() noexcept { return routes_; }
+
+  // The chip is open to those who wish it ill.
+  [[nodiscard]] SoftChip::SoftVrfHelper& chip() noexcept { return *chip_; }
+  [[nodiscard]] SoftChip::SoftAclHelper& acl() noexcept { return *acl_; }
+
+  // The library's top object, for those who look into it.
+  [[nodiscard]] const ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm& policySm() const noexcept {
+    return *policySm_;
+  }
+
+ private:
+  // The fallback VRF of each configured instance; empty where it has none.
+  using FallbackByInstance = std::map<std::string, std::string>;
+  using VrfByInterface = std::map<std::string, std::string>;
+
+  [[nodiscard]] SoftChip::ProgramInputs inputs() const;
+  void bindPolicySm();
+  void bringUpInstances(const Configuration& next);
+  void changeFallbacks(const Configuration& next);
+  void changeInterfaces(const Configuration& next);
+  void changePolicies(const Configuration& next);
+  void takeDownInstances(const FallbackByInstance& next);
+  [[nodiscard]] ActionState stateOf(const VrfAction& action, std::uint32_t count,
+                                    const ActionUsers& users) const;
+
+  Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbackConfig_;
+  Mox::Ptr<Routing::Hardware::RouteStatus> routeStatus_;
+  Mox::Ptr<Routing6::Hardware::RouteStatus> routeStatusV6_;
+  Mox::Ptr<ZelVrfSelectionPolicy::VrfHwConfig> vrfHwConfig_;
+  Mox::Ptr<ZelVrfSelectionPolicy::VrfHwStatus> vrfHwStatus_;
+  Mox::Ptr<PolicyMap::IntfConfig> intfConfig_;
+  Mox::Ptr<TrafficPolicy::TrafficPolicyConfig> policyConfig_;
+  Mox::Ptr<PolicyMap::ClassMapTypeConfig> classMapConfig_;
+  Mox::Ptr<TrafficPolicy::Status> policyStatus_;
+  Mox::Ptr<ZelVrfSelectionPolicy::PolicySmMounts> mounts_;
+  Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
+  Mox::Ptr<SoftChip::SoftAclHelper> acl_;
+  Mox::Ptr<PolicyMap::PolicyMapAclHelper> countingAcl_;
+  SoftChip::RouteTables routeTables_;
+  SoftChip::Forwarder forwarder_;
+  RouteProgrammer routes_;
+  Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> policySm_;
+  VrfIds vrfIds_;
+  PolicyObjects policies_;
+  FallbackByInstance instances_;
+  VrfByInterface interfaceVrfs_;
+  Configuration configuration_;
+};
+
+}  // namespace ZelAgent

@@ -1,0 +1,108 @@
+#include "agent/model/packets/PacketText.h"
+
+#include <optional>
+
+#include "agent/config/IpPrefix.h"
+#include "agent/model/packets/PacketBuilder.h"
+#include "chips/soft/packet/Decapsulation.h"
+
+namespace ZelAgent {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr const char* form =
+    "ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]";
+
+Bytes readBuilt(EventLine& line, IpFamily family);
+
+IpAddress readAddress(EventLine& line, const char* what, IpFamily family) {
+  const std::optional<Word> word = line.next();
+  const auto address = parseIpAddress(word ? word->text : "");
+  if (!address || address->family != family) {
+    line.fail(std::string(what) + " must be an " + toText(family) + " address", word);
+  }
+  return *address;
+}
+
+std::uint8_t readSmall(EventLine& line, const char* what, std::uint32_t most) {
+  return static_cast<std::uint8_t>(line.needNumber(what, most));
+}
+
+IpFamily readFamily(EventLine& line) {
+  const std::string word = line.needOneOf("a carried PACKET must begin with", {"ipv4", "ipv6"});
+  return word == "ipv4" ? IpFamily::v4 : IpFamily::v6;
+}
+
+// Reads one of the words that may follow the addresses; whether it was the last one.
+bool readOption(EventLine& line, const Word& word, PacketFields& fields,
+                std::optional<std::uint8_t>& protocol) {
+  if (word.text == "protocol") {
+    protocol = readSmall(line, "protocol", 255);
+  } else if (word.text == "dscp") {
+    fields.dscp = readSmall(line, "dscp", 63);
+  } else if (word.text == "ecn") {
+    fields.ecn = readSmall(line, "ecn", 3);
+  } else if (word.text == "ttl") {
+    fields.ttl = readSmall(line, "ttl", 255);
+  } else if (word.text == "carrying") {
+    const IpFamily family = readFamily(line);
+    fields.protocol = family == IpFamily::v4 ? SoftChip::protocolIpv4 : SoftChip::protocolIpv6;
+    fields.payload = readBuilt(line, family);
+    if (fields.payload.size() > longestPayload) {
+      line.fail("a carried PACKET must have at most " + std::to_string(longestPayload) + " bytes",
+                Word{std::to_string(fields.payload.size()), false});
+    }
+    return true;
+  } else {
+    line.fail("DESTINATION may be followed by protocol, dscp, ecn, ttl or carrying", word);
+  }
+  return false;
+}
+
+Bytes readBuilt(EventLine& line, IpFamily family) {
+  PacketFields fields;
+  fields.source = readAddress(line, "SOURCE", family);
+  static_cast<void>(line.needOneOf("SOURCE must be followed by", {"to"}));
+  fields.destination = readAddress(line, "DESTINATION", family);
+  std::optional<std::uint8_t> protocol;
+  for (auto word = line.next(); word; word = line.next()) {
+    if (readOption(line, *word, fields, protocol)) break;
+  }
+  fields.protocol = protocol.value_or(fields.protocol);
+  return buildPacket(fields);
+}
+
+std::optional<std::uint8_t> hexDigit(char digit) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  const char lower = digit >= 'A' && digit <= 'F' ? static_cast<char>(digit - 'A' + 'a') : digit;
+  const std::size_t value = digits.find(lower);
+  if (value == std::string_view::npos) return std::nullopt;
+  return static_cast<std::uint8_t>(value);
+}
+
+Bytes readHex(EventLine& line) {
+  line.formIs("hex BYTES");
+  Bytes bytes;
+  for (auto word = line.next(); word; word = line.next()) {
+    if (word->text.size() % 2 != 0) line.fail("BYTES must be pairs of hexadecimal digits", word);
+    for (std::size_t at = 0; at < word->text.size(); at += 2) {
+      const auto high = hexDigit(word->text[at]);
+      const auto low = hexDigit(word->text[at + 1]);
+      if (!high || !low) line.fail("BYTES must be pairs of hexadecimal digits", word);
+      bytes.push_back(static_cast<std::uint8_t>(*high << 4 | *low));
+    }
+  }
+  return bytes;
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> readPacket(EventLine& line) {
+  line.formIs(form);
+  const std::string first = line.needOneOf("a packet must begin with", {"ipv4", "ipv6", "hex"});
+  if (first == "hex") return readHex(line);
+  return readBuilt(line, first == "ipv4" ? IpFamily::v4 : IpFamily::v6);
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,75 @@
+#include "agent/model/policies/PolicyObjects.h"
+
+#include <variant>
+
+#include "Mox/QuotedString.h"
+#include "agent/model/policies/MatchText.h"
+
+namespace ZelAgent {
+namespace {
+
+using PolicyMap::ActionType;
+using PolicyMap::ClassMatch;
+
+// Both are quoted, so that no two policies share a name.
+Velo::String policyMapName(const std::string& networkInstance, const std::string& policyId) {
+  return Mox::quoted(networkInstance) + ' ' + Mox::quoted(policyId);
+}
+
+std::optional<std::uint64_t> dscpsOf(const RuleMatch& match) {
+  std::optional<std::uint64_t> dscps;
+  for (const std::uint8_t dscp : match.dscpSet)
+    dscps = dscps.value_or(0) | std::uint64_t{1} << dscp;
+  if (match.dscp) dscps = dscps.value_or(~std::uint64_t{0}) & std::uint64_t{1} << *match.dscp;
+  return dscps;
+}
+
+ClassMatch classMatchOf(const RuleMatch& match) {
+  return {match.family, match.protocol, dscpsOf(match), match.source, match.destination};
+}
+
+struct ToRuleAction {
+  PolicyMap::RuleAction operator()(const NoAction& /*action*/) const { return {}; }
+  PolicyMap::RuleAction operator()(const Discard& /*action*/) const {
+    return {ActionType::discard, {}, {}, {}};
+  }
+  PolicyMap::RuleAction operator()(const LookUp& action) const {
+    return {ActionType::vrf, action.vrf, {}, {}};
+  }
+  PolicyMap::RuleAction operator()(const Decapsulate& action) const {
+    return {ActionType::decapVrf, action.decapVrf, action.fallbackVrf, action.postDecapVrf};
+  }
+};
+
+PolicyMap::PolicyMapRules rulesOf(const Policy& policy, PolicyObjects& objects) {
+  PolicyMap::PolicyMapRules rules;
+  for (const Rule& rule : policy.rules) {
+    const ClassMatch match = classMatchOf(rule.match);
+    const Velo::String classMap = toText(match);
+    objects.classMaps.emplace(classMap, match);
+    rules.push_back({rule.sequenceId, classMap, std::visit(ToRuleAction(), rule.action)});
+  }
+  return rules;
+}
+
+}  // namespace
+
+PolicyObjects policyObjectsOf(const Configuration& configuration) {
+  PolicyObjects objects;
+  for (const NetworkInstance& instance : configuration.networkInstances) {
+    for (const Policy& policy : instance.policies) {
+      const Velo::String name = policyMapName(instance.name, policy.policyId);
+      objects.origins.emplace(name, PolicyOrigin{instance.name, policy.policyId});
+      objects.policyMaps.emplace(name, rulesOf(policy, objects));
+    }
+    for (const PolicyBinding& binding : instance.policyBindings) {
+      if (binding.policyId.empty()) continue;
+      const Velo::String name = policyMapName(instance.name, binding.policyId);
+      objects.intfs.emplace(binding.interface,
+                            PolicyMap::IntfPolicy{PolicyMap::IntfKind::routed, name});
+    }
+  }
+  return objects;
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,36 @@
+#include "agent/reports/TraceReport.h"
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "agent/language/PrintableText.h"
+
+namespace ZelAgent {
+namespace {
+
+constexpr auto whole = std::string_view::npos;
+
+OrderedJson recordJson(const Blinklog::Record& record) {
+  return {{"sequence", record.sequence},       {"level", record.site->level},
+          {"path", record.site->path},         {"line", record.site->line},
+          {"function", record.site->function}, {"text", record.text}};
+}
+
+}  // namespace
+
+void writeTrace(std::ostream& out, std::span<const Blinklog::Record> records) {
+  for (const Blinklog::Record& record : records) {
+    out << record.sequence << " level " << record.site->level << " line " << record.site->line
+        << ' ' << printable(record.site->function, whole) << ": " << printable(record.text, whole)
+        << '\n';
+  }
+}
+
+OrderedJson traceJson(std::span<const Blinklog::Record> records) {
+  OrderedJson json = OrderedJson::array();
+  for (const Blinklog::Record& record : records)
+    json.push_back(recordJson(record));
+  return json;
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,182 @@
+#include "agent/reports/WayReport.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "agent/config/IpPrefix.h"
+#include "agent/language/Word.h"
+#include "agent/model/events/EventText.h"
+#include "agent/model/policies/MatchText.h"
+#include "agent/reports/RuleReport.h"
+
+namespace ZelAgent {
+namespace {
+
+using SoftChip::GoOnReason;
+using SoftChip::OwnVrfReason;
+using SoftChip::PacketHeader;
+using SoftChip::RouteTables;
+using SoftChip::VrfFacts;
+
+std::string toText(const PacketHeader& header) {
+  std::string text = ZelAgent::toText(header.family) + ' ' + ZelAgent::toText(header.source) +
+                     " to " + ZelAgent::toText(header.destination) + " protocol " +
+                     std::to_string(header.protocol);
+  if (header.dscp != 0) text += " dscp " + std::to_string(header.dscp);
+  if (header.ecn != 0) text += " ecn " + std::to_string(header.ecn);
+  text += " ttl " + std::to_string(header.ttl);
+  if (header.fragment.isFragment()) text += " fragment";
+  return text + ", " + std::to_string(header.totalLength) + " bytes";
+}
+
+OrderedJson toJson(const PacketHeader& header) {
+  return {{"family", ZelAgent::toText(header.family)},
+          {"source", ZelAgent::toText(header.source)},
+          {"destination", ZelAgent::toText(header.destination)},
+          {"protocol", header.protocol},
+          {"dscp", header.dscp},
+          {"ecn", header.ecn},
+          {"ttl", header.ttl},
+          {"bytes", header.totalLength}};
+}
+
+std::string vrfText(const L3::VrfName& vrf) {
+  return "VRF " + toVrfWord(vrf.str());
+}
+
+std::string routeText(const SoftChip::Route& route) {
+  switch (route.kind) {
+    case SoftChip::Route::Kind::egress:
+      return "via " + toWord(route.intf);
+    case SoftChip::Route::Kind::drop:
+      return "drop";
+    case SoftChip::Route::Kind::decap:
+      return "decap";
+  }
+  return {};
+}
+
+const char* textOf(OwnVrfReason reason) {
+  switch (reason) {
+    case OwnVrfReason::noRuleMatched:
+      return "no rule matches";
+    case OwnVrfReason::ruleWithoutAction:
+      return "the rule has no action";
+    case OwnVrfReason::noPostDecapVrf:
+      return "the action names no post-decapsulation VRF";
+  }
+  return "";
+}
+
+const char* textOf(GoOnReason reason) {
+  switch (reason) {
+    case GoOnReason::noRoute:
+      return "no route";
+    case GoOnReason::noVrfId:
+      return "the VRF has no hardware id";
+    case GoOnReason::decapDisabled:
+      return "decapsulation is off, and may fall back";
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string WayReport::text() const {
+  std::string text;
+  for (const std::string& line : lines_)
+    text += line + '\n';
+  return text;
+}
+
+void WayReport::parsed(const PacketHeader& header) {
+  add("packet " + toText(header), {{"step", "packet"}, {"packet", toJson(header)}});
+}
+
+void WayReport::ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
+                          std::optional<SoftChip::RuleField> difference) {
+  const ActionUser& user = ruleAt(place).user;
+  const std::string match = ZelAgent::toText(rule.match);
+  const std::string field = difference ? std::string(nameOf(*difference)) : "";
+  add("rule " + std::to_string(user.sequenceId) + " of " + toWord(user.policyId) + ", " + match +
+          (difference ? ": differs by " + field : ": matches"),
+      {{"step", "rule"},
+       {"place", place},
+       {"policy", user.policyId},
+       {"rule", user.sequenceId},
+       {"match", match},
+       {"matches", !difference},
+       {"differsBy", difference ? OrderedJson(field) : OrderedJson(nullptr)}});
+}
+
+void WayReport::actionTaken(const PolicyMap::RuleAction& action,
+                            std::optional<SoftChip::ResourceUse> resource) {
+  std::string line = "action " + ZelAgent::toText(action);
+  OrderedJson step{{"step", "action"}, {"action", actionJson(action)}, {"resource", nullptr}};
+  if (resource) {
+    line += ", resource " + std::to_string(resource->index) + (resource->stale ? " (stale)" : "");
+    step["resource"] = {{"index", resource->index}, {"stale", resource->stale}};
+  } else if (vrfActionOf(action)) {
+    line += ", no resource";
+  }
+  add(std::move(line), std::move(step));
+}
+
+void WayReport::ownVrfTaken(const L3::VrfName& vrf, OwnVrfReason reason) {
+  add("own " + vrfText(vrf) + ": " + textOf(reason),
+      {{"step", "ownVrf"}, {"vrfName", vrf.str()}, {"because", textOf(reason)}});
+}
+
+void WayReport::lookedUp(const VrfFacts& vrf, const Ip::Address& destination,
+                         const std::optional<RouteTables::Hit>& hit) {
+  const std::string prefix = hit ? ZelAgent::toText(hit->prefix) : "";
+  const std::string route = hit ? routeText(*hit->route) : "";
+  add("look up " + ZelAgent::toText(destination) + " in " + vrfText(vrf.name) + " (id " +
+          std::to_string(vrf.vrfId) +
+          "): " + (hit ? prefix + ' ' + route + (hit->exactMatch ? " (exact match)" : "") : "miss"),
+      {{"step", "lookUp"},
+       {"vrfName", vrf.name.str()},
+       {"vrfId", vrf.vrfId},
+       {"destination", ZelAgent::toText(destination)},
+       {"prefix", hit ? OrderedJson(prefix) : OrderedJson(nullptr)},
+       {"route", hit ? OrderedJson(route) : OrderedJson(nullptr)},
+       {"exactMatch", hit && hit->exactMatch}});
+}
+
+void WayReport::wentOn(const VrfFacts& from, const VrfFacts& to, GoOnReason reason) {
+  add("go on in " + vrfText(to.name) + ": " + textOf(reason), {{"step", "goOn"},
+                                                               {"from", from.name.str()},
+                                                               {"to", to.name.str()},
+                                                               {"because", textOf(reason)}});
+}
+
+void WayReport::decapsulated(const PacketHeader& outer, const PacketHeader& arrived,
+                             const PacketHeader& inner) {
+  add("decapsulate: " + toText(inner), {{"step", "decapsulate"},
+                                        {"outer", toJson(outer)},
+                                        {"inner", toJson(inner)},
+                                        {"arrived", toJson(arrived)}});
+}
+
+void WayReport::dropped(SoftChip::DropReason reason, std::string_view detail) {
+  const std::string name(nameOf(reason));
+  const std::string what(detail.empty() ? SoftChip::textOf(reason) : detail);
+  add("drop " + name + ": " + what, {{"step", "drop"}, {"reason", name}, {"detail", what}});
+}
+
+void WayReport::left(const std::string& intf, const L3::VrfName& vrf, const PacketHeader& header) {
+  add("leave by " + toWord(intf) + ": " + toText(header),
+      {{"step", "leave"}, {"interface", intf}, {"vrfName", vrf.str()}, {"packet", toJson(header)}});
+}
+
+void WayReport::add(std::string line, OrderedJson step) {
+  lines_.push_back(std::move(line));
+  json_.push_back(std::move(step));
+}
+
+const RuleState& WayReport::ruleAt(std::size_t place) const {
+  return *std::find_if(rules_.begin(), rules_.end(),
+                       [place](const RuleState& rule) { return rule.place == place; });
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,86 @@
+#include "agent/serve/console/ControlClient.h"
+
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "agent/language/PrintableText.h"
+#include "agent/serve/protocol/FileDescriptor.h"
+#include "agent/serve/protocol/SocketAddress.h"
+
+namespace ZelAgent {
+namespace {
+
+// Goes on where a call was interrupted by a signal.
+template <class Call>
+auto uninterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR)
+    result = call();
+  return result;
+}
+
+FileDescriptor connectTo(const std::string& path) {
+  const sockaddr_un address = socketAddressOf(path);
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!socket.isOpen()) throw socketErrorOf(path, "no socket can be made", errno);
+  const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
+  if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
+    throw SocketError(socketErrorOf(path, "no daemon can be reached", errno).what() +
+                      std::string("; start one with: zel-agent serve CONFIG --socket ") +
+                      printable(path, 1000));
+  }
+  return socket;
+}
+
+// A daemon that has refused the client does not read what it sends, so not being able to send is
+// no reason not to listen.
+void send(const FileDescriptor& socket, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto sent = uninterrupted(
+        [&] { return ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL); });
+    if (sent < 0) return;
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
+  }
+}
+
+std::string receiveLine(const FileDescriptor& socket, const std::string& path) {
+  std::string line;
+  char block[65536];
+  while (!line.ends_with('\n')) {
+    const auto got = uninterrupted([&] { return read(socket.get(), block, sizeof block); });
+    if (got < 0) throw socketErrorOf(path, "the daemon does not answer", errno);
+    if (got == 0) {
+      throw SocketError(printable(path, 1000) + ": the daemon closed the connection unanswered");
+    }
+    line.append(block, static_cast<std::size_t>(got));
+  }
+  return line;
+}
+
+bool isAnswer(const OrderedJson& document, bool asJson) {
+  if (!document.is_object() || !document.contains("output")) return false;
+  const OrderedJson status = document.value("status", OrderedJson());
+  return status.is_number_unsigned() && status <= static_cast<int>(ExitStatus::badInput) &&
+         (document["output"].is_string() || (asJson && status == 0));
+}
+
+Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
+  auto document = OrderedJson::parse(line, nullptr, false);
+  if (!isAnswer(document, asJson)) {
+    throw SocketError(printable(path, 1000) + ": what listens there is no zel-agent; it answers " +
+                      inQuotes(line));
+  }
+  return {static_cast<ExitStatus>(document["status"].get<int>()), std::move(document["output"])};
+}
+
+}  // namespace
+
+Answer ControlClient::ask(const Request& request) const {
+  const FileDescriptor socket = connectTo(path_);
+  send(socket, toLine(request));
+  return answerIn(receiveLine(socket, path_), path_, request.asJson);
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,81 @@
+#include "agent/serve/console/LineEditor.h"
+
+#include <editline/readline.h>
+#include <sys/stat.h>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+namespace ZelAgent {
+namespace {
+
+constexpr int linesRemembered = 1000;
+
+// The editor calls back without saying for whom.
+Completer& activeCompleter() {
+  static Completer completer;
+  return completer;
+}
+
+std::vector<std::string>& candidates() {
+  static std::vector<std::string> words;
+  return words;
+}
+
+// The candidate of that number from the first, 0, on; null after the last. The caller frees it.
+char* candidate(const char* /*text*/, int number) {
+  static std::size_t next = 0;
+  if (number == 0) next = 0;
+  return next < candidates().size() ? strdup(candidates()[next++].c_str()) : nullptr;
+}
+
+char** complete(const char* text, int /*start*/, int end) {
+  rl_attempted_completion_over = 1;  // no names of files
+  candidates() = activeCompleter()(std::string(rl_line_buffer, static_cast<std::size_t>(end)));
+  return rl_completion_matches(text, candidate);
+}
+
+}  // namespace
+
+LineEditor::LineEditor(std::string prompt, std::string historyFile, Completer completer)
+    : prompt_(std::move(prompt)), historyFile_(std::move(historyFile)) {
+  std::setlocale(LC_CTYPE, "");
+  activeCompleter() = std::move(completer);
+  rl_readline_name = "zel-agent";
+  rl_attempted_completion_function = complete;
+  rl_basic_word_break_characters = " \t";
+  using_history();
+  stifle_history(linesRemembered);
+  if (!historyFile_.empty()) read_history(historyFile_.c_str());
+}
+
+LineEditor::~LineEditor() {
+  activeCompleter() = {};
+}
+
+std::optional<std::string> LineEditor::readLine() {
+  const std::unique_ptr<char, void (*)(void*)> line(readline(prompt_.c_str()), std::free);
+  if (!line) {
+    std::puts("");  // what follows the prompt begins a line of its own
+    return std::nullopt;
+  }
+  remember(line.get());
+  return std::string(line.get());
+}
+
+void LineEditor::remember(const std::string& line) {
+  const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
+  if (isBlank || line == last_) return;
+  last_ = line;
+  add_history(line.c_str());
+  if (historyFile_.empty()) return;
+  const mode_t before = umask(0077);
+  write_history(historyFile_.c_str());
+  umask(before);
+}
+
+}  // namespace ZelAgent

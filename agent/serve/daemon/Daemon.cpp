@@ -1,0 +1,66 @@
+#include "agent/serve/daemon/Daemon.h"
+
+#include <csignal>
+#include <exception>
+#include <ostream>
+
+#include "agent/language/ConfigError.h"
+#include "agent/language/PrintableText.h"
+#include "agent/serve/daemon/ListeningSocket.h"
+#include "agent/serve/daemon/SignalWatch.h"
+
+namespace ZelAgent {
+
+Daemon::Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err)
+    : options_(options),
+      out_(out),
+      err_(err),
+      served_(options.configuration, options.chipCapacity) {}
+
+Daemon::~Daemon() {
+  served_.agent().removeAll();
+}
+
+ExitStatus Daemon::serve() {
+  std::signal(SIGPIPE, SIG_IGN);
+  const auto end = [this] { loop_.stop(); };
+  const SignalWatch onTerminate(loop_, SIGTERM, end);
+  const SignalWatch onInterrupt(loop_, SIGINT, end);
+  const SignalWatch onHangUp(loop_, SIGHUP, [this] { reload(); });
+  warn(served_.start());
+  ListeningSocket socket(options_.socket);
+  const ControlServer server(loop_, socket, served_, options_.limits);
+  if (!announce()) return ExitStatus::failure;
+  loop_.run();
+  return ExitStatus::success;
+}
+
+void Daemon::reload() {
+  try {
+    warn(served_.reload());
+    tell(printable(options_.configuration, 1000) + " applied");
+  } catch (const ConfigError& error) {
+    tell(std::string("error: ") + error.what() + "; what was in force stays");
+  } catch (const std::exception& error) {
+    tell("error: the reload failed: " + printable(error.what(), 1000));
+  }
+}
+
+void Daemon::tell(const std::string& line) {
+  err_ << line << std::endl;
+  err_.clear();
+}
+
+void Daemon::warn(const std::vector<std::string>& warnings) {
+  for (const std::string& warning : warnings)
+    tell("warning: " + warning);
+}
+
+bool Daemon::announce() {
+  out_ << "serving on " << printable(options_.socket, 1000) << std::endl;
+  if (out_) return true;
+  tell("error: standard output cannot be written");
+  return false;
+}
+
+}  // namespace ZelAgent

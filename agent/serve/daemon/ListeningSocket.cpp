@@ -1,0 +1,121 @@
+#include "agent/serve/daemon/ListeningSocket.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "agent/language/PrintableText.h"
+#include "agent/serve/protocol/SocketAddress.h"
+
+namespace ZelAgent {
+namespace {
+
+constexpr int backlog = 128;
+constexpr int lockAttempts = 100;
+constexpr auto lockPause = std::chrono::milliseconds(10);
+
+// The file mode mask of the process, as long as this lives.
+class FileModeMask final {
+ public:
+  explicit FileModeMask(mode_t mask) : before_(umask(mask)) {}
+  FileModeMask(const FileModeMask&) = delete;
+  FileModeMask& operator=(const FileModeMask&) = delete;
+  ~FileModeMask() { umask(before_); }
+
+ private:
+  mode_t before_;
+};
+
+FileDescriptor makeSocket(const std::string& path) {
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!socket.isOpen()) throw socketErrorOf(path, "no socket can be made", errno);
+  return socket;
+}
+
+int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileDescriptor& socket,
+                    const std::string& path) {
+  const sockaddr_un address = socketAddressOf(path);
+  return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+}
+
+// Two daemons that replace the same stale socket must not replace each other's. The lock is held
+// for an instant by each that starts; it ends with its descriptor.
+FileDescriptor lockFolderOf(const std::string& path) {
+  const std::string parent = std::filesystem::path(path).parent_path();
+  FileDescriptor folder(
+      open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.isOpen()) throw socketErrorOf(path, "its folder cannot be opened", errno);
+  for (int attempt = 0; attempt < lockAttempts; ++attempt) {
+    if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) return folder;
+    std::this_thread::sleep_for(lockPause);
+  }
+  throw SocketError(printable(path, 1000) +
+                    ": another process keeps its folder locked; end it, or give another path");
+}
+
+// Whether nobody listens on the socket that is at the path.
+void needStale(const std::string& path) {
+  const FileDescriptor probe = makeSocket(path);
+  if (callWithAddress(connect, probe, path) == 0 || errno == EAGAIN) {
+    throw SocketError(printable(path, 1000) +
+                      ": a daemon listens there already; end it, or give another path");
+  }
+  if (errno != ECONNREFUSED) throw socketErrorOf(path, "the socket there cannot be probed", errno);
+}
+
+// A file that is in the way and may be replaced is removed.
+void clearPath(const std::string& path) {
+  struct stat file {};
+  if (lstat(path.c_str(), &file) != 0) {
+    if (errno == ENOENT) return;
+    throw socketErrorOf(path, "cannot be looked at", errno);
+  }
+  if (!S_ISSOCK(file.st_mode)) {
+    throw SocketError(printable(path, 1000) +
+                      ": is a file that is not a socket; give the path of a socket");
+  }
+  needStale(path);
+  if (unlink(path.c_str()) != 0) {
+    throw socketErrorOf(path, "the stale socket cannot be removed", errno);
+  }
+}
+
+}  // namespace
+
+ListeningSocket::ListeningSocket(std::string path)
+    : path_(std::move(path)), socket_(makeSocket(path_)) {
+  claimPath();
+}
+
+ListeningSocket::~ListeningSocket() {
+  struct stat now {};
+  if (lstat(path_.c_str(), &now) != 0) return;
+  if (now.st_dev == file_.st_dev && now.st_ino == file_.st_ino) unlink(path_.c_str());
+}
+
+void ListeningSocket::claimPath() {
+  static_cast<void>(socketAddressOf(path_));
+  const FileDescriptor lock = lockFolderOf(path_);
+  clearPath(path_);
+  bindPath();
+  if (lstat(path_.c_str(), &file_) != 0) throw socketErrorOf(path_, "has disappeared", errno);
+}
+
+void ListeningSocket::bindPath() {
+  const FileModeMask ownerOnly(0177);
+  if (callWithAddress(bind, socket_, path_) != 0) {
+    throw socketErrorOf(path_, "the socket cannot be made", errno);
+  }
+  if (listen(socket_.get(), backlog) != 0) {
+    const int error = errno;
+    unlink(path_.c_str());
+    throw socketErrorOf(path_, "cannot be listened on", error);
+  }
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,88 @@
+#include "agent/serve/protocol/Request.h"
+
+#include <nlohmann/json.hpp>
+
+#include "agent/config/JsonText.h"
+#include "agent/language/ConfigError.h"
+#include "agent/language/PrintableText.h"
+
+namespace ZelAgent {
+namespace {
+
+using nlohmann::json;
+
+constexpr const char* wanted = R"({"command": "...", "json": true|false})";
+
+bool isUtf8(const std::string& text) {
+  try {
+    return !json(text).dump().empty();  // is strict about it
+  } catch (const json::type_error&) {
+    return false;
+  }
+}
+
+void needText(const std::string& line) {
+  if (line.find('\0') != std::string::npos) {
+    throw RequestError("a request must be text, found a NUL byte");
+  }
+  if (!isUtf8(line)) {
+    throw RequestError("a request must be UTF-8, found " + inQuotes(line) +
+                       "; other bytes are quoted, as '\\xff'");
+  }
+}
+
+json parse(const std::string& line) {
+  try {
+    return parseJson(line, "request");
+  } catch (const ConfigError& error) {
+    throw RequestError(std::string(error.what()) + "; a request must be " + wanted);
+  }
+}
+
+std::string textOf(const json& member) {
+  if (!member.is_string()) throw RequestError("request: member command must be a text");
+  return member.get<std::string>();
+}
+
+bool flagOf(const json& member) {
+  if (!member.is_boolean()) throw RequestError("request: member json must be true or false");
+  return member.get<bool>();
+}
+
+Request fromJson(const json& document) {
+  Request request;
+  for (const auto& [name, member] : document.items()) {
+    if (name == "command") {
+      request.command = textOf(member);
+    } else if (name == "json") {
+      request.asJson = flagOf(member);
+    } else {
+      throw RequestError("request: unknown member " + inQuotes(name) + "; a request must be " +
+                         wanted);
+    }
+  }
+  if (!document.contains("command")) {
+    throw RequestError(std::string("request: member command is lacking; a request must be ") +
+                       wanted);
+  }
+  return request;
+}
+
+}  // namespace
+
+Framing framingOf(const std::string& line) {
+  return line.starts_with('{') ? Framing::json : Framing::text;
+}
+
+Request readRequest(const std::string& line) {
+  needText(line);
+  if (framingOf(line) == Framing::text) return {line, false};
+  return fromJson(parse(line));
+}
+
+std::string toLine(const Request& request) {
+  const json document{{"command", request.command}, {"json", request.asJson}};
+  return document.dump(-1, ' ', false, json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,63 @@
+// What the form of a command says of it.
+#include "agent/commands/served/CommandForm.h"
+
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "agent/commands/served/CommandTable.h"
+
+namespace ZelAgent {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+TEST(CommandForm, TheNameIsTheWordsInFrontThatStandForThemselves) {
+  EXPECT_THAT(CommandForm("show trace [N]").name(), ElementsAre("show", "trace"));
+  EXPECT_THAT(CommandForm("vrf NAME id N").name(), ElementsAre("vrf"));
+  EXPECT_THAT(CommandForm("decap-nh on|off").name(), ElementsAre("decap-nh"));
+  EXPECT_THAT(CommandForm("reload").name(), ElementsAre("reload"));
+}
+
+TEST(CommandForm, HasArgumentsWhereItGoesOnBehindTheName) {
+  EXPECT_TRUE(CommandForm("show trace [N]").hasArguments());
+  EXPECT_FALSE(CommandForm("show vrfs").hasArguments());
+}
+
+TEST(CommandForm, TellsWhatMayFollow) {
+  const CommandForm form("prefix-lens ipv4|ipv6 NAME LENGTH...");
+  EXPECT_THAT(form.choicesAfter({}), ElementsAre("prefix-lens"));
+  EXPECT_THAT(form.choicesAfter({"prefix-lens"}), ElementsAre("ipv4", "ipv6"));
+  EXPECT_THAT(form.choicesAfter({"prefix-lens", "ipv6"}), ElementsAre("NAME"));
+  EXPECT_THAT(form.choicesAfter({"prefix-lens", "ipv6", "red", "8", "16"}), ElementsAre("LENGTH"));
+}
+
+TEST(CommandForm, NothingFollowsWordsThatAreNotItsBeginning) {
+  const CommandForm form("vrf NAME add [id N]");
+  EXPECT_THAT(form.choicesAfter({"fallback"}), IsEmpty());
+  EXPECT_THAT(form.choicesAfter({"vrf", "red", "remove"}), IsEmpty());
+  EXPECT_THAT(form.choicesAfter({"vrf", "red", "add", "id", "7"}), IsEmpty());
+  EXPECT_THAT(form.choicesAfter({"vrf", "red", "add"}), ElementsAre("id"));
+}
+
+TEST(CommandTable, NoFormIsThereTwiceAndEachHasHelp) {
+  std::set<std::string> forms;
+  for (const CommandRow& row : commandTable()) {
+    EXPECT_TRUE(forms.insert(row.form).second) << row.form;
+    EXPECT_FALSE(CommandForm(row.form).name().empty()) << row.form;
+    EXPECT_STRNE(row.help, "") << row.form;
+  }
+}
+
+TEST(CommandTable, RowsOfOneNameHaveOneCommand) {
+  std::map<std::vector<std::string>, Command> commands;
+  for (const CommandRow& row : commandTable()) {
+    const auto known = commands.emplace(CommandForm(row.form).name(), row.run).first;
+    EXPECT_EQ(known->second, row.run) << row.form;
+  }
+}
+
+}  // namespace
+}  // namespace ZelAgent

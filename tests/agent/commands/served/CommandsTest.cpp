@@ -1,0 +1,401 @@
+// What each command answers, and what it does to the agent, without a socket.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "agent/language/ConfigError.h"
+#include "agent/serve/protocol/ControlService.h"
+#include "tests/agent/SmallConfigurations.h"
+#include "tests/agent/TestFiles.h"
+
+namespace ZelAgent {
+namespace {
+
+using nlohmann::json;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
+using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+class Commands : public ::testing::Test {
+ protected:
+  Commands() { served_.start(); }
+
+  static std::string writeSmall(const std::string& name, const SmallConfiguration& small) {
+    return writeFile(name, toJson(small).dump());
+  }
+
+  // The text framing without its last line.
+  std::string text(const std::string& command) {
+    const std::string bytes = service_.reply({RequestLine::Kind::whole, command}).bytes;
+    EXPECT_TRUE(bytes.ends_with(".\n")) << bytes;
+    return bytes.substr(0, bytes.size() - 2);
+  }
+
+  json answer(const std::string& command) {
+    const json request{{"command", command}, {"json", true}};
+    return json::parse(service_.reply({RequestLine::Kind::whole, request.dump()}).bytes);
+  }
+
+  json output(const std::string& command) {
+    const json whole = answer(command);
+    EXPECT_EQ(whole["status"], 0) << whole;
+    return whole["output"];
+  }
+
+  // What the error of a command says; its status must be 2.
+  std::string error(const std::string& command) {
+    const json whole = answer(command);
+    EXPECT_EQ(whole["status"], 2) << whole;
+    EXPECT_EQ(text(command), "error: " + whole["output"].get<std::string>() + "\n");
+    return whole["output"];
+  }
+
+  std::string file_ =
+      writeSmall("red.json", {{{"red", "blue"}, {"blue"}}, {"red", "green"}, {"e1", "e2"}});
+  ServedAgent served_{file_, 8};
+  ControlService service_{served_, std::size_t{1} << 20U};
+};
+
+TEST_F(Commands, ShowActionsIsTheTableThatRunPrints) {
+  EXPECT_EQ(text("show actions"),
+            file_ +
+                " applied\n"
+                "  VRF    FALLBACK  POST-DECAP  ACTION     USERS  RESOURCE  STATUS              "
+                "REASON                   DESCRIPTION\n"
+                "  green  -         -           actionVrf  2      -         programmingFailure  "
+                "failureVrfResourceAlloc  VRF \"green\" has no hardware VRF id; the action is "
+                "programmed when it gets one\n"
+                "  red    -         -           actionVrf  2      1         programmedInHw      "
+                "failureNone              -\n"
+                "  chip: 1 of 8 VRF resources in use; 2 creates, 0 updates, 0 deletes, 1 failed\n");
+}
+
+TEST_F(Commands, ShowActionsAsJsonHasTheMembersOfAReport) {
+  const json report = output("show actions");
+  EXPECT_EQ(report["configuration"], file_);
+  EXPECT_THAT(report["actions"], SizeIs(2));
+  EXPECT_EQ(report["chip"]["capacity"], 8);
+}
+
+TEST_F(Commands, ShowVrfsHasARowForEveryVrfThatTheAgentHasHeardOf) {
+  text("vrf spare add");
+  text("prefix-lens ipv4 red 24 32");
+  text("prefix-lens ipv6 red 64");
+  EXPECT_EQ(text("show vrfs"),
+            "  VRF      ID  FALLBACK  IPV4-LENS  IPV6-LENS  CONFIGURED\n"
+            "  default  1   -         -          -          yes\n"
+            "  blue     3   -         -          -          yes\n"
+            "  green    -   -         -          -          no\n"
+            "  red      2   blue      24,32      64         yes\n"
+            "  spare    0   -         -          -          no\n");
+}
+
+TEST_F(Commands, ShowVrfsAsJsonTellsWhatIsNotKnownByNull) {
+  text("prefix-lens ipv4 red 24 32");
+  const json vrfs = output("show vrfs");
+  ASSERT_THAT(vrfs, SizeIs(4));
+  EXPECT_EQ(vrfs[2], json::parse(R"({"vrfName": "green", "vrfId": null, "fallbackVrfName": "",
+      "exactMatchLens": null, "exactMatchLensV6": null, "configured": false})"));
+  EXPECT_EQ(vrfs[3], json::parse(R"({"vrfName": "red", "vrfId": 2, "fallbackVrfName": "blue",
+      "exactMatchLens": [24, 32], "exactMatchLensV6": null, "configured": true})"));
+}
+
+TEST_F(Commands, ShowFallbackIsTheGraphOfThisMoment) {
+  EXPECT_EQ(text("show fallback"),
+            "VRF default\nVRF blue\nVRF green, not configured\nVRF red, fallback -> blue\n"
+            "action actionVrf green, vrfName -> green\naction actionVrf red, vrfName -> red\n");
+  text("fallback blue to red");
+  EXPECT_THAT(text("show fallback"), HasSubstr("cycle blue -> red -> blue\n"));
+}
+
+TEST_F(Commands, ShowFallbackAsJsonNamesTheCycles) {
+  text("fallback blue to red");
+  const json graph = output("show fallback");
+  EXPECT_EQ(graph["cycles"], json::parse(R"([["blue", "red"]])"));
+  EXPECT_EQ(graph["actions"][0]["vrfName"], "green");
+  EXPECT_EQ(graph["vrfs"][0],
+            json::parse(R"({"vrfName": "default", "configured": true, "fallbackVrfName": ""})"));
+}
+
+TEST_F(Commands, ShowTraceGivesTheLastMessages) {
+  text("vrf red id 77");
+  const json records = output("show trace 2");
+  ASSERT_THAT(records, SizeIs(2));
+  EXPECT_EQ(records[1]["sequence"], records[0]["sequence"].get<int>() + 1);
+  for (const char* const member : {"level", "line", "path", "function", "text"})
+    EXPECT_TRUE(records[1].contains(member)) << member;
+  const std::string function = records[1]["function"];
+  EXPECT_THAT(
+      text("show trace 1"),
+      AllOf(StartsWith(records[1]["sequence"].dump() + " level " + records[1]["level"].dump() +
+                       " line " + records[1]["line"].dump() + " " + function + ": "),
+            HasSubstr(records[1]["text"].get<std::string>())));
+}
+
+TEST_F(Commands, ShowTraceGivesTwentyMessagesUnlessToldOtherwise) {
+  for (int id = 100; id < 130; ++id)
+    text("vrf red id " + std::to_string(id));
+  EXPECT_THAT(output("show trace"), SizeIs(20));
+  EXPECT_THAT(output("show trace 0"), IsEmpty());
+}
+
+TEST_F(Commands, ShowTypesListsTheTypesOfTheLibraryWithTheirAttributes) {
+  EXPECT_THAT(text("show types"), HasSubstr("module ZelVrfSelectionPolicy\n"));
+  EXPECT_THAT(text("show types"), HasSubstr("\nZelVrfSelectionPolicy::ProgrammingResult\n"
+                                            "  one of programmedInHw, programmingFailure\n"));
+  const json modules = output("show types");
+  EXPECT_EQ(modules[1]["module"], "ZelVrfSelectionPolicy");
+  EXPECT_EQ(modules[1]["types"].size(), 12U);
+  EXPECT_THAT(
+      modules[1]["types"],
+      Contains(json{
+          {"type", "ZelVrfSelectionPolicy::VrfAction"},
+          {"names", json::array()},
+          {"attributes",
+           {{{"number", 2}, {"name", "vrfName"}, {"kind", "L3::VrfName"}, {"operations", {"read"}}},
+            {{"number", 3},
+             {"name", "fallbackVrfName"},
+             {"kind", "L3::VrfName"},
+             {"operations", {"read", "write"}}},
+            {{"number", 4},
+             {"name", "postDecapVrfName"},
+             {"kind", "L3::VrfName"},
+             {"operations", {"read", "write"}}},
+            {{"number", 5},
+             {"name", "action"},
+             {"kind", "PolicyMap::ActionType"},
+             {"operations", {"read"}}}}}}));
+}
+
+TEST_F(Commands, GetTakesATypeByItsEndAndAnAttributeByItsNumber) {
+  EXPECT_EQ(text("get VrfSm fallbackVrfInfo"), "'red': 'blue'\n");
+  EXPECT_EQ(text("get ZelVrfSelectionPolicy::VrfSm 136"), "'red': 'blue'\n");
+  EXPECT_THAT(text("get HwStatus status"), HasSubstr("}): programmingFailure\n"));
+}
+
+TEST_F(Commands, GetTakesTheKeyOfAnEntryOrOfAnObject) {
+  EXPECT_EQ(text("get VrfSm fallbackVrfInfo red"), "'blue'\n");
+  EXPECT_EQ(text("get VrfInstanceSm vrfName red"), "'red': 'red'\n");
+  EXPECT_EQ(text("get VrfHwConfig vrfRefCount Value('ZelVrfSelectionPolicy::VrfAction', ** "
+                 "{'vrfName': 'red', 'fallbackVrfName': '', 'postDecapVrfName': '', 'action': "
+                 "actionVrf})"),
+            "2\n");
+}
+
+TEST_F(Commands, GetSaysWhatItNeeds) {
+  EXPECT_EQ(error("get Nothing at"),
+            "get TYPE ATTRIBUTE [KEY]: TYPE must be a registered type with attributes, which `show "
+            "types` lists, found 'Nothing'");
+  EXPECT_EQ(error("get VrfAction colour"),
+            "get TYPE ATTRIBUTE [KEY]: ATTRIBUTE must be one of: vrfName, fallbackVrfName, "
+            "postDecapVrfName, action, found 'colour'");
+  EXPECT_EQ(error("get VrfHelper createVrf"),
+            "get TYPE ATTRIBUTE [KEY]: createVrf is called, not read");
+  EXPECT_EQ(error("get VrfInstanceSm vrfName nobody"),
+            "get TYPE ATTRIBUTE [KEY]: KEY must be that of an object, found 'nobody'");
+}
+
+TEST_F(Commands, ShowUsersTellsWhichInterfaceAndRuleHoldEachUser) {
+  EXPECT_EQ(text("show users"),
+            "  ACTION           INTERFACE  POLICY  RULE\n"
+            "  actionVrf green  e1         P       2\n"
+            "  actionVrf green  e2         P       2\n"
+            "  actionVrf red    e1         P       1\n"
+            "  actionVrf red    e2         P       1\n");
+}
+
+TEST_F(Commands, ShowRulesAndCountersFollowAPacketThatIsExplained) {
+  text("route red 0.0.0.0/0 via e9");
+  EXPECT_EQ(text("explain e1 ipv4 192.0.2.1 to 192.0.2.2"),
+            "packet ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 64, 28 bytes\n"
+            "rule 1 of P, any: matches\n"
+            "action actionVrf red, resource 1\n"
+            "look up 192.0.2.2 in VRF red (id 2): 0.0.0.0/0 via e9\n"
+            "leave by e9: ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 63, 28 bytes\n");
+  EXPECT_THAT(text("show rules"),
+              HasSubstr("  e1         P       1     any    actionVrf red    programmed\n"));
+  EXPECT_THAT(text("show counters"),
+              HasSubstr("  e1         P       1     any    actionVrf red    1        28\n"));
+  EXPECT_EQ(output("show counters")["vrfs"],
+            json::array({{{"vrfName", "red"}, {"packets", 1}, {"bytes", 28}}}));
+}
+
+// Whatever can be read by name; the arguments are those of a type's single object, or of all.
+TEST_F(Commands, GetReachesEveryReadableAttributeOfEveryTypeOfTheLibrary) {
+  text("prefix-lens ipv4 red 24");
+  text("prefix-lens ipv6 red 48");
+  const json modules = output("show types");
+  std::size_t attributes = 0;
+  for (const json& type : modules[1]["types"]) {
+    for (const json& attribute : type["attributes"]) {
+      const json& operations = attribute["operations"];
+      if (std::find(operations.begin(), operations.end(), "read") == operations.end()) continue;
+      const json answer = output("get " + type["type"].get<std::string>() + ' ' +
+                                 attribute["name"].get<std::string>());
+      EXPECT_TRUE(answer.is_array() && !answer.empty()) << type["type"] << attribute << answer;
+      ++attributes;
+    }
+  }
+  EXPECT_EQ(attributes, 50U);
+}
+
+TEST_F(Commands, AnEventIsAnsweredWithItsEffects) {
+  EXPECT_EQ(text("vrf green add"), "vrf green add\n  no call of the chip\n");
+  EXPECT_EQ(text("vrf green id 7"),
+            "vrf green id 7\n"
+            "  updateVrf actionVrf green\n"
+            "  status of actionVrf green: programmingFailure (failureVrfResourceAlloc: VRF "
+            "\"green\" has no hardware VRF id; the action is programmed when it gets one) -> "
+            "programmedInHw\n");
+}
+
+TEST_F(Commands, AnEventAsJsonHasNoPlace) {
+  const json report = output("chip capacity 9");
+  EXPECT_EQ(report["event"], json::parse(R"({"text": "chip capacity 9"})"));
+  EXPECT_EQ(report["chip"]["capacity"], 9);
+  EXPECT_THAT(report["calls"], IsEmpty());
+}
+
+TEST_F(Commands, EveryKindOfEventIsACommand) {
+  const std::string other = writeSmall("other.json", {{{"red"}}, {"red"}, {"e1"}});
+  for (const std::string& event :
+       {std::string("vrf red id 9"), std::string("vrf red remove"), std::string("vrf red add id 4"),
+        std::string("vrf blue add"), std::string("fallback red to green"),
+        std::string("fallback red remove"), std::string("decap-nh on"),
+        std::string("decap-nh-fallback on"), std::string("prefix-lens ipv4 red 8 16"),
+        std::string("prefix-lens ipv4 red remove"), "config " + other,
+        std::string("chip capacity 3"), std::string("chip fail any 2"), std::string("show")}) {
+    EXPECT_THAT(text(event), StartsWith(event + "\n"));
+  }
+}
+
+TEST_F(Commands, AnEventThatCannotBePlayedChangesNothing) {
+  const std::string before = text("show vrfs");
+  EXPECT_EQ(error("vrf nobody id 7"),
+            "vrf NAME id N: NAME must be a VRF that exists, found 'nobody'; first: vrf nobody add");
+  EXPECT_EQ(error("vrf red id 7 8"), "vrf NAME id N: the line must end here, found '8'");
+  EXPECT_EQ(text("show vrfs"), before);
+}
+
+TEST_F(Commands, ShowConfigTellsWhatIsInForce) {
+  EXPECT_EQ(text("show config"), "file         " + file_ + "\nin force     " + file_ +
+                                     ", by start\nreloads      0 applied, 0 refused\n");
+  const std::string other = writeSmall("other.json", {{{"red"}}, {"red"}, {"e1"}});
+  text("config " + other);
+  EXPECT_EQ(output("show config")["inForce"], json({{"file", other}, {"by", "config"}}));
+}
+
+TEST_F(Commands, ReloadAppliesTheFileAsItIsNow) {
+  writeSmall("red.json", {{{"green"}}, {"green"}, {"e1"}});
+  const json report = output("reload");
+  EXPECT_THAT(report["actions"], SizeIs(1));
+  EXPECT_EQ(report["actions"][0]["status"], "programmedInHw");
+  EXPECT_THAT(report["warnings"], IsEmpty());
+  EXPECT_EQ(output("show config")["inForce"]["by"], "reload");
+}
+
+TEST_F(Commands, ReloadShowsTheWarningsOfTheFile) {
+  EXPECT_THAT(text("reload"), StartsWith("warning: " + file_ + ": "));
+  EXPECT_THAT(output("reload")["warnings"], SizeIs(1));
+}
+
+TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRemembered) {
+  const std::string before = text("show actions");
+  writeFile("red.json", "{\"network-instances\": 7}");
+  const std::string problem = error("reload");
+  EXPECT_THAT(problem, StartsWith(file_ + ": /network-instances: "));
+  EXPECT_EQ(text("show actions"), before);
+  EXPECT_EQ(output("show config")["reloads"],
+            json({{"applied", 0}, {"refused", 2}, {"lastRefusal", problem}}));
+  EXPECT_THAT(text("show config"), HasSubstr("last reload  refused: " + problem + "\n"));
+}
+
+TEST_F(Commands, AReloadThatIsTakenEndsTheMemoryOfARefusal) {
+  writeFile("red.json", "[]");
+  error("reload");
+  writeSmall("red.json", {{{"red"}}, {"red"}, {"e1"}});
+  text("reload");
+  EXPECT_EQ(output("show config")["reloads"]["lastRefusal"], nullptr);
+  EXPECT_THAT(text("show config"), Not(HasSubstr("last reload")));
+}
+
+TEST_F(Commands, AnUnknownCommandIsToldWhatThereIs) {
+  EXPECT_THAT(error("shw"), AllOf(StartsWith("a command must begin with chip, "),
+                                  HasSubstr(", reload, "), HasSubstr(" or vrf, found 'shw'")));
+  EXPECT_THAT(error("show vrf"), AllOf(StartsWith("show must be followed by actions, "),
+                                       HasSubstr(", vrfs or the end of the line, found 'vrf'")));
+  EXPECT_EQ(error("'show' vrfs").substr(0, 26), "a command must begin with ");
+}
+
+TEST_F(Commands, ArgumentsThatAreNotWantedAreRefused) {
+  EXPECT_EQ(error("show vrfs now"), "show vrfs: the line must end here, found 'now'");
+  EXPECT_EQ(error("reload now"), "reload: the line must end here, found 'now'");
+  EXPECT_THAT(error("show trace many"),
+              StartsWith("show trace [N]: N must be a number from 0 to 4294967295"));
+  EXPECT_EQ(error("show trace 1 2"), "show trace [N]: the line must end here, found '2'");
+}
+
+TEST_F(Commands, ABlankLineAndACommentDoNothing) {
+  EXPECT_EQ(text(""), "");
+  EXPECT_EQ(text("  # a remark"), "");
+  EXPECT_EQ(output(""), nullptr);
+}
+
+TEST_F(Commands, HelpHasALineForEachForm) {
+  EXPECT_THAT(text("help"), HasSubstr("\nvrf NAME add [id N]  "));
+  EXPECT_EQ(text("help decap-nh-"),
+            "decap-nh-fallback on|off  Decapsulating next hops may fall back, or may not\n");
+  EXPECT_THAT(error("help me"), HasSubstr("must be the beginning of a command, found 'me'"));
+}
+
+TEST_F(Commands, CompletionOffersWordsOfTheTable) {
+  EXPECT_THAT(output("complete ''"), IsSupersetOf({"chip", "help", "show", "vrf"}));
+  EXPECT_EQ(output("complete 'decap-nh-'"), json({"decap-nh-fallback"}));
+  EXPECT_EQ(output("complete 'show vr'"), json({"vrfs"}));
+  EXPECT_EQ(text("complete 'prefix-lens '"), "ipv4\nipv6\n");
+  EXPECT_EQ(output("complete 'show actions '"), json::array());
+  EXPECT_EQ(output("complete 'nonsense '"), json::array());
+}
+
+TEST_F(Commands, CompletionOffersTheVrfsThatThereAre) {
+  EXPECT_EQ(output("complete 'vrf '"), json({"DEFAULT", "blue", "green", "red"}));
+  EXPECT_EQ(output("complete 'vrf r'"), json({"red"}));
+  EXPECT_EQ(output("complete 'fallback red '"), json({"remove", "to"}));
+  EXPECT_EQ(output("complete 'chip fail '"), json({"DEFAULT", "any", "blue", "green", "red"}));
+  text("vrf 'two words' add");
+  EXPECT_EQ(output("complete 'vrf \\''"), json({"'two words'"}));
+}
+
+TEST_F(Commands, AnAnswerThatIsTooLongIsAnErrorInItsPlace) {
+  ControlService tight(served_, 100);
+  const Reply reply = tight.reply({RequestLine::Kind::whole, "{\"command\": \"show actions\"}"});
+  const json answer = json::parse(reply.bytes);
+  EXPECT_EQ(answer["status"], 1);
+  EXPECT_THAT(answer["output"].get<std::string>(), HasSubstr("and at most 100 are sent"));
+  EXPECT_FALSE(reply.isLast);
+}
+
+TEST_F(Commands, ALineThatIsTooLongIsTheLast) {
+  const Reply reply = service_.reply({RequestLine::Kind::tooLong, "{\"comm"});
+  EXPECT_TRUE(reply.isLast);
+  EXPECT_THAT(json::parse(reply.bytes)["output"].get<std::string>(), HasSubstr("65536 bytes"));
+}
+
+TEST_F(Commands, ALineThatWasCutOffIsNotRun) {
+  const Reply reply = service_.reply({RequestLine::Kind::unfinished, "vrf red id 99"});
+  EXPECT_THAT(reply.bytes, HasSubstr("must end with a newline, found the end after"));
+  EXPECT_THAT(text("show vrfs"), Not(HasSubstr("99")));
+}
+
+TEST(ServedAgent, ABadFileAtTheStartIsAConfigError) {
+  ServedAgent served(writeFile("bad.json", "7"), 8);
+  EXPECT_THROW(served.start(), ConfigError);
+}
+
+}  // namespace
+}  // namespace ZelAgent

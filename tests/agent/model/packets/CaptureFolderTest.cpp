@@ -1,0 +1,200 @@
+// What leaves an interface is in its capture when all went well, and nowhere otherwise.
+#include "agent/model/packets/CaptureFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+
+#include "agent/language/CaptureError.h"
+#include "tests/agent/CaptureFile.h"
+
+namespace ZelAgent {
+namespace {
+
+using ::testing::ElementsAre;
+
+const PacketBytes one = ipv4Packet({"192.0.2.1", "203.0.113.9"}, 1);
+const PacketBytes two = ipv6Packet({"2001:db8::1", "2001:db8::2"}, 2);
+
+// As long as it lives no file grows beyond the limit, as on a disk that is full.
+class FileSizeLimit final {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  void (*handler_)(int);
+  rlimit before_{};
+};
+
+class CaptureFolderTest : public ::testing::Test {
+ protected:
+  static std::string refusalOf(const std::function<void()>& act) {
+    try {
+      act();
+    } catch (const CaptureError& error) {
+      return error.what();
+    }
+    return "nothing was wrong";
+  }
+
+  const std::filesystem::path folder_ = emptyFolder("out");
+};
+
+TEST_F(CaptureFolderTest, PacketsAreInTheCaptureOfTheirInterfaceInOrderWithTheirTimes) {
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1", {1'700'000'000, 123'456'789}, one);
+  captures.write("Ethernet2", {1'700'000'000, 123'456'790}, two);
+  captures.write("Ethernet1", {5, 0}, two);
+  captures.keep();
+  EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet1.pcap", "Ethernet2.pcap"));
+  EXPECT_THAT(readRawIpCapture(folder_ / "Ethernet1.pcap"),
+              ElementsAre(CaptureFrame{one, 1'700'000'000, 123'456'789}, CaptureFrame{two, 5, 0}));
+  EXPECT_THAT(readRawIpCapture(folder_ / "Ethernet2.pcap"),
+              ElementsAre(CaptureFrame{two, 1'700'000'000, 123'456'790}));
+}
+
+TEST_F(CaptureFolderTest, TheFolderIsMadeIfNeeded) {
+  const auto deep = folder_ / "a" / "b";
+  CaptureFolder captures(deep);
+  captures.write("e1", {}, one);
+  captures.keep();
+  EXPECT_THAT(namesIn(deep), ElementsAre("e1.pcap"));
+}
+
+TEST_F(CaptureFolderTest, WithoutPacketsThereIsNoFile) {
+  CaptureFolder captures(folder_);
+  captures.keep();
+  EXPECT_THAT(namesIn(folder_), ElementsAre());
+}
+
+TEST_F(CaptureFolderTest, SlashesBecomeUnderscores) {
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1/2/3.10", {}, one);
+  captures.write("../outside", {}, two);
+  captures.keep();
+  EXPECT_THAT(namesIn(folder_), ElementsAre(".._outside.pcap", "Ethernet1_2_3.10.pcap"));
+}
+
+TEST_F(CaptureFolderTest, AByteOfZeroDoesNotCutTheNameOfAFile) {
+  const auto file = folder_ / "Ethernet1.pcap";
+  writeCapture(file, CaptureLink::rawIp, {{two, 7, 7}});
+  CaptureFolder captures(folder_);
+  captures.write(std::string("Ethernet1.pcap\0", 15), {}, one);
+  captures.keep();
+  EXPECT_THAT(readRawIpCapture(file), ElementsAre(CaptureFrame{two, 7, 7}));
+  EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet1.pcap", "Ethernet1.pcap_.pcap"));
+}
+
+TEST_F(CaptureFolderTest, AFullDiskIsToldOf) {
+  std::filesystem::create_symlink("/dev/full", folder_ / "Ethernet1.pcap.unfinished");
+  CaptureFolder captures(folder_);
+  for (int packet = 0; packet < 1000; ++packet)
+    captures.write("Ethernet1", {}, one);
+  EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+            (folder_ / "Ethernet1.pcap").string() +
+                ": cannot be written to the end; give a folder with room for it");
+}
+
+TEST_F(CaptureFolderTest, InterfacesThatWouldShareAFileAreRefused) {
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1/2", {}, one);
+  EXPECT_EQ(refusalOf([&] { captures.write("Ethernet1_2", {}, two); }),
+            (folder_ / "Ethernet1_2.pcap").string() +
+                ": is wanted for two interfaces, \"Ethernet1/2\" and \"Ethernet1_2\"; name them "
+                "apart");
+}
+
+TEST_F(CaptureFolderTest, WithoutKeepingNothingIsLeftBehind) {
+  {
+    CaptureFolder captures(folder_);
+    captures.write("Ethernet1", {}, one);
+    captures.write("Ethernet2", {}, one);
+  }
+  EXPECT_THAT(namesIn(folder_), ElementsAre());
+}
+
+TEST_F(CaptureFolderTest, FilesOfTheSameNamesAreReplacedOnlyByKeeping) {
+  const auto file = folder_ / "Ethernet1.pcap";
+  writeCapture(file, CaptureLink::rawIp, {{two, 7, 7}});
+  {
+    CaptureFolder captures(folder_);
+    captures.write("Ethernet1", {}, one);
+  }
+  EXPECT_THAT(readRawIpCapture(file), ElementsAre(CaptureFrame{two, 7, 7}));
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1", {8, 8}, one);
+  EXPECT_THAT(readRawIpCapture(file), ElementsAre(CaptureFrame{two, 7, 7}));
+  captures.keep();
+  EXPECT_THAT(readRawIpCapture(file), ElementsAre(CaptureFrame{one, 8, 8}));
+  EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet1.pcap"));
+}
+
+TEST_F(CaptureFolderTest, AFolderThatIsAFileIsRefused) {
+  const auto file = folder_ / "file";
+  std::ofstream{file};
+  EXPECT_EQ(refusalOf([&] { const CaptureFolder captures(file); }),
+            file.string() +
+                ": cannot be made: Not a directory; give a folder that can be written "
+                "to");
+  EXPECT_EQ(refusalOf([&] { const CaptureFolder captures(file / "deeper"); }),
+            (file / "deeper").string() +
+                ": cannot be made: Not a directory; give a folder that can be written to");
+}
+
+TEST_F(CaptureFolderTest, ANameThatIsTakenByAFolderIsRefused) {
+  std::filesystem::create_directory(folder_ / "Ethernet2.pcap");
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1", {}, one);
+  captures.write("Ethernet2", {}, one);
+  EXPECT_EQ(refusalOf([&] { captures.keep(); }), (folder_ / "Ethernet2.pcap").string() +
+                                                     ": cannot be written: Is a directory; give a "
+                                                     "folder without it");
+}
+
+TEST_F(CaptureFolderTest, ACaptureWithoutRoomIsRefusedHoweverMuchOfItIsMissing) {
+  for (const unsigned packets : {1U, 100U, 200U, 1000U}) {
+    SCOPED_TRACE(packets);
+    const FileSizeLimit limit(20);
+    CaptureFolder captures(folder_);
+    for (unsigned i = 0; i < packets; ++i)
+      captures.write("Ethernet1", {}, one);
+    EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+              (folder_ / "Ethernet1.pcap").string() +
+                  ": cannot be written to the end; give a folder with room for it");
+  }
+  EXPECT_THAT(namesIn(folder_), ElementsAre());
+}
+
+TEST_F(CaptureFolderTest, NothingIsHalfKept) {
+  std::filesystem::create_directory(folder_ / "Ethernet2.pcap");
+  {
+    CaptureFolder captures(folder_);
+    captures.write("Ethernet1", {}, one);
+    captures.write("Ethernet2", {}, one);
+    EXPECT_THROW(captures.keep(), CaptureError);
+  }
+  EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet2.pcap"));
+}
+
+TEST_F(CaptureFolderTest, AnInterfaceWithoutANameStillHasACapture) {
+  CaptureFolder captures(folder_);
+  captures.write("", {}, one);
+  captures.keep();
+  EXPECT_THAT(namesIn(folder_), ElementsAre(".pcap"));
+}
+
+}  // namespace
+}  // namespace ZelAgent

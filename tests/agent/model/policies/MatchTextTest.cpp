@@ -1,0 +1,78 @@
+#include "agent/model/policies/MatchText.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "agent/config/IpPrefix.h"
+
+namespace ZelAgent {
+namespace {
+
+using PolicyMap::ClassMatch;
+
+ClassMatch ipv4() {
+  ClassMatch match;
+  match.family = IpFamily::v4;
+  return match;
+}
+
+TEST(MatchText, WithoutAFamilyAnything) {
+  EXPECT_EQ(toText(ClassMatch{}), "any");
+}
+
+TEST(MatchText, AFamilyAlone) {
+  EXPECT_EQ(toText(ipv4()), "ipv4");
+  ClassMatch match;
+  match.family = IpFamily::v6;
+  EXPECT_EQ(toText(match), "ipv6");
+}
+
+TEST(MatchText, EveryFieldInItsOrder) {
+  ClassMatch match = ipv4();
+  match.protocol = 4;
+  match.dscps = std::uint64_t{1} << 10 | std::uint64_t{1} << 12;
+  match.source = parseIpPrefix("198.18.0.1/32");
+  match.destination = parseIpPrefix("203.0.113.0/24");
+  EXPECT_EQ(toText(match),
+            "ipv4 protocol 4 dscp 10,12 source 198.18.0.1/32 destination 203.0.113.0/24");
+}
+
+TEST(MatchText, ADscpSetThatNothingIsIn) {
+  ClassMatch match = ipv4();
+  match.dscps = 0;
+  EXPECT_EQ(toText(match), "ipv4 dscp none");
+}
+
+TEST(MatchText, TheFirstAndTheLastDscp) {
+  ClassMatch match = ipv4();
+  match.dscps = std::uint64_t{1} << 63 | 1;
+  EXPECT_EQ(toText(match), "ipv4 dscp 0,63");
+}
+
+TEST(MatchText, MatchesThatDifferHaveDifferentTexts) {
+  std::set<std::string> texts;
+  unsigned matches = 0;
+  for (const auto& protocol : {std::optional<std::uint8_t>(), std::optional<std::uint8_t>(0),
+                               std::optional<std::uint8_t>(4)}) {
+    for (const auto& dscps :
+         {std::optional<std::uint64_t>(), std::optional<std::uint64_t>(0),
+          std::optional<std::uint64_t>(1), std::optional<std::uint64_t>(~std::uint64_t{0})}) {
+      for (const char* const source : {"", "10.0.0.0/8", "10.0.0.0/9"}) {
+        for (const char* const destination : {"", "10.0.0.0/8", "10.0.0.0/9"}) {
+          ClassMatch match = ipv4();
+          match.protocol = protocol;
+          match.dscps = dscps;
+          match.source = parseIpPrefix(source);
+          match.destination = parseIpPrefix(destination);
+          texts.insert(toText(match));
+          ++matches;
+        }
+      }
+    }
+  }
+  EXPECT_EQ(texts.size(), matches);
+}
+
+}  // namespace
+}  // namespace ZelAgent

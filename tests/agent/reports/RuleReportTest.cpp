@@ -1,0 +1,130 @@
+// Rules and users of actions, as operators read them.
+#include "agent/reports/RuleReport.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/agent/reports/ReportedAgent.h"
+
+namespace ZelAgent {
+namespace {
+
+class RuleReportTest : public ::testing::Test {
+ protected:
+  RuleReportTest() { agent_.apply(reportedConfiguration().configuration()); }
+
+  ForwardingAgent agent_{16};
+};
+
+TEST_F(RuleReportTest, RulesAreATable) {
+  EXPECT_EQ(
+      textOf(agent_.rules()),
+      R"(  INTERFACE  POLICY     RULE  MATCH                           ACTION                                                STATE
+  Ethernet1  edge       1     ipv4 protocol 4                 actionDecapVrf decap fallback red post-decap default  programmed
+  Ethernet1  edge       2     ipv4 dscp 10,12                 actionVrf red                                         programmed
+  Ethernet1  edge       10    ipv6 destination 2001:db8::/32  discard                                               programmed
+  Ethernet1  edge       20    any                             -                                                     programmed
+  Ethernet2  edge       1     ipv4 protocol 4                 actionDecapVrf decap fallback red post-decap default  programmed
+  Ethernet2  edge       2     ipv4 dscp 10,12                 actionVrf red                                         programmed
+  Ethernet2  edge       10    ipv6 destination 2001:db8::/32  discard                                               programmed
+  Ethernet2  edge       20    any                             -                                                     programmed
+  Ethernet3  red: edge  5     any                             actionVrf red                                         programmed
+)");
+}
+
+TEST_F(RuleReportTest, UsersAreATable) {
+  EXPECT_EQ(textOf(agent_.users()),
+            "  ACTION                                                INTERFACE  POLICY     RULE\n"
+            "  actionDecapVrf decap fallback red post-decap default  Ethernet1  edge       1\n"
+            "  actionDecapVrf decap fallback red post-decap default  Ethernet2  edge       1\n"
+            "  actionVrf red                                         Ethernet1  edge       2\n"
+            "  actionVrf red                                         Ethernet2  edge       2\n"
+            "  actionVrf red                                         Ethernet3  red: edge  5\n");
+}
+
+TEST_F(RuleReportTest, RulesAsJson) {
+  const nlohmann::json json = toJson(agent_.rules());
+  ASSERT_EQ(json.size(), 9U);
+  EXPECT_EQ(json[0], (nlohmann::json{{"interface", "Ethernet1"},
+                                     {"networkInstance", "default"},
+                                     {"policy", "edge"},
+                                     {"rule", 1},
+                                     {"match", "ipv4 protocol 4"},
+                                     {"action",
+                                      {{"vrfName", "decap"},
+                                       {"fallbackVrfName", "red"},
+                                       {"postDecapVrfName", "default"},
+                                       {"action", "actionDecapVrf"}}},
+                                     {"programmed", true},
+                                     {"reason", ""}}));
+  EXPECT_EQ(json[1]["action"], (nlohmann::json{{"vrfName", "red"},
+                                               {"fallbackVrfName", ""},
+                                               {"postDecapVrfName", ""},
+                                               {"action", "actionVrf"}}));
+  EXPECT_EQ(json[2]["action"], (nlohmann::json{{"action", "actionDiscard"}}));
+  EXPECT_EQ(json[3]["action"], nullptr);
+  EXPECT_EQ(json[8]["networkInstance"], "red");
+}
+
+TEST_F(RuleReportTest, UsersAsJson) {
+  const nlohmann::json json = toJson(agent_.users());
+  ASSERT_EQ(json.size(), 2U);
+  EXPECT_EQ(json[0], (nlohmann::json{{"vrfName", "decap"},
+                                     {"fallbackVrfName", "red"},
+                                     {"postDecapVrfName", "default"},
+                                     {"action", "actionDecapVrf"},
+                                     {"usedBy",
+                                      {{{"interface", "Ethernet1"},
+                                        {"networkInstance", "default"},
+                                        {"policy", "edge"},
+                                        {"rule", 1}},
+                                       {{"interface", "Ethernet2"},
+                                        {"networkInstance", "default"},
+                                        {"policy", "edge"},
+                                        {"rule", 1}}}}}));
+  EXPECT_EQ(json[1]["usedBy"].size(), 3U);
+}
+
+TEST(RuleReport, WithoutRulesThatIsSaid) {
+  EXPECT_EQ(textOf(RuleStates{}), "  no rules\n");
+  EXPECT_EQ(toJson(RuleStates{}).dump(), "[]");
+}
+
+TEST(RuleReport, WithoutUsersThatIsSaid) {
+  EXPECT_EQ(textOf(ActionUsers{}), "  no users\n");
+  EXPECT_EQ(toJson(ActionUsers{}).dump(), "[]");
+}
+
+TEST(RuleReport, ARuleThatTheChipDoesNotHoldIsShownWithWhy) {
+  ForwardingAgent agent(16);
+  agent.acl().capacityIs(1);
+  OpenConfigBuilder configuration;
+  configuration.vrf("red").policy(
+      "P", {ruleOf(1, "", {}, toVrf("red")), ruleOf(2, "ipv4", {}, toDiscard())}, {"e1"});
+  agent.apply(configuration.configuration());
+  const RuleStates rules = agent.rules();
+  ASSERT_EQ(rules.size(), 2U);
+  const nlohmann::json json = toJson(rules);
+  EXPECT_EQ(json[0]["programmed"], true);
+  EXPECT_EQ(json[1]["programmed"], false);
+  EXPECT_NE(json[1]["reason"], "");
+  const std::string text = textOf(rules);
+  EXPECT_NE(text.find("ipv4   discard        not programmed: " +
+                      json[1]["reason"].get<std::string>() + '\n'),
+            std::string::npos)
+      << text;
+}
+
+TEST(RuleReport, NamesAreShownInOneLine) {
+  OpenConfigBuilder configuration;
+  configuration.vrf("r\ne\x1b[31md")
+      .policy("P\n", {ruleOf(1, "", {}, toVrf("r\ne\x1b[31md"))}, {"e\n1"}, "r\ne\x1b[31md");
+  ForwardingAgent agent(16);
+  agent.apply(configuration.configuration());
+  EXPECT_EQ(textOf(agent.rules()),
+            "  INTERFACE  POLICY                  RULE  MATCH  ACTION                     STATE\n"
+            "  e\\x0a1     r\\x0ae\\x1b[31md: P\\x0a  1     any    actionVrf 'r\\ne\\x1b[31md'  "
+            "programmed\n");
+}
+
+}  // namespace
+}  // namespace ZelAgent

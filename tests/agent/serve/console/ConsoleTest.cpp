@@ -1,0 +1,144 @@
+// `zel-agent ctl` at a terminal.
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/agent/SmallConfigurations.h"
+#include "tests/agent/TestFiles.h"
+#include "tests/agent/serve/console/TerminalProcess.h"
+#include "tests/agent/serve/daemon/DaemonProcess.h"
+#include "tests/agent/serve/daemon/SocketClient.h"
+
+namespace ZelAgent {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+constexpr const char* prompt = "zel-agent> ";
+constexpr const char* upKey = "\x10";     // Ctrl-P
+constexpr const char* leaveKey = "\x04";  // Ctrl-D
+
+class ConsoleAtATerminal : public ::testing::Test {
+ protected:
+  [[nodiscard]] std::vector<std::string> arguments() const { return {"ctl", "--socket", path_}; }
+  [[nodiscard]] std::vector<std::string> environment() const {
+    return {"XDG_STATE_HOME=" + folder_.path("state"), "TERM=vt100"};
+  }
+
+  SocketFolder folder_;
+  std::string path_ = folder_.path("s");
+  std::string history_ = folder_.path("state/zel-agent/history");
+  std::string config_ = writeFile("red.json", toJson({{{"red"}}, {"red"}, {"e1"}}).dump());
+};
+
+TEST_F(ConsoleAtATerminal, AnswersOneCommandAfterTheOtherUntilItIsLeft) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("chip capacity 5\n");
+  console.waitFor("  no call of the chip");
+  console.waitFor(prompt);
+  console.type("shw\n");
+  console.waitFor("error: a command must begin with ");
+  console.waitFor(prompt);
+  console.type(leaveKey);
+  console.waitFor("\r\n");
+  EXPECT_EQ(console.exitStatus(), 0);
+  EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 5);
+}
+
+TEST_F(ConsoleAtATerminal, IsLeftByItsWords) {
+  const DaemonProcess daemon(config_, path_);
+  for (const char* const word : {"exit\n", "quit\n"}) {
+    TerminalProcess console(arguments(), environment());
+    console.waitFor(prompt);
+    console.type(word);
+    EXPECT_EQ(console.exitStatus(), 0);
+  }
+}
+
+TEST_F(ConsoleAtATerminal, CompletesWordsOfCommandsAndNamesOfVrfs) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("vr\tre\ti\t2\n");
+  console.waitFor("vrf red id 2\r\n  no call of the chip");
+}
+
+TEST_F(ConsoleAtATerminal, ListsWhatAWordMayBecome) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("show t\t\t");
+  const std::string listed = console.waitFor("types");
+  EXPECT_THAT(listed, HasSubstr("trace"));
+  EXPECT_THAT(listed, Not(HasSubstr("vrfs")));
+}
+
+TEST_F(ConsoleAtATerminal, RemembersWhatWasEnteredAcrossItsEnds) {
+  const DaemonProcess daemon(config_, path_);
+  {
+    TerminalProcess console(arguments(), environment());
+    console.waitFor(prompt);
+    console.type("chip capacity 5\n");
+    console.waitFor("no call of the chip");
+    console.waitFor(prompt);
+    console.type(leaveKey);
+    EXPECT_EQ(console.exitStatus(), 0);
+  }
+  SocketClient(path_).text("chip capacity 9");
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type(upKey);
+  console.waitFor("chip capacity 5");
+  console.type("\n");
+  console.waitFor("no call of the chip");
+  EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 5);
+}
+
+TEST_F(ConsoleAtATerminal, KeepsItsHistoryForItsOwnerOnly) {
+  const DaemonProcess daemon(config_, path_);
+  const mode_t before = umask(0);
+  TerminalProcess console(arguments(), environment());
+  umask(before);
+  console.waitFor(prompt);
+  console.type("chip capacity 5\n");
+  console.waitFor("no call of the chip");
+  struct stat file {};
+  ASSERT_EQ(stat(history_.c_str(), &file), 0);
+  EXPECT_EQ(file.st_mode & 0777U, 0600U);
+}
+
+TEST_F(ConsoleAtATerminal, KeepsItsHistoryInTheHomeFolderWhereThereIsNoOther) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(),
+                          {"XDG_STATE_HOME=", "HOME=" + folder_.path(""), "TERM=vt100"});
+  console.waitFor(prompt);
+  console.type("chip capacity 5\n");
+  console.waitFor("no call of the chip");
+  EXPECT_TRUE(std::filesystem::exists(folder_.path(".zel-agent_history")));
+}
+
+TEST_F(ConsoleAtATerminal, OutlivesTheDaemonAndFindsTheNextOne) {
+  DaemonProcess first(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  EXPECT_EQ(first.end(), 0);
+  console.type("show\n");
+  console.waitFor("no daemon can be reached");
+  console.waitFor(prompt);
+  const DaemonProcess second(config_, path_);
+  console.type("chip capacity 5\n");
+  console.waitFor("no call of the chip");
+}
+
+TEST_F(ConsoleAtATerminal, DoesNotBeginWithoutADaemon) {
+  TerminalProcess console(arguments(), environment());
+  console.waitFor("error: " + path_ + ": no daemon can be reached");
+  EXPECT_EQ(console.exitStatus(), 1);
+}
+
+}  // namespace
+}  // namespace ZelAgent

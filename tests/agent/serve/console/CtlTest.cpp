@@ -1,0 +1,186 @@
+// `zel-agent ctl` from end to end, other than at a terminal.
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <thread>
+
+#include "tests/agent/AgentProcess.h"
+#include "tests/agent/SmallConfigurations.h"
+#include "tests/agent/serve/daemon/DaemonProcess.h"
+#include "tests/agent/serve/daemon/SocketClient.h"
+
+namespace ZelAgent {
+namespace {
+
+using nlohmann::json;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class Ctl : public ::testing::Test {
+ protected:
+  AgentOutcome ctl(std::vector<std::string> words) const {
+    words.insert(words.begin(), {"ctl", "--socket", path_});
+    return runAgent(std::move(words));
+  }
+
+  AgentOutcome ctlReading(const std::string& input, std::vector<std::string> words = {}) const {
+    words.insert(words.begin(), {"ctl", "--socket", path_});
+    return runAgentReading(writeFile("input", input), std::move(words));
+  }
+
+  SocketFolder folder_;
+  std::string path_ = folder_.path("s");
+  std::string config_ = writeFile("red.json", toJson({{{"red"}}, {"red"}, {"e1"}}).dump());
+};
+
+TEST_F(Ctl, PrintsTheOutputOfOneCommand) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctl({"vrf", "red", "id", "2"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "vrf red id 2\n  no call of the chip\n");
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(Ctl, ExitsWithTheStatusOfTheAnswer) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctl({"vrf", "nobody", "id", "2"});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err,
+            "error: vrf NAME id N: NAME must be a VRF that exists, found 'nobody'; first: vrf "
+            "nobody add\n");
+}
+
+TEST_F(Ctl, PrintsJsonOnOneLineWhereAsked) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctl({"--json", "show", "vrfs"});
+  ASSERT_EQ(outcome.documents().size(), 1U);
+  EXPECT_EQ(outcome.documents()[0][1]["vrfName"], "red");
+}
+
+TEST_F(Ctl, QuotesWordsAsEventsWantThem) {
+  const DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(ctl({"vrf", "two words", "add"}).out, "vrf 'two words' add\n  no call of the chip\n");
+  EXPECT_EQ(ctl({"vrf", "it's", "add"}).out, "vrf 'it\\'s' add\n  no call of the chip\n");
+  EXPECT_EQ(ctl({"vrf", "#1", "add"}).out, "vrf '#1' add\n  no call of the chip\n");
+  EXPECT_THAT(ctl({"vrf", "", "add"}).err, HasSubstr("must be a VRF name of 1 to 100 bytes"));
+}
+
+TEST_F(Ctl, ReadsCommandsLineByLineFromStandardInput) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctlReading("# a remark\nchip capacity 5\nshw\n\nchip capacity 6\n");
+  EXPECT_EQ(outcome.out,
+            "chip capacity 5\n  no call of the chip\nchip capacity 6\n  no call of the chip\n");
+  EXPECT_THAT(outcome.err, StartsWith("error: a command must begin with "));
+  EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(Ctl, TakesALastLineWithoutItsEnd) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctlReading("chip capacity 5");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "chip capacity 5\n  no call of the chip\n");
+}
+
+TEST_F(Ctl, AsksNothingWhereStandardInputIsEmpty) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctlReading("");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out + outcome.err, "");
+}
+
+TEST_F(Ctl, SaysInOneLineThatNoDaemonIsThere) {
+  const AgentOutcome outcome = ctl({"show", "actions"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "error: " + path_ +
+                             ": no daemon can be reached: No such file or directory; start one "
+                             "with: zel-agent serve CONFIG --socket " +
+                             path_ + "\n");
+}
+
+TEST_F(Ctl, SaysThatStandardOutputCannotBeWritten) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome =
+      runAgentInto("/dev/full", {"ctl", "--socket", path_, "show", "actions"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
+}
+
+TEST_F(Ctl, SaysThatTheRequestIsTooLong) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome = ctlReading("vrf " + std::string(300000, 'x') + " add\n");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("a request must be a line of at most 65536 bytes"));
+}
+
+TEST_F(Ctl, SaysThatThereAreTooManyClients) {
+  const DaemonProcess daemon(config_, path_);
+  std::vector<SocketClient> clients;
+  for (int i = 0; i < 256; ++i) {
+    clients.emplace_back(path_);
+    clients.back().text("");
+  }
+  const AgentOutcome outcome = ctl({"show", "actions"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, StartsWith("error: 256 clients are connected"));
+}
+
+// Listens, takes one client, and answers what it is told to whatever it is asked.
+class Impostor final {
+ public:
+  Impostor(const std::string& path, std::string answer)
+      : listener_(socket(AF_UNIX, SOCK_STREAM, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(listen(listener_, 1), 0);
+    thread_ = std::thread([this, text = std::move(answer)] {
+      const int client = accept(listener_, nullptr, nullptr);
+      char block[4096];
+      EXPECT_GT(recv(client, block, sizeof block, 0), 0);
+      EXPECT_EQ(::send(client, text.data(), text.size(), MSG_NOSIGNAL),
+                static_cast<ssize_t>(text.size()));
+      close(client);
+    });
+  }
+  Impostor(const Impostor&) = delete;
+  Impostor& operator=(const Impostor&) = delete;
+  ~Impostor() {
+    thread_.join();
+    close(listener_);
+  }
+
+ private:
+  int listener_;
+  std::thread thread_;
+};
+
+TEST_F(Ctl, SaysThatWhatAnswersIsNoDaemon) {
+  for (const char* const answer :
+       {"hello\n", "{}\n", "[0]\n", "{\"status\":0}\n", "{\"status\":7,\"output\":\"\"}\n",
+        "{\"status\":\"0\",\"output\":\"\"}\n", "{\"status\":0,\"output\":{}}\n"}) {
+    const std::string path = folder_.path("impostor");
+    std::remove(path.c_str());
+    const Impostor impostor(path, answer);
+    const AgentOutcome outcome = runAgent({"ctl", "--socket", path, "show"});
+    EXPECT_EQ(outcome.status, 1) << answer;
+    EXPECT_THAT(outcome.err, HasSubstr("what listens there is no zel-agent; it answers "))
+        << answer;
+  }
+}
+
+TEST_F(Ctl, SaysThatItWasNotAnswered) {
+  const Impostor impostor(path_, "{\"status\":0,");
+  const AgentOutcome outcome = ctl({"show"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, EndsWith("the daemon closed the connection unanswered\n"));
+}
+
+}  // namespace
+}  // namespace ZelAgent

@@ -1,0 +1,176 @@
+// Which socket a daemon takes, how it makes it, and what keeps it from serving.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <deque>
+#include <filesystem>
+
+#include "tests/agent/AgentProcess.h"
+#include "tests/agent/SmallConfigurations.h"
+#include "tests/agent/serve/daemon/DaemonProcess.h"
+#include "tests/agent/serve/daemon/SocketClient.h"
+
+namespace ZelAgent {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class ServeSocket : public ::testing::Test {
+ protected:
+  // Tries to serve; this must fail with the status, one line on standard error, and no other.
+  std::string refusal(const std::string& configuration, const std::string& socket, int status) {
+    const AgentOutcome outcome = runAgent({"serve", configuration, "--socket", socket});
+    EXPECT_EQ(outcome.status, status);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, StartsWith("error: "));
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    return outcome.err;
+  }
+
+  // Leaves a socket behind on which nobody listens.
+  void makeStaleSocket() const {
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path_.c_str(), sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    close(socket);
+    ASSERT_TRUE(std::filesystem::is_socket(path_));
+  }
+
+  SocketFolder folder_;
+  std::string path_ = folder_.path("s");
+  std::string config_ = writeFile("red.json", toJson({{{"red"}}, {"red"}, {"e1"}}).dump());
+};
+
+TEST_F(ServeSocket, IsReadableAndWritableByItsOwnerOnlyWhateverTheMask) {
+  const mode_t before = umask(0);
+  const DaemonProcess daemon(config_, path_);
+  umask(before);
+  struct stat file {};
+  ASSERT_EQ(stat(path_.c_str(), &file), 0);
+  EXPECT_TRUE(S_ISSOCK(file.st_mode));
+  EXPECT_EQ(file.st_mode & 0777U, 0600U);
+}
+
+TEST_F(ServeSocket, OnWhichNobodyListensIsReplaced) {
+  makeStaleSocket();
+  DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(SocketClient(path_).text("vrf red id 2"), "vrf red id 2\n  no call of the chip\n");
+}
+
+TEST_F(ServeSocket, OfADaemonThatWasKilledIsReplaced) {
+  {
+    DaemonProcess killed(config_, path_);
+    killed.signal(SIGKILL);
+    EXPECT_EQ(killed.exitStatus(), -1);
+  }
+  ASSERT_TRUE(std::filesystem::is_socket(path_));
+  DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(daemon.end(), 0);
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(ServeSocket, OfALivingDaemonIsRefusedAndThatOneGoesOn) {
+  DaemonProcess first(config_, path_);
+  EXPECT_EQ(refusal(config_, path_, 1),
+            "error: " + path_ + ": a daemon listens there already; end it, or give another path\n");
+  EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
+  EXPECT_EQ(first.end(), 0);
+}
+
+TEST_F(ServeSocket, ThatIsAFileOfAnotherKindIsRefusedAndKept) {
+  const std::string file = writeFile("precious", "keep me");
+  EXPECT_EQ(refusal(config_, file, 1),
+            "error: " + file + ": is a file that is not a socket; give the path of a socket\n");
+  EXPECT_EQ(readFile(file), "keep me");
+}
+
+TEST_F(ServeSocket, ThatIsALinkIsRefusedWhereverItLeads) {
+  makeStaleSocket();
+  const std::string link = folder_.path("link");
+  std::filesystem::create_symlink(path_, link);
+  EXPECT_THAT(refusal(config_, link, 1), HasSubstr("is a file that is not a socket"));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+TEST_F(ServeSocket, WhosePathIsTooLongIsRefused) {
+  const std::string path = folder_.path(std::string(108, 'x'));
+  EXPECT_THAT(refusal(config_, path, 1),
+              HasSubstr("the path of a socket must have 1 to 107 bytes, found"));
+}
+
+TEST_F(ServeSocket, InAFolderThatIsNotThereIsRefused) {
+  EXPECT_THAT(refusal(config_, folder_.path("none/s"), 1),
+              EndsWith("its folder cannot be opened: No such file or directory\n"));
+}
+
+TEST_F(ServeSocket, InAFolderThatIsKeptLockedIsRefused) {
+  const int folder = open(folder_.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(folder, LOCK_EX), 0);
+  EXPECT_THAT(refusal(config_, path_, 1), HasSubstr("another process keeps its folder locked"));
+  close(folder);
+  DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(daemon.end(), 0);
+}
+
+TEST_F(ServeSocket, ThatManyWouldReplaceAtOnceIsServedByOne) {
+  makeStaleSocket();
+  std::deque<DaemonProcess> daemons;
+  for (int i = 0; i < 8; ++i)
+    daemons.emplace_back(Unawaited{}, config_, path_);
+  int serving = 0;
+  for (DaemonProcess& daemon : daemons) {
+    if (daemon.outLine() == "serving on " + path_) {
+      ++serving;
+    } else {
+      EXPECT_EQ(daemon.exitStatus(), 1);
+    }
+  }
+  EXPECT_EQ(serving, 1);
+  EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
+}
+
+TEST_F(ServeSocket, IsNotMadeWhereTheConfigurationIsBad) {
+  const std::string bad = writeFile("bad.json", "{\"network-instances\": 7}");
+  EXPECT_THAT(refusal(bad, path_, 2), HasSubstr(bad + ": /network-instances: "));
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(ServeSocket, IsNotMadeWhereTheConfigurationCannotBeRead) {
+  EXPECT_THAT(refusal(folder_.path("none.json"), path_, 2), HasSubstr("cannot be read"));
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(ServeSocket, IsRequired) {
+  const AgentOutcome outcome = runAgent({"serve", config_});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("--socket is required"));
+}
+
+TEST_F(ServeSocket, IsNotLeftWhereStandardOutputCannotBeWritten) {
+  const AgentOutcome outcome = runAgentInto("/dev/full", {"serve", config_, "--socket", path_});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(ServeSocket, OfAnotherThatHasTakenThePathIsNotRemoved) {
+  DaemonProcess first(config_, path_);
+  ASSERT_TRUE(std::filesystem::remove(path_));
+  DaemonProcess second(config_, path_);
+  EXPECT_EQ(first.end(), 0);
+  EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
+}
+
+}  // namespace
+}  // namespace ZelAgent
