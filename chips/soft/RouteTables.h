@@ -13,8 +13,7 @@
 #include <vector>
 
 #include "Ip/Prefix.h"
-#include "chips/soft/Route.h"
-#include "chips/soft/routes/RouteHit.h"
+#include "chips/soft/routes/Route.h"
 
 namespace SoftChip {
 

@@ -43,6 +43,47 @@ def any_header(_header):
 
 LIBRARY = "ZelVrfSelectionPolicy"
 
+# The layers of the agent, lower ones first. A folder may include itself and the layers before its
+# own; the folders of one layer do not include each other.
+AGENT_LAYERS = [
+    ["agent/language"],
+    ["agent/config"],
+    ["agent/model/policies", "agent/model/routes"],
+    ["agent/model/forwarding"],
+    ["agent/model/events"],
+    ["agent/model/packets"],
+    ["agent/reports"],
+    ["agent/commands/served", "agent/commands/offline"],
+    ["agent/serve/protocol"],
+    ["agent/serve/daemon", "agent/serve/console"],
+]
+
+# What the layers of the agent include from outside of it. "agent" is for layers without an entry.
+OUTSIDE_OF_AGENT = {
+    "agent/language": ["platform/Mox", "platform/Velo", "platform/Quarry"],
+    "agent/config": ["platform"],
+    "agent": ["platform", LIBRARY, "chips/soft"],
+}
+
+
+def agent_rows():
+    below = []
+    for layer in AGENT_LAYERS:
+        for folder in layer:
+            outside = OUTSIDE_OF_AGENT.get(folder, OUTSIDE_OF_AGENT["agent"])
+            yield (folder, [*outside, *below, folder], any_header)
+        below = [*below, *layer]
+
+
+# The folders of the software chip, lower ones first, of which each may include those before it.
+SOFT_CHIP_LAYERS = ["chips/soft/packet", "chips/soft/routes", "chips/soft/classify"]
+
+
+def soft_chip_rows():
+    for place, folder in enumerate(SOFT_CHIP_LAYERS):
+        yield (folder, ["platform", LIBRARY, *SOFT_CHIP_LAYERS[: place + 1]], any_header)
+
+
 # Folder; the folders that its files may include; what they may include in angle brackets.
 # The row of the longest folder that holds a file decides. "" is the whole tree.
 ARROWS = [
@@ -107,6 +148,8 @@ ARROWS = [
     (LIBRARY, ["platform", LIBRARY], standard),  # the umbrella header and the module start
     ("testing", ["platform", LIBRARY, "testing"], any_header),
     ("chips/soft", ["platform", LIBRARY, "chips/soft"], any_header),
+    *soft_chip_rows(),
+    *agent_rows(),
     ("agent", ["platform", LIBRARY, "testing", "chips/soft", "agent"], any_header),
     ("tests", [""], any_header),
     ("benchmarks", [""], any_header),
@@ -118,12 +161,20 @@ INCLUDE = re.compile(r"\s*#\s*(?:include|include_next|import)\b\s*(.*)")
 SPELLED = re.compile(r'"([^"]+)"|<([^>]+)>')
 
 
+# Their own rows are for the files directly in them: each of their folders has a row.
+WITH_LAYERS = ("agent", "chips/soft")
+
+
 def holds(folder, path):
     return folder == "" or path.startswith(folder + "/")
 
 
+def row_for(folder, path):
+    return holds(folder, path) and (folder not in WITH_LAYERS or posixpath.dirname(path) == folder)
+
+
 def row_of(path):
-    rows = [row for row in ARROWS if holds(row[0], path)]
+    rows = [row for row in ARROWS if row_for(row[0], path)]
     return max(rows, key=lambda row: len(row[0]), default=None)
 
 

@@ -77,6 +77,57 @@ def write(root, path, includes):
     file.write_text("\n".join(lines) + "\n", encoding="utf-8")
 
 
+# The folders of the agent and of the software chip; of each step, those of the steps before it may
+# be included.
+AGENT_STEPS = include_arrows.AGENT_LAYERS
+CHIP_STEPS = [[folder] for folder in include_arrows.SOFT_CHIP_LAYERS]
+
+
+class Layers(unittest.TestCase):
+    """Of every two folders of the agent, and of the chip, only the upper includes the lower."""
+
+    def assert_only_downwards(self, steps, root):
+        heights = {folder: height for height, step in enumerate(steps) for folder in step}
+        heights[root] = len(steps)
+        tracked = {f"{folder}/Thing.h" for folder in heights}
+        wrong = 0
+        for path, target in itertools.permutations(heights, 2):
+            with self.subTest(path=path, target=target):
+                text = f'#include "{target}/Thing.h"\n'
+                faults = list(include_arrows.faults_in(f"{path}/Thing.h", text, tracked))
+                if heights[target] < heights[path]:
+                    self.assertEqual(faults, [])
+                else:
+                    wrong += 1
+                    self.assertEqual(len(faults), 1, faults)
+                    start = f"{path}/Thing.h:1: {path}/ may not include {target}/Thing.h; allowed"
+                    self.assertTrue(faults[0].startswith(start), faults[0])
+        self.assertGreaterEqual(wrong, len(heights) * (len(heights) - 1) // 2)
+
+    def test_the_agents_layers_include_downwards_only(self):
+        layers = ["language", "config", "model", "reports", "commands", "serve"]
+        named = [folder.split("/")[1] for step in AGENT_STEPS for folder in step]
+        self.assertEqual(list(dict.fromkeys(named)), layers)
+        self.assert_only_downwards(AGENT_STEPS, "agent")
+
+    def test_the_soft_chips_folders_include_downwards_only(self):
+        self.assert_only_downwards(CHIP_STEPS, "chips/soft")
+
+    def test_the_agents_words_know_nothing_of_the_domain(self):
+        path = "agent/language/Thing.h"
+        for header in ["L3/VrfName.h", "Ip/Prefix.h", f"{LIBRARY}/{LIBRARY}.h", "chips/soft/A.h"]:
+            own = header if header.startswith((LIBRARY, "chips")) else f"platform/{header}"
+            faults = list(include_arrows.faults_in(path, f'#include "{header}"\n', {path, own}))
+            self.assertEqual(len(faults), 1, faults)
+            self.assertIn(f"may not include {own}; allowed", faults[0])
+
+    def test_a_folder_beside_the_layers_has_no_arrows(self):
+        for path in ["agent/helpers/Thing.h", "agent/model/Thing.h", "chips/soft/other/Thing.h"]:
+            faults = list(include_arrows.faults_in(path, "", {path}))
+            self.assertEqual(len(faults), 1, faults)
+            self.assertIn("no arrows are drawn for this folder", faults[0])
+
+
 class IncludeArrows(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()

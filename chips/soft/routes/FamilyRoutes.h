@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "chips/soft/routes/PrefixTrie.h"
-#include "chips/soft/routes/RouteHit.h"
+#include "chips/soft/routes/Route.h"
 
 namespace SoftChip {
 
