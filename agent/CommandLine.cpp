@@ -1,7 +1,6 @@
 #include "agent/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <iostream>
 #include <limits>
 #include <optional>
@@ -15,6 +14,7 @@
 #include "agent/commands/offline/RunCommand.h"
 #include "agent/commands/offline/TraceCommand.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Words.h"
 #include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/daemon/ServeCommand.h"
 
@@ -23,10 +23,7 @@ namespace {
 
 // What is wrong with the text as a count; empty where nothing is.
 std::string problemWithCount(const std::string& text) {
-  std::uint32_t count = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stopped, error] = std::from_chars(text.data(), end, count);
-  if (error == std::errc{} && stopped == end) return {};
+  if (parseNumber(text)) return {};
   return "must be a whole number from 0 to " +
          std::to_string(std::numeric_limits<std::uint32_t>::max()) + ", not " + inQuotes(text);
 }
@@ -180,11 +177,10 @@ void describeTrace(CLI::App& app, CommandLine& commandLine) {
 }
 
 std::string commandsOf(const CLI::App& app) {
-  std::string names;
-  for (const CLI::App* const command : app.get_subcommands(nullptr)) {
-    names += (names.empty() ? "" : ", ") + command->get_name();
-  }
-  return names;
+  std::vector<std::string> names;
+  for (const CLI::App* const command : app.get_subcommands(nullptr))
+    names.push_back(command->get_name());
+  return joined(names, ", ");
 }
 
 // What is wrong, and where to read what would be right.
@@ -204,8 +200,7 @@ ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::o
     out << app.help();
     return ExitStatus::success;
   }
-  err << "error: " << usageProblem(error, app) << '\n';
-  return ExitStatus::badInput;
+  return reportError(err, usageProblem(error, app));
 }
 
 ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostream& out,

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/Must.h"
 

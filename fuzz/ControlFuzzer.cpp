@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "Blinklog/Ring.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/events/EventText.h"
 #include "agent/serve/protocol/ControlService.h"

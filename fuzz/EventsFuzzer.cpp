@@ -9,7 +9,7 @@
 #include <variant>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventFile.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/events/EventReader.h"

@@ -1,8 +1,3 @@
-// Why: the agent decides what to do from plain values, whatever language a configuration was
-// written in.
-// Always: names of network instances are the system's VRF names ("default" for the default
-// instance); names are not empty and at most 100 bytes; keys are unique; rules are in the order in
-// which they are tried; a binding names a policy of its own instance.
 #pragma once
 
 #include <cstdint>
@@ -15,18 +10,18 @@
 
 namespace ZelAgent {
 
-// The system's name of the default VRF, and the name that configurations give it.
+/// The system's name of the default VRF, and its name in configurations.
 inline constexpr const char* defaultVrfName = "default";
 inline constexpr const char* defaultInstanceName = "DEFAULT";
 
 enum class InstanceType : std::uint8_t { defaultInstance, l3Vrf };
 
-// One way for packets of a static route. Neither dropping nor given an interface, it is resolved
-// by looking its address up in the same VRF.
+/// One next hop of a static route. If it neither drops nor has an interface, its address is looked
+/// up in the same VRF.
 struct NextHop {
   std::string index;
   std::optional<IpAddress> address;
-  std::string interface;  // empty where none is given
+  std::string interface;  // Empty if none is given.
   bool drops = false;
 
   bool operator==(const NextHop&) const = default;
@@ -39,13 +34,13 @@ struct StaticRoute {
   bool operator==(const StaticRoute&) const = default;
 };
 
-// What a packet's outer header must be for a rule to match. An absent field is a wildcard; without
-// a family the rule matches every packet.
+/// What a packet's outer header must have for a rule to match. An absent field is a wildcard. A
+/// rule without a family matches every packet.
 struct RuleMatch {
   std::optional<IpFamily> family;
   std::optional<std::uint8_t> protocol;
   std::optional<std::uint8_t> dscp;
-  std::vector<std::uint8_t> dscpSet;  // one of them matches; empty is a wildcard
+  std::vector<std::uint8_t> dscpSet;  // One of them matches. Empty is a wildcard.
   std::optional<IpPrefix> source;
   std::optional<IpPrefix> destination;
 
@@ -93,7 +88,7 @@ struct Policy {
 
 struct PolicyBinding {
   std::string interface;
-  std::string policyId;  // empty where no policy is applied
+  std::string policyId;  // Empty if no policy is applied.
 
   bool operator==(const PolicyBinding&) const = default;
 };
@@ -101,7 +96,7 @@ struct PolicyBinding {
 struct NetworkInstance {
   std::string name;
   InstanceType type = InstanceType::l3Vrf;
-  std::string fallback;  // empty where none is configured
+  std::string fallback;  // Empty if none is configured.
   std::vector<std::string> interfaces;
   std::vector<StaticRoute> staticRoutes;
   std::vector<Policy> policies;
@@ -110,6 +105,11 @@ struct NetworkInstance {
   bool operator==(const NetworkInstance&) const = default;
 };
 
+/// A configuration as plain values, independent of the language that it was written in.
+///
+/// Names of network instances are the system's VRF names ("default" for the default instance).
+/// Names have 1 to 100 bytes. Keys are unique. Rules are in the order in which they are tried. A
+/// binding names a policy of its own network instance.
 struct Configuration {
   std::vector<NetworkInstance> networkInstances;
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 

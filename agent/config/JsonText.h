@@ -1,7 +1,3 @@
-// Why: a JSON parser keeps the last of two members of one name and says nothing, and a
-// configuration that says two things is wrong. This reads a file strictly.
-// Always: the value returned was well-formed JSON in which no object has two members of one name;
-// anything else is a ConfigError that gives the line and the column.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -9,9 +5,13 @@
 
 namespace ZelAgent {
 
+/// Reads a JSON file strictly.
+///
+/// Throws a `ConfigError` with line and column for text that is not well-formed JSON, and for an
+/// object with two members of the same name. The JSON parser alone would keep the last of them.
 [[nodiscard]] nlohmann::json readJsonFile(const std::string& file);
 
-// `file` is what messages call the text.
+/// The same from a text. Messages call it `file`.
 [[nodiscard]] nlohmann::json parseJson(const std::string& text, const std::string& file);
 
 }  // namespace ZelAgent

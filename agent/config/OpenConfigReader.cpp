@@ -8,11 +8,9 @@
 
 #include "agent/config/JsonNode.h"
 #include "agent/config/JsonText.h"
-#include "agent/config/Names.h"
 #include "agent/config/PolicyReader.h"
 #include "agent/config/StaticRouteReader.h"
-#include "agent/config/UniqueKeys.h"
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {

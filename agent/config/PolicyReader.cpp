@@ -7,9 +7,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "agent/config/Names.h"
-#include "agent/config/UniqueKeys.h"
-
 namespace ZelAgent {
 namespace {
 

@@ -1,5 +1,3 @@
-// Why: policies are the heart of a configuration, and most of what can be wrong in one.
-// Always: rules come in the order in which they are tried; an action is of one kind and complete.
 #pragma once
 
 #include <string>
@@ -10,13 +8,16 @@
 
 namespace ZelAgent {
 
-// A member that names a network instance, to be checked when all instances are known.
+/// A member that names a network instance. It is checked when all instances are known.
 struct InstanceReference {
   JsonNode node;
   std::string vrf;
 };
 
-// The policies of a policy-forwarding container, adding every instance that their rules name.
+/// The policies of a policy-forwarding container.
+///
+/// Rules are returned in the order in which they are tried. Each action is of one kind and
+/// complete. Every network instance that a rule names is added to `references`.
 [[nodiscard]] std::vector<Policy> readPolicies(const JsonObject& policyForwarding,
                                                std::vector<InstanceReference>& references);
 

@@ -3,9 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "agent/config/Names.h"
-#include "agent/config/UniqueKeys.h"
-
 namespace ZelAgent {
 namespace {
 

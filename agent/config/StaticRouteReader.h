@@ -1,6 +1,3 @@
-// Why: static routes are what the tables of a VRF hold; they are read apart from the rest because
-// their part of the model is deep.
-// Always: each prefix stands once in a network instance, and each route has a way to go.
 #pragma once
 
 #include <vector>
@@ -10,7 +7,8 @@
 
 namespace ZelAgent {
 
-// The static routes of a network-instance entry.
+/// The static routes of a network-instance entry. Each prefix occurs once, and each route has at
+/// least one next hop.
 [[nodiscard]] std::vector<StaticRoute> readStaticRoutes(const JsonObject& instance);
 
 }  // namespace ZelAgent

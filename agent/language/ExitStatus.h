@@ -1,17 +1,32 @@
-// Why: scripts tell outcomes apart by the exit status, so each has one, the same for all commands.
-// Always: where several apply the highest holds.
 #pragma once
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace ZelAgent {
 
+/// The exit status of every command. Where several apply, the highest is returned.
 enum class ExitStatus : int {
   success = 0,
-  // With --strict: an action was not programmed on the chip. Or the output could not be written, a
-  // socket not be had, or no daemon be reached.
+  /// With --strict: an action was not programmed on the chip. Also: the output could not be
+  /// written, a socket could not be made, or no daemon could be reached.
   failure = 1,
-  // A configuration, a file that was to be shown or the command line is wrong; of what is wrong
-  // nothing was applied.
+  /// A configuration, another input file or the command line is wrong. Nothing of the wrong input
+  /// was applied.
   badInput = 2,
 };
+
+/// Prints "error: WHAT" on `err` and returns `status`.
+ExitStatus reportError(std::ostream& err, std::string_view what,
+                       ExitStatus status = ExitStatus::badInput);
+
+/// Prints a line "warning: WARNING" on `err` for each warning.
+void reportWarnings(std::ostream& err, const std::vector<std::string>& warnings);
+
+/// Flushes `out`. Returns `success`, or reports on `err` that `out` could not be written and
+/// returns `failure`.
+[[nodiscard]] ExitStatus finishOutput(std::ostream& out, std::ostream& err);
 
 }  // namespace ZelAgent

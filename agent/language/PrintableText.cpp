@@ -60,4 +60,8 @@ std::string inQuotes(std::string_view text) {
   return '"' + printable(text) + '"';
 }
 
+std::string orDash(std::string_view text) {
+  return text.empty() ? "-" : printable(text, 1000);
+}
+
 }  // namespace ZelAgent

@@ -1,6 +1,3 @@
-// Why: messages quote what a configuration file holds, and a message is one line that does no harm
-// to a terminal, whatever the file holds.
-// Always: the result has no control characters, no invalid bytes and a bounded length.
 #pragma once
 
 #include <cstddef>
@@ -9,11 +6,17 @@
 
 namespace ZelAgent {
 
-// The text with control characters and bytes that are not UTF-8 written as \xNN, cut after
-// maxBytes bytes (then followed by "...").
+/// Text from outside (names, messages of the system, bytes of a file) as a message or report shows
+/// it. The result is valid UTF-8 on one line and has no control characters.
+///
+/// Control characters and bytes that are not UTF-8 become \xNN. Text beyond `maxBytes` bytes is cut
+/// off and replaced by "...".
 [[nodiscard]] std::string printable(std::string_view text, std::size_t maxBytes = 100);
 
-// The same between double quotes.
+/// `printable(text)` between double quotes.
 [[nodiscard]] std::string inQuotes(std::string_view text);
+
+/// Up to 1000 bytes of the text, printable; "-" if it is empty. For cells of tables.
+[[nodiscard]] std::string orDash(std::string_view text);
 
 }  // namespace ZelAgent

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <memory>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {

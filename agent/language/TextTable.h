@@ -1,6 +1,3 @@
-// Why: every table that the agent prints is laid out alike.
-// Always: two blanks in front of each column, which is as wide as its widest cell; nothing is
-// appended to the last.
 #pragma once
 
 #include <iosfwd>
@@ -9,9 +6,12 @@
 
 namespace ZelAgent {
 
-// Rows of equally many cells, of printable text; the first is the heading.
+/// A table in the layout of every table that the agent prints: rows of equally many cells of
+/// printable text. The first row is the heading.
 using TextTable = std::vector<std::vector<std::string>>;
 
+/// Prints the table. Each column has two blanks in front and is as wide as its widest cell. The
+/// last column is not padded.
 void writeTable(std::ostream& out, const TextTable& table);
 
 }  // namespace ZelAgent

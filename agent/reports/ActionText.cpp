@@ -1,6 +1,6 @@
 #include "agent/reports/ActionText.h"
 
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 #include "agent/reports/ActionText.h"
 
 namespace ZelAgent {

@@ -11,10 +11,6 @@
 namespace ZelAgent {
 namespace {
 
-std::string orDash(std::string_view text) {
-  return text.empty() ? "-" : printable(text, 1000);
-}
-
 std::string resourceText(const ActionState& state) {
   if (!state.resource) return "-";
   const std::string index = std::to_string(state.resource->index);

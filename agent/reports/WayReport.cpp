@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "agent/config/IpPrefix.h"
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 #include "agent/model/events/EventText.h"
 #include "agent/model/policies/MatchText.h"
 #include "agent/reports/RuleReport.h"

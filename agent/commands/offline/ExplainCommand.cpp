@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "agent/commands/offline/PreparedAgent.h"
-#include "agent/language/ConfigError.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventLine.h"
 #include "agent/model/packets/PacketText.h"
 #include "agent/reports/Explanation.h"
@@ -25,11 +24,6 @@ std::vector<std::uint8_t> readWholePacket(const std::string& text) {
   }
 }
 
-ExitStatus fail(std::ostream& err, const std::exception& error) {
-  err << "error: " << error.what() << '\n';
-  return ExitStatus::badInput;
-}
-
 }  // namespace
 
 ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::ostream& err) {
@@ -39,13 +33,11 @@ ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::
     const WayReport way = explain(*agent, options.interface, packet);
     out << (options.json ? oneLine(way.json()) + '\n' : way.text());
   } catch (const ConfigError& error) {
-    return fail(err, error);
+    return reportError(err, error.what());
   } catch (const EventError& error) {
-    return fail(err, error);
+    return reportError(err, error.what());
   }
-  if (out.flush()) return ExitStatus::success;
-  err << "error: standard output cannot be written\n";
-  return ExitStatus::failure;
+  return finishOutput(out, err);
 }
 
 }  // namespace ZelAgent

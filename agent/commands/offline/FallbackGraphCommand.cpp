@@ -3,7 +3,7 @@
 #include <ostream>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/reports/FallbackGraphReport.h"
@@ -27,11 +27,9 @@ ExitStatus showFallbackGraph(const FallbackGraphOptions& options, std::ostream& 
   try {
     read = readOpenConfigFile(options.configuration);
   } catch (const ConfigError& error) {
-    err << "error: " << error.what() << '\n';
-    return ExitStatus::badInput;
+    return reportError(err, error.what());
   }
-  for (const std::string& warning : read.warnings)
-    err << "warning: " << warning << '\n';
+  reportWarnings(err, read.warnings);
   const FallbackGraph graph = fallbackGraphOf(read.configuration);
   warnOfCycles(err, options.configuration, graph);
   if (options.dot) {
@@ -39,9 +37,7 @@ ExitStatus showFallbackGraph(const FallbackGraphOptions& options, std::ostream& 
   } else {
     writeTextReport(out, graph);
   }
-  if (out.flush()) return ExitStatus::success;
-  err << "error: standard output cannot be written\n";
-  return ExitStatus::failure;
+  return finishOutput(out, err);
 }
 
 }  // namespace ZelAgent

@@ -3,9 +3,7 @@
 #include <ostream>
 
 #include "agent/commands/offline/PreparedAgent.h"
-#include "agent/language/CaptureError.h"
-#include "agent/language/ConfigError.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/packets/CaptureFolder.h"
 #include "agent/model/packets/CaptureReader.h"
@@ -75,11 +73,6 @@ ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
   return countersOf(agent, notIp);
 }
 
-ExitStatus fail(std::ostream& err, const std::exception& error) {
-  err << "error: " << error.what() << '\n';
-  return ExitStatus::badInput;
-}
-
 }  // namespace
 
 ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std::ostream& err) {
@@ -95,15 +88,13 @@ ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std
       writeTextReport(out, counters);
     }
   } catch (const ConfigError& error) {
-    return fail(err, error);
+    return reportError(err, error.what());
   } catch (const EventError& error) {
-    return fail(err, error);
+    return reportError(err, error.what());
   } catch (const CaptureError& error) {
-    return fail(err, error);
+    return reportError(err, error.what());
   }
-  if (out.flush()) return ExitStatus::success;
-  err << "error: standard output cannot be written\n";
-  return ExitStatus::failure;
+  return finishOutput(out, err);
 }
 
 }  // namespace ZelAgent

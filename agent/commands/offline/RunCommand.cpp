@@ -5,8 +5,7 @@
 #include <ostream>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/ConfigError.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventPlayer.h"
@@ -33,10 +32,7 @@ class Run final {
     }
     agent_.removeAll();
     report(std::nullopt);
-    if (!out_.flush()) {
-      err_ << "error: standard output cannot be written\n";
-      raiseStatus(ExitStatus::failure);
-    }
+    raiseStatus(finishOutput(out_, err_));
     return status_;
   }
 
@@ -68,14 +64,12 @@ class Run final {
 
   void warn(const std::vector<std::string>& warnings) {
     out_.flush();
-    for (const std::string& warning : warnings)
-      err_ << "warning: " << warning << '\n';
+    reportWarnings(err_, warnings);
   }
 
   void reportBadInput(const char* what) {
     out_.flush();
-    err_ << "error: " << what << '\n';
-    raiseStatus(ExitStatus::badInput);
+    raiseStatus(reportError(err_, what));
   }
 
   void report(const std::optional<std::string>& file) {

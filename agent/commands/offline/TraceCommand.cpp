@@ -13,9 +13,8 @@ namespace ZelAgent {
 namespace {
 
 ExitStatus fail(std::ostream& err, const Blinklog::RingFileError& error, ExitStatus status) {
-  err << "error: " << printable(error.path(), 1000) << ": " << printable(error.problem(), 1000)
-      << '\n';
-  return status;
+  return reportError(err, printable(error.path(), 1000) + ": " + printable(error.problem(), 1000),
+                     status);
 }
 
 // As 2026-01-31T23:59:59Z.
@@ -53,9 +52,7 @@ ExitStatus showTraceFile(const TraceOptions& options, std::ostream& out, std::os
   } catch (const Blinklog::RingFileError& error) {
     return fail(err, error, ExitStatus::badInput);
   }
-  if (out.flush()) return ExitStatus::success;
-  err << "error: standard output cannot be written\n";
-  return ExitStatus::failure;
+  return finishOutput(out, err);
 }
 
 ExitStatus keepTraceIn(const std::string& file, std::ostream& err) {

@@ -17,25 +17,6 @@ bool beginsWith(const Words& name, const Words& words) {
   return name.size() >= words.size() && std::equal(words.begin(), words.end(), name.begin());
 }
 
-std::string joined(const Words& words) {
-  std::string text;
-  for (const std::string& word : words)
-    text += (text.empty() ? "" : " ") + word;
-  return text;
-}
-
-// "a, b or c"
-std::string alternatives(const std::set<std::string>& words, bool orTheEnd) {
-  std::vector<std::string> all(words.begin(), words.end());
-  if (orTheEnd) all.emplace_back("the end of the line");
-  std::string text;
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    if (i > 0) text += i + 1 == all.size() ? " or " : ", ";
-    text += all[i];
-  }
-  return text;
-}
-
 // Finds the row whose name the line begins with, one word after the other.
 class Search final {
  public:
@@ -83,8 +64,10 @@ class Search final {
 
   [[noreturn]] void fail(bool mayEnd, const std::set<std::string>& next) const {
     const std::string where =
-        words_.empty() ? "a command must begin with" : joined(words_) + " must be followed by";
-    line_.fail(where + ' ' + alternatives(next, mayEnd), pending_);
+        words_.empty() ? "a command must begin with" : joined(words_, " ") + " must be followed by";
+    Words allowed(next.begin(), next.end());
+    if (mayEnd) allowed.emplace_back("the end of the line");
+    line_.fail(where + ' ' + alternatives(allowed), pending_);
   }
 
   EventLine& line_;

@@ -6,7 +6,7 @@
 #include "Mox/Exceptions.h"
 #include "agent/commands/served/CommandForm.h"
 #include "agent/commands/served/CommandTable.h"
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 #include "agent/model/events/EventText.h"
 #include "agent/model/forwarding/KnownVrfs.h"
 

@@ -6,7 +6,7 @@
 #include "Mox/AttributeText.h"
 #include "Mox/QuotedString.h"
 #include "agent/commands/served/LiveObjects.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 
 namespace ZelAgent {
 namespace {
@@ -47,13 +47,11 @@ const Mox::Type& needType(EventLine& arguments) {
 }
 
 std::string attributesOf(const Mox::Type& type) {
-  std::string names;
-  if (type.reflection == nullptr) return names;
-  for (const Mox::Attribute& attribute : type.reflection->attributes) {
-    names += (names.empty() ? "" : ", ");
-    names += attribute.name;
-  }
-  return names;
+  if (type.reflection == nullptr) return {};
+  std::vector<std::string> names;
+  for (const Mox::Attribute& attribute : type.reflection->attributes)
+    names.emplace_back(attribute.name);
+  return joined(names, ", ");
 }
 
 // Behind that many words.

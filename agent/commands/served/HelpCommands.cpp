@@ -11,10 +11,10 @@ namespace ZelAgent {
 namespace {
 
 std::string wordsOf(EventLine& line) {
-  std::string words;
+  std::vector<std::string> words;
   while (const auto word = line.next())
-    words += (words.empty() ? "" : " ") + word->text;
-  return words;
+    words.push_back(word->text);
+  return joined(words, " ");
 }
 
 std::vector<CommandRow> rowsBeginningWith(const std::string& words) {

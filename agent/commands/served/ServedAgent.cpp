@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventPlayer.h"
 
 namespace ZelAgent {

@@ -28,13 +28,6 @@ std::vector<std::string> operationsOf(const Mox::Attribute& attribute) {
   return names;
 }
 
-std::string joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words)
-    text += (text.empty() ? "" : ", ") + word;
-  return text;
-}
-
 std::vector<std::string> valueNamesOf(const Mox::Type& type) {
   if (type.reflection == nullptr || type.reflection->names == nullptr) return {};
   const auto names = type.reflection->names();
@@ -49,13 +42,13 @@ std::span<const Mox::Attribute> attributesOf(const Mox::Type& type) {
 void writeType(std::ostream& out, const Mox::Type& type) {
   out << type.name << '\n';
   if (const auto names = valueNamesOf(type); !names.empty()) {
-    out << "  one of " << joined(names) << '\n';
+    out << "  one of " << joined(names, ", ") << '\n';
   }
   if (attributesOf(type).empty()) return;
   TextTable table{{"NUMBER", "ATTRIBUTE", "KIND", "OPERATIONS"}};
   for (const Mox::Attribute& attribute : attributesOf(type)) {
     table.push_back({std::to_string(attribute.number), std::string(attribute.name),
-                     attribute.kind(), joined(operationsOf(attribute))});
+                     attribute.kind(), joined(operationsOf(attribute), ", ")});
   }
   writeTable(out, table);
 }

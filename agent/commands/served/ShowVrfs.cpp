@@ -49,23 +49,20 @@ std::vector<VrfRow> rowsOf(ForwardingAgent& agent) {
   return rows;
 }
 
-std::string orDash(const L3::VrfName& name) {
-  return name.empty() ? "-" : printable(name.bytes(), 1000);
-}
-
 std::string toText(const std::optional<Lengths>& lengths) {
   if (!lengths) return "-";
-  std::string text;
+  if (lengths->empty()) return "none";
+  std::vector<std::string> texts;
   for (const unsigned length : *lengths)
-    text += (text.empty() ? "" : ",") + std::to_string(length);
-  return text.empty() ? "none" : text;
+    texts.push_back(std::to_string(length));
+  return joined(texts, ",");
 }
 
 void writeRows(std::ostream& out, const std::vector<VrfRow>& rows) {
   TextTable table{{"VRF", "ID", "FALLBACK", "IPV4-LENS", "IPV6-LENS", "CONFIGURED"}};
   for (const VrfRow& row : rows) {
-    table.push_back({orDash(row.name), row.id ? std::to_string(*row.id) : "-", orDash(row.fallback),
-                     toText(row.lengthsV4), toText(row.lengthsV6),
+    table.push_back({orDash(row.name.bytes()), row.id ? std::to_string(*row.id) : "-",
+                     orDash(row.fallback.bytes()), toText(row.lengthsV4), toText(row.lengthsV6),
                      row.isConfigured ? "yes" : "no"});
   }
   writeTable(out, table);

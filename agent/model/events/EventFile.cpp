@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/events/EventReader.h"
 

@@ -1,13 +1,13 @@
 #include "agent/model/events/EventLine.h"
 
 #include <algorithm>
-#include <charconv>
+#include <vector>
 
 #include "L3/VrfName.h"
 #include "Mox/Exceptions.h"
 #include "Mox/QuotedString.h"
 #include "agent/config/Configuration.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 
 namespace ZelAgent {
 namespace {
@@ -18,26 +18,6 @@ std::string shown(const std::optional<Word>& word) {
   if (!word) return "the end of the line";
   const std::string quoted = Mox::quoted(std::string_view(word->text).substr(0, shownOfWord));
   return word->text.size() > shownOfWord ? quoted + "..." : quoted;
-}
-
-std::optional<std::uint32_t> parseNumber(std::string_view text) {
-  std::uint32_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stopped, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc{} || stopped != end) return std::nullopt;
-  return number;
-}
-
-// "a, b or c"
-std::string alternatives(std::initializer_list<std::string_view> allowed) {
-  std::string text;
-  std::size_t left = allowed.size();
-  for (const std::string_view word : allowed) {
-    text += word;
-    --left;
-    if (left > 0) text += left == 1 ? " or " : ", ";
-  }
-  return text;
 }
 
 }  // namespace
@@ -54,7 +34,7 @@ std::string EventLine::needOneOf(const std::string& what,
                                  std::initializer_list<std::string_view> allowed) {
   const std::optional<Word> word = next();
   if (!word || std::find(allowed.begin(), allowed.end(), word->text) == allowed.end()) {
-    fail(what + ' ' + alternatives(allowed), word);
+    fail(what + ' ' + alternatives(std::vector<std::string>(allowed.begin(), allowed.end())), word);
   }
   return word->text;
 }

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "Mox/CharRange.h"
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 

@@ -5,8 +5,7 @@
 
 #include "Mox/QuotedString.h"
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/ConfigError.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventText.h"
 
 namespace ZelAgent {

@@ -2,7 +2,7 @@
 
 #include "Mox/QuotedString.h"
 #include "agent/config/Configuration.h"
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "agent/language/CaptureError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {

@@ -6,7 +6,7 @@
 #include <span>
 #include <utility>
 
-#include "agent/language/CaptureError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/packets/EthernetFrame.h"
 

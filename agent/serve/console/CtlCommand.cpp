@@ -6,7 +6,7 @@
 #include <istream>
 #include <ostream>
 
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 #include "agent/serve/console/Asker.h"
 #include "agent/serve/console/Console.h"
 #include "agent/serve/protocol/SocketAddress.h"
@@ -15,10 +15,9 @@ namespace ZelAgent {
 namespace {
 
 std::string lineOf(const std::vector<std::string>& words) {
-  std::string line;
-  for (const std::string& word : words)
-    line += (line.empty() ? "" : " ") + toWord(word);
-  return line;
+  std::vector<std::string> quoted(words.size());
+  std::transform(words.begin(), words.end(), quoted.begin(), toWord);
+  return joined(quoted, " ");
 }
 
 ExitStatus askEachLine(Asker& asker, std::istream& in) {
@@ -43,12 +42,9 @@ ExitStatus control(const CtlOptions& options, std::istream& in, std::ostream& ou
   try {
     status = askAll(asker, options, in);
   } catch (const SocketError& error) {
-    err << "error: " << error.what() << '\n';
-    return ExitStatus::failure;
+    return reportError(err, error.what(), ExitStatus::failure);
   }
-  if (out.flush()) return status;
-  err << "error: standard output cannot be written\n";
-  return std::max(status, ExitStatus::failure);
+  return std::max(status, finishOutput(out, err));
 }
 
 }  // namespace ZelAgent

@@ -4,7 +4,7 @@
 #include <exception>
 #include <ostream>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/daemon/ListeningSocket.h"
 #include "agent/serve/daemon/SignalWatch.h"

@@ -3,7 +3,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 
 namespace ZelAgent {
 
@@ -11,11 +11,9 @@ ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& 
   try {
     return Daemon(options, out, err).serve();
   } catch (const ConfigError& error) {
-    err << "error: " << error.what() << '\n';
-    return ExitStatus::badInput;
+    return reportError(err, error.what());
   } catch (const std::runtime_error& error) {
-    err << "error: " << error.what() << '\n';
-    return ExitStatus::failure;
+    return reportError(err, error.what(), ExitStatus::failure);
   }
 }
 

@@ -3,8 +3,7 @@
 #include <exception>
 
 #include "agent/commands/served/CommandDispatch.h"
-#include "agent/language/ConfigError.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/protocol/Request.h"
 

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/config/JsonText.h"
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {

@@ -4,7 +4,6 @@
 // Either is UTF-8 without NUL bytes, or an error.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
 namespace ZelAgent {
@@ -14,12 +13,6 @@ enum class Framing { text, json };
 struct Request {
   std::string command;
   bool asJson = false;  // the output, whatever the framing
-};
-
-// A request that cannot be read; what() is one printable line.
-class RequestError final : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
 };
 
 [[nodiscard]] Framing framingOf(const std::string& line);

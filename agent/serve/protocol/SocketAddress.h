@@ -4,16 +4,11 @@
 
 #include <sys/un.h>
 
-#include <stdexcept>
 #include <string>
 
-namespace ZelAgent {
+#include "agent/language/Errors.h"
 
-// What is wrong with a socket; what() is one printable line that names its path.
-class SocketError final : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace ZelAgent {
 
 [[nodiscard]] sockaddr_un socketAddressOf(const std::string& path);
 

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 
 namespace ZelAgent {
 namespace {

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "tests/agent/config/BadInputs.h"
 
 namespace ZelAgent {

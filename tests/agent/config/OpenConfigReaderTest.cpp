@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 
 namespace ZelAgent {
 namespace {

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/reports/CounterReport.h"
 #include "agent/reports/Explanation.h"

@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "agent/language/ConfigError.h"
+#include "agent/language/Errors.h"
 #include "agent/serve/protocol/ControlService.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/TestFiles.h"

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "agent/config/OpenConfigReader.h"
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/packets/PacketBuilder.h"
 #include "agent/reports/ActionText.h"

@@ -4,7 +4,7 @@
 
 #include <ostream>
 
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "agent/model/events/EventFile.h"
 #include "agent/model/events/EventText.h"
 #include "tests/agent/model/events/BadEvents.h"

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <fstream>
 
-#include "agent/language/CaptureError.h"
+#include "agent/language/Errors.h"
 #include "tests/agent/CaptureFile.h"
 
 namespace ZelAgent {

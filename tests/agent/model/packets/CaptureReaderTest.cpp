@@ -6,7 +6,7 @@
 
 #include <fstream>
 
-#include "agent/language/CaptureError.h"
+#include "agent/language/Errors.h"
 #include "tests/agent/CaptureFile.h"
 
 namespace ZelAgent {

@@ -5,7 +5,7 @@
 
 #include <ostream>
 
-#include "agent/language/EventError.h"
+#include "agent/language/Errors.h"
 #include "tests/agent/TestPackets.h"
 
 namespace ZelAgent {

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "agent/language/Errors.h"
 #include "agent/serve/protocol/Answer.h"
 
 namespace ZelAgent {

@@ -1,6 +1,7 @@
-#include "agent/language/Word.h"
+#include "agent/language/Words.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "Mox/QuotedString.h"
 #include "agent/language/PrintableText.h"
@@ -46,6 +47,32 @@ std::optional<Word> takeWord(Mox::CharRange& line) {
   if (!standsWithoutQuotes(text)) line.fail("the word in quotes, as " + Mox::quoted(text));
   line.advance(text.size());
   return Word{std::string(text), false};
+}
+
+std::optional<std::uint32_t> parseNumber(std::string_view text) {
+  std::uint32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc{} || stopped != end) return std::nullopt;
+  return number;
+}
+
+std::string joined(const std::vector<std::string>& words, std::string_view separator) {
+  std::string text;
+  for (const std::string& word : words) {
+    if (!text.empty()) text += separator;
+    text += word;
+  }
+  return text;
+}
+
+std::string alternatives(const std::vector<std::string>& words) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (i > 0) text += i + 1 == words.size() ? " or " : ", ";
+    text += words[i];
+  }
+  return text;
 }
 
 }  // namespace ZelAgent
