@@ -13,8 +13,8 @@
 
 #include "Blinklog/Ring.h"
 #include "agent/language/Errors.h"
+#include "agent/model/events/Event.h"
 #include "agent/model/events/EventReader.h"
-#include "agent/model/events/EventText.h"
 #include "agent/serve/protocol/ControlService.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/FuzzedBytes.h"

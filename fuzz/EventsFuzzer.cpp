@@ -10,10 +10,9 @@
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
-#include "agent/model/events/EventFile.h"
+#include "agent/model/events/Event.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/events/EventReader.h"
-#include "agent/model/events/EventText.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/Must.h"
 

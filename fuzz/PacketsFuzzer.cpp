@@ -9,7 +9,7 @@
 
 #include <numeric>
 
-#include "agent/model/packets/EthernetFrame.h"
+#include "agent/model/packets/Captures.h"
 #include "fuzz/Must.h"
 #include "fuzz/PacketChecks.h"
 #include "fuzz/PacketWorld.h"

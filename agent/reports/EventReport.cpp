@@ -5,7 +5,7 @@
 #include <string>
 
 #include "agent/language/PrintableText.h"
-#include "agent/model/events/EventText.h"
+#include "agent/model/events/Event.h"
 #include "agent/reports/ActionText.h"
 #include "agent/reports/ResourceReport.h"
 #include "agent/reports/TextReport.h"

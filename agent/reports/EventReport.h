@@ -14,8 +14,8 @@
 #include <iosfwd>
 #include <optional>
 
-#include "agent/model/events/EventEffects.h"
-#include "agent/model/events/EventFile.h"
+#include "agent/model/events/EventPlayer.h"
+#include "agent/model/events/EventReader.h"
 #include "agent/model/forwarding/AgentState.h"
 #include "agent/reports/StateJson.h"
 

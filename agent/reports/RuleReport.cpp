@@ -5,7 +5,7 @@
 
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
-#include "agent/model/policies/MatchText.h"
+#include "agent/model/policies/PolicyObjects.h"
 #include "agent/reports/ActionText.h"
 
 namespace ZelAgent {

@@ -5,8 +5,8 @@
 
 #include "agent/config/IpPrefix.h"
 #include "agent/language/Words.h"
-#include "agent/model/events/EventText.h"
-#include "agent/model/policies/MatchText.h"
+#include "agent/model/events/Event.h"
+#include "agent/model/policies/PolicyObjects.h"
 #include "agent/reports/RuleReport.h"
 
 namespace ZelAgent {

@@ -105,24 +105,19 @@ HwStatus SoftVrfHelper::programNow(const VrfAction& action) {
     return {};
   }
   if (resources_.size() >= capacity_) return exhaustedFailure(resources_.size(), capacity_);
-  resources_.emplace(action, VrfResource{takeLowestFreeIndex(), std::move(wanted)});
+  resources_.emplace(action, VrfResource{indexes_.take(), std::move(wanted)});
   return {};
 }
 
 void SoftVrfHelper::release(const VrfAction& action) {
   const auto found = resources_.find(action);
   if (found == resources_.end()) return;
-  freedIndexes_.insert(found->second.index);
+  indexes_.giveBack(found->second.index);
   resources_.erase(found);
 }
 
 void SoftVrfHelper::tell(const HookCall& call) const {
   if (hookObserver_) hookObserver_(call);
-}
-
-std::uint32_t SoftVrfHelper::takeLowestFreeIndex() {
-  if (freedIndexes_.empty()) return nextIndex_++;
-  return freedIndexes_.extract(freedIndexes_.begin()).value();
 }
 
 }  // namespace SoftChip

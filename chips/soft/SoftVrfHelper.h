@@ -8,11 +8,11 @@
 #include <cstdint>
 #include <iosfwd>
 #include <map>
-#include <set>
 #include <utility>
 
 #include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
 #include "chips/soft/FaultPlan.h"
+#include "chips/soft/FreeNumbers.h"
 #include "chips/soft/HookCall.h"
 #include "chips/soft/VrfProgram.h"
 
@@ -85,13 +85,11 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   HwStatus programNow(const VrfAction& action);
   void release(const VrfAction& action);
   void tell(const HookCall& call) const;
-  std::uint32_t takeLowestFreeIndex();
 
   std::uint32_t capacity_;
   FaultPlan faultPlan_;
   Resources resources_;
-  std::set<std::uint32_t> freedIndexes_;  // all below nextIndex_
-  std::uint32_t nextIndex_ = 1;
+  FreeNumbers indexes_;
   HookCounts hookCounts_;
   HookObserver hookObserver_;
 };

@@ -5,8 +5,7 @@
 #include "agent/commands/offline/PreparedAgent.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
-#include "agent/model/packets/CaptureFolder.h"
-#include "agent/model/packets/CaptureReader.h"
+#include "agent/model/packets/Captures.h"
 #include "agent/reports/CounterReport.h"
 
 namespace ZelAgent {

@@ -6,8 +6,8 @@
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/TextFile.h"
-#include "agent/model/events/EventFile.h"
 #include "agent/model/events/EventPlayer.h"
+#include "agent/model/events/EventReader.h"
 
 namespace ZelAgent {
 namespace {

@@ -7,8 +7,8 @@
 #include "agent/commands/served/CommandForm.h"
 #include "agent/commands/served/CommandTable.h"
 #include "agent/language/Words.h"
-#include "agent/model/events/EventText.h"
-#include "agent/model/forwarding/KnownVrfs.h"
+#include "agent/model/events/Event.h"
+#include "agent/model/forwarding/FallbackGraph.h"
 
 namespace ZelAgent {
 namespace {

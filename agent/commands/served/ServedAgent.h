@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "agent/model/events/Event.h"
-#include "agent/model/events/EventEffects.h"
+#include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {

@@ -5,7 +5,7 @@
 
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
-#include "agent/model/forwarding/KnownVrfs.h"
+#include "agent/model/forwarding/FallbackGraph.h"
 
 namespace ZelAgent {
 namespace {

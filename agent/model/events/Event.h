@@ -1,7 +1,3 @@
-// Why: what can befall an agent besides a new configuration (the hardware reports a VRF, a fallback
-// moves, a chip runs full) is told by event files, one event a line.
-// Always: plain values; names of VRFs are the system's ("default" for DEFAULT) and have 1 to 100
-// bytes; lengths are within the family.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +10,7 @@
 
 namespace ZelAgent {
 
-// vrf NAME id N: the hardware gives a VRF that exists another id; 0 takes it away.
+/// vrf NAME id N: the hardware gives an existing VRF another id. 0 takes the id away.
 struct SetVrfId {
   std::string vrf;
   std::uint32_t id = 0;
@@ -22,14 +18,14 @@ struct SetVrfId {
   bool operator==(const SetVrfId&) const = default;
 };
 
-// vrf NAME remove: the hardware no longer knows the VRF.
+/// vrf NAME remove: the hardware no longer knows the VRF.
 struct RemoveVrf {
   std::string vrf;
 
   bool operator==(const RemoveVrf&) const = default;
 };
 
-// vrf NAME add [id N]: the hardware reports the VRF by a new status, in place of any that it had.
+/// vrf NAME add [id N]: the hardware reports the VRF by a new status, which replaces any other.
 struct AddVrf {
   std::string vrf;
   std::uint32_t id = 0;
@@ -37,7 +33,7 @@ struct AddVrf {
   bool operator==(const AddVrf&) const = default;
 };
 
-// fallback NAME to NAME
+/// fallback NAME to NAME
 struct SetFallback {
   std::string vrf;
   std::string fallback;
@@ -45,28 +41,28 @@ struct SetFallback {
   bool operator==(const SetFallback&) const = default;
 };
 
-// fallback NAME remove
+/// fallback NAME remove
 struct RemoveFallback {
   std::string vrf;
 
   bool operator==(const RemoveFallback&) const = default;
 };
 
-// decap-nh on|off
+/// decap-nh on|off
 struct SetDecapNh {
   bool isOn = false;
 
   bool operator==(const SetDecapNh&) const = default;
 };
 
-// decap-nh-fallback on|off
+/// decap-nh-fallback on|off
 struct SetDecapNhFallback {
   bool isOn = false;
 
   bool operator==(const SetDecapNhFallback&) const = default;
 };
 
-// prefix-lens ipv4|ipv6 NAME LENGTH...: these and no others are held in exact match.
+/// prefix-lens ipv4|ipv6 NAME LENGTH...: only these are in exact match.
 struct SetPrefixLens {
   IpFamily family = IpFamily::v4;
   std::string vrf;
@@ -75,7 +71,7 @@ struct SetPrefixLens {
   bool operator==(const SetPrefixLens&) const = default;
 };
 
-// prefix-lens ipv4|ipv6 NAME remove
+/// prefix-lens ipv4|ipv6 NAME remove
 struct RemovePrefixLens {
   IpFamily family = IpFamily::v4;
   std::string vrf;
@@ -83,21 +79,21 @@ struct RemovePrefixLens {
   bool operator==(const RemovePrefixLens&) const = default;
 };
 
-// config FILE: the configuration is applied as a change of the one before.
+/// config FILE: the configuration is applied as a change of the one before.
 struct ApplyConfig {
   std::string file;
 
   bool operator==(const ApplyConfig&) const = default;
 };
 
-// chip capacity N
+/// chip capacity N
 struct SetChipCapacity {
   std::uint32_t capacity = 0;
 
   bool operator==(const SetChipCapacity&) const = default;
 };
 
-// chip fail VRF|any COUNT: the next COUNT creations or updates of actions into the VRF fail.
+/// chip fail VRF|any COUNT: the next COUNT creations or updates of actions into the VRF fail.
 struct PlanChipFaults {
   std::optional<std::string> vrf;  // none: those of any action
   std::uint32_t count = 0;
@@ -105,8 +101,8 @@ struct PlanChipFaults {
   bool operator==(const PlanChipFaults&) const = default;
 };
 
-// route VRF PREFIX decap: packets to the prefix are decapsulated. It stands in front of a
-// configured route to it.
+/// route VRF PREFIX decap: packets to the prefix are decapsulated. The route hides a configured one
+/// to the same prefix.
 struct SetDecapRoute {
   std::string vrf;
   IpPrefix prefix;
@@ -114,7 +110,8 @@ struct SetDecapRoute {
   bool operator==(const SetDecapRoute&) const = default;
 };
 
-// route VRF PREFIX via INTERFACE: they leave by the interface. Likewise.
+/// route VRF PREFIX via INTERFACE: packets to the prefix leave by the interface. The route hides a
+/// configured one to the same prefix.
 struct SetEgressRoute {
   std::string vrf;
   IpPrefix prefix;
@@ -123,7 +120,7 @@ struct SetEgressRoute {
   bool operator==(const SetEgressRoute&) const = default;
 };
 
-// route VRF PREFIX remove: the route that an event has set is taken back.
+/// route VRF PREFIX remove: the route that an event has set is removed.
 struct RemoveRoute {
   std::string vrf;
   IpPrefix prefix;
@@ -131,14 +128,28 @@ struct RemoveRoute {
   bool operator==(const RemoveRoute&) const = default;
 };
 
-// show
+/// show
 struct Show {
   bool operator==(const Show&) const = default;
 };
 
+/// A change of an agent that is not a new configuration: the hardware reports a VRF, a fallback
+/// changes, a chip has no room. An event file has one event a line.
+///
+/// Events are plain values. VRF names are the system's ("default" for DEFAULT) and have 1 to 100
+/// bytes. Prefix lengths are valid for the family.
 using Event =
     std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
                  SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig, SetChipCapacity,
                  PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Show>;
+
+/// The event as a line of an event file. Reading the line returns an equal event.
+[[nodiscard]] std::string toText(const Event& event);
+
+/// The VRF as event files and configurations name it: DEFAULT for the default VRF.
+[[nodiscard]] std::string toVrfWord(const std::string& vrf);
+
+/// The word for the next operations of any VRF. A VRF of this name is quoted.
+inline constexpr const char* anyVrfWord = "any";
 
 }  // namespace ZelAgent

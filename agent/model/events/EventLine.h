@@ -1,6 +1,3 @@
-// Why: every kind of event asks its line for words, and complains of them in the same way.
-// Always: a word is consumed once; a wrong one is an EventError "FORM: WHAT must be EXPECTED, found
-// 'WORD'" in which FORM is the last one that was named.
 #pragma once
 
 #include <cstdint>
@@ -9,38 +6,42 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Mox/CharRange.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
 
+/// A line of words: an event, a command or a packet. Words are taken from the front, each once.
+///
+/// A wrong word is an `EventError` "FORM: WHAT must be EXPECTED, found 'WORD'". FORM is the last
+/// one that was set.
 class EventLine final {
  public:
-  // The line outlives this.
+  /// The line must outlive this.
   explicit EventLine(std::string_view line) : range_(line) {}
 
-  // How the event is written, as far as that is known by now.
+  /// Sets the form for messages, as far as it is known by now.
   void formIs(std::string form) { form_ = std::move(form); }
 
-  // The next word; nothing at the end of the line.
+  /// The next word. Nothing at the end of the line.
   [[nodiscard]] std::optional<Word> next();
-  // The next word as one of `allowed`. `what` says where in the event it stands.
+  /// The next word, which must be one of `allowed`. `what` names its place for messages.
   [[nodiscard]] std::string needOneOf(const std::string& what,
                                       std::initializer_list<std::string_view> allowed);
   [[nodiscard]] std::uint32_t needNumber(
       const std::string& what, std::uint32_t most = std::numeric_limits<std::uint32_t>::max());
-  // The system's name of the VRF that the next word names.
+  /// The system's name of the VRF that the next word names.
   [[nodiscard]] std::string needVrf(const std::string& what);
   void needEnd();
 
-  // The same for a word that was taken already.
+  /// The same for a word that was taken already.
   [[nodiscard]] std::uint32_t numberOf(const std::optional<Word>& word, const std::string& what,
                                        std::uint32_t most, const std::string& otherwise = {}) const;
   [[nodiscard]] std::string vrfOf(const std::optional<Word>& word, const std::string& what,
                                   const std::string& otherwise = {}) const;
-
-  // "FORM: WHAT, found 'WORD'"
+  /// Throws "FORM: WHAT, found 'WORD'".
   [[noreturn]] void fail(const std::string& what, const std::optional<Word>& found) const;
 
  private:

@@ -6,7 +6,8 @@
 #include "Mox/QuotedString.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
-#include "agent/model/events/EventText.h"
+#include "agent/model/events/Event.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
 namespace {

@@ -1,21 +1,44 @@
-// Why: an event is a change of one fact of a running agent.
-// Always: an event that cannot be played is an EventError "FORM: WHAT" and changes nothing.
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "agent/model/events/Event.h"
-#include "agent/model/events/EventEffects.h"
-#include "agent/model/forwarding/ForwardingAgent.h"
+#include "agent/model/policies/VrfActions.h"
+#include "chips/soft/HookCall.h"
 
 namespace ZelAgent {
 
+class ForwardingAgent;
+
+struct StatusChange {
+  VrfAction action;
+  std::optional<ZelVrfSelectionPolicy::HwStatus> before;  // none: the action had no status
+  std::optional<ZelVrfSelectionPolicy::HwStatus> after;   // none: the action has no status now
+
+  bool operator==(const StatusChange&) const = default;
+};
+
+/// What an event caused. Hook calls are in the order in which the chip received them. Status
+/// changes compare the end of the event with its start, in the order of the actions.
+struct EventEffects {
+  std::vector<SoftChip::HookCall> calls;
+  std::vector<StatusChange> statusChanges;
+  std::vector<std::string> warnings;  // of a configuration that was read
+};
+
+/// Plays events on a running agent.
 class EventPlayer final {
  public:
-  // The agent outlives this; files that events name are looked for in `folder`.
+  /// The agent must outlive the player. Files that events name are in `folder`.
   EventPlayer(ForwardingAgent& agent, std::filesystem::path folder)
       : agent_(agent), folder_(std::move(folder)) {}
 
+  /// Throws an `EventError` for an event that cannot be played. Such an event changes nothing.
   EventEffects play(const Event& event);
 
  private:

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <utility>
 
+#include "agent/language/Errors.h"
+#include "agent/language/PrintableText.h"
+#include "agent/model/events/Event.h"
 #include "agent/model/events/EventLine.h"
-#include "agent/model/events/EventText.h"
 
 namespace ZelAgent {
 namespace {
@@ -145,6 +148,14 @@ constexpr Kind kinds[] = {{"vrf", readVrf},
                           {"route", readRoute},
                           {"show", readShow}};
 
+void visitLine(std::string_view line, const EventPlace& place, const EventVisitor& visit) {
+  try {
+    if (const auto event = readEvent(line)) visit(place, *event);
+  } catch (const EventError& error) {
+    throw EventError(place.text() + ": " + error.what());
+  }
+}
+
 }  // namespace
 
 std::optional<Event> readEvent(std::string_view text) {
@@ -163,6 +174,21 @@ std::optional<Event> readEvent(std::string_view text) {
   Event event = kind->read(line);
   line.needEnd();
   return event;
+}
+
+std::string EventPlace::text() const {
+  return printable(file, 1000) + ':' + std::to_string(line);
+}
+
+void forEachEvent(const std::string& text, const std::string& file, const EventVisitor& visit) {
+  std::string_view rest = text;
+  EventPlace place{file, 0};
+  while (!rest.empty()) {
+    ++place.line;
+    const std::size_t end = rest.find('\n');
+    visitLine(rest.substr(0, end), place, visit);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  }
 }
 
 }  // namespace ZelAgent

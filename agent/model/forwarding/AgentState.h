@@ -1,6 +1,3 @@
-// Why: what the agent shows is the same whether it is shown as a table, as JSON or over a socket.
-// Always: a plain snapshot, taken from the tables and the chip at one moment and not from the
-// configuration; actions come in the order of their names.
 #pragma once
 
 #include <cstdint>
@@ -17,25 +14,26 @@
 
 namespace ZelAgent {
 
+/// One VRF action: its users, its status, and its resource on the chip.
 struct ActionState {
   VrfAction action;
-  std::uint32_t users = 0;  // the count that the library was told
+  std::uint32_t users = 0;  // as counted for the library
   std::set<ActionUser> usedBy;
   ZelVrfSelectionPolicy::HwStatus status;
-  std::optional<SoftChip::VrfResource> resource;  // none where the chip has made none
+  std::optional<SoftChip::VrfResource> resource;  // none if the chip has none
   SoftChip::VrfProgram currentProgram;            // what the chip would program now
 
-  // Whether the chip has a resource that it would program otherwise now.
+  /// Whether the chip would program the resource differently now.
   [[nodiscard]] bool resourceIsStale() const {
     return resource && resource->program != currentProgram;
   }
 };
 
-// A rule of a policy on an interface that it is applied to.
+/// A rule of a policy on an interface that it is applied to.
 struct RuleState {
   ActionUser user;
   PolicyMap::AclRule rule;
-  // Among the rules that the chip holds for the interface; none where it does not hold this one.
+  /// Its place among the interface's rules on the chip. None if the chip does not hold it.
   std::optional<std::size_t> place;
   std::string reason;  // why the chip does not hold it
   SoftChip::RuleCounter counter;
@@ -49,12 +47,14 @@ struct ChipState {
   SoftChip::HookCounts hookCounts;
 };
 
+/// A snapshot of the agent at one moment, from the tables and the chip and not from the
+/// configuration. Actions are in the order of their names.
 struct AgentState {
   std::vector<ActionState> actions;
   ChipState chip;
 };
 
-// Whether the chip has reported for any action that it is not programmed.
+/// Whether any action is not programmed on the chip.
 [[nodiscard]] inline bool hasFailedAction(const AgentState& state) {
   for (const ActionState& action : state.actions) {
     if (action.status.status() == ZelVrfSelectionPolicy::ProgrammingResult::programmingFailure) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "agent/model/forwarding/ForwardingAgent.h"
+
 namespace ZelAgent {
 namespace {
 
@@ -41,6 +43,39 @@ std::vector<FallbackCycle> cyclesOf(const VrfsByName& vrfs) {
   return cycles;
 }
 
+template <class Collection>
+void insertKeys(std::set<L3::VrfName>& names, const Collection& collection) {
+  for (auto entry = collection.iterator(); entry; ++entry)
+    names.insert(entry.key());
+}
+
+void insertFallbacks(std::set<L3::VrfName>& names,
+                     const VrfSelectionPolicy::VrfSelectionFallbackVrf& config) {
+  const auto& fallbacks = config.fallbackVrf();
+  for (auto entry = fallbacks.iterator(); entry; ++entry) {
+    names.insert(entry.key());
+    names.insert(entry.value());
+  }
+}
+
+void insertNamed(std::set<L3::VrfName>& names, const ForwardingAgent& agent) {
+  for (const auto& [action, status] : agent.statuses()) {
+    for (const NamedVrf& named : vrfsNamedBy(action))
+      names.insert(named.vrf);
+  }
+}
+
+FallbackFacts factsOf(ForwardingAgent& agent) {
+  FallbackFacts facts;
+  facts.configured = configuredVrfs(agent);
+  const auto& fallbacks = agent.fallbackConfig().fallbackVrf();
+  for (auto entry = fallbacks.iterator(); entry; ++entry)
+    facts.fallbacks.emplace(entry.key(), entry.value());
+  for (const ActionState& action : agent.state().actions)
+    facts.actions.push_back(action.action);
+  return facts;
+}
+
 }  // namespace
 
 FallbackGraph fallbackGraphOf(const FallbackFacts& facts) {
@@ -78,6 +113,10 @@ FallbackGraph fallbackGraphOf(const Configuration& configuration) {
   return fallbackGraphOf(facts);
 }
 
+FallbackGraph fallbackGraphOf(ForwardingAgent& agent) {
+  return fallbackGraphOf(factsOf(agent));
+}
+
 std::vector<NamedVrf> vrfsNamedBy(const VrfAction& action) {
   std::vector<NamedVrf> named;
   for (const NamedVrf& field : {NamedVrf{"vrfName", action.vrfName()},
@@ -86,6 +125,23 @@ std::vector<NamedVrf> vrfsNamedBy(const VrfAction& action) {
     if (!field.vrf.empty()) named.push_back(field);
   }
   return named;
+}
+
+std::set<L3::VrfName> configuredVrfs(const ForwardingAgent& agent) {
+  std::set<L3::VrfName> names;
+  for (const NetworkInstance& instance : agent.configuration().networkInstances)
+    names.insert(instance.name);
+  return names;
+}
+
+std::set<L3::VrfName> knownVrfs(ForwardingAgent& agent) {
+  std::set<L3::VrfName> names = configuredVrfs(agent);
+  insertKeys(names, agent.routeStatus().vrfStatus());
+  insertKeys(names, agent.routeStatus().vrfPrefixLensInExactMatch());
+  insertKeys(names, agent.routeStatusV6().vrfPrefixLensInExactMatch());
+  insertFallbacks(names, agent.fallbackConfig());
+  insertNamed(names, agent);
+  return names;
 }
 
 }  // namespace ZelAgent

@@ -1,10 +1,3 @@
-// Why: somebody must own what the library is given (policies, tables, route status, fallback
-// configuration, chip) and change it in an order that the library and the chip can follow.
-// Always: the rules that the chip holds are those of the configuration applied last, so far as it
-// takes them, and the users counted are exactly these rules; a change of configuration reaches the
-// library and the chip as its differences, and an action that stays in use is never without users
-// on the way. What a configuration does not change stays as it is, also where somebody else has
-// changed it meanwhile.
 #pragma once
 
 #include <cstdint>
@@ -27,31 +20,38 @@
 
 namespace ZelAgent {
 
+/// The agent: it owns what the library works on (policies, tables, route status, fallback
+/// configuration, chip) and changes it in an order that the library and the chip can follow.
+///
+/// The chip holds the rules of the configuration that was applied last, as far as it accepts them.
+/// The counted users are exactly these rules. A change of configuration reaches the library and the
+/// chip as differences. An action that stays in use has users throughout the change. What a
+/// configuration does not change stays as it is, even if an event has changed it meanwhile.
 class ForwardingAgent final {
  public:
   explicit ForwardingAgent(std::uint32_t chipCapacity);
 
-  // Makes `next` the configuration in force. In order: statuses and hardware ids of instances that
-  // are new, and routes that are new or changed; fallback VRFs that are new or changed, and the
-  // VRFs of interfaces; new rules with their users; rules that are gone; the fallback VRFs and
-  // statuses of instances that are gone; routes that are gone.
+  /// Makes `next` the configuration in force. The order is: statuses and hardware ids of new
+  /// instances; new and changed routes; new and changed fallback VRFs; the VRFs of interfaces; new
+  /// rules with their users; rules that are gone; fallback VRFs and statuses of instances that are
+  /// gone; routes that are gone.
   void apply(const Configuration& next);
-  // Applies the configuration without anything in it, then removes every other route, VRF status,
-  // fallback VRF and prefix length.
+  /// Applies the empty configuration, then removes every other route, VRF status, fallback VRF and
+  /// prefix length.
   void removeAll();
 
-  // The configuration in force.
+  /// The configuration in force.
   [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
   [[nodiscard]] AgentState state() const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
-  // Who uses each action: the rules that the chip holds.
+  /// Who uses each action: the rules that the chip holds.
   [[nodiscard]] ActionUsers users() const;
-  // Every rule of an applied policy, by interface in the order in which rules are tried.
+  /// Every rule of an applied policy, by interface, in the order in which rules are tried.
   [[nodiscard]] RuleStates rules() const;
-  // Where a packet goes that comes in by the interface.
+  /// Sends packets through the chip.
   [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
 
-  // The facts that the hardware reports and others configure are open to those who play these.
+  /// What the hardware reports and others configure. Events change it.
   [[nodiscard]] Routing::Hardware::RouteStatus& routeStatus() noexcept { return *routeStatus_; }
   [[nodiscard]] Routing6::Hardware::RouteStatus& routeStatusV6() noexcept {
     return *routeStatusV6_;
@@ -61,17 +61,17 @@ class ForwardingAgent final {
   }
   [[nodiscard]] RouteProgrammer& routes() noexcept { return routes_; }
 
-  // The chip is open to those who wish it ill.
+  /// The chip. Events change its capacity and make it fail.
   [[nodiscard]] SoftChip::SoftVrfHelper& chip() noexcept { return *chip_; }
   [[nodiscard]] SoftChip::SoftAclHelper& acl() noexcept { return *acl_; }
 
-  // The library's top object, for those who look into it.
+  /// The library's top object, to read.
   [[nodiscard]] const ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm& policySm() const noexcept {
     return *policySm_;
   }
 
  private:
-  // The fallback VRF of each configured instance; empty where it has none.
+  // The fallback VRF of each configured instance, empty for none.
   using FallbackByInstance = std::map<std::string, std::string>;
   using VrfByInterface = std::map<std::string, std::string>;
 

@@ -1,7 +1,3 @@
-// Why: a user of a VRF action is a rule that the classification hardware holds, so whoever hands
-// rules to the hardware counts the users.
-// Always: the count of an action is raised after the hardware has taken a rule with it, and lowered
-// after such a rule is gone; so counts and rules agree whenever no call is under way.
 #pragma once
 
 #include "PolicyMap/PolicyMapAclHelper.h"
@@ -9,9 +5,13 @@
 
 namespace ZelAgent {
 
+/// Counts the users of VRF actions: the rules that the classification hardware holds.
+///
+/// The count of an action goes up after the hardware has accepted a rule with it, and down after
+/// such a rule has been removed. Counts and rules agree whenever no call is under way.
 class UserCountingAclHelper final : public PolicyMap::PolicyMapAclHelper {
  public:
-  // The hardware behind `hardware`, whose users are counted in `users`.
+  /// Passes every call on to `hardware`, and counts in `users`.
   UserCountingAclHelper(const Velo::String& name, Mox::Ptr<PolicyMapAclHelper> hardware,
                         Mox::Ptr<ZelVrfSelectionPolicy::VrfHwConfig> users);
 

@@ -1,8 +1,3 @@
-// Why: hardware needs one resource per distinct VRF action, while configurations speak of rules and
-// interfaces. This says which actions a configuration needs, and who uses each.
-// Always: a user is a pair of an interface and a rule of the policy applied to it; rules of
-// policies that are applied nowhere have no users; `discard` and rules without an action need no
-// VRF action.
 #pragma once
 
 #include <compare>
@@ -20,9 +15,10 @@ namespace ZelAgent {
 
 using ZelVrfSelectionPolicy::VrfAction;
 
+/// A user of a VRF action: an interface, and a rule of the policy that is applied to it.
 struct ActionUser {
   std::string interface;
-  std::string networkInstance;  // where the policy stands
+  std::string networkInstance;  // of the policy
   std::string policyId;
   std::uint32_t sequenceId = 0;
 
@@ -31,9 +27,11 @@ struct ActionUser {
 
 using ActionUsers = std::map<VrfAction, std::set<ActionUser>>;
 
-// The VRF action that a rule of this action uses; nothing for an action that needs none.
+/// The VRF action that a rule with this action uses. Nothing for `none` and `discard`.
 [[nodiscard]] std::optional<VrfAction> vrfActionOf(const PolicyMap::RuleAction& action);
 
+/// Which VRF actions the configuration needs, and who uses each. Rules of policies that are applied
+/// to no interface have no users.
 [[nodiscard]] ActionUsers usersOfActions(const Configuration& configuration);
 
 }  // namespace ZelAgent

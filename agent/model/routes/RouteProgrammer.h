@@ -1,7 +1,3 @@
-// Why: routes belong to VRFs by name, and the chip keeps them by hardware VRF id, of which a VRF
-// may get another, or none, at any time.
-// Always: once everything is programmed, the table of each id holds exactly the routes of the VRFs
-// that have it now; of two that share an id, the later name wins. A VRF without an id has no table.
 #pragma once
 
 #include <cstdint>
@@ -15,23 +11,29 @@
 
 namespace ZelAgent {
 
+/// Programs the routes of VRFs into the chip.
+///
+/// Routes belong to VRFs by name. The chip keeps them by hardware VRF id, which may change or go
+/// away at any time. After `program`, the table of each id holds exactly the routes of the VRFs
+/// that have the id. If two VRFs share an id, the routes of the later name win. A VRF without an id
+/// has no table.
 class RouteProgrammer final {
  public:
-  // The chip outlives this.
+  /// The chip must outlive this.
   RouteProgrammer(SoftChip::RouteTables& chip, SoftChip::ProgramInputs inputs)
       : chip_(chip), inputs_(std::move(inputs)) {}
 
-  // The static routes of each VRF.
+  /// Sets the static routes of each VRF.
   void configuredIs(const Configuration& configuration);
   void routeIs(const std::string& vrf, const IpPrefix& prefix, const SoftChip::Route& route);
-  // Takes the route of an event back; whether there was one.
+  /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const std::string& vrf, const IpPrefix& prefix);
-  // Forgets every route, and takes them off the chip.
+  /// Removes every route, also from the chip.
   void clear();
 
-  // Brings to the chip what is new or different, and takes nothing off it.
+  /// Programs what is new or different. Removes nothing from the chip.
   void add();
-  // Brings the chip in step with the routes, the ids, and the prefix lengths in exact match.
+  /// Makes the chip agree with the routes, the ids and the prefix lengths in exact match.
   void program();
 
  private:

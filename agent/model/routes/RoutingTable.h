@@ -1,10 +1,3 @@
-// Why: a chip is told by which interface a packet leaves, while routes name gateways, and come from
-// a configuration and from events.
-// Always: a route of an event stands in front of the configured one of its prefix. The next hop of
-// a route is the first of its list that can be used: DROP, one with an interface, or a gateway that
-// the longest other route which contains it can be used for. A gateway that is reached only by way
-// of itself cannot be used, and where gateways go in a circle that has several ways out any of them
-// may be taken; a route without a next hop that can be used is not there.
 #pragma once
 
 #include <map>
@@ -18,18 +11,24 @@
 
 namespace ZelAgent {
 
-// The routes of one VRF.
+/// The routes of one VRF, from the configuration and from events, resolved to what a chip takes.
+///
+/// A route of an event hides the configured route to the same prefix. The next hop of a route is
+/// the first usable one of its list. Usable are DROP, a next hop with an interface, and a gateway
+/// whose longest other matching route has a usable next hop. A gateway that is reached only by way
+/// of itself is not usable. If gateways lead in a circle with several ways out, any of them may be
+/// taken. A route without a usable next hop is absent.
 class RoutingTable final {
  public:
   using Routes = std::map<IpPrefix, SoftChip::Route>;
 
-  // These are the configured routes; whether that changes anything.
+  /// Replaces the configured routes. Returns whether that changes anything.
   bool configuredIs(const std::vector<StaticRoute>& routes);
   void routeIs(const IpPrefix& prefix, const SoftChip::Route& route);
-  // Takes the route of an event back; whether there was one.
+  /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const IpPrefix& prefix);
 
-  // The routes as a chip takes them.
+  /// The routes as a chip takes them.
   [[nodiscard]] Routes resolved() const;
 
  private:

@@ -1,7 +1,7 @@
 // A configuration written from its values.
 #include <nlohmann/json.hpp>
 
-#include "agent/model/events/EventText.h"
+#include "agent/model/events/Event.h"
 #include "tests/agent/OpenConfigBuilder.h"
 #include "tests/agent/features/RandomWorld.h"
 

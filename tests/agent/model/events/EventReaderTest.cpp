@@ -5,8 +5,7 @@
 #include <ostream>
 
 #include "agent/language/Errors.h"
-#include "agent/model/events/EventFile.h"
-#include "agent/model/events/EventText.h"
+#include "agent/model/events/Event.h"
 #include "tests/agent/model/events/BadEvents.h"
 
 namespace ZelAgent {

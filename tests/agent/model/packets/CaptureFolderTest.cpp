@@ -1,5 +1,5 @@
 // What leaves an interface is in its capture when all went well, and nowhere otherwise.
-#include "agent/model/packets/CaptureFolder.h"
+#include "agent/model/packets/Captures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Captures that others wrote are read packet by packet, or refused in one line.
-#include "agent/model/packets/CaptureReader.h"
+#include "agent/model/packets/Captures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Where in a frame the packet is.
-#include "agent/model/packets/EthernetFrame.h"
+#include "agent/model/packets/Captures.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Packets that the agent builds are those that anybody would build, byte by byte.
-#include "agent/model/packets/PacketBuilder.h"
+#include "agent/model/packets/PacketText.h"
 
 #include <gtest/gtest.h>
 

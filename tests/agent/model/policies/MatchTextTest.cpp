@@ -1,4 +1,4 @@
-#include "agent/model/policies/MatchText.h"
+#include "agent/model/policies/PolicyObjects.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "agent/model/events/EventText.h"
+#include "agent/model/events/Event.h"
 
 #include "Mox/QuotedString.h"
 #include "agent/config/Configuration.h"
