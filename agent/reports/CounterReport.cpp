@@ -6,6 +6,7 @@
 
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/RuleReport.h"
 
 namespace ZelAgent {

@@ -1,12 +1,3 @@
-// Why: how many packets went which way is asked after captures were forwarded, and of a daemon.
-// Always: rules by interface in the order in which they are tried, VRFs by name, drop reasons in
-// the order in which they are met; VRFs and reasons without a packet are left out. As JSON:
-//
-//   rules   array of {interface, networkInstance, policy, rule, match, action, programmed, packets,
-//           bytes}
-//   vrfs    array of {vrfName, packets, bytes}: what left by a route of the VRF
-//   drops   array of {reason, packets, bytes}
-//   notIp   number of frames that carried no IP
 #pragma once
 
 #include <cstdint>
@@ -14,17 +5,32 @@
 #include <map>
 #include <vector>
 
+#include "L3/VrfName.h"
 #include "agent/model/forwarding/AgentState.h"
-#include "agent/model/forwarding/ForwardingAgent.h"
-#include "agent/reports/StateJson.h"
+#include "agent/reports/StateReport.h"
+#include "chips/soft/DropReason.h"
+#include "chips/soft/PacketCounter.h"
 
 namespace ZelAgent {
+
+class ForwardingAgent;
 
 struct DropCount {
   SoftChip::DropReason reason{};
   SoftChip::PacketCounter counter;
 };
 
+/// How many packets went which way.
+///
+/// Rules are by interface in the order in which they are tried, VRFs by name, and drop reasons in
+/// the order of their values. VRFs and reasons without a packet are left out. As JSON:
+///
+///   rules   array of {interface, networkInstance, policy, rule, match, action, programmed,
+///   packets,
+///           bytes}
+///   vrfs    array of {vrfName, packets, bytes}: what left by a route of the VRF
+///   drops   array of {reason, packets, bytes}
+///   notIp   number of frames that carried no IP
 struct ForwardCounters {
   RuleStates rules;
   std::map<L3::VrfName, SoftChip::PacketCounter> vrfs;

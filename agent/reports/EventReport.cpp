@@ -6,9 +6,7 @@
 
 #include "agent/language/PrintableText.h"
 #include "agent/model/events/Event.h"
-#include "agent/reports/ActionText.h"
-#include "agent/reports/ResourceReport.h"
-#include "agent/reports/TextReport.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 namespace {

@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "agent/language/Words.h"
-#include "agent/reports/ActionText.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 namespace {

@@ -6,7 +6,7 @@
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
 #include "agent/model/policies/PolicyObjects.h"
-#include "agent/reports/ActionText.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 namespace {

@@ -1,18 +1,18 @@
-// Why: messages of the library are shown alike, whether they are asked of the process that wrote
-// them or read from the file that it left.
-// Always: oldest first, one line each in text, which is printable whatever the message holds. As
-// JSON each is {sequence, level, path, line, function, text}.
 #pragma once
 
 #include <iosfwd>
 #include <span>
 
 #include "Blinklog/Record.h"
-#include "agent/reports/StateJson.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 
+/// Prints messages of the library, oldest first, one printable line each. The messages come from
+/// the ring of this process or from a file that another one left.
 void writeTrace(std::ostream& out, std::span<const Blinklog::Record> records);
+
+/// The same as an array of {sequence, level, path, line, function, text}.
 [[nodiscard]] OrderedJson traceJson(std::span<const Blinklog::Record> records);
 
 }  // namespace ZelAgent

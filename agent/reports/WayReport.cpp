@@ -1,11 +1,13 @@
 #include "agent/reports/WayReport.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "agent/config/IpPrefix.h"
 #include "agent/language/Words.h"
 #include "agent/model/events/Event.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/model/policies/PolicyObjects.h"
 #include "agent/reports/RuleReport.h"
 
@@ -82,11 +84,21 @@ const char* textOf(GoOnReason reason) {
 
 }  // namespace
 
+WayReport::WayReport(RuleStates rules) : rules_(std::move(rules)) {}
+
+WayReport::WayReport(WayReport&&) noexcept = default;
+
+WayReport::~WayReport() = default;
+
 std::string WayReport::text() const {
   std::string text;
   for (const std::string& line : lines_)
     text += line + '\n';
   return text;
+}
+
+OrderedJson WayReport::json() const {
+  return steps_;
 }
 
 void WayReport::parsed(const PacketHeader& header) {
@@ -171,12 +183,21 @@ void WayReport::left(const std::string& intf, const L3::VrfName& vrf, const Pack
 
 void WayReport::add(std::string line, OrderedJson step) {
   lines_.push_back(std::move(line));
-  json_.push_back(std::move(step));
+  steps_.push_back(std::move(step));
 }
 
 const RuleState& WayReport::ruleAt(std::size_t place) const {
   return *std::find_if(rules_.begin(), rules_.end(),
                        [place](const RuleState& rule) { return rule.place == place; });
+}
+
+WayReport explain(ForwardingAgent& agent, const std::string& interface,
+                  std::span<const std::uint8_t> packet) {
+  RuleStates rules = agent.rules();
+  std::erase_if(rules, [&](const RuleState& rule) { return rule.user.interface != interface; });
+  WayReport way(std::move(rules));
+  static_cast<void>(agent.forwarder().forward(interface, packet, &way));
+  return way;
 }
 
 }  // namespace ZelAgent

@@ -1,39 +1,47 @@
-// Why: an operator asks why a packet went where it went, and the answer is the way that it took.
-// Always: the steps in their order, each as a line of text and as a JSON object whose member `step`
-// names it:
-//
-//   packet        packet
-//   rule          place, policy, rule, match, matches, differsBy (null where it matches)
-//   action        action (null for none), resource (null, or {index, stale})
-//   ownVrf        vrfName, because
-//   lookUp        vrfName, vrfId, destination, prefix (null for a miss), route, exactMatch
-//   goOn          from, to, because
-//   decapsulate   outer, inner, arrived
-//   drop          reason, detail
-//   leave         interface, vrfName, packet
-//
-// Packets are told as {family, source, destination, protocol, dscp, ecn, ttl, bytes}.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "agent/model/forwarding/AgentState.h"
-#include "agent/reports/StateJson.h"
+#include "agent/reports/StateReport.h"
 #include "chips/soft/PacketWay.h"
 
 namespace ZelAgent {
 
+class ForwardingAgent;
+
+/// The way of one packet through the chip, as text and as JSON.
+///
+/// Steps are in their order. Each is a line of text and a JSON object. The member `step` of the
+/// object is its kind; the other members depend on it:
+///
+///   packet        packet
+///   rule          place, policy, rule, match, matches, differsBy (null where it matches)
+///   action        action (null for none), resource (null, or {index, stale})
+///   ownVrf        vrfName, because
+///   lookUp        vrfName, vrfId, destination, prefix (null for a miss), route, exactMatch
+///   goOn          from, to, because
+///   decapsulate   outer, inner, arrived
+///   drop          reason, detail
+///   leave         interface, vrfName, packet
+///
+/// A packet is {family, source, destination, protocol, dscp, ecn, ttl, bytes}.
 class WayReport final : public SoftChip::PacketWay {
  public:
-  // `rules` are those of the interface by which the packet comes in, also those that the chip does
-  // not hold.
-  explicit WayReport(RuleStates rules) : rules_(std::move(rules)) {}
+  /// `rules` are all rules of the interface by which the packet comes in, also those that the chip
+  /// does not hold.
+  explicit WayReport(RuleStates rules);
+  WayReport(WayReport&&) noexcept;
+  WayReport& operator=(WayReport&&) = delete;
+  ~WayReport() override;
 
-  // One line a step.
+  /// One line for each step.
   [[nodiscard]] std::string text() const;
-  [[nodiscard]] OrderedJson json() const { return json_; }
+  /// An array with one object for each step.
+  [[nodiscard]] OrderedJson json() const;
 
   void parsed(const SoftChip::PacketHeader& header) override;
   void ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
@@ -58,7 +66,11 @@ class WayReport final : public SoftChip::PacketWay {
 
   RuleStates rules_;
   std::vector<std::string> lines_;
-  OrderedJson json_ = OrderedJson::array();
+  std::vector<OrderedJson> steps_;
 };
+
+/// Sends the packet in by the interface and returns its way. The packet is counted like any other.
+[[nodiscard]] WayReport explain(ForwardingAgent& agent, const std::string& interface,
+                                std::span<const std::uint8_t> packet);
 
 }  // namespace ZelAgent

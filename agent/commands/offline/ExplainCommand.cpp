@@ -1,6 +1,7 @@
 #include "agent/commands/offline/ExplainCommand.h"
 
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <vector>
 
@@ -8,7 +9,7 @@
 #include "agent/language/Errors.h"
 #include "agent/model/events/EventLine.h"
 #include "agent/model/packets/PacketText.h"
-#include "agent/reports/Explanation.h"
+#include "agent/reports/WayReport.h"
 
 namespace ZelAgent {
 namespace {

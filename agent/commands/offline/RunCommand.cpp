@@ -11,8 +11,7 @@
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/EventReport.h"
-#include "agent/reports/JsonReport.h"
-#include "agent/reports/TextReport.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 namespace {

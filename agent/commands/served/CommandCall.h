@@ -11,7 +11,7 @@
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/model/events/EventLine.h"
-#include "agent/reports/StateJson.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 

@@ -1,7 +1,7 @@
 #include "agent/commands/served/ExplainPacket.h"
 
 #include "agent/model/packets/PacketText.h"
-#include "agent/reports/Explanation.h"
+#include "agent/reports/WayReport.h"
 
 namespace ZelAgent {
 

@@ -1,7 +1,7 @@
 #include "agent/commands/served/ShowActions.h"
 
 #include "agent/language/PrintableText.h"
-#include "agent/reports/TextReport.h"
+#include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 

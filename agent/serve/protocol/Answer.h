@@ -8,7 +8,7 @@
 #include <string>
 
 #include "agent/language/ExitStatus.h"
-#include "agent/reports/StateJson.h"
+#include "agent/reports/StateReport.h"
 #include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {

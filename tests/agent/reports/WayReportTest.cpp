@@ -5,7 +5,6 @@
 
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/events/EventReader.h"
-#include "agent/reports/Explanation.h"
 #include "tests/agent/TestPackets.h"
 #include "tests/agent/reports/ReportedAgent.h"
 

@@ -8,7 +8,7 @@
 #include "agent/model/events/EventReader.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/model/packets/PacketText.h"
-#include "agent/reports/ActionText.h"
+#include "agent/reports/StateReport.h"
 #include "tests/agent/OpenConfigBuilder.h"
 #include "tests/agent/SmallConfigurations.h"
 

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <iosfwd>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+
+#include "agent/model/forwarding/AgentState.h"
+
+namespace ZelAgent {
+
+/// Members of a JSON object stay in the order in which they were put in.
+using OrderedJson = nlohmann::ordered_json;
+
+/// The action on one line, with every field that is set. Names are words of event files:
+/// "actionVrf red", "actionDecapVrf decap fallback transit post-decap default".
+[[nodiscard]] std::string toText(const VrfAction& action);
+
+/// Prints the title, a table with one row for each action, and a line for the chip. Names are
+/// printable; absent ones are "-".
+void writeTextReport(std::ostream& out, const std::string& title, const AgentState& state);
+
+/// Prints the program of each resource, in the order of the actions, on two lines. A stale resource
+/// has a third line with the program that the chip would make now.
+void writeResourceReport(std::ostream& out, const AgentState& state);
+
+/// Prints the report as one JSON document on one line. Its members are:
+///
+///   configuration   the file that was applied; null for the report after everything was removed
+///   actions         array, in the order of their names, of
+///     vrfName, fallbackVrfName, postDecapVrfName   strings, empty for none
+///     action                                       "actionVrf" or "actionDecapVrf"
+///     users                                        number of users counted
+///     usedBy       array of {interface, networkInstance, policy, rule}
+///     status, failureReason, failureDescription    strings
+///     resource     null, or {index, current, lookUp, fallback, postDecap, decapNhEnabled,
+///                  decapNhFallbackEnabled}; the three walks are arrays of {vrfName, vrfId,
+///                  exactMatchLens, exactMatchLensV6}; current is false if the chip would make
+///                  another program now
+///   chip            {capacity, used, creates, updates, deletes, failures}
+void writeJsonReport(std::ostream& out, const std::optional<std::string>& configuration,
+                     const AgentState& state);
+
+/// Adds the members `actions` and `chip` to the report.
+void putState(OrderedJson& report, const AgentState& state);
+
+/// The members that name an action.
+[[nodiscard]] OrderedJson nameJson(const VrfAction& action);
+/// The members of a user of an action.
+[[nodiscard]] OrderedJson userJson(const ActionUser& user);
+/// The members of a status.
+[[nodiscard]] OrderedJson statusJson(const ZelVrfSelectionPolicy::HwStatus& status);
+
+/// The document without a line end. Bytes of names that are not UTF-8 are replaced.
+[[nodiscard]] std::string oneLine(const OrderedJson& document);
+
+}  // namespace ZelAgent
