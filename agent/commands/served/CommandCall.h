@@ -1,13 +1,10 @@
-// Why: commands of every family are called alike, so that one table can hold them.
-// Always: a command reads its arguments to the end before it changes anything; what is wrong with
-// them is an EventError, and its text the answer.
 #pragma once
 
-#include <nlohmann/json.hpp>
-#include <sstream>
+#include <functional>
+#include <iosfwd>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/model/events/EventLine.h"
@@ -15,6 +12,10 @@
 
 namespace ZelAgent {
 
+/// One call of a command.
+///
+/// A command reads its arguments to the end before it changes anything. A wrong argument is an
+/// `EventError`, and its text is the answer.
 struct CommandCall {
   ServedAgent& served;
   std::string_view line;  // the whole command
@@ -22,19 +23,20 @@ struct CommandCall {
   bool asJson = false;
 };
 
-// A text where text was asked for, of any number of lines each with its line end.
+/// A JSON text if text was asked for: any number of lines, each with its line end. Otherwise the
+/// JSON document.
 using CommandOutput = OrderedJson;
 
 using Command = CommandOutput (*)(const CommandCall& call);
 
-// The output that was asked for, of those that `writeText` (to a stream) and `makeJson` give.
-template <class WriteText, class MakeJson>
-[[nodiscard]] CommandOutput outputOf(const CommandCall& call, WriteText writeText,
-                                     MakeJson makeJson) {
-  if (call.asJson) return makeJson();
-  std::ostringstream text;
-  writeText(text);
-  return std::move(text).str();
-}
+/// The output that was asked for: the text that `writeText` prints, or what `makeJson` returns.
+[[nodiscard]] CommandOutput outputOf(const CommandCall& call,
+                                     const std::function<void(std::ostream&)>& writeText,
+                                     const std::function<CommandOutput()>& makeJson);
+
+/// The output with a line in front for each warning, or as JSON with the member `warnings`.
+[[nodiscard]] CommandOutput withWarnings(const CommandCall& call,
+                                         const std::vector<std::string>& warnings,
+                                         CommandOutput output);
 
 }  // namespace ZelAgent

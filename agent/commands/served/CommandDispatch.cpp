@@ -1,12 +1,13 @@
 #include "agent/commands/served/CommandDispatch.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <vector>
 
-#include "agent/commands/served/CommandForm.h"
 #include "agent/commands/served/CommandTable.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {

@@ -1,7 +1,3 @@
-// Why: a line is a command's name and its arguments, and names may begin alike ("show", "show
-// vrfs").
-// Always: the longest name that the line begins with is meant; a line that begins with none is an
-// EventError that lists what could stand there. A blank line, or a comment, does nothing.
 #pragma once
 
 #include <string_view>
@@ -10,6 +6,10 @@
 
 namespace ZelAgent {
 
+/// Runs the command of the line: that with the longest name that the line begins with.
+///
+/// Throws an `EventError` that lists the possible words if the line begins with no name. A blank
+/// line and a comment do nothing.
 [[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson);
 
 }  // namespace ZelAgent

@@ -1,12 +1,17 @@
-#include "agent/commands/served/GetAttribute.h"
+#include "agent/commands/served/ServedCommands.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "Mox/AttributeText.h"
 #include "Mox/QuotedString.h"
 #include "agent/commands/served/LiveObjects.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {

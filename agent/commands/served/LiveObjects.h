@@ -1,9 +1,3 @@
-// Why: an operator names a type and an attribute, and means the objects of that type that the agent
-// has: entities, and the records in their collections.
-// Always: every object that can be reached from the library's top object through attributes that
-// are read, each entity and each record of one label once. An object is labelled by the key under
-// which it was found, where it was found in a collection; a record that is itself a key is its own
-// label.
 #pragma once
 
 #include <string>
@@ -13,15 +7,20 @@
 
 namespace ZelAgent {
 
+/// An object that the library has now: an entity, or a record in a collection of one.
 struct LiveObject {
-  std::string label;    // the string form of its key; empty where there is none
+  std::string label;    // the string form of its key, empty for none
   Mox::AnyValue value;  // the record, or a pointer to the entity
 
-  // As reflection takes it, to be read.
+  /// The object as reflection reads it.
   [[nodiscard]] Mox::Object object() const;
 };
 
-// The objects of the type, in the order in which they were found.
+/// The objects of the type that can be reached from `top` through attributes that are read, in the
+/// order in which they are found.
+///
+/// Each entity occurs once, and each record of one label once. The label of an object from a
+/// collection is its key. A record that is itself a key is its own label.
 [[nodiscard]] std::vector<LiveObject> liveObjects(const Mox::PtrInterface& top,
                                                   const Mox::Type& type);
 

@@ -1,6 +1,3 @@
-// Why: an agent that runs for long is configured again and again, and its operator asks from what
-// file, and whether the last attempt was taken.
-// Always: a configuration that is wrong changes nothing but the record of the attempt.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "agent/model/events/Event.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
 
-// Where the configuration in force came from.
+/// Where the configuration in force came from.
 enum class ConfigurationSource : std::uint8_t { start, reload, event };
 
 struct ConfigurationRecord {
@@ -23,18 +19,20 @@ struct ConfigurationRecord {
   ConfigurationSource source = ConfigurationSource::start;
   std::uint64_t reloadsApplied = 0;
   std::uint64_t reloadsRefused = 0;
-  std::optional<std::string> refusal;  // of the last reload, where that was refused
+  std::optional<std::string> refusal;  // of the last reload, if it was refused
 };
 
+/// An agent that runs for long and is configured again and again, with a record of its
+/// configuration. A wrong configuration changes nothing but the record.
 class ServedAgent final {
  public:
   ServedAgent(std::string file, std::uint32_t chipCapacity);
 
-  // Applies the file for the first time; gives warnings. Throws a ConfigError.
+  /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();
-  // Applies the file as it is now, in place of what is in force. As above.
+  /// Applies the file as it is now, in place of what is in force. Otherwise as `start`.
   std::vector<std::string> reload();
-  // Throws an EventError.
+  /// Throws an `EventError`.
   EventEffects play(const Event& event);
 
   [[nodiscard]] ForwardingAgent& agent() noexcept { return agent_; }

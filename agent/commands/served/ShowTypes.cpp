@@ -1,8 +1,12 @@
-#include "agent/commands/served/ShowTypes.h"
+#include "agent/commands/served/ServedCommands.h"
+
+#include <nlohmann/json.hpp>
+#include <span>
 
 #include "Mox/Reflection.h"
 #include "Mox/Type.h"
 #include "agent/language/TextTable.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {

@@ -1,12 +1,11 @@
 // What the form of a command says of it.
-#include "agent/commands/served/CommandForm.h"
+#include "agent/commands/served/CommandTable.h"
 
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
 #include <set>
 
-#include "agent/commands/served/CommandTable.h"
 
 namespace ZelAgent {
 namespace {

@@ -1,6 +1,18 @@
-#include "agent/commands/served/Warnings.h"
+#include "agent/commands/served/CommandCall.h"
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <utility>
 
 namespace ZelAgent {
+
+CommandOutput outputOf(const CommandCall& call, const std::function<void(std::ostream&)>& writeText,
+                       const std::function<CommandOutput()>& makeJson) {
+  if (call.asJson) return makeJson();
+  std::ostringstream text;
+  writeText(text);
+  return std::move(text).str();
+}
 
 CommandOutput withWarnings(const CommandCall& call, const std::vector<std::string>& warnings,
                            CommandOutput output) {

@@ -1,0 +1,41 @@
+#include "agent/commands/served/ServedCommands.h"
+
+#include <nlohmann/json.hpp>
+
+#include "agent/commands/served/CommandCall.h"
+#include "agent/model/events/EventReader.h"
+#include "agent/model/packets/PacketText.h"
+#include "agent/reports/EventReport.h"
+#include "agent/reports/WayReport.h"
+
+namespace ZelAgent {
+
+CommandOutput reload(const CommandCall& call) {
+  const std::vector<std::string> warnings = call.served.reload();
+  return withWarnings(call, warnings, showActions(call));
+}
+
+CommandOutput playEvent(const CommandCall& call) {
+  const Event event = readEvent(call.line).value();
+  const PlayedEvent played{{}, event, call.served.play(event)};
+  const AgentState state = call.served.agent().state();
+  return withWarnings(call, played.effects.warnings,
+                      outputOf(
+                          call, [&](std::ostream& out) { writeTextReport(out, played, state); },
+                          [&] { return reportJson(played, state); }));
+}
+
+CommandOutput explainPacket(const CommandCall& call) {
+  call.arguments.formIs("explain INTERFACE PACKET");
+  const std::optional<Word> interface = call.arguments.next();
+  if (!interface || interface->text.empty()) {
+    call.arguments.fail("INTERFACE must be the name of an interface", interface);
+  }
+  const std::vector<std::uint8_t> packet = readPacket(call.arguments);
+  call.arguments.needEnd();
+  const WayReport way = explain(call.served.agent(), interface->text, packet);
+  return outputOf(
+      call, [&](std::ostream& out) { out << way.text(); }, [&] { return way.json(); });
+}
+
+}  // namespace ZelAgent
