@@ -8,15 +8,11 @@
 #include <string>
 
 #include "Mox/TraceHandle.h"
-#include "agent/commands/offline/ExplainCommand.h"
-#include "agent/commands/offline/FallbackGraphCommand.h"
-#include "agent/commands/offline/ForwardCommand.h"
-#include "agent/commands/offline/RunCommand.h"
-#include "agent/commands/offline/TraceCommand.h"
+#include "agent/commands/offline/OfflineCommands.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/Words.h"
 #include "agent/serve/console/CtlCommand.h"
-#include "agent/serve/daemon/ServeCommand.h"
+#include "agent/serve/daemon/Daemon.h"
 
 namespace ZelAgent {
 namespace {

@@ -1,5 +1,3 @@
-// Why: options and commands are described in one place, apart from what the commands do.
-// Always: a wrong command line is one line on `err` that says what is wrong, and nothing is run.
 #pragma once
 
 #include <iosfwd>
@@ -8,6 +6,8 @@
 
 namespace ZelAgent {
 
+/// Reads the options, runs the command that they choose, and returns its status. A wrong command
+/// line is one line on `err`, and no command is run.
 [[nodiscard]] ExitStatus runCommandLine(int argumentCount, const char* const* arguments,
                                         std::ostream& out, std::ostream& err);
 

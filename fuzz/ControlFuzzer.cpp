@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Blinklog/Ring.h"
+#include "agent/commands/served/ServedAgent.h"
 #include "agent/language/Errors.h"
 #include "agent/model/events/Event.h"
 #include "agent/model/events/EventReader.h"

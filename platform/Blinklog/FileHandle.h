@@ -21,6 +21,8 @@ class FileHandle final {
 
   [[nodiscard]] bool isOpen() const noexcept { return descriptor_ >= 0; }
   [[nodiscard]] int get() const noexcept { return descriptor_; }
+  /// Gives the descriptor away: it is no longer closed here.
+  [[nodiscard]] int release() noexcept { return std::exchange(descriptor_, -1); }
 
  private:
   int descriptor_;

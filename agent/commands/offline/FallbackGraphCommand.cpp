@@ -1,4 +1,4 @@
-#include "agent/commands/offline/FallbackGraphCommand.h"
+#include "agent/commands/offline/OfflineCommands.h"
 
 #include <ostream>
 

@@ -1,4 +1,4 @@
-#include "agent/commands/offline/RunCommand.h"
+#include "agent/commands/offline/OfflineCommands.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "agent/commands/offline/TraceCommand.h"
+#include "agent/commands/offline/OfflineCommands.h"
 
 #include <ctime>
 #include <nlohmann/json.hpp>

@@ -5,12 +5,15 @@
 #include <cerrno>
 #include <utility>
 
+#include "Blinklog/FileHandle.h"
 #include "agent/language/PrintableText.h"
-#include "agent/serve/protocol/FileDescriptor.h"
+#include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
 
 namespace ZelAgent {
 namespace {
+
+using Blinklog::FileHandle;
 
 // Goes on where a call was interrupted by a signal.
 template <class Call>
@@ -21,9 +24,9 @@ auto uninterrupted(Call call) {
   return result;
 }
 
-FileDescriptor connectTo(const std::string& path) {
+FileHandle connectTo(const std::string& path) {
   const sockaddr_un address = socketAddressOf(path);
-  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) throw socketErrorOf(path, "no socket can be made", errno);
   const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
   if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
@@ -36,7 +39,7 @@ FileDescriptor connectTo(const std::string& path) {
 
 // A daemon that has refused the client does not read what it sends, so not being able to send is
 // no reason not to listen.
-void send(const FileDescriptor& socket, std::string_view bytes) {
+void send(const FileHandle& socket, std::string_view bytes) {
   while (!bytes.empty()) {
     const auto sent = uninterrupted(
         [&] { return ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL); });
@@ -45,7 +48,7 @@ void send(const FileDescriptor& socket, std::string_view bytes) {
   }
 }
 
-std::string receiveLine(const FileDescriptor& socket, const std::string& path) {
+std::string receiveLine(const FileHandle& socket, const std::string& path) {
   std::string line;
   char block[65536];
   while (!line.ends_with('\n')) {
@@ -78,7 +81,7 @@ Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
 }  // namespace
 
 Answer ControlClient::ask(const Request& request) const {
-  const FileDescriptor socket = connectTo(path_);
+  const FileHandle socket = connectTo(path_);
   send(socket, toLine(request));
   return answerIn(receiveLine(socket, path_), path_, request.asJson);
 }

@@ -1,6 +1,3 @@
-// Why: `zel-agent ctl` asks a daemon, for people and for scripts.
-// Always: output goes to `out` as the daemon gives it, what is wrong to `err`, one line each; the
-// exit status is that of the answer, and of several the highest.
 #pragma once
 
 #include <iosfwd>
@@ -17,6 +14,10 @@ struct CtlOptions {
   bool json = false;
 };
 
+/// `zel-agent ctl`: sends commands to a daemon.
+///
+/// Prints the output of the answers on `out`, and errors on `err`, one line each. Returns the
+/// status of the answer; of several answers the highest.
 [[nodiscard]] ExitStatus control(const CtlOptions& options, std::istream& in, std::ostream& out,
                                  std::ostream& err);
 

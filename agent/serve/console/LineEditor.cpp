@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -37,6 +38,15 @@ char** complete(const char* text, int /*start*/, int end) {
   rl_attempted_completion_over = 1;  // no names of files
   candidates() = activeCompleter()(std::string(rl_line_buffer, static_cast<std::size_t>(end)));
   return rl_completion_matches(text, candidate);
+}
+
+namespace fs = std::filesystem;
+
+// The value where it is the absolute path of a folder; otherwise empty.
+fs::path folderIn(const char* variable) {
+  const char* const value = std::getenv(variable);
+  const fs::path folder = value == nullptr ? "" : value;
+  return folder.is_absolute() ? folder : fs::path();
 }
 
 }  // namespace
@@ -76,6 +86,17 @@ void LineEditor::remember(const std::string& line) {
   const mode_t before = umask(0077);
   write_history(historyFile_.c_str());
   umask(before);
+}
+
+std::string historyFile() {
+  if (const fs::path state = folderIn("XDG_STATE_HOME"); !state.empty()) {
+    const fs::path folder = state / "zel-agent";
+    std::error_code error;
+    fs::create_directories(folder, error);
+    return error ? std::string() : (folder / "history").string();
+  }
+  const fs::path home = folderIn("HOME");
+  return home.empty() ? std::string() : (home / ".zel-agent_history").string();
 }
 
 }  // namespace ZelAgent

@@ -1,6 +1,3 @@
-// Why: a terminal gives a line at a time to whoever edits it, with what was entered before at hand.
-// Always: there is one at a time, as there is one terminal. The history's file is its owner's
-// alone; without a file, or one that cannot be written, the history ends with the process.
 #pragma once
 
 #include <functional>
@@ -10,9 +7,13 @@
 
 namespace ZelAgent {
 
-// What the last word of a line may become.
+/// What the last word of a line may become.
 using Completer = std::function<std::vector<std::string>(const std::string& line)>;
 
+/// Reads edited lines from the terminal, with the history of earlier ones.
+///
+/// There is at most one at a time, since there is one terminal. The history's file is readable by
+/// its owner only. Without a file that can be written, the history ends with the process.
 class LineEditor final {
  public:
   LineEditor(std::string prompt, std::string historyFile, Completer completer);
@@ -20,8 +21,8 @@ class LineEditor final {
   LineEditor& operator=(const LineEditor&) = delete;
   ~LineEditor();
 
-  // The next line without its end; nothing when the terminal has no more. A line that is not blank
-  // enters the history.
+  /// The next line without its end. Nothing at the end of input. A line that is not blank enters
+  /// the history.
   [[nodiscard]] std::optional<std::string> readLine();
 
  private:
@@ -31,5 +32,10 @@ class LineEditor final {
   std::string historyFile_;  // empty for none
   std::string last_;
 };
+
+/// The file for the history: "zel-agent/history" below XDG_STATE_HOME, whose folder is made if it
+/// does not exist. If that variable is not set: ".zel-agent_history" in the home folder. Empty if
+/// neither is possible.
+[[nodiscard]] std::string historyFile();
 
 }  // namespace ZelAgent

@@ -1,8 +1,3 @@
-// Why: a client may be slow, silent, hostile or gone, and none of that may matter to others.
-// Always: requests are answered in their order, one a turn, the next only when the answer before
-// has been taken by the system; while one waits nothing is read. So what is kept for a client is at
-// most one answer and a little more than the longest request. A client that takes nothing of an
-// answer for the time allowed is dropped.
 #pragma once
 
 #include <chrono>
@@ -10,27 +5,33 @@
 
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/protocol/ControlService.h"
-#include "agent/serve/protocol/RequestLines.h"
+#include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
 
 class Connection;
 
-// Whom a connection tells of itself.
+/// The owner of a connection, which the connection notifies.
 class ConnectionOwner {
  public:
-  // A request waits for a turn.
+  /// A request waits for a turn.
   virtual void wantsTurn() = 0;
-  // There is nothing left to do: the connection is to be destroyed, and may be at once.
+  /// The connection has nothing left to do and is to be destroyed. That may happen at once.
   virtual void isDone(Connection& connection) = 0;
 
  protected:
   ~ConnectionOwner() = default;
 };
 
+/// The connection of one client, which may be slow, silent, hostile or gone.
+///
+/// Requests are answered in order, one in each turn. The next is answered when the system has
+/// accepted the whole answer before. While an answer waits, nothing is read. So at most one answer
+/// and slightly more than the longest request are kept for a client. A client that accepts nothing
+/// of an answer during `patience` is dropped.
 class Connection final {
  public:
-  // `stream` is connected. The others outlive this.
+  /// `stream` is connected. The other objects must outlive this.
   Connection(EventLoop& loop, LoopHandle<uv_pipe_t> stream, ControlService& service,
              ConnectionOwner& owner, std::chrono::milliseconds patience);
   Connection(const Connection&) = delete;
@@ -38,7 +39,7 @@ class Connection final {
   ~Connection() = default;
 
   [[nodiscard]] bool hasRequest() const noexcept;
-  // Answers one request, if there is one. It may be the end of the connection.
+  /// Answers one request, if there is one. This may end the connection.
   void takeTurn();
 
  private:

@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "agent/serve/protocol/Answer.h"
+
 namespace ZelAgent {
 namespace {
 

@@ -1,7 +1,3 @@
-// Why: operators and programs talk to the daemon over one socket, many at a time.
-// Always: every client that has requests has one of them answered in each turn of the loop, so none
-// waits for all that another has sent. There are never more clients than allowed; those who come
-// then are told so.
 #pragma once
 
 #include <chrono>
@@ -15,22 +11,27 @@
 
 namespace ZelAgent {
 
+/// What one daemon allows its clients.
 struct ServerLimits {
   std::size_t clients = 256;
-  // Of one answer, which is all that can wait to be sent to a client.
+  /// Of one answer, which is all that can wait to be sent to a client.
   std::size_t unsentBytes = std::size_t{8} * 1024 * 1024;
-  // How long a client may take nothing of an answer that waits; 0 for ever.
+  /// How long a client may accept nothing of an answer that waits. 0 is without a limit.
   std::chrono::milliseconds patience = std::chrono::seconds(30);
 };
 
+/// Serves the clients of one socket.
+///
+/// In each turn of the loop every client that has requests gets one of them answered, so no client
+/// waits for all requests of another. Clients beyond the limit get an error and are closed.
 class ControlServer final : private ConnectionOwner {
  public:
-  // The others outlive this.
+  /// All that is passed by reference must outlive this.
   ControlServer(EventLoop& loop, ListeningSocket& socket, ServedAgent& served,
                 const ServerLimits& limits);
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
-  // Closes every connection.
+  /// Closes every connection.
   ~ControlServer() = default;
 
  private:

@@ -3,11 +3,12 @@
 #include <csignal>
 #include <exception>
 #include <ostream>
+#include <stdexcept>
 
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
+#include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
-#include "agent/serve/daemon/SignalWatch.h"
 
 namespace ZelAgent {
 
@@ -61,6 +62,16 @@ bool Daemon::announce() {
   if (out_) return true;
   tell("error: standard output cannot be written");
   return false;
+}
+
+ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err) {
+  try {
+    return Daemon(options, out, err).serve();
+  } catch (const ConfigError& error) {
+    return reportError(err, error.what());
+  } catch (const std::runtime_error& error) {
+    return reportError(err, error.what(), ExitStatus::failure);
+  }
 }
 
 }  // namespace ZelAgent

@@ -1,7 +1,3 @@
-// Why: an agent that serves has one life: it takes its configuration, listens, changes when it is
-// told, and leaves as it came.
-// Always: at the end nothing is left: no client, then no socket file, then no configuration on the
-// chip. A configuration that is wrong ends it only at the start.
 #pragma once
 
 #include <cstdint>
@@ -23,16 +19,20 @@ struct DaemonOptions {
   ServerLimits limits;
 };
 
+/// An agent that serves: it applies its configuration, listens, changes on request, and ends.
+///
+/// At the end the clients are closed, then the socket file is removed, then the configuration is
+/// removed from the chip. A wrong configuration ends the daemon at its start only.
 class Daemon final {
  public:
   Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err);
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
-  // Removes all configuration from the agent.
+  /// Removes all configuration from the agent.
   ~Daemon();
 
-  // Serves until SIGTERM or SIGINT. Throws a ConfigError, a SocketError, or another
-  // std::runtime_error of the system.
+  /// Serves until SIGTERM or SIGINT. Throws a `ConfigError`, a `SocketError`, or another
+  /// `std::runtime_error` of the system.
   [[nodiscard]] ExitStatus serve();
 
  private:
@@ -48,5 +48,9 @@ class Daemon final {
   EventLoop loop_;
   ServedAgent served_;
 };
+
+/// `zel-agent serve`. Returns `success` only if a signal ended the daemon. Prints anything else
+/// that ends it on `err`, in one line.
+[[nodiscard]] ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace ZelAgent

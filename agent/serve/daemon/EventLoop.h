@@ -1,26 +1,28 @@
-// Why: signals, clients and timers all come to one thread, one after the other, because nothing
-// that the agent is made of may be called from two.
-// Always: a handle is closed before its memory is freed, and every handle before its loop.
 #pragma once
 
 #include <uv.h>
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
 namespace ZelAgent {
 
+/// The loop to which all signals, clients and timers come, one after the other on one thread. The
+/// agent must not be called from two threads.
+///
+/// A handle is closed before its memory is freed, and every handle before the loop.
 class EventLoop final {
  public:
   EventLoop();
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
-  // Precondition: no handle is left that was not given up.
+  /// Precondition: every handle has been given up.
   ~EventLoop();
 
   [[nodiscard]] uv_loop_t* get() noexcept { return &loop_; }
-  // Until `stop`.
+  /// Runs until `stop`.
   void run() { uv_run(&loop_, UV_RUN_DEFAULT); }
   void stop() noexcept { uv_stop(&loop_); }
 
@@ -28,8 +30,9 @@ class EventLoop final {
   uv_loop_t loop_{};
 };
 
+/// Closes a handle. The loop frees its memory.
 struct GiveUpHandle {
-  // `data` becomes null at once, for callbacks that come late; the memory is freed by the loop.
+  /// `data` becomes null at once, for callbacks that come late.
   template <class Handle>
   void operator()(Handle* handle) const noexcept {
     handle->data = nullptr;
@@ -41,12 +44,12 @@ struct GiveUpHandle {
 template <class Handle>
 using LoopHandle = std::unique_ptr<Handle, GiveUpHandle>;
 
-// Throws what libuv says is wrong.
+/// Throws a `std::runtime_error` with the message of libuv if the result is an error.
 inline void needSuccess(int result, const char* what) {
   if (result < 0) throw std::runtime_error(std::string(what) + ": " + uv_strerror(result));
 }
 
-// A handle whose `data` is `owner`; `initialise` is one of libuv's.
+/// A handle whose `data` is `owner`. `initialise` is a function of libuv.
 template <class Handle, class Initialise, class... Arguments>
 [[nodiscard]] LoopHandle<Handle> makeHandle(EventLoop& loop, void* owner, Initialise initialise,
                                             Arguments... arguments) {
@@ -55,5 +58,19 @@ template <class Handle, class Initialise, class... Arguments>
   handle->data = owner;
   return LoopHandle<Handle>(handle.release());
 }
+
+/// Handles a signal on the loop, between its other work. A signal that comes before the loop runs
+/// is handled when it runs.
+class SignalWatch final {
+ public:
+  SignalWatch(EventLoop& loop, int signal, std::function<void()> handle);
+  SignalWatch(const SignalWatch&) = delete;
+  SignalWatch& operator=(const SignalWatch&) = delete;
+  ~SignalWatch() = default;
+
+ private:
+  std::function<void()> handle_;
+  LoopHandle<uv_signal_t> watch_;
+};
 
 }  // namespace ZelAgent

@@ -15,6 +15,8 @@
 namespace ZelAgent {
 namespace {
 
+using Blinklog::FileHandle;
+
 constexpr int backlog = 128;
 constexpr int lockAttempts = 100;
 constexpr auto lockPause = std::chrono::milliseconds(10);
@@ -31,13 +33,13 @@ class FileModeMask final {
   mode_t before_;
 };
 
-FileDescriptor makeSocket(const std::string& path) {
-  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+FileHandle makeSocket(const std::string& path) {
+  FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!socket.isOpen()) throw socketErrorOf(path, "no socket can be made", errno);
   return socket;
 }
 
-int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileDescriptor& socket,
+int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileHandle& socket,
                     const std::string& path) {
   const sockaddr_un address = socketAddressOf(path);
   return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
@@ -45,9 +47,9 @@ int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileDesc
 
 // Two daemons that replace the same stale socket must not replace each other's. The lock is held
 // for an instant by each that starts; it ends with its descriptor.
-FileDescriptor lockFolderOf(const std::string& path) {
+FileHandle lockFolderOf(const std::string& path) {
   const std::string parent = std::filesystem::path(path).parent_path();
-  FileDescriptor folder(
+  FileHandle folder(
       open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.isOpen()) throw socketErrorOf(path, "its folder cannot be opened", errno);
   for (int attempt = 0; attempt < lockAttempts; ++attempt) {
@@ -60,7 +62,7 @@ FileDescriptor lockFolderOf(const std::string& path) {
 
 // Whether nobody listens on the socket that is at the path.
 void needStale(const std::string& path) {
-  const FileDescriptor probe = makeSocket(path);
+  const FileHandle probe = makeSocket(path);
   if (callWithAddress(connect, probe, path) == 0 || errno == EAGAIN) {
     throw SocketError(printable(path, 1000) +
                       ": a daemon listens there already; end it, or give another path");
@@ -100,7 +102,7 @@ ListeningSocket::~ListeningSocket() {
 
 void ListeningSocket::claimPath() {
   static_cast<void>(socketAddressOf(path_));
-  const FileDescriptor lock = lockFolderOf(path_);
+  const FileHandle lock = lockFolderOf(path_);
   clearPath(path_);
   bindPath();
   if (lstat(path_.c_str(), &file_) != 0) throw socketErrorOf(path_, "has disappeared", errno);

@@ -1,27 +1,28 @@
-// Why: whoever can write to the socket commands the agent, and only one agent can listen there.
-// Always: the socket's file never exists with wider permissions than its owner's. A file is only
-// replaced if it is a socket on which nobody listens, and only removed again while it is the one
-// that was made here. Of several daemons that start at once, at most one gets the path.
 #pragma once
 
 #include <sys/stat.h>
 
 #include <string>
 
-#include "agent/serve/protocol/FileDescriptor.h"
+#include "Blinklog/FileHandle.h"
 
 namespace ZelAgent {
 
+/// The Unix socket on which a daemon listens. Whoever can write to it commands the agent.
+///
+/// The socket's file never has wider permissions than its owner's. A file at the path is replaced
+/// only if it is a socket on which nobody listens. At the end the file is removed only if it is the
+/// one that was made here. Of several daemons that start at once, at most one gets the path.
 class ListeningSocket final {
  public:
-  // Throws a SocketError.
+  /// Throws a `SocketError`.
   explicit ListeningSocket(std::string path);
   ListeningSocket(const ListeningSocket&) = delete;
   ListeningSocket& operator=(const ListeningSocket&) = delete;
   ~ListeningSocket();
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
-  // Gives the descriptor, which is non-blocking, away. The file stays with this.
+  /// Gives the non-blocking descriptor away. The file still belongs to this object.
   [[nodiscard]] int release() noexcept { return socket_.release(); }
 
  private:
@@ -29,7 +30,7 @@ class ListeningSocket final {
   void bindPath();
 
   std::string path_;
-  FileDescriptor socket_;
+  Blinklog::FileHandle socket_;
   struct stat file_ {};
 };
 

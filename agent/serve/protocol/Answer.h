@@ -1,7 +1,3 @@
-// Why: a client must see where an answer ends and whether its command was done, in either framing.
-// Always: one answer per request. As JSON it is one line, {"status": N, "output": ...}. As text it
-// is the lines of the output, each that begins with "." with another "." before it, and then a line
-// that is "." and nothing else; an error is one line that begins with "error: ".
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -13,11 +9,17 @@
 
 namespace ZelAgent {
 
+/// The answer to a request. Headers that only name it declare it.
 struct Answer {
   ExitStatus status = ExitStatus::success;
-  OrderedJson output = "";  // a text, except where JSON was asked for; an error is always a text
+  OrderedJson output = "";  // a text, except if JSON was asked for; an error is always a text
 };
 
+/// The bytes of the answer, from which a client sees its end and its status.
+///
+/// As JSON it is one line, {"status": N, "output": ...}. As text it is the lines of the output and
+/// then the line ".". A line of the output that begins with "." has another "." before it. An error
+/// is one line that begins with "error: ".
 [[nodiscard]] std::string toBytes(const Answer& answer, Framing framing);
 
 }  // namespace ZelAgent

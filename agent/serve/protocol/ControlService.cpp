@@ -5,7 +5,7 @@
 #include "agent/commands/served/CommandDispatch.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
-#include "agent/serve/protocol/Request.h"
+#include "agent/serve/protocol/Answer.h"
 
 namespace ZelAgent {
 namespace {

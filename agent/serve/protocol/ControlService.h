@@ -1,24 +1,26 @@
-// Why: what a daemon answers does not depend on how the bytes reach it.
-// Always: every request line has one answer, whatever is in it, and never an exception.
 #pragma once
 
 #include <cstddef>
 #include <string>
 
-#include "agent/commands/served/ServedAgent.h"
-#include "agent/serve/protocol/Answer.h"
-#include "agent/serve/protocol/RequestLines.h"
+#include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
 
+class ServedAgent;
+struct Answer;
+
 struct Reply {
   std::string bytes;
-  bool isLast = false;  // the conversation cannot go on
+  bool isLast = false;  // the connection is to be closed
 };
 
+/// Answers request lines, however their bytes arrive. Each line has one answer, whatever it
+/// contains, and never an exception.
 class ControlService final {
  public:
-  // The agent outlives this. An answer of more bytes is replaced by an error.
+  /// The agent must outlive this. A reply of more bytes than `longestReply` is replaced by an
+  /// error.
   ControlService(ServedAgent& served, std::size_t longestReply)
       : served_(served), longestReply_(longestReply) {}
 

@@ -1,23 +1,71 @@
-// Why: programs ask in JSON and people in plain lines, over the same socket.
-// Always: a line that begins with '{' is `{"command": "...", "json": true|false}`, of which `json`
-// may be left out, and anything else in it is an error; every other line is itself the command.
-// Either is UTF-8 without NUL bytes, or an error.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace ZelAgent {
 
 enum class Framing { text, json };
 
+/// A request to a daemon.
+///
+/// A line that begins with '{' is `{"command": "...", "json": true|false}`. The member `json` is
+/// optional, and other members are errors. Every other line is itself the command. Both are UTF-8
+/// without NUL bytes.
 struct Request {
   std::string command;
-  bool asJson = false;  // the output, whatever the framing
+  bool asJson = false;  // of the output, in either framing
 };
 
 [[nodiscard]] Framing framingOf(const std::string& line);
+/// Throws a `RequestError`.
 [[nodiscard]] Request readRequest(const std::string& line);
-// The same request as a line of JSON, with its line end.
+/// The request as a line of JSON, with its line end.
 [[nodiscard]] std::string toLine(const Request& request);
+
+/// A line of a request, or why there is none.
+struct RequestLine {
+  enum class Kind : std::uint8_t {
+    whole,
+    tooLong,     // the text is its beginning
+    unfinished,  // the bytes ended before the line did
+  };
+
+  Kind kind = Kind::whole;
+  std::string text;  // without the line end
+};
+
+/// Cuts the bytes of a client into request lines.
+///
+/// Requests come out in the order of their bytes, whatever pieces the bytes arrive in. At most the
+/// longest line and the last piece are kept. Nothing follows a line that is too long.
+class RequestLines final {
+ public:
+  static constexpr std::size_t longest = std::size_t{64} * 1024;
+
+  void append(std::string_view bytes);
+  /// No more bytes will come.
+  void end() noexcept { isEnded_ = true; }
+
+  [[nodiscard]] bool hasNext() const noexcept;
+  /// Precondition: there is one.
+  [[nodiscard]] RequestLine next();
+
+ private:
+  static constexpr std::size_t nowhere = std::string::npos;
+  static constexpr std::size_t shownOfTooLong = 100;
+
+  void findNewline();
+  [[nodiscard]] RequestLine giveBeginning();
+
+  std::string bytes_;
+  std::size_t taken_ = 0;          // of bytes_
+  std::size_t searched_ = 0;       // of bytes_; no line end is between taken_ and here
+  std::size_t newline_ = nowhere;  // where the line at taken_ ends, once that is known
+  bool isEnded_ = false;
+  bool isBroken_ = false;  // a line was too long
+};
 
 }  // namespace ZelAgent

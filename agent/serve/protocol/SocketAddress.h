@@ -1,5 +1,3 @@
-// Why: server and clients name a Unix socket by its path, and a path may be too long for one.
-// Always: the address is that of the whole path, or there is a SocketError.
 #pragma once
 
 #include <sys/un.h>
@@ -10,9 +8,10 @@
 
 namespace ZelAgent {
 
+/// The address of the Unix socket at the path. Throws a `SocketError` for a path that is too long.
 [[nodiscard]] sockaddr_un socketAddressOf(const std::string& path);
 
-// "PATH: WHAT: the system's reason"
+/// An error "PATH: WHAT: the system's reason".
 [[nodiscard]] SocketError socketErrorOf(const std::string& path, const std::string& what,
                                         int error);
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/commands/offline/PreparedAgent.h"
+#include "agent/commands/offline/OfflineCommands.h"
 #include "testing/RandomSeed.h"
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/CaptureFile.h"

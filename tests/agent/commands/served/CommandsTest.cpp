@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "agent/commands/served/ServedAgent.h"
 #include "agent/language/Errors.h"
 #include "agent/serve/protocol/ControlService.h"
 #include "tests/agent/SmallConfigurations.h"

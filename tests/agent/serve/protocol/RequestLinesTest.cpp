@@ -1,5 +1,5 @@
 // How bytes become request lines, without a socket.
-#include "agent/serve/protocol/RequestLines.h"
+#include "agent/serve/protocol/Request.h"
 
 #include <gmock/gmock.h>
 

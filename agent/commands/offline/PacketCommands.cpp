@@ -1,12 +1,23 @@
-#include "agent/commands/offline/ForwardCommand.h"
+#include "agent/commands/offline/OfflineCommands.h"
 
+#include <cstdint>
+#include <filesystem>
+#include <nlohmann/json.hpp>
 #include <ostream>
+#include <vector>
 
-#include "agent/commands/offline/PreparedAgent.h"
+#include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/TextFile.h"
+#include "agent/model/events/EventLine.h"
+#include "agent/model/events/EventPlayer.h"
+#include "agent/model/events/EventReader.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/model/packets/Captures.h"
+#include "agent/model/packets/PacketText.h"
 #include "agent/reports/CounterReport.h"
+#include "agent/reports/WayReport.h"
 
 namespace ZelAgent {
 namespace {
@@ -72,7 +83,34 @@ ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
   return countersOf(agent, notIp);
 }
 
+std::vector<std::uint8_t> readWholePacket(const std::string& text) {
+  try {
+    EventLine line(text);
+    std::vector<std::uint8_t> packet = readPacket(line);
+    line.needEnd();
+    return packet;
+  } catch (const EventError& error) {
+    throw EventError(std::string("--packet: ") + error.what());
+  }
+}
+
 }  // namespace
+
+std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
+                                              const std::optional<std::string>& events,
+                                              std::ostream& err) {
+  const ReadConfiguration read = readOpenConfigFile(configuration);
+  reportWarnings(err, read.warnings);
+  auto agent = std::make_unique<ForwardingAgent>(usualChipCapacity);
+  agent->apply(read.configuration);
+  if (!events) return agent;
+  EventPlayer player(*agent, std::filesystem::path(*events).parent_path());
+  forEachEvent(readTextFile(*events, "a readable file of events"), *events,
+               [&](const EventPlace& /*place*/, const Event& event) {
+                 reportWarnings(err, player.play(event).warnings);
+               });
+  return agent;
+}
 
 ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std::ostream& err) {
   try {
@@ -91,6 +129,20 @@ ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std
   } catch (const EventError& error) {
     return reportError(err, error.what());
   } catch (const CaptureError& error) {
+    return reportError(err, error.what());
+  }
+  return finishOutput(out, err);
+}
+
+ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::ostream& err) {
+  try {
+    const std::vector<std::uint8_t> packet = readWholePacket(options.packet);
+    const auto agent = prepareAgent(options.configuration, options.events, err);
+    const WayReport way = explain(*agent, options.interface, packet);
+    out << (options.json ? oneLine(way.json()) + '\n' : way.text());
+  } catch (const ConfigError& error) {
+    return reportError(err, error.what());
+  } catch (const EventError& error) {
     return reportError(err, error.what());
   }
   return finishOutput(out, err);
