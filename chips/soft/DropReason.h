@@ -1,5 +1,3 @@
-// Why: a packet that is lost is lost for one reason, and operators count and read it.
-// Always: names are stable: they are shown, counted by and compared with.
 #pragma once
 
 #include <cstddef>
@@ -9,28 +7,30 @@
 
 namespace SoftChip {
 
+/// Why a packet was dropped. A packet is dropped for one reason. The names are stable: they are
+/// shown, counted by and compared with.
 enum class DropReason : std::uint8_t {
-  malformed,         // the header that arrived is none
+  malformed,         // the bytes that arrived are no valid header
   badChecksum,       // of the IPv4 header that arrived
-  discardedByRule,   // the rule says so
+  discardedByRule,   // by the action of the rule
   noVrfResource,     // the rule's action has no resource on the chip
-  noVrfId,           // none of the VRFs that were to be looked in has a hardware id
-  noRoute,           // none of them has a route
-  dropRoute,         // the route says so
-  decapDisabled,     // a decapsulating route, which the chip must not use
-  notATunnel,        // a decapsulating route, and nothing to decapsulate
-  fragmentedTunnel,  // a decapsulating route, and only a part of what is to be decapsulated
-  innerMalformed,    // what is inside the tunnel is no packet of the kind that it is said to be
-  congestion,        // met in the tunnel by a packet that cannot carry the mark
-  nestedDecap,       // a decapsulating route for what came out of a tunnel
-  ttlExpired,        // of the header that was to leave
+  noVrfId,           // no VRF of the lookup has a hardware id
+  noRoute,           // no VRF of the lookup has a route
+  dropRoute,         // by the route
+  decapDisabled,     // a decapsulating route while decapsulation is off
+  notATunnel,        // a decapsulating route for a packet that is no tunnel
+  fragmentedTunnel,  // a decapsulating route for a fragment of a tunnel packet
+  innerMalformed,    // the packet in the tunnel is not of the kind that its protocol says
+  congestion,        // in the tunnel, for a packet that cannot carry the mark
+  nestedDecap,       // a decapsulating route for a packet that was decapsulated
+  ttlExpired,        // of the header that would leave
 };
 
 constexpr std::size_t dropReasons = static_cast<std::size_t>(DropReason::ttlExpired) + 1;
 
-// The name as in the source: "malformed" and so on.
+/// The name of the value: "malformed" and so on.
 [[nodiscard]] std::string_view nameOf(DropReason reason) noexcept;
-// For operators: one clause that says what was wrong.
+/// For operators: one clause that says what was wrong.
 [[nodiscard]] std::string_view textOf(DropReason reason) noexcept;
 std::ostream& operator<<(std::ostream& stream, DropReason reason);
 

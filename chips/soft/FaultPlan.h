@@ -1,6 +1,3 @@
-// Why: a chip fails now and then, and what is built on it must be seen to cope.
-// Always: each planned fault happens once; faults planned for a VRF happen before those planned for
-// any.
 #pragma once
 
 #include <cstdint>
@@ -10,14 +7,16 @@
 
 namespace SoftChip {
 
+/// Failures that a chip is told to have, to test what is built on it. Each planned fault happens
+/// once. Faults planned for a VRF happen before those planned for any VRF.
 class FaultPlan final {
  public:
-  // Plans that the next `count` operations on the VRF fail, in place of what was planned for it.
+  /// Plans that the next `count` operations on the VRF fail. This replaces the plan for the VRF.
   void vrfFaultsIs(const L3::VrfName& vrf, std::uint32_t count);
-  // The same for the next operations, whatever their VRF.
+  /// The same for the next operations on any VRF.
   void anyFaultsIs(std::uint32_t count) noexcept { any_ = count; }
 
-  // Whether the operation that now begins on the VRF is to fail; uses the fault up.
+  /// Whether the operation that begins now on the VRF fails. If so, the fault is used up.
   [[nodiscard]] bool takeFault(const L3::VrfName& vrf);
 
  private:

@@ -1,7 +1,3 @@
-// Why: programming shows in where packets go, and only there. This sends a packet the way that the
-// chip's rules, resources and routes say.
-// Always: a packet that a resource takes goes only by what the resource was programmed with, be it
-// stale; every packet is dropped for one reason or leaves by one interface, and is counted once.
 #pragma once
 
 #include <array>
@@ -22,47 +18,52 @@
 
 namespace SoftChip {
 
-// What became of a packet.
+/// What happened to a packet.
 struct Verdict {
   std::optional<DropReason> drop;
-  // Without a drop: the interface by which the packet leaves, and the packet as it does.
+  /// Without a drop: the interface by which the packet leaves, and the packet as it does.
   std::string egress;
   std::vector<std::uint8_t> packet;
 
   friend bool operator==(const Verdict&, const Verdict&) = default;
 };
 
-// A packet that enters by an interface:
-//
-//   1. The first rule of the interface that matches its outer header decides.
-//   2. Without one, or with an action `none`, it is looked up in the interface's own VRF and on in
-//      the fallback VRFs, by the facts of now. `discard` drops it. Any other action takes the
-//      chip's resource, without which it is dropped.
-//   3. A miss goes on to the next VRF of the walk; after the last one in the walk of the action's
-//      fallback VRF. No VRF is tried twice. A VRF without an id has no table: a miss.
-//   4. By an egress route it leaves, its time to live down by one. By a decapsulating route what is
-//      inside is looked up in the action's post-decapsulation VRF, or in the interface's own where
-//      the action names none; from there it leaves, or is dropped.
+/// Sends packets the way that the chip's rules, resources and routes say.
+///
+/// A packet for which a resource is used goes only by what the resource was programmed with, even
+/// if it is stale. Every packet is dropped for one reason or leaves by one interface, and is
+/// counted once. A packet that enters by an interface:
+///
+///   1. The first rule of the interface that matches its outer header decides.
+///   2. Without a match, and for the action `none`, it is looked up in the interface's own VRF and
+///      then in the fallback VRFs, by the facts of now. `discard` drops it. Any other action uses
+///      the chip's resource. Without the resource the packet is dropped.
+///   3. After a miss the next VRF of the walk is tried; after the last one, the walk of the
+///   action's
+///      fallback VRF. No VRF is tried twice. A VRF without an id has no table, so it is a miss.
+///   4. By an egress route the packet leaves with its time to live lower by one. By a decapsulating
+///      route the inner packet is looked up in the action's post-decapsulation VRF, or in the
+///      interface's own if the action names none. From there it leaves or is dropped.
 class Forwarder final {
  public:
-  // All that is passed by reference outlives the forwarder.
+  /// All that is passed by reference must outlive the forwarder.
   Forwarder(SoftAclHelper& rules, const SoftVrfHelper& resources, const RouteTables& routes,
             ProgramInputs inputs);
 
-  // An interface of which nothing is said is in the default VRF.
+  /// An interface without a VRF is in the default VRF.
   void intfVrfIs(const std::string& intf, const L3::VrfName& vrf);
   void intfVrfDel(const std::string& intf);
 
-  // Counts the packet, and gives what becomes of it. A way is told of each step, rule by rule;
-  // without one nothing is computed for it.
+  /// Counts the packet and returns what happens to it. `way` receives each step, rule by rule.
+  /// Without it nothing is computed for it.
   [[nodiscard]] Verdict forward(const std::string& intf, std::span<const std::uint8_t> ipPacket,
                                 PacketWay* way = nullptr);
 
-  // The packets that left by a route of the VRF, as they left, of VRFs that had any.
+  /// The packets that left by a route of the VRF, as they left, of VRFs that had any.
   [[nodiscard]] std::map<L3::VrfName, PacketCounter> vrfCounters() const;
-  // The packets that were dropped, as they came.
+  /// The packets that were dropped, as they came.
   [[nodiscard]] const PacketCounter& dropCounter(DropReason reason) const noexcept;
-  // These counters, but not those of the rules, start again from 0.
+  /// These counters, but not those of the rules, start again from 0.
   void countersReset() noexcept;
 
  private:

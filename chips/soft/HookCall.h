@@ -1,6 +1,3 @@
-// Why: whoever asks what one change did to the chip needs the calls themselves, in their order;
-// counts do not tell which action was meant.
-// Always: a plain value, made after the call that it tells of.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +9,7 @@ namespace SoftChip {
 
 enum class Hook : std::uint8_t { createVrf, updateVrf, deleteVrf };
 
+/// A hook call as a plain value, made after the call.
 struct HookCall {
   Hook hook = Hook::createVrf;
   ZelVrfSelectionPolicy::VrfAction action;

@@ -1,5 +1,3 @@
-// Why: operators ask how many packets, and how many bytes of them, went one way.
-// Always: both numbers count the same packets; they wrap.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +5,7 @@
 
 namespace SoftChip {
 
+/// Packets that went one way, and their bytes. Both numbers wrap.
 struct PacketCounter {
   std::uint64_t packets = 0;
   std::uint64_t bytes = 0;

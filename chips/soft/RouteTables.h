@@ -1,8 +1,3 @@
-// Why: a chip looks destinations up in one table per VRF and family. Prefixes of lengths that a
-// table has very many of it holds in exact match, one hash table per length, and all others in a
-// longest-prefix structure.
-// Always: a route is in exact match exactly while its length is one of the VRF's exact-match
-// lengths; a lookup finds the longest prefix of those that are where it was told to look.
 #pragma once
 
 #include <cstddef>
@@ -19,6 +14,14 @@ namespace SoftChip {
 
 class FamilyRoutes;
 
+/// The routes of all VRFs: one table for each VRF and family.
+///
+/// Prefixes of lengths that a table has very many of can be held in exact match, one hash table for
+/// each length. All others are in a longest-prefix structure. A route is in exact match exactly
+/// while its length is one of the VRF's exact-match lengths.
+///
+/// The VRF id 0 stands for a VRF without a table. It is a precondition of all functions that the id
+/// is not 0.
 class RouteTables final {
  public:
   RouteTables();
@@ -26,27 +29,26 @@ class RouteTables final {
   RouteTables& operator=(const RouteTables&) = delete;
   ~RouteTables();
 
-  // Adds a route, or replaces that of the same prefix. Precondition of all: `vrfId` is not 0, which
-  // stands for a VRF that has no table yet.
+  /// Adds a route, or replaces that of the same prefix.
   void routeIs(std::uint32_t vrfId, const Ip::Prefix& prefix, const Route& route);
-  // True when there was one.
+  /// Returns whether there was one.
   bool routeDel(std::uint32_t vrfId, const Ip::Prefix& prefix);
-  // From now on these lengths of the VRF are held in exact match, and no others. Lengths that the
-  // family does not have are left out.
+  /// From now on exactly these lengths of the VRF are in exact match. Lengths that the family does
+  /// not have are ignored.
   void exactMatchLensIs(std::uint32_t vrfId, Ip::Family family,
                         const std::vector<unsigned char>& lengths);
-  // Takes the VRF's routes and exact-match lengths away.
+  /// Removes the VRF's routes and exact-match lengths.
   void vrfDel(std::uint32_t vrfId);
 
   using Hit = RouteHit;
 
-  // Probes exact match for the given lengths only, which are those that whoever looks up was
-  // programmed with, and all of the longest-prefix structure; gives the longer hit. Routes of other
-  // lengths that are in exact match are missed.
+  /// The longest route for the address in the longest-prefix structure and, of exact match, in the
+  /// given lengths only. These are the lengths that the caller was programmed with. Routes of other
+  /// lengths in exact match are missed.
   [[nodiscard]] std::optional<Hit> lookUp(std::uint32_t vrfId, const Ip::Address& address,
                                           const std::vector<unsigned char>& exactMatchLens) const;
 
-  // In all VRFs.
+  /// The number of routes in all VRFs.
   [[nodiscard]] std::size_t routes() const noexcept { return routes_; }
 
  private:

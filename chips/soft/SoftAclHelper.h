@@ -1,7 +1,3 @@
-// Why: a chip holds the rules of policies in classification hardware of limited size and counts
-// what each of them takes. This one does so in software.
-// Always: there are never more rules than the capacity was when the last of them was added; a rule
-// keeps its counter wherever it is moved; `classify` finds what trying the rules one by one finds.
 #pragma once
 
 #include <cstddef>
@@ -21,9 +17,14 @@ class RuleClassifier;
 
 using RuleCounter = PacketCounter;
 
+/// Classification hardware of limited size, in software: it holds the rules of policies and counts
+/// the packets of each.
+///
+/// There are never more rules than the capacity was when the last of them was added. A rule keeps
+/// its counter when it is moved. `classify` finds what a search of the rules one by one finds.
 class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
  public:
-  // `capacity` is the number of rules that there is room for, of all interfaces together.
+  /// `capacity` is the number of rules of all interfaces together.
   SoftAclHelper(const Velo::String& name, std::uint32_t capacity);
   ~SoftAclHelper() override;
 
@@ -36,20 +37,20 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   [[nodiscard]] std::vector<Velo::String> intfs() const override;
 
   [[nodiscard]] std::uint32_t capacity() const noexcept { return capacity_; }
-  // A capacity below the number of rules takes none away; it only admits no more.
+  /// A capacity below the number of rules removes none. It only admits no more.
   void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
   [[nodiscard]] std::size_t rulesInUse() const noexcept { return rulesInUse_; }
 
-  // By place, like `rules`.
+  /// By place, like `rules`.
   [[nodiscard]] const std::vector<RuleCounter>& counters(const Velo::String& intf) const;
 
-  // The place of the first rule of the interface that matches. The rules are compiled by the first
-  // call after a change of them.
+  /// The place of the first rule of the interface that matches. The first call after a change of
+  /// the rules compiles them.
   [[nodiscard]] std::optional<std::size_t> classify(const Velo::String& intf,
                                                     const PacketHeader& header) const;
-  // Counts a packet for the rule at `place`.
+  /// Counts a packet for the rule at `place`.
   void count(const Velo::String& intf, std::size_t place, std::size_t bytes);
-  // All counters start again from 0.
+  /// All counters start again from 0.
   void countersReset() noexcept;
 
  private:

@@ -1,8 +1,3 @@
-// Why: the library drives a chip through three hooks. This chip is software: it needs no hardware,
-// shows all that it was told, and fails on request, so agents and tests run on it.
-// Always: an action has at most one resource and a resource one action; there are never more
-// resources than the capacity was when the last of them was made; deleteVrf leaves nothing of the
-// action behind.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +13,7 @@
 
 namespace SoftChip {
 
-// One entry of the chip's table.
+/// One entry of the chip's table.
 struct VrfResource {
   std::uint32_t index = 0;  // the lowest that was free, from 1
   VrfProgram program;
@@ -26,11 +21,11 @@ struct VrfResource {
   friend bool operator==(const VrfResource&, const VrfResource&) = default;
 };
 
-// In full, for example "resource 1: look up red(2) v4=[] v6=[]; ..." (on one line). Beside the
-// program that the chip would make now it shows what of a stale resource is stale.
+/// Prints the resource on one line, for example "resource 1: look up red(2) v4=[] v6=[]; ...".
+/// Compare it with the program that the chip would make now to see what is stale.
 std::ostream& operator<<(std::ostream& stream, const VrfResource& resource);
 
-// How often each hook was called, and how many of the calls reported a failure.
+/// How often each hook was called, and how many calls reported a failure.
 struct HookCounts {
   std::uint64_t creates = 0;
   std::uint64_t updates = 0;
@@ -40,17 +35,24 @@ struct HookCounts {
   friend bool operator==(const HookCounts&, const HookCounts&) = default;
 };
 
-// The outcomes of creating and updating, of which the first that applies holds:
-//
-//   a planned fault                                  failureVrfResourceAlloc; the resource, if
-//                                                    there is one, keeps its old program
-//   a VRF that the action names has no hardware id   failureVrfResourceAlloc; the resource, if
-//                                                    there was one, is released
-//   the table is full                                failureVrfResourceExhausted
-//   otherwise                                        programmedInHw
-//
-// A failed creation needs no cleaning up: an update of an action that has no resource tries to make
-// one.
+/// A chip in software, which the library drives through three hooks. It needs no hardware, shows
+/// all that it was given, and fails on request.
+///
+/// An action has at most one resource, and a resource has one action. There are never more
+/// resources than the capacity was when the last of them was made. `deleteVrf` leaves nothing of
+/// the action behind.
+///
+/// The outcome of a creation or update is the first of these that applies:
+///
+///   a planned fault                                  failureVrfResourceAlloc; the resource, if
+///                                                    there is one, keeps its old program
+///   a VRF that the action names has no hardware id   failureVrfResourceAlloc; the resource, if
+///                                                    there was one, is released
+///   the table is full                                failureVrfResourceExhausted
+///   otherwise                                        programmedInHw
+///
+/// A failed creation needs no clean-up. An update of an action without a resource tries to make
+/// one.
 class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
  public:
   using VrfAction = ZelVrfSelectionPolicy::VrfAction;
@@ -65,19 +67,18 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   void deleteVrf(const VrfAction& action) override;
 
   [[nodiscard]] std::uint32_t capacity() const noexcept { return capacity_; }
-  // A capacity below the number of resources takes none away; it only admits no more.
+  /// A capacity below the number of resources removes none. It only admits no more.
   void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
 
   [[nodiscard]] FaultPlan& faultPlan() noexcept { return faultPlan_; }
 
   [[nodiscard]] const Resources& resources() const noexcept { return resources_; }
-  // The resource of the action, or null.
+  /// The resource of the action, or null.
   [[nodiscard]] const VrfResource* resource(const VrfAction& action) const;
-  // What the resource of the action would be programmed with now.
+  /// What the resource of the action would be programmed with now.
   [[nodiscard]] VrfProgram currentProgram(const VrfAction& action) const;
   [[nodiscard]] const HookCounts& hookCounts() const noexcept { return hookCounts_; }
-  // Is told of each call of a hook when the hook is done, in place of whoever was told before. An
-  // empty one ends it.
+  /// Replaces the observer, which is called after each hook call. An empty one ends observation.
   void hookObserverIs(HookObserver observer) { hookObserver_ = std::move(observer); }
 
  private:

@@ -1,7 +1,3 @@
-// Why: a hardware resource does what the facts said when it was last programmed, not what they say
-// now. To see the difference, everything that programming depends on is kept with the resource.
-// Always: a program is a value without ties to where its facts came from; two programs are equal
-// exactly when a chip would do the same by them.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +12,7 @@
 
 namespace SoftChip {
 
-// What the chip needs to know of one VRF to look packets up in it.
+/// What the chip needs to look packets up in one VRF.
 struct VrfFacts {
   L3::VrfName name;
   std::uint32_t vrfId = 0;  // 0 while the VRF has none
@@ -26,10 +22,15 @@ struct VrfFacts {
   friend bool operator==(const VrfFacts&, const VrfFacts&) = default;
 };
 
-// A VRF, then the VRFs that a miss goes on in: its fallback and the fallback's own, none twice.
-// Empty where an action names no VRF.
+/// A VRF, then the VRFs of the lookups after a miss: its fallback, the fallback's own and so on,
+/// none twice. Empty if an action names no VRF.
 using VrfWalk = std::vector<VrfFacts>;
 
+/// What a hardware resource is programmed with.
+///
+/// A resource does what was known when it was last programmed, not what is known now. A program
+/// keeps all of that as a value, so the two can be compared. Two programs are equal exactly if a
+/// chip would do the same with them.
 struct VrfProgram {
   VrfWalk lookUp;
   VrfWalk fallback;
@@ -40,28 +41,28 @@ struct VrfProgram {
   friend bool operator==(const VrfProgram&, const VrfProgram&) = default;
 };
 
-// In full, for example
-// "look up red(2) v4=[24,32] v6=[] > blue(3) v4=[] v6=[]; fallback none; post-decap none;
-// decap-nh off; decap-nh-fallback off" (on one line).
+/// Prints the whole program on one line, for example
+/// "look up red(2) v4=[24,32] v6=[] > blue(3) v4=[] v6=[]; fallback none; post-decap none;
+/// decap-nh off; decap-nh-fallback off".
 std::ostream& operator<<(std::ostream& stream, const VrfProgram& program);
 
-// The state that programs are made from.
+/// The state that programs are made from.
 struct ProgramInputs {
   Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf const> fallbackConfig;
   Mox::Ptr<Routing::Hardware::RouteStatus const> routeStatus;
   Mox::Ptr<Routing6::Hardware::RouteStatus const> routeStatusV6;
 };
 
-// What is known of the VRF of that name at this moment. An absent input knows no facts.
+/// What is known of the VRF at this moment. An absent input knows no facts.
 [[nodiscard]] VrfFacts factsOf(const L3::VrfName& name, const ProgramInputs& inputs);
-// The walk that begins with the VRF, by the facts of this moment.
+/// The walk from the VRF on, by the facts of this moment.
 [[nodiscard]] VrfWalk walkOf(L3::VrfName name, const ProgramInputs& inputs);
 
-// The program of an action by the facts of this moment. An absent input knows no facts.
+/// The program of an action by the facts of this moment. An absent input knows no facts.
 [[nodiscard]] VrfProgram programOf(const ZelVrfSelectionPolicy::VrfAction& action,
                                    const ProgramInputs& inputs);
 
-// The first VRF that the action names and that has no hardware id; the empty name when all have.
+/// The first VRF of the program without a hardware id. The empty name if all have one.
 [[nodiscard]] L3::VrfName vrfWithoutId(const VrfProgram& program);
 
 }  // namespace SoftChip

@@ -1,7 +1,3 @@
-// Why: a packet is compared with thousands of rules in the time of a few. Each field of the packet
-// alone gives the set of rules that it satisfies; the lowest rule in all sets is the answer.
-// Always: the set of a prefix holds the rules of that prefix and of every one that covers it, so
-// the longest that covers an address has them all.
 #pragma once
 
 #include <array>
@@ -17,12 +13,18 @@
 
 namespace SoftChip {
 
+/// Finds the first rule that a packet of one family matches, among thousands, in the time of a few
+/// comparisons.
+///
+/// Each field of the packet gives the set of rules that it satisfies. The lowest rule in all sets
+/// is the answer. The set of a prefix holds the rules of that prefix and of every prefix that
+/// covers it, so the longest prefix that covers an address has them all.
 class FamilyClassifier final {
  public:
-  // Of those of the rules that packets of the family can match.
+  /// Compiles those rules that packets of the family can match.
   FamilyClassifier(std::span<const PolicyMap::AclRule> rules, Ip::Family family);
 
-  // The place in the rules of the first that matches. Precondition: the header is of the family.
+  /// The place in the rules of the first that matches. Precondition: the header is of the family.
   [[nodiscard]] std::optional<std::size_t> firstMatch(const PacketHeader& header) const;
 
  private:

@@ -1,5 +1,3 @@
-// Why: who asks why a rule did not take a packet wants to hear of one field, not of a bare no.
-// Always: fields are compared in the order in which they are declared here.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +9,13 @@
 
 namespace SoftChip {
 
+/// A field that a rule compares. Fields are compared in this order.
 enum class RuleField : std::uint8_t { family, protocol, dscp, source, destination };
 
-// "family", "protocol", "dscp", "source-address" or "destination-address".
+/// "family", "protocol", "dscp", "source-address" or "destination-address".
 [[nodiscard]] std::string_view nameOf(RuleField field) noexcept;
 
-// The first field by which the match does not match the header; nothing when it matches.
+/// The first field in which the header does not match. Nothing if the header matches.
 [[nodiscard]] std::optional<RuleField> firstDifference(const PolicyMap::ClassMatch& match,
                                                        const PacketHeader& header) noexcept;
 

@@ -1,8 +1,3 @@
-// Why: classification intersects sets of rules, one set per field of the packet. There are as many
-// sets as there are prefixes in the rules, most of them equal to another but for a rule or two.
-// Always: sets are made of blocks of 512 rules, and equal blocks of a set and of the one that it
-// was made from are one block; block 0 is empty, so that an intersection passes over it without a
-// look.
 #pragma once
 
 #include <array>
@@ -14,19 +9,24 @@
 
 namespace SoftChip {
 
-// Names one set.
+/// The name of one set.
 using RuleSet = std::uint32_t;
 constexpr RuleSet emptyRuleSet = 0;
 
+/// Sets of rules for classification, which intersects one set for each field of a packet.
+///
+/// There are as many sets as prefixes in the rules, and most of them equal another one except for a
+/// rule or two. So sets consist of blocks of 512 rules, and a set shares its equal blocks with the
+/// set that it was made from. Block 0 is empty; an intersection skips it.
 class RuleSets final {
  public:
-  // Of rules numbered from 0 to below `rules`.
+  /// Sets of rules with numbers from 0 to below `rules`.
   explicit RuleSets(std::size_t rules);
 
-  // A new set: `base` and the members, which are in ascending order.
+  /// A new set: `base` and the members, which are in ascending order.
   [[nodiscard]] RuleSet setIs(RuleSet base, std::span<const std::uint32_t> members);
 
-  // The lowest rule that is in all of the sets.
+  /// The lowest rule that is in all of the sets.
   [[nodiscard]] std::optional<std::uint32_t> lowestInAll(
       const std::array<RuleSet, 4>& sets) const noexcept;
 

@@ -1,6 +1,3 @@
-// Why: an IPv4 header carries a checksum that is tested on arrival and follows every change.
-// Always: what `checksumOf` gives is right to be stored in a header whose checksum field is zero,
-// and is 0 for a header that holds its right checksum.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +5,12 @@
 
 namespace SoftChip {
 
-// The Internet checksum: the complement of the one's complement sum of the 16-bit words, in host
-// order. An odd last byte is the high half of a word.
+/// The Internet checksum: the complement of the one's complement sum of the 16-bit words, in host
+/// order. An odd last byte is the high half of a word. For a header with a zero checksum field it
+/// is the value to store. For a header with its right checksum it is 0.
 [[nodiscard]] std::uint16_t checksumOf(std::span<const std::uint8_t> bytes) noexcept;
 
-// What the checksum becomes when one 16-bit word that it covers changes.
+/// What the checksum becomes when one 16-bit word that it covers changes.
 [[nodiscard]] std::uint16_t checksumAfter(std::uint16_t checksum, std::uint16_t oldWord,
                                           std::uint16_t newWord) noexcept;
 

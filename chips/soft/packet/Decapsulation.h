@@ -1,6 +1,3 @@
-// Why: a route may end a tunnel: what goes on then is the packet inside.
-// Always: the inner packet gets the outer time to live, the congestion marks of both, and keeps all
-// else; a packet that cannot be decapsulated is left alone.
 #pragma once
 
 #include <cstdint>
@@ -17,20 +14,22 @@ constexpr std::uint8_t protocolIpv6 = 41;  // IPv6 in IP
 enum class DecapFault : std::uint8_t {
   none,
   notATunnel,      // not IPv4 with protocol 4 or 41
-  fragmented,      // the outer packet is a fragment: the inner one is not whole
+  fragmented,      // the outer packet is a fragment, so the inner one is incomplete
   innerMalformed,  // `innerFault` says why
-  congestion,      // met on the way by a packet that cannot carry the mark
+  congestion,      // in the tunnel, for a packet that cannot carry the mark
 };
 
+/// The packet inside a tunnel, as it is forwarded after the end of the tunnel. It has the time to
+/// live of the outer header, the congestion marks of both, and is otherwise unchanged.
 struct Decapsulation {
   DecapFault fault = DecapFault::none;
   HeaderFault innerFault = HeaderFault::none;  // none, too, when its version is not the protocol's
-  PacketHeader arrived;                        // the inner header as it came
-  PacketHeader header;                         // and as it goes on
-  std::vector<std::uint8_t> packet;            // goes on; empty unless `fault` is none
+  PacketHeader arrived;                        // the inner header in the tunnel
+  PacketHeader header;                         // and as it is forwarded
+  std::vector<std::uint8_t> packet;            // empty unless `fault` is none
 };
 
-// Precondition: `outer` is the header that was parsed from `packet`.
+/// Precondition: `outer` was parsed from `packet`.
 [[nodiscard]] Decapsulation decapsulate(std::span<const std::uint8_t> packet,
                                         const PacketHeader& outer);
 

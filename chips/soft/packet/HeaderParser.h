@@ -1,6 +1,3 @@
-// Why: nothing of a packet may be believed before it is checked: every length is somebody else's.
-// Always: reads no byte outside of those that it is given; a header is given exactly when no fault
-// is.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +9,7 @@
 
 namespace SoftChip {
 
+/// What is wrong with a header.
 enum class HeaderFault : std::uint8_t {
   none,
   tooShort,               // for the fixed header of its version
@@ -23,15 +21,17 @@ enum class HeaderFault : std::uint8_t {
   badChecksum,
 };
 
-// For operators, for example "the total length is beyond the end of the packet"; empty for none.
+/// For operators, for example "the total length is beyond the end of the packet"; empty for none.
 [[nodiscard]] std::string_view textOf(HeaderFault fault) noexcept;
 
+/// Either a header or a fault.
 struct ParsedHeader {
   std::optional<PacketHeader> header;
   HeaderFault fault = HeaderFault::none;
 };
 
-// The first header of the packet. Bytes beyond its total length are not part of it.
+/// Checks and reads the first header of the packet. Reads no byte outside of the span. Bytes beyond
+/// the total length of the packet are not part of it.
 [[nodiscard]] ParsedHeader parse(std::span<const std::uint8_t> packet) noexcept;
 
 }  // namespace SoftChip

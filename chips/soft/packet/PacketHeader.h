@@ -1,6 +1,3 @@
-// Why: rules and lookups ask the same few things of a packet, whatever its family and however many
-// options or extension headers it carries.
-// Always: a plain value, made from bytes that were checked; the lengths lie within these bytes.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +7,8 @@
 
 namespace SoftChip {
 
-// A packet is a fragment when it is not the whole of what its sender sent.
+/// The place of a fragment in the packet that was sent. A whole packet has offset 0, and `more` is
+/// false.
 struct FragmentFacts {
   std::uint16_t offset = 0;  // in units of eight bytes
   bool more = false;
@@ -19,13 +17,15 @@ struct FragmentFacts {
   friend bool operator==(const FragmentFacts&, const FragmentFacts&) = default;
 };
 
+/// What rules and lookups use of a packet, whatever its family, options and extension headers. It
+/// is made from bytes that were checked. The lengths lie within these bytes.
 struct PacketHeader {
   Ip::Family family = Ip::Family::v4;
   Ip::Address source;
   Ip::Address destination;
-  // IPv4: that of the header. IPv6: the first next header that is not hop-by-hop options, routing,
-  // destination options or fragment; behind a fragment header that is not of the first fragment
-  // there are no further headers to look at.
+  /// IPv4: that of the header. IPv6: the first next header that is not hop-by-hop options, routing,
+  /// destination options or fragment. No header is read behind the fragment header of a fragment
+  /// that is not the first.
   std::uint8_t protocol = 0;
   std::uint8_t dscp = 0;
   std::uint8_t ecn = 0;

@@ -1,6 +1,3 @@
-// Why: searching by prefixes takes addresses apart bit by bit, which arrays of bytes are slow at.
-// Always: the first bit of the address is the highest of `high`; bits after those of the family are
-// zero.
 #pragma once
 
 #include <bit>
@@ -10,17 +7,20 @@
 
 namespace SoftChip {
 
+/// An address as two numbers, which is faster to search by than an array of bytes.
+///
+/// The first bit of the address is the highest of `high`. Bits beyond those of the family are zero.
 struct AddressBits {
   std::uint64_t high = 0;
   std::uint64_t low = 0;
 
-  // The `width` bits from `at` on; zeros follow the last one. Precondition: `at` is below 128, and
-  // `width` from 1 to 63.
+  /// The `width` bits from `at` on. Zeros follow the last bit. Precondition: `at` is below 128, and
+  /// `width` from 1 to 63.
   [[nodiscard]] constexpr unsigned from(unsigned at, unsigned width) const noexcept {
     return static_cast<unsigned>(shiftedBy(at).high >> (64 - width));
   }
-  // The first `at` bits of these, then the lowest `width` bits of `bits`, then zeros. Precondition:
-  // as for `from`.
+  /// The first `at` bits of these, then the lowest `width` bits of `bits`, then zeros.
+  /// Precondition: as for `from`.
   [[nodiscard]] constexpr AddressBits withAt(unsigned at, unsigned bits,
                                              unsigned width) const noexcept {
     const std::uint64_t added = std::uint64_t{bits} << (64 - width);
@@ -31,7 +31,7 @@ struct AddressBits {
     const std::uint64_t kept = at == 0 ? 0 : high >> (64 - at) << (64 - at);
     return {kept | added >> at, at == 0 ? 0 : added << (64 - at)};
   }
-  // How many bits both begin with.
+  /// How many bits both begin with.
   [[nodiscard]] constexpr unsigned common(const AddressBits& other) const noexcept {
     if (high != other.high) return static_cast<unsigned>(std::countl_zero(high ^ other.high));
     return 64 + static_cast<unsigned>(std::countl_zero(low ^ other.low));

@@ -1,7 +1,3 @@
-// Why: the routes of one VRF and family, some lengths in exact match and the rest in a
-// longest-prefix structure, with lengths that move from one to the other as the chip decides.
-// Always: `lengths_` holds every route, by length; `longestPrefix_` holds those of the lengths that
-// are not in exact match, and no others.
 #pragma once
 
 #include <cstddef>
@@ -16,16 +12,18 @@
 
 namespace SoftChip {
 
+/// The routes of one VRF and family: some lengths in exact match, the others in a longest-prefix
+/// structure. A length can move from one to the other.
 class FamilyRoutes final {
  public:
   explicit FamilyRoutes(Ip::Family family);
 
-  // True when there was none of the prefix.
+  /// Returns whether there was no route of the prefix.
   bool routeIs(const Ip::Prefix& prefix, const Route& route);
-  // True when there was one.
+  /// Returns whether there was one.
   bool routeDel(const Ip::Prefix& prefix);
   void exactMatchLensIs(const std::vector<unsigned char>& lengths);
-  // Probes exact match for these lengths only.
+  /// Searches these lengths only of exact match.
   [[nodiscard]] std::optional<RouteHit> lookUp(
       const Ip::Address& address, const std::vector<unsigned char>& exactMatchLens) const;
 
@@ -46,7 +44,8 @@ class FamilyRoutes final {
       const Ip::Address& address, const std::vector<unsigned char>& lengths) const;
   [[nodiscard]] std::optional<RouteHit> longestPrefix(const Ip::Address& address) const;
 
-  // Routes lie in memory of their own: among them, what lookups go by would be far apart.
+  // `lengths_` holds every route. `longestPrefix_` holds those that are not in exact match.
+  // Routes have their own memory, so that what a lookup reads is close together.
   std::pmr::unsynchronized_pool_resource memory_;
   std::vector<Length> lengths_;
   PrefixTrie<const Route*> longestPrefix_;

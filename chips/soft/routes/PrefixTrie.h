@@ -1,10 +1,3 @@
-// Why: the longest of very many prefixes that cover an address is wanted for every packet. Walking
-// the lengths of a map costs one search per length; this costs one step per six bits, fewer where
-// few prefixes are, and next to no memory that is far from what was just looked at.
-// Always: a node stands for the first `6 * level` bits of an address. It has the prefixes that are
-// one to six bits longer, and what is longer than those by entries, one for each next six bits. An
-// entry is a single prefix, or leads to a node with at least two things in it, however far below:
-// which is why it is compared with the address before it is followed.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +15,17 @@
 
 namespace SoftChip {
 
-// All prefixes and addresses of one trie are of one family. Values are small and cheap to copy.
+/// Finds the longest of very many prefixes that cover an address.
+///
+/// A walk over the lengths of a map costs one search for each length. This costs one step for six
+/// bits, fewer where prefixes are sparse, and reads memory that is close together.
+///
+/// A node stands for the first `6 * level` bits of an address. It holds the prefixes that are one
+/// to six bits longer. Longer prefixes are behind entries, one for each next six bits. An entry is
+/// a single prefix, or leads to a node with at least two things in it, which may be far below. So
+/// an entry is compared with the address before it is followed.
+///
+/// All prefixes and addresses of one trie are of one family. Values are small and cheap to copy.
 template <class Value>
 class PrefixTrie final {
  public:
@@ -39,7 +42,7 @@ class PrefixTrie final {
     }
   }
 
-  // True when there was one.
+  /// Returns whether there was one.
   bool valueDel(const Ip::Prefix& prefix) {
     if (prefix.length == 0) return std::exchange(everywhere_, std::nullopt).has_value();
     return valueDel(root_, 0, bitsOf(prefix.address), prefix.length);
