@@ -49,6 +49,10 @@ std::optional<Word> takeWord(Mox::CharRange& line) {
   return Word{std::string(text), false};
 }
 
+bool isBlankLine(std::string_view line) {
+  return line.find_first_not_of(" \t") == std::string_view::npos;
+}
+
 std::optional<std::uint32_t> parseNumber(std::string_view text) {
   std::uint32_t number = 0;
   const char* const end = text.data() + text.size();

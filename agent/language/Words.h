@@ -29,6 +29,9 @@ struct Word {
 /// Throws a `Mox::RangeException` for a word that must be quoted and is not, or is quoted badly.
 [[nodiscard]] std::optional<Word> takeWord(Mox::CharRange& line);
 
+/// Whether the line has nothing but blanks and tabs.
+[[nodiscard]] bool isBlankLine(std::string_view line);
+
 /// The number if all of the text is one, without a sign, that fits in 32 bits.
 [[nodiscard]] std::optional<std::uint32_t> parseNumber(std::string_view text);
 

@@ -8,16 +8,12 @@
 #include <vector>
 
 #include "agent/language/ExitStatus.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
 
 // The commands of the command line that work without a daemon. Each prints its result on `out`, and
 // warnings and errors on `err`, one line each.
-
-class ForwardingAgent;
-
-/// VRF resources of a chip if nothing else is given.
-inline constexpr std::uint32_t usualChipCapacity = 1024;
 
 /// An agent to which the configuration, and then the events of a file, have been applied. Prints
 /// warnings on `err`, a line each. Throws a `ConfigError` or an `EventError` if anything could not

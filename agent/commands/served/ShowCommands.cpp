@@ -38,13 +38,18 @@ void writeRecord(std::ostream& out, const ConfigurationRecord& record) {
   if (record.refusal) out << "last reload  refused: " << *record.refusal << '\n';
 }
 
+template <class Value>
+OrderedJson orNull(const std::optional<Value>& value) {
+  return value ? OrderedJson(*value) : OrderedJson();
+}
+
 OrderedJson recordJson(const ConfigurationRecord& record) {
   return {{"file", record.file},
           {"inForce", {{"file", record.inForce}, {"by", sourceText(record.source)}}},
           {"reloads",
            {{"applied", record.reloadsApplied},
             {"refused", record.reloadsRefused},
-            {"lastRefusal", record.refusal ? OrderedJson(*record.refusal) : OrderedJson()}}}};
+            {"lastRefusal", orNull(record.refusal)}}}};
 }
 
 template <class Shown>
@@ -109,11 +114,6 @@ void writeRows(std::ostream& out, const std::vector<VrfRow>& rows) {
                      row.isConfigured ? "yes" : "no"});
   }
   writeTable(out, table);
-}
-
-template <class Value>
-OrderedJson orNull(const std::optional<Value>& value) {
-  return value ? OrderedJson(*value) : OrderedJson();
 }
 
 OrderedJson rowsJson(const std::vector<VrfRow>& rows) {

@@ -20,6 +20,9 @@
 
 namespace ZelAgent {
 
+/// VRF resources of a chip if nothing else is given.
+inline constexpr std::uint32_t usualChipCapacity = 1024;
+
 /// The agent: it owns what the library works on (policies, tables, route status, fallback
 /// configuration, chip) and changes it in an order that the library and the chip can follow.
 ///

@@ -88,10 +88,6 @@ bool asksToLeave(const std::string& line) {
   return line == "exit" || line == "quit";
 }
 
-bool isBlank(const std::string& line) {
-  return line.find_first_not_of(" \t") == std::string::npos;
-}
-
 // A command that fails does not end the console. Ctrl-D, "exit" and "quit" do. Throws a SocketError
 // if there is no daemon at the start.
 ExitStatus runConsole(Asker& asker) {
@@ -100,7 +96,7 @@ ExitStatus runConsole(Asker& asker) {
                     [&asker](const std::string& line) { return asker.completionsOf(line); });
   while (const auto line = editor.readLine()) {
     if (asksToLeave(*line)) break;
-    if (!isBlank(*line)) asker.askAnyway(*line);
+    if (!isBlankLine(*line)) asker.askAnyway(*line);
   }
   return ExitStatus::success;
 }

@@ -11,6 +11,8 @@
 #include <memory>
 #include <utility>
 
+#include "agent/language/Words.h"
+
 namespace ZelAgent {
 namespace {
 
@@ -78,8 +80,7 @@ std::optional<std::string> LineEditor::readLine() {
 }
 
 void LineEditor::remember(const std::string& line) {
-  const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
-  if (isBlank || line == last_) return;
+  if (isBlankLine(line) || line == last_) return;
   last_ = line;
   add_history(line.c_str());
   if (historyFile_.empty()) return;

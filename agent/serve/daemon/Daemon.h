@@ -7,6 +7,7 @@
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/language/ExitStatus.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/serve/daemon/ControlServer.h"
 #include "agent/serve/daemon/EventLoop.h"
 
@@ -15,7 +16,7 @@ namespace ZelAgent {
 struct DaemonOptions {
   std::string configuration;
   std::string socket;
-  std::uint32_t chipCapacity = 1024;
+  std::uint32_t chipCapacity = usualChipCapacity;
   ServerLimits limits;
 };
 
