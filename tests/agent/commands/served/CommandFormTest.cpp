@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
-
 namespace ZelAgent {
 namespace {
 
