@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "ZelVrfSelectionPolicy/values/VrfAction.h"
+#include "agent/config/OpenConfigReader.h"
+#include "tests/agent/TestFiles.h"
+
 namespace ZelAgent {
 
 struct SmallVrf {
@@ -46,6 +50,19 @@ struct SmallConfiguration {
     instances.push_back({{"name", vrf.name}, {"config", config}});
   }
   return {{"network-instances", {{"network-instance", instances}}}};
+}
+
+// Writes the configuration to a file of the test that runs, and gives its path.
+inline std::string writeSmall(const std::string& name, const SmallConfiguration& small) {
+  return writeFile(name, toJson(small).dump());
+}
+
+// What rules that look packets up in these VRFs ask for.
+inline const ZelVrfSelectionPolicy::VrfAction red("red", PolicyMap::ActionType::vrf);
+inline const ZelVrfSelectionPolicy::VrfAction blue("blue", PolicyMap::ActionType::vrf);
+
+[[nodiscard]] inline Configuration configurationOf(const SmallConfiguration& small) {
+  return readOpenConfig(toJson(small).dump(), "small").configuration;
 }
 
 }  // namespace ZelAgent

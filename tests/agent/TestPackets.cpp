@@ -9,10 +9,6 @@ namespace {
 constexpr std::size_t ipv4Bytes = 20;
 constexpr std::uint8_t udp = 17;
 
-void append(PacketBytes& bytes, const PacketBytes& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
 PacketBytes big16(std::size_t number) {
   return {static_cast<std::uint8_t>(number / 256), static_cast<std::uint8_t>(number % 256)};
 }

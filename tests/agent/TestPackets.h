@@ -10,6 +10,10 @@ namespace ZelAgent {
 
 using PacketBytes = std::vector<std::uint8_t>;
 
+inline void append(PacketBytes& bytes, const PacketBytes& more) {
+  bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
 // Congestion marks as they stand in a header.
 enum TestEcn : std::uint8_t { notEct = 0, ect1 = 1, ect0 = 2, ce = 3 };
 

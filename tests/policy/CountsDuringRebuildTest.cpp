@@ -65,9 +65,9 @@ const CountChange changes[] = {
      {"deleteVrf red", "createVrf red"}},
 };
 
-using Case = std::tuple<CountChange, Difference>;
+using CountCase = std::tuple<CountChange, Difference>;
 
-class CountsDuringRebuild : public ::testing::TestWithParam<Case> {
+class CountsDuringRebuild : public ::testing::TestWithParam<CountCase> {
  protected:
   static const CountChange& change() { return std::get<CountChange>(GetParam()); }
 
@@ -108,15 +108,10 @@ TEST_P(CountsDuringRebuild, LeadToOneCallEachWhenTheConstructionThrows) {
   EXPECT_GE(expectOneCallEach(Outcome::throws, 3), 1U);
 }
 
-const auto nameOfCase = [](const auto& each) {
-  return std::string(std::get<CountChange>(each.param).name) +
-         nameOf(std::get<Difference>(each.param));
-};
-
 INSTANTIATE_TEST_SUITE_P(Each, CountsDuringRebuild,
                          testing::Combine(testing::ValuesIn(changes),
                                           testing::ValuesIn(differences)),
-                         nameOfCase);
+                         nameOfRebuild);
 
 }  // namespace
 }  // namespace ZelVrfSelectionPolicy::Testing

@@ -163,11 +163,11 @@ const FactChange ofFlags[] = {
     {"FallbackOfDecapsulation", [](Facts& in) { in.routes->decapNhFallbackEnabledIs(true); }},
 };
 
-using Case = std::tuple<FactChange, Difference>;
+using FactCase = std::tuple<FactChange, Difference>;
 
 constexpr unsigned callsApart = 3;
 
-class FactsDuringRebuild : public ::testing::TestWithParam<Case> {
+class FactsDuringRebuild : public ::testing::TestWithParam<FactCase> {
  protected:
   static unsigned firstCall() {
     return 1 + static_cast<unsigned>(std::get<Difference>(GetParam())) % callsApart;
@@ -242,44 +242,39 @@ TEST_P(FactsInALifecycleCallDuringRebuild, ReachWhicheverMachineRemainsAfterADel
   expectNothingIsLost(Outcome::throws, &leaves);
 }
 
-const auto nameOfCase = [](const auto& each) {
-  return std::string(std::get<FactChange>(each.param).name) +
-         nameOf(std::get<Difference>(each.param));
-};
-
 // Each with the differences that matter to it.
 INSTANTIATE_TEST_SUITE_P(Vrfs, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofVrfs),
                                           testing::Values(Difference::fallback, Difference::routes,
                                                           Difference::helper)),
-                         nameOfCase);
+                         nameOfRebuild);
 INSTANTIATE_TEST_SUITE_P(Lengths, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofLengths),
                                           testing::Values(Difference::fallback, Difference::routes,
                                                           Difference::routes6)),
-                         nameOfCase);
+                         nameOfRebuild);
 INSTANTIATE_TEST_SUITE_P(Fallback, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofFallback),
                                           testing::Values(Difference::fallback,
                                                           Difference::tables)),
-                         nameOfCase);
+                         nameOfRebuild);
 INSTANTIATE_TEST_SUITE_P(Flags, FactsDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofFlags),
                                           testing::Values(Difference::routes, Difference::tables)),
-                         nameOfCase);
+                         nameOfRebuild);
 
 INSTANTIATE_TEST_SUITE_P(Vrfs, FactsInALifecycleCallDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofVrfs),
                                           testing::Values(Difference::routes, Difference::helper)),
-                         nameOfCase);
+                         nameOfRebuild);
 INSTANTIATE_TEST_SUITE_P(Lengths, FactsInALifecycleCallDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofLengths),
                                           testing::Values(Difference::routes6)),
-                         nameOfCase);
+                         nameOfRebuild);
 INSTANTIATE_TEST_SUITE_P(Fallback, FactsInALifecycleCallDuringRebuild,
                          testing::Combine(testing::ValuesIn(ofFallback),
                                           testing::Values(Difference::fallback)),
-                         nameOfCase);
+                         nameOfRebuild);
 
 }  // namespace
 }  // namespace ZelVrfSelectionPolicy::Testing

@@ -48,17 +48,17 @@ std::vector<VrfAction> actionsInUse() {
   return actions;
 }
 
-using Lines = std::map<std::string, std::string>;
+using LinesByName = std::map<std::string, std::string>;
 
 template <class Map, class Show>
-Lines linesOf(const Map& map, Show show) {
-  Lines lines;
+LinesByName linesOf(const Map& map, Show show) {
+  LinesByName lines;
   for (auto entry = map.iterator(); entry; ++entry)
     lines[std::string(entry.key().bytes())] = show(entry);
   return lines;
 }
 
-std::string compared(const char* what, const Lines& present, const Lines& wanted) {
+std::string compared(const char* what, const LinesByName& present, const LinesByName& wanted) {
   if (present == wanted) return "";
   std::string text = std::string(what) + ":";
   for (const auto& [key, value] : present)
@@ -76,32 +76,32 @@ std::string stateOf(const Mox::PtrInterface& machine) {
 
 // A nested machine for each entity, which follows that very one.
 template <class Entities>
-Lines followersWanted(const Entities& entities) {
+LinesByName followersWanted(const Entities& entities) {
   return linesOf(entities, [](const auto&) { return "active"; });
 }
 
 template <class Machines>
-Lines followersOfLengths(const Machines& machines,
-                         const Routing::Hardware::RouteStatusBase& routes) {
+LinesByName followersOfLengths(const Machines& machines,
+                               const Routing::Hardware::RouteStatusBase& routes) {
   return linesOf(machines, [&](const auto& entry) {
     const bool isIts = entry.value()->prefixLens() == routes.vrfPrefixLensInExactMatch(entry.key());
     return stateOf(*entry.value()) + (isIts ? "" : " on another entity");
   });
 }
 
-Lines followersOfVrfs(const VrfSm& machine, const Facts& facts) {
+LinesByName followersOfVrfs(const VrfSm& machine, const Facts& facts) {
   return linesOf(machine.moxVrfInstance(), [&](const auto& entry) {
     const bool isIts = entry.value()->vrfInstance() == facts.routes->vrfStatus(entry.key());
     return stateOf(*entry.value()) + (isIts ? "" : " on another entity");
   });
 }
 
-Lines linksWanted(const Facts& facts) {
+LinesByName linksWanted(const Facts& facts) {
   std::map<std::string, std::set<std::string>> dependents;
   for (auto entry = facts.fallback->fallbackVrf().iterator(); entry; ++entry) {
     if (!entry.value().isDefaultVrf()) dependents[entry.value().str()].insert(entry.key().str());
   }
-  Lines lines;
+  LinesByName lines;
   for (const auto& [vrf, names] : dependents) {
     for (const std::string& name : names)
       lines[vrf] += name + " ";
@@ -109,7 +109,7 @@ Lines linksWanted(const Facts& facts) {
   return lines;
 }
 
-Lines links(const VrfSm& machine) {
+LinesByName links(const VrfSm& machine) {
   return linesOf(machine.dependentVrfInfo(), [](const auto& entry) {
     std::set<std::string> names;
     for (auto name = entry.value()->dependentVrfs().iterator(); name; ++name)
@@ -222,9 +222,9 @@ std::string RebuildWorld::staleResources() {
 
 // Each action that has users has a status and a resource, and no other has.
 std::string RebuildWorld::differenceOfTables() {
-  Lines users;
-  Lines statuses;
-  Lines resources;
+  LinesByName users;
+  LinesByName statuses;
+  LinesByName resources;
   for (auto entry = remaining().users->vrfRefCount().iterator(); entry; ++entry)
     users[shown(entry.key())];
   for (auto entry = remaining().statuses->hwStatus().iterator(); entry; ++entry)

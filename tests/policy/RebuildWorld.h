@@ -4,6 +4,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -33,6 +34,11 @@ inline constexpr Difference differences[] = {Difference::fallback, Difference::r
                                              Difference::tables};
 
 [[nodiscard]] const char* nameOf(Difference difference);
+
+/// The name of a test for a change, which has a `name`, during a rebuild with a difference.
+inline constexpr auto nameOfRebuild = [](const auto& each) {
+  return std::string(std::get<0>(each.param).name) + nameOf(std::get<Difference>(each.param));
+};
 std::ostream& operator<<(std::ostream& out, Difference difference);
 
 /// Whether the construction of the new machine succeeds.

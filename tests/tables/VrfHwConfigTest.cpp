@@ -6,15 +6,20 @@
 #include <optional>
 #include <type_traits>
 
+#include "Actions.h"
 #include "Publications.h"
+#include "tests/vrf/LiveObjects.h"
 
 namespace ZelVrfSelectionPolicy {
 namespace {
 
 using PolicyMap::ActionType;
+using Testing::blue;
 using ::testing::ElementsAre;
+using Testing::green;
 using ::testing::IsEmpty;
 using Testing::Publications;
+using Testing::red;
 using ::testing::UnorderedElementsAre;
 
 static_assert(VrfHwConfig::vrfRefCountAttribute == 130);
@@ -22,15 +27,6 @@ static_assert(
     std::is_same_v<VrfHwConfig::VrfRefCounts, Mox::HashMap2018<VrfAction, unsigned, 0xca67d662>>,
     "the table's own salt");
 static_assert(std::is_same_v<decltype(&VrfHwConfig::VrfHwConfigIs), Mox::Ptr<VrfHwConfig> (*)()>);
-
-const VrfAction red("red", ActionType::vrf);
-const VrfAction blue("blue", ActionType::vrf);
-const VrfAction green("green", ActionType::vrf);
-
-std::size_t liveTables() {
-  const Quarry::Slab* slab = Quarry::Slab::find(VrfHwConfig::typeName);
-  return slab == nullptr ? 0 : slab->live();
-}
 
 TEST(VrfHwConfig, FactoryGivesAnEmptyTableWithNotificationsOn) {
   for (const auto& table : {vrfHwConfigFactory(), VrfHwConfig::VrfHwConfigIs()}) {
@@ -274,24 +270,24 @@ class VrfHwConfigReleasedBySubscriber : public ::testing::Test {
 TEST_F(VrfHwConfigReleasedBySubscriber, ASetCompletes) {
   table_->vrfRefCountIs(red, 2);
   EXPECT_THAT(publications_->seen(), ElementsAre("130 red"));
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwConfig::typeName), 0U);
 }
 
 TEST_F(VrfHwConfigReleasedBySubscriber, CountingGivesTheNewCount) {
   EXPECT_EQ(table_->vrfRefCountInc(red, 4), 5U);
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwConfig::typeName), 0U);
 }
 
 TEST_F(VrfHwConfigReleasedBySubscriber, ADeletionGivesTheOldCount) {
   EXPECT_EQ(table_->vrfRefCountDel(red), 1U);
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwConfig::typeName), 0U);
 }
 
 TEST_F(VrfHwConfigReleasedBySubscriber, DeletingAllCompletes) {
   table_->vrfRefCountIs(red, 1);
   table_->vrfRefCountDelAll();
   EXPECT_THAT(publications_->seen(), ElementsAre("130 red"));
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwConfig::typeName), 0U);
 }
 
 TEST(VrfHwConfig, KeysThatDifferInOneFieldAreDifferentEntries) {
@@ -363,13 +359,13 @@ TEST(VrfHwConfig, NotifieeListAddsAndRemovesSubscribers) {
 }
 
 TEST(VrfHwConfig, TablesAreCountedInTheirSlabWhileTheyLive) {
-  ASSERT_EQ(liveTables(), 0U);
+  ASSERT_EQ(Testing::live(VrfHwConfig::typeName), 0U);
   {
     const auto one = vrfHwConfigFactory();
     const auto other = VrfHwConfig::VrfHwConfigIs();
-    EXPECT_EQ(liveTables(), 2U);
+    EXPECT_EQ(Testing::live(VrfHwConfig::typeName), 2U);
   }
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwConfig::typeName), 0U);
 }
 
 // The number of a name goes to another when nobody holds the name.

@@ -6,15 +6,20 @@
 #include <optional>
 #include <type_traits>
 
+#include "Actions.h"
 #include "Publications.h"
+#include "tests/vrf/LiveObjects.h"
 
 namespace ZelVrfSelectionPolicy {
 namespace {
 
 using PolicyMap::ActionType;
+using Testing::blue;
 using ::testing::ElementsAre;
+using Testing::green;
 using ::testing::IsEmpty;
 using Testing::Publications;
+using Testing::red;
 using ::testing::UnorderedElementsAre;
 
 static_assert(VrfHwStatus::hwStatusAttribute == 130);
@@ -23,21 +28,12 @@ static_assert(
     "the table's own salt");
 static_assert(std::is_same_v<decltype(&VrfHwStatus::VrfHwStatusIs), Mox::Ptr<VrfHwStatus> (*)()>);
 
-const VrfAction red("red", ActionType::vrf);
-const VrfAction blue("blue", ActionType::vrf);
-const VrfAction green("green", ActionType::vrf);
-
 HwStatus failed(const Velo::String& description) {
   HwStatus status;
   status.statusIs(ProgrammingResult::programmingFailure);
   status.failureReasonIs(FailureCode::failureVrfResourceAlloc);
   status.failureDescriptionIs(description);
   return status;
-}
-
-std::size_t liveTables() {
-  const Quarry::Slab* slab = Quarry::Slab::find(VrfHwStatus::typeName);
-  return slab == nullptr ? 0 : slab->live();
 }
 
 TEST(VrfHwStatus, FactoryGivesAnEmptyTableWithNotificationsOn) {
@@ -205,18 +201,18 @@ class VrfHwStatusReleasedBySubscriber : public ::testing::Test {
 TEST_F(VrfHwStatusReleasedBySubscriber, AWriteCompletes) {
   table_->hwStatusIs(red, HwStatus());
   EXPECT_THAT(publications_->seen(), ElementsAre("130 red"));
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwStatus::typeName), 0U);
 }
 
 TEST_F(VrfHwStatusReleasedBySubscriber, ADeletionGivesTheRecord) {
   EXPECT_EQ(table_->hwStatusDel(red), failed("full"));
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwStatus::typeName), 0U);
 }
 
 TEST_F(VrfHwStatusReleasedBySubscriber, DeletingAllCompletes) {
   table_->hwStatusDelAll();
   EXPECT_EQ(publications_->seen().size(), 1U) << "the subscriber left at the first";
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwStatus::typeName), 0U);
 }
 
 TEST(VrfHwStatus, NotifieeListIsAPublishersAndNamesTheTable) {
@@ -233,13 +229,13 @@ TEST(VrfHwStatus, NotifieeListIsAPublishersAndNamesTheTable) {
 }
 
 TEST(VrfHwStatus, TablesAreCountedInTheirSlabWhileTheyLive) {
-  ASSERT_EQ(liveTables(), 0U);
+  ASSERT_EQ(Testing::live(VrfHwStatus::typeName), 0U);
   {
     const auto one = vrfHwStatusFactory();
     const auto other = VrfHwStatus::VrfHwStatusIs();
-    EXPECT_EQ(liveTables(), 2U);
+    EXPECT_EQ(Testing::live(VrfHwStatus::typeName), 2U);
   }
-  EXPECT_EQ(liveTables(), 0U);
+  EXPECT_EQ(Testing::live(VrfHwStatus::typeName), 0U);
 }
 
 // The number of a name goes to another when nobody holds the name.

@@ -15,11 +15,6 @@ using ::testing::UnorderedElementsAre;
 
 using Messages = std::vector<ExpectedMessage>;
 
-ExpectedMessage updatingAll(const std::string& vrf) {
-  return {5, 130, "updateAllVrfActions",
-          "ZelVrfSelectionPolicy::VrfSm::updateAllVrfActions " + vrf};
-}
-
 ExpectedMessage updatingOneOfAll(const std::string& vrf) {
   return {
       5, 137, "updateAllVrfActions",

@@ -17,6 +17,12 @@ struct ExpectedMessage {
   std::string text;
 };
 
+/// The message of a refresh of what names `vrf`.
+inline ExpectedMessage updatingAll(const std::string& vrf) {
+  return {5, 130, "updateAllVrfActions",
+          "ZelVrfSelectionPolicy::VrfSm::updateAllVrfActions " + vrf};
+}
+
 /// Everything that is traced while it lives, as each of the two sinks has it. Afterwards the text
 /// trace of the library is quiet again.
 class BothSinks {

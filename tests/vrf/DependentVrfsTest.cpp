@@ -11,11 +11,6 @@ using ::testing::IsEmpty;
 
 using Messages = std::vector<ExpectedMessage>;
 
-ExpectedMessage updatingAll(const std::string& vrf) {
-  return {5, 130, "updateAllVrfActions",
-          "ZelVrfSelectionPolicy::VrfSm::updateAllVrfActions " + vrf};
-}
-
 ExpectedMessage updatingDependent(const std::string& dependent, const std::string& changed) {
   return {5, 177, "handleVrfUpdates",
           "ZelVrfSelectionPolicy::VrfSm::handleVrfUpdates: Updating dependent VRF:" + dependent +

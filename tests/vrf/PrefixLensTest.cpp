@@ -20,11 +20,6 @@ using Routing::Hardware::PrefixLensInExactMatch;
 using Messages = std::vector<ExpectedMessage>;
 using PrefixLens = Mox::Ptr<PrefixLensInExactMatch>;
 
-ExpectedMessage updatingAll(const std::string& vrf) {
-  return {5, 130, "updateAllVrfActions",
-          "ZelVrfSelectionPolicy::VrfSm::updateAllVrfActions " + vrf};
-}
-
 // Everything in which the two families differ.
 struct Ipv4 {
   using Machine = VrfSm::NestedSm_VrfPrefixLensInExactMatch;

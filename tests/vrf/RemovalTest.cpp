@@ -218,7 +218,7 @@ TEST_F(VrfSmRemoval, DuringWhichAUserComesAtTheStatusEntrysRemovalCreatesAnewWhe
 }
 
 /// When, in the course of a removal, another user does something.
-enum class Moment {
+enum class RemovalMoment {
   hook,
   countNoticeBeforeTheMachine,
   countNoticeAfterTheMachine,
@@ -226,24 +226,25 @@ enum class Moment {
   statusNoticeOfTheLast
 };
 
-class VrfSmRemovalMoments : public VrfSmRemoval, public ::testing::WithParamInterface<Moment> {
+class VrfSmRemovalMoments : public VrfSmRemoval,
+                            public ::testing::WithParamInterface<RemovalMoment> {
  protected:
   // Removes red's users, by a count of zero, and does `work` at the moment of this test.
   Lines removeDoing(const std::function<void()>& work) {
     switch (GetParam()) {
-      case Moment::hook:
+      case RemovalMoment::hook:
         inTheHook(work);
         break;
-      case Moment::countNoticeBeforeTheMachine:
+      case RemovalMoment::countNoticeBeforeTheMachine:
         before->on("vrfRefCount red gone", work);
         break;
-      case Moment::countNoticeAfterTheMachine:
+      case RemovalMoment::countNoticeAfterTheMachine:
         after->on("vrfRefCount red gone", work);
         break;
-      case Moment::statusNoticeOfTheFirst:
+      case RemovalMoment::statusNoticeOfTheFirst:
         before->on("hwStatus red gone", work);
         break;
-      case Moment::statusNoticeOfTheLast:
+      case RemovalMoment::statusNoticeOfTheLast:
         after->on("hwStatus red gone", work);
         break;
     }
@@ -388,7 +389,7 @@ TEST_P(VrfSmRemovalMoments, AnUpdateOfItsVrfDoesNotReachTheResourceThatIsGoing) 
   expectRedHasNothing();
 }
 
-std::string nameOf(const ::testing::TestParamInfo<Moment>& moment) {
+std::string nameOf(const ::testing::TestParamInfo<RemovalMoment>& moment) {
   constexpr std::array names{"InTheHook", "AtTheCountNoticeBeforeTheMachine",
                              "AtTheCountNoticeAfterTheMachine", "AtTheFirstStatusNotice",
                              "AtTheLastStatusNotice"};
@@ -396,10 +397,11 @@ std::string nameOf(const ::testing::TestParamInfo<Moment>& moment) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryMoment, VrfSmRemovalMoments,
-                         ::testing::Values(Moment::hook, Moment::countNoticeBeforeTheMachine,
-                                           Moment::countNoticeAfterTheMachine,
-                                           Moment::statusNoticeOfTheFirst,
-                                           Moment::statusNoticeOfTheLast),
+                         ::testing::Values(RemovalMoment::hook,
+                                           RemovalMoment::countNoticeBeforeTheMachine,
+                                           RemovalMoment::countNoticeAfterTheMachine,
+                                           RemovalMoment::statusNoticeOfTheFirst,
+                                           RemovalMoment::statusNoticeOfTheLast),
                          nameOf);
 
 TEST_F(VrfSmRemoval, InsideAnotherOneEachIsWholeAndTheOuterGoesOn) {

@@ -41,7 +41,13 @@ class WhenRedGoes {
 };
 
 /// When in the course of a removal something happens.
-enum class Moment { hook, countGoesBefore, countGoesAfter, statusGoesBefore, statusGoesAfter };
+enum class UpdateMoment {
+  hook,
+  countGoesBefore,
+  countGoesAfter,
+  statusGoesBefore,
+  statusGoesAfter
+};
 
 // Red, and green whose action falls back to red, have resources. Two machines are at work.
 class UpdatesDuringRemoval : public VrfSmFrameFixture {
@@ -164,19 +170,21 @@ const Event events[] = {
 };
 
 class ARemoval : public UpdatesDuringRemoval,
-                 public ::testing::WithParamInterface<std::tuple<Event, Moment>> {
+                 public ::testing::WithParamInterface<std::tuple<Event, UpdateMoment>> {
  protected:
   [[nodiscard]] static const Event& event() { return std::get<Event>(GetParam()); }
-  [[nodiscard]] static bool isAt(Moment moment) { return std::get<Moment>(GetParam()) == moment; }
+  [[nodiscard]] static bool isAt(UpdateMoment moment) {
+    return std::get<UpdateMoment>(GetParam()) == moment;
+  }
 
   void SetUp() override {
-    if (isAt(Moment::countGoesBefore)) ofUsers_.emplace(users, [this] { happen(); });
-    if (isAt(Moment::statusGoesBefore)) ofStatuses_.emplace(statuses, [this] { happen(); });
+    if (isAt(UpdateMoment::countGoesBefore)) ofUsers_.emplace(users, [this] { happen(); });
+    if (isAt(UpdateMoment::statusGoesBefore)) ofStatuses_.emplace(statuses, [this] { happen(); });
     build();
-    if (isAt(Moment::countGoesAfter)) ofUsers_.emplace(users, [this] { happen(); });
-    if (isAt(Moment::statusGoesAfter)) ofStatuses_.emplace(statuses, [this] { happen(); });
+    if (isAt(UpdateMoment::countGoesAfter)) ofUsers_.emplace(users, [this] { happen(); });
+    if (isAt(UpdateMoment::statusGoesAfter)) ofStatuses_.emplace(statuses, [this] { happen(); });
     createBoth();
-    if (isAt(Moment::hook)) chip->onDelete = [this](const VrfAction&) { happen(); };
+    if (isAt(UpdateMoment::hook)) chip->onDelete = [this](const VrfAction&) { happen(); };
   }
   void happen() {
     hasHappened = true;
@@ -241,17 +249,17 @@ TEST_P(ARemoval, ThatUsersComeBackInCreatesTheActionBeforeItIsUpdated) {
   EXPECT_TRUE(statuses->hwStatusHas(red));
 }
 
-const auto nameOfMoment = [](Moment moment) {
+const auto nameOfMoment = [](UpdateMoment moment) {
   switch (moment) {
-    case Moment::hook:
+    case UpdateMoment::hook:
       return "InTheHook";
-    case Moment::countGoesBefore:
+    case UpdateMoment::countGoesBefore:
       return "WhenTheCountGoesBeforeTheMachine";
-    case Moment::countGoesAfter:
+    case UpdateMoment::countGoesAfter:
       return "WhenTheCountGoesAfterTheMachine";
-    case Moment::statusGoesBefore:
+    case UpdateMoment::statusGoesBefore:
       return "WhenTheStatusGoesBeforeTheMachine";
-    case Moment::statusGoesAfter:
+    case UpdateMoment::statusGoesAfter:
       return "WhenTheStatusGoesAfterTheMachine";
   }
   return "";
@@ -259,13 +267,14 @@ const auto nameOfMoment = [](Moment moment) {
 
 INSTANTIATE_TEST_SUITE_P(Each, ARemoval,
                          ::testing::Combine(::testing::ValuesIn(events),
-                                            ::testing::Values(Moment::hook, Moment::countGoesBefore,
-                                                              Moment::countGoesAfter,
-                                                              Moment::statusGoesBefore,
-                                                              Moment::statusGoesAfter)),
+                                            ::testing::Values(UpdateMoment::hook,
+                                                              UpdateMoment::countGoesBefore,
+                                                              UpdateMoment::countGoesAfter,
+                                                              UpdateMoment::statusGoesBefore,
+                                                              UpdateMoment::statusGoesAfter)),
                          [](const auto& each) {
                            return std::string(std::get<Event>(each.param).name) +
-                                  nameOfMoment(std::get<Moment>(each.param));
+                                  nameOfMoment(std::get<UpdateMoment>(each.param));
                          });
 
 }  // namespace

@@ -19,11 +19,6 @@ using ::testing::UnorderedElementsAre;
 using Routing::Hardware::VrfStatus;
 using Messages = std::vector<ExpectedMessage>;
 
-ExpectedMessage updatingAll(const std::string& vrf) {
-  return {5, 130, "updateAllVrfActions",
-          "ZelVrfSelectionPolicy::VrfSm::updateAllVrfActions " + vrf};
-}
-
 class VrfInstanceTracking : public DrivenVrfSmTest {
  protected:
   VrfInstanceTracking() { start(); }

@@ -10,10 +10,6 @@ namespace {
 constexpr unsigned framesOfACapture = 60;
 constexpr std::size_t smallestFrame = 60;
 
-void append(PacketBytes& bytes, const PacketBytes& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
 PacketBytes vlanTags(RandomChoices& choices) {
   PacketBytes tags;
   while (choices.percent(25)) {

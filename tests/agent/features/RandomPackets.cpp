@@ -9,10 +9,6 @@ namespace {
 
 constexpr unsigned mostTunnels = 3;
 
-void append(PacketBytes& bytes, const PacketBytes& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
 void putBig16(PacketBytes& bytes, std::size_t at, std::size_t number) {
   bytes[at] = static_cast<std::uint8_t>(number / 256);
   bytes[at + 1] = static_cast<std::uint8_t>(number % 256);

@@ -25,7 +25,7 @@ void add(ReferenceCount& count, std::size_t bytes) {
   count.bytes += bytes;
 }
 
-ReferenceVerdict dropped(const std::string& reason) {
+ReferenceVerdict verdictOfDrop(const std::string& reason) {
   return {reason, "", {}};
 }
 
@@ -176,7 +176,7 @@ ReferenceVerdict ReferenceForwarder::forward(const std::string& interface,
                                              const PacketBytes& packet) {
   const ReferenceParsed parsed = readHeader(packet);
   const ReferenceVerdict verdict =
-      parsed.header ? select(interface, packet, *parsed.header) : dropped(parsed.fault);
+      parsed.header ? select(interface, packet, *parsed.header) : verdictOfDrop(parsed.fault);
   if (!verdict.drop.empty()) {
     add(counters_.drops[verdict.drop], parsed.header ? parsed.header->totalLength : packet.size());
   }
@@ -207,7 +207,7 @@ ReferenceVerdict ReferenceForwarder::select(const std::string& interface, const 
   if (std::holds_alternative<NoAction>(rule->action)) {
     return send(interface, ownVrfOf(interface), packet, header);
   }
-  if (std::holds_alternative<Discard>(rule->action)) return dropped("discardedByRule");
+  if (std::holds_alternative<Discard>(rule->action)) return verdictOfDrop("discardedByRule");
   ReferenceAction action;
   if (const auto* const lookUp = std::get_if<LookUp>(&rule->action)) {
     action = {lookUp->vrf, "", "", false};
@@ -216,7 +216,7 @@ ReferenceVerdict ReferenceForwarder::select(const std::string& interface, const 
     action = {decap.decapVrf, decap.fallbackVrf, decap.postDecapVrf, true};
   }
   const auto program = programs_.find(action);
-  if (program == programs_.end()) return dropped("noVrfResource");
+  if (program == programs_.end()) return verdictOfDrop("noVrfResource");
   return send(interface, program->second, packet, header);
 }
 
@@ -226,14 +226,14 @@ ReferenceVerdict ReferenceForwarder::send(const std::string& interface, const Pr
   Walk walk = program.lookUp;
   walk.insert(walk.end(), program.fallback.begin(), program.fallback.end());
   const Found found = search(walk, program, header.destination, false);
-  if (found.route == nullptr) return dropped(found.drop);
+  if (found.route == nullptr) return verdictOfDrop(found.drop);
   if (found.route->way != ReferenceWay::decapsulates) return leaveBy(found, packet, header);
   const ReferenceInner inside = takeOutOfTunnel(packet, header);
-  if (!inside.fault.empty()) return dropped(inside.fault);
+  if (!inside.fault.empty()) return verdictOfDrop(inside.fault);
   const ReferenceHeader inner = readHeader(inside.packet).header.value();
   const Walk postDecap = program.postDecap.empty() ? ownVrfOf(interface).lookUp : program.postDecap;
   const Found innerFound = search(postDecap, program, inner.destination, true);
-  if (innerFound.route == nullptr) return dropped(innerFound.drop);
+  if (innerFound.route == nullptr) return verdictOfDrop(innerFound.drop);
   return leaveBy(innerFound, inside.packet, inner);
 }
 
@@ -265,9 +265,9 @@ ReferenceForwarder::Found ReferenceForwarder::search(const Walk& walk, const Pro
 
 ReferenceVerdict ReferenceForwarder::leaveBy(const Found& found, const PacketBytes& packet,
                                              const ReferenceHeader& header) {
-  if (found.route->way == ReferenceWay::drops) return dropped("dropRoute");
+  if (found.route->way == ReferenceWay::drops) return verdictOfDrop("dropRoute");
   const auto asItLeaves = leaving(packet, header);
-  if (!asItLeaves) return dropped("ttlExpired");
+  if (!asItLeaves) return verdictOfDrop("ttlExpired");
   add(counters_.vrfs[found.vrf], asItLeaves->size());
   return {"", found.route->interface, *asItLeaves};
 }

@@ -21,12 +21,12 @@ using ::testing::HasSubstr;
 constexpr std::size_t headerBytes = 4096;
 constexpr std::size_t slotsOffset = std::size_t{256} * 1024;
 constexpr std::size_t slotBytes = 256;
-constexpr std::size_t slots = 4;
+constexpr std::size_t damagedSlots = 4;
 
 class DamagedRing : public ::testing::Test {
  protected:
   DamagedRing() {
-    Ring ring(slots);
+    Ring ring(damagedSlots);
     ring.fileIs(file_);
     const SiteId named = siteIs({"/src/damaged", 1, "write", 5, {"of ", "%s", " ", "%u"}});
     for (std::uint32_t number = 0; number < 6; ++number) {
@@ -52,7 +52,7 @@ class DamagedRing : public ::testing::Test {
   }
   static void checkTold(const RingImage& image) {
     const std::vector<Record>& records = image.records();
-    EXPECT_LE(records.size(), slots);
+    EXPECT_LE(records.size(), damagedSlots);
     EXPECT_TRUE(
         std::is_sorted(records.begin(), records.end(),
                        [](const Record& a, const Record& b) { return a.sequence < b.sequence; }));
@@ -87,7 +87,7 @@ class DamagedRing : public ::testing::Test {
 
 TEST_F(DamagedRing, IsToldWhileItIsWhole) {
   EXPECT_EQ(problemWith(bytes_), std::nullopt);
-  EXPECT_EQ(bytes_.size(), slotsOffset + slots * slotBytes);
+  EXPECT_EQ(bytes_.size(), slotsOffset + damagedSlots * slotBytes);
 }
 
 TEST_F(DamagedRing, IsRefusedWhereThereIsNone) {
@@ -187,7 +187,7 @@ std::size_t placeOfInterest(std::mt19937& random, std::size_t rowsEnd) {
     case 1:
       return headerBytes + random() % (rowsEnd - headerBytes);
     default:
-      return slotsOffset + random() % (slots * slotBytes - 8);
+      return slotsOffset + random() % (damagedSlots * slotBytes - 8);
   }
 }
 

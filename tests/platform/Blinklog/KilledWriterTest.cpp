@@ -19,7 +19,7 @@
 namespace Blinklog {
 namespace {
 
-constexpr std::size_t slots = 64;
+constexpr std::size_t writtenSlots = 64;
 
 // What the writer says of itself, where it is read when the writer is dead.
 struct Progress {
@@ -73,7 +73,7 @@ class KilledWriter : public ::testing::Test {
   pid_t startWriter(const SharedProgress& progress) const {
     progress->begun = progress->ended = 0;
     return start([&] {
-      Ring ring(slots);
+      Ring ring(writtenSlots);
       ring.fileIs(file_);
       const SiteId site = numbered();
       for (std::uint64_t number = 0;; ++number) {
@@ -112,26 +112,26 @@ TEST_F(KilledWriter, AtAnyMomentLeavesItsLastMessagesInOrderAndWhole) {
   constexpr int kills = 40;
   for (int round = 0; round < kills; ++round) {
     const pid_t writer = startWriter(progress);
-    while (progress->ended < slots) {
+    while (progress->ended < writtenSlots) {
     }
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
     kill(writer);
     const RingImage image(file_);
     checkRun(image.records());
-    ASSERT_GE(image.records().size(), slots - 1);
+    ASSERT_GE(image.records().size(), writtenSlots - 1);
     const std::uint64_t last = image.records().back().sequence + 1;
     EXPECT_GE(last, progress->ended);
     EXPECT_LE(last, progress->begun);
-    cutShort += image.records().size() < slots ? 1 : 0;
+    cutShort += image.records().size() < writtenSlots ? 1 : 0;
   }
   std::printf("%d kills, %d of them in the middle of a message\n", kills, cutShort);
 }
 
 TEST_F(KilledWriter, InTheMiddleOfAMessageLeavesThatOneOut) {
   const pid_t writer = start([this] {
-    Ring ring(slots);
+    Ring ring(writtenSlots);
     ring.fileIs(file_);
-    for (std::uint32_t number = 0; number < slots + 3; ++number) {
+    for (std::uint32_t number = 0; number < writtenSlots + 3; ++number) {
       const std::string name = nameOf(number);
       ring.write(numbered(),
                  std::array<Argument, 3>{{{'u', number}, {'s', 0, name}, {'u', number}}});
@@ -145,15 +145,15 @@ TEST_F(KilledWriter, InTheMiddleOfAMessageLeavesThatOneOut) {
   ASSERT_TRUE(WIFSIGNALED(status));
   const RingImage image(file_);
   checkRun(image.records());
-  ASSERT_EQ(image.records().size(), slots - 1);
+  ASSERT_EQ(image.records().size(), writtenSlots - 1);
   EXPECT_EQ(image.records().front().sequence, 4U);
-  EXPECT_EQ(image.records().back().sequence, slots + 2);
+  EXPECT_EQ(image.records().back().sequence, writtenSlots + 2);
 }
 
 TEST_F(KilledWriter, MayBeReadWhileItLives) {
   const SharedProgress progress;
   const pid_t writer = startWriter(progress);
-  while (progress->ended < slots) {
+  while (progress->ended < writtenSlots) {
   }
   std::size_t told = 0;
   for (int round = 0; round < 200; ++round) {
@@ -162,14 +162,14 @@ TEST_F(KilledWriter, MayBeReadWhileItLives) {
     const std::uint64_t after = progress->begun;
     for (const Record& record : image.records()) {
       ASSERT_EQ(record.text, textOfMessage(record.sequence));
-      ASSERT_GE(record.sequence + slots + 1, before);
+      ASSERT_GE(record.sequence + writtenSlots + 1, before);
       ASSERT_LT(record.sequence, after);
     }
     told += image.records().size();
   }
   kill(writer);
   const RingImage image(file_);
-  ASSERT_GE(image.records().size(), slots - 1);
+  ASSERT_GE(image.records().size(), writtenSlots - 1);
   checkRun(image.records());
   std::printf("%zu messages told while they were overwritten\n", told);
 }
@@ -179,7 +179,7 @@ TEST_F(KilledWriter, GivesTheFileFree) {
   const pid_t writer = startWriter(progress);
   while (progress->ended == 0) {
   }
-  Ring ring(slots);
+  Ring ring(writtenSlots);
   EXPECT_THROW(ring.fileIs(file_), RingFileError);
   kill(writer);
   ring.fileIs(file_);

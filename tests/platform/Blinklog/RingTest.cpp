@@ -25,7 +25,7 @@ Argument boolean(bool value) {
   return {'b', value};
 }
 
-SiteId site(std::vector<std::string> fragments) {
+SiteId writtenSite(std::vector<std::string> fragments) {
   return siteIs({"/src/ring", 10, "write", 5, std::move(fragments)});
 }
 
@@ -33,7 +33,7 @@ class RingTest : public ::testing::Test {
  protected:
   void write(SiteId at, std::vector<Argument> arguments) { ring.write(at, arguments); }
   void writeNumbers(unsigned from, unsigned to) {
-    const SiteId numbered = site({"message ", "%u"});
+    const SiteId numbered = writtenSite({"message ", "%u"});
     for (unsigned value = from; value < to; ++value)
       write(numbered, {number(value)});
   }
@@ -54,7 +54,7 @@ TEST_F(RingTest, IsEmptyAtFirst) {
 }
 
 TEST_F(RingTest, ShowsArgumentsInTheirPlaces) {
-  write(site({"Vrf::", "handle", ": ", "%s", " id:", "%u", " on:", "%b", "%b"}),
+  write(writtenSite({"Vrf::", "handle", ": ", "%s", " id:", "%u", " on:", "%b", "%b"}),
         {text("red"), number(4294967295u), boolean(true), boolean(false)});
   EXPECT_THAT(texts(), ElementsAre("Vrf::handle: red id:4294967295 on:truefalse"));
 }
@@ -94,7 +94,7 @@ TEST_F(RingTest, SequencesGoOnThroughManyRounds) {
 
 TEST_F(RingTest, OfOneSlotHoldsTheLastMessage) {
   Ring one(1);
-  const SiteId numbered = site({"%u"});
+  const SiteId numbered = writtenSite({"%u"});
   for (unsigned value = 0; value < 3; ++value)
     one.write(numbered, std::vector<Argument>{number(value)});
   ASSERT_EQ(one.dump().size(), 1u);
@@ -120,40 +120,40 @@ TEST_F(RingTest, DumpingChangesNothing) {
 
 TEST_F(RingTest, CopiesTheTextsThatAreWritten) {
   std::string name = "red";
-  write(site({"%s"}), {text(name)});
+  write(writtenSite({"%s"}), {text(name)});
   name = "YYY";
   EXPECT_THAT(texts(), ElementsAre("red"));
 }
 
 TEST_F(RingTest, KeepsAnyBytesAndEmptyTexts) {
   const std::string bytes("a\0b\n\xff%s", 7);
-  write(site({"<", "%s", "|", "%s", ">"}), {text(bytes), text("")});
+  write(writtenSite({"<", "%s", "|", "%s", ">"}), {text(bytes), text("")});
   EXPECT_THAT(texts(), ElementsAre("<" + bytes + "|>"));
 }
 
 TEST_F(RingTest, TakesNoPlaceholderFromAnArgument) {
-  write(site({"%s", "%u"}), {text("%u"), number(5)});
+  write(writtenSite({"%s", "%u"}), {text("%u"), number(5)});
   EXPECT_THAT(texts(), ElementsAre("%u5"));
 }
 
 TEST_F(RingTest, HoldsTwoNamesOfAHundredBytesWhole) {
   const std::string first(100, 'a');
   const std::string second(100, 'b');
-  write(site({"%s", " ", "%s"}), {text(first), text(second)});
+  write(writtenSite({"%s", " ", "%s"}), {text(first), text(second)});
   EXPECT_THAT(texts(), ElementsAre(first + " " + second));
 }
 
 TEST_F(RingTest, HoldsTwoNamesOfAHundredBytesWithNumbersBetween) {
   const std::string first(100, 'a');
   const std::string second(100, 'b');
-  write(site({"%s", "%u", "%s", "%b"}),
+  write(writtenSite({"%s", "%u", "%s", "%b"}),
         {text(first), number(1234567890), text(second), boolean(true)});
   EXPECT_THAT(texts(), ElementsAre(first + "1234567890" + second + "true"));
 }
 
 TEST_F(RingTest, CutsATextThatDoesNotFitAndShowsIt) {
   const std::string longText(1000, 'x');
-  write(site({"<", "%s", ">"}), {text(longText)});
+  write(writtenSite({"<", "%s", ">"}), {text(longText)});
   ASSERT_EQ(texts().size(), 1u);
   const std::string shown = texts()[0];
   ASSERT_LT(shown.size(), Ring::slotBytes);
@@ -163,7 +163,7 @@ TEST_F(RingTest, CutsATextThatDoesNotFitAndShowsIt) {
 
 TEST_F(RingTest, CutsATextOfMoreThanSixtyFourKilobytes) {
   const std::string longText(70000, 'x');
-  write(site({"%s"}), {text(longText)});
+  write(writtenSite({"%s"}), {text(longText)});
   ASSERT_EQ(texts().size(), 1u);
   EXPECT_TRUE(texts()[0].ends_with("x..."));
   EXPECT_LT(texts()[0].size(), Ring::slotBytes);
@@ -171,14 +171,14 @@ TEST_F(RingTest, CutsATextOfMoreThanSixtyFourKilobytes) {
 
 TEST_F(RingTest, ShowsThatTextsBehindALongOneWereCut) {
   const std::string longText(1000, 'x');
-  write(site({"%s", "|", "%s", "|"}), {text(longText), text("cut away")});
+  write(writtenSite({"%s", "|", "%s", "|"}), {text(longText), text("cut away")});
   ASSERT_EQ(texts().size(), 1u);
   EXPECT_TRUE(texts()[0].ends_with("x...|...|")) << texts()[0];
 }
 
 TEST_F(RingTest, ShowsThatANumberBehindALongTextWasCut) {
   const std::string longText(1000, 'x');
-  write(site({"%s", "|", "%u", "|"}), {text(longText), number(7)});
+  write(writtenSite({"%s", "|", "%u", "|"}), {text(longText), number(7)});
   ASSERT_EQ(texts().size(), 1u);
   EXPECT_TRUE(texts()[0].ends_with("x...|...|")) << texts()[0];
 }
@@ -186,14 +186,14 @@ TEST_F(RingTest, ShowsThatANumberBehindALongTextWasCut) {
 TEST_F(RingTest, NothingOfAnEarlierMessageShowsInASlotThatIsUsedAgain) {
   const std::string longText(200, 'x');
   for (int round = 0; round < 4; ++round)
-    write(site({"%s"}), {text(longText)});
+    write(writtenSite({"%s"}), {text(longText)});
   for (int round = 0; round < 4; ++round)
-    write(site({"<", "%s", ">"}), {text("y")});
+    write(writtenSite({"<", "%s", ">"}), {text("y")});
   EXPECT_THAT(texts(), ElementsAre("<y>", "<y>", "<y>", "<y>"));
 }
 
 TEST_F(RingTest, WritingNeverAllocates) {
-  const SiteId mixed = site({"%s", "%u", "%s", "%b"});
+  const SiteId mixed = writtenSite({"%s", "%u", "%s", "%b"});
   const std::string longText(1000, 'x');
   const std::vector<Argument> arguments{text("red"), number(1), text(longText), boolean(true)};
   const std::size_t before = PlatformTests::allocations();

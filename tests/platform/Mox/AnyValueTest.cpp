@@ -11,19 +11,12 @@
 #include "Mox/Dir.h"
 #include "PolicyMap/ActionType.h"
 #include "Routing/Hardware/VrfStatus.h"
+#include "tests/platform/Refusal.h"
 
 namespace Mox {
 namespace {
 
-template <class Exception, class Call>
-std::string refusal(Call call) {
-  try {
-    call();
-  } catch (const Exception& error) {
-    return error.what();
-  }
-  return "no exception";
-}
+using Testing::refusal;
 
 std::vector<AnyValue> oneOfEachKind() {
   return {true,
@@ -129,8 +122,7 @@ TEST(AnyValue, IsNotParsedFromAnyOtherText) {
   for (const auto& each : wrong) {
     const Type& type = *each.first;
     const char* text = each.second;
-    EXPECT_NE(refusal<RangeException>([&] { static_cast<void>(AnyValue::parsed(type, text)); }),
-              "no exception")
+    EXPECT_NE(refusal<RangeException>([&] { static_cast<void>(AnyValue::parsed(type, text)); }), "")
         << type.name << " " << text;
   }
   EXPECT_EQ(

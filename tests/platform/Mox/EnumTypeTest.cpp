@@ -8,26 +8,18 @@
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
+#include "tests/platform/Refusal.h"
 
 namespace Mox {
 namespace {
+
+using Testing::refusal;
 
 constexpr std::array<std::string_view, 3> names{"off", "on", "dimmed"};
 constexpr EnumType<unsigned char> switchType("Lamp::Switch", names);
 
 enum class Switch : unsigned char { off, on, dimmed };
 constexpr EnumType<Switch> switches("Lamp::Switch", names);
-
-// What the range exception of `call` says; empty when there is none.
-template <class Call>
-std::string refusal(Call call) {
-  try {
-    static_cast<void>(call());
-    return "";
-  } catch (const RangeException& error) {
-    return error.what();
-  }
-}
 
 TEST(EnumType, NamesItsCodes) {
   EXPECT_EQ(switchType.name(0), "off");
@@ -58,17 +50,17 @@ TEST(EnumType, GivesTheCodeOfAName) {
 TEST(EnumType, AcceptsTheCodesOfItsTableOnly) {
   EXPECT_EQ(switchType.code(0u), 0);
   EXPECT_EQ(switchType.code(2u), 2);
-  EXPECT_EQ(refusal([] { return switchType.code(3u); }),
+  EXPECT_EQ(refusal<RangeException>([] { return switchType.code(3u); }),
             "no Lamp::Switch has the code 3, expected 0 to 2");
-  EXPECT_NE(refusal([] { return switchType.code(256u); }), "");
-  EXPECT_NE(refusal([] { return switchType.code(0xffffffffu); }), "");
+  EXPECT_NE(refusal<RangeException>([] { return switchType.code(256u); }), "");
+  EXPECT_NE(refusal<RangeException>([] { return switchType.code(0xffffffffu); }), "");
 }
 
 TEST(EnumType, RefusesNamesThatItDoesNotHave) {
-  EXPECT_EQ(refusal([] { return switchType.code("bright"); }),
+  EXPECT_EQ(refusal<RangeException>([] { return switchType.code("bright"); }),
             "no Lamp::Switch has the name 'bright', expected off, on or dimmed");
   for (const char* name : {"", "OFF", "off ", "of", "3", "0"})
-    EXPECT_NE(refusal([name] { return switchType.code(name); }), "") << name;
+    EXPECT_NE(refusal<RangeException>([name] { return switchType.code(name); }), "") << name;
 }
 
 TEST(EnumType, ReadsANameFromARange) {
@@ -79,7 +71,7 @@ TEST(EnumType, ReadsANameFromARange) {
 
 TEST(EnumType, ReadingAWrongNameConsumesNothingAndSaysWhatWouldBeRight) {
   CharRange range("bright}");
-  EXPECT_EQ(refusal([&range] { return switchType.read(range); }),
+  EXPECT_EQ(refusal<RangeException>([&range] { return switchType.read(range); }),
             "expected off, on or dimmed at byte 0, found 'bright}'");
   EXPECT_EQ(range.rest(), "bright}");
 }
@@ -106,9 +98,9 @@ TEST(EnumTypeOfValues, GivesTheValueOfACodeOrAName) {
 }
 
 TEST(EnumTypeOfValues, RefusesWhatItDoesNotHaveInTheSameWords) {
-  EXPECT_EQ(refusal([] { return switches.value(256); }),
-            refusal([] { return switchType.code(256U); }));
-  EXPECT_EQ(refusal([] { return switches.value("On"); }),
+  EXPECT_EQ(refusal<RangeException>([] { return switches.value(256); }),
+            refusal<RangeException>([] { return switchType.code(256U); }));
+  EXPECT_EQ(refusal<RangeException>([] { return switches.value("On"); }),
             "no Lamp::Switch has the name 'On', expected off, on or dimmed");
 }
 

@@ -15,18 +15,18 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Kind = Velo::NotifieeListDescriptor::Kind;
+using NotifieeKind = Velo::NotifieeListDescriptor::Kind;
 
 constexpr AttributeId colour = 130;
 constexpr AttributeId size = 131;
 
 /// An entity with reactors.
-class Lamp final : public PtrInterface {
+class ObservedLamp final : public PtrInterface {
  public:
   Velo::NotifieeListDescriptor notifieeList() const override {
     return reactors_.notifieeList(*this);
   }
-  ~Lamp() override {
+  ~ObservedLamp() override {
     if (destroyed != nullptr) *destroyed = true;
   }
   void change(AttributeId attribute = colour, const void* key = nullptr) {
@@ -44,7 +44,7 @@ using Calls = std::vector<std::string>;
 /// A reactor that writes down its calls and may be given work to do from inside one.
 class Watcher final : public PtrInterface::NotifieeConst {
  public:
-  Watcher(const Ptr<Lamp>& lamp, std::string name, Calls& calls)
+  Watcher(const Ptr<ObservedLamp>& lamp, std::string name, Calls& calls)
       : NotifieeConst(lamp), name_(std::move(name)), calls_(calls) {
     isRegisteredIs(true);
     hasNotificationActiveIs(true);
@@ -77,7 +77,7 @@ class Reactors : public ::testing::Test {
   Ptr<Watcher> watcher(const std::string& name) { return makePtr<Watcher>(lamp, name, calls); }
 
   Calls calls;
-  Ptr<Lamp> lamp = makePtr<Lamp>();
+  Ptr<ObservedLamp> lamp = makePtr<ObservedLamp>();
 };
 
 TEST_F(Reactors, AreToldTheAttributeAndTheKeyInTheOrderOfRegistration) {
@@ -95,7 +95,7 @@ TEST_F(Reactors, HoldTheirNotifierWhichDoesNotHoldThem) {
   EXPECT_EQ(lamp->references(), 2u);
   EXPECT_EQ(a->references(), 1u);
   EXPECT_EQ(a->notifier().get(), lamp.get());
-  EXPECT_EQ(a->notifierAs<Lamp>(), lamp.get());
+  EXPECT_EQ(a->notifierAs<ObservedLamp>(), lamp.get());
 }
 
 TEST_F(Reactors, HearNothingWhileTheirNotificationsAreOff) {
@@ -111,7 +111,7 @@ TEST_F(Reactors, HearNothingWhileTheirNotificationsAreOff) {
 
 TEST_F(Reactors, BeginWithNotificationsOff) {
   struct Plain final : PtrInterface::NotifieeConst {
-    explicit Plain(const Ptr<Lamp>& lamp) : NotifieeConst(lamp) { isRegisteredIs(true); }
+    explicit Plain(const Ptr<ObservedLamp>& lamp) : NotifieeConst(lamp) { isRegisteredIs(true); }
     void onAttribute(AttributeId, const void*) override { ++called; }
     int called = 0;
   };
@@ -153,7 +153,7 @@ TEST_F(Reactors, DestroyedAreOffTheListOfTheirNotifier) {
 
 TEST_F(Reactors, MoveTheirRegistrationWithTheirNotifier) {
   const Ptr<Watcher> a = watcher("a");
-  const Ptr<Lamp> other = makePtr<Lamp>();
+  const Ptr<ObservedLamp> other = makePtr<ObservedLamp>();
   a->notifierIs(other);
   EXPECT_EQ(a->notifier().get(), other.get());
   EXPECT_EQ(lamp->references(), 1u);
@@ -166,7 +166,7 @@ TEST_F(Reactors, MoveTheirRegistrationWithTheirNotifier) {
 TEST_F(Reactors, UnregisteredStayUnregisteredWhenTheirNotifierChanges) {
   const Ptr<Watcher> a = watcher("a");
   a->isRegisteredIs(false);
-  const Ptr<Lamp> other = makePtr<Lamp>();
+  const Ptr<ObservedLamp> other = makePtr<ObservedLamp>();
   a->notifierIs(other);
   other->change();
   EXPECT_THAT(calls, IsEmpty());
@@ -175,7 +175,7 @@ TEST_F(Reactors, UnregisteredStayUnregisteredWhenTheirNotifierChanges) {
 TEST_F(Reactors, RegistrationSurvivesATimeWithoutNotifier) {
   const Ptr<Watcher> a = watcher("a");
   a->notifierIs(nullptr);
-  EXPECT_EQ(a->notifierAs<Lamp>(), nullptr);
+  EXPECT_EQ(a->notifierAs<ObservedLamp>(), nullptr);
   lamp->change();
   EXPECT_THAT(calls, IsEmpty());
   a->notifierIs(lamp);
@@ -272,7 +272,7 @@ TEST_F(Reactors, LettingGoOfTheNotifierKeepItAliveUntilAllWereTold) {
   Ptr<Watcher> b = watcher("b");
   bool destroyed = false;
   lamp->destroyed = &destroyed;
-  Lamp* raw = lamp.get();
+  ObservedLamp* raw = lamp.get();
   a->onCall = [&](Watcher& self) {
     lamp = nullptr;
     self.notifierIs(nullptr);
@@ -289,7 +289,7 @@ TEST_F(Reactors, LettingGoOfTheNotifierKeepItAliveUntilAllWereTold) {
 TEST_F(Reactors, MovedToAnotherNotifierDuringACallHearTheOtherOnly) {
   const Ptr<Watcher> a = watcher("a");
   const Ptr<Watcher> b = watcher("b");
-  const Ptr<Lamp> other = makePtr<Lamp>();
+  const Ptr<ObservedLamp> other = makePtr<ObservedLamp>();
   a->onCall = [&](Watcher&) { b->notifierIs(other); };
   lamp->change();
   EXPECT_THAT(std::exchange(calls, {}), ElementsAre("a 130"));
@@ -349,7 +349,8 @@ TEST_F(Reactors, MadeZombiesByAnEarlierOneAreNotCalled) {
 TEST_F(Reactors, WithTheLastReferenceAskTheirOwnHandlerToDestroyThem) {
   class Careful final : public PtrInterface::NotifieeConst {
    public:
-    Careful(const Ptr<Lamp>& notifier, int& zeros) : NotifieeConst(notifier), zeros_(zeros) {}
+    Careful(const Ptr<ObservedLamp>& notifier, int& zeros)
+        : NotifieeConst(notifier), zeros_(zeros) {}
     void onAttribute(AttributeId, const void*) override {}
     void onZeroReferences() override {
       ++zeros_;
@@ -368,7 +369,7 @@ TEST_F(Reactors, AreReachedThroughTheDescriptorOfTheirNotifier) {
   const Ptr<Watcher> a = watcher("a");
   a->isRegisteredIs(false);
   const Velo::NotifieeListDescriptor empty = lamp->notifieeList();
-  EXPECT_EQ(empty.kind, Kind::reactors);
+  EXPECT_EQ(empty.kind, NotifieeKind::reactors);
   EXPECT_EQ(static_cast<unsigned>(empty.kind), 1u);
   EXPECT_EQ(empty.entity, lamp.get());
   EXPECT_EQ(empty.iterate, nullptr);

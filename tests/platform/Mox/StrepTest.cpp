@@ -6,6 +6,7 @@
 #include <string>
 
 #include "L3/VrfName.h"
+#include "tests/platform/Refusal.h"
 
 namespace StrepTest {
 
@@ -32,15 +33,7 @@ struct Broken {
 namespace Mox {
 namespace {
 
-template <class Exception, class Call>
-std::string refusal(Call call) {
-  try {
-    call();
-    return "";
-  } catch (const Exception& error) {
-    return error.what();
-  }
-}
+using Testing::refusal;
 
 TEST(Strep, OfAStringIsQuotedAndReadBack) {
   EXPECT_EQ(valueToStrep(Velo::String("it's")).bytes(), R"('it\'s')");

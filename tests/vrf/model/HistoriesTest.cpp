@@ -1,7 +1,7 @@
 // The library against the reference model, over many random histories.
 //
-// The seeds follow one that is drawn in each run, or given by ZEL_TEST_SEED. ZEL_MODEL_SEED=n replays
-// the history of that one seed. ZEL_TEST_PERCENT says how many histories there are.
+// The seeds follow one that is drawn in each run, or given by ZEL_TEST_SEED. ZEL_MODEL_SEED=n
+// replays the history of that one seed. ZEL_TEST_PERCENT says how many histories there are.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

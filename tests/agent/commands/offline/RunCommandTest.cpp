@@ -9,10 +9,6 @@ namespace {
 
 using nlohmann::json;
 
-std::string writeSmall(const std::string& name, const SmallConfiguration& small) {
-  return writeFile(name, toJson(small).dump());
-}
-
 // An action of a report by its VRF, and by its kind where one VRF has two; null where it has none.
 json actionOf(const json& report, const std::string& vrf, const std::string& kind = "actionVrf") {
   for (const json& action : report["actions"]) {

@@ -38,10 +38,6 @@ std::string guestsWarning(const std::string& file) {
          "names network instance \"guests\", which is not configured\n";
 }
 
-std::string writeSmall(const std::string& name, const SmallConfiguration& small) {
-  return writeFile(name, toJson(small).dump());
-}
-
 std::string emptyConfiguration() {
   return writeSmall("empty.json", {});
 }

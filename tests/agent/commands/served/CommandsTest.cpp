@@ -26,10 +26,6 @@ class Commands : public ::testing::Test {
  protected:
   Commands() { served_.start(); }
 
-  static std::string writeSmall(const std::string& name, const SmallConfiguration& small) {
-    return writeFile(name, toJson(small).dump());
-  }
-
   // The text framing without its last line.
   std::string text(const std::string& command) {
     const std::string bytes = service_.reply({RequestLine::Kind::whole, command}).bytes;

@@ -20,13 +20,6 @@ using SoftChip::Hook;
 using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::ProgrammingResult;
 
-const VrfAction red("red", ActionType::vrf);
-const VrfAction blue("blue", ActionType::vrf);
-
-Configuration configurationOf(const SmallConfiguration& small) {
-  return readOpenConfig(toJson(small).dump(), "small").configuration;
-}
-
 class EventPlayerTest : public ::testing::Test {
  protected:
   void apply(const SmallConfiguration& small) { agent_.apply(configurationOf(small)); }

@@ -12,13 +12,6 @@ namespace {
 using PolicyMap::ActionType;
 using SoftChip::HookCounts;
 
-const VrfAction red("red", ActionType::vrf);
-const VrfAction blue("blue", ActionType::vrf);
-
-Configuration configurationOf(const SmallConfiguration& small) {
-  return readOpenConfig(toJson(small).dump(), "small").configuration;
-}
-
 class ForwardingAgentTest : public ::testing::Test {
  protected:
   void apply(const SmallConfiguration& small) { agent_.apply(configurationOf(small)); }

@@ -14,20 +14,13 @@
 
 extern char** environ;
 
+#include "tests/agent/ProcessArguments.h"
+
 namespace ZelAgent {
 namespace {
 
 // So long a process may show nothing before a test fails instead of hanging.
-constexpr int patience = 120000;  // ms
 constexpr std::chrono::milliseconds lookAgain{1};
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (std::string& text : texts)
-    pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
 
 }  // namespace
 

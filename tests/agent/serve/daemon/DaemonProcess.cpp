@@ -14,12 +14,12 @@
 
 extern char** environ;
 
+#include "tests/agent/ProcessArguments.h"
+
 namespace ZelAgent {
 namespace {
 
 // So long a daemon may say nothing before a test fails instead of hanging.
-constexpr int patience = 120000;
-
 struct Pipe {
   int read = -1;
   int write = -1;
@@ -29,14 +29,6 @@ Pipe makePipe() {
   std::array<int, 2> ends{};
   EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
   return {ends[0], ends[1]};
-}
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (std::string& text : texts)
-    pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
 }
 
 std::vector<std::string> environmentWith(const std::vector<std::string>& added) {

@@ -10,12 +10,12 @@
 #include <cstring>
 #include <utility>
 
+#include "tests/agent/ProcessArguments.h"
+
 namespace ZelAgent {
 namespace {
 
 // So long a daemon may do nothing before a test fails instead of hanging.
-constexpr int patience = 120000;
-
 // Waits for one of the events, or for the other side to have closed.
 short waitFor(int socket, short events) {
   pollfd poll{socket, events, 0};

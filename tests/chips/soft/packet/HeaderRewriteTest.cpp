@@ -13,7 +13,7 @@ namespace {
 
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
-TestPacket v6Packet() {
+TestPacket documentationPacket() {
   TestPacket packet;
   packet.source = "2001:db8::1";
   packet.destination = "2001:db8::2";
@@ -74,7 +74,7 @@ TEST(TtlDown, KeepsOptions) {
 }
 
 TEST(TtlDown, TakesOneFromTheHopLimit) {
-  TestPacket packet = v6Packet();
+  TestPacket packet = documentationPacket();
   Bytes bytes = packet.bytes();
   ASSERT_TRUE(ttlDown(bytes));
   packet.ttl = 63;
@@ -83,7 +83,7 @@ TEST(TtlDown, TakesOneFromTheHopLimit) {
 
 TEST(TtlDown, LeavesAPacketAloneThatHasNoneLeft) {
   for (const unsigned ttl : {0U, 1U}) {
-    for (TestPacket packet : {TestPacket(), v6Packet()}) {
+    for (TestPacket packet : {TestPacket(), documentationPacket()}) {
       packet.ttl = static_cast<std::uint8_t>(ttl);
       Bytes bytes = packet.bytes();
       EXPECT_FALSE(ttlDown(bytes));
@@ -93,7 +93,7 @@ TEST(TtlDown, LeavesAPacketAloneThatHasNoneLeft) {
 }
 
 TEST(TtlIs, WritesAnyValue) {
-  for (TestPacket packet : {TestPacket(), v6Packet()}) {
+  for (TestPacket packet : {TestPacket(), documentationPacket()}) {
     for (const unsigned value : {0U, 1U, 128U, 255U}) {
       const auto ttl = static_cast<std::uint8_t>(value);
       Bytes bytes = packet.bytes();
@@ -106,7 +106,7 @@ TEST(TtlIs, WritesAnyValue) {
 }
 
 TEST(EcnIs, WritesTwoBitsAndNoOthers) {
-  for (TestPacket packet : {TestPacket(), v6Packet()}) {
+  for (TestPacket packet : {TestPacket(), documentationPacket()}) {
     packet.dscp = 0x2a;
     for (std::uint8_t before = 0; before < 4; ++before) {
       for (std::uint8_t after = 0; after < 4; ++after) {
