@@ -4,6 +4,7 @@
 // state machines. An agent begins with `zelVrfSelectionPolicySmFactory`, the layer of a chip with
 // `VrfHelper`.
 
+#include "Velo/Export.h"
 #include "Velo/String.h"
 #include "ZelVrfSelectionPolicy/policy/ZelVrfSelectionPolicySm.h"
 #include "ZelVrfSelectionPolicy/reflection/EnumerationTypes.h"
@@ -23,6 +24,6 @@
 namespace ZelVrfSelectionPolicy {
 
 /// What the names of network namespaces begin with.
-[[gnu::visibility("default")]] extern const Velo::String namespacePrefix;
+ZEL_EXPORT extern const Velo::String namespacePrefix;
 
 }  // namespace ZelVrfSelectionPolicy

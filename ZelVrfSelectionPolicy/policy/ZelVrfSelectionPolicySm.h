@@ -4,6 +4,7 @@
 #include "PolicyMap/PolicyMapAclHelper.h"
 #include "Quarry/Slab.h"
 #include "TrafficPolicy/ZelTrafficPolicySm.h"
+#include "Velo/Export.h"
 #include "Velo/Subscriber.h"
 #include "ZelVrfSelectionPolicy/tables/PolicySmMounts.h"
 #include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
@@ -19,9 +20,8 @@ namespace ZelVrfSelectionPolicy {
 /// It makes neither by itself: the agent installs each, in either order, and removes it again.
 /// Destruction ends the traffic-policy machine first, so that no policy change reaches a
 /// half-destroyed `VrfSm`.
-class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
-    : public Mox::PtrInterface,
-      public Quarry::SlabAllocated<ZelVrfSelectionPolicySm> {
+class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
+                                           public Quarry::SlabAllocated<ZelVrfSelectionPolicySm> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm";
   static const Mox::Type moxType;
@@ -59,9 +59,7 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
   [[nodiscard]] const Mox::Ptr<PolicySmMounts>& policySmMounts() const noexcept {
     return policySmMounts_;
   }
-  [[nodiscard]] const Mox::Ptr<VrfHelper>& vrfHelper() const noexcept {
-    return vrfHelper_;
-  }
+  [[nodiscard]] const Mox::Ptr<VrfHelper>& vrfHelper() const noexcept { return vrfHelper_; }
   [[nodiscard]] const VrfSm::FallbackConfigPtr& vrfFallbackConfig() const noexcept {
     return vrfFallbackConfig_;
   }
@@ -111,26 +109,24 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
   Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmDel();
 
   /// The VRF state machine, null when none is installed.
-  [[nodiscard]] const Mox::Ptr<VrfSm>& vrfSm() const noexcept {
-    return vrfSm_;
-  }
+  [[nodiscard]] const Mox::Ptr<VrfSm>& vrfSm() const noexcept { return vrfSm_; }
   /// The VRF state machine on these very objects: the present one if it was built with them,
   /// otherwise a new one, complete before the old one, which is silenced, is released. Hardware
   /// resources and statuses stay. What its construction throws passes through; the old one is then
   /// kept as it was.
-  Mox::Ptr<VrfSm> vrfSmIs(
-      const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
-      const Mox::Ptr<VrfHelper>& vrfHelper, const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
-      const VrfSm::RouteStatusPtr& routingHwRouteStatus,
-      const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
+  Mox::Ptr<VrfSm> vrfSmIs(const Mox::Ptr<VrfHwConfig>& vrfHwConfig,
+                          const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
+                          const Mox::Ptr<VrfHelper>& vrfHelper,
+                          const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+                          const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+                          const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
   /// Takes the VRF state machine out, silenced; null when there was none.
   Mox::Ptr<VrfSm> vrfSmDel();
 
  private:
-  [[gnu::visibility("hidden")]] static void policySmDispatch(
-      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
-      const void* key, const void* value);
-  [[gnu::visibility("hidden")]] void policySmSubscriptionIs(bool subscribed);
+  ZEL_HIDDEN static void policySmDispatch(Velo::Publisher* publisher, Velo::Subscriber* subscriber,
+                                          short attributeId, const void* key, const void* value);
+  ZEL_HIDDEN void policySmSubscriptionIs(bool subscribed);
 
   // In the order of declaration that destruction reverses.
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> policyHelper_;
@@ -145,12 +141,11 @@ class [[gnu::visibility("default")]] ZelVrfSelectionPolicySm
 };
 
 /// A new top object, as `ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs` makes it.
-[[nodiscard, gnu::visibility("default")]] Mox::Ptr<ZelVrfSelectionPolicySm>
-zelVrfSelectionPolicySmFactory(const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
-                               const Mox::Ptr<PolicySmMounts>& policySmMounts,
-                               const Mox::Ptr<VrfHelper>& vrfHelper,
-                               const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
-                               const VrfSm::RouteStatusPtr& routingHwRouteStatus,
-                               const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
+[[nodiscard]] ZEL_EXPORT Mox::Ptr<ZelVrfSelectionPolicySm> zelVrfSelectionPolicySmFactory(
+    const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
+    const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,
+    const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
+    const VrfSm::RouteStatusPtr& routingHwRouteStatus,
+    const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
 
 }  // namespace ZelVrfSelectionPolicy

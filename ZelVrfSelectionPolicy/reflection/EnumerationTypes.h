@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Mox/AnyValue.h"
+#include "Velo/Export.h"
 #include "ZelVrfSelectionPolicy/values/FailureCode.h"
 #include "ZelVrfSelectionPolicy/values/ProgrammingResult.h"
 
@@ -9,8 +10,8 @@
 
 namespace ZelVrfSelectionPolicy {
 
-[[gnu::visibility("default")]] extern const Mox::Type failureCodeType;
-[[gnu::visibility("default")]] extern const Mox::Type programmingResultType;
+ZEL_EXPORT extern const Mox::Type failureCodeType;
+ZEL_EXPORT extern const Mox::Type programmingResultType;
 
 }  // namespace ZelVrfSelectionPolicy
 

@@ -4,6 +4,7 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
 #include "Quarry/Slab.h"
+#include "Velo/Export.h"
 
 namespace ZelVrfSelectionPolicy {
 
@@ -11,9 +12,8 @@ namespace ZelVrfSelectionPolicy {
 ///
 /// The VRF state machine keeps one for each VRF that others fall back to, so that a change of that
 /// VRF reaches them. Nobody is told of a change.
-class [[gnu::visibility("default")]] DependentVrfInfo final
-    : public Mox::PtrInterface,
-      public Quarry::SlabAllocated<DependentVrfInfo> {
+class ZEL_EXPORT DependentVrfInfo final : public Mox::PtrInterface,
+                                          public Quarry::SlabAllocated<DependentVrfInfo> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::DependentVrfInfo";
   static const Mox::Type moxType;
@@ -28,9 +28,7 @@ class [[gnu::visibility("default")]] DependentVrfInfo final
   ~DependentVrfInfo() override;
 
   /// The VRF that the others depend on.
-  [[nodiscard]] const L3::VrfName& fallbackVrf() const noexcept {
-    return fallbackVrf_;
-  }
+  [[nodiscard]] const L3::VrfName& fallbackVrf() const noexcept { return fallbackVrf_; }
 
   /// Adds a dependent; nothing if it is there.
   void dependentVrfsIs(const L3::VrfName& vrfName);
@@ -40,9 +38,7 @@ class [[gnu::visibility("default")]] DependentVrfInfo final
   /// Whether `vrfName` is a dependent.
   [[nodiscard]] bool dependentVrfs(const L3::VrfName& vrfName) const noexcept;
   /// The whole set, to look at and walk over.
-  [[nodiscard]] const DependentVrfs& dependentVrfs() const noexcept {
-    return dependentVrfs_;
-  }
+  [[nodiscard]] const DependentVrfs& dependentVrfs() const noexcept { return dependentVrfs_; }
 
  private:
   L3::VrfName fallbackVrf_;

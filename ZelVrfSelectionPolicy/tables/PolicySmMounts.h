@@ -12,6 +12,7 @@
 #include "Quarry/Slab.h"
 #include "TrafficPolicy/Status.h"
 #include "TrafficPolicy/TrafficPolicyConfig.h"
+#include "Velo/Export.h"
 
 namespace ZelVrfSelectionPolicy {
 
@@ -23,9 +24,8 @@ namespace ZelVrfSelectionPolicy {
 ///
 ///     Mox::Ptr<PolicySmMounts> mounts = policySmMountsFactory();
 ///     mounts->aclConfigIs(aclConfig);
-class [[gnu::visibility("default")]] PolicySmMounts final
-    : public Mox::PtrInterface,
-      public Quarry::SlabAllocated<PolicySmMounts> {
+class ZEL_EXPORT PolicySmMounts final : public Mox::PtrInterface,
+                                        public Quarry::SlabAllocated<PolicySmMounts> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::PolicySmMounts";
   static const Mox::Type moxType;
@@ -66,12 +66,8 @@ class [[gnu::visibility("default")]] PolicySmMounts final
     policyStatus_ = object;
   }
 
-  [[nodiscard]] const Mox::Ptr<Acl::Config const>& aclConfig() const noexcept {
-    return aclConfig_;
-  }
-  void aclConfigIs(const Mox::Ptr<Acl::Config const>& object) noexcept {
-    aclConfig_ = object;
-  }
+  [[nodiscard]] const Mox::Ptr<Acl::Config const>& aclConfig() const noexcept { return aclConfig_; }
+  void aclConfigIs(const Mox::Ptr<Acl::Config const>& object) noexcept { aclConfig_ = object; }
 
   [[nodiscard]] const Mox::Ptr<Lag::Input::Config const>& lagInputConfig() const noexcept {
     return lagInputConfig_;
@@ -80,19 +76,11 @@ class [[gnu::visibility("default")]] PolicySmMounts final
     lagInputConfig_ = object;
   }
 
-  [[nodiscard]] const Mox::Ptr<Ip::Status const>& ipStatus() const noexcept {
-    return ipStatus_;
-  }
-  void ipStatusIs(const Mox::Ptr<Ip::Status const>& object) noexcept {
-    ipStatus_ = object;
-  }
+  [[nodiscard]] const Mox::Ptr<Ip::Status const>& ipStatus() const noexcept { return ipStatus_; }
+  void ipStatusIs(const Mox::Ptr<Ip::Status const>& object) noexcept { ipStatus_ = object; }
 
-  [[nodiscard]] const Mox::Ptr<Ip6::Status const>& ip6Status() const noexcept {
-    return ip6Status_;
-  }
-  void ip6StatusIs(const Mox::Ptr<Ip6::Status const>& object) noexcept {
-    ip6Status_ = object;
-  }
+  [[nodiscard]] const Mox::Ptr<Ip6::Status const>& ip6Status() const noexcept { return ip6Status_; }
+  void ip6StatusIs(const Mox::Ptr<Ip6::Status const>& object) noexcept { ip6Status_ = object; }
 
   [[nodiscard]] const Mox::Ptr<Mox::Dir const>& routingVrfInfoDir() const noexcept {
     return routingVrfInfoDir_;
@@ -139,6 +127,6 @@ class [[gnu::visibility("default")]] PolicySmMounts final
 };
 
 /// A new bag with all references empty.
-[[nodiscard, gnu::visibility("default")]] Mox::Ptr<PolicySmMounts> policySmMountsFactory();
+[[nodiscard]] ZEL_EXPORT Mox::Ptr<PolicySmMounts> policySmMountsFactory();
 
 }  // namespace ZelVrfSelectionPolicy

@@ -3,6 +3,7 @@
 #include "Mox/Ptr.h"
 #include "Routing/Hardware/RouteStatus.h"
 #include "Routing6/Hardware/RouteStatus.h"
+#include "Velo/Export.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
 #include "Zel/ZelBaseHelper.h"
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
@@ -47,7 +48,7 @@ namespace ZelVrfSelectionPolicy {
 ///
 ///     class MyChip final : public VrfHelper { ... };
 ///     Mox::Ptr<VrfHelper> chip = Mox::makePtr<MyChip>(fallback, routes, routes6);
-class [[gnu::visibility("default")]] VrfHelper : public Zel::ZelBaseHelper {
+class ZEL_EXPORT VrfHelper : public Zel::ZelBaseHelper {
  public:
   static const Mox::Type moxType;
   static constexpr Mox::AttributeId vrfFallbackConfigAttribute = 386;

@@ -3,6 +3,7 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
 #include "Quarry/Slab.h"
+#include "Velo/Export.h"
 #include "Velo/Publisher.h"
 #include "Velo/ScopeStack.h"
 #include "ZelVrfSelectionPolicy/values/VrfAction.h"
@@ -20,8 +21,8 @@ namespace ZelVrfSelectionPolicy {
 ///     Mox::Ptr<VrfHwConfig> users = vrfHwConfigFactory();
 ///     users->vrfRefCountInc(action, 1);     // 1: the resource is created
 ///     users->vrfRefCountDec(action, 1);     // 0: it is deleted, and the entry with it
-class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterface,
-                                                         public Quarry::SlabAllocated<VrfHwConfig> {
+class ZEL_EXPORT VrfHwConfig final : public Mox::PtrInterface,
+                                     public Quarry::SlabAllocated<VrfHwConfig> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwConfig";
   static const Mox::Type moxType;
@@ -53,24 +54,20 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
   /// The count of `action`, 0 if absent.
   [[nodiscard]] unsigned vrfRefCount(const VrfAction& action) const noexcept;
   /// The whole collection, to look at and walk over.
-  [[nodiscard]] const VrfRefCounts& vrfRefCount() const noexcept {
-    return vrfRefCount_;
-  }
+  [[nodiscard]] const VrfRefCounts& vrfRefCount() const noexcept { return vrfRefCount_; }
 
   /// Subscribing does not change the table, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   friend class VrfResources;  // several may work on one table, and agree by what is below
   struct Change;
   using Changes = Velo::ScopeStack<Change>;
 
-  [[gnu::visibility("hidden")]] VrfHwConfig();
-  [[gnu::visibility("hidden")]] void countIs(VrfRefCounts::Position at, unsigned count);
-  [[gnu::visibility("hidden")]] bool vrfRefCountDelUnused(const VrfAction& action);
-  [[gnu::visibility("hidden")]] void publish(VrfRefCounts::Position at, const unsigned* count);
+  ZEL_HIDDEN VrfHwConfig();
+  ZEL_HIDDEN void countIs(VrfRefCounts::Position at, unsigned count);
+  ZEL_HIDDEN bool vrfRefCountDelUnused(const VrfAction& action);
+  ZEL_HIDDEN void publish(VrfRefCounts::Position at, const unsigned* count);
 
   VrfRefCounts vrfRefCount_;
   Changes changes_;  // that subscribers are being notified of
@@ -78,6 +75,6 @@ class [[gnu::visibility("default")]] VrfHwConfig final : public Mox::PtrInterfac
 };
 
 /// A new empty table of users.
-[[nodiscard, gnu::visibility("default")]] Mox::Ptr<VrfHwConfig> vrfHwConfigFactory();
+[[nodiscard]] ZEL_EXPORT Mox::Ptr<VrfHwConfig> vrfHwConfigFactory();
 
 }  // namespace ZelVrfSelectionPolicy

@@ -5,6 +5,7 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Ptr.h"
 #include "Quarry/Slab.h"
+#include "Velo/Export.h"
 #include "Velo/Publisher.h"
 #include "Velo/ScopeStack.h"
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
@@ -20,8 +21,8 @@ namespace ZelVrfSelectionPolicy {
 /// table from inside the call, and may release it.
 ///
 ///     if (statuses->hwStatusHas(action)) show(statuses->hwStatus(action));
-class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterface,
-                                                         public Quarry::SlabAllocated<VrfHwStatus> {
+class ZEL_EXPORT VrfHwStatus final : public Mox::PtrInterface,
+                                     public Quarry::SlabAllocated<VrfHwStatus> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfHwStatus";
   static const Mox::Type moxType;
@@ -49,14 +50,10 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   [[nodiscard]] HwStatus hwStatus(const VrfAction& action) const noexcept;
   [[nodiscard]] bool hwStatusHas(const VrfAction& action) const noexcept;
   /// The whole collection, to look at and walk over.
-  [[nodiscard]] const HwStatuses& hwStatus() const noexcept {
-    return hwStatus_;
-  }
+  [[nodiscard]] const HwStatuses& hwStatus() const noexcept { return hwStatus_; }
 
   /// Subscribing does not change the table, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   friend class VrfResources;  // several may work on one table, and agree by what is below
@@ -64,12 +61,12 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
   struct ResourceCall;
   using ResourceCalls = Velo::ScopeStack<ResourceCall>;
 
-  [[gnu::visibility("hidden")]] VrfHwStatus();
+  ZEL_HIDDEN VrfHwStatus();
   void presentIs(HwStatuses::Position at, const HwStatus& status) {
     if (!(hwStatus_.value(at) == status)) changeTo(at, status);
   }
-  [[gnu::visibility("hidden")]] void changeTo(HwStatuses::Position at, const HwStatus& status);
-  [[gnu::visibility("hidden")]] void notify(HwStatuses::Position at, const HwStatus& status);
+  ZEL_HIDDEN void changeTo(HwStatuses::Position at, const HwStatus& status);
+  ZEL_HIDDEN void notify(HwStatuses::Position at, const HwStatus& status);
 
   HwStatuses hwStatus_;
   std::unique_ptr<class ActionsByVrf> actionsByVrf_;  // never null
@@ -78,6 +75,6 @@ class [[gnu::visibility("default")]] VrfHwStatus final : public Mox::PtrInterfac
 };
 
 /// A new empty table of statuses.
-[[nodiscard, gnu::visibility("default")]] Mox::Ptr<VrfHwStatus> vrfHwStatusFactory();
+[[nodiscard]] ZEL_EXPORT Mox::Ptr<VrfHwStatus> vrfHwStatusFactory();
 
 }  // namespace ZelVrfSelectionPolicy

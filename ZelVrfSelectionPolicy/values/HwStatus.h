@@ -5,6 +5,7 @@
 
 #include "Mox/CharRange.h"
 #include "Mox/Type.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 #include "ZelVrfSelectionPolicy/values/FailureCode.h"
 #include "ZelVrfSelectionPolicy/values/ProgrammingResult.h"
@@ -14,7 +15,7 @@ namespace ZelVrfSelectionPolicy {
 /// The outcome of programming one hardware VRF resource, as the chip reports it.
 ///
 /// A plain value. The default record says that all is well.
-class [[gnu::visibility("default")]] HwStatus {
+class ZEL_EXPORT HwStatus {
  public:
   static const Mox::Type moxType;
 
@@ -22,27 +23,17 @@ class [[gnu::visibility("default")]] HwStatus {
   HwStatus() noexcept = default;
   /// Parses the string form, strictly. Throws `Mox::RangeException`, which names the field whose
   /// value was wrong.
-  explicit HwStatus(Mox::CharRange & range);
+  explicit HwStatus(Mox::CharRange& range);
 
-  [[nodiscard]] ProgrammingResult status() const noexcept {
-    return status_;
-  }
-  void statusIs(ProgrammingResult status) noexcept {
-    status_ = status;
-  }
-  [[nodiscard]] FailureCode failureReason() const noexcept {
-    return failureReason_;
-  }
-  void failureReasonIs(FailureCode reason) noexcept {
-    failureReason_ = reason;
-  }
+  [[nodiscard]] ProgrammingResult status() const noexcept { return status_; }
+  void statusIs(ProgrammingResult status) noexcept { status_ = status; }
+  [[nodiscard]] FailureCode failureReason() const noexcept { return failureReason_; }
+  void failureReasonIs(FailureCode reason) noexcept { failureReason_ = reason; }
   /// Free text for the operator; empty when there is nothing to say.
   [[nodiscard]] const Velo::String& failureDescription() const noexcept {
     return failureDescription_;
   }
-  void failureDescriptionIs(Velo::String text) noexcept {
-    failureDescription_ = std::move(text);
-  }
+  void failureDescriptionIs(Velo::String text) noexcept { failureDescription_ = std::move(text); }
 
   /// Whether the records `a` and `b` are equal. Status and reason are compared first.
   [[nodiscard]] static bool isEq(const void* a, const void* b) noexcept {
@@ -51,9 +42,7 @@ class [[gnu::visibility("default")]] HwStatus {
     return left.status_ == right.status_ && left.failureReason_ == right.failureReason_ &&
            left.failureDescription_ == right.failureDescription_;
   }
-  friend bool operator==(const HwStatus& a, const HwStatus& b) noexcept {
-    return isEq(&a, &b);
-  }
+  friend bool operator==(const HwStatus& a, const HwStatus& b) noexcept { return isEq(&a, &b); }
 
   /// Whether the record differs from a default one.
   explicit operator bool() const noexcept;
@@ -65,9 +54,8 @@ class [[gnu::visibility("default")]] HwStatus {
 };
 
 /// The string form, from which an equal record can be parsed.
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const HwStatus& status);
+[[nodiscard]] ZEL_EXPORT Velo::String valueToStrep(const HwStatus& status);
 /// Writes the string form.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
-                                                        const HwStatus& status);
+ZEL_EXPORT std::ostream& operator<<(std::ostream& stream, const HwStatus& status);
 
 }  // namespace ZelVrfSelectionPolicy

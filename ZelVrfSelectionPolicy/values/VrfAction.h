@@ -8,6 +8,7 @@
 #include "Mox/Hash.h"
 #include "Mox/Type.h"
 #include "PolicyMap/ActionType.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace ZelVrfSelectionPolicy {
@@ -21,7 +22,7 @@ namespace ZelVrfSelectionPolicy {
 ///
 ///     VrfAction action("red", PolicyMap::ActionType::decapVrf);
 ///     action.fallbackVrfNameIs("blue");
-class [[gnu::visibility("default")]] VrfAction {
+class ZEL_EXPORT VrfAction {
  public:
   static const Mox::Type moxType;
 
@@ -31,30 +32,18 @@ class [[gnu::visibility("default")]] VrfAction {
       : vrfName_(std::move(vrfName)), action_(action) {}
   /// Parses the string form, strictly. Throws `Mox::RangeException`, which names the field whose
   /// value was wrong.
-  explicit VrfAction(Mox::CharRange & range);
+  explicit VrfAction(Mox::CharRange& range);
 
   /// The VRF in which matched traffic is looked up.
-  [[nodiscard]] const L3::VrfName& vrfName() const noexcept {
-    return vrfName_;
-  }
+  [[nodiscard]] const L3::VrfName& vrfName() const noexcept { return vrfName_; }
   /// The VRF to fall back to; empty for none.
-  [[nodiscard]] const L3::VrfName& fallbackVrfName() const noexcept {
-    return fallbackVrfName_;
-  }
-  void fallbackVrfNameIs(L3::VrfName name) noexcept {
-    fallbackVrfName_ = std::move(name);
-  }
+  [[nodiscard]] const L3::VrfName& fallbackVrfName() const noexcept { return fallbackVrfName_; }
+  void fallbackVrfNameIs(L3::VrfName name) noexcept { fallbackVrfName_ = std::move(name); }
   /// The VRF in which a packet is looked up after decapsulation; empty for none.
-  [[nodiscard]] const L3::VrfName& postDecapVrfName() const noexcept {
-    return postDecapVrfName_;
-  }
-  void postDecapVrfNameIs(L3::VrfName name) noexcept {
-    postDecapVrfName_ = std::move(name);
-  }
+  [[nodiscard]] const L3::VrfName& postDecapVrfName() const noexcept { return postDecapVrfName_; }
+  void postDecapVrfNameIs(L3::VrfName name) noexcept { postDecapVrfName_ = std::move(name); }
   /// The policy action that asks.
-  [[nodiscard]] PolicyMap::ActionType action() const noexcept {
-    return action_;
-  }
+  [[nodiscard]] PolicyMap::ActionType action() const noexcept { return action_; }
 
   /// Equal records hash equally under every seed.
   [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
@@ -74,9 +63,7 @@ class [[gnu::visibility("default")]] VrfAction {
            left.fallbackVrfName_ == right.fallbackVrfName_ &&
            left.postDecapVrfName_ == right.postDecapVrfName_;
   }
-  friend bool operator==(const VrfAction& a, const VrfAction& b) noexcept {
-    return isEq(&a, &b);
-  }
+  friend bool operator==(const VrfAction& a, const VrfAction& b) noexcept { return isEq(&a, &b); }
 
   /// Orders by the fields as declared: the names in the order of VRF names, then the action.
   [[nodiscard]] bool operator<(const VrfAction& other) const;
@@ -92,9 +79,8 @@ class [[gnu::visibility("default")]] VrfAction {
 };
 
 /// The string form, from which an equal record can be parsed.
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const VrfAction& action);
+[[nodiscard]] ZEL_EXPORT Velo::String valueToStrep(const VrfAction& action);
 /// Writes the string form.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream,
-                                                        const VrfAction& action);
+ZEL_EXPORT std::ostream& operator<<(std::ostream& stream, const VrfAction& action);
 
 }  // namespace ZelVrfSelectionPolicy

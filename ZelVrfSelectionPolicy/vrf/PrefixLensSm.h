@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Mox/NotifieeConst.h"
+#include "Velo/Export.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
 
 namespace ZelVrfSelectionPolicy {
@@ -12,7 +13,7 @@ struct PrefixLensMessages;
 /// something happened is all it needs.
 ///
 /// The machines of the two families differ in their names, collections and messages only.
-class [[gnu::visibility("default")]] VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
+class ZEL_EXPORT VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
  public:
   /// Enters the state of pending deletion, unless it is there. Lets no exception out.
   ~PrefixLensSm() override;
@@ -21,12 +22,8 @@ class [[gnu::visibility("default")]] VrfSm::PrefixLensSm : public Mox::PtrInterf
   void moxDoZombieReactors(bool zombie) override;
 
   /// The machine that owns this one, null once it was removed.
-  [[nodiscard]] VrfSm* vrfSm() const noexcept {
-    return vrfSm_;
-  }
-  void vrfSmIs(VrfSm * vrfSm) noexcept {
-    vrfSm_ = vrfSm;
-  }
+  [[nodiscard]] VrfSm* vrfSm() const noexcept { return vrfSm_; }
+  void vrfSmIs(VrfSm* vrfSm) noexcept { vrfSm_ = vrfSm; }
   /// The prefix lengths that it watches.
   [[nodiscard]] PrefixLensPtr prefixLens() const noexcept {
     return PrefixLensPtr(notifierAs<Routing::Hardware::PrefixLensInExactMatch>());
@@ -40,19 +37,19 @@ class [[gnu::visibility("default")]] VrfSm::PrefixLensSm : public Mox::PtrInterf
 
  protected:
   /// Runs `handleInitialized`.
-  [[gnu::visibility("hidden")]] PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm,
-                                             const PrefixLensMessages& messages);
+  ZEL_HIDDEN PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm,
+                          const PrefixLensMessages& messages);
 
  private:
-  [[nodiscard, gnu::visibility("hidden")]] Velo::String name() const noexcept;
-  [[gnu::visibility("hidden")]] void updateWhatNamesIt();
+  [[nodiscard]] ZEL_HIDDEN Velo::String name() const noexcept;
+  ZEL_HIDDEN void updateWhatNamesIt();
 
   VrfSm* vrfSm_;
   const PrefixLensMessages& messages_;
 };
 
 /// The machine of one VRF's IPv4 prefix lengths.
-class [[gnu::visibility("default")]] VrfSm::NestedSm_VrfPrefixLensInExactMatch final
+class ZEL_EXPORT VrfSm::NestedSm_VrfPrefixLensInExactMatch final
     : public PrefixLensSm,
       public Quarry::SlabAllocated<VrfSm::NestedSm_VrfPrefixLensInExactMatch> {
  public:
@@ -62,7 +59,7 @@ class [[gnu::visibility("default")]] VrfSm::NestedSm_VrfPrefixLensInExactMatch f
 };
 
 /// The machine of one VRF's IPv6 prefix lengths.
-class [[gnu::visibility("default")]] VrfSm::NestedSm_VrfPrefixLensInExactMatchV6 final
+class ZEL_EXPORT VrfSm::NestedSm_VrfPrefixLensInExactMatchV6 final
     : public PrefixLensSm,
       public Quarry::SlabAllocated<VrfSm::NestedSm_VrfPrefixLensInExactMatchV6> {
  public:

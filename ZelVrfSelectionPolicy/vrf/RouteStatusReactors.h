@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Mox/NotifieeConst.h"
+#include "Velo/Export.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
 
 namespace ZelVrfSelectionPolicy {
@@ -10,7 +11,7 @@ namespace ZelVrfSelectionPolicy {
 // state. The machine clears the reactor's pointer to it before it goes.
 
 /// Follows the IPv4 route status: VRF statuses, prefix lengths and decapsulation flags.
-class [[gnu::visibility("hidden")]] VrfSm::MoxRoutingHwRouteStatus final
+class ZEL_HIDDEN VrfSm::MoxRoutingHwRouteStatus final
     : public Mox::PtrInterface::NotifieeConst,
       public Quarry::SlabAllocated<VrfSm::MoxRoutingHwRouteStatus> {
  public:
@@ -20,9 +21,7 @@ class [[gnu::visibility("hidden")]] VrfSm::MoxRoutingHwRouteStatus final
   void onAttribute(Mox::AttributeId attributeId, const void* key) override;
 
   [[nodiscard]] RouteStatusPtr status() const noexcept;
-  void ownerIs(VrfSm * owner) noexcept {
-    owner_ = owner;
-  }
+  void ownerIs(VrfSm* owner) noexcept { owner_ = owner; }
 
  private:
   void followVrfStatus(const L3::VrfName& name);
@@ -33,7 +32,7 @@ class [[gnu::visibility("hidden")]] VrfSm::MoxRoutingHwRouteStatus final
 };
 
 /// Follows the IPv6 route status: prefix lengths only.
-class [[gnu::visibility("hidden")]] VrfSm::MoxRouting6HwRouteStatus final
+class ZEL_HIDDEN VrfSm::MoxRouting6HwRouteStatus final
     : public Mox::PtrInterface::NotifieeConst,
       public Quarry::SlabAllocated<VrfSm::MoxRouting6HwRouteStatus> {
  public:
@@ -43,9 +42,7 @@ class [[gnu::visibility("hidden")]] VrfSm::MoxRouting6HwRouteStatus final
   void onAttribute(Mox::AttributeId attributeId, const void* key) override;
 
   [[nodiscard]] RouteStatus6Ptr status() const noexcept;
-  void ownerIs(VrfSm * owner) noexcept {
-    owner_ = owner;
-  }
+  void ownerIs(VrfSm* owner) noexcept { owner_ = owner; }
 
  private:
   VrfSm* owner_;

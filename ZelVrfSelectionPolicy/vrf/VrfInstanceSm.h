@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Mox/NotifieeConst.h"
+#include "Velo/Export.h"
 #include "ZelVrfSelectionPolicy/vrf/VrfSm.h"
 
 namespace ZelVrfSelectionPolicy {
@@ -11,9 +12,8 @@ namespace ZelVrfSelectionPolicy {
 /// The default VRF's id, and an id that is not assigned yet, are not propagated; the end of a VRF
 /// always is. A status that carries an id already when its machine is made is picked up when the
 /// id changes later.
-class [[gnu::visibility("default")]] VrfSm::VrfInstanceSm final
-    : public Mox::PtrInterface::NotifieeConst,
-      public Quarry::SlabAllocated<VrfSm::VrfInstanceSm> {
+class ZEL_EXPORT VrfSm::VrfInstanceSm final : public Mox::PtrInterface::NotifieeConst,
+                                              public Quarry::SlabAllocated<VrfSm::VrfInstanceSm> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::VrfSm::VrfInstanceSm";
   static const Mox::Type moxType;
@@ -27,23 +27,15 @@ class [[gnu::visibility("default")]] VrfSm::VrfInstanceSm final
   void moxDoZombieReactors(bool zombie) override;
 
   /// The machine that owns this one, null once it was removed.
-  [[nodiscard]] VrfSm* vrfSm() const noexcept {
-    return vrfSm_;
-  }
-  void vrfSmIs(VrfSm * vrfSm) noexcept {
-    vrfSm_ = vrfSm;
-  }
+  [[nodiscard]] VrfSm* vrfSm() const noexcept { return vrfSm_; }
+  void vrfSmIs(VrfSm* vrfSm) noexcept { vrfSm_ = vrfSm; }
   /// The status that it watches.
   [[nodiscard]] VrfStatusPtr vrfInstance() const noexcept;
   /// The name of the watched VRF, empty when there is none.
   [[nodiscard]] L3::VrfName vrfName() const noexcept;
-  [[nodiscard]] L3::VrfName vrfInstanceName() const noexcept {
-    return vrfName();
-  }
+  [[nodiscard]] L3::VrfName vrfInstanceName() const noexcept { return vrfName(); }
   /// The key in the collection of its owner.
-  [[nodiscard]] L3::VrfName fwkKey() const noexcept {
-    return vrfName();
-  }
+  [[nodiscard]] L3::VrfName fwkKey() const noexcept { return vrfName(); }
 
   /// Watches `notifier`, if it is a VRF status, from now on, and looks at its id at once.
   void notifierIs(const Mox::Ptr<Mox::PtrInterface const>& notifier);
@@ -53,8 +45,8 @@ class [[gnu::visibility("default")]] VrfSm::VrfInstanceSm final
   void handleVrfRemove();
 
  private:
-  [[nodiscard, gnu::visibility("hidden")]] unsigned vrfId() const noexcept;
-  [[gnu::visibility("hidden")]] void updateWhatNamesIt();
+  [[nodiscard]] ZEL_HIDDEN unsigned vrfId() const noexcept;
+  ZEL_HIDDEN void updateWhatNamesIt();
 
   VrfSm* vrfSm_;
 };

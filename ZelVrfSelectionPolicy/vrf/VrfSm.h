@@ -9,6 +9,7 @@
 #include "Quarry/Slab.h"
 #include "Routing/Hardware/RouteStatus.h"
 #include "Routing6/Hardware/RouteStatus.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 #include "Velo/Subscriber.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
@@ -38,8 +39,7 @@ class VrfWatches;
 /// replacement built on the same tables finds them. Everything runs synchronously on the agent's
 /// event-loop thread. A hook may change the tables and the configuration, and may release the
 /// machine itself: it lives on until the handler that called the hook returns.
-class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
-                                                   public Quarry::SlabAllocated<VrfSm> {
+class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllocated<VrfSm> {
  public:
   class VrfInstanceSm;
   class PrefixLensSm;
@@ -78,21 +78,17 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   /// A new machine with its notifications on. `vrfFallbackConfig`, `vrfHwStatus` and `vrfHelper`
   /// must not be null; without `vrfHwConfig` it follows no counts, without a route status not the
   /// VRFs or prefix lengths of that family.
-  [[nodiscard]] static Mox::Ptr<VrfSm> VrfSmIs(
-      const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
-      const Mox::Ptr<VrfHelper>& vrfHelper, const FallbackConfigPtr& vrfFallbackConfig,
-      const RouteStatusPtr& routingHwRouteStatus, const RouteStatus6Ptr& routing6HwRouteStatus);
+  [[nodiscard]] static Mox::Ptr<VrfSm> VrfSmIs(const Mox::Ptr<VrfHwConfig>& vrfHwConfig,
+                                               const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
+                                               const Mox::Ptr<VrfHelper>& vrfHelper,
+                                               const FallbackConfigPtr& vrfFallbackConfig,
+                                               const RouteStatusPtr& routingHwRouteStatus,
+                                               const RouteStatus6Ptr& routing6HwRouteStatus);
 
   // What it was built with; a route status is null when it was given none.
-  [[nodiscard]] const Mox::Ptr<VrfHwConfig>& vrfHwConfig() const noexcept {
-    return vrfHwConfig_;
-  }
-  [[nodiscard]] const Mox::Ptr<VrfHwStatus>& vrfHwStatus() const noexcept {
-    return vrfHwStatus_;
-  }
-  [[nodiscard]] const Mox::Ptr<VrfHelper>& vrfHelper() const noexcept {
-    return vrfHelper_;
-  }
+  [[nodiscard]] const Mox::Ptr<VrfHwConfig>& vrfHwConfig() const noexcept { return vrfHwConfig_; }
+  [[nodiscard]] const Mox::Ptr<VrfHwStatus>& vrfHwStatus() const noexcept { return vrfHwStatus_; }
+  [[nodiscard]] const Mox::Ptr<VrfHelper>& vrfHelper() const noexcept { return vrfHelper_; }
   [[nodiscard]] const FallbackConfigPtr& vrfFallbackConfig() const noexcept {
     return vrfFallbackConfig_;
   }
@@ -140,8 +136,8 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   Mox::Ptr<DependentVrfInfo> dependentVrfInfoDel(const L3::VrfName& vrfName);
   void dependentVrfInfoDelAll();
   /// The record of the VRFs that fall back to `vrfName`, or null.
-  [[nodiscard]] Mox::Ptr<DependentVrfInfo> dependentVrfInfo(const L3::VrfName& vrfName)
-      const noexcept;
+  [[nodiscard]] Mox::Ptr<DependentVrfInfo> dependentVrfInfo(
+      const L3::VrfName& vrfName) const noexcept;
   [[nodiscard]] const DependentVrfInfos& dependentVrfInfo() const noexcept;
 
   // The nested machines that watch VRFs.
@@ -175,21 +171,19 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
   class MoxRoutingHwRouteStatus;
   class MoxRouting6HwRouteStatus;
 
-  [[gnu::visibility("hidden")]] static void vrfHwConfigDispatch(
-      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
-      const void* key, const void* value);
-  [[gnu::visibility("hidden")]] static void vrfFallbackConfigDispatch(
-      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
-      const void* key, const void* value);
-  [[gnu::visibility("hidden")]] void mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf);
+  ZEL_HIDDEN static void vrfHwConfigDispatch(Velo::Publisher* publisher,
+                                             Velo::Subscriber* subscriber, short attributeId,
+                                             const void* key, const void* value);
+  ZEL_HIDDEN static void vrfFallbackConfigDispatch(Velo::Publisher* publisher,
+                                                   Velo::Subscriber* subscriber, short attributeId,
+                                                   const void* key, const void* value);
+  ZEL_HIDDEN void mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf);
 
-  [[nodiscard]] bool ignoresChanges() const noexcept {
-    return isZombie() || tearingDown_;
-  }
-  [[gnu::visibility("hidden")]] void subscriptionsAre(bool subscribed);
-  [[gnu::visibility("hidden")]] void handleWhatIsThere();
-  [[gnu::visibility("hidden")]] void tearDown() noexcept;
-  [[nodiscard, gnu::visibility("hidden")]] bool decapNhFlag() const;
+  [[nodiscard]] bool ignoresChanges() const noexcept { return isZombie() || tearingDown_; }
+  ZEL_HIDDEN void subscriptionsAre(bool subscribed);
+  ZEL_HIDDEN void handleWhatIsThere();
+  ZEL_HIDDEN void tearDown() noexcept;
+  [[nodiscard]] ZEL_HIDDEN bool decapNhFlag() const;
 
   // In the order that destruction reverses.
   Mox::Ptr<VrfHwConfig> vrfHwConfig_;
@@ -208,7 +202,7 @@ class [[gnu::visibility("default")]] VrfSm final : public Mox::PtrInterface,
 };
 
 /// A new VRF state machine, as `VrfSm::VrfSmIs` makes it.
-[[nodiscard, gnu::visibility("default")]] Mox::Ptr<VrfSm> vrfSmFactory(
+[[nodiscard]] ZEL_EXPORT Mox::Ptr<VrfSm> vrfSmFactory(
     const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
     const Mox::Ptr<VrfHelper>& vrfHelper, const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
     const VrfSm::RouteStatusPtr& routingHwRouteStatus,

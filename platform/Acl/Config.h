@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Acl {
 
 /// The configured access lists.
-class [[gnu::visibility("default")]] Config final : public Mox::NamedEntity<Config> {
+class ZEL_EXPORT Config final : public Mox::NamedEntity<Config> {
  public:
   static constexpr Mox::Type moxType{"Acl::Config"};
 

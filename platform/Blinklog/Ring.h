@@ -15,6 +15,7 @@
 #include "Blinklog/RingFileError.h"
 #include "Blinklog/Site.h"
 #include "Blinklog/Slot.h"
+#include "Velo/Export.h"
 
 namespace Blinklog {
 
@@ -36,7 +37,7 @@ class RingFile;
 ///
 /// Invariant: message number n (from 0) is in slot n modulo the number of slots, and a slot holds
 /// the number of its message only while that message is whole in it.
-class [[gnu::visibility("default")]] Ring {
+class ZEL_EXPORT Ring {
  public:
   static constexpr std::size_t slotBytes = Slot::bytes;
 
@@ -55,12 +56,8 @@ class [[gnu::visibility("default")]] Ring {
   /// The messages it holds, oldest first.
   [[nodiscard]] std::vector<Record> dump() const;
   /// Messages written so far.
-  [[nodiscard]] std::uint64_t written() const noexcept {
-    return written_;
-  }
-  [[nodiscard]] std::size_t slots() const noexcept {
-    return slots_;
-  }
+  [[nodiscard]] std::uint64_t written() const noexcept { return written_; }
+  [[nodiscard]] std::size_t slots() const noexcept { return slots_; }
   /// Moves the ring, with the messages that it holds, into a file that outlives this process, for
   /// RingImage to read; what was in that file is kept as FILE.previous. Writing costs the same.
   /// Throws a RingFileError, and then the ring stays where it is.
@@ -122,7 +119,7 @@ class Ring::Message {
 };
 
 /// The ring of this process.
-[[gnu::visibility("default")]] extern Ring ringOfProcess;
+ZEL_EXPORT extern Ring ringOfProcess;
 [[nodiscard]] inline Ring& ring() noexcept {
   return ringOfProcess;
 }

@@ -3,22 +3,20 @@
 #include <stdexcept>
 #include <string>
 
+#include "Velo/Export.h"
+
 namespace Blinklog {
 
 /// What is wrong with a file that holds a ring or shall hold one.
-class [[gnu::visibility("default")]] RingFileError : public std::runtime_error {
+class ZEL_EXPORT RingFileError : public std::runtime_error {
  public:
   RingFileError(std::string path, const std::string& problem)
       : std::runtime_error(path + ": " + problem), path_(std::move(path)), problem_(problem) {}
 
   /// The file, in its own bytes, which may be any.
-  [[nodiscard]] const std::string& path() const noexcept {
-    return path_;
-  }
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
   /// One line: what is wrong with the file, and what would be right.
-  [[nodiscard]] const std::string& problem() const noexcept {
-    return problem_;
-  }
+  [[nodiscard]] const std::string& problem() const noexcept { return problem_; }
 
  private:
   std::string path_;

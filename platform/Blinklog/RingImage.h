@@ -7,6 +7,7 @@
 #include "Blinklog/Record.h"
 #include "Blinklog/RingFileError.h"
 #include "Blinklog/Site.h"
+#include "Velo/Export.h"
 
 namespace Blinklog {
 
@@ -19,7 +20,7 @@ namespace Blinklog {
 /// The file may hold any bytes: it is either told or refused, in memory bounded by its size. A
 /// message that was not written to its end is left out; of a living process so is what it writes
 /// meanwhile.
-class [[gnu::visibility("default")]] RingImage {
+class ZEL_EXPORT RingImage {
  public:
   /// Reads the file. Throws a RingFileError.
   explicit RingImage(const std::string& path);
@@ -28,16 +29,10 @@ class [[gnu::visibility("default")]] RingImage {
   ~RingImage();
 
   /// The process that wrote it, and when it began to, in seconds since 1970.
-  [[nodiscard]] std::uint32_t process() const noexcept {
-    return process_;
-  }
-  [[nodiscard]] std::uint64_t madeAt() const noexcept {
-    return madeAt_;
-  }
+  [[nodiscard]] std::uint32_t process() const noexcept { return process_; }
+  [[nodiscard]] std::uint64_t madeAt() const noexcept { return madeAt_; }
   /// The messages, oldest first.
-  [[nodiscard]] const std::vector<Record>& records() const noexcept {
-    return records_;
-  }
+  [[nodiscard]] const std::vector<Record>& records() const noexcept { return records_; }
 
  private:
   std::uint32_t process_ = 0;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Velo/Export.h"
+
 namespace Blinklog {
 
 /// Where and what a message is. `fragments` are its text in order; "%s", "%u" and "%b" stand for
@@ -25,7 +27,7 @@ using SiteId = std::uint32_t;
 
 /// Registers `site` process-wide and gives its id, the same one for an equal site. The site is
 /// copied, so messages can be dumped after the library that wrote them was unloaded.
-[[nodiscard, gnu::visibility("default")]] SiteId siteIs(const Site& site);
+[[nodiscard]] ZEL_EXPORT SiteId siteIs(const Site& site);
 
 /// How many are registered. Whatever static has asked once may use sites until it is destroyed.
 [[nodiscard]] std::size_t siteCount() noexcept;

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Bost {
 
 /// The timers of the event loop.
-class [[gnu::visibility("default")]] TimerWheel final : public Mox::NamedEntity<TimerWheel> {
+class ZEL_EXPORT TimerWheel final : public Mox::NamedEntity<TimerWheel> {
  public:
   static constexpr Mox::Type moxType{"Bost::TimerWheel"};
 

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Classification {
 
 /// Named sets of field values that rules match on.
-class [[gnu::visibility("default")]] FieldSetConfig final
-    : public Mox::NamedEntity<FieldSetConfig> {
+class ZEL_EXPORT FieldSetConfig final : public Mox::NamedEntity<FieldSetConfig> {
  public:
   static constexpr Mox::Type moxType{"Classification::FieldSetConfig"};
 

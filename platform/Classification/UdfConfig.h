@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Classification {
 
 /// The configured user-defined fields of packets.
-class [[gnu::visibility("default")]] UdfConfig final : public Mox::NamedEntity<UdfConfig> {
+class ZEL_EXPORT UdfConfig final : public Mox::NamedEntity<UdfConfig> {
  public:
   static constexpr Mox::Type moxType{"Classification::UdfConfig"};
 

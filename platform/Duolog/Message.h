@@ -7,6 +7,7 @@
 
 #include "Blinklog/Ring.h"
 #include "Mox/TraceHandle.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace Duolog {
@@ -41,7 +42,7 @@ class Argument {
 ///     deleting(name);
 ///
 /// Sending never allocates unless the text is on. Functions, fragments and path are literals.
-class [[gnu::visibility("default")]] Message {
+class ZEL_EXPORT Message {
  public:
   /// What all messages of one source file share.
   struct Source {

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "Velo/Export.h"
+
 namespace Duolog {
 
 /// Ends the process for want of memory: the last message in the ring of the process, and then on
@@ -16,6 +18,6 @@ namespace Duolog {
 ///     if (memory == nullptr) Duolog::outOfMemory(size);
 ///
 /// `size` is in bytes; 0 stands for one that is not known.
-[[noreturn, gnu::visibility("default")]] void outOfMemory(std::size_t size = 0) noexcept;
+[[noreturn]] ZEL_EXPORT void outOfMemory(std::size_t size = 0) noexcept;
 
 }  // namespace Duolog

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Ip {
 
 /// The IPv4 configuration.
-class [[gnu::visibility("default")]] Config final : public Mox::NamedEntity<Config> {
+class ZEL_EXPORT Config final : public Mox::NamedEntity<Config> {
  public:
   static constexpr Mox::Type moxType{"Ip::Config"};
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Ip6 {
 
 /// Addresses and state of IPv6 interfaces.
-class [[gnu::visibility("default")]] Status final : public Mox::NamedEntity<Status> {
+class ZEL_EXPORT Status final : public Mox::NamedEntity<Status> {
  public:
   static constexpr Mox::Type moxType{"Ip6::Status"};
 

@@ -9,6 +9,7 @@
 #include "Mox/CharRange.h"
 #include "Mox/Hash.h"
 #include "Mox/Type.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace L3 {
@@ -20,7 +21,7 @@ namespace L3 {
 /// text: a name is as small as a pointer, equality and hash do not touch the bytes, and a copy
 /// increments a counter. Only building one from bytes looks it up. Names belong to the event-loop
 /// thread.
-class [[gnu::visibility("default")]] VrfName {
+class ZEL_EXPORT VrfName {
  public:
   static const Mox::Type moxType;
   static constexpr std::size_t maxLength = 100;
@@ -36,7 +37,7 @@ class [[gnu::visibility("default")]] VrfName {
   VrfName(const VrfName& other) noexcept : interned_(other.interned_) {
     if (interned_ != nullptr) ++interned_->users;
   }
-  VrfName(VrfName && other) noexcept : interned_(std::exchange(other.interned_, nullptr)) {}
+  VrfName(VrfName&& other) noexcept : interned_(std::exchange(other.interned_, nullptr)) {}
   VrfName& operator=(VrfName other) noexcept {
     std::swap(interned_, other.interned_);
     return *this;
@@ -49,12 +50,8 @@ class [[gnu::visibility("default")]] VrfName {
   [[nodiscard]] std::string_view bytes() const noexcept {
     return interned_ == nullptr ? std::string_view() : interned_->bytes();
   }
-  [[nodiscard]] bool empty() const noexcept {
-    return interned_ == nullptr;
-  }
-  [[nodiscard]] std::string str() const {
-    return std::string(bytes());
-  }
+  [[nodiscard]] bool empty() const noexcept { return interned_ == nullptr; }
+  [[nodiscard]] std::string str() const { return std::string(bytes()); }
 
   /// A hash of the bytes under the seed of the process, scattered by `seed`: what collections keyed
   /// by names use. Nobody outside the process can choose names that collide in it.
@@ -63,9 +60,7 @@ class [[gnu::visibility("default")]] VrfName {
   }
   /// `Mox::hashSingleAttr(0, bytes())`: the same in every process. Different names can be made to
   /// have the same one.
-  [[nodiscard]] unsigned byteHash() const noexcept {
-    return hashes().ofBytes;
-  }
+  [[nodiscard]] unsigned byteHash() const noexcept { return hashes().ofBytes; }
 
   /// A small number that no other name in use has, 0 for the empty name: the index of a name in
   /// an array of what belongs to names. It may go to another name when the last user of this one
@@ -76,9 +71,7 @@ class [[gnu::visibility("default")]] VrfName {
 
   /// The name "default".
   [[nodiscard]] static const VrfName& defaultVrf();
-  [[nodiscard]] bool isDefaultVrf() const {
-    return *this == defaultVrf();
-  }
+  [[nodiscard]] bool isDefaultVrf() const { return *this == defaultVrf(); }
 
   friend bool operator==(const VrfName& a, const VrfName& b) noexcept {
     return a.interned_ == b.interned_;
@@ -117,7 +110,7 @@ class [[gnu::visibility("default")]] VrfName {
     return running.result();
   }
   static const Hashes& hashesOfEmpty() noexcept;
-  static void release(Interned * interned) noexcept;
+  static void release(Interned* interned) noexcept;
 
   [[nodiscard]] const Hashes& hashes() const noexcept {
     return interned_ == nullptr ? hashesOfEmpty() : interned_->hashes;
@@ -127,10 +120,10 @@ class [[gnu::visibility("default")]] VrfName {
 };
 
 /// String form: quoted and escaped.
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const VrfName& name);
+[[nodiscard]] ZEL_EXPORT Velo::String valueToStrep(const VrfName& name);
 /// Reads the string form; a name that is too long is a `Mox::RangeException` as at construction.
-[[gnu::visibility("default")]] void sequenceToValue(Mox::CharRange& range, VrfName* name);
+ZEL_EXPORT void sequenceToValue(Mox::CharRange& range, VrfName* name);
 /// Writes the bare bytes.
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream, const VrfName& name);
+ZEL_EXPORT std::ostream& operator<<(std::ostream& stream, const VrfName& name);
 
 }  // namespace L3

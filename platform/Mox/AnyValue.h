@@ -10,6 +10,7 @@
 #include "Mox/Exceptions.h"
 #include "Mox/Ptr.h"
 #include "Mox/Type.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace Mox {
@@ -28,11 +29,11 @@ struct TypeOf<T> {
 };
 
 // The types that every module may use without bringing them.
-[[gnu::visibility("default")]] extern const Type boolType;
-[[gnu::visibility("default")]] extern const Type unsignedType;
-[[gnu::visibility("default")]] extern const Type stringType;
-[[gnu::visibility("default")]] extern const Type entityPtrType;
-[[gnu::visibility("default")]] extern const Type constEntityPtrType;
+ZEL_EXPORT extern const Type boolType;
+ZEL_EXPORT extern const Type unsignedType;
+ZEL_EXPORT extern const Type stringType;
+ZEL_EXPORT extern const Type entityPtrType;
+ZEL_EXPORT extern const Type constEntityPtrType;
 
 template <>
 struct TypeOf<bool> {
@@ -78,7 +79,7 @@ struct Kind;
 ///     count.as<bool>();                        // throws
 ///     Mox::AnyValue helper = vrfHelper;        // a Mox::Ptr<VrfHelper>
 ///     helper.as<Mox::Ptr<VrfHelper const>>();  // the same object
-class [[gnu::visibility("default")]] AnyValue {
+class ZEL_EXPORT AnyValue {
  public:
   /// No value.
   AnyValue() noexcept = default;
@@ -91,7 +92,7 @@ class [[gnu::visibility("default")]] AnyValue {
       : AnyValue(typename Kind<Ptr<Entity>>::Carried(std::move(entity))) {}
 
   AnyValue(const AnyValue& other);
-  AnyValue(AnyValue && other) noexcept
+  AnyValue(AnyValue&& other) noexcept
       : type_(std::exchange(other.type_, nullptr)), value_(std::exchange(other.value_, nullptr)) {}
   AnyValue& operator=(AnyValue other) noexcept;
   ~AnyValue();
@@ -105,16 +106,10 @@ class [[gnu::visibility("default")]] AnyValue {
   [[nodiscard]] static AnyValue parsed(const Type& type, std::string_view text);
 
   /// The entry of the value's type, null for no value.
-  [[nodiscard]] const Type* type() const noexcept {
-    return type_;
-  }
+  [[nodiscard]] const Type* type() const noexcept { return type_; }
   /// The value itself, null for no value.
-  [[nodiscard]] const void* value() const noexcept {
-    return value_;
-  }
-  [[nodiscard]] void* value() noexcept {
-    return value_;
-  }
+  [[nodiscard]] const void* value() const noexcept { return value_; }
+  [[nodiscard]] void* value() noexcept { return value_; }
 
   /// Whether `as<T>()` gives a value.
   template <class T>
@@ -139,9 +134,7 @@ class [[gnu::visibility("default")]] AnyValue {
   /// The string form; empty for no value.
   [[nodiscard]] Velo::String text() const;
 
-  friend bool operator==(const AnyValue& a, const AnyValue& b) {
-    return a.isEqual(b);
-  }
+  friend bool operator==(const AnyValue& a, const AnyValue& b) { return a.isEqual(b); }
 
  private:
   AnyValue(const Type* type, void* value) noexcept : type_(type), value_(value) {}

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Mox/AnyValue.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -16,19 +17,15 @@ namespace Mox {
 ///
 ///     const auto [action, count] = arguments.as<std::tuple<VrfAction, unsigned>>();
 ///     table.vrfRefCountIs(action, count);
-class [[gnu::visibility("default")]] Arguments {
+class ZEL_EXPORT Arguments {
  public:
   /// Both must outlive this.
   Arguments(std::string_view callee, std::span<const AnyValue> values) noexcept
       : callee_(callee), values_(values) {}
 
   /// What is called.
-  [[nodiscard]] std::string_view callee() const noexcept {
-    return callee_;
-  }
-  [[nodiscard]] std::size_t count() const noexcept {
-    return values_.size();
-  }
+  [[nodiscard]] std::string_view callee() const noexcept { return callee_; }
+  [[nodiscard]] std::size_t count() const noexcept { return values_.size(); }
   /// Throws `ArgumentException` when there are not so many.
   void needCount(std::size_t count) const;
 

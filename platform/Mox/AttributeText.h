@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Mox/ReflectiveAccess.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -25,8 +26,8 @@ struct TextAnswer {
 ///     Mox::attributeText(*vrfSm, "fallbackVrfInfo").text;           // "'red': 'blue'\n"
 ///     Mox::attributeText(*vrfSm, "fallbackVrfInfo", "'red'").text;  // "'blue'"
 ///     Mox::attributeText(*vrfSm, "136", "'red'").text;              // the same
-[[nodiscard, gnu::visibility("default")]] TextAnswer attributeText(
-    const Object& object, std::string_view attribute,
-    std::optional<std::string_view> key = std::nullopt);
+[[nodiscard]] ZEL_EXPORT TextAnswer
+attributeText(const Object& object, std::string_view attribute,
+              std::optional<std::string_view> key = std::nullopt);
 
 }  // namespace Mox

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "Velo/Export.h"
+
 namespace Mox {
 
 /// Text under a strict parser, read from the front.
@@ -14,21 +16,15 @@ namespace Mox {
 ///     range.needString("{'name': ");
 ///     L3::VrfName name = Mox::deserializeAttr<L3::VrfName>(range, "name");
 ///     range.needString("}");
-class [[gnu::visibility("default")]] CharRange {
+class ZEL_EXPORT CharRange {
  public:
   explicit CharRange(std::string_view text) noexcept : text_(text) {}
 
-  [[nodiscard]] bool atEnd() const noexcept {
-    return next_ == text_.size();
-  }
+  [[nodiscard]] bool atEnd() const noexcept { return next_ == text_.size(); }
   /// What has not been consumed yet.
-  [[nodiscard]] std::string_view rest() const noexcept {
-    return text_.substr(next_);
-  }
+  [[nodiscard]] std::string_view rest() const noexcept { return text_.substr(next_); }
   /// Consumes `size` bytes. Precondition: so many are left.
-  void advance(std::size_t size) noexcept {
-    next_ += size;
-  }
+  void advance(std::size_t size) noexcept { next_ += size; }
 
   /// Consumes `literal`, which must come next.
   void needString(std::string_view literal) {

@@ -2,11 +2,12 @@
 
 #include "Mox/Entity.h"
 #include "Mox/HashMap2018.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
 /// A directory: an entity that holds others under their names.
-class [[gnu::visibility("default")]] Dir final : public Entity {
+class ZEL_EXPORT Dir final : public Entity {
  public:
   static constexpr Type moxType{"Mox::Dir"};
 
@@ -23,9 +24,7 @@ class [[gnu::visibility("default")]] Dir final : public Entity {
   Ptr<Entity> entryDel(const Velo::String& name);
   /// The entry of that name, or null.
   [[nodiscard]] Ptr<Entity> entry(const Velo::String& name) const noexcept;
-  [[nodiscard]] unsigned entries() const noexcept {
-    return entries_.count();
-  }
+  [[nodiscard]] unsigned entries() const noexcept { return entries_.count(); }
 
  private:
   HashMap2018<Velo::String, Ptr<Entity>, 0x3c1d7be9> entries_;

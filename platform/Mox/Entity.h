@@ -1,12 +1,13 @@
 #pragma once
 
 #include "Mox/Ptr.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace Mox {
 
 /// An entity with a name and a place: the parent, which it does not own.
-class [[gnu::visibility("default")]] Entity : public PtrInterface {
+class ZEL_EXPORT Entity : public PtrInterface {
  public:
   static constexpr Type moxType{"Mox::Entity"};
 
@@ -18,9 +19,7 @@ class [[gnu::visibility("default")]] Entity : public PtrInterface {
   /// Called after the parent has changed to `parent`, which may be null.
   virtual void handleParent(const Ptr<Entity>& parent);
 
-  [[nodiscard]] const Velo::String& name() const noexcept {
-    return name_;
-  }
+  [[nodiscard]] const Velo::String& name() const noexcept { return name_; }
   /// The parent, null when there is none.
   [[nodiscard]] Ptr<Entity> parent() const noexcept;
   /// Makes `parent` the parent, which must take itself out before it goes.

@@ -8,6 +8,7 @@
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -24,15 +25,13 @@ class EnumType;
 ///     switchCodes.name(1);          // "on"
 ///     switchCodes.code("off");      // 0
 template <>
-class [[gnu::visibility("default")]] EnumType<unsigned char> {
+class ZEL_EXPORT EnumType<unsigned char> {
  public:
   /// `names` are the names of the codes 0, 1, ... and must outlive this.
   constexpr EnumType(std::string_view typeName, std::span<const std::string_view> names) noexcept
       : typeName_(typeName), names_(names) {}
 
-  [[nodiscard]] constexpr std::string_view typeName() const noexcept {
-    return typeName_;
-  }
+  [[nodiscard]] constexpr std::string_view typeName() const noexcept { return typeName_; }
   /// The names of the codes 0, 1, ...
   [[nodiscard]] constexpr std::span<const std::string_view> names() const noexcept {
     return names_;
@@ -46,10 +45,10 @@ class [[gnu::visibility("default")]] EnumType<unsigned char> {
   /// The code of `name`; `RangeException` when there is none.
   [[nodiscard]] unsigned char code(std::string_view name) const;
   /// Consumes a name from `range` and gives its code; `RangeException` when it is none.
-  [[nodiscard]] unsigned char read(CharRange & range) const;
+  [[nodiscard]] unsigned char read(CharRange& range) const;
 
  private:
-  [[nodiscard, gnu::visibility("hidden")]] std::string allNames() const;
+  [[nodiscard]] ZEL_HIDDEN std::string allNames() const;
 
   std::string_view typeName_;
   std::span<const std::string_view> names_;

@@ -4,35 +4,38 @@
 #include <string>
 #include <string_view>
 
+#include "Velo/Export.h"
+
 namespace Mox {
 
 /// A value lies outside what its type or its textual form allows.
-class [[gnu::visibility("default")]] RangeException : public std::range_error {
+class ZEL_EXPORT RangeException : public std::range_error {
  public:
   using std::range_error::range_error;
 };
 
 /// A mutator was given null where it needs an object.
-class [[gnu::visibility("default")]] NullArgumentException : public std::invalid_argument{
-  public :
-      /// `attribute` is the name of the attribute that the mutator belongs to.
-      explicit NullArgumentException(std::string_view attribute) : std::invalid_argument(
-          "null argument to the mutator of attribute '" + std::string(attribute) + "'"){}
+class ZEL_EXPORT NullArgumentException : public std::invalid_argument {
+ public:
+  /// `attribute` is the name of the attribute that the mutator belongs to.
+  explicit NullArgumentException(std::string_view attribute)
+      : std::invalid_argument("null argument to the mutator of attribute '" +
+                              std::string(attribute) + "'") {}
 };
 
 /// An operation by name or number was given arguments that it does not take.
-class [[gnu::visibility("default")]] ArgumentException : public std::invalid_argument {
+class ZEL_EXPORT ArgumentException : public std::invalid_argument {
  public:
   using std::invalid_argument::invalid_argument;
 };
 
 /// A member of a set was to be set to false: a set holds members only, they are removed.
-class [[gnu::visibility("default")]] FalseMemberException : public ArgumentException{
-  public :
-      /// `attribute` is the name of the set.
-      explicit FalseMemberException(std::string_view attribute) :
-          ArgumentException("a member of the set '" + std::string(attribute) +
-                            "' cannot be set to false, only deleted"){}
+class ZEL_EXPORT FalseMemberException : public ArgumentException {
+ public:
+  /// `attribute` is the name of the set.
+  explicit FalseMemberException(std::string_view attribute)
+      : ArgumentException("a member of the set '" + std::string(attribute) +
+                          "' cannot be set to false, only deleted") {}
 };
 
 }  // namespace Mox

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Velo/ByteHash.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -37,7 +38,7 @@ class Hash {
 }
 
 /// The hash seed of this process.
-class [[gnu::visibility("default")]] HashHelper {
+class ZEL_EXPORT HashHelper {
  public:
   /// Drawn at random once per process, so that nobody can aim at one bucket. For runs that must
   /// repeat one another to the instruction, the environment variable `MOX_HASH_SEED` sets it: a

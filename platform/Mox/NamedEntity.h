@@ -3,13 +3,14 @@
 #include <concepts>
 
 #include "Mox/Entity.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
 /// Base of an entity that is held and handed on: a name and a type of its own. `Derived` brings
 /// the entry of that type, `moxType`, and the static creator, which is named after it.
 ///
-///     class [[gnu::visibility("default")]] Lamps final : public Mox::NamedEntity<Lamps> {
+///     class ZEL_EXPORT Lamps final : public Mox::NamedEntity<Lamps> {
 ///      public:
 ///       static constexpr Mox::Type moxType{"House::Lamps"};
 ///
@@ -19,14 +20,12 @@ namespace Mox {
 ///       }
 ///     };
 template <class Derived, class Base = Entity>
-class [[gnu::visibility("default")]] NamedEntity : public Base {
+class ZEL_EXPORT NamedEntity : public Base {
   static_assert(std::derived_from<Base, Entity>);
 
  public:
   explicit NamedEntity(const Velo::String& name) noexcept : Base(name) {}
-  [[nodiscard]] const Type* fwkType() const override {
-    return &Derived::moxType;
-  }
+  [[nodiscard]] const Type* fwkType() const override { return &Derived::moxType; }
 };
 
 }  // namespace Mox

@@ -2,6 +2,7 @@
 
 #include "Mox/Ptr.h"
 #include "Mox/PtrInterface.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -13,7 +14,7 @@ namespace Mox {
 ///
 /// A derived class overrides `onAttribute`, calls `moxDoZombieReactors(true)` in its destructor,
 /// and reads its notifier as the type that it knows it to be.
-class [[gnu::visibility("default")]] PtrInterface::NotifieeConst : public PtrInterface {
+class ZEL_EXPORT PtrInterface::NotifieeConst : public PtrInterface {
  public:
   void zeroReferencesIs(bool zero) override;
   ~NotifieeConst() override;
@@ -26,9 +27,7 @@ class [[gnu::visibility("default")]] PtrInterface::NotifieeConst : public PtrInt
   /// Enters or leaves the state of pending deletion, switching notifications off or on.
   virtual void moxDoZombieReactors(bool zombie);
 
-  [[nodiscard]] const Ptr<PtrInterface const>& notifier() const noexcept {
-    return notifier_;
-  }
+  [[nodiscard]] const Ptr<PtrInterface const>& notifier() const noexcept { return notifier_; }
 
  protected:
   explicit NotifieeConst(Ptr<PtrInterface const> notifier) noexcept;
@@ -50,7 +49,7 @@ class [[gnu::visibility("default")]] PtrInterface::NotifieeConst : public PtrInt
 };
 
 /// The reactors of one entity. A reactor whose notifications are off is passed over.
-class [[gnu::visibility("default")]] ReactorList {
+class ZEL_EXPORT ReactorList {
  public:
   /// Tells every reactor of `entity` that `attributeId` changed. Keeps `entity`, and each reactor
   /// during its own call, alive.

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "Mox/Type.h"
+#include "Velo/Export.h"
 #include "Velo/NotifieeList.h"
 
 namespace Mox {
@@ -20,7 +21,7 @@ using AttributeId = short;
 ///
 /// The notification-active flag tells whether the object takes part in notification; the zombie
 /// flag tells that it is about to be deleted.
-class [[gnu::visibility("default")]] PtrInterface {
+class ZEL_EXPORT PtrInterface {
  public:
   class NotifieeConst;
 
@@ -36,17 +37,11 @@ class [[gnu::visibility("default")]] PtrInterface {
   PtrInterface(const PtrInterface&) = delete;
   PtrInterface& operator=(const PtrInterface&) = delete;
 
-  [[nodiscard]] bool hasNotificationActive() const noexcept {
-    return notificationActive_;
-  }
-  [[nodiscard]] bool isZombie() const noexcept {
-    return zombie_;
-  }
+  [[nodiscard]] bool hasNotificationActive() const noexcept { return notificationActive_; }
+  [[nodiscard]] bool isZombie() const noexcept { return zombie_; }
 
   /// Number of references, for tests and tools.
-  [[nodiscard]] unsigned references() const noexcept {
-    return references_;
-  }
+  [[nodiscard]] unsigned references() const noexcept { return references_; }
   void referenceIs() const noexcept {
     if (threadSafePointers_) [[unlikely]] {
       std::atomic_ref(references_).fetch_add(1, std::memory_order_relaxed);
@@ -65,20 +60,14 @@ class [[gnu::visibility("default")]] PtrInterface {
 
   /// Makes counting atomic, process-wide. To be called at start-up, before there is a second
   /// thread that uses pointers.
-  static void threadSafePointersIs(bool threadSafe) noexcept {
-    threadSafePointers_ = threadSafe;
-  }
-  [[nodiscard]] static bool threadSafePointers() noexcept {
-    return threadSafePointers_;
-  }
+  static void threadSafePointersIs(bool threadSafe) noexcept { threadSafePointers_ = threadSafe; }
+  [[nodiscard]] static bool threadSafePointers() noexcept { return threadSafePointers_; }
 
  protected:
   PtrInterface() = default;
   virtual ~PtrInterface();
 
-  void zombieIs(bool zombie) noexcept {
-    zombie_ = zombie;
-  }
+  void zombieIs(bool zombie) noexcept { zombie_ = zombie; }
 
  private:
   void lastReferenceGone() const noexcept;

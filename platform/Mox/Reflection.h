@@ -9,6 +9,7 @@
 #include "Mox/Arguments.h"
 #include "Mox/Ptr.h"
 #include "Mox/Type.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -41,7 +42,7 @@ enum class Operation : unsigned char {
 /// stands on, and of any other, and keeps the entity alive.
 ///
 ///     for (auto entry = Mox::iterate(*table, 130); *entry; entry->next()) show(entry->key());
-class [[gnu::visibility("default")]] Iterator {
+class ZEL_EXPORT Iterator {
  public:
   Iterator(const Iterator&) = delete;
   Iterator& operator=(const Iterator&) = delete;
@@ -140,7 +141,7 @@ struct ValueOperations {
 };
 
 /// All that can be done with a type by name and number.
-struct [[gnu::visibility("default")]] Reflection {
+struct ZEL_EXPORT Reflection {
   std::span<const Attribute> attributes = {};
   /// Of a type of values.
   const ValueOperations* value = nullptr;
@@ -153,9 +154,9 @@ struct [[gnu::visibility("default")]] Reflection {
 };
 
 /// The attribute of that number or name, null when the type has none.
-[[nodiscard, gnu::visibility("default")]] const Attribute* findAttribute(
-    const Type& type, AttributeId number) noexcept;
-[[nodiscard, gnu::visibility("default")]] const Attribute* findAttribute(
-    const Type& type, std::string_view name) noexcept;
+[[nodiscard]] ZEL_EXPORT const Attribute* findAttribute(const Type& type,
+                                                        AttributeId number) noexcept;
+[[nodiscard]] ZEL_EXPORT const Attribute* findAttribute(const Type& type,
+                                                        std::string_view name) noexcept;
 
 }  // namespace Mox

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "Mox/Reflection.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -27,28 +28,22 @@ struct Answer {
 ///
 /// It is made where an argument asks for it, and keeps nothing alive. An object that may only be
 /// read accepts no operation that changes it.
-class [[gnu::visibility("default")]] Object {
+class ZEL_EXPORT Object {
  public:
-  Object(PtrInterface & entity)  // NOLINT(google-explicit-constructor): every entity is one
+  Object(PtrInterface& entity)  // NOLINT(google-explicit-constructor): every entity is one
       : type_(*entity.fwkType()), readable_(&entity), changeable_(&entity) {}
   Object(const PtrInterface& entity)  // NOLINT(google-explicit-constructor): as above
       : type_(*entity.fwkType()), readable_(&entity) {}
   /// Precondition: there is a value.
-  Object(AnyValue & record)  // NOLINT(google-explicit-constructor): as above
+  Object(AnyValue& record)  // NOLINT(google-explicit-constructor): as above
       : type_(*record.type()), readable_(record.value()), changeable_(record.value()) {}
   Object(const AnyValue& record)  // NOLINT(google-explicit-constructor): as above
       : type_(*record.type()), readable_(record.value()) {}
 
-  [[nodiscard]] const Type& type() const noexcept {
-    return type_;
-  }
-  [[nodiscard]] const void* readable() const noexcept {
-    return readable_;
-  }
+  [[nodiscard]] const Type& type() const noexcept { return type_; }
+  [[nodiscard]] const void* readable() const noexcept { return readable_; }
   /// Null when it may only be read.
-  [[nodiscard]] void* changeable() const noexcept {
-    return changeable_;
-  }
+  [[nodiscard]] void* changeable() const noexcept { return changeable_; }
 
  private:
   const Type& type_;
@@ -63,9 +58,8 @@ class [[gnu::visibility("default")]] Object {
 ///     Mox::access(*users, 130, Mox::Operation::write, {action, 3u});
 ///     Mox::access(*users, 130, Mox::Operation::read, {action}).value.as<unsigned>();    // 3
 ///     Mox::access(*users, 131, Mox::Operation::read).code;               // unknownAttribute
-[[gnu::visibility("default")]] Answer access(const Object& object, AttributeId attribute,
-                                             Operation operation,
-                                             std::span<const AnyValue> arguments = {});
+ZEL_EXPORT Answer access(const Object& object, AttributeId attribute, Operation operation,
+                         std::span<const AnyValue> arguments = {});
 inline Answer access(const Object& object, AttributeId attribute, Operation operation,
                      std::initializer_list<AnyValue> arguments) {
   return access(object, attribute, operation, std::span(arguments.begin(), arguments.size()));
@@ -73,8 +67,8 @@ inline Answer access(const Object& object, AttributeId attribute, Operation oper
 
 /// Carries out `operation` on a record as a whole: `isSet`, or `isEqual` and `isLess` with the
 /// other record as argument. Anything else, and anything of an entity, is not supported.
-[[gnu::visibility("default")]] Answer accessWhole(const Object& object, Operation operation,
-                                                  std::span<const AnyValue> arguments = {});
+ZEL_EXPORT Answer accessWhole(const Object& object, Operation operation,
+                              std::span<const AnyValue> arguments = {});
 inline Answer accessWhole(const Object& object, Operation operation,
                           std::initializer_list<AnyValue> arguments) {
   return accessWhole(object, operation, std::span(arguments.begin(), arguments.size()));
@@ -82,18 +76,18 @@ inline Answer accessWhole(const Object& object, Operation operation,
 
 /// A walk over the collection of that number, from its first entry or from that of `key`, which
 /// leads to the end when it is absent. Null when the attribute is no collection.
-[[nodiscard, gnu::visibility("default")]] std::unique_ptr<Iterator> iterate(const Object& object,
-                                                                            AttributeId attribute);
-[[nodiscard, gnu::visibility("default")]] std::unique_ptr<Iterator> iterate(const Object& object,
-                                                                            AttributeId attribute,
-                                                                            const AnyValue& key);
+[[nodiscard]] ZEL_EXPORT std::unique_ptr<Iterator> iterate(const Object& object,
+                                                           AttributeId attribute);
+[[nodiscard]] ZEL_EXPORT std::unique_ptr<Iterator> iterate(const Object& object,
+                                                           AttributeId attribute,
+                                                           const AnyValue& key);
 
 /// A new entity of `type` from the arguments of its static creator. Null when the type has none;
 /// throws `ArgumentException` when it takes other arguments.
 ///
 ///     Mox::create(*Mox::moxType("ZelVrfSelectionPolicy::VrfHwConfig"));
-[[nodiscard, gnu::visibility("default")]] Ptr<PtrInterface> create(
-    const Type& type, std::span<const AnyValue> arguments = {});
+[[nodiscard]] ZEL_EXPORT Ptr<PtrInterface> create(const Type& type,
+                                                  std::span<const AnyValue> arguments = {});
 [[nodiscard]] inline Ptr<PtrInterface> create(const Type& type,
                                               std::initializer_list<AnyValue> arguments) {
   return create(type, std::span(arguments.begin(), arguments.size()));

@@ -3,6 +3,8 @@
 #include <sstream>
 #include <string>
 
+#include "Velo/Export.h"
+
 namespace Mox {
 
 /// A fatal assertion that has failed, with a comment streamed into it.
@@ -11,7 +13,7 @@ namespace Mox {
 /// comment is printed and the process aborts with the standard assertion failure, in every build:
 ///
 ///     Mox::SassertHelper("count > 0", path, line, function).stream() << "no users of " << name;
-class [[gnu::visibility("default")]] SassertHelper {
+class ZEL_EXPORT SassertHelper {
  public:
   /// `condition` is the text of what did not hold.
   SassertHelper(const char* condition, const char* path, unsigned line, const char* function);
@@ -21,9 +23,7 @@ class [[gnu::visibility("default")]] SassertHelper {
   /// function.
   [[noreturn]] ~SassertHelper();
 
-  [[nodiscard]] std::ostream& stream() noexcept {
-    return comment_;
-  }
+  [[nodiscard]] std::ostream& stream() noexcept { return comment_; }
 
  private:
   std::string failure_;

@@ -6,18 +6,19 @@
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace Mox {
 
 /// String form of a string: quoted and escaped.
-[[nodiscard, gnu::visibility("default")]] Velo::String valueToStrep(const Velo::String& value);
+[[nodiscard]] ZEL_EXPORT Velo::String valueToStrep(const Velo::String& value);
 /// Reads the string form of a string.
-[[gnu::visibility("default")]] void sequenceToValue(CharRange& range, Velo::String* value);
+ZEL_EXPORT void sequenceToValue(CharRange& range, Velo::String* value);
 
 /// Throws `error` again with the name of the attribute that was being read before its text.
-[[noreturn, gnu::visibility("default")]] void rethrowFromDeserializeAttr(
-    const RangeException& error, std::string_view attribute);
+[[noreturn]] ZEL_EXPORT void rethrowFromDeserializeAttr(const RangeException& error,
+                                                        std::string_view attribute);
 
 /// Reads one value from the front of `range`: by the type's constructor from a range if it has
 /// one, otherwise by the `sequenceToValue(range, T*)` of the type's namespace.

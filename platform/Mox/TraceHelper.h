@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "Mox/TraceHandle.h"
+#include "Velo/Export.h"
 
 namespace Mox {
 
@@ -12,7 +13,7 @@ namespace Mox {
 ///     Mox::TraceHelper(handle, 5, path, 26, "handleIt").stream() << "Handling " << name;
 ///
 /// gives the line `HANDLE 5 PATH:26 handleIt Handling red`.
-class [[gnu::visibility("default")]] TraceHelper {
+class ZEL_EXPORT TraceHelper {
  public:
   TraceHelper(const TraceHandle& handle, unsigned level, const char* path, unsigned line,
               const char* function);
@@ -20,9 +21,7 @@ class [[gnu::visibility("default")]] TraceHelper {
   TraceHelper& operator=(const TraceHelper&) = delete;
   ~TraceHelper();
 
-  [[nodiscard]] std::ostream& stream() noexcept {
-    return line_;
-  }
+  [[nodiscard]] std::ostream& stream() noexcept { return line_; }
 
  private:
   bool isOn_;

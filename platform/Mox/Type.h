@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Velo/Export.h"
+
 namespace Mox {
 
 class AnyValue;
@@ -28,23 +30,23 @@ struct Module {
 
 /// Registers `module` process-wide; its names resolve from now on. A module registers while it is
 /// being loaded. Precondition: no module of that name is registered.
-[[gnu::visibility("default")]] void moxModuleIs(const Module& module);
+ZEL_EXPORT void moxModuleIs(const Module& module);
 
 /// Takes the module of that name and its types out again, as it does when it is unloaded.
-[[gnu::visibility("default")]] void moxModuleDel(std::string_view moduleName) noexcept;
+ZEL_EXPORT void moxModuleDel(std::string_view moduleName) noexcept;
 
 /// The registered type of that name, null when there is none.
-[[nodiscard, gnu::visibility("default")]] const Type* moxType(std::string_view typeName) noexcept;
+[[nodiscard]] ZEL_EXPORT const Type* moxType(std::string_view typeName) noexcept;
 
 /// The types of the registered module of that name, in the order of its table; none when there is
 /// no such module. Precondition of using them: the module is still registered.
-[[nodiscard, gnu::visibility("default")]] std::span<const Type* const> moxModuleTypes(
+[[nodiscard]] ZEL_EXPORT std::span<const Type* const> moxModuleTypes(
     std::string_view moduleName) noexcept;
 
 /// Names of the registered modules, in the order of their registration.
-[[nodiscard, gnu::visibility("default")]] std::vector<std::string_view> moxModules();
+[[nodiscard]] ZEL_EXPORT std::vector<std::string_view> moxModules();
 
 /// The shared default value of `type`, null when no registered module shares one.
-[[nodiscard, gnu::visibility("default")]] const AnyValue* moxDefault(const Type& type) noexcept;
+[[nodiscard]] ZEL_EXPORT const AnyValue* moxDefault(const Type& type) noexcept;
 
 }  // namespace Mox

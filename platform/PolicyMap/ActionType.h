@@ -7,6 +7,7 @@
 #include "Mox/AnyValue.h"
 #include "Mox/CharRange.h"
 #include "Mox/EnumType.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace PolicyMap {
@@ -27,7 +28,7 @@ enum class ActionType : unsigned char {
 inline constexpr std::array<std::string_view, 4> actionTypeNames{"actionNone", "actionVrf",
                                                                  "actionDecapVrf", "actionDiscard"};
 inline constexpr Mox::EnumType<ActionType> actionTypes("PolicyMap::ActionType", actionTypeNames);
-[[gnu::visibility("default")]] extern const Mox::Type actionTypeType;
+ZEL_EXPORT extern const Mox::Type actionTypeType;
 
 /// The value with that code, or of that name; `Mox::RangeException` when there is none.
 [[nodiscard]] inline ActionType ActionTypeInstance(unsigned code) {

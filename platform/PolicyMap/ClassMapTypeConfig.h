@@ -3,12 +3,13 @@
 #include "Mox/Entity.h"
 #include "Mox/PublishedMap.h"
 #include "PolicyMap/ClassMatch.h"
+#include "Velo/Export.h"
 
 namespace PolicyMap {
 
 /// The configured class maps: what to match, under a name that rules of policy maps refer to.
 /// Subscribers are told of each real change.
-class [[gnu::visibility("default")]] ClassMapTypeConfig final : public Mox::Entity {
+class ZEL_EXPORT ClassMapTypeConfig final : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::ClassMapTypeConfig"};
   static constexpr Mox::AttributeId classMapAttribute = 130;
@@ -22,29 +23,19 @@ class [[gnu::visibility("default")]] ClassMapTypeConfig final : public Mox::Enti
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override {
     return publisher_.notifieeList(this);
   }
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
-  }
+  [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
-  void classMapIs(const Velo::String& name, const ClassMatch& match) {
-    classMap_.is(name, match);
-  }
+  void classMapIs(const Velo::String& name, const ClassMatch& match) { classMap_.is(name, match); }
   /// Removes the class map; whether it was there.
-  bool classMapDel(const Velo::String& name) {
-    return classMap_.del(name);
-  }
+  bool classMapDel(const Velo::String& name) { return classMap_.del(name); }
   /// The class map of that name, or null.
   [[nodiscard]] const ClassMatch* classMap(const Velo::String& name) const noexcept {
     return classMap_.map().find(name);
   }
-  [[nodiscard]] const ClassMaps::Map& classMap() const noexcept {
-    return classMap_.map();
-  }
+  [[nodiscard]] const ClassMaps::Map& classMap() const noexcept { return classMap_.map(); }
 
   /// Subscribing does not change the configuration, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   mutable Velo::Publisher publisher_;

@@ -2,6 +2,7 @@
 
 #include "Mox/Entity.h"
 #include "Mox/PublishedMap.h"
+#include "Velo/Export.h"
 
 namespace PolicyMap {
 
@@ -25,7 +26,7 @@ struct IntfPolicy {
 };
 
 /// Which policy map is applied to which interface. Subscribers are told of each real change.
-class [[gnu::visibility("default")]] IntfConfig final : public Mox::Entity {
+class ZEL_EXPORT IntfConfig final : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::IntfConfig"};
   static constexpr Mox::AttributeId intfAttribute = 130;
@@ -39,30 +40,20 @@ class [[gnu::visibility("default")]] IntfConfig final : public Mox::Entity {
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override {
     return publisher_.notifieeList(this);
   }
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
-  }
+  [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
   /// Applies a policy map to the interface of that name, in place of any other.
-  void intfIs(const Velo::String& intf, const IntfPolicy& policy) {
-    intf_.is(intf, policy);
-  }
+  void intfIs(const Velo::String& intf, const IntfPolicy& policy) { intf_.is(intf, policy); }
   /// Applies none to it; whether there was one.
-  bool intfDel(const Velo::String& intf) {
-    return intf_.del(intf);
-  }
+  bool intfDel(const Velo::String& intf) { return intf_.del(intf); }
   /// What is applied to the interface, or null.
   [[nodiscard]] const IntfPolicy* intf(const Velo::String& intf) const noexcept {
     return intf_.map().find(intf);
   }
-  [[nodiscard]] const Intfs::Map& intf() const noexcept {
-    return intf_.map();
-  }
+  [[nodiscard]] const Intfs::Map& intf() const noexcept { return intf_.map(); }
 
   /// Subscribing does not change the configuration, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   mutable Velo::Publisher publisher_;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "PolicyMap/AclRule.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 #include "Zel/ZelBaseHelper.h"
 
@@ -32,7 +33,7 @@ struct AclResult {
 ///   refused may be asked for again at any time.
 /// - Rules are not removed when their state machine ends. The next one asks what is there, by
 ///   `intfs` and `rules`, and changes only what is different.
-class [[gnu::visibility("default")]] PolicyMapAclHelper : public Zel::ZelBaseHelper {
+class ZEL_EXPORT PolicyMapAclHelper : public Zel::ZelBaseHelper {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapAclHelper"};
   using Rules = std::vector<AclRule>;

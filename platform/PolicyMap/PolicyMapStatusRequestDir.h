@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace PolicyMap {
 
 /// Requests for the status of policy maps.
-class [[gnu::visibility("default")]] PolicyMapStatusRequestDir final
+class ZEL_EXPORT PolicyMapStatusRequestDir final
     : public Mox::NamedEntity<PolicyMapStatusRequestDir> {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapStatusRequestDir"};

@@ -6,6 +6,7 @@
 #include "Mox/Entity.h"
 #include "Mox/PublishedMap.h"
 #include "PolicyMap/RuleAction.h"
+#include "Velo/Export.h"
 
 namespace PolicyMap {
 
@@ -24,7 +25,7 @@ using PolicyMapRules = std::vector<PolicyMapRule>;
 
 /// The configured policy maps: lists of rules under a name. A policy map changes as a whole, so
 /// that whoever follows it never sees half a change. Subscribers are told of each real change.
-class [[gnu::visibility("default")]] PolicyMapTypeConfig : public Mox::Entity {
+class ZEL_EXPORT PolicyMapTypeConfig : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapTypeConfig"};
   static constexpr Mox::AttributeId policyMapAttribute = 130;
@@ -37,29 +38,21 @@ class [[gnu::visibility("default")]] PolicyMapTypeConfig : public Mox::Entity {
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override {
     return publisher_.notifieeList(this);
   }
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
-  }
+  [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
   /// Makes `rules` the policy map of that name. Throws `Mox::RangeException` unless their
   /// sequences ascend.
   void policyMapIs(const Velo::String& name, PolicyMapRules rules);
   /// Removes the policy map; whether it was there.
-  bool policyMapDel(const Velo::String& name) {
-    return policyMap_.del(name);
-  }
+  bool policyMapDel(const Velo::String& name) { return policyMap_.del(name); }
   /// The rules of the policy map of that name, or null.
   [[nodiscard]] const PolicyMapRules* policyMap(const Velo::String& name) const noexcept {
     return policyMap_.map().find(name);
   }
-  [[nodiscard]] const PolicyMaps::Map& policyMap() const noexcept {
-    return policyMap_.map();
-  }
+  [[nodiscard]] const PolicyMaps::Map& policyMap() const noexcept { return policyMap_.map(); }
 
   /// Subscribing does not change the configuration, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   mutable Velo::Publisher publisher_;

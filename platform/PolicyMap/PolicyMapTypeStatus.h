@@ -4,11 +4,12 @@
 
 #include "Mox/Entity.h"
 #include "Mox/PublishedMap.h"
+#include "Velo/Export.h"
 
 namespace PolicyMap {
 
 /// A rule of a policy map on an interface to which it is applied.
-struct [[gnu::visibility("default")]] RuleKey {
+struct ZEL_EXPORT RuleKey {
   Velo::String intf;
   Velo::String policyMap;
   std::uint32_t sequence = 0;
@@ -40,7 +41,7 @@ struct PolicyStatus {
 /// What became of the configured policy maps: a status for each of them, and one for each rule on
 /// each interface. Written by the traffic-policy state machine; subscribers are told of each real
 /// change.
-class [[gnu::visibility("default")]] PolicyMapTypeStatus : public Mox::Entity {
+class ZEL_EXPORT PolicyMapTypeStatus : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapTypeStatus"};
   static constexpr Mox::AttributeId policyStatusAttribute = 130;
@@ -55,16 +56,12 @@ class [[gnu::visibility("default")]] PolicyMapTypeStatus : public Mox::Entity {
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override {
     return publisher_.notifieeList(this);
   }
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
-  }
+  [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
   void policyStatusIs(const Velo::String& policyMap, const PolicyStatus& status) {
     policyStatus_.is(policyMap, status);
   }
-  bool policyStatusDel(const Velo::String& policyMap) {
-    return policyStatus_.del(policyMap);
-  }
+  bool policyStatusDel(const Velo::String& policyMap) { return policyStatus_.del(policyMap); }
   /// The status of the policy map of that name, or null.
   [[nodiscard]] const PolicyStatus* policyStatus(const Velo::String& policyMap) const noexcept {
     return policyStatus_.map().find(policyMap);
@@ -73,23 +70,15 @@ class [[gnu::visibility("default")]] PolicyMapTypeStatus : public Mox::Entity {
     return policyStatus_.map();
   }
 
-  void ruleStatusIs(const RuleKey& rule, const RuleStatus& status) {
-    ruleStatus_.is(rule, status);
-  }
-  bool ruleStatusDel(const RuleKey& rule) {
-    return ruleStatus_.del(rule);
-  }
+  void ruleStatusIs(const RuleKey& rule, const RuleStatus& status) { ruleStatus_.is(rule, status); }
+  bool ruleStatusDel(const RuleKey& rule) { return ruleStatus_.del(rule); }
   /// The status of that rule, or null.
   [[nodiscard]] const RuleStatus* ruleStatus(const RuleKey& rule) const noexcept {
     return ruleStatus_.map().find(rule);
   }
-  [[nodiscard]] const RuleStatuses::Map& ruleStatus() const noexcept {
-    return ruleStatus_.map();
-  }
+  [[nodiscard]] const RuleStatuses::Map& ruleStatus() const noexcept { return ruleStatus_.map(); }
 
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   mutable Velo::Publisher publisher_;

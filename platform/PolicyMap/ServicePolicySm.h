@@ -1,26 +1,23 @@
 #pragma once
 
 #include "Mox/PtrInterface.h"
+#include "Velo/Export.h"
 #include "Velo/Publisher.h"
 
 namespace PolicyMap {
 
 /// Base of the state machines that compile policy maps into classification hardware. It tells its
 /// subscribers which of its attributes changed.
-class [[gnu::visibility("default")]] ServicePolicySm : public Mox::PtrInterface {
+class ZEL_EXPORT ServicePolicySm : public Mox::PtrInterface {
  public:
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override {
     return publisher_.notifieeList(this);
   }
 
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
   /// Whether interfaces that forward by MAC address are served.
-  [[nodiscard]] bool allowL2Intf() const noexcept {
-    return allowL2Intf_;
-  }
+  [[nodiscard]] bool allowL2Intf() const noexcept { return allowL2Intf_; }
   /// Begins or ends to serve them.
   void allowL2IntfIs(bool allow);
 

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Velo/Export.h"
+
 namespace Quarry {
 
 /// Memory for the objects of one type, in blocks of equal size.
@@ -16,7 +18,7 @@ namespace Quarry {
 /// one are released. Slabs belong to the event-loop thread.
 ///
 /// Under the address sanitizer every block is an allocation of its own, so that misuse is caught.
-class [[gnu::visibility("default")]] Slab {
+class ZEL_EXPORT Slab {
  public:
   /// A slab for objects of type `typeName`, of `blockSize` bytes each.
   Slab(std::string_view typeName, std::size_t blockSize);
@@ -29,17 +31,11 @@ class [[gnu::visibility("default")]] Slab {
   /// Takes back what `allocate(size)` gave.
   void release(void* block, std::size_t size) noexcept;
 
-  [[nodiscard]] const std::string& typeName() const noexcept {
-    return typeName_;
-  }
+  [[nodiscard]] const std::string& typeName() const noexcept { return typeName_; }
   /// Objects alive now.
-  [[nodiscard]] std::size_t live() const noexcept {
-    return live_;
-  }
+  [[nodiscard]] std::size_t live() const noexcept { return live_; }
   /// Objects allocated so far.
-  [[nodiscard]] std::size_t allocated() const noexcept {
-    return allocated_;
-  }
+  [[nodiscard]] std::size_t allocated() const noexcept { return allocated_; }
 
   /// The slab of the type of that name, null when no loaded code uses one.
   [[nodiscard]] static const Slab* find(std::string_view typeName) noexcept;
@@ -52,9 +48,9 @@ class [[gnu::visibility("default")]] Slab {
   };
   using Page = std::unique_ptr<std::byte[]>;
 
-  [[gnu::visibility("hidden")]] void addPage();
-  [[gnu::visibility("hidden")]] void putOnFreeList(const Page& page) noexcept;
-  [[gnu::visibility("hidden")]] void keepOnePage() noexcept;
+  ZEL_HIDDEN void addPage();
+  ZEL_HIDDEN void putOnFreeList(const Page& page) noexcept;
+  ZEL_HIDDEN void keepOnePage() noexcept;
 
   std::string typeName_;
   std::size_t blockSize_;
@@ -68,16 +64,14 @@ class [[gnu::visibility("default")]] Slab {
 /// which exists as long as there is any; so a block may be given back by another object file than
 /// the one that took it. A slab that still has objects when its last use ends, as one static may
 /// destroy another's, stays until the platform goes.
-class [[gnu::visibility("default")]] SlabUse {
+class ZEL_EXPORT SlabUse {
  public:
   SlabUse(std::string_view typeName, std::size_t blockSize);
   SlabUse(const SlabUse&) = delete;
   SlabUse& operator=(const SlabUse&) = delete;
   ~SlabUse();
 
-  [[nodiscard]] Slab& slab() const noexcept {
-    return *slab_;
-  }
+  [[nodiscard]] Slab& slab() const noexcept { return *slab_; }
 
  private:
   std::shared_ptr<Slab> slab_;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Sflow {
 
 /// The interfaces whose traffic is sampled.
-class [[gnu::visibility("default")]] InterfaceCollector final
-    : public Mox::NamedEntity<InterfaceCollector> {
+class ZEL_EXPORT InterfaceCollector final : public Mox::NamedEntity<InterfaceCollector> {
  public:
   static constexpr Mox::Type moxType{"Sflow::InterfaceCollector"};
 

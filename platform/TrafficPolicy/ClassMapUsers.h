@@ -4,12 +4,13 @@
 #include <set>
 
 #include "PolicyMap/PolicyMapTypeConfig.h"
+#include "Velo/Export.h"
 
 namespace TrafficPolicy {
 
 /// Which policy maps have rules that name a class map, so that a change of one class map among
 /// thousands is followed without looking at every rule.
-class [[gnu::visibility("default")]] ClassMapUsers final {
+class ZEL_EXPORT ClassMapUsers final {
  public:
   using Names = std::set<Velo::String>;
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace TrafficPolicy {
 
 /// What the hardware can do for traffic policies.
-class [[gnu::visibility("default")]] HwStatus final : public Mox::NamedEntity<HwStatus> {
+class ZEL_EXPORT HwStatus final : public Mox::NamedEntity<HwStatus> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::HwStatus"};
 

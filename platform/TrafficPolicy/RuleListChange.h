@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "PolicyMap/AclRule.h"
+#include "Velo/Export.h"
 
 namespace TrafficPolicy {
 
@@ -27,7 +28,7 @@ struct RuleListChange {
   std::vector<bool> stays;
 };
 
-[[nodiscard, gnu::visibility("default")]] RuleListChange changeOfRules(
-    std::span<const PolicyMap::AclRule> before, std::span<const PolicyMap::AclRule> after);
+[[nodiscard]] ZEL_EXPORT RuleListChange changeOfRules(std::span<const PolicyMap::AclRule> before,
+                                                      std::span<const PolicyMap::AclRule> after);
 
 }  // namespace TrafficPolicy

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "PolicyMap/PolicyMapAclHelper.h"
+#include "Velo/Export.h"
 
 namespace TrafficPolicy {
 
@@ -21,7 +22,6 @@ struct RuleList {
 ///
 /// Gives whether anything was different. A call that throws leaves lists that a later programming
 /// mends.
-[[gnu::visibility("default")]] bool programRules(PolicyMap::PolicyMapAclHelper& helper,
-                                                 std::vector<RuleList>& lists);
+ZEL_EXPORT bool programRules(PolicyMap::PolicyMapAclHelper& helper, std::vector<RuleList>& lists);
 
 }  // namespace TrafficPolicy

@@ -2,12 +2,12 @@
 
 #include "Mox/NamedEntity.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "Velo/Export.h"
 
 namespace TrafficPolicy {
 
 /// What became of the policy maps of traffic policies.
-class [[gnu::visibility("default")]] Status final
-    : public Mox::NamedEntity<Status, PolicyMap::PolicyMapTypeStatus> {
+class ZEL_EXPORT Status final : public Mox::NamedEntity<Status, PolicyMap::PolicyMapTypeStatus> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::Status"};
 

@@ -2,11 +2,12 @@
 
 #include "Mox/NamedEntity.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
+#include "Velo/Export.h"
 
 namespace TrafficPolicy {
 
 /// The configured policy maps of traffic policies.
-class [[gnu::visibility("default")]] TrafficPolicyConfig final
+class ZEL_EXPORT TrafficPolicyConfig final
     : public Mox::NamedEntity<TrafficPolicyConfig, PolicyMap::PolicyMapTypeConfig> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::TrafficPolicyConfig"};

@@ -8,6 +8,7 @@
 #include "PolicyMap/ServicePolicySm.h"
 #include "TrafficPolicy/ClassMapUsers.h"
 #include "TrafficPolicy/TrafficPolicyInputs.h"
+#include "Velo/Export.h"
 #include "Velo/Subscriber.h"
 
 namespace TrafficPolicy {
@@ -30,7 +31,7 @@ namespace TrafficPolicy {
 /// A change that a helper or a subscriber makes from inside a call is followed when the present one
 /// is done. A machine that is switched off from inside a call completes the programming that it is
 /// at, and writes nothing more.
-class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
+class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::ZelTrafficPolicySm"};
   /// Number of the attribute `ready`.
@@ -77,21 +78,15 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
   /// The same, but it stays subscribed, so that it can always go on, if only with the next change:
   /// what its successor needs while it is built.
   void pausedIs(bool paused);
-  [[nodiscard]] bool isPaused() const noexcept {
-    return paused_;
-  }
+  [[nodiscard]] bool isPaused() const noexcept { return paused_; }
   [[nodiscard]] const Mox::Type* fwkType() const override;
 
   /// What it was built with.
-  [[nodiscard]] const TrafficPolicyInputs& inputs() const noexcept {
-    return inputs_;
-  }
+  [[nodiscard]] const TrafficPolicyInputs& inputs() const noexcept { return inputs_; }
 
   /// Whether what is programmed matches what is configured. Published when it does so again after
   /// a change, or after a failure; a failure is told by the status.
-  [[nodiscard]] bool ready() const noexcept {
-    return ready_;
-  }
+  [[nodiscard]] bool ready() const noexcept { return ready_; }
 
  private:
   using Subscriber = Velo::MemberSubscriber<ZelTrafficPolicySm>;
@@ -106,38 +101,35 @@ class [[gnu::visibility("default")]] ZelTrafficPolicySm final : public PolicyMap
     [[nodiscard]] bool isComplete() const noexcept { return rules.size() == programmed; }
   };
 
-  [[gnu::visibility("hidden")]] static void intfConfigDispatch(
-      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
-      const void* key, const void* value);
-  [[gnu::visibility("hidden")]] static void policyConfigDispatch(
-      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
-      const void* key, const void* value);
-  [[gnu::visibility("hidden")]] static void classTypeConfigDispatch(
-      Velo::Publisher * publisher, Velo::Subscriber * subscriber, short attributeId,
-      const void* key, const void* value);
-  [[gnu::visibility("hidden")]] void subscriptionsAre(bool subscribed);
-  [[gnu::visibility("hidden")]] void handleAllowL2Intf() override;
-  [[gnu::visibility("hidden")]] void policyMapChanged(const Velo::String& policyMap);
-  [[gnu::visibility("hidden")]] void takeOver();
+  ZEL_HIDDEN static void intfConfigDispatch(Velo::Publisher* publisher,
+                                            Velo::Subscriber* subscriber, short attributeId,
+                                            const void* key, const void* value);
+  ZEL_HIDDEN static void policyConfigDispatch(Velo::Publisher* publisher,
+                                              Velo::Subscriber* subscriber, short attributeId,
+                                              const void* key, const void* value);
+  ZEL_HIDDEN static void classTypeConfigDispatch(Velo::Publisher* publisher,
+                                                 Velo::Subscriber* subscriber, short attributeId,
+                                                 const void* key, const void* value);
+  ZEL_HIDDEN void subscriptionsAre(bool subscribed);
+  ZEL_HIDDEN void handleAllowL2Intf() override;
+  ZEL_HIDDEN void policyMapChanged(const Velo::String& policyMap);
+  ZEL_HIDDEN void takeOver();
 
-  [[nodiscard]] bool isFollowing() const noexcept {
-    return hasNotificationActive() && !paused_;
-  }
-  [[gnu::visibility("hidden")]] void synchronize();
-  [[nodiscard, gnu::visibility("hidden")]] bool isBehind() const noexcept;
-  [[gnu::visibility("hidden")]] void synchronizeNext();
-  [[gnu::visibility("hidden")]] void synchronizeIntfs(const std::set<Velo::String>& intfs);
-  [[gnu::visibility("hidden")]] void synchronizePolicyStatuses(
-      const std::set<Velo::String>& policyMaps);
-  [[nodiscard, gnu::visibility("hidden")]] bool isServed(PolicyMap::IntfKind kind) const noexcept;
-  [[nodiscard, gnu::visibility("hidden")]] PolicyMap::PolicyStatus policyStatus(
+  [[nodiscard]] bool isFollowing() const noexcept { return hasNotificationActive() && !paused_; }
+  ZEL_HIDDEN void synchronize();
+  [[nodiscard]] ZEL_HIDDEN bool isBehind() const noexcept;
+  ZEL_HIDDEN void synchronizeNext();
+  ZEL_HIDDEN void synchronizeIntfs(const std::set<Velo::String>& intfs);
+  ZEL_HIDDEN void synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps);
+  [[nodiscard]] ZEL_HIDDEN bool isServed(PolicyMap::IntfKind kind) const noexcept;
+  [[nodiscard]] ZEL_HIDDEN PolicyMap::PolicyStatus policyStatus(
       const Velo::String& policyMap) const;
-  [[nodiscard, gnu::visibility("hidden")]] WantedRules wantedRules(const Velo::String& intf) const;
-  [[gnu::visibility("hidden")]] void program(std::vector<WantedRules> & wanted);
-  [[gnu::visibility("hidden")]] void writeIntfStatus(const WantedRules& wanted);
-  [[gnu::visibility("hidden")]] void writeRuleStatuses(
-      const std::vector<PolicyMap::RuleKey>& before, const WantedRules& wanted);
-  [[nodiscard, gnu::visibility("hidden")]] bool isProgrammed() const noexcept;
+  [[nodiscard]] ZEL_HIDDEN WantedRules wantedRules(const Velo::String& intf) const;
+  ZEL_HIDDEN void program(std::vector<WantedRules>& wanted);
+  ZEL_HIDDEN void writeIntfStatus(const WantedRules& wanted);
+  ZEL_HIDDEN void writeRuleStatuses(const std::vector<PolicyMap::RuleKey>& before,
+                                    const WantedRules& wanted);
+  [[nodiscard]] ZEL_HIDDEN bool isProgrammed() const noexcept;
 
   const TrafficPolicyInputs inputs_;
   bool ready_ = false;

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Velo/Export.h"
+
 namespace Velo {
 
 /// An immutable byte string as small as a pointer.
@@ -18,7 +20,7 @@ namespace Velo {
 ///     const Velo::String reason("no free entry");
 ///     const Velo::String copy = reason;        // shares the bytes
 ///     std::string_view bytes = copy.bytes();   // valid while `copy` or `reason` lives
-class [[gnu::visibility("default")]] String {
+class ZEL_EXPORT String {
  public:
   String() noexcept = default;
   String(std::string_view bytes);  // NOLINT(google-explicit-constructor): text is text
@@ -28,7 +30,7 @@ class [[gnu::visibility("default")]] String {
   String(const String& other) noexcept : shared_(other.shared_) {
     if (shared_ != nullptr) ++shared_->users;
   }
-  String(String && other) noexcept : shared_(std::exchange(other.shared_, nullptr)) {}
+  String(String&& other) noexcept : shared_(std::exchange(other.shared_, nullptr)) {}
   String& operator=(String other) noexcept {
     std::swap(shared_, other.shared_);
     return *this;
@@ -42,15 +44,9 @@ class [[gnu::visibility("default")]] String {
     return shared_ == nullptr ? std::string_view()
                               : std::string_view(shared_->bytes(), shared_->size);
   }
-  [[nodiscard]] std::size_t size() const noexcept {
-    return shared_ == nullptr ? 0 : shared_->size;
-  }
-  [[nodiscard]] bool empty() const noexcept {
-    return shared_ == nullptr;
-  }
-  [[nodiscard]] std::string str() const {
-    return std::string(bytes());
-  }
+  [[nodiscard]] std::size_t size() const noexcept { return shared_ == nullptr ? 0 : shared_->size; }
+  [[nodiscard]] bool empty() const noexcept { return shared_ == nullptr; }
+  [[nodiscard]] std::string str() const { return std::string(bytes()); }
 
   /// Hash of the bytes under `seed`.
   [[nodiscard]] unsigned hash(unsigned seed) const noexcept;
@@ -71,11 +67,11 @@ class [[gnu::visibility("default")]] String {
       return reinterpret_cast<const char*>(this + 1);
     }
   };
-  static void release(Shared * shared) noexcept;
+  static void release(Shared* shared) noexcept;
 
   Shared* shared_ = nullptr;
 };
 
-[[gnu::visibility("default")]] std::ostream& operator<<(std::ostream& stream, const String& text);
+ZEL_EXPORT std::ostream& operator<<(std::ostream& stream, const String& text);
 
 }  // namespace Velo

@@ -3,13 +3,14 @@
 #include "L3/VrfName.h"
 #include "Mox/Ptr.h"
 #include "Mox/PublishedMap.h"
+#include "Velo/Export.h"
 #include "Velo/Publisher.h"
 
 namespace VrfSelectionPolicy {
 
 /// The configured fallback VRFs: the VRF that is tried when a lookup in another finds no route.
 /// Subscribers are told of each VRF whose fallback is added, changed or removed.
-class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox::PtrInterface {
+class ZEL_EXPORT VrfSelectionFallbackVrf final : public Mox::PtrInterface {
  public:
   static constexpr Mox::Type moxType{"VrfSelectionPolicy::VrfSelectionFallbackVrf"};
   static constexpr Mox::AttributeId fallbackVrfAttribute = 258;
@@ -30,14 +31,10 @@ class [[gnu::visibility("default")]] VrfSelectionFallbackVrf final : public Mox:
   /// The fallback VRF of `vrf`, the empty name when it has none.
   [[nodiscard]] L3::VrfName fallbackVrf(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] bool fallbackVrfHas(const L3::VrfName& vrf) const noexcept;
-  [[nodiscard]] const FallbackVrfs& fallbackVrf() const noexcept {
-    return fallbackVrf_.map();
-  }
+  [[nodiscard]] const FallbackVrfs& fallbackVrf() const noexcept { return fallbackVrf_.map(); }
 
   /// Subscribing does not change the configuration, so it is open to those who may only read.
-  [[nodiscard]] Velo::Publisher& publisher() const noexcept {
-    return publisher_;
-  }
+  [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   mutable Velo::Publisher publisher_;

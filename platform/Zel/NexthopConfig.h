@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Zel {
 
 /// The next hops that the forwarding layer asks for.
-class [[gnu::visibility("default")]] NexthopConfig final : public Mox::NamedEntity<NexthopConfig> {
+class ZEL_EXPORT NexthopConfig final : public Mox::NamedEntity<NexthopConfig> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopConfig"};
 

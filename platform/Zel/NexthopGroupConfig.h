@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Zel {
 
 /// The next-hop groups that the forwarding layer asks for.
-class [[gnu::visibility("default")]] NexthopGroupConfig final
-    : public Mox::NamedEntity<NexthopGroupConfig> {
+class ZEL_EXPORT NexthopGroupConfig final : public Mox::NamedEntity<NexthopGroupConfig> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopGroupConfig"};
 

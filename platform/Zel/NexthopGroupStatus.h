@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Zel {
 
 /// What became of the next-hop groups that the forwarding layer asked for.
-class [[gnu::visibility("default")]] NexthopGroupStatus final
-    : public Mox::NamedEntity<NexthopGroupStatus> {
+class ZEL_EXPORT NexthopGroupStatus final : public Mox::NamedEntity<NexthopGroupStatus> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopGroupStatus"};
 

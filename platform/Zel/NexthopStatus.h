@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Zel {
 
 /// What became of the next hops that the forwarding layer asked for.
-class [[gnu::visibility("default")]] NexthopStatus final : public Mox::NamedEntity<NexthopStatus> {
+class ZEL_EXPORT NexthopStatus final : public Mox::NamedEntity<NexthopStatus> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopStatus"};
 

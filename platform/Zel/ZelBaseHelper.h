@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/Entity.h"
+#include "Velo/Export.h"
 
 namespace Zel {
 
 /// Base of the helpers by which the forwarding layer reaches the layer of a chip.
-class [[gnu::visibility("default")]] ZelBaseHelper : public Mox::Entity {
+class ZEL_EXPORT ZelBaseHelper : public Mox::Entity {
  public:
   /// The helper's name.
   [[nodiscard]] Velo::String nameString() const override;

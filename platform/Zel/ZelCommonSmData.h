@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Zel {
 
 /// What the state machines of the forwarding layer share.
-class [[gnu::visibility("default")]] ZelCommonSmData final
-    : public Mox::NamedEntity<ZelCommonSmData> {
+class ZEL_EXPORT ZelCommonSmData final : public Mox::NamedEntity<ZelCommonSmData> {
  public:
   static constexpr Mox::Type moxType{"Zel::ZelCommonSmData"};
 

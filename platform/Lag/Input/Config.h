@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Mox/NamedEntity.h"
+#include "Velo/Export.h"
 
 namespace Lag::Input {
 
 /// The configured link aggregation groups.
-class [[gnu::visibility("default")]] Config final : public Mox::NamedEntity<Config> {
+class ZEL_EXPORT Config final : public Mox::NamedEntity<Config> {
  public:
   static constexpr Mox::Type moxType{"Lag::Input::Config"};
 

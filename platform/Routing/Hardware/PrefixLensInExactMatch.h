@@ -3,13 +3,14 @@
 #include <bitset>
 
 #include "Mox/NotifieeConst.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace Routing::Hardware {
 
 /// The prefix lengths of one VRF that are held in exact match. Reactors are told of each length
 /// that enters or leaves the set.
-class [[gnu::visibility("default")]] PrefixLensInExactMatch final : public Mox::PtrInterface {
+class ZEL_EXPORT PrefixLensInExactMatch final : public Mox::PtrInterface {
  public:
   static const Mox::Type moxType;
   static constexpr Mox::AttributeId prefixLenAttribute = 258;
@@ -24,9 +25,7 @@ class [[gnu::visibility("default")]] PrefixLensInExactMatch final : public Mox::
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~PrefixLensInExactMatch() override;
 
-  [[nodiscard]] const Velo::String& name() const noexcept {
-    return name_;
-  }
+  [[nodiscard]] const Velo::String& name() const noexcept { return name_; }
   /// Adds a length. Throws `Mox::RangeException` when it is above `longest`.
   void prefixLenIs(unsigned char length);
   /// Removes a length; true when it was there.
@@ -36,9 +35,7 @@ class [[gnu::visibility("default")]] PrefixLensInExactMatch final : public Mox::
   [[nodiscard]] bool prefixLenHas(unsigned char length) const noexcept;
   [[nodiscard]] unsigned prefixLens() const noexcept;
   /// All of them, a bit for each length.
-  [[nodiscard]] const std::bitset<longest + 1>& lengths() const noexcept {
-    return lengths_;
-  }
+  [[nodiscard]] const std::bitset<longest + 1>& lengths() const noexcept { return lengths_; }
 
  private:
   Velo::String name_;

@@ -1,20 +1,19 @@
 #pragma once
 
 #include "Routing/Hardware/RouteStatusBase.h"
+#include "Velo/Export.h"
 
 namespace Routing::Hardware {
 
 /// What the hardware knows of the IPv4 routes.
-class [[gnu::visibility("default")]] RouteStatus final : public Routing::Hardware::RouteStatusBase {
+class ZEL_EXPORT RouteStatus final : public Routing::Hardware::RouteStatusBase {
  public:
   static constexpr Mox::Type moxType{"Routing::Hardware::RouteStatus"};
 
   [[nodiscard]] static Mox::Ptr<RouteStatus> RouteStatusIs() {
     return Mox::makeActivePtr<RouteStatus>();
   }
-  [[nodiscard]] const Mox::Type* fwkType() const override {
-    return &moxType;
-  }
+  [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 };
 
 }  // namespace Routing::Hardware

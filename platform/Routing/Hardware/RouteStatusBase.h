@@ -5,6 +5,7 @@
 #include "Mox/NotifieeConst.h"
 #include "Routing/Hardware/PrefixLensInExactMatch.h"
 #include "Routing/Hardware/VrfStatus.h"
+#include "Velo/Export.h"
 #include "Velo/String.h"
 
 namespace Routing::Hardware {
@@ -13,7 +14,7 @@ namespace Routing::Hardware {
 ///
 /// Reactors are told of a change of a flag, and with the key of each entry that enters, leaves or
 /// is replaced in a collection.
-class [[gnu::visibility("default")]] RouteStatusBase : public Mox::PtrInterface {
+class ZEL_EXPORT RouteStatusBase : public Mox::PtrInterface {
  public:
   static constexpr Mox::AttributeId prefixLensAttribute = 259;
   static constexpr Mox::AttributeId vrfStatusAttribute = 392;
@@ -35,9 +36,7 @@ class [[gnu::visibility("default")]] RouteStatusBase : public Mox::PtrInterface 
   void vrfStatusDelAll();
   /// The status of that VRF, or null.
   [[nodiscard]] Mox::Ptr<VrfStatus> vrfStatus(const L3::VrfName& name) const noexcept;
-  [[nodiscard]] const VrfStatuses& vrfStatus() const noexcept {
-    return vrfStatus_;
-  }
+  [[nodiscard]] const VrfStatuses& vrfStatus() const noexcept { return vrfStatus_; }
 
   /// The prefix lengths of the VRF of that name, made empty if there are none.
   Mox::Ptr<PrefixLensInExactMatch> vrfPrefixLensInExactMatchIs(const Velo::String& name);
@@ -47,21 +46,15 @@ class [[gnu::visibility("default")]] RouteStatusBase : public Mox::PtrInterface 
   Mox::Ptr<PrefixLensInExactMatch> vrfPrefixLensInExactMatchDel(const Velo::String& name);
   void vrfPrefixLensInExactMatchDelAll();
   /// The prefix lengths of the VRF of that name, or null.
-  [[nodiscard]] Mox::Ptr<PrefixLensInExactMatch> vrfPrefixLensInExactMatch(const Velo::String& name)
-      const noexcept;
-  [[nodiscard]] const PrefixLens& vrfPrefixLensInExactMatch() const noexcept {
-    return prefixLens_;
-  }
+  [[nodiscard]] Mox::Ptr<PrefixLensInExactMatch> vrfPrefixLensInExactMatch(
+      const Velo::String& name) const noexcept;
+  [[nodiscard]] const PrefixLens& vrfPrefixLensInExactMatch() const noexcept { return prefixLens_; }
 
   /// Whether next hops may decapsulate.
-  [[nodiscard]] bool decapNhEnabled() const noexcept {
-    return decapNhEnabled_;
-  }
+  [[nodiscard]] bool decapNhEnabled() const noexcept { return decapNhEnabled_; }
   void decapNhEnabledIs(bool enabled);
   /// Whether a decapsulating next hop may fall back.
-  [[nodiscard]] bool decapNhFallbackEnabled() const noexcept {
-    return decapNhFallbackEnabled_;
-  }
+  [[nodiscard]] bool decapNhFallbackEnabled() const noexcept { return decapNhFallbackEnabled_; }
   void decapNhFallbackEnabledIs(bool enabled);
 
  protected:

@@ -4,11 +4,12 @@
 
 #include "L3/VrfName.h"
 #include "Mox/NotifieeConst.h"
+#include "Velo/Export.h"
 
 namespace Routing::Hardware {
 
 /// What the hardware knows of one VRF. Reactors are told of a change of `vrfId`.
-class [[gnu::visibility("default")]] VrfStatus final : public Mox::PtrInterface {
+class ZEL_EXPORT VrfStatus final : public Mox::PtrInterface {
  public:
   static const Mox::Type moxType;
   static constexpr Mox::AttributeId vrfIdAttribute = 259;
@@ -19,13 +20,9 @@ class [[gnu::visibility("default")]] VrfStatus final : public Mox::PtrInterface 
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfStatus() override;
 
-  [[nodiscard]] const L3::VrfName& name() const noexcept {
-    return name_;
-  }
+  [[nodiscard]] const L3::VrfName& name() const noexcept { return name_; }
   /// The hardware VRF id, 0 while none has been assigned.
-  [[nodiscard]] std::uint32_t vrfId() const noexcept {
-    return vrfId_;
-  }
+  [[nodiscard]] std::uint32_t vrfId() const noexcept { return vrfId_; }
   void vrfIdIs(std::uint32_t vrfId);
 
  private:
