@@ -43,6 +43,41 @@ def any_header(_header):
 
 LIBRARY = "ZelVrfSelectionPolicy"
 
+# The layers of platform/, the lowest first. Each may include those before it.
+#
+# The framework: text and subscriptions, allocation, entities, the ring of messages, messages to both
+# sinks, timers. Each folder may include those before it.
+FRAMEWORK = ["Velo", "Quarry", "Mox", "Blinklog", "Duolog", "Bost"]
+# The domain types: each folder with the others of them that it may include.
+DOMAIN_TYPES = {
+    "Acl": [],
+    "Classification": [],
+    "Ip": [],
+    "Ip6": [],
+    "L3": [],
+    "Lag": [],
+    "Mirroring": [],
+    "Sflow": [],
+    "Zel": [],
+    "PolicyMap": ["Ip", "L3", "Zel"],
+    "Routing": ["L3"],
+    "Routing6": ["L3", "Routing"],
+    "VrfSelectionPolicy": ["L3"],
+}
+# The machine that programs traffic policies.
+TRAFFIC_POLICY = ["TrafficPolicy"]
+
+
+def platform_rows():
+    """Rows of ARROWS, without the platform/ in front of each folder."""
+    for place, folder in enumerate(FRAMEWORK):
+        yield folder, FRAMEWORK[:place], standard_or_unix
+    for folder, others in DOMAIN_TYPES.items():
+        yield folder, [*FRAMEWORK, *others], standard
+    for folder in TRAFFIC_POLICY:
+        yield folder, [*FRAMEWORK, *DOMAIN_TYPES], standard
+
+
 # The layers of the agent, lower ones first. A folder may include itself and the layers before its
 # own; the folders of one layer do not include each other.
 AGENT_LAYERS = [
@@ -87,26 +122,11 @@ def soft_chip_rows():
 # Folder; the folders that its files may include; what they may include in angle brackets.
 # The row of the longest folder that holds a file decides. "" is the whole tree.
 ARROWS = [
-    ("platform/Velo", ["platform/Velo", "platform/Quarry"], standard_or_unix),
-    ("platform/Quarry", ["platform/Quarry", "platform/Velo"], standard_or_unix),
-    ("platform/Mox", ["platform/Mox", "platform/Velo", "platform/Quarry"], standard_or_unix),
-    (
-        "platform/Blinklog",
-        ["platform/Blinklog", "platform/Mox", "platform/Velo", "platform/Quarry"],
-        standard_or_unix,
+    *(
+        (f"platform/{folder}", [f"platform/{name}" for name in (folder, *others)], allows_foreign)
+        for folder, others, allows_foreign in platform_rows()
     ),
-    (
-        "platform/Duolog",
-        [
-            "platform/Duolog",
-            "platform/Blinklog",
-            "platform/Mox",
-            "platform/Velo",
-            "platform/Quarry",
-        ],
-        standard_or_unix,
-    ),
-    ("platform", ["platform"], standard_or_unix),
+    ("platform", ["platform"], standard),  # the table of the types of every folder
     (f"{LIBRARY}/trace", ["platform", f"{LIBRARY}/trace"], standard),
     (f"{LIBRARY}/values", ["platform", f"{LIBRARY}/values"], standard),
     (f"{LIBRARY}/tables", ["platform", f"{LIBRARY}/values", f"{LIBRARY}/tables"], standard),
@@ -162,7 +182,7 @@ SPELLED = re.compile(r'"([^"]+)"|<([^>]+)>')
 
 
 # Their own rows are for the files directly in them: each of their folders has a row.
-WITH_LAYERS = ("agent", "chips/soft")
+WITH_LAYERS = ("platform", "agent", "chips/soft")
 
 
 def holds(folder, path):

@@ -11,6 +11,28 @@ import include_arrows
 
 LIBRARY = "ZelVrfSelectionPolicy"
 
+# The domain types of the platform with one header each, and the others of them that it may include.
+ACL, CLASSIFICATION = "platform/Acl/Config.h", "platform/Classification/UdfConfig.h"
+IP, IP6, L3 = "platform/Ip/Config.h", "platform/Ip6/Config.h", "platform/L3/VrfName.h"
+LAG, MIRRORING = "platform/Lag/Input/Config.h", "platform/Mirroring/Config.h"
+POLICY_MAP, ROUTING = "platform/PolicyMap/IntfConfig.h", "platform/Routing/Hardware/VrfStatus.h"
+ROUTING6 = "platform/Routing6/Hardware/RouteStatus.h"
+SFLOW, ZEL = "platform/Sflow/InterfaceCollector.h", "platform/Zel/ZelBaseHelper.h"
+FALLBACK = "platform/VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
+DOMAIN_TYPES = {
+    **{path: [] for path in (ACL, CLASSIFICATION, IP, IP6, L3, LAG, MIRRORING, SFLOW, ZEL)},
+    POLICY_MAP: [IP, L3, ZEL],
+    ROUTING: [L3],
+    ROUTING6: [L3, ROUTING],
+    FALLBACK: [L3],
+}
+TRAFFIC_POLICY = "platform/TrafficPolicy/ZelTrafficPolicySm.h"
+
+
+def spelled(path):
+    return '"' + path.removeprefix("platform/") + '"'
+
+
 # Every include here is allowed.
 TREE = {
     "platform/Velo/String.h": ["<string>", "<cassert>"],
@@ -18,8 +40,10 @@ TREE = {
     "platform/Mox/Ptr.h": ['"Velo/String.h"', '"Quarry/Slab.h"', "<atomic>"],
     "platform/Blinklog/Ring.h": ['"Mox/Ptr.h"'],
     "platform/Duolog/Message.h": ['"Blinklog/Ring.h"', '"Mox/Ptr.h"'],
-    "platform/L3/VrfName.h": ['"Mox/Ptr.h"', '"Velo/String.h"'],
-    "platform/Routing/RouteStatus.h": ['"L3/VrfName.h"', '"Duolog/Message.h"'],
+    "platform/Bost/TimerWheel.h": ['"Mox/Ptr.h"'],
+    **{path: ['"Mox/Ptr.h"', *map(spelled, others)] for path, others in DOMAIN_TYPES.items()},
+    TRAFFIC_POLICY: [spelled(POLICY_MAP), '"Duolog/Message.h"'],
+    "platform/TypeTable.cpp": [*map(spelled, DOMAIN_TYPES), spelled(TRAFFIC_POLICY), "<array>"],
     f"{LIBRARY}/values/Action.h": ['"L3/VrfName.h"', "<compare>"],
     f"{LIBRARY}/tables/Config.h": [f'"{LIBRARY}/values/Action.h"', '"Mox/Ptr.h"'],
     f"{LIBRARY}/vrf/VrfSm.h": [f'"{LIBRARY}/tables/Config.h"', f'"{LIBRARY}/values/Action.h"'],
@@ -41,22 +65,25 @@ TREE = {
 # One header of each folder, lower layers first, and which of them it may include.
 VELO, QUARRY, MOX = "platform/Velo/String.h", "platform/Quarry/Slab.h", "platform/Mox/Ptr.h"
 BLINKLOG, DUOLOG = "platform/Blinklog/Ring.h", "platform/Duolog/Message.h"
-DOMAIN = "platform/L3/VrfName.h"
+BOST = "platform/Bost/TimerWheel.h"
 VALUES, TABLES = f"{LIBRARY}/values/Action.h", f"{LIBRARY}/tables/Config.h"
 VRF, POLICY = f"{LIBRARY}/vrf/VrfSm.h", f"{LIBRARY}/policy/PolicySm.h"
 REFLECTION, UMBRELLA = f"{LIBRARY}/reflection/Types.h", f"{LIBRARY}/{LIBRARY}.h"
 TESTING, CHIP, AGENT = "testing/Recorder.h", "chips/soft/Chip.h", "agent/Agent.h"
 OUTSIDE = ["tests/agent/Fixture.h", "benchmarks/Bench.h", "fuzz/Fuzz.h", "examples/Example.h"]
-PLATFORM = [VELO, QUARRY, MOX, BLINKLOG, DUOLOG, DOMAIN]
+FRAMEWORK = [VELO, QUARRY, MOX, BLINKLOG, DUOLOG, BOST]
+PLATFORM = [*FRAMEWORK, *DOMAIN_TYPES, TRAFFIC_POLICY]
 WHOLE_LIBRARY = [VALUES, TABLES, VRF, POLICY, REFLECTION, UMBRELLA]
 EVERYTHING = [*PLATFORM, *WHOLE_LIBRARY, TESTING, CHIP, AGENT, *OUTSIDE]
 MAY_INCLUDE = {
-    VELO: [VELO, QUARRY],
+    VELO: [VELO],
     QUARRY: [VELO, QUARRY],
     MOX: [VELO, QUARRY, MOX],
     BLINKLOG: [VELO, QUARRY, MOX, BLINKLOG],
     DUOLOG: [VELO, QUARRY, MOX, BLINKLOG, DUOLOG],
-    DOMAIN: PLATFORM,
+    BOST: FRAMEWORK,
+    **{path: [*FRAMEWORK, path, *others] for path, others in DOMAIN_TYPES.items()},
+    TRAFFIC_POLICY: PLATFORM,
     VALUES: [*PLATFORM, VALUES],
     TABLES: [*PLATFORM, VALUES, TABLES],
     VRF: [*PLATFORM, VALUES, TABLES, VRF],
@@ -153,12 +180,11 @@ class IncludeArrows(unittest.TestCase):
                 self.assertIn(word, faults[0])
 
     def assert_arrow(self, path, target):
-        spelling = target.removeprefix("platform/")
-        self.assert_reported(path, f'"{spelling}"', f"may not include {target}; allowed are ")
+        self.assert_reported(path, spelled(target), f"may not include {target}; allowed are ")
 
     def assert_allowed(self, path, target):
         with self.subTest(path=path, target=target):
-            text = f'#include "{target.removeprefix("platform/")}"\n'
+            text = f"#include {spelled(target)}\n"
             self.assertEqual(list(include_arrows.faults_in(path, text, set(TREE))), [])
 
     def test_a_tree_that_keeps_every_arrow_has_no_fault(self):
@@ -171,13 +197,31 @@ class IncludeArrows(unittest.TestCase):
             else:
                 self.assert_arrow(path, target)
 
+    def test_every_folder_of_the_platform_is_in_one_layer(self):
+        layers = [*include_arrows.FRAMEWORK, *include_arrows.DOMAIN_TYPES,
+                  *include_arrows.TRAFFIC_POLICY]
+        self.assertEqual(sorted(layers), sorted(path.split("/")[1] for path in PLATFORM))
+        self.assertEqual([folder for folder, _, _ in include_arrows.platform_rows()], layers)
+
+    def test_a_layer_of_the_platform_does_not_include_a_higher_one(self):
+        layers = [FRAMEWORK, [*DOMAIN_TYPES], [TRAFFIC_POLICY]]
+        for lower, higher in itertools.combinations(layers, 2):
+            for path, target in itertools.product(lower, higher):
+                self.assert_arrow(path, target)
+
+    def test_the_folders_of_the_platform_include_each_other_in_no_circle(self):
+        before = set()
+        for folder, others, _ in include_arrows.platform_rows():
+            self.assertLessEqual(set(others), before, folder)
+            before.add(folder)
+
     def test_platform_and_library_include_only_the_standard_library(self):
         for path in [path for path in TREE if path.startswith(("platform/", LIBRARY))]:
             for header in ["nlohmann/json.hpp", "gtest/gtest.h", "stdio.h", "dlfcn.h"]:
                 self.assert_reported(path, f"<{header}>", f"may not include <{header}>")
 
-    def test_unix_headers_are_for_platform_only(self):
-        for path in [path for path in TREE if path.startswith(LIBRARY)]:
+    def test_unix_headers_are_for_the_framework_only(self):
+        for path in [path for path in TREE if path.startswith(LIBRARY)] + [*DOMAIN_TYPES]:
             for header in ["fcntl.h", "unistd.h", "sys/mman.h"]:
                 self.assert_reported(path, f"<{header}>", f"may not include <{header}>")
 
@@ -217,6 +261,11 @@ class IncludeArrows(unittest.TestCase):
             faults = list(include_arrows.faults_in(path, "", {path}))
             self.assertEqual(len(faults), 1, faults)
             self.assertTrue(faults[0].startswith(f"{path}:1: "), faults[0])
+
+    def test_a_folder_of_the_platform_without_a_row_is_reported(self):
+        for path in ["platform/New/Thing.h", "platform/Mox2/Ptr.h"]:
+            (fault,) = include_arrows.faults_in(path, "", {path})
+            self.assertIn("no arrows are drawn", fault)
 
     def run_on_repository(self):
         return subprocess.run(
