@@ -1,6 +1,7 @@
 """Outside projects find the installed package both ways, build on it, and run."""
 
 import argparse
+import concurrent.futures
 import os
 import pathlib
 import re
@@ -13,7 +14,12 @@ import unittest
 import shown_project
 
 OUTSIDE = pathlib.Path(__file__).resolve().parent / "outside"
-CHIP_AUTHORS = OUTSIDE.parents[2] / "docs" / "chip-authors.md"
+SOURCE = OUTSIDE.parents[2]
+CHIP_AUTHORS = SOURCE / "docs" / "chip-authors.md"
+INCLUDE = "include/zel-vrf-selection-policy"
+# Folders whose headers are installed, and what is in front of their paths then.
+HEADER_FOLDERS = {"platform": "", "ZelVrfSelectionPolicy": "ZelVrfSelectionPolicy/",
+                  "testing": "testing/"}
 PRINTED = """\
 create red with hardware id 0
 update red with hardware id 7
@@ -61,7 +67,7 @@ class InstalledPackage(unittest.TestCase):
 
     def test_the_readme_shows_this_very_program(self):
         program = (OUTSIDE / "main.cpp").read_text()
-        self.assertIn(f"```cpp\n{program}```\n", (OUTSIDE.parents[2] / "README.md").read_text())
+        self.assertIn(f"```cpp\n{program}```\n", (SOURCE / "README.md").read_text())
 
     def test_find_package_refuses_another_major_version(self):
         listfile = self.project / "CMakeLists.txt"
@@ -70,15 +76,34 @@ class InstalledPackage(unittest.TestCase):
         with self.assertRaisesRegex(AssertionError, 'compatible with requested\\s+version "2"'):
             self.configure(self.project / "build")
 
-    def test_the_headers_that_the_library_keeps_to_itself_are_not_installed(self):
-        root = self.prefix / "include" / "zel-vrf-selection-policy"
-        headers = [name for name in files_below(root) if name.endswith(".h")]
-        self.assertIn("ZelVrfSelectionPolicy/vrf/VrfSm.h", headers)
-        kept = [name for name in headers if re.search("Resource|Watches|Links|ActionsBy|/trace/", name)]
-        self.assertEqual(kept, [])
-        for name in headers:
-            for included in re.findall('#include "(.*)"', (root / name).read_text()):
-                self.assertIn(included, headers, f"{name} includes it")
+    def test_every_header_but_the_private_ones_is_installed(self):
+        public, private = set(), set()
+        for folder, prefix in HEADER_FOLDERS.items():
+            listed = (SOURCE / folder / "private-headers.txt").read_text().split()
+            present = {name for name in files_below(SOURCE / folder) if name.endswith(".h")}
+            self.assertLessEqual(set(listed), present, f"{folder}/private-headers.txt")
+            public |= {prefix + name for name in present.difference(listed)}
+            private |= {prefix + name for name in listed}
+        installed = set(self.installed_headers())
+        self.assertEqual(installed, public)
+        self.assertIn("Blinklog/RingFile.h", private)
+        self.assertIn("ZelVrfSelectionPolicy/vrf/VrfWatches.h", private)
+        self.assertFalse(installed & private)
+
+    def test_each_installed_header_compiles_with_the_installed_ones_alone(self):
+        def complaints(header):
+            return subprocess.run(
+                [self.arguments.compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Werror",
+                 f"-I{self.prefix / INCLUDE}", "-x", "c++", "-"],
+                input=f'#include "{header}"\n', capture_output=True, text=True,
+                cwd=self.project).stderr
+
+        headers = self.installed_headers()
+        self.assertGreater(len(headers), 50, "the headers were found")
+        with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+            for header, complaint in zip(headers, pool.map(complaints, headers)):
+                with self.subTest(header):
+                    self.assertEqual(complaint, "")
 
     def test_the_library_alone_needs_no_googletest(self):
         self.configure(self.project / "build", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON")
@@ -101,7 +126,7 @@ class InstalledPackage(unittest.TestCase):
         self.assertTrue(installed)
         self.assertLessEqual(installed, files_below(self.prefix))
         headers = {file for file in installed if file.endswith(".h")}
-        self.assertIn("include/zel-vrf-selection-policy/testing/VrfHelperConformance.h", headers)
+        self.assertIn(f"{INCLUDE}/testing/VrfHelperConformance.h", headers)
         self.assertTrue(all("/testing/" in header for header in headers), headers)
         others = {re.sub("-[a-z]+(?=.cmake)", "", pathlib.Path(file).name)
                   for file in installed - headers}
@@ -144,6 +169,10 @@ class InstalledPackage(unittest.TestCase):
         naming = [file.name for file in self.prefix.rglob("*")
                   if file.suffix in (".cmake", ".pc") and build in file.read_text()]
         self.assertEqual(naming, [])
+
+    def installed_headers(self):
+        root = self.prefix / INCLUDE
+        return sorted(name for name in files_below(root) if name.endswith(".h"))
 
     def ask_for(self, component):
         listfile = self.project / "CMakeLists.txt"
