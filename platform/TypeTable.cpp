@@ -34,7 +34,7 @@
 #include "Zel/NexthopStatus.h"
 #include "Zel/ZelCommonSmData.h"
 
-// The platform's own module: its value types, and every type of entity.
+// The module of the platform: its value types, and all its entity types.
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 namespace Blinklog {
 
-/// A descriptor of an open file, closed when it goes; negative where there is none.
+/// Owns the descriptor of an open file and closes it. A negative descriptor means no file.
 class FileHandle final {
  public:
   explicit FileHandle(int descriptor) noexcept : descriptor_(descriptor) {}

@@ -7,11 +7,11 @@
 
 namespace Blinklog {
 
-/// One message as it is dumped.
+/// One message of a ring, as a dump returns it.
 struct Record {
   std::uint64_t sequence;
   const Site* site;
-  /// The fragments with the arguments in their places.
+  /// The fragments of the site, with the arguments inserted.
   std::string text;
 };
 

@@ -12,7 +12,7 @@ constexpr std::size_t processSlots = 4096;
 
 Ring::Ring(std::size_t slots)
     : slots_(slots), ownMemory_(std::make_unique<Slot[]>(slots)), ring_(ownMemory_.get()) {
-  static_cast<void>(siteCount());  // so that sites outlive the ring of the process
+  static_cast<void>(siteCount());  // so that the sites outlive the ring of the process
 }
 
 Ring::~Ring() = default;
@@ -49,8 +49,8 @@ void Ring::clear() noexcept {
     ring_[slot].sequence = Slot::noMessage;
 }
 
-// Made first when the platform is loaded, and gone last, so that messages can be sent until the
-// process ends, the one that ends it included.
+// Constructed first when the platform is loaded, and destroyed last, so that messages can be sent
+// until the process ends.
 [[gnu::init_priority(101)]] Ring ringOfProcess(processSlots);
 
 }  // namespace Blinklog

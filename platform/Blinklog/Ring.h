@@ -19,7 +19,8 @@
 
 namespace Blinklog {
 
-/// One argument of a message. `kind` 's' is text, 'u' an unsigned number, 'b' a boolean.
+/// One argument of a message. `kind` is 's' for text, 'u' for an unsigned number, 'b' for a
+/// boolean.
 struct Argument {
   char kind;
   std::uint32_t number = 0;
@@ -30,13 +31,13 @@ class RingFile;
 
 /// The last messages, in a fixed number of slots of fixed size.
 ///
-/// Choose it for what is worth knowing after the fact: writing is a bounded copy into the oldest
-/// slot, never an allocation, and no text is formatted until somebody dumps. A message's texts
-/// share a slot of `slotBytes`; what does not fit is cut and shown with "..." behind it. Two names
+/// Use it for messages that are read after a failure. A write is a bounded copy into the oldest
+/// slot. It does not allocate, and text is formatted only by a dump. The texts of a message share a
+/// slot of `slotBytes`. A text that does not fit is cut, and a dump shows "..." after it. Two names
 /// of 100 bytes always fit.
 ///
-/// Invariant: message number n (from 0) is in slot n modulo the number of slots, and a slot holds
-/// the number of its message only while that message is whole in it.
+/// Invariant: message number n (from 0) is in slot n modulo the number of slots. A slot holds the
+/// number of its message only while that message is complete.
 class ZEL_EXPORT Ring {
  public:
   static constexpr std::size_t slotBytes = Slot::bytes;
@@ -47,29 +48,29 @@ class ZEL_EXPORT Ring {
   Ring& operator=(const Ring&) = delete;
   ~Ring();
 
-  /// A message while it is written: takes the arguments in order, as many as there is room for, and
-  /// is whole in the ring when it goes. No other message may be written meanwhile.
+  /// A message while it is written. It takes the arguments in order, as many as fit. Its destructor
+  /// completes the message. No other message may be written during its lifetime.
   class Message;
 
   void write(SiteId site, std::span<const Argument> arguments) noexcept;
 
-  /// The messages it holds, oldest first.
+  /// The messages in the ring, oldest first.
   [[nodiscard]] std::vector<Record> dump() const;
-  /// Messages written so far.
+  /// The number of messages written so far.
   [[nodiscard]] std::uint64_t written() const noexcept { return written_; }
   [[nodiscard]] std::size_t slots() const noexcept { return slots_; }
-  /// Moves the ring, with the messages that it holds, into a file that outlives this process, for
-  /// RingImage to read; what was in that file is kept as FILE.previous. Writing costs the same.
-  /// Throws a RingFileError, and then the ring stays where it is.
+  /// Moves the ring and its messages into a file, which outlives this process and is read by
+  /// `RingImage`. A file of that name is kept as FILE.previous. Writing costs the same as before.
+  /// Throws `RingFileError`; the ring is then unchanged.
   void fileIs(const std::string& path);
-  /// Forgets all messages; numbering goes on.
+  /// Removes all messages. The numbering continues.
   void clear() noexcept;
 
  private:
   std::size_t slots_;
-  std::unique_ptr<Slot[]> ownMemory_;  // none once the ring is in a file
+  std::unique_ptr<Slot[]> ownMemory_;  // null when the ring is in a file
   std::unique_ptr<RingFile> file_;
-  Slot* ring_;  // in one or the other
+  Slot* ring_;  // in `ownMemory_` or in `file_`
   std::uint64_t written_ = 0;
   std::size_t next_ = 0;  // the slot of the next message
 };

@@ -27,7 +27,7 @@ Header headerOf(std::size_t slots) {
   return header;
 }
 
-// Stands for a site that is too long for a row.
+// Replaces a site that is too long for a row.
 Site standInFor(const Site& site) {
   return {{}, site.line, {}, site.level, {"a message whose site is too long to be told here"}};
 }
@@ -47,7 +47,7 @@ RingFile::~RingFile() {
   munmap(memory_, bytes_);
 }
 
-// The header first: what is killed meanwhile leaves a file that is known to be one of these.
+// Writes the header first, so that the file of a killed process is recognised.
 void RingFile::allocate(std::size_t slots) {
   if (slots > RingFileFormat::mostSlots) {
     throw RingFileError(place_.name(), "cannot hold a ring of " + std::to_string(slots) +
@@ -56,7 +56,7 @@ void RingFile::allocate(std::size_t slots) {
   }
   const int file = place_.file().get();
   const Header header = headerOf(slots);
-  errno = ENOSPC;  // where less is written than should be
+  errno = ENOSPC;  // for an incomplete write
   if (pwrite(file, &header, sizeof header, 0) != static_cast<ssize_t>(sizeof header)) {
     throw RingFileError(place_.name(), std::string("cannot be written: ") + std::strerror(errno) +
                                            "; give another file");
@@ -90,7 +90,7 @@ RingFileFormat::Header& RingFile::header() const noexcept {
 void RingFile::onSite(const Site& site) {
   std::string row = RingFileFormat::toRow(site);
   if (row.size() > RingFileFormat::mostSiteBytes) row = RingFileFormat::toRow(standInFor(site));
-  // Rows are found by their number, so none follows one that is missing.
+  // Rows are found by their number, so no row may follow a missing one.
   if (header().sitesLeftOut != 0 || RingFileFormat::slotsOffset - rowsEnd_ < row.size()) {
     ++header().sitesLeftOut;
     return;

@@ -11,21 +11,21 @@
 
 namespace Blinklog {
 
-/// The slots of a ring in a file that is mapped into memory, with everything needed to read them
-/// when this process is gone, however it ended: what is stored in a shared mapping is the file's.
+/// The slots of a ring in a file that is mapped into memory, with everything that a reader of the
+/// file needs. A shared mapping keeps what was stored, however the process ends.
 ///
-/// Invariant: every registered site is in the table of the file, or counted as left out, before a
-/// message of it can be written. All blocks of the file are allocated, so that no store fails for
-/// want of room.
+/// Invariant: a registered site is in the table of the file, or counted as left out, before a
+/// message of it can be written. All blocks of the file are allocated, so no store fails because
+/// the disk is full.
 class RingFile final : public SiteNotifiee {
  public:
-  /// Makes FILE.new, complete and with `slots` empty slots. Throws a RingFileError.
+  /// Creates FILE.new with `slots` empty slots. Throws `RingFileError`.
   RingFile(const std::string& path, std::size_t slots);
-  /// The file stays.
+  /// Keeps the file.
   ~RingFile() override;
 
   [[nodiscard]] std::span<Slot> slots() const noexcept;
-  /// Gives it its name; what had it before is kept as FILE.previous. Throws a RingFileError.
+  /// Renames FILE.new to FILE. A previous FILE becomes FILE.previous. Throws `RingFileError`.
   void take() { place_.take(); }
 
   void onSite(const Site& site) override;

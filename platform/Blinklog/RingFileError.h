@@ -7,15 +7,15 @@
 
 namespace Blinklog {
 
-/// What is wrong with a file that holds a ring or shall hold one.
+/// A file that holds a ring, or shall hold one, cannot be used.
 class ZEL_EXPORT RingFileError : public std::runtime_error {
  public:
   RingFileError(std::string path, const std::string& problem)
       : std::runtime_error(path + ": " + problem), path_(std::move(path)), problem_(problem) {}
 
-  /// The file, in its own bytes, which may be any.
+  /// The path of the file, which may hold any bytes.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
-  /// One line: what is wrong with the file, and what would be right.
+  /// One line that says what is wrong with the file and what is expected.
   [[nodiscard]] const std::string& problem() const noexcept { return problem_; }
 
  private:

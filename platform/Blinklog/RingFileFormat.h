@@ -8,8 +8,9 @@
 #include "Blinklog/Site.h"
 #include "Blinklog/Slot.h"
 
-/// What stands where in a file that holds a ring, as docs/trace-ring.md tells: a header, a table of
-/// sites, and the slots. All numbers are in the byte order of the machine that wrote them.
+/// The layout of a file that holds a ring: a header, a table of sites, and the slots.
+/// docs/trace-ring.md describes it. All numbers are in the byte order of the machine that wrote
+/// them.
 namespace Blinklog::RingFileFormat {
 
 inline constexpr std::array<char, 8> magic{'B', 'l', 'i', 'n', 'k', 'l', 'o', 'g'};
@@ -19,7 +20,7 @@ inline constexpr std::size_t headerBytes = 4096;
 inline constexpr std::size_t siteTableBytes = std::size_t{252} * 1024;
 inline constexpr std::size_t slotsOffset = headerBytes + siteTableBytes;
 inline constexpr std::uint32_t mostSlots = 65536;
-/// Bytes of one row of the table.
+/// Maximum size of one row of the table.
 inline constexpr std::size_t mostSiteBytes = 4096;
 
 struct Header {
@@ -29,13 +30,13 @@ struct Header {
   std::uint32_t siteTableBytes = RingFileFormat::siteTableBytes;
   std::uint32_t slotBytes = Slot::bytes;
   std::uint32_t slots = 0;
-  /// Rows of the table; the site of a slot is the number of one of them. Raised after the row is
-  /// written.
+  /// Number of rows of the table. The site of a slot is the number of a row. It is incremented
+  /// after the row is written.
   std::uint32_t sites = 0;
-  /// Sites for which the table had no room; their numbers follow those of the rows.
+  /// Number of sites that did not fit into the table. Their numbers follow those of the rows.
   std::uint32_t sitesLeftOut = 0;
   std::uint32_t process = 0;
-  /// Seconds since 1970 when the file was made.
+  /// Time of creation of the file, in seconds since 1970.
   std::uint64_t madeAt = 0;
 };
 static_assert(sizeof(Header) == 48);
@@ -44,8 +45,8 @@ static_assert(sizeof(Header) == 48);
   return slotsOffset + slots * Slot::bytes;
 }
 
-/// A row of the table: line, level and the number of fragments, then path, function and fragments,
-/// each behind its length; all numbers have four bytes.
+/// A row of the table: line, level and number of fragments, then path, function and fragments, each
+/// after its length. All numbers have four bytes.
 [[nodiscard]] std::string toRow(const Site& site);
 
 }  // namespace Blinklog::RingFileFormat

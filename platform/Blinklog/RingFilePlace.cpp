@@ -25,7 +25,7 @@ constexpr mode_t ownerOnly = 0600;
   throw RingFileError(path, "another process writes its trace there; end it, or give another file");
 }
 
-// The file, which may be there; nothing where there is none.
+// Opens the file if it exists.
 FileHandle openPresent(const std::string& path) {
   FileHandle file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file.isOpen() && errno == ELOOP) {
@@ -40,7 +40,7 @@ bool isRegular(const FileHandle& file) {
   return fstat(file.get(), &found) == 0 && S_ISREG(found.st_mode);
 }
 
-// The bytes at the beginning, as many of them as a ring's file is recognised by.
+// The first bytes of the file, by which a file with a ring is recognised.
 std::string beginningOf(const FileHandle& file) {
   std::string bytes(RingFileFormat::magic.size(), '\0');
   const ssize_t got = pread(file.get(), bytes.data(), bytes.size(), 0);
@@ -60,14 +60,14 @@ void needReplaceable(const std::string& path, const FileHandle& file, bool mayBe
                       "another file");
 }
 
-// Held until the last descriptor of this opening is closed, which the end of the process does.
+// The lock is held until the descriptor is closed, also by the end of the process.
 void lock(const FileHandle& file, const std::string& path) {
   if (flock(file.get(), LOCK_EX | LOCK_NB) == 0) return;
   if (errno == EWOULDBLOCK) failAsInUse(path);
   fail(path, "cannot be locked", errno);
 }
 
-// Whether the path still names the file, which another process may have taken away.
+// Whether the path still refers to the file. Another process may have removed it.
 bool isNamed(const FileHandle& file, const std::string& path) {
   struct stat opened {};
   struct stat named {};
@@ -75,7 +75,7 @@ bool isNamed(const FileHandle& file, const std::string& path) {
          opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-// One that was killed while it made the file has left it behind.
+// Removes the file of a process that was killed while it created it.
 void removeLeftover(const std::string& path) {
   const FileHandle leftover = openPresent(path);
   if (!leftover.isOpen()) return;
@@ -116,7 +116,7 @@ RingFilePlace::~RingFilePlace() {
 }
 
 void RingFilePlace::take() {
-  // Again, since another may have taken it before FILE.new was made.
+  // Checked again, since another process may have created FILE before FILE.new was locked.
   needFree(path_);
   if (std::rename(path_.c_str(), previousPath_.c_str()) != 0 && errno != ENOENT) {
     fail(path_, "cannot be renamed to " + previousPath_, errno);

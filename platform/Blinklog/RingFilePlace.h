@@ -6,26 +6,26 @@
 
 namespace Blinklog {
 
-/// The names by which a file that holds a ring is known while it comes and goes: it is made as
-/// FILE.new, becomes FILE when it is complete, and FILE.previous when the next one is.
+/// The names that a file with a ring has in turn. It is created as FILE.new, renamed to FILE when
+/// it is complete, and renamed to FILE.previous when the next file is complete.
 ///
-/// Invariant: none of the three is ever replaced unless it begins as such a file does, and FILE is
-/// not as long as a process lives that made it, which is told by a lock that ends with its
-/// descriptor. So of several that want FILE at once, at most one gets it.
+/// Invariant: a file is replaced only if it begins as a file with a ring does. FILE is not replaced
+/// while the process that created it lives: it holds a lock on the file, which ends with the
+/// descriptor. So of several processes that use the same FILE, at most one succeeds.
 class RingFilePlace final {
  public:
-  /// Makes FILE.new, empty and for its owner only. Throws a RingFileError.
+  /// Creates an empty FILE.new that only its owner may read and write. Throws `RingFileError`.
   explicit RingFilePlace(const std::string& path);
   RingFilePlace(const RingFilePlace&) = delete;
   RingFilePlace& operator=(const RingFilePlace&) = delete;
-  /// Takes FILE.new away unless it became FILE.
+  /// Removes FILE.new unless it was renamed.
   ~RingFilePlace();
 
-  /// The open file, which is locked until this goes.
+  /// The open file. It is locked during the lifetime of this object.
   [[nodiscard]] const FileHandle& file() const noexcept { return file_; }
-  /// What the file is called at the moment.
+  /// The present name of the file.
   [[nodiscard]] const std::string& name() const noexcept { return isTaken_ ? path_ : newPath_; }
-  /// Makes FILE of FILE.new, and FILE.previous of what was FILE. Throws a RingFileError.
+  /// Renames FILE to FILE.previous, and FILE.new to FILE. Throws `RingFileError`.
   void take();
 
  private:

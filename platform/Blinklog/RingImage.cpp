@@ -21,7 +21,7 @@ using RingFileFormat::Header;
 
 constexpr std::uint64_t endOfYear9999 = 253402300799;
 
-// What is wrong, apart from the name of the file.
+// The problem, without the name of the file.
 class Problem final : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -49,7 +49,7 @@ FileHandle openToRead(const std::string& path) {
   return file;
 }
 
-// As many of the bytes as there are.
+// Reads at most `size` bytes.
 std::vector<std::byte> readBeginning(const FileHandle& file, std::size_t size) {
   std::vector<std::byte> bytes(size);
   std::size_t used = 0;
@@ -65,7 +65,7 @@ std::vector<std::byte> readBeginning(const FileHandle& file, std::size_t size) {
   return bytes;
 }
 
-// Takes numbers and texts from the front of some bytes; nothing where they do not hold them.
+// Reads numbers and texts from the front of some bytes; nothing if there are too few bytes.
 class Row final {
  public:
   explicit Row(std::span<const std::byte> bytes) noexcept : bytes_(bytes) {}
@@ -166,7 +166,7 @@ std::vector<Site> sitesIn(const Header& header, std::span<const std::byte> file)
     }
     sites.push_back(std::move(*site));
   }
-  // For all that found no room in the table.
+  // For all sites that did not fit into the table.
   sites.push_back({{}, 0, {}, 0, {"a message whose site found no room in the file"}});
   return sites;
 }
@@ -205,8 +205,7 @@ Record recordOf(const Slot& slot, std::size_t number, const Header& header,
   return {slot.sequence, &site, textOf(site, arguments)};
 }
 
-// Slots that are the same in two readings, one after the other, are whole: all of them stood like
-// that between the two.
+// Slots that are equal in two successive readings are consistent: none was written between the two.
 std::vector<Record> recordsIn(const Header& header, const std::vector<Site>& sites,
                               std::span<const std::byte> before, std::span<const std::byte> after) {
   std::vector<Record> records;

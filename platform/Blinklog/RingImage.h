@@ -11,24 +11,24 @@
 
 namespace Blinklog {
 
-/// What a file that holds a ring tells, whether the process that wrote it lives or not.
+/// The messages of a file that holds a ring. The process that wrote it may live or not.
 ///
 ///     const Blinklog::RingImage image("/var/lib/agent/trace.ring");
 ///     for (const Blinklog::Record& record : image.records())
 ///       std::cout << record.text << '\n';
 ///
-/// The file may hold any bytes: it is either told or refused, in memory bounded by its size. A
-/// message that was not written to its end is left out; of a living process so is what it writes
-/// meanwhile.
+/// The file may hold any bytes: it is either read or refused. The memory used is bounded by the
+/// size of the file. An incomplete message is left out, and so is a message that a living process
+/// writes during the reading.
 class ZEL_EXPORT RingImage {
  public:
-  /// Reads the file. Throws a RingFileError.
+  /// Reads the file. Throws `RingFileError`.
   explicit RingImage(const std::string& path);
   RingImage(const RingImage&) = delete;
   RingImage& operator=(const RingImage&) = delete;
   ~RingImage();
 
-  /// The process that wrote it, and when it began to, in seconds since 1970.
+  /// The id of the process that wrote the file, and the time of creation in seconds since 1970.
   [[nodiscard]] std::uint32_t process() const noexcept { return process_; }
   [[nodiscard]] std::uint64_t madeAt() const noexcept { return madeAt_; }
   /// The messages, oldest first.

@@ -9,8 +9,8 @@
 
 namespace Blinklog {
 
-/// Where and what a message is. `fragments` are its text in order; "%s", "%u" and "%b" stand for
-/// an argument of that kind.
+/// The constant part of a message: its place in the source, its level and its text. `fragments` are
+/// the parts of the text in order. "%s", "%u" and "%b" stand for an argument of that kind.
 struct Site {
   std::string path;
   unsigned line = 0;
@@ -21,21 +21,22 @@ struct Site {
   friend bool operator==(const Site&, const Site&) = default;
 };
 
-/// Names a registered site; small enough to be written with each message. Sites are numbered from 0
-/// in the order in which they are registered.
+/// Number of a registered site, which each message holds. Sites are numbered from 0 in the order of
+/// their registration.
 using SiteId = std::uint32_t;
 
-/// Registers `site` process-wide and gives its id, the same one for an equal site. The site is
-/// copied, so messages can be dumped after the library that wrote them was unloaded.
+/// Registers `site` process-wide and returns its id. Equal sites have the same id. The site is
+/// copied, so its messages can be dumped after the library that wrote them was unloaded.
 [[nodiscard]] ZEL_EXPORT SiteId siteIs(const Site& site);
 
-/// How many are registered. Whatever static has asked once may use sites until it is destroyed.
+/// The number of registered sites. A static object that calls this in its constructor may use sites
+/// until it is destroyed.
 [[nodiscard]] std::size_t siteCount() noexcept;
 
-/// The registered site of that id, which stays where it is.
+/// The registered site of that id. The reference stays valid.
 [[nodiscard]] const Site& siteOf(SiteId id);
 
-/// Follows the registered sites, for whoever must know them without asking this process.
+/// Receives every registered site, for a copy of them outside the process.
 class SiteNotifiee {
  public:
   SiteNotifiee() = default;
@@ -43,11 +44,11 @@ class SiteNotifiee {
   SiteNotifiee& operator=(const SiteNotifiee&) = delete;
   virtual ~SiteNotifiee() = default;
 
-  /// The next site, in the order of their ids.
+  /// Called with each site, in the order of the ids.
   virtual void onSite(const Site& site) = 0;
 };
 
-/// Tells `notifiee` every site: those that there are now, and then each when it is registered.
+/// Calls `notifiee` with every registered site, and later with each new one.
 void siteNotifieeIs(SiteNotifiee& notifiee);
 void siteNotifieeDel(const SiteNotifiee& notifiee) noexcept;
 

@@ -11,7 +11,7 @@ bool isPlaceholder(const std::string& fragment) noexcept {
   return fragment.size() == 2 && fragment[0] == '%';
 }
 
-// Takes arguments out again.
+// Reads the arguments of a message.
 class Arguments final {
  public:
   explicit Arguments(std::span<const std::byte> bytes) noexcept : bytes_(bytes) {}
@@ -22,7 +22,7 @@ class Arguments final {
     const bool isWhole = kind == 's' ? appendText(text) : appendNumber(text, kind);
     if (!isWhole) text += cutMark;
   }
-  // Whether there was one.
+  // Returns whether there was one.
   bool skip(char kind) noexcept {
     std::string_view text;
     TextHeader header{};
@@ -33,7 +33,7 @@ class Arguments final {
  private:
   static constexpr std::string_view cutMark = "...";
 
-  // These say whether all of the argument is there.
+  // These return whether the argument is complete.
   bool appendText(std::string& text) {
     TextHeader header{};
     std::string_view kept;

@@ -12,7 +12,7 @@
 
 namespace Duolog {
 
-/// One argument of a message: what the ring keeps, and what the text shows.
+/// One argument of a message: its value in the ring and its form in the text trace.
 class Argument {
  public:
   Argument(std::string_view text) noexcept  // NOLINT(google-explicit-constructor): made in place
@@ -22,11 +22,11 @@ class Argument {
   Argument(unsigned number) noexcept : kept_{'u', number} {}                 // NOLINT: as above
   Argument(bool value) noexcept                                              // NOLINT: as above
       : kept_{'b', value}, shown_(value ? "true" : "false") {}
-  /// A number that has a name: the ring keeps the number, the text shows the name.
+  /// A number with a name. The ring holds the number, the text trace shows the name.
   Argument(unsigned number, std::string_view name) noexcept : kept_{'u', number}, shown_(name) {}
 
   [[nodiscard]] const Blinklog::Argument& kept() const noexcept { return kept_; }
-  /// What the text shows; empty for a bare number, which is shown in decimal.
+  /// The form in the text trace; empty for a number without a name, which is shown in decimal.
   [[nodiscard]] std::string_view shown() const noexcept { return shown_; }
 
  private:
@@ -34,19 +34,19 @@ class Argument {
   std::string_view shown_;
 };
 
-/// One message of a library's catalogue, and the way to send it to both sinks: always to the ring
-/// of the process, and to the text trace when its level is on.
+/// One message of a library's catalogue. Calling it sends the message to the ring of the process,
+/// and to the text trace if its level is on.
 ///
 ///     const Duolog::Message deleting(
 ///         source, 7, 35, "handleIt", {"Vrf::", "handleIt", ": Deleting ", "%s"});
 ///     deleting(name);
 ///
-/// Sending never allocates unless the text is on. Functions, fragments and path are literals.
+/// Sending allocates only if the level is on. Functions, fragments and path must be literals.
 class ZEL_EXPORT Message {
  public:
-  /// What all messages of one source file share.
+  /// What the messages of one library share.
   struct Source {
-    /// The handle of the text trace; asked for when the first message is sent.
+    /// Returns the handle of the text trace. Called when the first message is sent.
     const Mox::TraceHandle& (*handle)();
     const char* path;
   };
@@ -83,7 +83,7 @@ class ZEL_EXPORT Message {
   std::array<std::string_view, mostFragments> fragments_;
   std::size_t fragmentCount_;
   Blinklog::SiteId site_;
-  mutable const Mox::TraceHandle* handle_ = nullptr;  // once a message was sent
+  mutable const Mox::TraceHandle* handle_ = nullptr;  // null until a message is sent
 };
 
 }  // namespace Duolog

@@ -39,7 +39,7 @@ class Line {
   Line& operator=(const Line&) = delete;
 
   [[nodiscard]] std::string_view bytes() const noexcept { return {bytes_.data(), end_}; }
-  /// What stands between `what` and the newline.
+  /// The text between `what` and the newline.
   [[nodiscard]] std::string_view size() const noexcept {
     return {bytes_.data() + what.size(), end_ - 1};
   }
@@ -57,7 +57,7 @@ void writeToRing(const Line& line) noexcept {
 }
 
 void writeToStderr(const Line& line) noexcept {
-  std::signal(SIGPIPE, SIG_IGN);  // nobody may be reading it, and the process is to abort
+  std::signal(SIGPIPE, SIG_IGN);  // stderr may be a closed pipe, and the process must abort
   std::string_view left = line.bytes();
   while (!left.empty()) {
     const ssize_t written = write(STDERR_FILENO, left.data(), left.size());
@@ -84,7 +84,7 @@ class NewHandler {
   }
 };
 
-// After the site, which it needs, and after the ring, which is made first of all.
+// Constructed after the site, which it needs, and after the ring.
 const NewHandler newHandler;
 
 }  // namespace
@@ -96,7 +96,7 @@ void outOfMemory(std::size_t size) noexcept {
     writeToRing(line);
     writeToStderr(line);
   } else {
-    // Who handles the abort has no memory either, and would come here without end.
+    // A handler of the abort has no memory either, and would call this again without end.
     std::signal(SIGABRT, SIG_DFL);
   }
   std::abort();

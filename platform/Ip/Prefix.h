@@ -21,7 +21,7 @@ struct Address {
   auto operator<=>(const Address&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
 
-/// The address with every bit from `length` on cleared. Precondition: `length` is at most
+/// The address with all bits after the first `length` cleared. Precondition: `length` is at most
 /// `addressBits(address.family)`.
 [[nodiscard]] constexpr Address firstBits(Address address, unsigned length) noexcept {
   unsigned byte = length / 8;
@@ -34,8 +34,8 @@ struct Address {
   return address;
 }
 
-/// The addresses that begin with the same bits. Bits of `address` after `length` are zero, so that
-/// equal prefixes are equal values however they were written.
+/// The addresses that have the same first bits. The bits of `address` after `length` are zero, so
+/// that equal prefixes are equal values.
 struct Prefix {
   Address address;
   std::uint8_t length = 0;

@@ -20,11 +20,11 @@ constexpr Mox::Reflection reflection{.value = &operations};
 
 constinit const Mox::Type VrfName::moxType{"L3::VrfName", &reflection};
 
-/// The names in use, by their bytes. What equal names share is the value of an entry: it never
-/// moves, and the position of the entry gives the name its number.
+/// The names in use, by their bytes. The value of an entry is what equal names share. It never
+/// moves. The position of the entry is the number of the name.
 class VrfName::Table {
  public:
-  /// The name with these bytes, with one user more.
+  /// Returns the name with these bytes and increments its users.
   Interned* used(std::string_view bytes) {
     const Key key(bytes, Mox::hashSingleAttr(Mox::HashHelper::hashSeed32(), bytes));
     Interned* name = names_.find(key);
@@ -38,7 +38,7 @@ class VrfName::Table {
   }
 
  private:
-  // Bytes that somebody else holds, and their hash, which is computed once.
+  // A reference to bytes, with their hash, which is computed once.
   class Key {
    public:
     Key(std::string_view bytes, unsigned seededHash) noexcept

@@ -17,10 +17,10 @@ namespace L3 {
 /// Name of a VRF: at most 100 bytes, any bytes. The empty name stands for no VRF; "default" is the
 /// default VRF.
 ///
-/// Names are compared, hashed and copied wherever VRFs meet, so equal names share one interned
-/// text: a name is as small as a pointer, equality and hash do not touch the bytes, and a copy
-/// increments a counter. Only building one from bytes looks it up. Names belong to the event-loop
-/// thread.
+/// Names are compared, hashed and copied often, so equal names share one interned text. A name has
+/// the size of a pointer. Equality and hash do not read the bytes, and a copy increments a counter.
+/// Only the construction from bytes searches the table of names. Use names on the event-loop thread
+/// only.
 class ZEL_EXPORT VrfName {
  public:
   static const Mox::Type moxType;
@@ -53,18 +53,17 @@ class ZEL_EXPORT VrfName {
   [[nodiscard]] bool empty() const noexcept { return interned_ == nullptr; }
   [[nodiscard]] std::string str() const { return std::string(bytes()); }
 
-  /// A hash of the bytes under the seed of the process, scattered by `seed`: what collections keyed
-  /// by names use. Nobody outside the process can choose names that collide in it.
+  /// A hash of the bytes under the seed of the process, mixed with `seed`. Collections with names
+  /// as keys use it. Names from outside the process cannot be chosen to collide.
   [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
     return scattered(hashes().seeded, seed);
   }
-  /// `Mox::hashSingleAttr(0, bytes())`: the same in every process. Different names can be made to
-  /// have the same one.
+  /// `Mox::hashSingleAttr(0, bytes())`, the same in every process. Different names can be chosen to
+  /// collide.
   [[nodiscard]] unsigned byteHash() const noexcept { return hashes().ofBytes; }
 
-  /// A small number that no other name in use has, 0 for the empty name: the index of a name in
-  /// an array of what belongs to names. It may go to another name when the last user of this one
-  /// has gone.
+  /// A small number that no other name in use has; 0 for the empty name. Use it as an index into an
+  /// array. It may be reused for another name when no copy of this name is left.
   [[nodiscard]] unsigned number() const noexcept {
     return interned_ == nullptr ? 0 : interned_->number;
   }
@@ -76,7 +75,8 @@ class ZEL_EXPORT VrfName {
   friend bool operator==(const VrfName& a, const VrfName& b) noexcept {
     return a.interned_ == b.interned_;
   }
-  /// "default" comes before every other name; the rest follow byte by byte, a prefix first.
+  /// "default" is less than every other name. The others are compared byte by byte; a prefix is
+  /// less.
   friend bool operator<(const VrfName& a, const VrfName& b) {
     if (b.isDefaultVrf()) return false;
     if (a.isDefaultVrf()) return true;
@@ -89,7 +89,7 @@ class ZEL_EXPORT VrfName {
     unsigned seeded;  // by the seed of the process
     unsigned ofBytes;
   };
-  // What equal names share.
+  // Shared by equal names.
   struct Interned {
     unsigned users;
     unsigned number;
@@ -100,7 +100,7 @@ class ZEL_EXPORT VrfName {
   };
   class Table;
 
-  // Made while the platform is loaded, so that they outlive every static of what is built on it.
+  // Constructed while the platform is loaded, so that they outlive the statics of its users.
   static Table table_;
   static const VrfName default_;
 
@@ -121,7 +121,7 @@ class ZEL_EXPORT VrfName {
 
 /// String form: quoted and escaped.
 [[nodiscard]] ZEL_EXPORT Velo::String valueToStrep(const VrfName& name);
-/// Reads the string form; a name that is too long is a `Mox::RangeException` as at construction.
+/// Reads the string form. Throws `Mox::RangeException` for a name that is too long.
 ZEL_EXPORT void sequenceToValue(Mox::CharRange& range, VrfName* name);
 /// Writes the bare bytes.
 ZEL_EXPORT std::ostream& operator<<(std::ostream& stream, const VrfName& name);

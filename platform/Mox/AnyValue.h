@@ -15,8 +15,8 @@
 
 namespace Mox {
 
-/// Where the entry of `T` stands: `TypeOf<T>::entry`. It is the member `moxType` of a class; any
-/// other type says so by a specialisation.
+/// The entry of the type `T`: `TypeOf<T>::entry`. It is the member `moxType` of a class. Other
+/// types have a specialisation.
 template <class T>
 struct TypeOf {};
 
@@ -28,7 +28,7 @@ struct TypeOf<T> {
   static constexpr const Type& entry = T::moxType;
 };
 
-// The types that every module may use without bringing them.
+// The types that every module may use without registering them.
 ZEL_EXPORT extern const Type boolType;
 ZEL_EXPORT extern const Type unsignedType;
 ZEL_EXPORT extern const Type stringType;
@@ -56,23 +56,24 @@ struct TypeOf<Ptr<PtrInterface const>> {
   static constexpr const Type& entry = constEntityPtrType;
 };
 
-/// A type whose values travel as they are.
+/// A type whose values an `AnyValue` holds as they are.
 template <class T>
 concept ValueType = !std::derived_from<T, PtrInterface> && requires {
   TypeOf<T>::entry;
 };
 
-/// How a value of type `T` travels and what its kind is called.
+/// How an `AnyValue` holds a value of type `T`, and the name of its kind.
 template <class T>
 struct Kind;
 
-/// One value of any registered value type, or none: what attributes are read and written by.
+/// One value of any registered value type, or no value. Attributes are read and written as such
+/// values.
 ///
-/// Choose it where the type is known at run time only. It owns a copy of its value and knows the
-/// entry of its type, so taking the value out as anything else is an `ArgumentException`, never
-/// a wrong reading. A counted pointer to an entity travels as a pointer to the base of entities
-/// and comes out as a pointer to what the entity is; one to a constant entity stays that. Costs
-/// one allocation; the module of the type must stay loaded.
+/// Use it where the type is known at run time only. It owns a copy of its value and knows the entry
+/// of its type. Reading the value as another type throws `ArgumentException`. A counted pointer to
+/// an entity is held as a pointer to `PtrInterface` and is returned as a pointer to the type of the
+/// entity. A pointer to a constant entity stays one. A value costs one allocation. The module of
+/// the type must stay loaded.
 ///
 ///     Mox::AnyValue count = 3u;
 ///     count.as<unsigned>();                    // 3
@@ -97,12 +98,12 @@ class ZEL_EXPORT AnyValue {
   AnyValue& operator=(AnyValue other) noexcept;
   ~AnyValue();
 
-  /// The value of `type` that its constructor makes of `arguments`, the default value when there
-  /// are none. Throws `ArgumentException` when it takes others.
+  /// The value of `type` that its constructor makes from `arguments`; the default value without
+  /// arguments. Throws `ArgumentException` if it takes other arguments.
   [[nodiscard]] static AnyValue ofType(const Type& type, std::span<const AnyValue> arguments = {});
   /// A copy of the value of `type` at `value`.
   [[nodiscard]] static AnyValue copyOf(const Type& type, const void* value);
-  /// The value of `type` whose string form `text` is. Throws `RangeException` when it is none.
+  /// The value of `type` with the string form `text`. Throws `RangeException` if there is none.
   [[nodiscard]] static AnyValue parsed(const Type& type, std::string_view text);
 
   /// The entry of the value's type, null for no value.
@@ -111,23 +112,23 @@ class ZEL_EXPORT AnyValue {
   [[nodiscard]] const void* value() const noexcept { return value_; }
   [[nodiscard]] void* value() noexcept { return value_; }
 
-  /// Whether `as<T>()` gives a value.
+  /// Whether `as<T>()` returns a value.
   template <class T>
   [[nodiscard]] bool holds() const noexcept {
     return Kind<T>::isIn(*this);
   }
-  /// The value as a `T`. Throws `ArgumentException` when it is something else.
+  /// The value as a `T`. Throws `ArgumentException` if it has another type.
   template <class T>
   [[nodiscard]] T as() const {
     if (!holds<T>()) refuse(Kind<T>::name());
     return Kind<T>::outOf(*this);
   }
 
-  /// Takes a copy of the value of `type` at `value` in place of its own, which must be of that
-  /// type; `ArgumentException` when it is not.
+  /// Replaces the value by a copy of the value of `type` at `value`. Throws `ArgumentException` if
+  /// the present value has another type.
   void copyFrom(const Type& type, const void* value);
 
-  /// What it holds, in words for a message: the kind, and of a pointer what it leads to.
+  /// A description for messages: the kind of the value and, for a pointer, the type of the entity.
   [[nodiscard]] std::string describe() const;
   /// Hash of the value; equal values hash equally. 0 for no value.
   [[nodiscard]] unsigned hash() const;
@@ -155,8 +156,9 @@ struct Kind<T> {
   }
 };
 
-/// A counted pointer travels as one to the base of entities, and comes out as one to what the
-/// entity is. Null is in every kind of pointer; an entity that may only be read comes out as such.
+/// A counted pointer is held as a pointer to `PtrInterface`, and returned as a pointer to the type
+/// of the entity. Null can be read as any kind of pointer. A pointer to a constant entity stays
+/// one.
 template <class Entity>
 struct Kind<Ptr<Entity>> {
   static constexpr bool isConst = std::is_const_v<Entity>;

@@ -11,22 +11,22 @@
 
 namespace Mox {
 
-/// The arguments of one operation by name or number, on their way to the function that takes them.
+/// The arguments of one operation by name or number.
 ///
-/// It knows the name of what is called, so that a wrong argument is reported where it was given.
+/// It knows the name of the called function, which exceptions for wrong arguments report.
 ///
 ///     const auto [action, count] = arguments.as<std::tuple<VrfAction, unsigned>>();
 ///     table.vrfRefCountIs(action, count);
 class ZEL_EXPORT Arguments {
  public:
-  /// Both must outlive this.
+  /// `callee` and `values` must outlive this.
   Arguments(std::string_view callee, std::span<const AnyValue> values) noexcept
       : callee_(callee), values_(values) {}
 
-  /// What is called.
+  /// The name of the called function.
   [[nodiscard]] std::string_view callee() const noexcept { return callee_; }
   [[nodiscard]] std::size_t count() const noexcept { return values_.size(); }
-  /// Throws `ArgumentException` when there are not so many.
+  /// Throws `ArgumentException` unless there are `count` arguments.
   void needCount(std::size_t count) const;
 
   /// Whether argument `index`, counted from 0, is a `T`.
@@ -34,14 +34,14 @@ class ZEL_EXPORT Arguments {
   [[nodiscard]] bool holds(std::size_t index) const noexcept {
     return values_[index].holds<T>();
   }
-  /// Argument `index`, counted from 0. Throws `ArgumentException` when it is no `T`.
+  /// Argument `index`, counted from 0. Throws `ArgumentException` if it is not a `T`.
   template <class T>
   [[nodiscard]] T at(std::size_t index) const {
     if (!holds<T>(index)) refuse(index, Kind<T>::name());
     return values_[index].as<T>();
   }
-  /// All arguments, as many and of such kinds as the tuple has elements. Throws
-  /// `ArgumentException` for the first that is not.
+  /// All arguments, as the elements of the tuple. Throws `ArgumentException` if the number of
+  /// arguments or the type of one differs.
   template <class Tuple>
   [[nodiscard]] Tuple as() const {
     constexpr std::size_t count = std::tuple_size_v<Tuple>;

@@ -11,8 +11,8 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Reflection.h"
 
-// What the rows of tables of attributes are made of. A row names the functions of the class that
-// carry out what the attribute accepts; what no function is named for is not accepted.
+// Functions that build the rows of a table of attributes. A row names the functions of the class
+// that implement the operations of the attribute. An operation without a function is not accepted.
 //
 //     constexpr Mox::Attribute attributes[] = {
 //         {130, "owner", Mox::reference<&Lamp::owner>()},
@@ -26,7 +26,7 @@ namespace Mox {
 /// The functions behind the rows.
 namespace Rows {
 
-// What a function takes and gives: a member function, or a free one whose first parameter is the
+// Parameters and result of a member function, or of a free function whose first parameter is the
 // object.
 template <class Function>
 struct Signature;
@@ -52,7 +52,7 @@ using ResultOf = typename Signature<decltype(function)>::Result;
 template <auto function>
 using ParametersOf = typename Signature<decltype(function)>::Parameters;
 
-// An entity is known by its base, a record by itself.
+// An entity is passed as a pointer to its base, a record as a pointer to itself.
 template <class T>
 using BaseOf = std::conditional_t<std::derived_from<T, PtrInterface>, PtrInterface, T>;
 template <class T>
@@ -87,7 +87,7 @@ AnyValue changed(void* object, const Arguments& arguments) {
   return invoke<function>(changeable<ObjectOf<function>>(object), arguments);
 }
 
-// The function that changes, null when none is named.
+// The changing function, or null.
 template <auto function>
 constexpr Access::Change changeOrNone() {
   if constexpr (std::is_null_pointer_v<decltype(function)>) {
@@ -129,7 +129,7 @@ struct TypesOf<HashMap2018<K, V, salt>> {
   static constexpr bool isSet = std::same_as<V, NoValue>;
 };
 
-/// One collection of an entity, seen through the function that gives the whole of it.
+/// One collection of an entity, read through the function that returns the collection.
 template <class Entity, class Map, const Map& (Entity::*all)() const noexcept>
 struct CollectionOf {
   using Key = typename TypesOf<Map>::Key;
@@ -167,7 +167,7 @@ struct CollectionOf {
   }
 
  private:
-  // The shared default if there is one.
+  // The shared default value if there is one.
   static AnyValue absent() {
     if constexpr (ValueType<Value>) {
       if (const AnyValue* shared = moxDefault(TypeOf<Value>::entry)) return *shared;
@@ -200,7 +200,7 @@ struct CollectionOf {
   };
 };
 
-// Adds a member to a set, which is all that can be written.
+// Adds a member to a set. Nothing else can be written.
 template <auto add>
 AnyValue added(void* object, const Arguments& arguments) {
   using Key = std::tuple_element_t<0, ParametersOf<add>>;
@@ -220,7 +220,7 @@ struct CreatorSignature<R (*)(P...)> {
 
 }  // namespace Rows
 
-/// One value, read by `reader` and, if it may be changed, written by `writer`.
+/// One value, which `reader` reads and `writer`, if there is one, writes.
 template <auto reader, auto writer = nullptr>
 [[nodiscard]] constexpr Access field() {
   return {
@@ -237,8 +237,8 @@ template <auto reader, auto writer = nullptr>
   return field<reader, writer>();
 }
 
-/// A keyed collection, of which `all` gives the whole; `writer` takes a key and a value, `remover`
-/// takes a key and gives what it held.
+/// A keyed collection, which `all` returns. `writer` takes a key and a value. `remover` takes a key
+/// and returns the removed value.
 template <class Entity, class Map, const Map& (Entity::*all)() const noexcept,
           auto writer = nullptr, auto remover = nullptr>
 [[nodiscard]] constexpr Access collection() {
@@ -256,9 +256,9 @@ template <class Entity, class Map, const Map& (Entity::*all)() const noexcept,
   };
 }
 
-/// A collection of keys alone, of which `all` gives the whole. Reading tells whether a key is a
-/// member; writing true adds it by `adder`, and writing false is a `FalseMemberException`;
-/// `remover` takes a key and tells whether it was a member.
+/// A set of keys, which `all` returns. Reading returns whether a key is a member. Writing true adds
+/// the key by `adder`; writing false throws `FalseMemberException`. `remover` takes a key and
+/// returns whether it was a member.
 template <class Entity, class Set, const Set& (Entity::*all)() const noexcept, auto adder,
           auto remover>
 [[nodiscard]] constexpr Access set() {
@@ -276,7 +276,7 @@ template <class Entity, class Set, const Set& (Entity::*all)() const noexcept, a
   };
 }
 
-/// A function of the entity that others may call.
+/// A function of the entity that can be called by name or number.
 template <auto function>
 [[nodiscard]] constexpr Access handler() {
   return {
@@ -285,7 +285,7 @@ template <auto function>
   };
 }
 
-/// A function that a derived class brings.
+/// A function that a derived class implements.
 template <auto function>
 [[nodiscard]] constexpr Access hook() {
   return {
@@ -294,14 +294,14 @@ template <auto function>
   };
 }
 
-/// For `Reflection::create`: calls the static creator with the arguments that it takes.
+/// For `Reflection::create`: calls the static creator with the arguments.
 template <auto creator>
 Ptr<PtrInterface> createdBy(const Arguments& arguments) {
   using Parameters = typename Rows::CreatorSignature<decltype(creator)>::Parameters;
   return std::apply(creator, arguments.as<Parameters>());
 }
 
-/// For `Reflection::nameOf`: the name that `reader` reads.
+/// For `Reflection::nameOf`: the name that `reader` returns.
 template <auto reader>
 Velo::String namedBy(const PtrInterface& entity) {
   return std::invoke(reader, static_cast<const Rows::ObjectOf<reader>&>(entity)).bytes();

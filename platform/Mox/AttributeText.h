@@ -9,19 +9,19 @@
 
 namespace Mox {
 
-/// An attribute read as text, or the code that tells why not.
+/// The text of an attribute, or the code of the failure.
 struct TextAnswer {
   ReturnCode code;
   std::string text = {};
 };
 
-/// Reads an attribute as an operator sees it. `attribute` is its name or its number in decimal,
-/// `key` the string form of the key of a collection. Without a key a collection is listed whole,
-/// one line an entry: "KEY: VALUE", of a set "KEY". What is listed is read back: values have their
-/// string forms, and an entity is shown by its type and name, or as "null".
+/// Reads an attribute as text for operators. `attribute` is its name or its number in decimal.
+/// `key` is the string form of a key of a collection. Without a key the result lists all entries,
+/// one per line: "KEY: VALUE", or "KEY" for a set. Values have their string forms. An entity is
+/// shown by its type and name, or as "null".
 ///
-/// Throws `RangeException` for a key that is none, and `ArgumentException` for a key where none is
-/// taken.
+/// Throws `RangeException` for a malformed key, and `ArgumentException` for a key of an attribute
+/// that is not a collection.
 ///
 ///     Mox::attributeText(*vrfSm, "fallbackVrfInfo").text;           // "'red': 'blue'\n"
 ///     Mox::attributeText(*vrfSm, "fallbackVrfInfo", "'red'").text;  // "'blue'"

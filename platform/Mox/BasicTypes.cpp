@@ -30,7 +30,7 @@ Velo::String unsignedText(const void* value) {
   return std::to_string(Values::as<unsigned>(value));
 }
 
-// Every number has one form, so "07" and "+7" are none.
+// Every number has one form: "07" and "+7" are malformed.
 void* parsedUnsigned(std::string_view text) {
   unsigned value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -45,7 +45,7 @@ unsigned unsignedHash(const void* value) {
   return hashSingleAttr(0, unsignedText(value).bytes());
 }
 
-// The name under which `entity` is shown; a reactor goes by that of the entity that it follows.
+// The name that is shown for `entity`. For a reactor it is the name of its notifier.
 Velo::String nameOf(const PtrInterface& entity) {
   const Reflection* reflection = entity.fwkType()->reflection;
   if (reflection != nullptr && reflection->nameOf != nullptr) return reflection->nameOf(entity);
@@ -65,7 +65,7 @@ Velo::String pointerText(const void* value) {
   return text;
 }
 
-// An entity is found, not made of text.
+// An entity cannot be parsed.
 template <class Pointer>
 void* parsedPointer(std::string_view text) {
   if (text != "null") CharRange(text).fail("null");

@@ -7,10 +7,10 @@
 
 namespace Mox {
 
-/// Text under a strict parser, read from the front.
+/// A text that a strict parser reads from the front.
 ///
-/// Every reader either consumes exactly what it names or throws a `RangeException` that says what
-/// was expected, at which byte, and what stands there instead. The text must outlive the range.
+/// A reading function either consumes exactly what it expects or throws a `RangeException` that
+/// states what was expected, at which byte, and what was found. The text must outlive the range.
 ///
 ///     Mox::CharRange range(text);
 ///     range.needString("{'name': ");
@@ -21,24 +21,24 @@ class ZEL_EXPORT CharRange {
   explicit CharRange(std::string_view text) noexcept : text_(text) {}
 
   [[nodiscard]] bool atEnd() const noexcept { return next_ == text_.size(); }
-  /// What has not been consumed yet.
+  /// The text that is not consumed yet.
   [[nodiscard]] std::string_view rest() const noexcept { return text_.substr(next_); }
-  /// Consumes `size` bytes. Precondition: so many are left.
+  /// Consumes `size` bytes. Precondition: at least `size` bytes are left.
   void advance(std::size_t size) noexcept { next_ += size; }
 
-  /// Consumes `literal`, which must come next.
+  /// Consumes `literal`, which must be next.
   void needString(std::string_view literal) {
     if (!rest().starts_with(literal)) failLiteral(literal);
     next_ += literal.size();
   }
-  /// The text must be used up.
+  /// Throws unless the whole text is consumed.
   void needEnd() const {
     if (!atEnd()) fail("the end of the text");
   }
   /// Consumes letters, digits and underscores, at least one.
   [[nodiscard]] std::string_view needWord();
 
-  /// Throws the range exception for not finding `expected` here.
+  /// Throws the range exception that `expected` was not found here.
   [[noreturn]] void fail(const std::string& expected) const;
 
  private:

@@ -5,7 +5,7 @@
 namespace Mox {
 namespace {
 
-// An entry may have got another parent since.
+// The entry may have another parent by now.
 void leave(const Dir* dir, Entity& entry) {
   if (entry.parent().get() == dir) entry.parentIs(nullptr);
 }

@@ -17,10 +17,10 @@ class ZEL_EXPORT Dir final : public Entity {
   ~Dir() override;
   [[nodiscard]] const Type* fwkType() const override;
 
-  /// Puts `entity` into the directory under its name, in place of any other, and becomes its
-  /// parent, whatever parent it had. Throws `NullArgumentException` for null.
+  /// Adds `entity` under its name, or replaces the entry of that name, and becomes its parent.
+  /// Throws `NullArgumentException` for null.
   void entryIs(const Ptr<Entity>& entity);
-  /// Takes the entry out; gives it, or null when there was none.
+  /// Removes the entry and returns it; null if there was none.
   Ptr<Entity> entryDel(const Velo::String& name);
   /// The entry of that name, or null.
   [[nodiscard]] Ptr<Entity> entry(const Velo::String& name) const noexcept;

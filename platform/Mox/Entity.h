@@ -6,7 +6,7 @@
 
 namespace Mox {
 
-/// An entity with a name and a place: the parent, which it does not own.
+/// An entity with a name and a parent, which it does not own.
 class ZEL_EXPORT Entity : public PtrInterface {
  public:
   static constexpr Type moxType{"Mox::Entity"};
@@ -20,9 +20,9 @@ class ZEL_EXPORT Entity : public PtrInterface {
   virtual void handleParent(const Ptr<Entity>& parent);
 
   [[nodiscard]] const Velo::String& name() const noexcept { return name_; }
-  /// The parent, null when there is none.
+  /// The parent, or null.
   [[nodiscard]] Ptr<Entity> parent() const noexcept;
-  /// Makes `parent` the parent, which must take itself out before it goes.
+  /// Sets the parent, which must reset it before it is destroyed.
   void parentIs(const Ptr<Entity>& parent);
 
  protected:

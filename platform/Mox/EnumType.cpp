@@ -13,7 +13,7 @@ std::optional<unsigned char> find(std::span<const std::string_view> names, std::
   return static_cast<unsigned char>(found - names.begin());
 }
 
-// The decimal texts "0" to "255", in storage that never goes away.
+// The decimal texts "0" to "255", in static storage.
 std::string_view decimal(unsigned char code) noexcept {
   static const auto texts = [] {
     std::array<std::array<char, 4>, 256> all{};

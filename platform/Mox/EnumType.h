@@ -15,10 +15,10 @@ namespace Mox {
 template <class Value>
 class EnumType;
 
-/// The codes of an enumeration whose values have names: the places in its table of names.
+/// The codes of an enumeration whose values have names. A code is an index into the table of names.
 ///
-/// A code beyond the table, which no value of the enumeration has but a bad cast may make, prints
-/// as a decimal number and is refused everywhere else.
+/// A code beyond the table, which only a bad cast produces, is printed as a decimal number and
+/// rejected everywhere else.
 ///
 ///     constexpr std::array<std::string_view, 2> names{"off", "on"};
 ///     constexpr Mox::EnumType<unsigned char> switchCodes("Lamp::Switch", names);
@@ -40,11 +40,11 @@ class ZEL_EXPORT EnumType<unsigned char> {
   /// The name of `code`.
   [[nodiscard]] std::string_view name(unsigned char code) const noexcept;
 
-  /// `code` itself when it is one of the table; otherwise throws `RangeException`.
+  /// Returns `code`. Throws `RangeException` if it is not in the table.
   [[nodiscard]] unsigned char code(unsigned code) const;
-  /// The code of `name`; `RangeException` when there is none.
+  /// The code of `name`. Throws `RangeException` if there is none.
   [[nodiscard]] unsigned char code(std::string_view name) const;
-  /// Consumes a name from `range` and gives its code; `RangeException` when it is none.
+  /// Consumes a name from `range` and returns its code. Throws `RangeException` if there is none.
   [[nodiscard]] unsigned char read(CharRange& range) const;
 
  private:
@@ -54,7 +54,7 @@ class ZEL_EXPORT EnumType<unsigned char> {
   std::span<const std::string_view> names_;
 };
 
-/// The same by the values of an enumeration of one byte.
+/// The names of the values of an enumeration of one byte.
 ///
 ///     constexpr Mox::EnumType<Lamp::Switch> switches("Lamp::Switch", names);
 ///     switches.name(Lamp::Switch::on);      // "on"
@@ -73,10 +73,10 @@ class EnumType : private EnumType<unsigned char> {
   [[nodiscard]] std::string_view name(Value value) const noexcept {
     return Codes::name(static_cast<unsigned char>(value));
   }
-  /// The value with that code, or of that name; `RangeException` when there is none.
+  /// The value with that code or name. Throws `RangeException` if there is none.
   [[nodiscard]] Value value(unsigned code) const { return Value{Codes::code(code)}; }
   [[nodiscard]] Value value(std::string_view name) const { return Value{Codes::code(name)}; }
-  /// Consumes a name from `range` and gives its value; `RangeException` when it is none.
+  /// Consumes a name from `range` and returns its value. Throws `RangeException` if there is none.
   [[nodiscard]] Value read(CharRange& range) const { return Value{Codes::read(range)}; }
 };
 

@@ -8,7 +8,7 @@
 
 namespace Mox {
 
-/// A value lies outside what its type or its textual form allows.
+/// A value is outside of what its type or its string form allows.
 class ZEL_EXPORT RangeException : public std::range_error {
  public:
   using std::range_error::range_error;
@@ -23,13 +23,13 @@ class ZEL_EXPORT NullArgumentException : public std::invalid_argument {
                               std::string(attribute) + "'") {}
 };
 
-/// An operation by name or number was given arguments that it does not take.
+/// An operation by name or number was called with wrong arguments.
 class ZEL_EXPORT ArgumentException : public std::invalid_argument {
  public:
   using std::invalid_argument::invalid_argument;
 };
 
-/// A member of a set was to be set to false: a set holds members only, they are removed.
+/// An attempt to write false as a member of a set. Members are deleted instead.
 class ZEL_EXPORT FalseMemberException : public ArgumentException {
  public:
   /// `attribute` is the name of the set.

@@ -36,7 +36,7 @@ void HashHelper::drawSeed() noexcept {
 
 namespace {
 
-// While the platform is loaded, before there is a second thread.
+// Chosen while the platform is loaded, before there is a second thread.
 [[maybe_unused]] const unsigned drawnAtLoad = HashHelper::hashSeed32();
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 namespace Mox {
 
-/// A running hash over 32-bit words: order matters, every bit of every word reaches the result.
+/// A running hash over 32-bit words. It depends on their order and on every bit.
 ///
 ///     Mox::Hash hash(seed, 0);
 ///     hash.hashMix(word);
@@ -40,9 +40,8 @@ class Hash {
 /// The hash seed of this process.
 class ZEL_EXPORT HashHelper {
  public:
-  /// Drawn at random once per process, so that nobody can aim at one bucket. For runs that must
-  /// repeat one another to the instruction, the environment variable `MOX_HASH_SEED` sets it: a
-  /// number from 1 to 4294967295.
+  /// Chosen at random once per process, so that keys cannot be chosen to collide. For reproducible
+  /// runs the environment variable `MOX_HASH_SEED` sets it to a number from 1 to 4294967295.
   [[nodiscard]] static unsigned hashSeed32() noexcept {
     if (seed_ == 0) [[unlikely]]
       drawSeed();
@@ -52,7 +51,7 @@ class ZEL_EXPORT HashHelper {
  private:
   static void drawSeed() noexcept;
 
-  static unsigned seed_;  // 0 until it is drawn
+  static unsigned seed_;  // 0 until it is chosen
 };
 
 }  // namespace Mox

@@ -20,23 +20,24 @@ struct NoValue {};
 
 /// The platform's keyed collection.
 ///
-/// Choose it for every attribute that is a collection. `Key` offers `hash(seed)` and `==`. The
-/// seed is that of the process scattered by `Salt`, a constant of each collection's own, so that
-/// one bad day in one collection is not repeated in all. With `NoValue` it is a set.
+/// Use it for every attribute that is a collection. `Key` has `hash(seed)` and `==`. The seed is
+/// that of the process mixed with `Salt`, a constant that differs for each collection, so that keys
+/// that collide in one collection do not collide in others. With `NoValue` it is a set.
 ///
-/// Entries live in slots that never move: a `Position` names an entry as long as the entry lives,
-/// and so do the addresses of its key and value. A separate index, open-addressed with linear
-/// probing, holds (hash, position) pairs, so a search touches one entry and growing touches none.
-/// Positions of deleted entries are used again, the latest first.
+/// Entries are in slots that never move. The `Position` of an entry, and the addresses of its key
+/// and value, are valid until the entry is deleted. A separate index, open-addressed with linear
+/// probing, holds (hash, position) pairs, so a search reads one entry and growing reads none.
+/// Positions of deleted entries are reused, the latest first.
 ///
-/// That makes iteration trivial to keep safe, which is why it is done so: an iterator is nothing
-/// but a position. It survives the deletion of the entry that it stands on and of any other, and
-/// clearing; every entry present at its start and not deleted is visited exactly once; entries
-/// inserted meanwhile may or may not be. The collection itself must outlive it. The order is that
-/// of the slots: the same history gives the same order, whatever the seed.
+/// So an iterator is a position. It stays valid when the entry that it stands on, or any other, is
+/// deleted, and when the collection is cleared. It visits every entry that is present at its start
+/// and not deleted exactly once. It may visit entries that are inserted during the iteration. The
+/// collection must outlive it. The order is that of the slots: the same history gives the same
+/// order for every seed.
 ///
-/// Costs: search, insertion and deletion constant on average; iteration follows the highest number
-/// of entries since the collection was last cleared, 32 a step where they are gone.
+/// Search, insertion and deletion take constant time on average. Iteration takes time proportional
+/// to the highest number of entries since the collection was last cleared; empty slots are skipped
+/// 32 at a time.
 template <class Key, class Value, unsigned Salt>
 class HashMap2018 {
   struct Entry {
@@ -55,16 +56,16 @@ class HashMap2018 {
 
   /// Number of entries.
   [[nodiscard]] unsigned count() const noexcept { return count_; }
-  /// Number of entries that it holds before it must grow.
+  /// Number of entries that fit before the collection grows.
   [[nodiscard]] unsigned capacity() const noexcept { return indexLimit(index_.size()); }
 
-  /// The position of `key`, `none` when it is absent.
+  /// The position of `key`, or `none`.
   [[nodiscard]] Position position(const Key& key) const noexcept {
     const std::size_t place = presentPlace(key);
     return place == absent ? none : index_[place].position;
   }
   [[nodiscard]] bool has(const Key& key) const noexcept { return presentPlace(key) != absent; }
-  /// The value of `key`, null when it is absent.
+  /// The value of `key`, or null.
   [[nodiscard]] const Value* find(const Key& key) const noexcept {
     return has(key) ? &recent_->value : nullptr;
   }
@@ -77,8 +78,8 @@ class HashMap2018 {
   [[nodiscard]] const Value& value(Position at) const noexcept { return entry(at).value; }
   [[nodiscard]] Value& value(Position at) noexcept { return entry(at).value; }
 
-  /// Inserts `key` with `value` unless `key` is present. Gives the entry's position, and whether
-  /// it was inserted.
+  /// Inserts `key` with `value` unless `key` is present. Returns the position of the entry, and
+  /// whether it was inserted.
   std::pair<Position, bool> insert(const Key& key, const Value& value = Value()) {
     return insertAs(key, value);
   }
@@ -86,7 +87,7 @@ class HashMap2018 {
     return insertAs(std::move(key), std::move(value));
   }
 
-  /// Deletes `key`. Returns the entry that it had, nothing when it was absent. Precondition: no
+  /// Deletes `key` and returns its entry; nothing if `key` was absent. Precondition: there is no
   /// `Pin`.
   std::optional<std::pair<Key, Value>> erase(const Key& key) {
     const std::size_t place = presentPlace(key);
@@ -100,12 +101,12 @@ class HashMap2018 {
     return erased;
   }
 
-  /// While one lives, deleted entries stay where they are, for those who still use their keys and
-  /// values. The collection must outlive it.
+  /// While a pin exists, deleted entries stay in their slots, so that their keys and values can
+  /// still be used. The collection must outlive it.
   ///
   ///     const Map::Pin pin(map);
   ///     const Map::Position at = map.withdraw(key);
-  ///     publish(map.key(at));                    // also if somebody inserts `key` meanwhile
+  ///     publish(map.key(at));                    // valid even if `key` is inserted again
   class Pin {
    public:
     explicit Pin(HashMap2018& map) noexcept : map_(map) { ++map.pins_; }
@@ -119,8 +120,8 @@ class HashMap2018 {
     HashMap2018& map_;
   };
 
-  /// Deletes `key`. Its entry can be read until the last pin goes. Returns its position, `none`
-  /// when `key` was absent. Precondition: there is a `Pin`.
+  /// Deletes `key` and returns its position; `none` if `key` was absent. The entry can be read
+  /// until the last pin is destroyed. Precondition: there is a `Pin`.
   Position withdraw(const Key& key) {
     const std::size_t place = presentPlace(key);
     if (place == absent) return none;
@@ -142,14 +143,14 @@ class HashMap2018 {
     count_ = 0;
   }
 
-  /// A walk over the entries; see above for what it survives.
+  /// An iteration over the entries. See above for the changes that it allows.
   ///
   ///     for (auto entry = map.iterator(); entry; ++entry) use(entry.key(), entry.value());
   class Iterator {
    public:
-    /// Whether it stands on an entry or on the place of one that was deleted; false at the end.
+    /// Whether it stands on an entry or on the slot of a deleted one; false at the end.
     explicit operator bool() const noexcept { return at_ != none; }
-    /// Precondition: it stands on a living entry.
+    /// Precondition: it stands on an entry that is not deleted.
     [[nodiscard]] const Key& key() const {
       requireLiving();
       return map_->entry(at_).key;
@@ -158,7 +159,7 @@ class HashMap2018 {
       requireLiving();
       return map_->entry(at_).value;
     }
-    /// Goes on to the next entry. Precondition: it is not at the end.
+    /// Advances to the next entry. Precondition: it is not at the end.
     Iterator& operator++() {
       requireIterator(at_ != none);
       at_ = map_->firstUsed(at_ + 1, end_);
@@ -184,7 +185,7 @@ class HashMap2018 {
   };
 
   [[nodiscard]] Iterator iterator() const noexcept { return Iterator(*this, 0); }
-  /// A walk that begins at `key` and goes on to what follows it; at the end when it is absent.
+  /// An iteration from `key` on; at the end if `key` is absent.
   [[nodiscard]] Iterator iterator(const Key& key) const noexcept {
     return Iterator(*this, position(key));
   }
@@ -192,7 +193,7 @@ class HashMap2018 {
  private:
   static constexpr Position chunkSlots = 32;
   static constexpr std::size_t smallestIndex = 8;
-  static constexpr std::size_t mostKept = 16;  // of the room for withdrawn entries
+  static constexpr std::size_t mostKept = 16;  // capacity of `withdrawn_` between pins
   static constexpr std::size_t absent = static_cast<std::size_t>(-1);
 
   // `used` has a bit per slot; a slot without its bit holds the position of the next free one.
@@ -268,7 +269,7 @@ class HashMap2018 {
     return slots_++;
   }
   [[gnu::noinline]] void addChunk() { chunks_.push_back(std::make_unique<Chunk>()); }
-  // Ends an entry that is in the index no longer.
+  // Destroys an entry that is no longer in the index.
   void discard(Position at) noexcept {
     entry(at).~Entry();
     std::memcpy(slot(at), &firstFree_, sizeof(Position));
@@ -309,7 +310,7 @@ class HashMap2018 {
     return static_cast<unsigned>(places / 2);
   }
   bool isRecent(const Key& key) const noexcept { return recent_ != nullptr && recent_->key == key; }
-  // The place of `key` in the index, which makes it the recent one; `absent` when it has none.
+  // The place of `key` in the index, or `absent`. Makes the entry the recent one.
   std::size_t presentPlace(const Key& key) const noexcept {
     if (isRecent(key)) return recentPlace_;
     if (count_ == 0) return absent;
@@ -357,9 +358,8 @@ class HashMap2018 {
 
   std::vector<std::unique_ptr<Chunk>> chunks_;
   std::vector<IndexEntry> index_;
-  // The entry that was found or inserted last, and its place in the index; null when it has been
-  // deleted or places have moved. A change and those who are told of it ask for one key again and
-  // again.
+  // The entry that was found or inserted last, and its place in the index; null if it was deleted
+  // or moved. A change and the subscribers that are notified of it search for the same key.
   mutable Entry* recent_ = nullptr;
   mutable std::size_t recentPlace_ = 0;
   Position slots_ = 0;  // positions below it have been used since the last clearing

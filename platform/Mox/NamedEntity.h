@@ -7,8 +7,8 @@
 
 namespace Mox {
 
-/// Base of an entity that is held and handed on: a name and a type of its own. `Derived` brings
-/// the entry of that type, `moxType`, and the static creator, which is named after it.
+/// Base of an entity that has only a name and a type. `Derived` defines the entry of the type,
+/// `moxType`, and the static creator, which is named after the type.
 ///
 ///     class ZEL_EXPORT Lamps final : public Mox::NamedEntity<Lamps> {
 ///      public:

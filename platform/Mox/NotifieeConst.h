@@ -6,25 +6,25 @@
 
 namespace Mox {
 
-/// A reactor: is told by one entity, its notifier, which of that entity's attributes changed.
+/// A reactor. One entity, its notifier, notifies it of each attribute that changed.
 ///
 /// The notifier calls `onAttribute` synchronously after the change, and only while the reactor is
-/// registered and its notifications are on. The reactor holds its notifier; the notifier does not
-/// hold the reactor. Destruction takes it off the notifier's list.
+/// registered and its notifications are on. The reactor holds a reference to its notifier, but not
+/// the other way round. The destructor removes the reactor from the notifier's list.
 ///
 /// A derived class overrides `onAttribute`, calls `moxDoZombieReactors(true)` in its destructor,
-/// and reads its notifier as the type that it knows it to be.
+/// and reads its notifier by `notifierAs`.
 class ZEL_EXPORT PtrInterface::NotifieeConst : public PtrInterface {
  public:
   void zeroReferencesIs(bool zero) override;
   ~NotifieeConst() override;
 
-  /// The last reference is gone: destroys the reactor.
+  /// Called when no reference is left. Destroys the reactor.
   virtual void onZeroReferences();
-  /// Attribute `attributeId` of the notifier changed; `key` points at the key of the changed entry
-  /// of a collection and is to be ignored for any other attribute.
+  /// Attribute `attributeId` of the notifier changed. For a collection `key` points to the key of
+  /// the changed entry. For any other attribute ignore it.
   virtual void onAttribute(AttributeId attributeId, const void* key) = 0;
-  /// Enters or leaves the state of pending deletion, switching notifications off or on.
+  /// Enters or leaves the state of pending deletion, and switches notifications off or on.
   virtual void moxDoZombieReactors(bool zombie);
 
   [[nodiscard]] const Ptr<PtrInterface const>& notifier() const noexcept { return notifier_; }
@@ -32,12 +32,12 @@ class ZEL_EXPORT PtrInterface::NotifieeConst : public PtrInterface {
  protected:
   explicit NotifieeConst(Ptr<PtrInterface const> notifier) noexcept;
 
-  /// Makes `notifier` the one to be told by, moving an existing registration to it. May be null.
+  /// Sets the notifier, which may be null, and moves an existing registration to it.
   void notifierIs(Ptr<PtrInterface const> notifier);
-  /// Puts this reactor on its notifier's list, or takes it off.
+  /// Adds this reactor to its notifier's list, or removes it.
   void isRegisteredIs(bool registered);
 
-  /// The notifier as a `T`, which the derived class knows it to be. Null when there is none.
+  /// The notifier as a `T`, or null. Precondition: it is a `T`.
   template <class T>
   [[nodiscard]] const T* notifierAs() const noexcept {
     return static_cast<const T*>(notifier_.get());
@@ -48,11 +48,11 @@ class ZEL_EXPORT PtrInterface::NotifieeConst : public PtrInterface {
   bool registered_ = false;
 };
 
-/// The reactors of one entity. A reactor whose notifications are off is passed over.
+/// The reactors of one entity. A reactor whose notifications are off is not called.
 class ZEL_EXPORT ReactorList {
  public:
-  /// Tells every reactor of `entity` that `attributeId` changed. Keeps `entity`, and each reactor
-  /// during its own call, alive.
+  /// Notifies every reactor of `entity` that `attributeId` changed. Keeps `entity`, and each
+  /// reactor during its call, alive.
   void notify(const PtrInterface& entity, AttributeId attributeId, const void* key = nullptr);
 
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList(const PtrInterface& entity) noexcept {

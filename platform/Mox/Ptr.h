@@ -10,9 +10,9 @@ namespace Mox {
 
 /// A counted pointer to an entity.
 ///
-/// Choose it wherever an entity must stay alive: as a member, and as a local while a call may
-/// release the object from elsewhere. It is as small as a plain pointer; a copy costs one
-/// increment. `Ptr<T const>` gives read-only access to an entity that others may change.
+/// Use it wherever an entity must stay alive: as a member, and as a local variable during a call
+/// that may release the entity. It has the size of a plain pointer, and a copy costs one increment.
+/// `Ptr<T const>` gives read-only access to an entity that others may change.
 ///
 ///     Mox::Ptr<Mox::Dir> dir = Mox::makePtr<Mox::Dir>("routing");
 ///     Mox::Ptr<Mox::Dir const> view = dir;
@@ -21,7 +21,7 @@ class Ptr {
  public:
   Ptr() noexcept = default;
   Ptr(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor): null is null
-  /// Shares an object that is already owned; to take over a new one use `makePtr`.
+  /// Shares an object that is already owned. For a new object use `makePtr`.
   explicit Ptr(T* object) noexcept : object_(object) { take(); }
 
   Ptr(const Ptr& other) noexcept : object_(other.object_) { take(); }
@@ -35,7 +35,7 @@ class Ptr {
   requires std::convertible_to<U*, T*> Ptr(Ptr<U>&& other)
   noexcept : object_(other.detach()) {}  // NOLINT(google-explicit-constructor)
 
-  /// The new object is held before the old one is let go.
+  /// Acquires the new object before it releases the old one.
   Ptr& operator=(Ptr other) noexcept {
     swap(other);
     return *this;
@@ -51,9 +51,9 @@ class Ptr {
 
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
 
-  /// Hands the reference to the caller, who must see to it that it is dropped.
+  /// Returns the reference to the caller, which must release it.
   [[nodiscard]] T* detach() noexcept { return std::exchange(object_, nullptr); }
-  /// Takes over a reference that somebody holds on `object`.
+  /// Takes over a reference to `object` from the caller.
   [[nodiscard]] static Ptr attached(T* object) noexcept {
     Ptr owner;
     owner.object_ = object;
@@ -71,13 +71,13 @@ class Ptr {
   T* object_ = nullptr;
 };
 
-/// Creates a `T` and returns its first pointer. Every entity begins here.
+/// Creates a `T` and returns its first pointer. Every entity is created by it.
 template <class T, class... Arguments>
 [[nodiscard]] Ptr<T> makePtr(Arguments&&... arguments) {
   return Ptr<T>::attached(new T(std::forward<Arguments>(arguments)...));
 }
 
-/// As `makePtr`, with notifications switched on: what every static creator of an entity does.
+/// As `makePtr`, with notifications switched on. Every static creator of an entity uses it.
 template <class T, class... Arguments>
 [[nodiscard]] Ptr<T> makeActivePtr(Arguments&&... arguments) {
   Ptr<T> created = makePtr<T>(std::forward<Arguments>(arguments)...);
@@ -85,7 +85,7 @@ template <class T, class... Arguments>
   return created;
 }
 
-/// `object` as a `T`, null when it is null or something else.
+/// `object` as a `T`; null if it is null or has another type.
 template <class T, class U>
 [[nodiscard]] Ptr<T> ptrCast(const Ptr<U>& object) noexcept {
   return Ptr<T>(dynamic_cast<T*>(object.get()));

@@ -3,7 +3,7 @@
 namespace Mox {
 namespace {
 
-// Far above any real count, so that pointers made during destruction never bring it to zero again.
+// Above any real count, so that pointers in a destructor never decrement it to zero again.
 constexpr unsigned referencesWhileDestroyed = 0x40000000;
 
 constexpr Type ptrInterfaceType{"Mox::PtrInterface"};
@@ -32,7 +32,7 @@ PtrInterface::~PtrInterface() = default;
 
 void PtrInterface::lastReferenceGone() const noexcept {
   references_ = referencesWhileDestroyed;
-  // The count is the object's own; destroying it is what the end of counting means, const or not.
+  // The count is a part of the object. A constant object is destroyed, too.
   const_cast<PtrInterface*>(this)->zeroReferencesIs(true);
 }
 

@@ -13,23 +13,22 @@ using AttributeId = short;
 
 /// Base of every entity: an intrusive reference count and two flags.
 ///
-/// An object is born with one reference, that of its creator, which `Mox::makePtr` turns into a
-/// `Ptr`; so pointers to an object may come and go while its constructor runs. When the last
-/// reference goes the object is destroyed exactly once, whatever its destructor triggers:
-/// pointers that its destructor makes and drops again have no effect. Counting is not atomic
-/// unless thread-safe pointers are switched on at start-up.
+/// An object is created with one reference, which `Mox::makePtr` turns into a `Ptr`. So its
+/// constructor may create and destroy pointers to it. When the last reference is released, the
+/// object is destroyed exactly once: pointers that its destructor creates and destroys have no
+/// effect. The count is not atomic unless thread-safe pointers are switched on at start-up.
 ///
-/// The notification-active flag tells whether the object takes part in notification; the zombie
-/// flag tells that it is about to be deleted.
+/// The notification-active flag is set while the object takes part in notification. The zombie flag
+/// is set while its deletion is pending.
 class ZEL_EXPORT PtrInterface {
  public:
   class NotifieeConst;
 
-  /// Those whom this entity notifies; a descriptor of kind `none` unless overridden.
+  /// The notifiees of this entity; a descriptor of kind `none` unless overridden.
   [[nodiscard]] virtual Velo::NotifieeListDescriptor notifieeList() const;
-  /// Sets the notification-active flag; overridden to switch what the object owns.
+  /// Sets the notification-active flag. Override it to switch the objects that this one owns.
   virtual void hasNotificationActiveIs(bool active);
-  /// Called with true when the last reference is gone: destroys the object.
+  /// Called with true when no reference is left. Destroys the object.
   virtual void zeroReferencesIs(bool zero);
   /// This type's entry in the type table of its module.
   [[nodiscard]] virtual const Type* fwkType() const;
@@ -58,8 +57,8 @@ class ZEL_EXPORT PtrInterface {
     lastReferenceGone();
   }
 
-  /// Makes counting atomic, process-wide. To be called at start-up, before there is a second
-  /// thread that uses pointers.
+  /// Makes counting atomic, process-wide. Call it at start-up, before a second thread uses
+  /// pointers.
   static void threadSafePointersIs(bool threadSafe) noexcept { threadSafePointers_ = threadSafe; }
   [[nodiscard]] static bool threadSafePointers() noexcept { return threadSafePointers_; }
 

@@ -8,10 +8,10 @@
 
 namespace Mox {
 
-/// A keyed collection that is an attribute of an entity and tells the entity's subscribers, after
-/// each real change, the key that changed and its new value, null when it is gone.
+/// A keyed collection that is an attribute of an entity. After each real change it notifies the
+/// entity's subscribers of the changed key and its new value, which is null after a deletion.
 ///
-/// A subscriber may change the collection again from inside the call, and may release the entity.
+/// During the call a subscriber may change the collection again, and may release the entity.
 ///
 ///     PublishedMap<Velo::String, Lamp, 0x1b2c3d4e> lamps{publisher, 130};
 ///     lamps.is("hall", Lamp::on);      // published
@@ -22,7 +22,7 @@ class PublishedMap {
  public:
   using Map = HashMap2018<Key, Value, Salt>;
 
-  /// Publishes through `publisher`, which outlives this, as the attribute of that number.
+  /// Publishes through `publisher`, which must outlive this, as the attribute of that number.
   PublishedMap(Velo::Publisher& publisher, AttributeId attribute) noexcept
       : publisher_(publisher), attribute_(attribute) {}
 
@@ -39,7 +39,7 @@ class PublishedMap {
     }
   }
 
-  /// Removes `key`; whether it was there.
+  /// Removes `key`. Returns whether it was present.
   bool del(const Key& key) {
     const auto erased = map_.erase(key);
     if (!erased) return false;
@@ -48,7 +48,7 @@ class PublishedMap {
   }
 
  private:
-  // By copies, since a subscriber may delete the entry.
+  // Publishes copies, since a subscriber may delete the entry.
   void publish(typename Map::Position at) {
     if (!publisher_.hasSubscribers()) return;
     const Key key = map_.key(at);

@@ -23,13 +23,13 @@ bool isPlain(char byte) noexcept {
   return plainBytes[static_cast<unsigned char>(byte)];
 }
 
-// How many bytes at the front of `bytes` stand for themselves.
+// The number of bytes at the front of `bytes` that need no escape.
 std::size_t plainBytesAtFront(std::string_view bytes) noexcept {
   return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), isPlain) -
                                   bytes.begin());
 }
 
-// The letter that stands for `byte` behind a backslash, 0 when there is none.
+// The letter of the escape for `byte`; 0 if there is none.
 char escapeLetter(char byte) noexcept {
   switch (byte) {
     case quote:

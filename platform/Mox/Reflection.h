@@ -13,33 +13,34 @@
 
 namespace Mox {
 
-/// What is asked of an attribute, or of a record as a whole, by number. Numbers without a name
-/// here are asked of nothing.
+/// An operation on an attribute, or on a whole record. Its number is part of the interface. Numbers
+/// without a name here are not used.
 enum class Operation : unsigned char {
-  /// The value; of a collection that of a key, the default value when it is absent.
+  /// Returns the value. Of a collection: the value of a key; the default value if the key is
+  /// absent.
   read = 0,
-  /// Sets the value; of a collection that of a key.
+  /// Sets the value. Of a collection: the value of a key.
   write = 1,
-  /// Deletes the entry of a key and gives what it held.
+  /// Deletes the entry of a key and returns its value.
   remove = 2,
   /// Number of entries of a collection.
   count = 3,
-  /// Number of entries that a collection holds before it must grow.
+  /// Number of entries of a collection that fit before it grows.
   capacity = 4,
   /// Whether a collection has a key.
   has = 5,
-  /// Calls a handler or hook with its arguments and gives its result.
+  /// Calls a handler or hook with its arguments and returns its result.
   call = 10,
   /// Whether a record differs from a default one.
   isSet = 11,
   /// Whether a record equals another one.
   isEqual = 12,
-  /// Whether a record comes before another one.
+  /// Whether a record is less than another one.
   isLess = 13,
 };
 
-/// A walk over the entries of a collection attribute. It survives the deletion of the entry that it
-/// stands on, and of any other, and keeps the entity alive.
+/// An iteration over the entries of a collection attribute. It stays valid when entries are
+/// deleted, also the one that it stands on, and keeps the entity alive.
 ///
 ///     for (auto entry = Mox::iterate(*table, 130); *entry; entry->next()) show(entry->key());
 class ZEL_EXPORT Iterator {
@@ -48,20 +49,22 @@ class ZEL_EXPORT Iterator {
   Iterator& operator=(const Iterator&) = delete;
   virtual ~Iterator();
 
-  /// Whether it stands on an entry, or on the place of one that was deleted; false at the end.
+  /// Whether it stands on an entry or on the slot of a deleted one; false at the end.
   [[nodiscard]] virtual explicit operator bool() const noexcept = 0;
-  /// Key and value of the entry. Precondition: the entry is there. A member of a set has no value.
+  /// Key and value of the entry. Precondition: the entry is not deleted. A member of a set has no
+  /// value.
   [[nodiscard]] virtual AnyValue key() const = 0;
   [[nodiscard]] virtual AnyValue value() const = 0;
-  /// Goes on to the next entry. Precondition: it is not at the end.
+  /// Advances to the next entry. Precondition: it is not at the end.
   virtual void next() = 0;
 
  protected:
   Iterator() = default;
 };
 
-/// How the operations on one attribute are carried out; an operation without a function is not
-/// accepted. The object is an entity's base or a record, of the type that the attribute belongs to.
+/// The functions that implement the operations on one attribute. An operation without a function is
+/// not accepted. `object` points to the base of an entity, or to a record, of the type that has the
+/// attribute.
 struct Access {
   using Inspect = AnyValue (*)(const void* object, const Arguments& arguments);
   using Change = AnyValue (*)(void* object, const Arguments& arguments);
@@ -80,7 +83,7 @@ struct Access {
   Change call = nullptr;
   Iterate iterate = nullptr;
 
-  /// The functions by operation, null where it is not of that sort or not accepted.
+  /// The function of an operation; null if it is not accepted or not of that kind.
   [[nodiscard]] constexpr Inspect inspect(Operation operation) const noexcept {
     switch (operation) {
       case Operation::read:
@@ -109,7 +112,7 @@ struct Access {
   }
 };
 
-/// One row of a type's table of attributes. `Mox/AttributeTable.h` has what rows are made of.
+/// One row of a type's table of attributes. `Mox/AttributeTable.h` has functions that build rows.
 struct Attribute {
   AttributeId number;
   std::string_view name;
@@ -121,10 +124,10 @@ struct Attribute {
   }
 };
 
-/// What can be done with values of a type that only their addresses are known of.
-/// `Mox/ValueTable.h` has what such tables are made of.
+/// The operations on the values of a type, which are passed by address. `Mox/ValueTable.h` has
+/// functions that build this table.
 struct ValueOperations {
-  /// A new value from the arguments of its constructor, the default one when there are none.
+  /// A new value from the arguments of its constructor; the default value without arguments.
   void* (*construct)(const Arguments& arguments);
   void* (*copy)(const void* value);
   void (*destroy)(void* value) noexcept;
@@ -134,26 +137,26 @@ struct ValueOperations {
   /// A new value from its string form; throws `RangeException`.
   void* (*parse)(std::string_view text);
   bool (*isEqual)(const void* a, const void* b);
-  /// Whether the value differs from a default one; null when that is not asked of the type.
+  /// Whether the value differs from the default value; null if the type has no such operation.
   bool (*isSet)(const void* value) = nullptr;
-  /// Whether `a` comes before `b`; null for a type without an order.
+  /// Whether `a` is less than `b`; null for a type without an order.
   bool (*isLess)(const void* a, const void* b) = nullptr;
 };
 
-/// All that can be done with a type by name and number.
+/// The operations of a type by name and number.
 struct ZEL_EXPORT Reflection {
   std::span<const Attribute> attributes = {};
   /// Of a type of values.
   const ValueOperations* value = nullptr;
   /// Of an enumeration: the names of its codes 0, 1, ...
   std::span<const std::string_view> (*names)() = nullptr;
-  /// Of an entity that can be created: a new one from the arguments of its static creator.
+  /// Of an entity with a static creator: creates an entity from the arguments of that creator.
   Ptr<PtrInterface> (*create)(const Arguments& arguments) = nullptr;
-  /// Of an entity: the name by which it is shown, if it is no `Mox::Entity`.
+  /// Of an entity that is not a `Mox::Entity`: the name that is shown.
   Velo::String (*nameOf)(const PtrInterface& entity) = nullptr;
 };
 
-/// The attribute of that number or name, null when the type has none.
+/// The attribute of that number or name, or null.
 [[nodiscard]] ZEL_EXPORT const Attribute* findAttribute(const Type& type,
                                                         AttributeId number) noexcept;
 [[nodiscard]] ZEL_EXPORT const Attribute* findAttribute(const Type& type,

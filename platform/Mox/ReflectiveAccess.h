@@ -9,8 +9,8 @@
 
 namespace Mox {
 
-/// How an operation by number was answered. These are codes, not exceptions: asking for what is
-/// not there is not an error of the one who asks.
+/// The result code of an operation by number. It is a code and not an exception, since the caller
+/// need not know which attributes exist.
 enum class ReturnCode : unsigned char {
   success = 0,
   /// The attribute is known but does not accept the operation.
@@ -18,16 +18,17 @@ enum class ReturnCode : unsigned char {
   unknownAttribute = 2,
 };
 
-/// What an operation by number gives: its code, and on success the result, if it has one.
+/// The result of an operation by number: its code and, on success, the returned value if there is
+/// one.
 struct Answer {
   ReturnCode code;
   AnyValue value = {};
 };
 
-/// An entity or a record whose type is known at run time only, under the entry of its type.
+/// A reference to an entity or a record whose type is known at run time only.
 ///
-/// It is made where an argument asks for it, and keeps nothing alive. An object that may only be
-/// read accepts no operation that changes it.
+/// It is made by implicit conversion for the functions below, and keeps nothing alive. A constant
+/// object accepts no operation that changes it.
 class ZEL_EXPORT Object {
  public:
   Object(PtrInterface& entity)  // NOLINT(google-explicit-constructor): every entity is one
@@ -42,7 +43,7 @@ class ZEL_EXPORT Object {
 
   [[nodiscard]] const Type& type() const noexcept { return type_; }
   [[nodiscard]] const void* readable() const noexcept { return readable_; }
-  /// Null when it may only be read.
+  /// Null for a constant object.
   [[nodiscard]] void* changeable() const noexcept { return changeable_; }
 
  private:
@@ -51,9 +52,9 @@ class ZEL_EXPORT Object {
   void* changeable_ = nullptr;
 };
 
-/// Carries out `operation` on the attribute of that number. The arguments are, in this order: the
-/// key for a collection, the value to write, what a handler takes. Throws `ArgumentException` when
-/// they are not what the attribute takes, and whatever the attribute's own function throws.
+/// Executes `operation` on the attribute of that number. The arguments are, in this order: the key
+/// for a collection, the value to write, the arguments of a handler. Throws `ArgumentException` for
+/// wrong arguments, and any exception of the attribute's function.
 ///
 ///     Mox::access(*users, 130, Mox::Operation::write, {action, 3u});
 ///     Mox::access(*users, 130, Mox::Operation::read, {action}).value.as<unsigned>();    // 3
@@ -65,8 +66,8 @@ inline Answer access(const Object& object, AttributeId attribute, Operation oper
   return access(object, attribute, operation, std::span(arguments.begin(), arguments.size()));
 }
 
-/// Carries out `operation` on a record as a whole: `isSet`, or `isEqual` and `isLess` with the
-/// other record as argument. Anything else, and anything of an entity, is not supported.
+/// Executes `operation` on a whole record: `isSet`, or `isEqual` and `isLess` with the other record
+/// as argument. Other operations, and all operations on an entity, are not supported.
 ZEL_EXPORT Answer accessWhole(const Object& object, Operation operation,
                               std::span<const AnyValue> arguments = {});
 inline Answer accessWhole(const Object& object, Operation operation,
@@ -74,16 +75,16 @@ inline Answer accessWhole(const Object& object, Operation operation,
   return accessWhole(object, operation, std::span(arguments.begin(), arguments.size()));
 }
 
-/// A walk over the collection of that number, from its first entry or from that of `key`, which
-/// leads to the end when it is absent. Null when the attribute is no collection.
+/// An iteration over the collection of that number, from its first entry or from the entry of
+/// `key`. It is at the end if `key` is absent. Null if the attribute is not a collection.
 [[nodiscard]] ZEL_EXPORT std::unique_ptr<Iterator> iterate(const Object& object,
                                                            AttributeId attribute);
 [[nodiscard]] ZEL_EXPORT std::unique_ptr<Iterator> iterate(const Object& object,
                                                            AttributeId attribute,
                                                            const AnyValue& key);
 
-/// A new entity of `type` from the arguments of its static creator. Null when the type has none;
-/// throws `ArgumentException` when it takes other arguments.
+/// A new entity of `type` from the arguments of its static creator. Null if the type has no
+/// creator. Throws `ArgumentException` for wrong arguments.
 ///
 ///     Mox::create(*Mox::moxType("ZelVrfSelectionPolicy::VrfHwConfig"));
 [[nodiscard]] ZEL_EXPORT Ptr<PtrInterface> create(const Type& type,

@@ -16,12 +16,12 @@ namespace Mox {
 /// Reads the string form of a string.
 ZEL_EXPORT void sequenceToValue(CharRange& range, Velo::String* value);
 
-/// Throws `error` again with the name of the attribute that was being read before its text.
+/// Throws `error` again, with the name of the attribute in front of its text.
 [[noreturn]] ZEL_EXPORT void rethrowFromDeserializeAttr(const RangeException& error,
                                                         std::string_view attribute);
 
-/// Reads one value from the front of `range`: by the type's constructor from a range if it has
-/// one, otherwise by the `sequenceToValue(range, T*)` of the type's namespace.
+/// Reads one value from the front of `range`: by the constructor of `T` from a range if there is
+/// one, otherwise by `sequenceToValue(range, T*)` of the namespace of `T`.
 template <class T>
 [[nodiscard]] T sequenceTo(CharRange& range) {
   if constexpr (std::is_constructible_v<T, CharRange&>) {
@@ -33,7 +33,7 @@ template <class T>
   }
 }
 
-/// Reads the value of one attribute; a range error names the attribute.
+/// Reads the value of one attribute. A `RangeException` has the name of the attribute.
 template <class T>
 [[nodiscard]] T deserializeAttr(CharRange& range, std::string_view attribute) {
   try {
@@ -43,7 +43,7 @@ template <class T>
   }
 }
 
-/// Parses `text`, the whole of it, as a `T`. Throws `RangeException` when it is none.
+/// Parses the whole `text` as a `T`. Throws `RangeException` if that fails.
 template <class T>
 [[nodiscard]] T strepToValue(std::string_view text) {
   CharRange range(text);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr unsigned allLevels = (1U << TraceHandle::levels) - 1;
 
-/// Levels by handle name, "*" standing for those that are not named after it.
+/// Levels by handle name. "*" stands for all handles.
 using LevelsByName = std::vector<std::pair<std::string, unsigned>>;
 
 [[noreturn]] void refuse(std::string_view entry) {
@@ -20,7 +20,8 @@ using LevelsByName = std::vector<std::pair<std::string, unsigned>>;
                        "': expected NAME=LEVEL,LEVEL... with levels 0 to 9, or * for all");
 }
 
-// Cuts `text` at the first `separator`; takes what stands before it.
+// Removes the part of `text` before the first `separator`, and the separator, and returns that
+// part.
 std::string_view takeUntil(char separator, std::string_view& text) {
   const std::size_t end = text.find(separator);
   const std::string_view taken = text.substr(0, end);
@@ -57,7 +58,7 @@ LevelsByName parse(std::string_view text) {
   return parsed;
 }
 
-// A message stays one line, whatever bytes the names in it have.
+// Escapes newlines in names, so that a message is one line.
 std::string onOneLine(const std::string& text) {
   std::string line;
   for (const char byte : text) {
@@ -67,7 +68,7 @@ std::string onOneLine(const std::string& text) {
   return line;
 }
 
-// Where the trace goes, and what has been said of levels.
+// The sink of the trace, and the levels that were set.
 struct Trace {
   LevelsByName said;
   TraceSink sink;
@@ -98,7 +99,7 @@ struct Trace {
   }
 };
 
-// Made while the platform is loaded, so that it outlives the handles of what is built on it.
+// Constructed while the platform is loaded, so that it outlives the handles of its users.
 Trace processTrace;
 
 }  // namespace
@@ -142,7 +143,7 @@ TraceHelper::~TraceHelper() {
   try {
     processTrace.write(line_.str());
   } catch (...) {
-    // Trace is for looking on: a sink that throws loses its line, and what is reported goes on.
+    // Tracing must not change what is traced: if a sink throws, its line is lost.
   }
 }
 

@@ -7,12 +7,12 @@
 
 namespace Mox {
 
-/// One line of text trace under construction: written to the sink when the helper goes, if its
-/// level is on for its handle.
+/// One line of text trace under construction. The destructor writes it to the sink if its level is
+/// on for its handle.
 ///
 ///     Mox::TraceHelper(handle, 5, path, 26, "handleIt").stream() << "Handling " << name;
 ///
-/// gives the line `HANDLE 5 PATH:26 handleIt Handling red`.
+/// writes the line `HANDLE 5 PATH:26 handleIt Handling red`.
 class ZEL_EXPORT TraceHelper {
  public:
   TraceHelper(const TraceHandle& handle, unsigned level, const char* path, unsigned line,

@@ -7,7 +7,7 @@
 namespace Mox {
 namespace {
 
-// A registered module with the defaults that it shares.
+// A registered module with its shared default values.
 struct Registered : Module {
   explicit Registered(const Module& module) : Module(module) {
     for (const Type* type : shared)

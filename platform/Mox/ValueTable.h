@@ -9,8 +9,9 @@
 #include "Mox/Reflection.h"
 #include "Mox/Strep.h"
 
-// What the tables of operations on value types are made of: `recordOperations` for a record,
-// `simpleOperations` for what has no parts. An enumeration has `enumerationReflection` as a whole.
+// Functions that build the tables of operations on value types: `recordOperations` for a record,
+// `simpleOperations` for a type without fields. For an enumeration `enumerationReflection` is the
+// whole table.
 //
 //     constexpr Mox::ValueOperations operations =
 //         Mox::recordOperations<VrfAction, L3::VrfName, PolicyMap::ActionType>();
@@ -54,7 +55,7 @@ void* parsed(std::string_view text) {
   return new T(strepToValue<T>(text));
 }
 
-// That of the type itself, otherwise that of the string form, of which every value has its own.
+// The hash of the type if it has one, otherwise the hash of the string form.
 template <class T>
 unsigned hash(const void* value) {
   if constexpr (requires { as<T>(value).hash(0U); }) {
@@ -93,7 +94,7 @@ std::span<const std::string_view> allNames() {
   return enumeration.names();
 }
 
-// What every type of values has in common, with its own ways in.
+// The operations common to all value types, with functions that construct and parse a value.
 template <class T>
 constexpr ValueOperations operations(void* (*construct)(const Arguments&),
                                      void* (*parse)(std::string_view)) {
@@ -110,7 +111,7 @@ constexpr ValueOperations operations(void* (*construct)(const Arguments&),
 
 }  // namespace Values
 
-/// The operations on a type without parts, which is default-constructed only.
+/// The operations on a type without fields, which has only a default constructor.
 template <class T>
 [[nodiscard]] constexpr ValueOperations simpleOperations() {
   return Values::operations<T>(&Values::constructed<T>, &Values::parsed<T>);
@@ -126,12 +127,12 @@ template <class Record, class... Parameters>
   return operations;
 }
 
-/// The operations on the values of `enumeration`, each made of a code or a name.
+/// The operations on the values of `enumeration`, which are constructed from a code or a name.
 template <class T, const EnumType<T>& enumeration>
 inline constexpr ValueOperations enumerationOperations =
     Values::operations<T>(&Values::enumerator<T, enumeration>, &Values::parsedName<T, enumeration>);
 
-/// All that can be done with them by name and number.
+/// The operations on them by name and number.
 template <class T, const EnumType<T>& enumeration>
 inline constexpr Reflection enumerationReflection{
     .value = &enumerationOperations<T, enumeration>,

@@ -6,8 +6,8 @@
 
 namespace PolicyMap {
 
-/// A rule as classification hardware holds it. Its place in the list of its interface is not part
-/// of it: rules are tried from the first on, and the first that matches decides.
+/// A rule of classification hardware. Its place in the list of its interface is not a part of it.
+/// The rules of a list are tried in order, and the first that matches applies.
 struct ZEL_EXPORT AclRule {
   ClassMatch match;
   RuleAction action;

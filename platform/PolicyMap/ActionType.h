@@ -12,15 +12,15 @@
 
 namespace PolicyMap {
 
-/// What a policy rule does with the traffic that it matches.
+/// The action of a policy rule on the traffic that it matches.
 enum class ActionType : unsigned char {
-  /// Nothing; the default.
+  /// No action; the default.
   none = 0,
   /// Looks the packet up in a VRF.
   vrf = 1,
-  /// Decapsulates by the routes of a VRF, with a fallback and a post-decapsulation VRF.
+  /// Decapsulates by the routes of a VRF, with a fallback VRF and a post-decapsulation VRF.
   decapVrf = 2,
-  /// Drops it.
+  /// Drops the packet.
   discard = 3,
 };
 
@@ -30,7 +30,7 @@ inline constexpr std::array<std::string_view, 4> actionTypeNames{"actionNone", "
 inline constexpr Mox::EnumType<ActionType> actionTypes("PolicyMap::ActionType", actionTypeNames);
 ZEL_EXPORT extern const Mox::Type actionTypeType;
 
-/// The value with that code, or of that name; `Mox::RangeException` when there is none.
+/// The value with that code or name. Throws `Mox::RangeException` if there is none.
 [[nodiscard]] inline ActionType ActionTypeInstance(unsigned code) {
   return actionTypes.value(code);
 }
@@ -45,7 +45,7 @@ ZEL_EXPORT extern const Mox::Type actionTypeType;
 [[nodiscard]] inline Velo::String valueToStrep(const ActionType& value) {
   return actionTypes.name(value);
 }
-/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
+/// Reads a name. Throws `Mox::RangeException` for any other text.
 [[nodiscard]] inline ActionType sequenceToValue(Mox::CharRange& range) {
   return actionTypes.read(range);
 }

@@ -7,8 +7,8 @@
 
 namespace PolicyMap {
 
-/// The configured class maps: what to match, under a name that rules of policy maps refer to.
-/// Subscribers are told of each real change.
+/// The configured class maps. Rules of policy maps refer to a class map by its name. Subscribers
+/// are notified of each real change.
 class ZEL_EXPORT ClassMapTypeConfig final : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::ClassMapTypeConfig"};
@@ -26,7 +26,7 @@ class ZEL_EXPORT ClassMapTypeConfig final : public Mox::Entity {
   [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
   void classMapIs(const Velo::String& name, const ClassMatch& match) { classMap_.is(name, match); }
-  /// Removes the class map; whether it was there.
+  /// Removes the class map. Returns whether there was one.
   bool classMapDel(const Velo::String& name) { return classMap_.del(name); }
   /// The class map of that name, or null.
   [[nodiscard]] const ClassMatch* classMap(const Velo::String& name) const noexcept {
@@ -34,7 +34,7 @@ class ZEL_EXPORT ClassMapTypeConfig final : public Mox::Entity {
   }
   [[nodiscard]] const ClassMaps::Map& classMap() const noexcept { return classMap_.map(); }
 
-  /// Subscribing does not change the configuration, so it is open to those who may only read.
+  /// Subscribing does not change the configuration, so it needs no write access.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:

@@ -6,7 +6,7 @@
 
 namespace PolicyMap {
 
-/// Which kind of interface a policy map is applied to.
+/// The kind of an interface to which a policy map is applied.
 enum class IntfKind : unsigned char {
   /// Forwards by IP.
   routed,
@@ -25,7 +25,7 @@ struct IntfPolicy {
   bool operator==(const IntfPolicy&) const = default;
 };
 
-/// Which policy map is applied to which interface. Subscribers are told of each real change.
+/// The policy map of each interface. Subscribers are notified of each real change.
 class ZEL_EXPORT IntfConfig final : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::IntfConfig"};
@@ -42,17 +42,17 @@ class ZEL_EXPORT IntfConfig final : public Mox::Entity {
   }
   [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
-  /// Applies a policy map to the interface of that name, in place of any other.
+  /// Applies a policy map to the interface, and replaces any other.
   void intfIs(const Velo::String& intf, const IntfPolicy& policy) { intf_.is(intf, policy); }
-  /// Applies none to it; whether there was one.
+  /// Removes the policy map of the interface. Returns whether there was one.
   bool intfDel(const Velo::String& intf) { return intf_.del(intf); }
-  /// What is applied to the interface, or null.
+  /// The policy map that is applied to the interface, or null.
   [[nodiscard]] const IntfPolicy* intf(const Velo::String& intf) const noexcept {
     return intf_.map().find(intf);
   }
   [[nodiscard]] const Intfs::Map& intf() const noexcept { return intf_.map(); }
 
-  /// Subscribing does not change the configuration, so it is open to those who may only read.
+  /// Subscribing does not change the configuration, so it needs no write access.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:

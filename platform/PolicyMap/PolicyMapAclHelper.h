@@ -10,7 +10,7 @@
 
 namespace PolicyMap {
 
-/// Whether the hardware took a rule, and if not, why.
+/// Whether the hardware accepted a rule, and the reason if not.
 struct AclResult {
   bool accepted = true;
   /// For operators; empty when accepted.
@@ -19,20 +19,20 @@ struct AclResult {
   bool operator==(const AclResult&) const = default;
 };
 
-/// The boundary to the classification hardware of a chip, which a chip layer implements.
+/// The interface to the classification hardware. A chip implements it.
 ///
 /// The hardware holds one list of rules per interface. A packet that enters by an interface is
-/// compared with its rules from place 0 on, and the first that matches decides.
+/// compared with its rules from place 0 on, and the first rule that matches applies.
 ///
-/// What an implementer may rely on:
+/// Guarantees for an implementer:
 /// - All calls come synchronously on the event-loop thread, one at a time. A call may be made from
 ///   inside a notification, never from inside another call of this helper by the same caller.
 /// - `addRule` is called with a place from 0 to the number of the interface's rules, `removeRule`
-///   and `moveRule` with places of rules that are there.
-/// - Only `addRule` may fail, and says so in its result; the list is then as before. What it
-///   refused may be asked for again at any time.
-/// - Rules are not removed when their state machine ends. The next one asks what is there, by
-///   `intfs` and `rules`, and changes only what is different.
+///   and `moveRule` with places of existing rules.
+/// - Only `addRule` may fail, and reports that in its result. The list is then unchanged. A refused
+///   rule may be added again at any time.
+/// - Rules are not removed when their state machine is destroyed. The next one reads the present
+///   rules by `intfs` and `rules`, and changes only what differs.
 class ZEL_EXPORT PolicyMapAclHelper : public Zel::ZelBaseHelper {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapAclHelper"};
@@ -41,18 +41,18 @@ class ZEL_EXPORT PolicyMapAclHelper : public Zel::ZelBaseHelper {
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~PolicyMapAclHelper() override;
 
-  /// Puts `rule` at `place` in the list of `intf`, before what was there.
+  /// Inserts `rule` into the list of `intf`, in front of the rule at `place`.
   [[nodiscard]] virtual AclResult addRule(const Velo::String& intf, std::size_t place,
                                           const AclRule& rule) = 0;
-  /// Takes the rule at `place` out.
+  /// Removes the rule at `place`.
   virtual void removeRule(const Velo::String& intf, std::size_t place) = 0;
-  /// Takes the rule at `from` out and puts it in again so that it is at `to` afterwards. No packet
-  /// is meanwhile without it.
+  /// Moves the rule at `from` so that its place is `to` afterwards. The rule applies to packets all
+  /// the time.
   virtual void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) = 0;
 
-  /// The rules that the hardware holds for `intf`, in their order. Valid until the next change.
+  /// The rules of `intf`, in order. The reference is valid until the next change.
   [[nodiscard]] virtual const Rules& rules(const Velo::String& intf) const = 0;
-  /// The interfaces for which it holds any.
+  /// The interfaces that have rules.
   [[nodiscard]] virtual std::vector<Velo::String> intfs() const = 0;
 
  protected:

@@ -10,9 +10,9 @@
 
 namespace PolicyMap {
 
-/// One rule of a policy map: what the class map matches is treated by the action.
+/// One rule of a policy map: the action applies to the packets that the class map matches.
 struct PolicyMapRule {
-  /// Rules are tried in ascending order of it.
+  /// Rules are tried in ascending order of their sequences.
   std::uint32_t sequence = 0;
   /// The class map, which need not exist.
   Velo::String classMap;
@@ -23,8 +23,8 @@ struct PolicyMapRule {
 
 using PolicyMapRules = std::vector<PolicyMapRule>;
 
-/// The configured policy maps: lists of rules under a name. A policy map changes as a whole, so
-/// that whoever follows it never sees half a change. Subscribers are told of each real change.
+/// The configured policy maps: a list of rules for each name. A policy map is replaced as a whole,
+/// so that a subscriber never sees half a change. Subscribers are notified of each real change.
 class ZEL_EXPORT PolicyMapTypeConfig : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapTypeConfig"};
@@ -40,10 +40,10 @@ class ZEL_EXPORT PolicyMapTypeConfig : public Mox::Entity {
   }
   [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
-  /// Makes `rules` the policy map of that name. Throws `Mox::RangeException` unless their
+  /// Sets the rules of the policy map of that name. Throws `Mox::RangeException` unless their
   /// sequences ascend.
   void policyMapIs(const Velo::String& name, PolicyMapRules rules);
-  /// Removes the policy map; whether it was there.
+  /// Removes the policy map. Returns whether there was one.
   bool policyMapDel(const Velo::String& name) { return policyMap_.del(name); }
   /// The rules of the policy map of that name, or null.
   [[nodiscard]] const PolicyMapRules* policyMap(const Velo::String& name) const noexcept {
@@ -51,7 +51,7 @@ class ZEL_EXPORT PolicyMapTypeConfig : public Mox::Entity {
   }
   [[nodiscard]] const PolicyMaps::Map& policyMap() const noexcept { return policyMap_.map(); }
 
-  /// Subscribing does not change the configuration, so it is open to those who may only read.
+  /// Subscribing does not change the configuration, so it needs no write access.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:

@@ -18,19 +18,19 @@ struct ZEL_EXPORT RuleKey {
   bool operator==(const RuleKey&) const = default;
 };
 
-/// What became of a rule on an interface.
+/// The status of a rule on an interface.
 struct RuleStatus {
   bool programmed = false;
-  /// Why it is not programmed; empty when it is.
+  /// The reason if it is not programmed; otherwise empty.
   Velo::String reason;
 
   bool operator==(const RuleStatus&) const = default;
 };
 
-/// What became of a policy map, on all interfaces that it is applied to and that are served.
+/// The status of a policy map, summed over the served interfaces to which it is applied.
 struct PolicyStatus {
   unsigned intfs = 0;
-  /// Rules that the hardware should hold for it, on all of them together, and those that it does.
+  /// Number of its rules on all these interfaces, and number of those that are programmed.
   unsigned rules = 0;
   unsigned rulesProgrammed = 0;
 
@@ -38,9 +38,8 @@ struct PolicyStatus {
   bool operator==(const PolicyStatus&) const = default;
 };
 
-/// What became of the configured policy maps: a status for each of them, and one for each rule on
-/// each interface. Written by the traffic-policy state machine; subscribers are told of each real
-/// change.
+/// The status of each configured policy map, and of each rule on each interface. The traffic-policy
+/// state machine writes it. Subscribers are notified of each real change.
 class ZEL_EXPORT PolicyMapTypeStatus : public Mox::Entity {
  public:
   static constexpr Mox::Type moxType{"PolicyMap::PolicyMapTypeStatus"};

@@ -5,8 +5,7 @@
 
 namespace PolicyMap {
 
-/// What a rule of a policy map has done with the packets that it matches. Names that the type has
-/// no use for are empty.
+/// The action of a rule on the packets that it matches. Names that the type does not use are empty.
 struct RuleAction {
   ActionType type = ActionType::none;
   L3::VrfName vrfName;

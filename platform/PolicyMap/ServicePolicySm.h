@@ -6,8 +6,8 @@
 
 namespace PolicyMap {
 
-/// Base of the state machines that compile policy maps into classification hardware. It tells its
-/// subscribers which of its attributes changed.
+/// Base of the state machines that program policy maps into classification hardware. It notifies
+/// its subscribers of each attribute that changed.
 class ZEL_EXPORT ServicePolicySm : public Mox::PtrInterface {
  public:
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override {
@@ -18,7 +18,7 @@ class ZEL_EXPORT ServicePolicySm : public Mox::PtrInterface {
 
   /// Whether interfaces that forward by MAC address are served.
   [[nodiscard]] bool allowL2Intf() const noexcept { return allowL2Intf_; }
-  /// Begins or ends to serve them.
+  /// Switches the service of these interfaces on or off.
   void allowL2IntfIs(bool allow);
 
  protected:

@@ -22,7 +22,7 @@ std::size_t alignedSize(std::size_t size) noexcept {
   return (size + alignment - 1) / alignment * alignment;
 }
 
-// Made while the platform is loaded, so that they outlive every static of what is built on it.
+// Constructed while the platform is loaded, so that they outlive the statics of its users.
 std::vector<std::weak_ptr<Slab>> usedSlabs;
 std::vector<std::shared_ptr<Slab>> slabsWithObjectsLeft;
 

@@ -12,12 +12,12 @@ namespace Quarry {
 
 /// Memory for the objects of one type, in blocks of equal size.
 ///
-/// Choose it, through `SlabAllocated`, for entities that come and go often: taking and giving back
-/// a block is a push or pop on a list. Blocks are counted, so that a test, a soak or an operator
-/// can ask which type still has objects alive. When the last block is given back all pages but
-/// one are released. Slabs belong to the event-loop thread.
+/// Use it, through `SlabAllocated`, for entities that are created and destroyed often: allocating
+/// or freeing a block is one list operation. Blocks are counted, so that tests and operators can
+/// read how many objects of a type are alive. When the last block is freed, all pages but one are
+/// released. Use slabs on the event-loop thread only.
 ///
-/// Under the address sanitizer every block is an allocation of its own, so that misuse is caught.
+/// Under the address sanitizer every block is a separate allocation, so that wrong use is detected.
 class ZEL_EXPORT Slab {
  public:
   /// A slab for objects of type `typeName`, of `blockSize` bytes each.
@@ -26,20 +26,20 @@ class ZEL_EXPORT Slab {
   Slab& operator=(const Slab&) = delete;
   ~Slab();
 
-  /// A block for `size` bytes; a derived, larger object gets memory of its own.
+  /// A block for `size` bytes. A larger object, of a derived type, is allocated separately.
   [[nodiscard]] void* allocate(std::size_t size);
-  /// Takes back what `allocate(size)` gave.
+  /// Frees a block that `allocate(size)` returned.
   void release(void* block, std::size_t size) noexcept;
 
   [[nodiscard]] const std::string& typeName() const noexcept { return typeName_; }
-  /// Objects alive now.
+  /// Number of objects alive.
   [[nodiscard]] std::size_t live() const noexcept { return live_; }
-  /// Objects allocated so far.
+  /// Number of objects allocated so far.
   [[nodiscard]] std::size_t allocated() const noexcept { return allocated_; }
 
-  /// The slab of the type of that name, null when no loaded code uses one.
+  /// The slab of the type of that name; null if no loaded code uses one.
   [[nodiscard]] static const Slab* find(std::string_view typeName) noexcept;
-  /// Names of the types that have a slab, in the order of their first use.
+  /// The names of the types that have a slab, in the order of their first use.
   [[nodiscard]] static std::vector<std::string> typeNames();
 
  private:
@@ -60,10 +60,10 @@ class ZEL_EXPORT Slab {
   std::size_t allocated_ = 0;
 };
 
-/// One loaded object file's use of the slab of a type. All uses of one type name share one slab,
-/// which exists as long as there is any; so a block may be given back by another object file than
-/// the one that took it. A slab that still has objects when its last use ends, as one static may
-/// destroy another's, stays until the platform goes.
+/// The use of a type's slab by one loaded library or program. All uses of one type name share one
+/// slab, which exists while there is any use. So a block may be freed by another library than the
+/// one that allocated it. A slab that has objects when its last use ends stays until the platform
+/// is unloaded.
 class ZEL_EXPORT SlabUse {
  public:
   SlabUse(std::string_view typeName, std::size_t blockSize);

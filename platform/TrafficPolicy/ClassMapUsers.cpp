@@ -13,7 +13,7 @@ void ClassMapUsers::policyMapIs(const Velo::String& policyMap,
   if (rules == nullptr) return;
   Names& named = classMaps_[policyMap];
   for (const PolicyMap::PolicyMapRule& rule : *rules) {
-    policyMaps_[rule.classMap].insert(policyMap);  // first: what is named has users
+    policyMaps_[rule.classMap].insert(policyMap);  // first, so that every name in `named` has users
     named.insert(rule.classMap);
   }
 }

@@ -8,16 +8,16 @@
 
 namespace TrafficPolicy {
 
-/// Which policy maps have rules that name a class map, so that a change of one class map among
-/// thousands is followed without looking at every rule.
+/// The policy maps that use each class map. With it a change of one class map does not have to
+/// search every rule.
 class ZEL_EXPORT ClassMapUsers final {
  public:
   using Names = std::set<Velo::String>;
 
-  /// `rules` are those of the policy map of that name from now on; null when it is gone.
+  /// Sets the rules of the policy map of that name; null removes it.
   void policyMapIs(const Velo::String& policyMap, const PolicyMap::PolicyMapRules* rules);
   void clear() noexcept;
-  /// The policy maps that name the class map.
+  /// The policy maps that use the class map.
   [[nodiscard]] const Names& policyMaps(const Velo::String& classMap) const;
 
  private:

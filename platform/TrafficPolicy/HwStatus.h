@@ -5,7 +5,7 @@
 
 namespace TrafficPolicy {
 
-/// What the hardware can do for traffic policies.
+/// The capabilities of the hardware for traffic policies.
 class ZEL_EXPORT HwStatus final : public Mox::NamedEntity<HwStatus> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::HwStatus"};

@@ -12,17 +12,18 @@ using Places = std::vector<std::size_t>;
 
 constexpr std::size_t none = RuleListChange::none;
 
-// Of rules that a list holds many times, each is compared with this many of the other list only.
+// Limit of comparisons for a rule that the other list has many times.
 constexpr std::size_t mostPairsPerRule = 64;
 
-// Where the old list holds a rule, and how often the new one has been found to hold it.
+// The places of a rule in the old list, and how often it was found in the new list.
 struct Occurrences {
   Places places;
   std::size_t met = 0;
 };
 using OccurrencesByRule = Mox::HashMap2018<AclRule, Occurrences, 0x64c9b03f>;
 
-// A rule of the old list that equals one of the new, and the pair before it on the best way there.
+// A rule of the old list that equals one of the new list, and the previous pair of the best
+// subsequence.
 struct Pair {
   std::size_t before;
   std::size_t after;
@@ -52,8 +53,8 @@ Middle middleOf(std::span<const AclRule> before, std::span<const AclRule> after)
 // the lowest old place by which a common subsequence of n + 1 rules can end.
 class LongestCommon {
  public:
-  // To be called with new places ascending, and for each of them with old places descending, so
-  // that no two pairs of one new place follow each other.
+  // Call it with new places ascending and, for each of them, with old places descending, so that
+  // one new place is in a subsequence at most once.
   void consider(std::size_t before, std::size_t after) {
     const auto end = std::lower_bound(
         ends_.begin(), ends_.end(), before,

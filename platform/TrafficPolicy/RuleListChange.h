@@ -9,22 +9,22 @@
 
 namespace TrafficPolicy {
 
-/// How to make one list of rules into another by the fewest additions, removals and moves.
+/// The fewest additions, removals and moves that change one list of rules into another.
 ///
-/// What is in both lists and in the same order, as much of it as possible (a longest common
-/// subsequence), stays untouched. Of the rest, each rule that is in both lists moves; what is left
-/// is added or removed. Each rule outside the longest common subsequence costs one step at least,
-/// and a move is the only step that settles one of each list at once, so there is no shorter way.
+/// A longest common subsequence of the two lists stays. A rule that is in both lists, but not in
+/// the subsequence, moves. The other rules are added or removed. Each rule outside of the
+/// subsequence needs at least one step, and only a move handles one rule of each list in one step,
+/// so no change is shorter.
 ///
-/// Equal beginnings and ends cost one comparison a rule. What lies between costs time by the
-/// logarithm of its length for each pair of equal rules in it. Where a list holds one rule more
-/// than 32 times in there, which no packet can tell, a few steps more may be taken.
+/// Rules in equal beginnings and ends cost one comparison each. For the part between them each pair
+/// of equal rules costs the logarithm of the length of that part. If that part has one rule more
+/// than 32 times, the change may have a few more steps. Such duplicates have no effect on packets.
 struct RuleListChange {
   static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-  /// For each rule of the new list, its place in the old one; `none` for one that is new.
+  /// For each rule of the new list its place in the old list; `none` for a new rule.
   std::vector<std::size_t> from;
-  /// For each rule of the old list, whether it stays where it is.
+  /// For each rule of the old list, whether it stays at its place.
   std::vector<bool> stays;
 };
 

@@ -12,8 +12,7 @@ using PolicyMap::AclResult;
 using PolicyMap::PolicyMapAclHelper;
 constexpr std::size_t none = RuleListChange::none;
 
-// Carries the change of one list out on the hardware, and keeps book of which old rule is where
-// meanwhile.
+// Programs the change of one list, and records the places of the old rules during it.
 class Change {
  public:
   Change(PolicyMapAclHelper& helper, RuleList& wanted) : helper_(helper), wanted_(wanted) {
@@ -26,7 +25,7 @@ class Change {
     wanted_.results.assign(wanted.rules.size(), {});
   }
 
-  // Whether there was anything to add or to move.
+  // Returns whether a rule was added or moved.
   bool addAndMove() {
     std::size_t place = 0;
     for (std::size_t at = 0; at < wanted_.rules.size(); ++at) {
@@ -37,7 +36,7 @@ class Change {
     return isDifferent_;
   }
 
-  // Whether there was anything to remove.
+  // Returns whether a rule was removed.
   bool removeTheRest() {
     bool removed = false;
     for (std::size_t place = list_.size(); place-- > 0;) {
@@ -49,7 +48,7 @@ class Change {
   }
 
  private:
-  // Sees to it that the wanted rule `at` is at `place`; gives the place after it.
+  // Programs the wanted rule `at` at `place`. Returns the next place.
   std::size_t settle(std::size_t at, std::size_t place) {
     const std::size_t from = change_.from[at];
     if (from != none && change_.stays[from]) return place + 1;
@@ -76,7 +75,7 @@ class Change {
     return to + 1;
   }
 
-  // Whether the rule is an old one that has not got a place yet.
+  // Whether the rule is an old one that has no new place yet.
   [[nodiscard]] bool isLeaving(std::size_t old) const { return old != none && leaves_[old]; }
 
   PolicyMapAclHelper& helper_;

@@ -7,21 +7,21 @@
 
 namespace TrafficPolicy {
 
-/// The rules that the hardware should hold for an interface, and what became of each.
+/// The configured rules of an interface, and the result of programming each.
 struct RuleList {
   Velo::String intf;
   std::vector<PolicyMap::AclRule> rules;
-  /// By rule; set by programming.
+  /// One for each rule; `programRules` writes them.
   std::vector<PolicyMap::AclResult> results;
 };
 
-/// Makes the hardware's lists of the interfaces into `lists`, by the fewest calls of `helper`: on
-/// every interface additions and moves, from the first rule on, and only then on every interface
-/// removals, from the last rule on. So what rules use before and after is never without a user on
-/// the way. Rules that were refused are asked for once more if the removals have made room.
+/// Programs `lists` by the fewest calls of `helper`. First it adds and moves rules on every
+/// interface, from the first rule on. Then it removes rules on every interface, from the last rule
+/// on. So a resource that is used before and after always has a user. After the removals it adds
+/// refused rules once more.
 ///
-/// Gives whether anything was different. A call that throws leaves lists that a later programming
-/// mends.
+/// Returns whether anything differed. If a call throws, a later call of `programRules` corrects the
+/// lists.
 ZEL_EXPORT bool programRules(PolicyMap::PolicyMapAclHelper& helper, std::vector<RuleList>& lists);
 
 }  // namespace TrafficPolicy

@@ -6,7 +6,7 @@
 
 namespace TrafficPolicy {
 
-/// What became of the policy maps of traffic policies.
+/// The status of the policy maps of traffic policies.
 class ZEL_EXPORT Status final : public Mox::NamedEntity<Status, PolicyMap::PolicyMapTypeStatus> {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::Status"};

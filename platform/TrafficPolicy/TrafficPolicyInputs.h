@@ -28,8 +28,8 @@
 
 namespace TrafficPolicy {
 
-/// What a traffic-policy state machine is built with and keeps for life. Two are equal when they
-/// hold the same objects, whatever is in these, and the same flags.
+/// The constructor arguments of a traffic-policy state machine, which never change. Two of them are
+/// equal if they have the same objects and the same flags.
 struct TrafficPolicyInputs {
   Mox::Ptr<PolicyMap::IntfConfig const> intfConfig;
   Mox::Ptr<PolicyMap::PolicyMapTypeConfig const> policyConfig;
@@ -46,9 +46,9 @@ struct TrafficPolicyInputs {
   Mox::Ptr<Mox::Dir const> routingVrfInfoDir;
   Mox::Ptr<Mox::Dir const> routing6VrfInfoDir;
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> aclHelper;
-  /// Interfaces that belong to the management of the switch are served.
+  /// Whether management interfaces are served.
   bool allowMgmtIntf = false;
-  /// Policies are compiled and judged, and nothing is programmed.
+  /// Whether policies are only compiled and checked, and not programmed.
   bool compileOnly = false;
   Mox::Ptr<Zel::NexthopConfig> nexthopConfig;
   Mox::Ptr<Zel::NexthopStatus const> nexthopStatus;

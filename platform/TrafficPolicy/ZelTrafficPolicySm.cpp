@@ -26,7 +26,7 @@ const Velo::String& nameOf(const void* key) noexcept {
   return *static_cast<const Velo::String*>(key);
 }
 
-// Holds a flag up as long as it lives.
+// Sets a flag during its lifetime.
 class Raised {
  public:
   explicit Raised(bool& flag) noexcept : flag_(flag) { flag_ = true; }
@@ -38,7 +38,7 @@ class Raised {
   bool& flag_;
 };
 
-// Takes all names out of `names` and hands them to `use`. If that throws, they are in again.
+// Removes all names from `names` and calls `use` with them. If that throws, they are added again.
 template <class Use>
 void useUp(std::set<Velo::String>& names, Use use) {
   std::set<Velo::String> taken;
@@ -66,15 +66,15 @@ std::set<std::uint32_t> sequencesOf(const std::vector<RuleKey>& rules) {
 
 }  // namespace
 
-// What the hardware should hold for an interface.
+// The rules that an interface should have.
 struct ZelTrafficPolicySm::WantedRules {
   Velo::String intf;
   bool isServed = false;
   Velo::String policyMap;
-  std::vector<RuleKey> keys;         // of every rule of the policy map
-  std::vector<RuleStatus> statuses;  // by key
-  std::vector<AclRule> rules;        // those that can be programmed
-  std::vector<std::size_t> places;   // of each of them among the keys
+  std::vector<RuleKey> keys;         // one for each rule of the policy map
+  std::vector<RuleStatus> statuses;  // one for each key
+  std::vector<AclRule> rules;        // the rules that can be programmed
+  std::vector<std::size_t> places;   // the index of each rule among the keys
 };
 
 Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySm::ZelTrafficPolicySmIs(
@@ -192,7 +192,7 @@ void ZelTrafficPolicySm::policyConfigDispatch(Velo::Publisher* /*publisher*/,
   if (attributeId != PolicyMapTypeConfig::policyMapAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
   if (sm->paused_) return;
-  // Not by the value told: a later one may have been told before.
+  // Does not use the notified value: a later one may have been notified before.
   sm->classMapUsers_.policyMapIs(nameOf(key), sm->inputs_.policyConfig->policyMap(nameOf(key)));
   sm->policyMapChanged(nameOf(key));
   sm->synchronize();
@@ -226,7 +226,7 @@ void ZelTrafficPolicySm::policyMapChanged(const Velo::String& policyMap) {
   }
 }
 
-// Whatever is configured, programmed or told by the status may have changed.
+// All of the configuration, the hardware and the status may have changed.
 void ZelTrafficPolicySm::takeOver() {
   classMapUsers_.clear();
   intfStatus_.clear();
@@ -326,7 +326,7 @@ void ZelTrafficPolicySm::program(std::vector<WantedRules>& wanted) {
          std::vector<AclResult>(rules.rules.size(), {false, "rules are compiled only"})});
   }
   if (inputs_.aclHelper && !inputs_.compileOnly) {
-    const bool wasReady = std::exchange(ready_, false);  // and stays so if a call throws
+    const bool wasReady = std::exchange(ready_, false);  // and stays false if a call throws
     if (!programRules(*inputs_.aclHelper, lists)) ready_ = wasReady;
   }
   for (std::size_t list = 0; list < lists.size(); ++list) {
@@ -356,7 +356,7 @@ void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
   if (!inputs_.status) return;
   const Mox::Ptr<PolicyMapTypeStatus>& status = inputs_.status;
   const std::set<std::uint32_t> sequences = sequencesOf(wanted.keys);
-  // Once this machine is switched off from inside a notice, another may write the status.
+  // If a notification switches this machine off, another one may write the status.
   for (const RuleKey& rule : before) {
     if (!isFollowing()) return;
     if (rule.policyMap != wanted.policyMap || !sequences.contains(rule.sequence))

@@ -13,33 +13,33 @@
 
 namespace TrafficPolicy {
 
-/// The traffic-policy state machine of the forwarding layer: compiles the policy map that is
-/// applied to each interface into classification rules, and keeps the hardware in step.
+/// The traffic-policy state machine of the forwarding layer. It compiles the policy map of each
+/// interface into classification rules, and programs them into the hardware.
 ///
-/// The rules of an interface are those of its policy map in their order, each with what its class
-/// map matches. Management interfaces, and interfaces that forward by MAC address, are served only
-/// where that is allowed; others have no rules. Every change of the configuration is followed at
-/// once by the fewest additions, moves and removals of rules, and its outcome is written into the
-/// status: one entry per configured policy map and one per rule and interface. A rule that cannot
-/// be programmed (its class map does not exist, the hardware refuses it) leaves the others in
-/// place and is tried again with the next change of its interface's policy. Of what changed
-/// together, everything is added before anything is removed.
+/// The rules of an interface are those of its policy map, in order, each with the match of its
+/// class map. Management interfaces, and interfaces that forward by MAC address, have rules only if
+/// they are allowed. On every change of the configuration the machine makes the fewest additions,
+/// moves and removals of rules, and writes the result into the status: one entry per configured
+/// policy map, and one per rule and interface. A rule that cannot be programmed, because its class
+/// map does not exist or the hardware refuses it, does not affect the others. It is tried again at
+/// the next change of its interface's policy. All rules of one change are added before any is
+/// removed.
 ///
-/// What is programmed is asked of the hardware, never remembered, so that a new machine takes over
-/// from an old one without touching a rule. The end of a machine leaves the rules in place.
+/// The machine reads the programmed rules from the hardware and keeps no copy, so a new machine
+/// replaces an old one without a change of rules. The destructor leaves the rules in place.
 ///
-/// A change that a helper or a subscriber makes from inside a call is followed when the present one
-/// is done. A machine that is switched off from inside a call completes the programming that it is
-/// at, and writes nothing more.
+/// A change that a helper or a subscriber makes during a call is handled after the present change.
+/// A machine that is switched off during a call completes the programming in progress, and writes
+/// no more statuses.
 class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
  public:
   static constexpr Mox::Type moxType{"TrafficPolicy::ZelTrafficPolicySm"};
   /// Number of the attribute `ready`.
   static constexpr Mox::AttributeId readyAttribute = 283;
 
-  /// A new machine, which has programmed what is configured. Any object may be null: without a
-  /// configuration nothing is configured, without a helper or a status nothing is programmed or
-  /// written.
+  /// Creates a machine and programs the present configuration. Any object may be null. Without a
+  /// configuration nothing is configured. Without a helper nothing is programmed, and without a
+  /// status nothing is written.
   [[nodiscard]] static Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySmIs(
       const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
       const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,
@@ -66,33 +66,34 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
       const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
       bool permitFragment, bool expandNeighborsWhenNonPresent,
       const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus);
-  /// The same on inputs that are together already.
+  /// The same, with all inputs in one structure.
   [[nodiscard]] static Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySmIs(
       const TrafficPolicyInputs& inputs, bool allowL2Intf);
-  /// Use `ZelTrafficPolicySmIs`. Reads nothing from the inputs.
+  /// Use `ZelTrafficPolicySmIs`. The constructor does not read the inputs.
   ZelTrafficPolicySm(const TrafficPolicyInputs& inputs, bool allowL2Intf) noexcept;
   ~ZelTrafficPolicySm() override;
 
-  /// Begins to follow the configuration, which is programmed first, or ends it.
+  /// Switches notifications on or off. When switched on, the machine programs the present
+  /// configuration.
   void hasNotificationActiveIs(bool active) override;
-  /// The same, but it stays subscribed, so that it can always go on, if only with the next change:
-  /// what its successor needs while it is built.
+  /// Pauses or resumes the machine. A paused machine stays subscribed, but does nothing, while its
+  /// successor is created. It can be resumed if that fails.
   void pausedIs(bool paused);
   [[nodiscard]] bool isPaused() const noexcept { return paused_; }
   [[nodiscard]] const Mox::Type* fwkType() const override;
 
-  /// What it was built with.
+  /// The inputs that it was created with.
   [[nodiscard]] const TrafficPolicyInputs& inputs() const noexcept { return inputs_; }
 
-  /// Whether what is programmed matches what is configured. Published when it does so again after
-  /// a change, or after a failure; a failure is told by the status.
+  /// Whether the programmed rules match the configuration. Published when it becomes true again
+  /// after a change or a failure. The status reports failures.
   [[nodiscard]] bool ready() const noexcept { return ready_; }
 
  private:
   using Subscriber = Velo::MemberSubscriber<ZelTrafficPolicySm>;
   struct WantedRules;
 
-  // What the status says of an interface, by what was last programmed on it.
+  // The last written status of an interface.
   struct IntfStatus {
     Velo::String policyMap;
     std::vector<PolicyMap::RuleKey> rules;
@@ -135,7 +136,7 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   bool ready_ = false;
   bool isSynchronizing_ = false;
   bool paused_ = false;
-  bool takesOver_ = false;  // it has been switched on and has looked at nothing yet
+  bool takesOver_ = false;  // switched on, and the present state is not read yet
   std::set<Velo::String> changedIntfs_;
   std::set<Velo::String> changedPolicyMaps_;
   ClassMapUsers classMapUsers_;

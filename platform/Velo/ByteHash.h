@@ -6,8 +6,8 @@
 
 namespace Velo {
 
-/// 32-bit hash of a byte string: the same bytes and seed always give the same value, and a seed
-/// scatters the values anew. Every collection that keys on text hashes with this one function.
+/// 32-bit hash of a byte string. The same bytes and seed always have the same value; another seed
+/// gives unrelated values. Every collection with text as keys uses it.
 [[nodiscard]] ZEL_EXPORT unsigned byteHash(unsigned seed, std::string_view bytes) noexcept;
 
 }  // namespace Velo

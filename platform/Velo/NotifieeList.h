@@ -8,10 +8,11 @@
 
 namespace Velo {
 
-/// How a tool that knows an entity only by its base reaches those whom it notifies.
+/// Access to the notifiees of an entity through its base class, for tools.
 ///
-/// Kind `none` has no list and null operations. `notifiee` is a `Mox::PtrInterface::NotifieeConst*`
-/// for kind `reactors` and a `Velo::Subscriber*` for kind `publisher`.
+/// Kind `none` has no list, and its operations are null. `notifiee` is a
+/// `Mox::PtrInterface::NotifieeConst*` for kind `reactors` and a `Velo::Subscriber*` for kind
+/// `publisher`.
 struct NotifieeListDescriptor {
   enum class Kind : unsigned char { none = 0, reactors = 1, publisher = 2 };
   using Visitor = void (*)(void* context, void* notifiee);
@@ -21,24 +22,24 @@ struct NotifieeListDescriptor {
   const void* entity = nullptr;
   /// First argument of the operations below.
   void* list = nullptr;
-  /// Adds a notifiee; false when it was there already.
+  /// Adds a notifiee. Returns false if it was present.
   bool (*add)(void* list, void* notifiee) = nullptr;
-  /// Removes a notifiee; false when it was not there.
+  /// Removes a notifiee. Returns false if it was absent.
   bool (*remove)(void* list, void* notifiee) = nullptr;
   /// Calls the visitor for each notifiee.
   void (*visit)(void* list, Visitor visitor, void* context) = nullptr;
-  /// The notifiee after `previous` (the first one after null), null at the end. Given only while
-  /// there is at least one notifiee.
+  /// Returns the notifiee after `previous`, the first one for null, and null at the end. Null while
+  /// there is no notifiee.
   void* (*iterate)(void* list, const void* previous) = nullptr;
 };
 
-/// Those whom one object notifies, in the order in which they were added.
+/// The notifiees of one object, in the order in which they were added.
 ///
-/// Invariants: a notifiee is in the list at most once. While a visit is under way places are
-/// emptied but never moved, so a visit goes on whatever is added, removed or destroyed under it:
-/// nobody is visited after removal, nobody twice, nobody who was added after the visit began, and
-/// a visit of a list that is destroyed meanwhile ends quietly. Visits nest. Holes are closed when
-/// the list is used next with no visit under way. A visit does not allocate.
+/// Invariants: a notifiee is in the list at most once. During a visit, places are set to null but
+/// never moved, so notifiees may be added, removed and destroyed. A visit calls no notifiee after
+/// its removal, none twice, and none that was added after the visit began. If the list is
+/// destroyed, the visit ends. Visits nest. Empty places are removed by the next use of the list
+/// without a visit. A visit does not allocate.
 template <class Notifiee>
 class NotifieeList {
  public:
@@ -65,7 +66,7 @@ class NotifieeList {
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
   [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
 
-  /// The notifiee after `previous`, the first one after null; null at the end.
+  /// The notifiee after `previous`, the first one for null; null at the end.
   [[nodiscard]] Notifiee* next(const Notifiee* previous) const noexcept {
     auto place = places_.begin();
     if (previous != nullptr) place = std::find(place, places_.end(), previous);
@@ -74,7 +75,7 @@ class NotifieeList {
     return place == places_.end() ? nullptr : *place;
   }
 
-  /// Calls `visitor(notifiee)` for each notifiee present now and still there at its turn.
+  /// Calls `visitor(notifiee)` for each present notifiee that is not removed before its turn.
   template <class Visitor>
   void visit(Visitor&& visitor) {
     closeHoles();

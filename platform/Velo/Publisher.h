@@ -5,21 +5,22 @@
 
 namespace Velo {
 
-/// Tells subscribers, synchronously and after the fact, which entry of an object changed.
+/// Notifies subscribers, synchronously and after the change, which entry of an object changed.
 ///
-/// Subscribers are called in the order in which they were added. Whatever a subscriber does to the
-/// list, or to the publisher itself, the promises of `NotifieeList` hold.
+/// Subscribers are called in the order in which they were added. A subscriber may change the list,
+/// or destroy the publisher: the invariants of `NotifieeList` hold.
 ///
 ///     publisher.subscriberIs(subscriber);        // subscriber.dispatch is set
 ///     publisher.publish(130, &key, &value);      // calls subscriber.dispatch(...)
 ///     publisher.subscriberDel(subscriber);
 class Publisher {
  public:
-  /// Adds `subscriber`, whose dispatch function must be set; nothing if it is there already.
+  /// Adds `subscriber`, whose dispatch function must be set, unless it is present.
   void subscriberIs(Subscriber& subscriber) { subscribers_.add(subscriber); }
-  /// Removes `subscriber`; nothing if it is not there.
+  /// Removes `subscriber` if it is present.
   void subscriberDel(Subscriber& subscriber) noexcept { subscribers_.remove(subscriber); }
-  /// Adds `subscriber` with that dispatch function or removes it, unless that is done already.
+  /// Adds `subscriber` with that dispatch function, or removes it. Does nothing if that is already
+  /// the case.
   void subscriptionIs(Subscriber& subscriber, Subscriber::Dispatch dispatch, bool subscribed) {
     if ((subscriber.dispatch != nullptr) == subscribed) return;
     subscriber.dispatch = subscribed ? dispatch : nullptr;
@@ -31,14 +32,14 @@ class Publisher {
   }
   [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers_.empty(); }
 
-  /// Calls every subscriber. The publisher may be gone when this returns.
+  /// Calls every subscriber. A subscriber may destroy the publisher.
   void publish(short attributeId, const void* key, const void* value) {
     subscribers_.visit([&](Subscriber& subscriber) {
       subscriber.dispatch(this, &subscriber, attributeId, key, value);
     });
   }
 
-  /// The descriptor of this publisher's subscribers, on behalf of the `entity` that owns it.
+  /// The descriptor of this publisher's subscribers. `entity` owns the publisher.
   [[nodiscard]] NotifieeListDescriptor notifieeList(const void* entity) noexcept {
     return describe(NotifieeListDescriptor::Kind::publisher, entity, subscribers_);
   }

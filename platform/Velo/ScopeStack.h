@@ -4,21 +4,21 @@
 
 namespace Velo {
 
-/// The calls of one kind that are under way on one object, each with a note, innermost first.
+/// The active calls of one kind on one object, innermost first. Each call has data.
 ///
-/// Choose it where a call may come back to the object that it was made on, and whoever comes back
-/// must know of the calls around it. A call opens a scope. Scopes close in reverse order, also when
-/// an exception passes. They may outlive the object: `isOrphan` reports that it is gone.
+/// Use it where a call may re-enter the object, and the inner call must know the outer ones. A call
+/// opens a scope. Scopes are closed in reverse order, also by an exception. A scope may outlive the
+/// object: `isOrphan` reports that the object was destroyed.
 ///
 ///     Velo::ScopeStack<Creation>::Scope scope(creations_, action);
-///     chip.createVrf(action);              // may come back, and write into the note
+///     chip.createVrf(action);              // may re-enter, and change the data
 ///     if (scope->countChanged) ...
 template <class Note>
 class ScopeStack {
  public:
   class Scope {
    public:
-    /// Opens a scope. Its note is made of `note`.
+    /// Opens a scope with data that is constructed from `data`.
     template <class... Arguments>
     explicit Scope(ScopeStack& stack, Arguments&&... note)
         : note_{std::forward<Arguments>(note)...}, stack_(&stack), outer_(stack.innermost_) {
@@ -32,7 +32,7 @@ class ScopeStack {
 
     [[nodiscard]] Note* operator->() noexcept { return &note_; }
     [[nodiscard]] const Note* operator->() const noexcept { return &note_; }
-    /// Whether the stack is gone.
+    /// Whether the stack was destroyed.
     [[nodiscard]] bool isOrphan() const noexcept { return stack_ == nullptr; }
 
    private:
@@ -51,11 +51,11 @@ class ScopeStack {
   }
 
   [[nodiscard]] bool empty() const noexcept { return innermost_ == nullptr; }
-  /// The note of the innermost scope, null when none is open.
+  /// The data of the innermost scope; null if no scope is open.
   [[nodiscard]] Note* innermost() const noexcept {
     return innermost_ == nullptr ? nullptr : &innermost_->note_;
   }
-  /// The innermost note that meets `condition`, null when none does.
+  /// The innermost data that meets `condition`, or null.
   template <class Condition>
   [[nodiscard]] Note* find(Condition condition) const {
     for (Scope* scope = innermost_; scope != nullptr; scope = scope->outer_) {
@@ -63,7 +63,7 @@ class ScopeStack {
     }
     return nullptr;
   }
-  /// Calls `visitor` with each note, innermost first.
+  /// Calls `visitor` with the data of each scope, innermost first.
   template <class Visitor>
   void forEach(Visitor visitor) const {
     for (Scope* scope = innermost_; scope != nullptr; scope = scope->outer_)

@@ -10,12 +10,11 @@
 
 namespace Velo {
 
-/// An immutable byte string as small as a pointer.
+/// An immutable byte string with the size of a pointer.
 ///
-/// Choose it for text that entities store and hand around: a copy shares the bytes and never
-/// allocates, so returning one by value costs a counter. Building one from bytes allocates once;
-/// the empty string allocates nothing. Any byte is allowed, NUL included. Strings belong to the
-/// event-loop thread: their counters are not atomic.
+/// Use it for text that entities store and return. A copy shares the bytes and increments a
+/// counter. Construction from bytes allocates once; the empty string does not allocate. Any byte is
+/// allowed, also NUL. Use strings on the event-loop thread only: their counters are not atomic.
 ///
 ///     const Velo::String reason("no free entry");
 ///     const Velo::String copy = reason;        // shares the bytes
@@ -39,7 +38,7 @@ class ZEL_EXPORT String {
     if (shared_ != nullptr && --shared_->users == 0) release(shared_);
   }
 
-  /// The bytes, valid as long as a string that shares them.
+  /// The bytes. They are valid while a string that shares them exists.
   [[nodiscard]] std::string_view bytes() const noexcept {
     return shared_ == nullptr ? std::string_view()
                               : std::string_view(shared_->bytes(), shared_->size);

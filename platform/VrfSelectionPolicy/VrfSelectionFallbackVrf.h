@@ -8,8 +8,8 @@
 
 namespace VrfSelectionPolicy {
 
-/// The configured fallback VRFs: the VRF that is tried when a lookup in another finds no route.
-/// Subscribers are told of each VRF whose fallback is added, changed or removed.
+/// The configured fallback VRFs. If a lookup in a VRF finds no route, the lookup is repeated in its
+/// fallback VRF. Subscribers are notified of each VRF whose fallback is added, changed or removed.
 class ZEL_EXPORT VrfSelectionFallbackVrf final : public Mox::PtrInterface {
  public:
   static constexpr Mox::Type moxType{"VrfSelectionPolicy::VrfSelectionFallbackVrf"};
@@ -23,17 +23,17 @@ class ZEL_EXPORT VrfSelectionFallbackVrf final : public Mox::PtrInterface {
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfSelectionFallbackVrf() override;
 
-  /// Makes `fallback` the fallback VRF of `vrf`.
+  /// Sets the fallback VRF of `vrf`.
   void fallbackVrfIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
-  /// Removes the entry of `vrf` and gives what it held; the empty name when there was none.
+  /// Removes the entry of `vrf` and returns its fallback VRF; the empty name if there was none.
   L3::VrfName fallbackVrfDel(const L3::VrfName& vrf);
   void fallbackVrfDelAll();
-  /// The fallback VRF of `vrf`, the empty name when it has none.
+  /// The fallback VRF of `vrf`; the empty name if it has none.
   [[nodiscard]] L3::VrfName fallbackVrf(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] bool fallbackVrfHas(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] const FallbackVrfs& fallbackVrf() const noexcept { return fallbackVrf_.map(); }
 
-  /// Subscribing does not change the configuration, so it is open to those who may only read.
+  /// Subscribing does not change the configuration, so it needs no write access.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:

@@ -5,7 +5,7 @@
 
 namespace Zel {
 
-/// The next hops that the forwarding layer asks for.
+/// The next hops that the forwarding layer requests.
 class ZEL_EXPORT NexthopConfig final : public Mox::NamedEntity<NexthopConfig> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopConfig"};

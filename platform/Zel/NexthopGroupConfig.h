@@ -5,7 +5,7 @@
 
 namespace Zel {
 
-/// The next-hop groups that the forwarding layer asks for.
+/// The next-hop groups that the forwarding layer requests.
 class ZEL_EXPORT NexthopGroupConfig final : public Mox::NamedEntity<NexthopGroupConfig> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopGroupConfig"};

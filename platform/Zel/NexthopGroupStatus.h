@@ -5,7 +5,7 @@
 
 namespace Zel {
 
-/// What became of the next-hop groups that the forwarding layer asked for.
+/// The status of the requested next-hop groups.
 class ZEL_EXPORT NexthopGroupStatus final : public Mox::NamedEntity<NexthopGroupStatus> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopGroupStatus"};

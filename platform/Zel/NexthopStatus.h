@@ -5,7 +5,7 @@
 
 namespace Zel {
 
-/// What became of the next hops that the forwarding layer asked for.
+/// The status of the requested next hops.
 class ZEL_EXPORT NexthopStatus final : public Mox::NamedEntity<NexthopStatus> {
  public:
   static constexpr Mox::Type moxType{"Zel::NexthopStatus"};

@@ -5,7 +5,7 @@
 
 namespace Zel {
 
-/// Base of the helpers by which the forwarding layer reaches the layer of a chip.
+/// Base of the helpers through which the forwarding layer calls a chip.
 class ZEL_EXPORT ZelBaseHelper : public Mox::Entity {
  public:
   /// The helper's name.

@@ -5,7 +5,7 @@
 
 namespace Zel {
 
-/// What the state machines of the forwarding layer share.
+/// The data that the state machines of the forwarding layer share.
 class ZEL_EXPORT ZelCommonSmData final : public Mox::NamedEntity<ZelCommonSmData> {
  public:
   static constexpr Mox::Type moxType{"Zel::ZelCommonSmData"};

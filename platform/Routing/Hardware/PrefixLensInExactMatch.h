@@ -8,8 +8,8 @@
 
 namespace Routing::Hardware {
 
-/// The prefix lengths of one VRF that are held in exact match. Reactors are told of each length
-/// that enters or leaves the set.
+/// The prefix lengths of one VRF that are in exact match. Reactors are notified of each length that
+/// is added or removed.
 class ZEL_EXPORT PrefixLensInExactMatch final : public Mox::PtrInterface {
  public:
   static const Mox::Type moxType;
@@ -26,15 +26,15 @@ class ZEL_EXPORT PrefixLensInExactMatch final : public Mox::PtrInterface {
   ~PrefixLensInExactMatch() override;
 
   [[nodiscard]] const Velo::String& name() const noexcept { return name_; }
-  /// Adds a length. Throws `Mox::RangeException` when it is above `longest`.
+  /// Adds a length. Throws `Mox::RangeException` if it is above `longest`.
   void prefixLenIs(unsigned char length);
-  /// Removes a length; true when it was there.
+  /// Removes a length. Returns whether it was present.
   bool prefixLenDel(unsigned char length);
   /// Removes every length.
   void prefixLenDelAll();
   [[nodiscard]] bool prefixLenHas(unsigned char length) const noexcept;
   [[nodiscard]] unsigned prefixLens() const noexcept;
-  /// All of them, a bit for each length.
+  /// All lengths, with a bit for each.
   [[nodiscard]] const std::bitset<longest + 1>& lengths() const noexcept { return lengths_; }
 
  private:

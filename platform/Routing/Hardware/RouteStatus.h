@@ -5,7 +5,7 @@
 
 namespace Routing::Hardware {
 
-/// What the hardware knows of the IPv4 routes.
+/// The status of the IPv4 routes in the hardware.
 class ZEL_EXPORT RouteStatus final : public Routing::Hardware::RouteStatusBase {
  public:
   static constexpr Mox::Type moxType{"Routing::Hardware::RouteStatus"};

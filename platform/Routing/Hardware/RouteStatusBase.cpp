@@ -17,7 +17,7 @@ auto get(const Map& map, const Key& key) noexcept {
   return found == nullptr ? nullptr : *found;
 }
 
-// Puts `entity` under `key`. Returns false when it was there already.
+// Adds `entity` under `key`. Returns false if it was present.
 template <class Map, class Key, class Entity>
 bool put(Map& map, const Key& key, const Entity& entity) {
   const auto [at, inserted] = map.insert(key, entity);

@@ -10,10 +10,10 @@
 
 namespace Routing::Hardware {
 
-/// What the hardware knows of the routes of one address family; common to both families.
+/// The status of the routes of one address family in the hardware; the base for both families.
 ///
-/// Reactors are told of a change of a flag, and with the key of each entry that enters, leaves or
-/// is replaced in a collection.
+/// Reactors are notified of a change of a flag, and of each entry that is added, removed or
+/// replaced in a collection, with its key.
 class ZEL_EXPORT RouteStatusBase : public Mox::PtrInterface {
  public:
   static constexpr Mox::AttributeId prefixLensAttribute = 259;
@@ -27,22 +27,24 @@ class ZEL_EXPORT RouteStatusBase : public Mox::PtrInterface {
   [[nodiscard]] Velo::NotifieeListDescriptor notifieeList() const override;
   ~RouteStatusBase() override;
 
-  /// The status of that VRF, made if there is none.
+  /// Returns the status of that VRF, and creates it if there is none.
   Mox::Ptr<VrfStatus> vrfStatusIs(const L3::VrfName& name);
-  /// Puts `status` under its name, in place of any other. Throws `Mox::NullArgumentException`.
+  /// Adds `status` under its name, or replaces the present one. Throws `Mox::NullArgumentException`
+  /// for null.
   void vrfStatusIs(const Mox::Ptr<VrfStatus>& status);
-  /// Takes the status out and gives it; null when there was none.
+  /// Removes the status and returns it; null if there was none.
   Mox::Ptr<VrfStatus> vrfStatusDel(const L3::VrfName& name);
   void vrfStatusDelAll();
   /// The status of that VRF, or null.
   [[nodiscard]] Mox::Ptr<VrfStatus> vrfStatus(const L3::VrfName& name) const noexcept;
   [[nodiscard]] const VrfStatuses& vrfStatus() const noexcept { return vrfStatus_; }
 
-  /// The prefix lengths of the VRF of that name, made empty if there are none.
+  /// Returns the prefix lengths of the VRF of that name, and creates an empty set if there is none.
   Mox::Ptr<PrefixLensInExactMatch> vrfPrefixLensInExactMatchIs(const Velo::String& name);
-  /// Puts `lengths` under their name, in place of any other. Throws `Mox::NullArgumentException`.
+  /// Adds `lengths` under their name, or replaces the present ones. Throws
+  /// `Mox::NullArgumentException` for null.
   void vrfPrefixLensInExactMatchIs(const Mox::Ptr<PrefixLensInExactMatch>& lengths);
-  /// Takes the prefix lengths out and gives them; null when there were none.
+  /// Removes the prefix lengths and returns them; null if there were none.
   Mox::Ptr<PrefixLensInExactMatch> vrfPrefixLensInExactMatchDel(const Velo::String& name);
   void vrfPrefixLensInExactMatchDelAll();
   /// The prefix lengths of the VRF of that name, or null.

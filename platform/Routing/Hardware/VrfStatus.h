@@ -8,7 +8,7 @@
 
 namespace Routing::Hardware {
 
-/// What the hardware knows of one VRF. Reactors are told of a change of `vrfId`.
+/// The status of one VRF in the hardware. Reactors are notified of a change of `vrfId`.
 class ZEL_EXPORT VrfStatus final : public Mox::PtrInterface {
  public:
   static const Mox::Type moxType;
@@ -21,7 +21,7 @@ class ZEL_EXPORT VrfStatus final : public Mox::PtrInterface {
   ~VrfStatus() override;
 
   [[nodiscard]] const L3::VrfName& name() const noexcept { return name_; }
-  /// The hardware VRF id, 0 while none has been assigned.
+  /// The hardware VRF id; 0 while none is assigned.
   [[nodiscard]] std::uint32_t vrfId() const noexcept { return vrfId_; }
   void vrfIdIs(std::uint32_t vrfId);
 

@@ -5,7 +5,7 @@
 
 namespace Routing6::Hardware {
 
-/// What the hardware knows of the IPv6 routes.
+/// The status of the IPv6 routes in the hardware.
 class ZEL_EXPORT RouteStatus final : public Routing::Hardware::RouteStatusBase {
  public:
   static constexpr Mox::Type moxType{"Routing6::Hardware::RouteStatus"};
