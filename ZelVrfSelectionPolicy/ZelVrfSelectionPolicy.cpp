@@ -11,7 +11,8 @@ namespace {
 
 constexpr const char* moduleName = "ZelVrfSelectionPolicy";
 
-// Registers the library's types, and has the defaults that they share made, while it is loaded.
+// Registers the library's types, and creates their shared default values, while the library is
+// loaded.
 class ModuleStart {
  public:
   ModuleStart() { Mox::moxModuleIs({moduleName, typeTable(), platformValueTypes()}); }

@@ -23,7 +23,7 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// What the names of network namespaces begin with.
+/// The prefix of the names of network namespaces.
 ZEL_EXPORT extern const Velo::String namespacePrefix;
 
 }  // namespace ZelVrfSelectionPolicy

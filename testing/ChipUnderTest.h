@@ -18,8 +18,8 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// What a chip reads: the state that a `VrfHelper` is constructed with, empty at first. A test
-/// changes it, and the chip sees it through the references that it was given.
+/// The facts that a chip reads: the arguments of the constructor of `VrfHelper`, empty at first. A
+/// test changes them, and the chip reads them through its references.
 struct ChipFacts {
   Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbacks =
       VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs();
@@ -28,10 +28,10 @@ struct ChipFacts {
       Routing6::Hardware::RouteStatus::RouteStatusIs();
 };
 
-/// A chip as the conformance suite sees it: how to make one, and what it can tell of itself.
+/// The interface of the conformance suite to a chip: it creates the chip and reports its state.
 ///
-/// Derive from it for your chip. Only `makeHelper` must be written. Everything else has a default
-/// with which the suite gets along, and makes its verdicts sharper where the chip can do better:
+/// Derive from it for your chip. Only `makeHelper` must be implemented. The other functions have
+/// defaults. If you override them, the suite checks more precisely:
 ///
 ///     class MyChipUnderTest final : public ChipUnderTest {
 ///      public:
@@ -45,7 +45,7 @@ struct ChipFacts {
 ///       Mox::Ptr<MyChip> chip_;
 ///     };
 ///
-/// Each test makes one of these, calls `makeHelper` once, and destroys it.
+/// Each test creates one object, calls `makeHelper` once, and destroys it.
 class ChipUnderTest {
  public:
   ChipUnderTest() = default;
@@ -53,32 +53,34 @@ class ChipUnderTest {
   ChipUnderTest& operator=(const ChipUnderTest&) = delete;
   virtual ~ChipUnderTest();
 
-  /// A helper that reads `facts`, of a chip without VRF resources. The suite fills the chip again
-  /// and again: make it small, or take away most of its resources here, if filling it takes long.
+  /// Returns a helper that reads `facts`, of a chip without VRF resources in use. The suite fills
+  /// the chip many times: if that takes long, create a small chip, or remove most of its resources
+  /// here.
   [[nodiscard]] virtual Mox::Ptr<VrfHelper> makeHelper(const ChipFacts& facts) = 0;
 
-  /// How many VRF resources are in use at this moment. A chip that does not tell is filled to see
-  /// whether any is missing.
+  /// The number of VRF resources in use. If it is not reported, the suite fills the chip to find
+  /// lost resources.
   [[nodiscard]] virtual std::optional<std::size_t> resourcesInUse() const;
 
-  /// How many actions fit into the chip when it holds none. A chip that does not tell is taken at
-  /// its word.
+  /// The number of actions that fit into the empty chip. If it is not reported, the suite does not
+  /// check it.
   [[nodiscard]] virtual std::optional<std::size_t> capacity() const;
 
-  /// How many creations the suite tries to fill a chip that does not tell its capacity.
+  /// The maximum number of creations to fill a chip that does not report its capacity.
   [[nodiscard]] virtual std::size_t mostCreations() const;
 
-  /// What the resource of `action` is programmed with, in any form that is equal exactly when the
-  /// hardware does the same; nothing when there is no resource. A chip that does not tell is
-  /// compared by its outcomes.
+  /// The programmed contents of the resource of `action`, in any form that is equal exactly when
+  /// the hardware behaves the same; nothing if there is no resource. If it is not reported, the
+  /// suite compares the outcomes.
   [[nodiscard]] virtual std::optional<std::string> programOf(const VrfAction& action) const;
 
-  /// Makes the next creation or update fail, as if the hardware had refused it, and returns that
-  /// it will. A chip that cannot is made to fail by VRFs without a hardware id, and by filling it.
+  /// Makes the next creation or update fail, as if the hardware had refused it, and returns true.
+  /// If it returns false, the suite causes failures by VRFs without a hardware id, and by filling
+  /// the chip.
   [[nodiscard]] virtual bool failNextHook();
 };
 
-/// The parameter of the conformance suite: how to make a chip under test, as often as wanted.
+/// The parameter of the conformance suite: creates chips under test.
 class ChipMaker {
  public:
   using Make = std::function<std::unique_ptr<ChipUnderTest>()>;
@@ -86,7 +88,7 @@ class ChipMaker {
   ChipMaker(std::string name, Make make);
 
   [[nodiscard]] std::unique_ptr<ChipUnderTest> make() const { return make_(); }
-  /// What test runners show of the parameter.
+  /// The name of the parameter in test reports.
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
 
  private:
@@ -97,11 +99,11 @@ class ChipMaker {
 /// Writes the name.
 std::ostream& operator<<(std::ostream& stream, const ChipMaker& maker);
 
-/// The type's name without the scopes that it is in.
+/// The type's name without its namespaces and classes.
 [[nodiscard]] std::string shortTypeName(const std::type_info& type);
 
-/// Makes chips under test of the type `Chip`, each constructed with `arguments`, by which it is
-/// also named: `chipUnderTest<MyChipUnderTest>(8)` is "MyChipUnderTest(8)".
+/// Creates chips under test of the type `Chip`, each constructed with `arguments`. The name
+/// contains them: `chipUnderTest<MyChipUnderTest>(8)` is "MyChipUnderTest(8)".
 template <class Chip, class... Arguments>
 [[nodiscard]] ChipMaker chipUnderTest(Arguments... arguments) {
   std::string name;

@@ -7,15 +7,13 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// One ordered record of everything that a test watches.
+/// An ordered record of the events of a test.
 ///
-/// Hook calls, table changes and trace lines from the recorders of this folder go into one journal,
-/// so that a test can pin their order across boundaries by comparing whole journals. Choose it
-/// where the order matters, or where what must not happen does; to look at one outcome, read the
-/// table.
+/// The recorders of this folder write hook calls, table changes and trace lines into one journal,
+/// so that a test can check their order by comparing journals. Use it where the order matters, or
+/// where a test must show that nothing else happens. To check one outcome, read the table.
 ///
-/// Lines stand in the order in which they were written, and nothing is left out. A journal outlives
-/// the recorders that write into it.
+/// Lines are in the order in which they were written. A journal must outlive its recorders.
 ///
 ///     Journal journal;
 ///     const auto chip = Mox::makePtr<RecordingVrfHelper>(journal);
@@ -28,7 +26,7 @@ class Journal {
   void write(std::string_view line) { lines_.emplace_back(line); }
 
   [[nodiscard]] const std::vector<std::string>& lines() const noexcept { return lines_; }
-  /// Gives the lines so far and begins anew.
+  /// Returns the lines and clears the journal.
   [[nodiscard]] std::vector<std::string> take() { return std::exchange(lines_, {}); }
 
  private:

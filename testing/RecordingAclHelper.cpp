@@ -14,7 +14,7 @@ std::ptrdiff_t offset(std::size_t place) noexcept {
 
 }  // namespace
 
-// The time of a call in which no other may come.
+// Marks the duration of a call, in which there may be no other call.
 class RecordingAclHelper::Call {
  public:
   explicit Call(RecordingAclHelper& helper) noexcept : helper_(helper) { helper_.isInCall_ = true; }

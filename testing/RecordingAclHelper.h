@@ -11,18 +11,16 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// Classification hardware that holds its lists of rules in memory, for tests of whatever programs
-/// rules.
+/// Classification hardware in memory, for tests of code that programs rules.
 ///
-/// Each call that changes something is written down, as "addRule INTF PLACE RULE",
-/// "removeRule INTF PLACE RULE" or "moveRule INTF FROM TO RULE", with rules as `shown` has them.
-/// Choose it to see how few calls bring the hardware from one policy to another, and that an
-/// interface's list is right at each step; to classify packets choose the software chip.
+/// Each call that changes a list is written to the journal, as "addRule INTF PLACE RULE",
+/// "removeRule INTF PLACE RULE" or "moveRule INTF FROM TO RULE", with rules in the form of `shown`.
+/// Use it to check the calls that change one policy into another, and the lists after each call. To
+/// classify packets use the software chip.
 ///
-/// It holds its callers to what `PolicyMapAclHelper` promises to implementers: places that are
-/// there, and no call from inside another. A caller who breaks that gets a `std::logic_error` which
-/// says how, and the journal gets the same line, so that it shows even where the error is caught.
-/// The lists are then as before.
+/// It checks the guarantees of `PolicyMapAclHelper` for implementers: valid places, and no call
+/// during another one. A violation throws `std::logic_error`, and the journal gets the same line,
+/// so that the test fails also if the exception is caught. The lists are then unchanged.
 ///
 ///     const auto hardware = Mox::makePtr<RecordingAclHelper>(journal);
 ///     hardware->capacity = 2;  // the third rule is refused
@@ -47,14 +45,13 @@ class RecordingAclHelper final : public PolicyMap::PolicyMapAclHelper {
   [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
   [[nodiscard]] std::vector<Velo::String> intfs() const override;
 
-  /// What `rules` gives to a caller, for a test that looks from inside a call.
+  /// As `rules`, without the check for nested calls, for tests that read the lists during a call.
   [[nodiscard]] const Rules& held(const Velo::String& intf) const;
 
-  /// How many rules there is room for, on all interfaces together. What is over is refused.
+  /// The maximum number of rules on all interfaces together. Further rules are refused.
   std::size_t capacity = std::numeric_limits<std::size_t>::max();
-  /// What is done from inside a call, after it has been written down and before the list changes:
-  /// whether a rule is accepted that there is room for, or any work. What they throw leaves the
-  /// list as before. Empty for nothing, accepted.
+  /// Called during a call, after it was written to the journal and before the list changes. `onAdd`
+  /// returns whether the rule is accepted. If one throws, the list is unchanged. May be empty.
   Outcome onAdd;
   Work onRemove;
   Work onMove;

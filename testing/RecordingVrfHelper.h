@@ -7,16 +7,15 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// A chip that does nothing but write down what it is asked, for tests of an agent or of the
-/// library.
+/// A chip that only records its hook calls, for tests of an agent or of the library.
 ///
-/// The lines are "createVrf ACTION", "updateVrf ACTION", "deleteVrf ACTION", with actions as
-/// `shown` has them. Each hook reports success unless told otherwise, and may be given work to do
-/// from inside the call: fail, change a table, drop the machine that called. Choose it to see what
-/// is asked of a chip; to see what becomes of packets choose the software chip.
+/// The lines are "createVrf ACTION", "updateVrf ACTION", "deleteVrf ACTION", with actions in the
+/// form of `shown`. Each hook reports success by default. A test can set a function that runs
+/// during the call: to fail, to change a table, to release the calling machine. Use it to check the
+/// hook calls. To classify packets use the software chip.
 ///
-/// A hook's line is written before its work is done, so what the work causes stands below it. What
-/// the work throws passes through to the caller. It holds no resources and is never exhausted.
+/// The line of a hook call is written before the function runs. An exception of the function is
+/// passed to the caller. The chip has no resources and is never exhausted.
 ///
 ///     const auto chip = Mox::makePtr<RecordingVrfHelper>(journal);
 ///     chip->onCreate = [](const VrfAction&) {
@@ -42,7 +41,7 @@ class RecordingVrfHelper final : public VrfHelper {
   HwStatus updateVrf(const VrfAction& action) override;
   void deleteVrf(const VrfAction& action) override;
 
-  /// What the hooks do and return after they have been written down; empty for nothing, success.
+  /// Called by the hooks after the line is written. May be empty; the outcome is then success.
   Outcome onCreate;
   Outcome onUpdate;
   Work onDelete;

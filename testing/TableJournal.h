@@ -7,16 +7,16 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// Writes every notice of both tables into a journal, while it lives.
+/// Writes every notification of both tables into a journal.
 ///
 /// The lines are "vrfRefCount ACTION = COUNT", "hwStatus ACTION = STATUS", or "... gone", with
-/// actions and statuses as `shown` has them, and with the state at the moment of the notice: where
-/// a subscriber in front changed the entry again, the line shows that. Choose it where it matters
-/// when a table changed, or how often; for what is in it, read the table.
+/// actions and statuses in the form of `shown`. They show the state at the time of the
+/// notification, also if an earlier subscriber has changed the entry again. Use it to check when or
+/// how often a table changed. To check the contents, read the table.
 ///
-/// It subscribes at construction, so its place among the subscribers is the caller's choice: made
-/// before the state machine, it writes a change above what the machine makes of it. It holds the
-/// tables, and changes nothing.
+/// The constructor subscribes. If the object is created before the state machine, a change is
+/// written before the lines that the machine causes. It holds references to the tables, and changes
+/// nothing.
 ///
 ///     const TableJournal tables(journal, users, statuses);
 ///     users->vrfRefCountInc(red, 1);  // "vrfRefCount red = 1", ...

@@ -7,20 +7,18 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// Sends the text trace into a journal instead of stderr, as whole lines, while it lives.
+/// Writes the lines of the text trace into a journal instead of stderr during its lifetime.
 ///
-/// Choose it to pin what operators read, and where among calls and changes it is said. The ring of
-/// the process, which holds messages of every level whether they are captured or not, is read by
-/// `Blinklog::ring().dump()`.
+/// Use it to check the trace that operators read, and its order among calls and changes. The ring
+/// of the process, which holds messages of every level, is read by `Blinklog::ring().dump()`.
 ///
-/// The sink that there was before comes back at destruction, so captures nest; the levels stay as
-/// they were set. The trace belongs to the process: what other objects trace meanwhile is captured,
-/// too.
+/// The destructor restores the previous sink, so captures nest. It does not restore the levels. The
+/// trace is process-wide: the trace of other objects is captured, too.
 ///
 ///     const TraceCapture trace(journal, "ZelVrfSelection=5");
 class TraceCapture {
  public:
-  /// `levels` as `Mox::traceLevelsIs` takes them. `journal` must outlive this.
+  /// `levels` is the argument of `Mox::traceLevelsIs`. `journal` must outlive this.
   explicit TraceCapture(Journal& journal, std::string_view levels = "ZelVrfSelection=*")
       : before_(Mox::traceSinkIs([&journal](std::string_view line) { journal.write(line); })) {
     Mox::traceLevelsIs(levels);

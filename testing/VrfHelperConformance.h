@@ -12,20 +12,19 @@ namespace Conformance {
 class Bench;
 }
 
-/// Tells the author of a chip whether its `VrfHelper` keeps the contract that stands at that class.
+/// Tests whether the `VrfHelper` of a chip keeps the contract in the comment of that class.
 ///
-/// The tests are in the kit. One statement in a test of yours runs them on your chip:
+/// One statement in a test program runs the tests on a chip:
 ///
 ///     INSTANTIATE_TEST_SUITE_P(MyChip, VrfHelperConformance,
 ///                              ::testing::Values(chipUnderTest<MyChipUnderTest>()));
 ///
-/// Give it several chips to test several sizes or settings. The tests call the hooks themselves, in
-/// the orders that the contract allows, and let the library's own `VrfSm` call them. They look at
-/// what a chip reports and at what it holds, never at how it does it, and a failure quotes the
-/// contract. How long hooks take is printed and recorded as properties of each test, and is never
-/// the reason that one fails.
+/// Pass several chips to test several sizes or settings. The tests call the hooks in the orders
+/// that the contract allows, directly and by the library's `VrfSm`. They check the outcomes and the
+/// resources of a chip. A failure quotes the contract. The times of the hooks are printed and
+/// recorded as properties of each test; no test fails because of them.
 ///
-/// What the suite cannot see is whether packets go the right way.
+/// The suite does not test the forwarding of packets.
 class VrfHelperConformance : public ::testing::TestWithParam<ChipMaker> {
  protected:
   VrfHelperConformance();

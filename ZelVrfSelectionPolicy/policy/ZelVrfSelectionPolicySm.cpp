@@ -12,9 +12,9 @@ using TrafficPolicy::ZelTrafficPolicySm;
 const Duolog::Message policySmReady =
     message(7, 302, "handlePolicySmReady", {"handlePolicySmReady"});
 
-// Pauses the present state machine while its successor is built, since both program the same rules.
-// It stays subscribed, so that it can go on whatever the successor failed for; unless it was
-// replaced or removed meanwhile, which silences it for good.
+// Pauses the present state machine while its successor is created, since both program the same
+// rules. It stays subscribed, so that it can continue if the creation fails, unless it was replaced
+// or removed meanwhile.
 class PauseScope {
  public:
   explicit PauseScope(const Mox::Ptr<ZelTrafficPolicySm>& present)
@@ -24,8 +24,8 @@ class PauseScope {
   PauseScope(const PauseScope&) = delete;
   PauseScope& operator=(const PauseScope&) = delete;
   ~PauseScope() { end(); }
-  // It programs what is configured, which may fail as the construction of its successor has. Then
-  // its next change mends that.
+  // Programs the present configuration. If that throws, as the creation of the successor did, the
+  // next change of the configuration programs it again.
   void end() noexcept {
     try {
       if (sm_) sm_->pausedIs(false);
@@ -170,7 +170,8 @@ Mox::Ptr<ZelTrafficPolicySm> ZelVrfSelectionPolicySm::policySmIs(
   PauseScope pause(policySm_);
   Mox::Ptr<ZelTrafficPolicySm> created =
       ZelTrafficPolicySm::ZelTrafficPolicySmIs(wanted, allowL2Intf);
-  Mox::Ptr<ZelTrafficPolicySm> replaced = policySmDel();  // unless bound meanwhile, the old one
+  Mox::Ptr<ZelTrafficPolicySm> replaced =
+      policySmDel();  // the old one, unless one was installed meanwhile
   pause.end();
   policySm_ = created;
   replaced = nullptr;
@@ -203,7 +204,7 @@ Mox::Ptr<VrfSm> ZelVrfSelectionPolicySm::vrfSmIs(
   const Mox::Ptr<ZelVrfSelectionPolicySm> alive(this);
   Mox::Ptr<VrfSm> created = VrfSm::VrfSmIs(vrfHwConfig, vrfHwStatus, vrfHelper, vrfFallbackConfig,
                                            routingHwRouteStatus, routing6HwRouteStatus);
-  Mox::Ptr<VrfSm> replaced = vrfSmDel();  // unless one was installed meanwhile, the old one
+  Mox::Ptr<VrfSm> replaced = vrfSmDel();  // the old one, unless one was installed meanwhile
   vrfSm_ = created;
   replaced = nullptr;
   if (vrfSm_ == created) created->hasNotificationActiveIs(true);

@@ -12,21 +12,20 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The library's top object, the one that the agent creates.
+/// The library's top object. The agent creates it.
 ///
-/// It holds the inputs that both halves of the feature share, and owns the two state machines that
-/// do the work: the platform's traffic-policy state machine, which compiles policies into
-/// classification hardware, and `VrfSm`, which manages the hardware VRF resources that they use.
-/// It makes neither by itself: the agent installs each, in either order, and removes it again.
-/// Destruction ends the traffic-policy machine first, so that no policy change reaches a
-/// half-destroyed `VrfSm`.
+/// It holds the inputs that both parts of the feature share, and owns two state machines: the
+/// platform's traffic-policy state machine, which programs policies into classification hardware,
+/// and `VrfSm`, which manages the hardware VRF resources that the policies use. The agent installs
+/// and removes each of them, in any order. The destructor ends the traffic-policy state machine
+/// first, so that no policy change reaches a partly destroyed `VrfSm`.
 class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
                                            public Quarry::SlabAllocated<ZelVrfSelectionPolicySm> {
  public:
   static constexpr const char* typeName = "ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm";
   static const Mox::Type moxType;
 
-  /// Use `ZelVrfSelectionPolicySmIs`, or derive. Reads nothing from the inputs.
+  /// Use `ZelVrfSelectionPolicySmIs`, or derive. The constructor does not read the inputs.
   ZelVrfSelectionPolicySm(const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
                           const Mox::Ptr<PolicySmMounts>& policySmMounts,
                           const Mox::Ptr<VrfHelper>& vrfHelper,
@@ -34,14 +33,14 @@ class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
                           const VrfSm::RouteStatusPtr& routingHwRouteStatus,
                           const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus) noexcept;
 
-  /// Observes the readiness of `policySm` or not, and passes the word on to `vrfSm`. The
-  /// notifications of `policySm` itself are not switched.
+  /// Switches the subscription to the readiness of `policySm`, and the notifications of `vrfSm`.
+  /// Does not switch the notifications of `policySm`.
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~ZelVrfSelectionPolicySm() override;
   virtual void moxDoZombieReactors(bool zombie);
-  /// The traffic-policy state machine was installed, or its readiness changed. Does nothing but
-  /// trace; override it to act.
+  /// Called when the traffic-policy state machine was installed, or its readiness changed. It only
+  /// traces; override it to act.
   virtual void handlePolicySmReady();
 
   /// A new object without state machines, with its notifications on.
@@ -52,7 +51,7 @@ class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
       const VrfSm::RouteStatusPtr& routingHwRouteStatus,
       const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
 
-  // What it was built with.
+  /// The constructor arguments.
   [[nodiscard]] const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper() const noexcept {
     return policyHelper_;
   }
@@ -70,14 +69,15 @@ class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
     return routing6HwRouteStatus_;
   }
 
-  /// The traffic-policy state machine, null when none is installed.
+  /// The traffic-policy state machine; null if none is installed.
   [[nodiscard]] const Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm>& policySm() const noexcept {
     return policySm_;
   }
-  /// The traffic-policy state machine on these very objects and flags: the present one if it was
-  /// built with them, otherwise a new one, complete before the old one, which is silenced, is
-  /// released. `allowL2Intf` is applied to the present machine in place. What the construction
-  /// throws passes through; the old machine then goes on, and its readiness is no longer observed.
+  /// Returns the traffic-policy state machine for these objects and flags. That is the present one
+  /// if it was created with them; `allowL2Intf` is then set on it. Otherwise it is a new one: it is
+  /// complete before the notifications of the old one are switched off and the old one is released.
+  /// An exception of the construction is passed to the caller. The old machine then continues, but
+  /// its readiness is no longer followed.
   Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmIs(
       const Mox::Ptr<PolicyMap::IntfConfig const>& intfConfig,
       const Mox::Ptr<PolicyMap::PolicyMapTypeConfig const>& policyConfig,
@@ -104,23 +104,24 @@ class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
       const Mox::Ptr<Mox::Dir const>& bgpNeighborConfigDir, bool expandAllRulesByVrf,
       bool permitFragment, bool expandNeighborsWhenNonPresent,
       const Mox::Ptr<TrafficPolicy::HwStatus const>& trafficPolicyHwStatus);
-  /// Takes the traffic-policy state machine out, silenced; null when there was none. It is
-  /// destroyed when the last reference goes.
+  /// Removes the traffic-policy state machine, switches off its notifications and returns it; null
+  /// if there was none. It is destroyed when its last reference is released.
   Mox::Ptr<TrafficPolicy::ZelTrafficPolicySm> policySmDel();
 
-  /// The VRF state machine, null when none is installed.
+  /// The VRF state machine; null if none is installed.
   [[nodiscard]] const Mox::Ptr<VrfSm>& vrfSm() const noexcept { return vrfSm_; }
-  /// The VRF state machine on these very objects: the present one if it was built with them,
-  /// otherwise a new one, complete before the old one, which is silenced, is released. Hardware
-  /// resources and statuses stay. What its construction throws passes through; the old one is then
-  /// kept as it was.
+  /// Returns the VRF state machine for these objects. That is the present one if it was created
+  /// with them. Otherwise it is a new one: it is complete before the notifications of the old one
+  /// are switched off and the old one is released. Hardware resources and statuses stay. An
+  /// exception of the construction is passed to the caller; the old machine is then unchanged.
   Mox::Ptr<VrfSm> vrfSmIs(const Mox::Ptr<VrfHwConfig>& vrfHwConfig,
                           const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
                           const Mox::Ptr<VrfHelper>& vrfHelper,
                           const VrfSm::FallbackConfigPtr& vrfFallbackConfig,
                           const VrfSm::RouteStatusPtr& routingHwRouteStatus,
                           const VrfSm::RouteStatus6Ptr& routing6HwRouteStatus);
-  /// Takes the VRF state machine out, silenced; null when there was none.
+  /// Removes the VRF state machine, switches off its notifications and returns it; null if there
+  /// was none.
   Mox::Ptr<VrfSm> vrfSmDel();
 
  private:
@@ -128,7 +129,7 @@ class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
                                           short attributeId, const void* key, const void* value);
   ZEL_HIDDEN void policySmSubscriptionIs(bool subscribed);
 
-  // In the order of declaration that destruction reverses.
+  // Destroyed in reverse order of declaration.
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> policyHelper_;
   Mox::Ptr<PolicySmMounts> policySmMounts_;
   Mox::Ptr<VrfHelper> vrfHelper_;
@@ -140,7 +141,7 @@ class ZEL_EXPORT ZelVrfSelectionPolicySm : public Mox::PtrInterface,
   Velo::MemberSubscriber<ZelVrfSelectionPolicySm> policySmSubscriber_;
 };
 
-/// A new top object, as `ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs` makes it.
+/// Calls `ZelVrfSelectionPolicySm::ZelVrfSelectionPolicySmIs`.
 [[nodiscard]] ZEL_EXPORT Mox::Ptr<ZelVrfSelectionPolicySm> zelVrfSelectionPolicySmFactory(
     const Mox::Ptr<PolicyMap::PolicyMapAclHelper>& policyHelper,
     const Mox::Ptr<PolicySmMounts>& policySmMounts, const Mox::Ptr<VrfHelper>& vrfHelper,

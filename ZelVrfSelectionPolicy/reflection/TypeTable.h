@@ -6,11 +6,11 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The entries of the library's types. Each stands in a source of this folder, as a table of what
-/// can be done with the type by name and number; nothing else describes its attributes.
+/// The entries of the library's types. Each is defined in a source of this folder, with the table
+/// of the type's operations by name and number. Only that table describes its attributes.
 [[nodiscard]] std::span<const Mox::Type* const> typeTable() noexcept;
 
-/// The platform's value types that attributes of the library have.
+/// The value types of the platform that attributes of the library use.
 [[nodiscard]] std::span<const Mox::Type* const> platformValueTypes() noexcept;
 
 }  // namespace ZelVrfSelectionPolicy

@@ -6,7 +6,7 @@ namespace {
 
 using Sm = VrfSm::VrfInstanceSm;
 
-// The machine points back to its owner without a count.
+// The machine has a plain pointer to its owner.
 Mox::Ptr<VrfSm> owner(const Sm& instance) {
   return Mox::Ptr<VrfSm>(instance.vrfSm());
 }

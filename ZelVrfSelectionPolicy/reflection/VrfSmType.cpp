@@ -10,8 +10,8 @@ using Sm = VrfSm;
 using PrefixLensSms = Sm::PrefixLensSms<Sm::NestedSm_VrfPrefixLensInExactMatch>;
 using PrefixLensSmsV6 = Sm::PrefixLensSms<Sm::NestedSm_VrfPrefixLensInExactMatchV6>;
 
-// What the machine made for itself is looked at, not changed: `vrfInstance` and `moxVrfInstance`
-// are two views of one store. The fallback VRFs that it has handled are data, and may be.
+// The nested machines are read-only. `vrfInstance` and `moxVrfInstance` are two views of the same
+// collection. The handled fallback VRFs are data, which may be changed.
 constexpr Mox::Attribute attributes[] = {
     {130, "vrfHwConfig", Mox::reference<&Sm::vrfHwConfig>()},
     {131, "vrfHwStatus", Mox::reference<&Sm::vrfHwStatus>()},

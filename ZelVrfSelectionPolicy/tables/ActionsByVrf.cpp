@@ -6,7 +6,7 @@
 namespace ZelVrfSelectionPolicy {
 namespace {
 
-// An empty list keeps room for so many places.
+// Maximum capacity that an empty list keeps.
 constexpr std::size_t mostKept = 16;
 
 using Names = std::array<const L3::VrfName*, 3>;
@@ -15,7 +15,7 @@ Names namesOf(const VrfAction& action) noexcept {
   return {&action.vrfName(), &action.fallbackVrfName(), &action.postDecapVrfName()};
 }
 
-// Whether no earlier field has the name of `field`.
+// Whether `field` is the first field with its name.
 bool isFirstWithName(const Names& names, unsigned field) noexcept {
   return std::none_of(names.begin(), names.begin() + field,
                       [&](const L3::VrfName* earlier) { return *earlier == *names[field]; });
@@ -64,7 +64,7 @@ void ActionsByVrf::unlink(Place place, const L3::VrfName& name) noexcept {
   tidy(list);
 }
 
-// Does what has to wait while a walk is on the list.
+// Removes holes, unless there is a walk over the list.
 void ActionsByVrf::tidy(List& list) noexcept {
   if (list.walks != 0) return;
   while (!list.places.empty() && list.places.back() == none)

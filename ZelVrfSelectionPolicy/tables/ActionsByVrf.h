@@ -9,20 +9,20 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Which entries of a table keyed by actions name a given VRF, in whichever field.
+/// The entries of a table with actions as keys that name a given VRF in any field.
 ///
-/// A change of a VRF must cost what the actions that name it cost, not what the table holds; so
-/// there is a list, in one piece, of the entries that name one VRF. An entry is known by its
-/// position in the table. It has three places, one for each name of its action, and is in the list
-/// of each distinct name once: a name that an earlier field has already does not use its place. The
-/// empty name is a name like any other. The lists change on insertion and deletion of entries only,
-/// and are found by the number of the name.
+/// The cost of a VRF change must depend on the actions that name the VRF, not on the size of the
+/// table. So each name has a contiguous list of the entries that name it. An entry is identified by
+/// its position in the table. It has three places, one for each name of its action, and is in the
+/// list of each distinct name once: a repeated name uses only the place of its first field. The
+/// empty name has a list, too. The lists change only on insertion and deletion of entries. The
+/// number of a name is the index of its list.
 ///
-/// A list grows at its end. What leaves it leaves a hole; holes at the end go at once, and others
-/// when they are half of the list. While a walk is on a list it keeps its holes, so a walk, which
-/// goes from the end to the front, survives whatever happens to the table meanwhile: it visits
-/// every entry that was there at its start and is there at its turn, exactly once, and none that
-/// came later. The order is that of insertion, the latest first.
+/// An entry is appended at the end of a list. A removed entry leaves a hole. Holes at the end are
+/// removed at once, others when they are half of the list. During a walk the list keeps its holes.
+/// A walk goes from the end to the front, so the table may change during it: it visits exactly once
+/// every entry that was present at its start and is not removed before its turn, and no later
+/// entry. The order is that of insertion, the latest first.
 class ActionsByVrf {
  public:
   using Position = std::uint32_t;
@@ -32,9 +32,9 @@ class ActionsByVrf {
   ActionsByVrf(const ActionsByVrf&) = delete;
   ActionsByVrf& operator=(const ActionsByVrf&) = delete;
 
-  /// Enters the entry at `at`, whose key is `action`.
+  /// Adds the entry at `at`, whose key is `action`.
   void insert(Position at, const VrfAction& action);
-  /// Takes out the entry at `at`, which was entered with `action`.
+  /// Removes the entry at `at`, which was added with `action`.
   void erase(Position at, const VrfAction& action) noexcept;
   void clear() noexcept;
 
@@ -45,7 +45,7 @@ class ActionsByVrf {
   using Place = std::uint32_t;
   struct List {
     std::vector<Place> places;  // `none` is a hole
-    std::uint32_t entries = 0;  // in it, holes aside
+    std::uint32_t entries = 0;  // number of places that are not holes
     std::uint32_t walks = 0;
   };
 
@@ -67,19 +67,19 @@ class ActionsByVrf {
       actions_.tidy(*list_);
     }
 
-    /// The next entry, `none` at the end.
+    /// The next entry; `none` at the end.
     [[nodiscard]] Position next() noexcept {
       while (at_ != 0) {
         if (const Place place = list_->places[--at_]; place != none) return place / fields;
       }
       return none;
     }
-    /// Whether the entry that `next` returned last has not been taken out since.
+    /// Whether the entry that `next` returned last is still in the list.
     [[nodiscard]] bool isThere() const noexcept { return list_->places[at_] != none; }
 
    private:
     ActionsByVrf& actions_;
-    List* list_ = nullptr;  // unless somebody has named the VRF
+    List* list_ = nullptr;  // null if no action has named the VRF
     std::size_t at_ = 0;
   };
 
@@ -90,9 +90,9 @@ class ActionsByVrf {
   void tidy(List& list) noexcept;
   void closeHoles(List& list) noexcept;
 
-  // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. A name's number
-  // passes to another name only when no entry has it, so that its list has nothing but holes.
-  std::deque<List> lists_;  // by the numbers of names; a walk points into it
+  // Invariant: place p of an entry is at `indexInList_[p]` of the list of its name. The number of a
+  // name is reused only if no entry has the name, so its list has only holes then.
+  std::deque<List> lists_;  // by the numbers of names; walks point to its elements
   std::vector<std::uint32_t> indexInList_;
 };
 

@@ -5,9 +5,9 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// A walk over the actions of a status table that name a VRF in any field. It looks at no others,
-/// and survives any change of the table, which must outlive it. See `ActionsByVrf` for what it
-/// visits.
+/// A walk over the actions of a status table that name a VRF in any field. It reads no other
+/// entries. The table may change during the walk, and must outlive it. See `ActionsByVrf` for the
+/// visited entries.
 ///
 ///     VrfHwStatus::ActionsNaming actions(statuses, "red");
 ///     while (actions.advance()) actions.hwStatusIs(outcomeOf(actions.action()));
@@ -16,16 +16,16 @@ class VrfHwStatus::ActionsNaming {
   ActionsNaming(VrfHwStatus& statuses, const L3::VrfName& vrfName) noexcept
       : statuses_(statuses), pin_(statuses.hwStatus_), walk_(*statuses.actionsByVrf_, vrfName) {}
 
-  /// Goes on to the next action; false at the end.
+  /// Advances to the next action. Returns false at the end.
   [[nodiscard]] bool advance() noexcept {
     at_ = walk_.next();
     if (at_ == HwStatuses::none) return false;
     action_ = &statuses_.hwStatus_.key(at_);
     return true;
   }
-  /// The action that it stands on, valid as long as the walk, whatever becomes of its entry.
+  /// The present action. The reference is valid during the walk, also if the entry is removed.
   [[nodiscard]] const VrfAction& action() const noexcept { return *action_; }
-  /// Stores `status` for it, unless its entry has been removed meanwhile. As
+  /// Stores `status` for the present action, unless its entry was removed. As
   /// `VrfHwStatus::hwStatusIs`, without a search.
   void hwStatusIs(const HwStatus& status) {
     if (walk_.isThere()) statuses_.presentIs(at_, status);

@@ -8,10 +8,10 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The VRFs that fall back to one VRF.
+/// The VRFs that have one VRF as their fallback VRF.
 ///
-/// The VRF state machine keeps one for each VRF that others fall back to, so that a change of that
-/// VRF reaches them. Nobody is told of a change.
+/// The VRF state machine keeps one for each VRF that is a fallback VRF, so that it can update the
+/// dependents of a changed VRF. A change of the set is not published.
 class ZEL_EXPORT DependentVrfInfo final : public Mox::PtrInterface,
                                           public Quarry::SlabAllocated<DependentVrfInfo> {
  public:
@@ -27,17 +27,17 @@ class ZEL_EXPORT DependentVrfInfo final : public Mox::PtrInterface,
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~DependentVrfInfo() override;
 
-  /// The VRF that the others depend on.
+  /// The fallback VRF of the dependents.
   [[nodiscard]] const L3::VrfName& fallbackVrf() const noexcept { return fallbackVrf_; }
 
-  /// Adds a dependent; nothing if it is there.
+  /// Adds a dependent unless it is present.
   void dependentVrfsIs(const L3::VrfName& vrfName);
-  /// Removes a dependent; true when it was there.
+  /// Removes a dependent. Returns whether it was present.
   bool dependentVrfsDel(const L3::VrfName& vrfName);
   void dependentVrfsDelAll() noexcept;
   /// Whether `vrfName` is a dependent.
   [[nodiscard]] bool dependentVrfs(const L3::VrfName& vrfName) const noexcept;
-  /// The whole set, to look at and walk over.
+  /// The set, for reading and iteration.
   [[nodiscard]] const DependentVrfs& dependentVrfs() const noexcept { return dependentVrfs_; }
 
  private:

@@ -16,11 +16,11 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The platform's state that the traffic-policy side works on, in one bag.
+/// References to the platform objects that the traffic-policy part uses.
 ///
-/// The agent fills it and hands it to the policy state machine. Every reference starts empty, can
-/// be read, and can be replaced: the new object is held before the old one is let go. Replacing
-/// one is not announced to anybody.
+/// The agent sets the references and passes the object to the policy state machine. Every reference
+/// is null at first, and can be read and replaced. The new object is acquired before the old one is
+/// released. A replacement is not published.
 ///
 ///     Mox::Ptr<PolicySmMounts> mounts = policySmMountsFactory();
 ///     mounts->aclConfigIs(aclConfig);

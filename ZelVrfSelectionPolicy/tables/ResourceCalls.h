@@ -5,25 +5,25 @@
 
 namespace ZelVrfSelectionPolicy {
 
-// What the state machines on the same two tables know of one another's work. It belongs to the
-// tables, so that one change leads to one creation or deletion, whichever machine makes the call.
+// State that all state machines on the same two tables share. It is in the tables, so that one
+// change causes one creation or deletion, by one of the machines.
 
-/// A change of a count that subscribers are being notified of.
+/// A change of a count whose notification is in progress.
 struct VrfHwConfig::Change {
   const VrfAction& action;
-  /// A subscriber has deleted the action's resource since. The others find that done.
+  /// Whether a subscriber has deleted the resource of the action during the notification.
   bool resourceEnded = false;
 };
 
-/// A call of a hook for one action that is under way.
+/// An active hook call for one action.
 struct VrfHwStatus::ResourceCall {
   enum class Kind { creation, update, deletion };
 
   const VrfAction& action;
   Kind kind;
-  /// During a creation: the count changed. Whoever makes the call handles that afterwards.
+  /// During a creation: whether the count changed. The caller handles that afterwards.
   bool countChanged = false;
-  /// During an update: the action lost its entry, even if it has one again.
+  /// During an update: whether the entry of the action was removed, also if it was added again.
   bool entryRemoved = false;
 };
 

@@ -11,7 +11,7 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The boundary to the layer of a chip: derive from it to bring VRF selection policy to a chip.
+/// The interface to a chip. Derive from it to implement VRF selection policy on a chip.
 ///
 /// The VRF state machine calls the three hooks, on the agent's event-loop thread and synchronously;
 /// the outcome is used at once, so a hook must not return before it knows it. For one action the
@@ -27,12 +27,12 @@ namespace ZelVrfSelectionPolicy {
 /// one must escape it, for example by `Mox::quoted`. The record is published as it is returned.
 ///
 /// What a hook programs depends on the action's fields and on facts about the VRFs that they name,
-/// which it reads at that moment: their hardware VRF ids, prefix lengths in exact match, fallback
-/// VRFs and the decapsulation flags. The three references below lead there. When a fact changes,
-/// `updateVrf` is called for every action that depends on it, possibly more than once and also
-/// when nothing that matters to this chip changed, so an update must be idempotent: equal updates
-/// give equal records, and take no further resource. From the call of `deleteVrf` on, the action is
-/// not updated any more.
+/// which the hook reads: their hardware VRF ids, prefix lengths in exact match, fallback VRFs and
+/// the decapsulation flags. The three references below give access to them. When a fact changes,
+/// `updateVrf` is called for every action that depends on it, possibly more than once and also when
+/// nothing that matters to this chip changed, so an update must be idempotent: equal updates give
+/// equal records, and take no further resource. From the call of `deleteVrf` on, the action is not
+/// updated any more.
 ///
 /// Deleting an action frees all that it holds, whatever became of its creation and its updates, and
 /// touches no other. A resource that is free can be had by the next action that is created.
@@ -74,12 +74,12 @@ class ZEL_EXPORT VrfHelper : public Zel::ZelBaseHelper {
   vrfFallbackConfig() const noexcept {
     return vrfFallbackConfig_;
   }
-  /// What the hardware knows of IPv4 routes, VRF ids included.
+  /// The status of IPv4 routes and of VRFs in the hardware.
   [[nodiscard]] const Mox::Ptr<Routing::Hardware::RouteStatus const>& routingHwRouteStatus()
       const noexcept {
     return routingHwRouteStatus_;
   }
-  /// What the hardware knows of IPv6 routes.
+  /// The status of IPv6 routes in the hardware.
   [[nodiscard]] const Mox::Ptr<Routing6::Hardware::RouteStatus const>& routing6HwRouteStatus()
       const noexcept {
     return routing6HwRouteStatus_;

@@ -42,7 +42,8 @@ unsigned VrfHwConfig::vrfRefCountDel(const VrfAction& action) {
   return vrfRefCount_.value(at);
 }
 
-// Removes the entry of `action` if its count is 0. Whether there was an entry, with whatever count.
+// Removes the entry of `action` if its count is 0. Returns whether there was an entry, with any
+// count.
 bool VrfHwConfig::vrfRefCountDelUnused(const VrfAction& action) {
   const unsigned* count = vrfRefCount_.find(action);
   if (count == nullptr) return false;
@@ -74,7 +75,7 @@ void VrfHwConfig::countIs(VrfRefCounts::Position at, unsigned count) {
   publish(at, &count);
 }
 
-// Precondition: the table and the entry are held.
+// Precondition: the caller holds the table and a pin.
 void VrfHwConfig::publish(VrfRefCounts::Position at, const unsigned* count) {
   const Changes::Scope change(changes_, vrfRefCount_.key(at));
   publisher_.publish(vrfRefCountAttribute, &change->action, count);

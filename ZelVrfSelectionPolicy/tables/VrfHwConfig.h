@@ -10,13 +10,13 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// How many users each VRF action has.
+/// The number of users of each VRF action.
 ///
-/// Those who use an action (rules, interfaces) count themselves here, one at a time; the VRF state
-/// machine follows: the first user brings a hardware VRF resource into being, the last one leaving
-/// ends it. The table holds no policy. It stores counts, unsigned 32-bit numbers that wrap, and
-/// notifies its subscribers, after each real change, of the key of the entry that changed. A
-/// subscriber may change the table again from inside the call, and may release it.
+/// A user of an action (a rule, an interface) increments the count, and decrements it later. The
+/// VRF state machine creates the hardware VRF resource for the first user, and deletes it after the
+/// last. The table has no policy: it stores counts, which are unsigned 32-bit numbers that wrap.
+/// After each real change it notifies its subscribers of the key of the changed entry. During the
+/// call a subscriber may change the table again, and may release it.
 ///
 ///     Mox::Ptr<VrfHwConfig> users = vrfHwConfigFactory();
 ///     users->vrfRefCountInc(action, 1);     // 1: the resource is created
@@ -39,28 +39,28 @@ class ZEL_EXPORT VrfHwConfig final : public Mox::PtrInterface,
   /// A new empty table.
   [[nodiscard]] static Mox::Ptr<VrfHwConfig> VrfHwConfigIs();
 
-  /// Sets the count of `action`, inserting it if absent, also with 0: an entry stays until it is
+  /// Sets the count of `action`, and inserts it if absent, also with 0. An entry stays until it is
   /// deleted.
   void vrfRefCountIs(const VrfAction& action, unsigned count);
-  /// Adds `users` to the count, which is 0 if absent, and returns the new count.
+  /// Adds `users` to the count, which is 0 for an absent action, and returns the new count.
   unsigned vrfRefCountInc(const VrfAction& action, unsigned users);
-  /// Takes `users` from the count, which is 0 if absent, and returns the new count.
+  /// Subtracts `users` from the count, which is 0 for an absent action, and returns the new count.
   unsigned vrfRefCountDec(const VrfAction& action, unsigned users);
-  /// Removes the entry; returns the count that it had, 0 if absent.
+  /// Removes the entry and returns its count; 0 if absent.
   unsigned vrfRefCountDel(const VrfAction& action);
-  /// Removes every entry, notifying subscribers of each.
+  /// Removes every entry, and notifies subscribers of each.
   void vrfRefCountDelAll();
 
-  /// The count of `action`, 0 if absent.
+  /// The count of `action`; 0 if absent.
   [[nodiscard]] unsigned vrfRefCount(const VrfAction& action) const noexcept;
-  /// The whole collection, to look at and walk over.
+  /// The collection, for reading and iteration.
   [[nodiscard]] const VrfRefCounts& vrfRefCount() const noexcept { return vrfRefCount_; }
 
-  /// Subscribing does not change the table, so it is open to those who may only read.
+  /// Subscribing does not change the table, so it needs no write access.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
-  friend class VrfResources;  // several may work on one table, and agree by what is below
+  friend class VrfResources;  // several may use one table, and share the state below
   struct Change;
   using Changes = Velo::ScopeStack<Change>;
 
@@ -70,7 +70,7 @@ class ZEL_EXPORT VrfHwConfig final : public Mox::PtrInterface,
   ZEL_HIDDEN void publish(VrfRefCounts::Position at, const unsigned* count);
 
   VrfRefCounts vrfRefCount_;
-  Changes changes_;  // that subscribers are being notified of
+  Changes changes_;  // whose notifications are in progress
   mutable Velo::Publisher publisher_;
 };
 

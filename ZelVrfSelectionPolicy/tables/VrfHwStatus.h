@@ -13,12 +13,11 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The last reported outcome for each VRF action that has a hardware VRF resource.
+/// The last outcome of each VRF action that has a hardware VRF resource.
 ///
-/// Written by the VRF state machine alone, read by whoever shows or waits for the outcome. That an
-/// action has an entry is also the record that its resource exists, programmed or not. Subscribers
-/// are notified, after each real change, of the key of the entry that changed; they may change the
-/// table from inside the call, and may release it.
+/// Only the VRF state machine writes it. An action has an entry exactly while its resource exists,
+/// programmed or not. After each real change subscribers are notified of the key of the changed
+/// entry. During the call they may change the table, and may release it.
 ///
 ///     if (statuses->hwStatusHas(action)) show(statuses->hwStatus(action));
 class ZEL_EXPORT VrfHwStatus final : public Mox::PtrInterface,
@@ -39,24 +38,24 @@ class ZEL_EXPORT VrfHwStatus final : public Mox::PtrInterface,
   /// A new empty table.
   [[nodiscard]] static Mox::Ptr<VrfHwStatus> VrfHwStatusIs();
 
-  /// Stores `status` for `action`, inserting it if absent.
+  /// Stores `status` for `action`, and inserts it if absent.
   void hwStatusIs(const VrfAction& action, const HwStatus& status);
-  /// Removes the entry; returns the status that it had, a default one if absent.
+  /// Removes the entry and returns its status; a default one if absent.
   HwStatus hwStatusDel(const VrfAction& action);
-  /// Removes every entry, notifying subscribers of each.
+  /// Removes every entry, and notifies subscribers of each.
   void hwStatusDelAll();
 
-  /// The status of `action`, a default one if absent.
+  /// The status of `action`; a default one if absent.
   [[nodiscard]] HwStatus hwStatus(const VrfAction& action) const noexcept;
   [[nodiscard]] bool hwStatusHas(const VrfAction& action) const noexcept;
-  /// The whole collection, to look at and walk over.
+  /// The collection, for reading and iteration.
   [[nodiscard]] const HwStatuses& hwStatus() const noexcept { return hwStatus_; }
 
-  /// Subscribing does not change the table, so it is open to those who may only read.
+  /// Subscribing does not change the table, so it needs no write access.
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
-  friend class VrfResources;  // several may work on one table, and agree by what is below
+  friend class VrfResources;  // several may use one table, and share the state below
   class ActionsNaming;
   struct ResourceCall;
   using ResourceCalls = Velo::ScopeStack<ResourceCall>;
@@ -70,7 +69,7 @@ class ZEL_EXPORT VrfHwStatus final : public Mox::PtrInterface,
 
   HwStatuses hwStatus_;
   std::unique_ptr<class ActionsByVrf> actionsByVrf_;  // never null
-  ResourceCalls calls_;                               // that are under way
+  ResourceCalls calls_;                               // active hook calls
   mutable Velo::Publisher publisher_;
 };
 

@@ -5,7 +5,7 @@
 namespace ZelVrfSelectionPolicy {
 namespace {
 
-// Filled on first use, and there until the library goes: statics of a program may still trace.
+// Set on first use, and destroyed with the library: statics of a program may still trace.
 std::optional<Mox::TraceHandle> handle;
 
 }  // namespace

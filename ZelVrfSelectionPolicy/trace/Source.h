@@ -7,13 +7,13 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The path under which all messages and assertions of this library are known.
+/// The source path of all messages and assertions of this library.
 inline constexpr const char* sourcePath = "/src/ZelVrfSelectionPolicy/ZelVrfSelectionPolicy";
 
-/// The library's handle of the text trace, "ZelVrfSelection", made on first use.
+/// The library's handle of the text trace, "ZelVrfSelection", created on first use.
 [[nodiscard]] const Mox::TraceHandle& traceHandle();
 
-/// A message of this library.
+/// Creates a message of this library.
 [[nodiscard]] Duolog::Message message(unsigned level, unsigned line, const char* function,
                                       std::initializer_list<const char*> fragments);
 

@@ -10,13 +10,13 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Why a hardware VRF resource could not be programmed.
+/// The reason why a hardware VRF resource could not be programmed.
 enum class FailureCode : unsigned char {
-  /// It could.
+  /// No failure.
   failureNone = 0,
-  /// Its allocation failed.
+  /// The allocation of the resource failed.
   failureVrfResourceAlloc = 1,
-  /// No resource is left.
+  /// No resource is free.
   failureVrfResourceExhausted = 2,
 };
 
@@ -26,7 +26,7 @@ inline constexpr std::array<std::string_view, 3> failureCodeNames{
 inline constexpr Mox::EnumType<FailureCode> failureCodes("ZelVrfSelectionPolicy::FailureCode",
                                                          failureCodeNames);
 
-/// The value with that code, or of that name; `Mox::RangeException` when there is none.
+/// The value with that code or name. Throws `Mox::RangeException` if there is none.
 [[nodiscard]] inline FailureCode FailureCodeInstance(unsigned code) {
   return failureCodes.value(code);
 }
@@ -41,7 +41,7 @@ inline constexpr Mox::EnumType<FailureCode> failureCodes("ZelVrfSelectionPolicy:
 [[nodiscard]] inline Velo::String valueToStrep(const FailureCode& value) {
   return failureCodes.name(value);
 }
-/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
+/// Reads a name. Throws `Mox::RangeException` for any other text.
 inline void sequenceToValue(Mox::CharRange& range, FailureCode* value) {
   *value = failureCodes.read(range);
 }

@@ -14,22 +14,22 @@ namespace ZelVrfSelectionPolicy {
 
 /// The outcome of programming one hardware VRF resource, as the chip reports it.
 ///
-/// A plain value. The default record says that all is well.
+/// A plain value. The default record means success.
 class ZEL_EXPORT HwStatus {
  public:
   static const Mox::Type moxType;
 
   /// "programmedInHw", "failureNone" and no description.
   HwStatus() noexcept = default;
-  /// Parses the string form, strictly. Throws `Mox::RangeException`, which names the field whose
-  /// value was wrong.
+  /// Parses the string form, strictly. Throws `Mox::RangeException` with the name of the wrong
+  /// field.
   explicit HwStatus(Mox::CharRange& range);
 
   [[nodiscard]] ProgrammingResult status() const noexcept { return status_; }
   void statusIs(ProgrammingResult status) noexcept { status_ = status; }
   [[nodiscard]] FailureCode failureReason() const noexcept { return failureReason_; }
   void failureReasonIs(FailureCode reason) noexcept { failureReason_ = reason; }
-  /// Free text for the operator; empty when there is nothing to say.
+  /// Free text for the operator; empty if there is none.
   [[nodiscard]] const Velo::String& failureDescription() const noexcept {
     return failureDescription_;
   }

@@ -12,9 +12,9 @@ namespace ZelVrfSelectionPolicy {
 
 /// Whether a hardware VRF resource is programmed.
 enum class ProgrammingResult : unsigned char {
-  /// It is.
+  /// The resource is programmed.
   programmedInHw = 0,
-  /// It is not; the failure reason tells why.
+  /// The resource is not programmed. The failure code has the reason.
   programmingFailure = 1,
 };
 
@@ -24,7 +24,7 @@ inline constexpr std::array<std::string_view, 2> programmingResultNames{"program
 inline constexpr Mox::EnumType<ProgrammingResult> programmingResults(
     "ZelVrfSelectionPolicy::ProgrammingResult", programmingResultNames);
 
-/// The value with that code, or of that name; `Mox::RangeException` when there is none.
+/// The value with that code or name. Throws `Mox::RangeException` if there is none.
 [[nodiscard]] inline ProgrammingResult ProgrammingResultInstance(unsigned code) {
   return programmingResults.value(code);
 }
@@ -39,7 +39,7 @@ inline constexpr Mox::EnumType<ProgrammingResult> programmingResults(
 [[nodiscard]] inline Velo::String valueToStrep(const ProgrammingResult& value) {
   return programmingResults.name(value);
 }
-/// Reads a name; `Mox::RangeException` when it is none of this enumeration.
+/// Reads a name. Throws `Mox::RangeException` for any other text.
 inline void sequenceToValue(Mox::CharRange& range, ProgrammingResult* value) {
   *value = programmingResults.read(range);
 }

@@ -13,12 +13,12 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// One request for a hardware VRF resource: what a policy rule wants done with the traffic that it
-/// matches, and the VRFs that it names for that.
+/// One request for a hardware VRF resource: the action of a policy rule on the traffic that it
+/// matches, and the VRFs that it names.
 ///
-/// A plain value without identity: the key of the tables of users and of statuses, and the
-/// argument of every hook of the chip. VRF name and action type are fixed at construction; the two
-/// further names are completed afterwards.
+/// A plain value. It is the key of the tables of users and of statuses, and the argument of every
+/// hook of the chip. VRF name and action type are fixed at construction. The other two names are
+/// set afterwards.
 ///
 ///     VrfAction action("red", PolicyMap::ActionType::decapVrf);
 ///     action.fallbackVrfNameIs("blue");
@@ -26,12 +26,12 @@ class ZEL_EXPORT VrfAction {
  public:
   static const Mox::Type moxType;
 
-  /// Three empty names and no action: a record that is not set.
+  /// Three empty names and no action. The record is not set.
   VrfAction() noexcept = default;
   VrfAction(L3::VrfName vrfName, PolicyMap::ActionType action) noexcept
       : vrfName_(std::move(vrfName)), action_(action) {}
-  /// Parses the string form, strictly. Throws `Mox::RangeException`, which names the field whose
-  /// value was wrong.
+  /// Parses the string form, strictly. Throws `Mox::RangeException` with the name of the wrong
+  /// field.
   explicit VrfAction(Mox::CharRange& range);
 
   /// The VRF in which matched traffic is looked up.
@@ -42,10 +42,10 @@ class ZEL_EXPORT VrfAction {
   /// The VRF in which a packet is looked up after decapsulation; empty for none.
   [[nodiscard]] const L3::VrfName& postDecapVrfName() const noexcept { return postDecapVrfName_; }
   void postDecapVrfNameIs(L3::VrfName name) noexcept { postDecapVrfName_ = std::move(name); }
-  /// The policy action that asks.
+  /// The action of the policy rule.
   [[nodiscard]] PolicyMap::ActionType action() const noexcept { return action_; }
 
-  /// Equal records hash equally under every seed.
+  /// Equal records have equal hashes for every seed.
   [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
     Mox::Hash running(seed, 0);
     running.hashMix(vrfName_.byteHash());

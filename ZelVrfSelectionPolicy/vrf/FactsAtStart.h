@@ -8,16 +8,16 @@
 
 namespace ZelVrfSelectionPolicy {
 
-// A nested machine notices what happens to its VRF from when it is made. What a hook changes during
-// the start of its owner, before that, is found by comparison with what there was at the beginning.
+// A nested machine follows its VRF from its creation on. A hook may change facts earlier, during
+// the start of the owner. These changes are found by comparison with the facts at the beginning.
 
 /// The VRF ids of an IPv4 route status.
 class VrfIdsAtStart {
  public:
   /// `routes` may be null.
   explicit VrfIdsAtStart(const VrfSm::RouteStatusPtr& routes);
-  /// Has `vrfSm` update what names a VRF whose id has changed since, or whose status has gone. As
-  /// ever, the id of the default VRF is of no account.
+  /// Calls `vrfSm` to update the actions of each VRF whose id has changed, or whose status was
+  /// removed. The id of the default VRF is ignored.
   void handleChanges(VrfSm& vrfSm) const;
 
  private:
@@ -25,7 +25,7 @@ class VrfIdsAtStart {
   std::vector<std::pair<L3::VrfName, std::uint32_t>> ids_;
 };
 
-/// Which VRFs have prefix lengths in a route status of one family.
+/// The VRFs that have prefix lengths in a route status of one family.
 template <class RouteStatus>
 class PrefixLensAtStart {
  public:
@@ -33,11 +33,11 @@ class PrefixLensAtStart {
   explicit PrefixLensAtStart(const Mox::Ptr<RouteStatus const>& routes) : routes_(routes) {
     if (!routes) return;
     for (auto entry = routes->vrfPrefixLensInExactMatch().iterator(); entry; ++entry) {
-      // No action names a VRF whose name is too long for one.
+      // No action can name a VRF with a longer name.
       if (entry.key().size() <= L3::VrfName::maxLength) vrfs_.emplace_back(entry.key());
     }
   }
-  /// Has `vrfSm` update what names a VRF whose prefix lengths have gone since.
+  /// Calls `vrfSm` to update the actions of each VRF whose prefix lengths were removed.
   void handleChanges(VrfSm& vrfSm) const {
     for (const L3::VrfName& vrf : vrfs_) {
       if (!routes_->vrfPrefixLensInExactMatch(vrf.bytes())) vrfSm.handleVrfUpdates(vrf, false);

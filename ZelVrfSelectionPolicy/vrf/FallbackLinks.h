@@ -5,12 +5,11 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Which VRFs fall back to which, as far as that was handled, and how a change of one VRF reaches
-/// the actions of the others.
+/// The handled fallback VRF of each VRF, and the updates of the actions of dependent VRFs.
 ///
-/// Always holds once the entry of a VRF was handled: if it falls back to X, and X is not the
-/// default VRF, it is among the dependents of X. The configuration holds only the new value, so the
-/// one that was handled last is kept, to remove the old link by.
+/// Invariant: if the handled fallback VRF of a VRF is X, and X is not the default VRF, the VRF is a
+/// dependent of X. The configuration has only the new value, so the last handled value is kept, to
+/// remove the old link.
 class FallbackLinks {
  public:
   FallbackLinks(const VrfSm::FallbackConfigPtr& config, VrfResources& resources) noexcept
@@ -18,14 +17,15 @@ class FallbackLinks {
   FallbackLinks(const FallbackLinks&) = delete;
   FallbackLinks& operator=(const FallbackLinks&) = delete;
 
-  /// The fallback entry of `vrf` was added, changed or removed: updates what names `vrf`, and then
-  /// moves its link.
+  /// Handles an added, changed or removed fallback entry of `vrf`: updates the actions that name
+  /// `vrf`, and then moves its link.
   void handleChange(const L3::VrfName& vrf);
-  /// Updates what names `vrf`, and what names the VRFs that fall back to it; unless its fallback
-  /// configuration is what changed, also what names the VRFs that fall back to these.
+  /// Updates the actions that name `vrf`, and those that name its dependents. Unless the change is
+  /// one of the fallback configuration, it also updates the actions that name the dependents of
+  /// these.
   void propagate(const L3::VrfName& vrf, bool fallbackConfigChange);
 
-  // As `VrfSm` has them.
+  /// The functions of `VrfSm` with the same names.
   void fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
   L3::VrfName fallbackVrfInfoDel(const L3::VrfName& vrf);
   void fallbackVrfInfoDelAll() { fallbackVrfInfo_.clear(); }

@@ -8,35 +8,34 @@ namespace ZelVrfSelectionPolicy {
 
 struct PrefixLensMessages;
 
-/// Follows the prefix lengths in exact match of one VRF in one address family, and has everything
-/// that names the VRF programmed again when they come, change or go. It reads none of them: that
-/// something happened is all it needs.
+/// Follows the prefix lengths in exact match of one VRF in one address family. When they are added,
+/// changed or removed, it updates the actions that name the VRF. It does not read the lengths.
 ///
-/// The machines of the two families differ in their names, collections and messages only.
+/// The machines of the two families differ only in their names, collections and messages.
 class ZEL_EXPORT VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
  public:
-  /// Enters the state of pending deletion, unless it is there. Lets no exception out.
+  /// Enters the state of pending deletion. Throws no exception.
   ~PrefixLensSm() override;
   void onAttribute(Mox::AttributeId attributeId, const void* key) override;
-  /// Every change of state, into it and out of it, has the VRF's dependants programmed again.
+  /// Each change of the state updates the actions of the VRF and of its dependents.
   void moxDoZombieReactors(bool zombie) override;
 
-  /// The machine that owns this one, null once it was removed.
+  /// The machine that owns this one; null after its removal.
   [[nodiscard]] VrfSm* vrfSm() const noexcept { return vrfSm_; }
   void vrfSmIs(VrfSm* vrfSm) noexcept { vrfSm_ = vrfSm; }
-  /// The prefix lengths that it watches.
+  /// The followed prefix lengths.
   [[nodiscard]] PrefixLensPtr prefixLens() const noexcept {
     return PrefixLensPtr(notifierAs<Routing::Hardware::PrefixLensInExactMatch>());
   }
 
-  /// Watches `notifier`, if it is an entity of prefix lengths, from now on. Runs no handler.
+  /// Follows `notifier` if it is an entity of prefix lengths. Calls no handler.
   void notifierIs(const Mox::Ptr<Mox::PtrInterface const>& notifier);
 
   void handleInitialized();
   void handlePrefixLen();
 
  protected:
-  /// Runs `handleInitialized`.
+  /// Calls `handleInitialized`.
   ZEL_HIDDEN PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm,
                           const PrefixLensMessages& messages);
 

@@ -6,12 +6,12 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Follows one hardware VRF status, and has everything that names the VRF programmed again when the
-/// VRF gets its hardware id, loses it, or goes away.
+/// Follows one hardware VRF status. When the VRF gets or loses its hardware id, or is removed, it
+/// updates the actions that name the VRF.
 ///
-/// The default VRF's id, and an id that is not assigned yet, are not propagated; the end of a VRF
-/// always is. A status that carries an id already when its machine is made is picked up when the
-/// id changes later.
+/// The id of the default VRF, and an id that is not assigned yet, cause no update. The removal of a
+/// VRF always does. An id that the status has when the machine is created causes no update; later
+/// changes do.
 class ZEL_EXPORT VrfSm::VrfInstanceSm final : public Mox::PtrInterface::NotifieeConst,
                                               public Quarry::SlabAllocated<VrfSm::VrfInstanceSm> {
  public:
@@ -23,21 +23,21 @@ class ZEL_EXPORT VrfSm::VrfInstanceSm final : public Mox::PtrInterface::Notifiee
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfInstanceSm() override;
   void onAttribute(Mox::AttributeId attributeId, const void* key) override;
-  /// Every change of state, into it and out of it, has the VRF's dependants programmed again.
+  /// Each change of the state updates the actions of the VRF and of its dependents.
   void moxDoZombieReactors(bool zombie) override;
 
-  /// The machine that owns this one, null once it was removed.
+  /// The machine that owns this one; null after its removal.
   [[nodiscard]] VrfSm* vrfSm() const noexcept { return vrfSm_; }
   void vrfSmIs(VrfSm* vrfSm) noexcept { vrfSm_ = vrfSm; }
-  /// The status that it watches.
+  /// The followed status.
   [[nodiscard]] VrfStatusPtr vrfInstance() const noexcept;
-  /// The name of the watched VRF, empty when there is none.
+  /// The name of the followed VRF; empty if there is none.
   [[nodiscard]] L3::VrfName vrfName() const noexcept;
   [[nodiscard]] L3::VrfName vrfInstanceName() const noexcept { return vrfName(); }
   /// The key in the collection of its owner.
   [[nodiscard]] L3::VrfName fwkKey() const noexcept { return vrfName(); }
 
-  /// Watches `notifier`, if it is a VRF status, from now on, and looks at its id at once.
+  /// Follows `notifier` if it is a VRF status, and handles its id at once.
   void notifierIs(const Mox::Ptr<Mox::PtrInterface const>& notifier);
 
   void handleInitialized();

@@ -70,8 +70,8 @@ void VrfResources::remove(const VrfAction& action) {
       failUncreatedDeletion(action);
     }
     vrfSmMessages.deleting(action.vrfName().bytes());
-    // Users who come meanwhile stay counted. If they leave again before the end, the entry that
-    // they leave goes too.
+    // Users that were added during the deletion stay counted. If they are removed before its end,
+    // their entry is removed, too.
     users_->vrfRefCountDelUnused(action);
     statuses_->hwStatusDel(action);
     countedMeanwhile = users_->vrfRefCountDelUnused(action);
@@ -93,8 +93,8 @@ bool VrfResources::isBeingDeleted(const VrfAction& action) const {
   return underWay != nullptr && underWay->kind == ResourceCall::Kind::deletion;
 }
 
-// Whether another subscriber has deleted the resource since the change of the action's count that
-// this one is being notified of.
+// Whether another subscriber has deleted the resource during the notification of the change that is
+// being handled.
 bool VrfResources::anotherEnded(const VrfAction& action) const noexcept {
   const VrfHwConfig::Change* change = users_->changes_.innermost();
   return change != nullptr && change->resourceEnded && change->action == action;
@@ -102,12 +102,12 @@ bool VrfResources::anotherEnded(const VrfAction& action) const noexcept {
 
 void VrfResources::update(const VrfAction& vrfAction) {
   if (isBeingDeleted(vrfAction)) return;
-  const VrfAction action = vrfAction;  // a hook may end what the caller passed
+  const VrfAction action = vrfAction;  // a hook may destroy the caller's object
   program(action);
 }
 
-// An entry stands for a resource: if the action loses it during the call, the outcome is that of a
-// resource which is gone, and is not stored.
+// If the entry of the action is removed during the call, the resource no longer exists, and the
+// outcome is not stored.
 void VrfResources::program(const VrfAction& action) {
   const Calls::Scope update(statuses_->calls_, action, ResourceCall::Kind::update);
   vrfSmMessages.updating(action.vrfName().bytes());

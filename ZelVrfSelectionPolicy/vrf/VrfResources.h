@@ -7,36 +7,36 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// The hardware VRF resources of the actions: their life, by the counts of users, and their
-/// refresh. The last stop before the chip: every call of a hook is made here, and its outcome
-/// stored.
+/// Creates, updates and deletes the hardware VRF resources of the actions. It makes every hook
+/// call, and stores the outcome.
 ///
-/// Always holds: an action has a status entry exactly while its resource exists. Creations and
-/// deletions of one action never nest: a count that changes meanwhile is handled when that is
-/// complete. From the call of `deleteVrf` on the action is not updated. Several state machines on
-/// the same tables keep this among them.
+/// Invariants: an action has a status entry exactly while its resource exists. Creations and
+/// deletions of one action never nest: a change of its count during one is handled afterwards.
+/// After the call of `deleteVrf` the action is not updated. All state machines on the same tables
+/// together keep these invariants.
 ///
-/// A hook may release the state machine. Whoever calls these functions holds it meanwhile.
+/// A hook may release the state machine, so the caller of these functions must hold a reference to
+/// it.
 class VrfResources {
  public:
-  /// The references are those that the state machine holds, and may be null until they are needed.
+  /// The references are members of the state machine. They may be null until they are needed.
   VrfResources(const Mox::Ptr<VrfHwConfig>& users, const Mox::Ptr<VrfHwStatus>& statuses,
                const Mox::Ptr<VrfHelper>& helper) noexcept
       : users_(users), statuses_(statuses), helper_(helper) {}
   VrfResources(const VrfResources&) = delete;
   VrfResources& operator=(const VrfResources&) = delete;
 
-  /// Brings the resource of `action`, which must live throughout the call, in line with its count.
-  /// Stops the process for a count above 1 without a resource, and for the end of an action that
-  /// has none.
+  /// Creates or deletes the resource of `action` according to its count. `action` must outlive the
+  /// call. Aborts the process if the count is above 1 without a resource, or if an action without a
+  /// resource is deleted.
   void handleRefCountChange(const VrfAction& action);
 
-  /// Has the chip program the resource of `vrfAction` again and stores the outcome, also when the
-  /// action had no status before.
+  /// Calls the chip to update the resource of `vrfAction`, and stores the outcome, also if the
+  /// action had no status.
   void update(const VrfAction& vrfAction);
-  /// Does so for every created action that names `vrfName` in any field.
+  /// Updates every created action that names `vrfName` in any field.
   void updateNaming(const L3::VrfName& vrfName);
-  /// Does so for every created action, after a call of `announce` with it.
+  /// Calls `announce` with every created action and updates it.
   void updateAll(void (*announce)(const VrfAction& action));
 
  private:

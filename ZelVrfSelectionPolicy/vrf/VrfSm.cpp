@@ -76,7 +76,7 @@ void VrfSm::subscriptionsAre(bool subscribed) {
   }
 }
 
-// The IPv4 route status alone has the VRFs; of the IPv6 one only the prefix lengths matter.
+// Only the IPv4 route status has VRF statuses. Of the IPv6 one only the prefix lengths are used.
 void VrfSm::handleWhatIsThere() {
   const RouteStatusPtr routes = routingHwRouteStatus();
   const RouteStatus6Ptr routes6 = routing6HwRouteStatus();
@@ -124,7 +124,7 @@ void VrfSm::moxDoZombieReactors(bool zombie) {
   zombieIs(zombie);
 }
 
-// What the destructor and an unwinding constructor have in common. Touches no hardware.
+// Used by the destructor, and by the constructor if a handler throws. Calls no hook.
 void VrfSm::tearDown() noexcept {
   tearingDown_ = true;
   moxDoZombieReactors(true);
@@ -157,7 +157,7 @@ void VrfSm::mox_handleVrfFallbackConfig_fallbackVrf(L3::VrfName vrf) {
 
 void VrfSm::handleVrfRefCountChange(const VrfAction& vrfAction) {
   const Mox::Ptr<VrfSm> alive(this);
-  const VrfAction action = vrfAction;  // a hook may end what the caller passed
+  const VrfAction action = vrfAction;  // a hook may destroy the caller's object
   resources_->handleRefCountChange(action);
 }
 
@@ -171,7 +171,7 @@ void VrfSm::updateAllVrfActions(L3::VrfName vrfName) {
   resources_->updateNaming(vrfName);
 }
 
-// Both flags' handlers show the same one. What it is changes nothing: everything is updated.
+// The handlers of both flags show this one. Its value has no effect on the updates.
 bool VrfSm::decapNhFlag() const {
   if (!routingReactor_) {
     Mox::SassertHelper("routingHwRouteStatus()", sourcePath, 0, "VrfSm::decapNhFlag").stream()

@@ -24,21 +24,22 @@ class FallbackLinks;
 class VrfResources;
 class VrfWatches;
 
-/// Keeps the hardware VRF resources and their statuses in step with what they depend on.
+/// Updates the hardware VRF resources and their statuses when an input changes.
 ///
-/// It follows the users of actions (`VrfHwConfig`) and calls the chip (`VrfHelper`) to create a
+/// It follows the users of actions (`VrfHwConfig`), and calls the chip (`VrfHelper`) to create a
 /// resource for an action's first user and to delete it after the last. It follows hardware VRF
-/// ids, prefix lengths, fallback VRFs and decapsulation flags, and has the chip program again what
-/// names the VRF concerned, or a VRF that falls back to it. Every outcome goes to `VrfHwStatus`.
+/// ids, prefix lengths, fallback VRFs and decapsulation flags. When one changes, it calls the chip
+/// to update the actions that name the VRF, or a VRF that has it as fallback VRF. It stores every
+/// outcome in `VrfHwStatus`.
 ///
-/// Always holds: an action has a status entry exactly while its resource exists, that is from its
-/// creation, successful or not, to its deletion. Creating or deleting the resource of one action
-/// never nests: a change of its count that arrives meanwhile is handled when that is complete.
+/// Invariants: an action has a status entry exactly while its resource exists, that is from its
+/// creation, successful or not, to its deletion. Creations and deletions of one action never nest:
+/// a change of its count during one is handled afterwards.
 ///
-/// Destroying it calls no hook and writes no status: resources and entries stay, and a
-/// replacement built on the same tables finds them. Everything runs synchronously on the agent's
-/// event-loop thread. A hook may change the tables and the configuration, and may release the
-/// machine itself: it lives on until the handler that called the hook returns.
+/// The destructor calls no hook and writes no status: resources and entries stay, and a new machine
+/// on the same tables uses them. Everything runs synchronously on the agent's event-loop thread. A
+/// hook may change the tables and the configuration, and may release the machine: it is destroyed
+/// after the handler that called the hook returns.
 class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllocated<VrfSm> {
  public:
   class VrfInstanceSm;
@@ -61,23 +62,24 @@ class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllo
   template <class Machine>
   using PrefixLensSms = Mox::HashMap2018<Velo::String, Mox::Ptr<Machine>, 0x38c6d4b7>;
 
-  /// Use `VrfSmIs`. Takes the inputs, connects itself to them, and handles what they hold already.
-  /// A handler's exception passes through, and nothing is left connected.
+  /// Use `VrfSmIs`. Subscribes to the inputs, and handles their present contents. An exception of a
+  /// handler is passed to the caller, and all subscriptions are removed.
   VrfSm(const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
         const Mox::Ptr<VrfHelper>& vrfHelper, const FallbackConfigPtr& vrfFallbackConfig,
         const RouteStatusPtr& routingHwRouteStatus, const RouteStatus6Ptr& routing6HwRouteStatus);
 
-  /// Subscribes or unsubscribes, and switches everything nested. What was missed is not replayed.
+  /// Subscribes or unsubscribes, and switches the nested machines. Missed changes are not handled
+  /// later.
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] const Mox::Type* fwkType() const override;
   ~VrfSm() override;
-  /// Enters or leaves the state of pending deletion, nested machines first. Their own transition
-  /// has the chip program again what names their VRF.
+  /// Enters or leaves the state of pending deletion, the nested machines first. The change of a
+  /// nested machine updates the actions that name its VRF.
   virtual void moxDoZombieReactors(bool zombie);
 
-  /// A new machine with its notifications on. `vrfFallbackConfig`, `vrfHwStatus` and `vrfHelper`
-  /// must not be null; without `vrfHwConfig` it follows no counts, without a route status not the
-  /// VRFs or prefix lengths of that family.
+  /// Creates a machine with its notifications on. `vrfFallbackConfig`, `vrfHwStatus` and
+  /// `vrfHelper` must not be null. Without `vrfHwConfig` it follows no counts. Without a route
+  /// status it does not follow the VRFs or prefix lengths of that family.
   [[nodiscard]] static Mox::Ptr<VrfSm> VrfSmIs(const Mox::Ptr<VrfHwConfig>& vrfHwConfig,
                                                const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
                                                const Mox::Ptr<VrfHelper>& vrfHelper,
@@ -85,7 +87,7 @@ class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllo
                                                const RouteStatusPtr& routingHwRouteStatus,
                                                const RouteStatus6Ptr& routing6HwRouteStatus);
 
-  // What it was built with; a route status is null when it was given none.
+  /// The constructor arguments.
   [[nodiscard]] const Mox::Ptr<VrfHwConfig>& vrfHwConfig() const noexcept { return vrfHwConfig_; }
   [[nodiscard]] const Mox::Ptr<VrfHwStatus>& vrfHwStatus() const noexcept { return vrfHwStatus_; }
   [[nodiscard]] const Mox::Ptr<VrfHelper>& vrfHelper() const noexcept { return vrfHelper_; }
@@ -98,69 +100,69 @@ class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllo
   /// Handles every configured fallback entry. Precondition: there is a fallback configuration.
   void handleInitialized();
 
-  // The life and the refresh of resources; see `VrfHelper` for what the chip is called for.
+  // Creation, update and deletion of resources. See `VrfHelper` for the hook calls.
 
-  /// Brings the resource of `vrfAction` in line with its count. A count above 1 for an action
-  /// without a resource, and the end of one that has none, stop the process.
+  /// Creates or deletes the resource of `vrfAction` according to its count. Aborts the process if
+  /// the count is above 1 without a resource, or if an action without a resource is deleted.
   void handleVrfRefCountChange(const VrfAction& vrfAction);
-  /// Has the chip program the resource of `vrfAction` again and stores the outcome, also when it
-  /// had no status before. Does nothing while the resource is being deleted.
+  /// Calls the chip to update the resource of `vrfAction`, and stores the outcome, also if the
+  /// action had no status. Does nothing while the resource is being deleted.
   void updateVrfAction(const VrfAction& vrfAction);
-  /// The same for every created action that names `vrfName` in any field. The empty name is a name
-  /// like any other.
+  /// Updates every created action that names `vrfName` in any field. The empty name is a valid
+  /// name.
   void updateAllVrfActions(L3::VrfName vrfName);
-  /// One of the decapsulation flags of the IPv4 route status changed: updates every created action.
-  /// Without an IPv4 route status they stop the process.
+  /// Handle a change of a decapsulation flag of the IPv4 route status: update every created action.
+  /// Without an IPv4 route status they abort the process.
   void handleDecapNh();
   void handleDecapNhFallback();
 
-  // Fallback VRFs, and whom a change of a VRF reaches through them.
+  // Fallback VRFs, and updates of dependent VRFs.
 
-  /// Something about `vrfName` has changed: updates its actions and those of the VRFs that fall
-  /// back to it; and, unless it was its fallback configuration, those of the VRFs that fall back
-  /// to these. Does nothing while the machine is being destroyed.
+  /// Handles a change of a fact about `vrfName`: updates its actions and those of its dependents.
+  /// Unless the change is one of the fallback configuration, it also updates the actions of the
+  /// dependents of these. Does nothing while the machine is being destroyed.
   void handleVrfUpdates(L3::VrfName vrfName, bool fallbackConfigChange);
-  /// The fallback entry of `vrf` was added, changed or removed, or is to be looked at again.
+  /// Handles an added, changed or removed fallback entry of `vrf`.
   void handleVrfFallbackConfig(L3::VrfName vrf);
-  /// Records `fallback` as the one last handled for `vrf`.
+  /// Records `fallback` as the last handled fallback VRF of `vrf`.
   void fallbackVrfInfoIs(const L3::VrfName& vrf, const L3::VrfName& fallback);
-  /// Removes the entry and returns what it held; the empty name when there was none.
+  /// Removes the entry and returns its fallback VRF; the empty name if there was none.
   L3::VrfName fallbackVrfInfoDel(const L3::VrfName& vrf);
   void fallbackVrfInfoDelAll();
-  /// The fallback VRF last handled for `vrf`, the empty name when there is none.
+  /// The last handled fallback VRF of `vrf`; the empty name if there is none.
   [[nodiscard]] L3::VrfName fallbackVrfInfo(const L3::VrfName& vrf) const noexcept;
   [[nodiscard]] const FallbackVrfInfo& fallbackVrfInfo() const noexcept;
-  /// The record of the VRFs that fall back to `vrfName`, made if there is none.
+  /// Returns the record of the dependents of `vrfName`, and creates it if there is none.
   Mox::Ptr<DependentVrfInfo> dependentVrfInfoIs(const L3::VrfName& vrfName);
-  /// Takes the record out and returns it; null when there was none.
+  /// Removes the record and returns it; null if there was none.
   Mox::Ptr<DependentVrfInfo> dependentVrfInfoDel(const L3::VrfName& vrfName);
   void dependentVrfInfoDelAll();
-  /// The record of the VRFs that fall back to `vrfName`, or null.
+  /// The record of the dependents of `vrfName`, or null.
   [[nodiscard]] Mox::Ptr<DependentVrfInfo> dependentVrfInfo(
       const L3::VrfName& vrfName) const noexcept;
   [[nodiscard]] const DependentVrfInfos& dependentVrfInfo() const noexcept;
 
-  // The nested machines that watch VRFs.
+  // The nested machines that follow VRFs.
 
-  /// The machine that follows `vrfStatus`, made or re-pointed if needed. Throws
-  /// `Mox::NullArgumentException`.
+  /// Returns the machine that follows `vrfStatus`. Creates it, or changes its notifier, if needed.
+  /// Throws `Mox::NullArgumentException` for null.
   Mox::Ptr<VrfInstanceSm> vrfInstanceIs(const VrfStatusPtr& vrfStatus);
-  /// Ends the machine of that VRF, which updates what names it, and returns the machine; null when
-  /// there was none.
+  /// Removes the machine of that VRF, which updates the actions that name the VRF, and returns it;
+  /// null if there was none.
   Mox::Ptr<VrfInstanceSm> vrfInstanceDel(const L3::VrfName& vrfName);
   void vrfInstanceDelAll();
   [[nodiscard]] bool moxVrfInstanceHas(const L3::VrfName& vrfName) const noexcept;
   [[nodiscard]] const VrfInstances& moxVrfInstance() const noexcept;
 
-  /// Follows `prefixLens`, the lengths of one VRF. Throws `Mox::NullArgumentException`.
+  /// Follows `prefixLens`, the lengths of one VRF. Throws `Mox::NullArgumentException` for null.
   void vrfPrefixLensInExactMatchIs(const PrefixLensPtr& prefixLens);
-  /// Ends the machine of the VRF of that name, which updates what names it; nothing if there is
-  /// none.
+  /// Removes the machine of the VRF of that name, which updates the actions that name the VRF. Does
+  /// nothing if there is none.
   void vrfPrefixLensInExactMatchDel(const Velo::String& name);
   void vrfPrefixLensInExactMatchDelAll();
   [[nodiscard]] const PrefixLensSms<NestedSm_VrfPrefixLensInExactMatch>& vrfPrefixLensInExactMatch()
       const noexcept;
-  // The same for IPv6.
+  /// The same for IPv6.
   void vrfPrefixLensInExactMatchV6Is(const PrefixLensPtr& prefixLens);
   void vrfPrefixLensInExactMatchV6Del(const Velo::String& name);
   void vrfPrefixLensInExactMatchV6DelAll();
@@ -185,7 +187,7 @@ class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllo
   ZEL_HIDDEN void tearDown() noexcept;
   [[nodiscard]] ZEL_HIDDEN bool decapNhFlag() const;
 
-  // In the order that destruction reverses.
+  // Destroyed in reverse order.
   Mox::Ptr<VrfHwConfig> vrfHwConfig_;
   Mox::Ptr<VrfHwStatus> vrfHwStatus_;
   Mox::Ptr<VrfHelper> vrfHelper_;
@@ -201,7 +203,7 @@ class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllo
   bool tearingDown_ = false;
 };
 
-/// A new VRF state machine, as `VrfSm::VrfSmIs` makes it.
+/// Calls `VrfSm::VrfSmIs`.
 [[nodiscard]] ZEL_EXPORT Mox::Ptr<VrfSm> vrfSmFactory(
     const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatus>& vrfHwStatus,
     const Mox::Ptr<VrfHelper>& vrfHelper, const VrfSm::FallbackConfigPtr& vrfFallbackConfig,

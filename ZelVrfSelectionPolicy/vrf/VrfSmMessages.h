@@ -4,8 +4,8 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Every message that `VrfSm` itself sends, to the ring and to the text trace. The texts, levels
-/// and lines are what operators and their tools know; they do not follow the code.
+/// The messages of `VrfSm`, to the ring and to the text trace. Operators and their tools know the
+/// texts, levels and lines, so they do not follow the code.
 struct VrfSmMessages {
   using Message = Duolog::Message;
 

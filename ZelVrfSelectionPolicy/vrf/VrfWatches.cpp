@@ -12,9 +12,9 @@ Mox::Ptr<VrfSm::VrfInstanceSm> VrfWatches::instanceIs(const VrfSm::VrfStatusPtr&
   } else {
     instance = Mox::makePtr<VrfSm::VrfInstanceSm>(vrfStatus, &owner_);
     const bool isFirst = instances_.insert(name, instance).second;
-    if (!isFirst) return instanceIs(vrfStatus);  // a trace sink has added the VRF meanwhile
+    if (!isFirst) return instanceIs(vrfStatus);  // a trace sink has added the VRF
   }
-  // Unless it has been removed by what followed from re-pointing it.
+  // Not if the change of the notifier has removed it.
   if (instance->vrfSm() != nullptr) instance->moxDoZombieReactors(owner_.isZombie());
   return instance;
 }

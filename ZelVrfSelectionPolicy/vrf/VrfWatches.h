@@ -10,8 +10,8 @@
 
 namespace ZelVrfSelectionPolicy {
 
-/// Ends a nested machine that has left its collection: its last handler runs, and whether or not
-/// that throws, the machine never calls its owner again.
+/// Ends a nested machine that was removed from its collection: calls its last handler and then,
+/// also if that throws, detaches the machine from its owner.
 template <class Machine>
 void endRemoved(Machine& machine) {
   struct CutOff {
@@ -26,14 +26,14 @@ void endRemoved(Machine& machine) {
 
 /// The machines that follow the prefix lengths of one address family, one for each VRF.
 ///
-/// A new machine has the chip program before it is in the collection. What becomes of its prefix
-/// lengths during that call is handled when the machine is in.
+/// The constructor of a machine calls hooks before the machine is in the collection. Changes of its
+/// prefix lengths during these calls are handled after the insertion.
 template <class Machine>
 class PrefixLensWatches {
  public:
   using Machines = VrfSm::PrefixLensSms<Machine>;
 
-  /// For `owner`, whose attribute `attribute` the collection is.
+  /// `attribute` is the name of the attribute of `owner` that is this collection.
   PrefixLensWatches(VrfSm& owner, const char* attribute) noexcept
       : owner_(owner), attribute_(attribute) {}
 
@@ -63,7 +63,8 @@ class PrefixLensWatches {
   }
 
  private:
-  // `latest` is what the machine is to follow in the end, null when nothing.
+  // `latest` is the entity that the machine must follow after its creation; null if it must be
+  // removed.
   struct Creation {
     Velo::String name;
     VrfSm::PrefixLensPtr latest;
@@ -91,7 +92,7 @@ class PrefixLensWatches {
       machine = Mox::makePtr<Machine>(prefixLens, &owner_);
       latest = creation->latest;
     }
-    // Off if the owner was switched off during the creation, which did not reach the machine yet.
+    // Off if the owner was switched off during the creation, before it knew the machine.
     machine->hasNotificationActiveIs(owner_.hasNotificationActive() == wasActive);
     machines_.insert(name, machine);
     machine->moxDoZombieReactors(owner_.isZombie());
@@ -110,11 +111,11 @@ class PrefixLensWatches {
   Creations creations_;
 };
 
-/// What a VRF state machine watches of the VRFs: a nested machine for each VRF status, and one for
-/// the prefix lengths of each VRF and address family.
+/// The nested machines of a VRF state machine: one for each VRF status, and one for the prefix
+/// lengths of each VRF and address family.
 ///
-/// A nested machine calls its owner back when something about its VRF has changed. One that is
-/// removed runs its last handler and is then cut off from the owner.
+/// A nested machine calls its owner when a fact about its VRF changes. When it is removed, its last
+/// handler is called, and then it is detached from the owner.
 class VrfWatches {
  public:
   using PrefixLensV4 = PrefixLensWatches<VrfSm::NestedSm_VrfPrefixLensInExactMatch>;
@@ -124,7 +125,7 @@ class VrfWatches {
   VrfWatches(const VrfWatches&) = delete;
   VrfWatches& operator=(const VrfWatches&) = delete;
 
-  // As `VrfSm` has them.
+  /// The functions of `VrfSm` for VRF instances.
   Mox::Ptr<VrfSm::VrfInstanceSm> instanceIs(const VrfSm::VrfStatusPtr& vrfStatus);
   Mox::Ptr<VrfSm::VrfInstanceSm> instanceDel(const L3::VrfName& vrfName);
   void instanceDelAll();
@@ -133,7 +134,8 @@ class VrfWatches {
   [[nodiscard]] PrefixLensV4& prefixLens() noexcept { return prefixLens_; }
   [[nodiscard]] PrefixLensV6& prefixLensV6() noexcept { return prefixLensV6_; }
 
-  /// Calls `visitor` with each nested machine: of VRF statuses, of IPv4 lengths, of IPv6 lengths.
+  /// Calls `visitor` with each nested machine: those of VRF statuses, of IPv4 lengths and of IPv6
+  /// lengths.
   template <class Visitor>
   void forEach(Visitor visitor) {
     forEachOf(instances_, visitor);

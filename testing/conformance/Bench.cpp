@@ -8,7 +8,7 @@
 namespace ZelVrfSelectionPolicy::Testing::Conformance {
 namespace {
 
-// VRF names are any bytes, at most 100.
+// VRF names may have any bytes, at most 100.
 const std::vector<L3::VrfName>& oddNames() {
   static const std::vector<L3::VrfName> names = {"two\nlines",
                                                  "tab\there",

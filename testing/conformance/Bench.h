@@ -12,8 +12,9 @@
 
 namespace ZelVrfSelectionPolicy::Testing::Conformance {
 
-/// How much a chip holds: the resources in use if it tells, otherwise how many more actions fit.
-/// Two of the same chip are equal exactly when nothing was lost or gained in between.
+/// The occupancy of a chip: the resources in use if the chip reports them, otherwise the number of
+/// actions that still fit. Two of the same chip are equal exactly when no resource was lost or
+/// gained between them.
 struct Occupancy {
   bool isTold = false;
   std::size_t count = 0;
@@ -23,23 +24,23 @@ struct Occupancy {
 
 std::ostream& operator<<(std::ostream& stream, const Occupancy& occupancy);
 
-/// A chip that has been made full, or for which that failed.
+/// The result of filling a chip.
 struct Filling {
-  std::vector<VrfAction> held;      // reported as programmed, in the order of their creation
-  VrfAction refused;                // the one after them; only with a refusal
-  std::optional<HwStatus> refusal;  // none when the chip took all that it was given
+  std::vector<VrfAction> held;      // programmed actions, in the order of their creation
+  VrfAction refused;                // the next action; valid only with a refusal
+  std::optional<HwStatus> refusal;  // nothing if the chip accepted all actions
 };
 
-/// An outcome and what led to it.
+/// An outcome and a description of its hook call.
 struct Outcome {
   std::string of;
   HwStatus status;
 };
 
-/// A chip on the bench of a test, with the facts that it reads and the hooks under watch.
+/// A chip in a test, with its facts and its watched hooks.
 ///
-/// VRFs "red", "blue", "green" and "default" have hardware ids from the beginning, and every VRF
-/// that an action of `plain` or `numbered` names gets one.
+/// VRFs "red", "blue", "green" and "default" have hardware ids from the beginning. `plain` and
+/// `numbered` assign one to their VRF.
 class Bench {
  public:
   explicit Bench(std::unique_ptr<ChipUnderTest> chip);
@@ -47,12 +48,12 @@ class Bench {
   [[nodiscard]] ChipUnderTest& chip() const noexcept { return *chip_; }
   [[nodiscard]] const ChipFacts& facts() const noexcept { return facts_; }
   [[nodiscard]] WatchedVrfHelper& watched() const noexcept { return *helper_; }
-  /// What a state machine is given for its chip.
+  /// The helper for a state machine.
   [[nodiscard]] Mox::Ptr<VrfHelper> helper() const { return helper_; }
 
   [[nodiscard]] VrfAction plain(const L3::VrfName& vrf);
   [[nodiscard]] VrfAction numbered(std::size_t number);
-  /// Decapsulation in "red", with "blue" to fall back to and "green" after it.
+  /// Decapsulation in "red", with fallback VRF "blue" and post-decapsulation VRF "green".
   [[nodiscard]] VrfAction decapsulating();
   /// An action whose VRF has no hardware id, which a chip may refuse.
   [[nodiscard]] VrfAction withoutId(const L3::VrfName& vrf) const;
@@ -61,14 +62,14 @@ class Bench {
   HwStatus update(const VrfAction& action) { return helper_->updateVrf(action); }
   void remove(const VrfAction& action) { helper_->deleteVrf(action); }
 
-  /// Creates numbered actions until one is refused. One that is refused is not deleted.
+  /// Creates numbered actions until one is refused, which is not deleted.
   [[nodiscard]] Filling fill();
-  /// Deletes the actions that fill the chip, and the one that it refused.
+  /// Deletes the actions of `filling`, also the refused one.
   void empty(const Filling& filling);
   [[nodiscard]] Occupancy occupancy();
 
-  /// What creations, and updates of what was not created, report when as much goes wrong as the
-  /// suite can bring about. All is deleted again.
+  /// The outcomes of creations and updates that fail, for every failure that the suite can cause.
+  /// All actions are deleted afterwards.
   [[nodiscard]] std::vector<Outcome> troubledOutcomes();
 
  private:
@@ -85,7 +86,7 @@ class Bench {
 [[nodiscard]] inline bool isProgrammed(const HwStatus& status) noexcept {
   return status.status() == ProgrammingResult::programmedInHw;
 }
-/// "programmed", or all that the record says of the failure.
+/// "programmed", or the short form of the failure.
 [[nodiscard]] std::string result(const HwStatus& status);
 
 }  // namespace ZelVrfSelectionPolicy::Testing::Conformance

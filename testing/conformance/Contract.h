@@ -4,12 +4,12 @@
 
 namespace ZelVrfSelectionPolicy::Testing::Conformance {
 
-/// A failure's last words: the clause of the contract that is broken.
+/// The last line of a failure: the clause of the contract that is violated.
 [[nodiscard]] inline std::string contract(const std::string& clause) {
   return "The contract of VrfHelper says: " + clause + ".";
 }
 
-// Clauses on which several tests insist.
+// Clauses that several tests check.
 inline constexpr const char* freeResourcesCanBeHad =
     "a resource that is free can be had by the next action that is created";
 inline constexpr const char* deletionFrees = "deleting an action frees all that it holds";

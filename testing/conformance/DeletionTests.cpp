@@ -1,4 +1,4 @@
-// Deletions, and lives that they end.
+// Deletions.
 
 #include <algorithm>
 #include <random>
@@ -19,7 +19,7 @@ void linkDeletionTests() {}
 
 namespace {
 
-// Random lives of a few actions, by calls in an order that the contract allows.
+// Random hook calls for a few actions, in an order that the contract allows.
 class RandomLives {
  public:
   RandomLives(Bench& bench, std::uint32_t seed)
@@ -60,7 +60,7 @@ class RandomLives {
     if (!isMade) changed_.erase(place);
   }
 
-  // The next call for the action: its creation, or one of the two that may follow.
+  // The next call for the action: its creation, or an update or its deletion.
   void live(const VrfAction& action, bool goesOn) {
     if (created_.insert(action).second) {
       (void)bench_.create(action);

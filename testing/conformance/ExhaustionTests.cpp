@@ -1,4 +1,4 @@
-// A chip without a free resource, and how it gets out of that.
+// A chip without a free resource, and its recovery.
 
 #include "testing/Shown.h"
 #include "testing/VrfHelperConformance.h"

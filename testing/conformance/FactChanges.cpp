@@ -9,7 +9,7 @@ void redIdIs(const ChipFacts& facts, std::uint32_t id) {
   facts.routes->vrfStatusIs("red")->vrfIdIs(id);
 }
 
-// The first id that a bench gives.
+// The first id that a `Bench` assigns.
 constexpr std::uint32_t redId = 1;
 
 FactChange anotherId() {

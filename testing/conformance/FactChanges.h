@@ -8,14 +8,14 @@
 
 namespace ZelVrfSelectionPolicy::Testing::Conformance {
 
-/// One thing that can happen to what a chip reads, and how it is undone.
+/// A change of a fact that a chip reads, and its reversal.
 struct FactChange {
   std::string what;
   std::function<void(const ChipFacts&)> make;
   std::function<void(const ChipFacts&)> undo;
 };
 
-/// Changes of each kind of fact, of the VRFs that a bench begins with.
+/// Changes of each kind of fact, for the VRFs that a `Bench` has at the beginning.
 [[nodiscard]] const std::vector<FactChange>& factChanges();
 
 }  // namespace ZelVrfSelectionPolicy::Testing::Conformance

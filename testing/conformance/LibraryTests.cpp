@@ -1,4 +1,4 @@
-// The chip as the library drives it: by the users of actions, and by changes of facts.
+// Hook calls by the library: for users of actions, and for changes of facts.
 
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "testing/Shown.h"
@@ -15,12 +15,12 @@ void linkLibraryTests() {}
 
 namespace {
 
-// The library's state machine, its tables, and the chip on the bench.
+// The library's state machine, its tables, and the chip.
 class Library {
  public:
   explicit Library(const Bench& bench) : bench_(bench) { machineIs(); }
 
-  // In place of the one that there was.
+  // Creates a machine, which replaces the previous one.
   void machineIs() {
     machine_ = vrfSmFactory(users_, statuses_, bench_.helper(), bench_.facts().fallbacks,
                             bench_.facts().routes, bench_.facts().routes6);
@@ -37,7 +37,7 @@ class Library {
   Mox::Ptr<VrfSm> machine_;
 };
 
-// As many actions as the chip takes, each with a user, and the one that it refuses.
+// Adds a user to one action after the other until the chip refuses one.
 Filling fillThrough(Library& library, Bench& bench, std::size_t most) {
   Filling filling;
   for (std::size_t number = 1; number <= most && !filling.refusal; ++number) {

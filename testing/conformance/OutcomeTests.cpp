@@ -1,4 +1,4 @@
-// What creations and updates report.
+// Outcomes of creations and updates.
 
 #include "testing/Shown.h"
 #include "testing/VrfHelperConformance.h"

@@ -11,7 +11,7 @@ std::uint8_t byteAt(std::string_view text, std::size_t place) {
   return static_cast<std::uint8_t>(text[place]);
 }
 
-// How many bytes the first one announces; 0 when none begins with it.
+// The length of a sequence by its first byte; 0 for an invalid first byte.
 std::size_t announcedLength(std::uint8_t first) {
   if (first < 0x80) return 1;
   if (first >= 0xc2 && first < 0xe0) return 2;

@@ -2,8 +2,9 @@
 
 namespace ZelVrfSelectionPolicy::Testing::Conformance {
 
-/// The suite lies in a static library, from which a linker takes only what is referred to. Each
-/// file of tests has a function here, and whoever makes a parameter for the suite refers to all.
+/// Makes the linker include all files of tests. The suite is a static library, of which a linker
+/// includes only the object files that are referenced. Each file of tests has a function here. The
+/// constructor of the parameter references them all.
 void linkTestFiles();
 
 void linkOutcomeTests();

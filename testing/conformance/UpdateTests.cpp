@@ -1,4 +1,4 @@
-// Updates: nothing new for nothing new, and all that is new.
+// Updates, with and without changes of facts.
 
 #include "testing/Shown.h"
 #include "testing/VrfHelperConformance.h"
@@ -14,7 +14,7 @@ void linkUpdateTests() {}
 
 namespace {
 
-// What of an action can be compared: whether it is programmed, and with what.
+// The comparable state of an action: whether it is programmed, and its contents.
 std::string stateOf(const Bench& bench, const VrfAction& action, const HwStatus& status) {
   const std::string result = stringValue(status.status()).str();
   return result + " " + bench.chip().programOf(action).value_or("");

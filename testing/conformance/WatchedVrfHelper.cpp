@@ -43,7 +43,7 @@ HwStatus failed() {
   return status;
 }
 
-// What the hook returns, or `thrown` when it throws.
+// Returns the result of the hook, or `thrown` if it throws.
 template <class Result, class Call>
 Result watched(const char* hook, const VrfAction& action, HookTimes& times, Result thrown,
                const Call& call) {

@@ -7,7 +7,7 @@
 
 namespace ZelVrfSelectionPolicy::Testing::Conformance {
 
-/// How long the calls of one hook took.
+/// The times of the calls of one hook.
 struct HookTimes {
   using Duration = std::chrono::steady_clock::duration;
 
@@ -16,8 +16,8 @@ struct HookTimes {
   Duration longest{};
 };
 
-/// Stands between the library and a chip: passes each call on, takes its time, and holds the chip
-/// to throwing nothing. A hook that throws fails the running test, and counts as one that failed.
+/// A proxy of a chip: forwards each hook call, measures its time, and checks that it does not
+/// throw. A hook that throws fails the running test, and its outcome is a failure.
 class WatchedVrfHelper final : public VrfHelper {
  public:
   /// `chip` must not be null.
