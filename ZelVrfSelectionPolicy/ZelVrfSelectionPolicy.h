@@ -1,8 +1,7 @@
 #pragma once
 
-// The whole library in one include: value records, tables, the boundary to the chip, and the
-// state machines. An agent begins with `zelVrfSelectionPolicySmFactory`, the layer of a chip with
-// `VrfHelper`.
+/// Includes the whole library: value records, tables, the interface to the chip, and the state
+/// machines. An agent calls `zelVrfSelectionPolicySmFactory`. A chip derives from `VrfHelper`.
 
 #include "Velo/Export.h"
 #include "Velo/String.h"

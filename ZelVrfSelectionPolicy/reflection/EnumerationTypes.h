@@ -5,8 +5,7 @@
 #include "ZelVrfSelectionPolicy/values/FailureCode.h"
 #include "ZelVrfSelectionPolicy/values/ProgrammingResult.h"
 
-// The entries of the library's enumerations, which have no class to keep them in. With this header
-// their values can be attributes.
+/// The entries of the library's enumerations. Include it where their values are attributes.
 
 namespace ZelVrfSelectionPolicy {
 

@@ -5,8 +5,8 @@
 
 namespace ZelVrfSelectionPolicy {
 
-// State that all state machines on the same two tables share. It is in the tables, so that one
-// change causes one creation or deletion, by one of the machines.
+/// State that all state machines on the same two tables share. It is in the tables, so that one
+/// change causes one creation or deletion, by one of the machines.
 
 /// A change of a count whose notification is in progress.
 struct VrfHwConfig::Change {

@@ -23,6 +23,7 @@ enum class FailureCode : unsigned char {
 /// The names by code.
 inline constexpr std::array<std::string_view, 3> failureCodeNames{
     "failureNone", "failureVrfResourceAlloc", "failureVrfResourceExhausted"};
+/// Codes and names of the values.
 inline constexpr Mox::EnumType<FailureCode> failureCodes("ZelVrfSelectionPolicy::FailureCode",
                                                          failureCodeNames);
 

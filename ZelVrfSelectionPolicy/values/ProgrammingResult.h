@@ -21,6 +21,7 @@ enum class ProgrammingResult : unsigned char {
 /// The names by code.
 inline constexpr std::array<std::string_view, 2> programmingResultNames{"programmedInHw",
                                                                         "programmingFailure"};
+/// Codes and names of the values.
 inline constexpr Mox::EnumType<ProgrammingResult> programmingResults(
     "ZelVrfSelectionPolicy::ProgrammingResult", programmingResultNames);
 

@@ -8,8 +8,8 @@
 
 namespace ZelVrfSelectionPolicy {
 
-// A nested machine follows its VRF from its creation on. A hook may change facts earlier, during
-// the start of the owner. These changes are found by comparison with the facts at the beginning.
+/// A nested machine follows its VRF from its creation on. A hook may change facts earlier, during
+/// the start of the owner. These changes are found by comparison with the facts at the beginning.
 
 /// The VRF ids of an IPv4 route status.
 class VrfIdsAtStart {

@@ -6,9 +6,9 @@
 
 namespace ZelVrfSelectionPolicy {
 
-// The two reactors of a VRF state machine to the hardware route status. A notification does not
-// distinguish an addition from a removal, so the reactor reads the present entry of the key. The
-// machine resets the reactor's pointer to it before it is destroyed.
+/// The two reactors of a VRF state machine to the hardware route status. A notification does not
+/// distinguish an addition from a removal, so the reactor reads the present entry of the key. The
+/// machine resets the reactor's pointer to it before it is destroyed.
 
 /// Follows the IPv4 route status: VRF statuses, prefix lengths and decapsulation flags.
 class ZEL_HIDDEN VrfSm::MoxRoutingHwRouteStatus final

@@ -63,6 +63,7 @@ struct VrfSmMessages {
       message(7, 282, "handleDecapNh", {"VrfSm::", "handleDecapNh", " action:", "%u"});
 };
 
+/// The messages, which are registered while the library is loaded.
 inline const VrfSmMessages vrfSmMessages;
 
 }  // namespace ZelVrfSelectionPolicy

@@ -75,6 +75,7 @@ class ZEL_EXPORT Ring {
   std::size_t next_ = 0;  // the slot of the next message
 };
 
+/// See the declaration in `Ring`.
 class Ring::Message {
  public:
   Message(Ring& ring, SiteId site) noexcept : ring_(ring), slot_(ring.ring_[ring.next_]) {

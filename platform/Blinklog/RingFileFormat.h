@@ -13,8 +13,10 @@
 /// them.
 namespace Blinklog::RingFileFormat {
 
+/// The first bytes of the file.
 inline constexpr std::array<char, 8> magic{'B', 'l', 'i', 'n', 'k', 'l', 'o', 'g'};
 inline constexpr std::uint32_t byteOrder = 0x01020304;
+/// Increment it with every change of the layout.
 inline constexpr std::uint32_t version = 1;
 inline constexpr std::size_t headerBytes = 4096;
 inline constexpr std::size_t siteTableBytes = std::size_t{252} * 1024;
@@ -23,6 +25,7 @@ inline constexpr std::uint32_t mostSlots = 65536;
 /// Maximum size of one row of the table.
 inline constexpr std::size_t mostSiteBytes = 4096;
 
+/// The header, at the beginning of the file.
 struct Header {
   std::array<char, 8> magic = RingFileFormat::magic;
   std::uint32_t byteOrder = RingFileFormat::byteOrder;
@@ -41,6 +44,7 @@ struct Header {
 };
 static_assert(sizeof(Header) == 48);
 
+/// The size of a file with that number of slots.
 [[nodiscard]] constexpr std::size_t fileBytes(std::size_t slots) noexcept {
   return slotsOffset + slots * Slot::bytes;
 }

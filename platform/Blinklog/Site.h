@@ -50,6 +50,7 @@ class SiteNotifiee {
 
 /// Calls `notifiee` with every registered site, and later with each new one.
 void siteNotifieeIs(SiteNotifiee& notifiee);
+/// Ends the calls of `notifiee`.
 void siteNotifieeDel(const SiteNotifiee& notifiee) noexcept;
 
 }  // namespace Blinklog

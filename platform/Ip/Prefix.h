@@ -6,8 +6,10 @@
 
 namespace Ip {
 
+/// An address family.
 enum class Family : std::uint8_t { v4, v6 };
 
+/// The length of an address in bits.
 [[nodiscard]] constexpr unsigned addressBits(Family family) noexcept {
   return family == Family::v4 ? 32 : 128;
 }

@@ -28,7 +28,7 @@ struct TypeOf<T> {
   static constexpr const Type& entry = T::moxType;
 };
 
-// The types that every module may use without registering them.
+/// The types that every module may use without registering them.
 ZEL_EXPORT extern const Type boolType;
 ZEL_EXPORT extern const Type unsignedType;
 ZEL_EXPORT extern const Type stringType;
@@ -147,6 +147,7 @@ class ZEL_EXPORT AnyValue {
   void* value_ = nullptr;
 };
 
+/// A value type is held as it is.
 template <ValueType T>
 struct Kind<T> {
   static std::string name() { return std::string(TypeOf<T>::entry.name); }

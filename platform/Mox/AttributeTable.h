@@ -11,23 +11,23 @@
 #include "Mox/HashMap2018.h"
 #include "Mox/Reflection.h"
 
-// Functions that build the rows of a table of attributes. A row names the functions of the class
-// that implement the operations of the attribute. An operation without a function is not accepted.
-//
-//     constexpr Mox::Attribute attributes[] = {
-//         {130, "owner", Mox::reference<&Lamp::owner>()},
-//         {131, "colour", Mox::field<&Lamp::colour, &Lamp::colourIs>()},
-//         {132, "switches", Mox::collection<Lamp, Lamp::Switches, &Lamp::switches>()},
-//         {133, "handlePower", Mox::handler<&Lamp::handlePower>()},
-//     };
+/// Functions that build the rows of a table of attributes. A row names the functions of the class
+/// that implement the operations of the attribute. An operation without a function is not accepted.
+///
+///     constexpr Mox::Attribute attributes[] = {
+///         {130, "owner", Mox::reference<&Lamp::owner>()},
+///         {131, "colour", Mox::field<&Lamp::colour, &Lamp::colourIs>()},
+///         {132, "switches", Mox::collection<Lamp, Lamp::Switches, &Lamp::switches>()},
+///         {133, "handlePower", Mox::handler<&Lamp::handlePower>()},
+///     };
 
 namespace Mox {
 
 /// The functions behind the rows.
 namespace Rows {
 
-// Parameters and result of a member function, or of a free function whose first parameter is the
-// object.
+/// Parameters and result of a member function, or of a free function whose first parameter is the
+/// object.
 template <class Function>
 struct Signature;
 template <class R, class O, class... P>
@@ -52,7 +52,7 @@ using ResultOf = typename Signature<decltype(function)>::Result;
 template <auto function>
 using ParametersOf = typename Signature<decltype(function)>::Parameters;
 
-// An entity is passed as a pointer to its base, a record as a pointer to itself.
+/// An entity is passed as a pointer to its base, a record as a pointer to itself.
 template <class T>
 using BaseOf = std::conditional_t<std::derived_from<T, PtrInterface>, PtrInterface, T>;
 template <class T>
@@ -87,7 +87,7 @@ AnyValue changed(void* object, const Arguments& arguments) {
   return invoke<function>(changeable<ObjectOf<function>>(object), arguments);
 }
 
-// The changing function, or null.
+/// The changing function, or null.
 template <auto function>
 constexpr Access::Change changeOrNone() {
   if constexpr (std::is_null_pointer_v<decltype(function)>) {
@@ -200,7 +200,7 @@ struct CollectionOf {
   };
 };
 
-// Adds a member to a set. Nothing else can be written.
+/// Adds a member to a set. Nothing else can be written.
 template <auto add>
 AnyValue added(void* object, const Arguments& arguments) {
   using Key = std::tuple_element_t<0, ParametersOf<add>>;

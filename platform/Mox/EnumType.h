@@ -12,6 +12,7 @@
 
 namespace Mox {
 
+/// The names of an enumeration; see the definitions below.
 template <class Value>
 class EnumType;
 

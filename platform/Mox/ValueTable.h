@@ -9,12 +9,12 @@
 #include "Mox/Reflection.h"
 #include "Mox/Strep.h"
 
-// Functions that build the tables of operations on value types: `recordOperations` for a record,
-// `simpleOperations` for a type without fields. For an enumeration `enumerationReflection` is the
-// whole table.
-//
-//     constexpr Mox::ValueOperations operations =
-//         Mox::recordOperations<VrfAction, L3::VrfName, PolicyMap::ActionType>();
+/// Functions that build the tables of operations on value types: `recordOperations` for a record,
+/// `simpleOperations` for a type without fields. For an enumeration `enumerationReflection` is the
+/// whole table.
+///
+///     constexpr Mox::ValueOperations operations =
+///         Mox::recordOperations<VrfAction, L3::VrfName, PolicyMap::ActionType>();
 
 namespace Mox {
 
@@ -55,7 +55,7 @@ void* parsed(std::string_view text) {
   return new T(strepToValue<T>(text));
 }
 
-// The hash of the type if it has one, otherwise the hash of the string form.
+/// The hash of the type if it has one, otherwise the hash of the string form.
 template <class T>
 unsigned hash(const void* value) {
   if constexpr (requires { as<T>(value).hash(0U); }) {
@@ -94,7 +94,7 @@ std::span<const std::string_view> allNames() {
   return enumeration.names();
 }
 
-// The operations common to all value types, with functions that construct and parse a value.
+/// The operations common to all value types, with functions that construct and parse a value.
 template <class T>
 constexpr ValueOperations operations(void* (*construct)(const Arguments&),
                                      void* (*parse)(std::string_view)) {

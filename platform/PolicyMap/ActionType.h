@@ -27,7 +27,9 @@ enum class ActionType : unsigned char {
 /// The names by code.
 inline constexpr std::array<std::string_view, 4> actionTypeNames{"actionNone", "actionVrf",
                                                                  "actionDecapVrf", "actionDiscard"};
+/// Codes and names of the values.
 inline constexpr Mox::EnumType<ActionType> actionTypes("PolicyMap::ActionType", actionTypeNames);
+/// The entry of the type.
 ZEL_EXPORT extern const Mox::Type actionTypeType;
 
 /// The value with that code or name. Throws `Mox::RangeException` if there is none.

@@ -21,6 +21,7 @@ struct PolicyMapRule {
   bool operator==(const PolicyMapRule&) const = default;
 };
 
+/// The rules of one policy map, in ascending order of their sequences.
 using PolicyMapRules = std::vector<PolicyMapRule>;
 
 /// The configured policy maps: a list of rules for each name. A policy map is replaced as a whole,

@@ -28,6 +28,7 @@ struct RuleListChange {
   std::vector<bool> stays;
 };
 
+/// Computes the change of the list `before` into the list `after`.
 [[nodiscard]] ZEL_EXPORT RuleListChange changeOfRules(std::span<const PolicyMap::AclRule> before,
                                                       std::span<const PolicyMap::AclRule> after);
 

@@ -71,6 +71,7 @@ class ZEL_EXPORT String {
   Shared* shared_ = nullptr;
 };
 
+/// Writes the bytes.
 ZEL_EXPORT std::ostream& operator<<(std::ostream& stream, const String& text);
 
 }  // namespace Velo

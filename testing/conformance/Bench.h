@@ -22,6 +22,7 @@ struct Occupancy {
   friend bool operator==(const Occupancy&, const Occupancy&) = default;
 };
 
+/// Writes the count and its meaning.
 std::ostream& operator<<(std::ostream& stream, const Occupancy& occupancy);
 
 /// The result of filling a chip.
@@ -83,6 +84,7 @@ class Bench {
   std::uint32_t lastId_ = 0;
 };
 
+/// Whether the outcome is a success.
 [[nodiscard]] inline bool isProgrammed(const HwStatus& status) noexcept {
   return status.status() == ProgrammingResult::programmedInHw;
 }

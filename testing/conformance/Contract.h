@@ -9,7 +9,7 @@ namespace ZelVrfSelectionPolicy::Testing::Conformance {
   return "The contract of VrfHelper says: " + clause + ".";
 }
 
-// Clauses that several tests check.
+/// Clauses that several tests check.
 inline constexpr const char* freeResourcesCanBeHad =
     "a resource that is free can be had by the next action that is created";
 inline constexpr const char* deletionFrees = "deleting an action frees all that it holds";
