@@ -7,7 +7,7 @@ namespace ZelVrfSelectionPolicy {
 namespace {
 
 // Maximum capacity that an empty list keeps.
-constexpr std::size_t mostKept = 16;
+constexpr std::size_t maxKept = 16;
 
 using Names = std::array<const L3::VrfName*, 3>;
 
@@ -69,7 +69,7 @@ void ActionsByVrf::tidy(List& list) noexcept {
   if (list.walks != 0) return;
   while (!list.places.empty() && list.places.back() == none)
     list.places.pop_back();
-  if (list.places.empty() && list.places.capacity() > mostKept) {
+  if (list.places.empty() && list.places.capacity() > maxKept) {
     std::vector<Place>().swap(list.places);
   } else if (list.entries < list.places.size() / 2) {
     closeHoles(list);

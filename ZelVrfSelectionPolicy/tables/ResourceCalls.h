@@ -12,7 +12,7 @@ namespace ZelVrfSelectionPolicy {
 struct VrfHwConfig::Change {
   const VrfAction& action;
   /// Whether a subscriber has deleted the resource of the action during the notification.
-  bool resourceEnded = false;
+  bool resourceDeleted = false;
 };
 
 /// An active hook call for one action.

@@ -68,15 +68,15 @@ void VrfSm::PrefixLensSm::moxDoZombieReactors(bool zombie) {
 
 void VrfSm::PrefixLensSm::handleInitialized() {
   messages_.initialized(name());
-  updateWhatNamesIt();
+  updateActions();
 }
 
 void VrfSm::PrefixLensSm::handlePrefixLen() {
   messages_.prefixLen(name());
-  updateWhatNamesIt();
+  updateActions();
 }
 
-void VrfSm::PrefixLensSm::updateWhatNamesIt() {
+void VrfSm::PrefixLensSm::updateActions() {
   if (vrfSm_ != nullptr) vrfSm_->handleVrfUpdates(L3::VrfName(name()), false);
 }
 

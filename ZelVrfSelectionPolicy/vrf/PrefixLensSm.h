@@ -41,7 +41,7 @@ class ZEL_EXPORT VrfSm::PrefixLensSm : public Mox::PtrInterface::NotifieeConst {
 
  private:
   [[nodiscard]] ZEL_HIDDEN Velo::String name() const noexcept;
-  ZEL_HIDDEN void updateWhatNamesIt();
+  ZEL_HIDDEN void updateActions();
 
   VrfSm* vrfSm_;
   const PrefixLensMessages& messages_;

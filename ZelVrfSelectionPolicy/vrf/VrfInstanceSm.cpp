@@ -86,15 +86,15 @@ void VrfSm::VrfInstanceSm::handleVrfId() {
     messages.notAssigned();
     return;
   }
-  updateWhatNamesIt();
+  updateActions();
 }
 
 void VrfSm::VrfInstanceSm::handleVrfRemove() {
   messages.vrfRemove(vrfName().bytes(), vrfId());
-  updateWhatNamesIt();
+  updateActions();
 }
 
-void VrfSm::VrfInstanceSm::updateWhatNamesIt() {
+void VrfSm::VrfInstanceSm::updateActions() {
   if (vrfSm_ != nullptr) vrfSm_->handleVrfUpdates(vrfName(), false);
 }
 

@@ -46,7 +46,7 @@ class ZEL_EXPORT VrfSm::VrfInstanceSm final : public Mox::PtrInterface::Notifiee
 
  private:
   [[nodiscard]] ZEL_HIDDEN unsigned vrfId() const noexcept;
-  ZEL_HIDDEN void updateWhatNamesIt();
+  ZEL_HIDDEN void updateActions();
 
   VrfSm* vrfSm_;
 };

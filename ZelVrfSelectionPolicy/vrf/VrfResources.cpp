@@ -27,14 +27,14 @@ constexpr const char* handler =
 }  // namespace
 
 void VrfResources::handleRefCountChange(const VrfAction& action) {
-  if (ResourceCall* underWay = creationOrDeletion(action)) {
-    underWay->countChanged = true;
+  if (ResourceCall* activeCall = creationOrDeletion(action)) {
+    activeCall->countChanged = true;
     return;
   }
   const unsigned count = users_->vrfRefCount(action);
   const bool isCreated = statuses_->hwStatusHas(action);
   if (count == 0) {
-    if (isCreated || !anotherEnded(action)) remove(action);
+    if (isCreated || !wasDeletedByAnother(action)) remove(action);
   } else if (isCreated) {
     vrfSmMessages.alreadyInUse(action.vrfName().bytes(), count);
   } else if (count == 1) {
@@ -61,7 +61,7 @@ void VrfResources::create(const VrfAction& action) {
 }
 
 void VrfResources::remove(const VrfAction& action) {
-  bool countedMeanwhile = false;
+  bool hasEntryAgain = false;
   {
     const Calls::Scope deletion(statuses_->calls_, action, ResourceCall::Kind::deletion);
     helper_->deleteVrf(action);
@@ -74,12 +74,12 @@ void VrfResources::remove(const VrfAction& action) {
     // their entry is removed, too.
     users_->vrfRefCountDelUnused(action);
     statuses_->hwStatusDel(action);
-    countedMeanwhile = users_->vrfRefCountDelUnused(action);
+    hasEntryAgain = users_->vrfRefCountDelUnused(action);
     users_->changes_.forEach([&](VrfHwConfig::Change& change) {
-      if (change.action == action) change.resourceEnded = true;
+      if (change.action == action) change.resourceDeleted = true;
     });
   }
-  if (countedMeanwhile && users_->vrfRefCount(action) != 0) create(action);
+  if (hasEntryAgain && users_->vrfRefCount(action) != 0) create(action);
 }
 
 VrfResources::ResourceCall* VrfResources::creationOrDeletion(const VrfAction& action) const {
@@ -89,15 +89,15 @@ VrfResources::ResourceCall* VrfResources::creationOrDeletion(const VrfAction& ac
 }
 
 bool VrfResources::isBeingDeleted(const VrfAction& action) const {
-  const ResourceCall* underWay = creationOrDeletion(action);
-  return underWay != nullptr && underWay->kind == ResourceCall::Kind::deletion;
+  const ResourceCall* activeCall = creationOrDeletion(action);
+  return activeCall != nullptr && activeCall->kind == ResourceCall::Kind::deletion;
 }
 
 // Whether another subscriber has deleted the resource during the notification of the change that is
 // being handled.
-bool VrfResources::anotherEnded(const VrfAction& action) const noexcept {
+bool VrfResources::wasDeletedByAnother(const VrfAction& action) const noexcept {
   const VrfHwConfig::Change* change = users_->changes_.innermost();
-  return change != nullptr && change->resourceEnded && change->action == action;
+  return change != nullptr && change->resourceDeleted && change->action == action;
 }
 
 void VrfResources::update(const VrfAction& vrfAction) {
@@ -122,7 +122,7 @@ void VrfResources::updateNaming(const L3::VrfName& vrfName) {
   while (actions.advance()) {
     const VrfAction& action = actions.action();
     if (isBeingDeleted(action)) continue;
-    vrfSmMessages.updatingOneOfAll(vrfName.bytes());
+    vrfSmMessages.updatingNamed(vrfName.bytes());
     actions.hwStatusIs(helper->updateVrf(action));
   }
 }

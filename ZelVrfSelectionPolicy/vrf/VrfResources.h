@@ -48,7 +48,7 @@ class VrfResources {
   void program(const VrfAction& action);
   [[nodiscard]] ResourceCall* creationOrDeletion(const VrfAction& action) const;
   [[nodiscard]] bool isBeingDeleted(const VrfAction& action) const;
-  [[nodiscard]] bool anotherEnded(const VrfAction& action) const noexcept;
+  [[nodiscard]] bool wasDeletedByAnother(const VrfAction& action) const noexcept;
 
   const Mox::Ptr<VrfHwConfig>& users_;
   const Mox::Ptr<VrfHwStatus>& statuses_;

@@ -36,7 +36,7 @@ VrfSm::VrfSm(const Mox::Ptr<VrfHwConfig>& vrfHwConfig, const Mox::Ptr<VrfHwStatu
   }
   subscriptionsAre(true);
   try {
-    handleWhatIsThere();
+    handlePresentState();
   } catch (...) {
     tearDown();
     throw;
@@ -77,7 +77,7 @@ void VrfSm::subscriptionsAre(bool subscribed) {
 }
 
 // Only the IPv4 route status has VRF statuses. Of the IPv6 one only the prefix lengths are used.
-void VrfSm::handleWhatIsThere() {
+void VrfSm::handlePresentState() {
   const RouteStatusPtr routes = routingHwRouteStatus();
   const RouteStatus6Ptr routes6 = routing6HwRouteStatus();
   const VrfIdsAtStart vrfIds(routes);

@@ -183,7 +183,7 @@ class ZEL_EXPORT VrfSm final : public Mox::PtrInterface, public Quarry::SlabAllo
 
   [[nodiscard]] bool ignoresChanges() const noexcept { return isZombie() || tearingDown_; }
   ZEL_HIDDEN void subscriptionsAre(bool subscribed);
-  ZEL_HIDDEN void handleWhatIsThere();
+  ZEL_HIDDEN void handlePresentState();
   ZEL_HIDDEN void tearDown() noexcept;
   [[nodiscard]] ZEL_HIDDEN bool decapNhFlag() const;
 

@@ -38,9 +38,9 @@ struct VrfSmMessages {
   Message updatingAll =
       message(5, 130, "updateAllVrfActions",
               {"ZelVrfSelectionPolicy::VrfSm::", "updateAllVrfActions", " ", "%s"});
-  Message updatingOneOfAll = message(5, 137, "updateAllVrfActions",
-                                     {"ZelVrfSelectionPolicy::VrfSm::", "updateAllVrfActions",
-                                      ": Updating VRF HW instance for: ", "%s"});
+  Message updatingNamed = message(5, 137, "updateAllVrfActions",
+                                  {"ZelVrfSelectionPolicy::VrfSm::", "updateAllVrfActions",
+                                   ": Updating VRF HW instance for: ", "%s"});
   Message updatingDependent =
       message(5, 177, "handleVrfUpdates",
               {"ZelVrfSelectionPolicy::VrfSm::", "handleVrfUpdates",

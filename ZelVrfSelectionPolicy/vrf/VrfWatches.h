@@ -43,8 +43,8 @@ class PrefixLensWatches {
     if (!prefixLens) throw Mox::NullArgumentException(attribute_);
     const Velo::String name = prefixLens->name();
     if (const auto* present = machines_.find(name)) return repoint(*present, prefixLens);
-    if (Creation* underWay = creationOf(name)) {
-      underWay->latest = prefixLens;
+    if (Creation* activeCall = creationOf(name)) {
+      activeCall->latest = prefixLens;
     } else {
       create(name, prefixLens);
     }
@@ -52,7 +52,7 @@ class PrefixLensWatches {
 
   void del(const Velo::String& name) {
     if (const auto erased = machines_.erase(name)) return endRemoved(*erased->second);
-    if (Creation* underWay = creationOf(name)) underWay->latest = nullptr;
+    if (Creation* activeCall = creationOf(name)) activeCall->latest = nullptr;
   }
 
   void delAll() {

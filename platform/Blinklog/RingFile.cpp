@@ -28,7 +28,7 @@ Header headerOf(std::size_t slots) {
 }
 
 // Replaces a site that is too long for a row.
-Site standInFor(const Site& site) {
+Site placeholderFor(const Site& site) {
   return {{}, site.line, {}, site.level, {"a message whose site is too long to be told here"}};
 }
 
@@ -49,10 +49,10 @@ RingFile::~RingFile() {
 
 // Writes the header first, so that the file of a killed process is recognised.
 void RingFile::allocate(std::size_t slots) {
-  if (slots > RingFileFormat::mostSlots) {
+  if (slots > RingFileFormat::maxSlots) {
     throw RingFileError(place_.name(), "cannot hold a ring of " + std::to_string(slots) +
                                            " slots; at most " +
-                                           std::to_string(RingFileFormat::mostSlots) + " are told");
+                                           std::to_string(RingFileFormat::maxSlots) + " are told");
   }
   const int file = place_.file().get();
   const Header header = headerOf(slots);
@@ -89,7 +89,7 @@ RingFileFormat::Header& RingFile::header() const noexcept {
 
 void RingFile::onSite(const Site& site) {
   std::string row = RingFileFormat::toRow(site);
-  if (row.size() > RingFileFormat::mostSiteBytes) row = RingFileFormat::toRow(standInFor(site));
+  if (row.size() > RingFileFormat::maxSiteBytes) row = RingFileFormat::toRow(placeholderFor(site));
   // Rows are found by their number, so no row may follow a missing one.
   if (header().sitesLeftOut != 0 || RingFileFormat::slotsOffset - rowsEnd_ < row.size()) {
     ++header().sitesLeftOut;

@@ -21,9 +21,9 @@ inline constexpr std::uint32_t version = 1;
 inline constexpr std::size_t headerBytes = 4096;
 inline constexpr std::size_t siteTableBytes = std::size_t{252} * 1024;
 inline constexpr std::size_t slotsOffset = headerBytes + siteTableBytes;
-inline constexpr std::uint32_t mostSlots = 65536;
+inline constexpr std::uint32_t maxSlots = 65536;
 /// Maximum size of one row of the table.
-inline constexpr std::size_t mostSiteBytes = 4096;
+inline constexpr std::size_t maxSiteBytes = 4096;
 
 /// The header, at the beginning of the file.
 struct Header {

@@ -140,9 +140,9 @@ void needSizes(const Header& header, std::uint64_t fileBytes) {
                   std::to_string(RingFileFormat::siteTableBytes) + " and " +
                   std::to_string(Slot::bytes));
   }
-  if (header.slots == 0 || header.slots > RingFileFormat::mostSlots) {
+  if (header.slots == 0 || header.slots > RingFileFormat::maxSlots) {
     failAsDamaged("its header tells " + std::to_string(header.slots) + " slots, not 1 to " +
-                  std::to_string(RingFileFormat::mostSlots));
+                  std::to_string(RingFileFormat::maxSlots));
   }
   if (fileBytes != RingFileFormat::fileBytes(header.slots)) {
     failAsDamaged("it has " + std::to_string(fileBytes) + " bytes where its header tells " +
@@ -160,7 +160,7 @@ std::vector<Site> sitesIn(const Header& header, std::span<const std::byte> file)
   for (std::uint32_t number = 0; number < header.sites; ++number) {
     const std::size_t before = table.left();
     std::optional<Site> site = table.site();
-    if (!site || before - table.left() > RingFileFormat::mostSiteBytes) {
+    if (!site || before - table.left() > RingFileFormat::maxSiteBytes) {
       failAsDamaged("row " + std::to_string(number) + " of its table of sites is longer than " +
                     "a row or the table can be");
     }
@@ -199,7 +199,7 @@ Record recordOf(const Slot& slot, std::size_t number, const Header& header,
                   std::to_string(slot.arguments.size()));
   }
   const auto arguments = std::span(slot.arguments).first(slot.size);
-  if (!areWhole(site, arguments)) {
+  if (!areComplete(site, arguments)) {
     failAsDamaged(place + " holds an argument that is longer than what is left of the slot");
   }
   return {slot.sequence, &site, textOf(site, arguments)};

@@ -78,7 +78,7 @@ std::string textOf(const Site& site, std::span<const std::byte> arguments) {
   return text;
 }
 
-bool areWhole(const Site& site, std::span<const std::byte> arguments) noexcept {
+bool areComplete(const Site& site, std::span<const std::byte> arguments) noexcept {
   Arguments left(arguments);
   return std::all_of(site.fragments.begin(), site.fragments.end(),
                      [&](const std::string& fragment) {

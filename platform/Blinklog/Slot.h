@@ -38,6 +38,6 @@ struct TextHeader {
 
 /// Whether `arguments` can be those of a message of `site`: each argument is complete, and at most
 /// the last ones are missing.
-[[nodiscard]] bool areWhole(const Site& site, std::span<const std::byte> arguments) noexcept;
+[[nodiscard]] bool areComplete(const Site& site, std::span<const std::byte> arguments) noexcept;
 
 }  // namespace Blinklog

@@ -13,7 +13,7 @@ Message::Message(const Source& source, unsigned level, unsigned line, const char
       line_(line),
       function_(function),
       fragments_{},
-      fragmentCount_(std::min(fragments.size(), mostFragments)),
+      fragmentCount_(std::min(fragments.size(), maxFragments)),
       site_(Blinklog::siteIs(
           {source.path, line, function, level, {fragments.begin(), fragments.end()}})) {
   std::copy_n(fragments.begin(), fragmentCount_, fragments_.begin());

@@ -67,7 +67,7 @@ class ZEL_EXPORT Message {
   }
 
  private:
-  static constexpr std::size_t mostFragments = 8;
+  static constexpr std::size_t maxFragments = 8;
 
   [[nodiscard]] const Mox::TraceHandle& handle() const {
     if (handle_ == nullptr) [[unlikely]]
@@ -80,7 +80,7 @@ class ZEL_EXPORT Message {
   unsigned level_;
   unsigned line_;
   const char* function_;
-  std::array<std::string_view, mostFragments> fragments_;
+  std::array<std::string_view, maxFragments> fragments_;
   std::size_t fragmentCount_;
   Blinklog::SiteId site_;
   mutable const Mox::TraceHandle* handle_ = nullptr;  // null until a message is sent

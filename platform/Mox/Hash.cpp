@@ -11,7 +11,7 @@ namespace {
 constexpr const char* variable = "MOX_HASH_SEED";
 
 // 0 when the environment sets none.
-unsigned seedOfEnvironment() noexcept {
+unsigned seedFromEnvironment() noexcept {
   const char* text = std::getenv(variable);
   if (text == nullptr) return 0;
   const std::string_view digits(text);
@@ -28,7 +28,7 @@ unsigned seedOfEnvironment() noexcept {
 constinit unsigned HashHelper::seed_ = 0;
 
 void HashHelper::drawSeed() noexcept {
-  seed_ = seedOfEnvironment();
+  seed_ = seedFromEnvironment();
   std::random_device random;
   while (seed_ == 0)
     seed_ = random();

@@ -193,7 +193,7 @@ class HashMap2018 {
  private:
   static constexpr Position chunkSlots = 32;
   static constexpr std::size_t smallestIndex = 8;
-  static constexpr std::size_t mostKept = 16;  // capacity of `withdrawn_` between pins
+  static constexpr std::size_t maxKept = 16;  // capacity of `withdrawn_` between pins
   static constexpr std::size_t absent = static_cast<std::size_t>(-1);
 
   // `used` has a bit per slot; a slot without its bit holds the position of the next free one.
@@ -278,7 +278,7 @@ class HashMap2018 {
   [[gnu::noinline]] void discardWithdrawn() noexcept {
     for (const Position at : withdrawn_)
       discard(at);
-    if (withdrawn_.size() > mostKept) {
+    if (withdrawn_.size() > maxKept) {
       std::vector<Position>().swap(withdrawn_);
     } else {
       withdrawn_.clear();

@@ -13,7 +13,7 @@ using Places = std::vector<std::size_t>;
 constexpr std::size_t none = RuleListChange::none;
 
 // Limit of comparisons for a rule that the other list has many times.
-constexpr std::size_t mostPairsPerRule = 64;
+constexpr std::size_t maxPairsPerRule = 64;
 
 // The places of a rule in the old list, and how often it was found in the new list.
 struct Occurrences {
@@ -92,8 +92,8 @@ void keepLongestCommon(std::span<const AclRule> after, const Middle& middle, Occ
     Occurrences* const equal = old.find(after[at]);
     if (equal == nullptr) continue;
     const std::size_t count = equal->places.size();
-    const std::size_t last = std::min(equal->met++ + mostPairsPerRule / 2, count);
-    const std::size_t first = last - std::min(last, mostPairsPerRule);
+    const std::size_t last = std::min(equal->met++ + maxPairsPerRule / 2, count);
+    const std::size_t first = last - std::min(last, maxPairsPerRule);
     for (std::size_t occurrence = last; occurrence > first; --occurrence)
       common.consider(equal->places[occurrence - 1], at);
   }

@@ -20,8 +20,8 @@ class Change {
     change_ = changeOfRules(present, wanted.rules);
     list_.resize(present.size());
     std::iota(list_.begin(), list_.end(), std::size_t{0});
-    leaves_ = change_.stays;
-    leaves_.flip();
+    unplaced_ = change_.stays;
+    unplaced_.flip();
     wanted_.results.assign(wanted.rules.size(), {});
   }
 
@@ -29,18 +29,18 @@ class Change {
   bool addAndMove() {
     std::size_t place = 0;
     for (std::size_t at = 0; at < wanted_.rules.size(); ++at) {
-      while (place < list_.size() && isLeaving(list_[place]))
+      while (place < list_.size() && isUnplaced(list_[place]))
         ++place;
-      place = settle(at, place);
+      place = programRule(at, place);
     }
     return isDifferent_;
   }
 
   // Returns whether a rule was removed.
-  bool removeTheRest() {
+  bool removeOldRules() {
     bool removed = false;
     for (std::size_t place = list_.size(); place-- > 0;) {
-      if (!isLeaving(list_[place])) continue;
+      if (!isUnplaced(list_[place])) continue;
       helper_.removeRule(wanted_.intf, place);
       removed = true;
     }
@@ -49,7 +49,7 @@ class Change {
 
  private:
   // Programs the wanted rule `at` at `place`. Returns the next place.
-  std::size_t settle(std::size_t at, std::size_t place) {
+  std::size_t programRule(std::size_t at, std::size_t place) {
     const std::size_t from = change_.from[at];
     if (from != none && change_.stays[from]) return place + 1;
     isDifferent_ = true;
@@ -68,7 +68,7 @@ class Change {
     const auto present = std::find(list_.begin(), list_.end(), old);
     const auto from = static_cast<std::size_t>(present - list_.begin());
     const std::size_t to = from < place ? place - 1 : place;
-    leaves_[old] = false;
+    unplaced_[old] = false;
     if (from != to) helper_.moveRule(wanted_.intf, from, to);
     list_.erase(present);
     list_.insert(list_.begin() + static_cast<std::ptrdiff_t>(to), old);
@@ -76,13 +76,13 @@ class Change {
   }
 
   // Whether the rule is an old one that has no new place yet.
-  [[nodiscard]] bool isLeaving(std::size_t old) const { return old != none && leaves_[old]; }
+  [[nodiscard]] bool isUnplaced(std::size_t old) const { return old != none && unplaced_[old]; }
 
   PolicyMapAclHelper& helper_;
   RuleList& wanted_;
   RuleListChange change_;
   std::vector<std::size_t> list_;  // old places of the rules that the hardware holds now
-  std::vector<bool> leaves_;       // by old place
+  std::vector<bool> unplaced_;     // by old place
   bool isDifferent_ = false;
 };
 
@@ -106,7 +106,7 @@ bool programRules(PolicyMapAclHelper& helper, std::vector<RuleList>& lists) {
     different |= change.addAndMove();
   bool removed = false;
   for (Change& change : changes)
-    removed |= change.removeTheRest();
+    removed |= change.removeOldRules();
   if (removed) {
     for (RuleList& list : lists) {
       if (hasRefusal(list)) Change(helper, list).addAndMove();

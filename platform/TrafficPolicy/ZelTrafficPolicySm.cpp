@@ -27,12 +27,12 @@ const Velo::String& nameOf(const void* key) noexcept {
 }
 
 // Sets a flag during its lifetime.
-class Raised {
+class ScopedFlag {
  public:
-  explicit Raised(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-  Raised(const Raised&) = delete;
-  Raised& operator=(const Raised&) = delete;
-  ~Raised() { flag_ = false; }
+  explicit ScopedFlag(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+  ScopedFlag(const ScopedFlag&) = delete;
+  ScopedFlag& operator=(const ScopedFlag&) = delete;
+  ~ScopedFlag() { flag_ = false; }
 
  private:
   bool& flag_;
@@ -40,7 +40,7 @@ class Raised {
 
 // Removes all names from `names` and calls `use` with them. If that throws, they are added again.
 template <class Use>
-void useUp(std::set<Velo::String>& names, Use use) {
+void consume(std::set<Velo::String>& names, Use use) {
   std::set<Velo::String> taken;
   taken.swap(names);
   try {
@@ -157,7 +157,7 @@ void ZelTrafficPolicySm::hasNotificationActiveIs(bool active) {
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
   subscriptionsAre(active);
   ServicePolicySm::hasNotificationActiveIs(active);
-  takesOver_ = active;
+  everythingChanged_ = active;
   synchronize();
 }
 
@@ -165,7 +165,7 @@ void ZelTrafficPolicySm::pausedIs(bool paused) {
   if (paused_ == paused) return;
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
   paused_ = paused;
-  takesOver_ = isFollowing();
+  everythingChanged_ = isFollowing();
   synchronize();
 }
 
@@ -227,7 +227,7 @@ void ZelTrafficPolicySm::policyMapChanged(const Velo::String& policyMap) {
 }
 
 // All of the configuration, the hardware and the status may have changed.
-void ZelTrafficPolicySm::takeOver() {
+void ZelTrafficPolicySm::markEverythingChanged() {
   classMapUsers_.clear();
   intfStatus_.clear();
   if (inputs_.policyConfig) {
@@ -257,8 +257,8 @@ void ZelTrafficPolicySm::takeOver() {
 void ZelTrafficPolicySm::synchronize() {
   if (isSynchronizing_) return;
   {
-    const Raised synchronizing(isSynchronizing_);
-    while (isFollowing() && isBehind())
+    const ScopedFlag synchronizing(isSynchronizing_);
+    while (isFollowing() && hasPendingChanges())
       synchronizeNext();
   }
   if (!isFollowing() || ready_ || !isProgrammed()) return;
@@ -266,18 +266,18 @@ void ZelTrafficPolicySm::synchronize() {
   publisher().publish(readyAttribute, nullptr, &ready_);
 }
 
-bool ZelTrafficPolicySm::isBehind() const noexcept {
-  return takesOver_ || !changedIntfs_.empty() || !changedPolicyMaps_.empty();
+bool ZelTrafficPolicySm::hasPendingChanges() const noexcept {
+  return everythingChanged_ || !changedIntfs_.empty() || !changedPolicyMaps_.empty();
 }
 
 void ZelTrafficPolicySm::synchronizeNext() {
-  if (takesOver_) {
-    takeOver();
-    takesOver_ = false;
+  if (everythingChanged_) {
+    markEverythingChanged();
+    everythingChanged_ = false;
   } else if (!changedIntfs_.empty()) {
-    useUp(changedIntfs_, [this](const auto& intfs) { synchronizeIntfs(intfs); });
+    consume(changedIntfs_, [this](const auto& intfs) { synchronizeIntfs(intfs); });
   } else {
-    useUp(changedPolicyMaps_, [this](const auto& names) { synchronizePolicyStatuses(names); });
+    consume(changedPolicyMaps_, [this](const auto& names) { synchronizePolicyStatuses(names); });
   }
 }
 

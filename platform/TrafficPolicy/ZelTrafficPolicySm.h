@@ -114,11 +114,11 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   ZEL_HIDDEN void subscriptionsAre(bool subscribed);
   ZEL_HIDDEN void handleAllowL2Intf() override;
   ZEL_HIDDEN void policyMapChanged(const Velo::String& policyMap);
-  ZEL_HIDDEN void takeOver();
+  ZEL_HIDDEN void markEverythingChanged();
 
   [[nodiscard]] bool isFollowing() const noexcept { return hasNotificationActive() && !paused_; }
   ZEL_HIDDEN void synchronize();
-  [[nodiscard]] ZEL_HIDDEN bool isBehind() const noexcept;
+  [[nodiscard]] ZEL_HIDDEN bool hasPendingChanges() const noexcept;
   ZEL_HIDDEN void synchronizeNext();
   ZEL_HIDDEN void synchronizeIntfs(const std::set<Velo::String>& intfs);
   ZEL_HIDDEN void synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps);
@@ -136,7 +136,7 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   bool ready_ = false;
   bool isSynchronizing_ = false;
   bool paused_ = false;
-  bool takesOver_ = false;  // switched on, and the present state is not read yet
+  bool everythingChanged_ = false;  // switched on, and the present state is not read yet
   std::set<Velo::String> changedIntfs_;
   std::set<Velo::String> changedPolicyMaps_;
   ClassMapUsers classMapUsers_;

@@ -13,15 +13,15 @@ namespace Velo {
 ///     Velo::ScopeStack<Creation>::Scope scope(creations_, action);
 ///     chip.createVrf(action);              // may re-enter, and change the data
 ///     if (scope->countChanged) ...
-template <class Note>
+template <class Data>
 class ScopeStack {
  public:
   class Scope {
    public:
     /// Opens a scope with data that is constructed from `data`.
     template <class... Arguments>
-    explicit Scope(ScopeStack& stack, Arguments&&... note)
-        : note_{std::forward<Arguments>(note)...}, stack_(&stack), outer_(stack.innermost_) {
+    explicit Scope(ScopeStack& stack, Arguments&&... data)
+        : data_{std::forward<Arguments>(data)...}, stack_(&stack), outer_(stack.innermost_) {
       stack.innermost_ = this;
     }
     Scope(const Scope&) = delete;
@@ -30,14 +30,14 @@ class ScopeStack {
       if (stack_ != nullptr) stack_->innermost_ = outer_;
     }
 
-    [[nodiscard]] Note* operator->() noexcept { return &note_; }
-    [[nodiscard]] const Note* operator->() const noexcept { return &note_; }
+    [[nodiscard]] Data* operator->() noexcept { return &data_; }
+    [[nodiscard]] const Data* operator->() const noexcept { return &data_; }
     /// Whether the stack was destroyed.
     [[nodiscard]] bool isOrphan() const noexcept { return stack_ == nullptr; }
 
    private:
     friend class ScopeStack;
-    Note note_;
+    Data data_;
     ScopeStack* stack_;
     Scope* outer_;
   };
@@ -52,14 +52,14 @@ class ScopeStack {
 
   [[nodiscard]] bool empty() const noexcept { return innermost_ == nullptr; }
   /// The data of the innermost scope; null if no scope is open.
-  [[nodiscard]] Note* innermost() const noexcept {
-    return innermost_ == nullptr ? nullptr : &innermost_->note_;
+  [[nodiscard]] Data* innermost() const noexcept {
+    return innermost_ == nullptr ? nullptr : &innermost_->data_;
   }
   /// The innermost data that meets `condition`, or null.
   template <class Condition>
-  [[nodiscard]] Note* find(Condition condition) const {
+  [[nodiscard]] Data* find(Condition condition) const {
     for (Scope* scope = innermost_; scope != nullptr; scope = scope->outer_) {
-      if (condition(scope->note_)) return &scope->note_;
+      if (condition(scope->data_)) return &scope->data_;
     }
     return nullptr;
   }
@@ -67,7 +67,7 @@ class ScopeStack {
   template <class Visitor>
   void forEach(Visitor visitor) const {
     for (Scope* scope = innermost_; scope != nullptr; scope = scope->outer_)
-      visitor(scope->note_);
+      visitor(scope->data_);
   }
 
  private:

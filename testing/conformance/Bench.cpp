@@ -31,7 +31,7 @@ Mox::Ptr<WatchedVrfHelper> watchedHelper(ChipUnderTest* chip, const ChipFacts& f
 
 std::ostream& operator<<(std::ostream& stream, const Occupancy& occupancy) {
   return stream << occupancy.count
-                << (occupancy.isTold ? " resources in use" : " more actions that fit");
+                << (occupancy.isReported ? " resources in use" : " more actions that fit");
 }
 
 std::string result(const HwStatus& status) {
@@ -104,24 +104,25 @@ Occupancy Bench::occupancy() {
   return {false, filling.held.size()};
 }
 
-std::vector<Outcome> Bench::troubledOutcomes() {
+std::vector<Outcome> Bench::failureOutcomes() {
   std::vector<Outcome> outcomes;
   for (const L3::VrfName& name : oddNames())
-    tryOut(withoutId(name), "without a hardware id", outcomes);
-  if (chip_->failNextHook()) tryOut(plain("red"), "that the hardware refuses", outcomes);
+    createUpdateDelete(withoutId(name), "without a hardware id", outcomes);
+  if (chip_->failNextHook())
+    createUpdateDelete(plain("red"), "that the hardware refuses", outcomes);
   const Filling filling = fill();
   if (filling.refusal) {
     outcomes.push_back(
         {"createVrf of " + shown(filling.refused) + " on a full chip", *filling.refusal});
   }
   for (const L3::VrfName& name : oddNames())
-    tryOut(plain(name), "on a full chip", outcomes);
+    createUpdateDelete(plain(name), "on a full chip", outcomes);
   empty(filling);
   return outcomes;
 }
 
-void Bench::tryOut(const VrfAction& action, const std::string& what,
-                   std::vector<Outcome>& outcomes) {
+void Bench::createUpdateDelete(const VrfAction& action, const std::string& what,
+                               std::vector<Outcome>& outcomes) {
   const std::string of = "Vrf of " + valueToStrep(action).str() + " " + what;
   outcomes.push_back({"create" + of, create(action)});
   outcomes.push_back({"update" + of, update(action)});

@@ -16,7 +16,7 @@ namespace ZelVrfSelectionPolicy::Testing::Conformance {
 /// actions that still fit. Two of the same chip are equal exactly when no resource was lost or
 /// gained between them.
 struct Occupancy {
-  bool isTold = false;
+  bool isReported = false;
   std::size_t count = 0;
 
   friend bool operator==(const Occupancy&, const Occupancy&) = default;
@@ -71,12 +71,13 @@ class Bench {
 
   /// The outcomes of creations and updates that fail, for every failure that the suite can cause.
   /// All actions are deleted afterwards.
-  [[nodiscard]] std::vector<Outcome> troubledOutcomes();
+  [[nodiscard]] std::vector<Outcome> failureOutcomes();
 
  private:
   void idIs(const L3::VrfName& vrf);
   [[nodiscard]] std::size_t creationsToFill() const;
-  void tryOut(const VrfAction& action, const std::string& what, std::vector<Outcome>& outcomes);
+  void createUpdateDelete(const VrfAction& action, const std::string& what,
+                          std::vector<Outcome>& outcomes);
 
   ChipFacts facts_;
   std::unique_ptr<ChipUnderTest> chip_;

@@ -10,7 +10,7 @@ namespace ZelVrfSelectionPolicy::Testing::Conformance {
 }
 
 /// Clauses that several tests check.
-inline constexpr const char* freeResourcesCanBeHad =
+inline constexpr const char* freeResourcesAreAvailable =
     "a resource that is free can be had by the next action that is created";
 inline constexpr const char* deletionFrees = "deleting an action frees all that it holds";
 

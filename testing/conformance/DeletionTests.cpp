@@ -20,9 +20,9 @@ void linkDeletionTests() {}
 namespace {
 
 // Random hook calls for a few actions, in an order that the contract allows.
-class RandomLives {
+class RandomCalls {
  public:
-  RandomLives(Bench& bench, std::uint32_t seed)
+  RandomCalls(Bench& bench, std::uint32_t seed)
       : bench_(bench),
         random_(seed),
         actions_({bench.plain("red"), bench.plain("blue"), bench.plain("default"),
@@ -34,10 +34,10 @@ class RandomLives {
         changeAFact();
         break;
       case 1:
-        if (bench_.chip().failNextHook()) live(actions_[below(actions_.size())], true);
+        if (bench_.chip().failNextHook()) call(actions_[below(actions_.size())], true);
         break;
       default:
-        live(actions_[below(actions_.size())], below(2) == 0);
+        call(actions_[below(actions_.size())], below(2) == 0);
     }
   }
 
@@ -61,10 +61,10 @@ class RandomLives {
   }
 
   // The next call for the action: its creation, or an update or its deletion.
-  void live(const VrfAction& action, bool goesOn) {
+  void call(const VrfAction& action, bool update) {
     if (created_.insert(action).second) {
       (void)bench_.create(action);
-    } else if (goesOn) {
+    } else if (update) {
       (void)bench_.update(action);
     } else {
       bench_.remove(action);
@@ -87,7 +87,7 @@ using namespace Conformance;
 TEST_P(VrfHelperConformance, DeletingWhatWasNeverCreatedTouchesNothing) {
   const VrfAction present = bench().plain("red");
   ASSERT_TRUE(isProgrammed(bench().create(present))) << "on an empty chip\n"
-                                                     << contract(freeResourcesCanBeHad);
+                                                     << contract(freeResourcesAreAvailable);
   const Occupancy before = bench().occupancy();
   bench().remove(bench().plain("blue"));
   bench().remove(bench().withoutId("unknown"));
@@ -112,10 +112,10 @@ TEST_P(VrfHelperConformance, AnyOrderOfCallsLeavesNothingBehind) {
   const RandomSeed seed;
   SCOPED_TRACE(seed.replay());
   const Occupancy before = bench().occupancy();
-  RandomLives lives(bench(), seed.value());
+  RandomCalls calls(bench(), seed.value());
   for (int steps = 0; steps < 400; ++steps)
-    lives.step();
-  lives.end();
+    calls.step();
+  calls.end();
   EXPECT_EQ(bench().occupancy(), before)
       << contract("deleteVrf frees what its action holds, whatever happened before");
 }

@@ -30,7 +30,7 @@ TEST_P(VrfHelperConformance, AFullChipRefusesBecauseItIsExhausted) {
   if (const auto capacity = bench().chip().capacity()) {
     EXPECT_EQ(held, *capacity)
         << "creations were reported as programmed by a chip that tells this capacity\n"
-        << contract(freeResourcesCanBeHad);
+        << contract(freeResourcesAreAvailable);
   }
 }
 
@@ -55,7 +55,7 @@ TEST_P(VrfHelperConformance, ARefusedCreationTakesNothing) {
 TEST_P(VrfHelperConformance, AfterADeletionACreationFitsAgain) {
   const Filling filling = bench().fill();
   ASSERT_FALSE(filling.held.empty()) << "nothing fits into an empty chip\n"
-                                     << contract(freeResourcesCanBeHad);
+                                     << contract(freeResourcesAreAvailable);
   if (filling.refusal) bench().remove(filling.refused);
   bench().remove(filling.held.front());
   const VrfAction next = bench().plain("red");

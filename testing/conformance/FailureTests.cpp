@@ -48,7 +48,7 @@ TEST_P(VrfHelperConformance, AFailedUpdateLosesNoResource) {
   const Occupancy before = bench().occupancy();
   const VrfAction action = bench().plain("red");
   ASSERT_TRUE(isProgrammed(bench().create(action))) << "on an empty chip\n"
-                                                    << contract(freeResourcesCanBeHad);
+                                                    << contract(freeResourcesAreAvailable);
   if (bench().chip().failNextHook()) {
     EXPECT_FALSE(isProgrammed(bench().update(action)))
         << "updateVrf after failNextHook, which said that it would fail\n"

@@ -38,7 +38,7 @@ class Library {
 };
 
 // Adds a user to one action after the other until the chip refuses one.
-Filling fillThrough(Library& library, Bench& bench, std::size_t most) {
+Filling fillByUsers(Library& library, Bench& bench, std::size_t most) {
   Filling filling;
   for (std::size_t number = 1; number <= most && !filling.refusal; ++number) {
     const VrfAction action = bench.numbered(number);
@@ -102,9 +102,9 @@ TEST_P(VrfHelperConformance, AFullChipRecoversWhenUsersLeave) {
   Library library(bench());
   const Occupancy before = bench().occupancy();
   const std::size_t most = bench().chip().capacity().value_or(bench().chip().mostCreations()) + 1;
-  const Filling filling = fillThrough(library, bench(), most);
+  const Filling filling = fillByUsers(library, bench(), most);
   ASSERT_FALSE(filling.held.empty()) << "nothing fits into an empty chip\n"
-                                     << contract(freeResourcesCanBeHad);
+                                     << contract(freeResourcesAreAvailable);
   library.usersAre(filling.held.front(), 0);
   if (filling.refusal) {
     library.usersAre(filling.refused, 0);

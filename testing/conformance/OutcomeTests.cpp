@@ -29,7 +29,7 @@ TEST_P(VrfHelperConformance, ACreationWithAllThatItNeedsIsReportedAsProgrammed) 
 }
 
 TEST_P(VrfHelperConformance, AFailureHasAReasonAndADescriptionAndASuccessNoReason) {
-  for (const auto& [of, status] : bench().troubledOutcomes()) {
+  for (const auto& [of, status] : bench().failureOutcomes()) {
     const bool hasReason = status.failureReason() != FailureCode::failureNone;
     EXPECT_EQ(hasReason, !isProgrammed(status))
         << of << " returned " << status << '\n'
@@ -41,7 +41,7 @@ TEST_P(VrfHelperConformance, AFailureHasAReasonAndADescriptionAndASuccessNoReaso
 }
 
 TEST_P(VrfHelperConformance, ADescriptionFitsOnOneLineWhateverTheVrfsAreCalled) {
-  for (const auto& [of, status] : bench().troubledOutcomes()) {
+  for (const auto& [of, status] : bench().failureOutcomes()) {
     EXPECT_EQ(faultOfLine(status.failureDescription().bytes()), "")
         << of << " returned " << status << '\n'
         << contract("a failureDescription is one line of printable UTF-8 of at most " +

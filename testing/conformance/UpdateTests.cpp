@@ -28,7 +28,7 @@ using namespace Conformance;
 TEST_P(VrfHelperConformance, EqualUpdatesGiveEqualOutcomesAndTakeNoResource) {
   const VrfAction action = bench().plain("red");
   ASSERT_TRUE(isProgrammed(bench().create(action))) << "on an empty chip\n"
-                                                    << contract(freeResourcesCanBeHad);
+                                                    << contract(freeResourcesAreAvailable);
   const Occupancy before = bench().occupancy();
   const auto program = bench().chip().programOf(action);
   for (int times = 0; times < 3; ++times) {
