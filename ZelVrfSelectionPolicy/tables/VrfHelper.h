@@ -21,30 +21,31 @@ namespace ZelVrfSelectionPolicy {
 ///
 /// A failure is data in the returned record, never an exception. Success is the default record:
 /// "programmedInHw", "failureNone". A failure is "programmingFailure", with a `failureReason`
-/// ("failureVrfResourceExhausted" when no resource is free, "failureVrfResourceAlloc" when one
-/// could not be had otherwise) and a `failureDescription` that an operator understands: one line of
-/// printable UTF-8 of at most 1000 bytes. Names of VRFs are any bytes, so a description that holds
-/// one must escape it, for example by `Mox::quoted`. The record is published as it is returned.
+/// ("failureVrfResourceExhausted" when no resource is free, "failureVrfResourceAlloc" when the
+/// allocation failed for another reason) and a `failureDescription` that an operator understands:
+/// one line of printable UTF-8 of at most 1000 bytes. Names of VRFs are any bytes, so a description
+/// that holds one must escape it, for example by `Mox::quoted`. The record is published as it is
+/// returned.
 ///
 /// What a hook programs depends on the action's fields and on facts about the VRFs that they name,
 /// which the hook reads: their hardware VRF ids, prefix lengths in exact match, fallback VRFs and
 /// the decapsulation flags. The three references below give access to them. When a fact changes,
 /// `updateVrf` is called for every action that depends on it, possibly more than once and also when
-/// nothing that matters to this chip changed, so an update must be idempotent: equal updates give
-/// equal records, and take no further resource. From the call of `deleteVrf` on, the action is not
-/// updated any more.
+/// nothing that matters to this chip changed, so an update must be idempotent: equal updates return
+/// equal records, and allocate no further resource. After the call of `deleteVrf` the action is not
+/// updated.
 ///
-/// Deleting an action frees all that it holds, whatever became of its creation and its updates, and
+/// Deleting an action frees all that it holds, also if its creation or an update failed, and
 /// touches no other. A resource that is free can be had by the next action that is created.
 ///
 /// A hook may change the tables and the configuration that the library reacts to. What it changes
 /// about another action is handled before the hook returns; what it changes about the count of the
 /// action that is being created or deleted is handled when that is complete.
 ///
-/// Hardware resources outlive the state machine that asked for them: neither its destruction nor
-/// its replacement calls a hook.
+/// Hardware resources outlive the state machine that requested them: neither its destructor nor its
+/// replacement calls a hook.
 ///
-/// `testing/VrfHelperConformance.h` checks a chip against all this.
+/// `testing/VrfHelperConformance.h` tests a chip against this contract.
 ///
 ///     class MyChip final : public VrfHelper { ... };
 ///     Mox::Ptr<VrfHelper> chip = Mox::makePtr<MyChip>(fallback, routes, routes6);

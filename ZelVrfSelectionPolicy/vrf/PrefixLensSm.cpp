@@ -37,7 +37,7 @@ VrfSm::PrefixLensSm::PrefixLensSm(const PrefixLensPtr& prefixLens, VrfSm* vrfSm,
 VrfSm::PrefixLensSm::~PrefixLensSm() {
   try {
     PrefixLensSm::moxDoZombieReactors(true);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): a destructor lets no exception out
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a destructor must not throw
   }
 }
 

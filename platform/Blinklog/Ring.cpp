@@ -38,7 +38,7 @@ std::vector<Record> Ring::dump() const {
 void Ring::fileIs(const std::string& path) {
   auto file = std::make_unique<RingFile>(path, slots_);
   std::copy_n(ring_, slots_, file->slots().data());
-  file->take();
+  file->makeCurrent();
   ring_ = file->slots().data();
   file_ = std::move(file);
   ownMemory_.reset();

@@ -26,7 +26,7 @@ class RingFile final : public SiteNotifiee {
 
   [[nodiscard]] std::span<Slot> slots() const noexcept;
   /// Renames FILE.new to FILE. A previous FILE becomes FILE.previous. Throws `RingFileError`.
-  void take() { place_.take(); }
+  void makeCurrent() { place_.makeCurrent(); }
 
   void onSite(const Site& site) override;
 

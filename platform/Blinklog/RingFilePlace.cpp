@@ -112,10 +112,10 @@ RingFilePlace::RingFilePlace(const std::string& path)
 }
 
 RingFilePlace::~RingFilePlace() {
-  if (!isTaken_ && file_.isOpen() && isNamed(file_, newPath_)) unlink(newPath_.c_str());
+  if (!isCurrent_ && file_.isOpen() && isNamed(file_, newPath_)) unlink(newPath_.c_str());
 }
 
-void RingFilePlace::take() {
+void RingFilePlace::makeCurrent() {
   // Checked again, since another process may have created FILE before FILE.new was locked.
   needFree(path_);
   if (std::rename(path_.c_str(), previousPath_.c_str()) != 0 && errno != ENOENT) {
@@ -124,7 +124,7 @@ void RingFilePlace::take() {
   if (std::rename(newPath_.c_str(), path_.c_str()) != 0) {
     fail(newPath_, "cannot be renamed to " + path_, errno);
   }
-  isTaken_ = true;
+  isCurrent_ = true;
 }
 
 }  // namespace Blinklog

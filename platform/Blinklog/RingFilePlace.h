@@ -24,16 +24,16 @@ class RingFilePlace final {
   /// The open file. It is locked during the lifetime of this object.
   [[nodiscard]] const FileHandle& file() const noexcept { return file_; }
   /// The present name of the file.
-  [[nodiscard]] const std::string& name() const noexcept { return isTaken_ ? path_ : newPath_; }
+  [[nodiscard]] const std::string& name() const noexcept { return isCurrent_ ? path_ : newPath_; }
   /// Renames FILE to FILE.previous, and FILE.new to FILE. Throws `RingFileError`.
-  void take();
+  void makeCurrent();
 
  private:
   std::string path_;
   std::string newPath_;
   std::string previousPath_;
   FileHandle file_;
-  bool isTaken_ = false;
+  bool isCurrent_ = false;
 };
 
 }  // namespace Blinklog

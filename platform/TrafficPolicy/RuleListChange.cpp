@@ -100,8 +100,8 @@ void keepLongestCommon(std::span<const AclRule> after, const Middle& middle, Occ
   common.visit([&](const Pair& pair) { keep(change, pair.before, pair.after); });
 }
 
-void moveTheRest(std::span<const AclRule> after, const Middle& middle, OccurrencesByRule& old,
-                 RuleListChange& change) {
+void moveOthers(std::span<const AclRule> after, const Middle& middle, OccurrencesByRule& old,
+                RuleListChange& change) {
   for (std::size_t at = middle.first; at < middle.lastAfter; ++at) {
     if (change.from[at] != none) continue;
     Occurrences* const equal = old.find(after[at]);
@@ -129,7 +129,7 @@ RuleListChange changeOfRules(std::span<const AclRule> before, std::span<const Ac
   for (std::size_t at = middle.first; at < middle.lastBefore; ++at)
     old.value(old.insert(before[at]).first).places.push_back(at);
   keepLongestCommon(after, middle, old, change);
-  moveTheRest(after, middle, old, change);
+  moveOthers(after, middle, old, change);
   return change;
 }
 
