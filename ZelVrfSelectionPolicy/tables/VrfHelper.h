@@ -64,10 +64,10 @@ class ZEL_EXPORT VrfHelper : public Zel::ZelBaseHelper {
 
   /// Allocates and programs the hardware VRF resource for all fields of `action`, which has none.
   [[nodiscard]] virtual HwStatus createVrf(const VrfAction& action) = 0;
-  /// Programs the existing resource of `action` anew, by the facts as they are now.
+  /// Programs the existing resource of `action` again, with the present facts.
   [[nodiscard]] virtual HwStatus updateVrf(const VrfAction& action) = 0;
-  /// Frees what `action` holds, if it holds anything. Also called, before the process stops, for an
-  /// action that was never created.
+  /// Frees what `action` holds, if it holds anything. Also called for an action that was never
+  /// created, before the process aborts.
   virtual void deleteVrf(const VrfAction& action) = 0;
 
   /// The configured fallback VRFs.

@@ -7,7 +7,7 @@
 
 namespace Blinklog {
 
-/// A file that holds a ring, or shall hold one, cannot be used.
+/// The error that a file cannot be used to hold or read a ring.
 class ZEL_EXPORT RingFileError : public std::runtime_error {
  public:
   RingFileError(std::string path, const std::string& problem)
