@@ -4,10 +4,11 @@
 
 namespace ZelVrfSelectionPolicy::Testing {
 
-/// How many rounds a randomised test runs: `usual`, which takes about a second, or as many per cent
-/// of that as the environment variable `ZEL_TEST_PERCENT` says, at least one.
+/// The number of rounds of a randomised test: `usual`, which should take about a second. The
+/// environment variable `ZEL_TEST_PERCENT` scales it, in per cent. The result is at least 1.
 ///
-/// Throws `std::invalid_argument` when the variable is set, but not to a number from 1 to 1000000.
+/// Throws `std::invalid_argument` if the variable is set to something else than a number from 1 to
+/// 1000000.
 ///
 ///     for (std::size_t round = 0; round < randomRounds(100); ++round) check(random);
 [[nodiscard]] std::size_t randomRounds(std::size_t usual);
