@@ -15,7 +15,7 @@ using nlohmann::json;
 
 constexpr std::size_t maxNameBytes = 100;
 
-// How a message calls a value that is not what it should be.
+// A wrong value as a message names it.
 std::string describe(const json& value) {
   if (value.is_object()) return "an object";
   if (value.is_array()) return "an array";

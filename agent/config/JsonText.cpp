@@ -32,7 +32,7 @@ std::string lineAndColumn(std::string_view before) {
   return std::to_string(line) + ':' + std::to_string(column);
 }
 
-// The parser's own words, without its error number and position.
+// The parser's message without its error number and position.
 std::string reasonOf(const std::string& parserMessage) {
   constexpr std::string_view syntax = "syntax error ";
   const std::size_t start = parserMessage.find(syntax);
@@ -41,7 +41,8 @@ std::string reasonOf(const std::string& parserMessage) {
   return afterNumber == std::string::npos ? parserMessage : parserMessage.substr(afterNumber + 2);
 }
 
-// Walks the text and remembers, outside of itself, how far it got: the parser keeps its own copy.
+// Iterates over the text and stores its position in `*reached`. The parser works on a copy of the
+// iterator, so the position is kept outside of it.
 class TrackingIterator {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -70,7 +71,7 @@ class TrackingIterator {
   const char** reached_;
 };
 
-// Listens to the parser and keeps nothing but the member names of the objects that are open.
+// Receives the parser's events. Keeps only the member names of the objects that are open.
 class StrictListener final : public nlohmann::json_sax<json> {
  public:
   StrictListener(const std::string& text, const std::string& file)

@@ -16,7 +16,7 @@
 namespace ZelAgent {
 namespace {
 
-// An interface belongs to one thing only, wherever in the configuration it is named.
+// Checks that the whole configuration binds each interface only once.
 class InterfaceOwners final {
  public:
   void add(const std::string& interface, const JsonNode& entry) {

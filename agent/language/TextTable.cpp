@@ -7,7 +7,7 @@
 namespace ZelAgent {
 namespace {
 
-// Characters, taking each as one column wide.
+// The number of characters. Each counts as one column.
 std::size_t widthOf(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
     return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80;
