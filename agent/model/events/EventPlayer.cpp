@@ -17,7 +17,7 @@ using Routing::Hardware::RouteStatusBase;
 using Routing::Hardware::VrfStatus;
 using Statuses = std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus>;
 
-// Writes down the calls of a chip as long as it lives.
+// Records the hook calls of the chip until it is destroyed.
 class CallRecorder final {
  public:
   CallRecorder(SoftChip::SoftVrfHelper& chip, std::vector<SoftChip::HookCall>& calls)
@@ -53,7 +53,7 @@ std::vector<StatusChange> changesBetween(const Statuses& before, const Statuses&
                    advice);
 }
 
-// Takes what `event` says to the agent.
+// Applies one event to the agent.
 class Change final {
  public:
   Change(ForwardingAgent& agent, const std::filesystem::path& folder,

@@ -15,13 +15,13 @@ GraphVrf& vrfOf(VrfsByName& vrfs, const L3::VrfName& name) {
   return vrf;
 }
 
-// The VRFs from `start` on along fallbacks, up to the first one that is met again or was looked at
-// before: the cycle, if there is one, is at the end.
+// Follows the fallbacks from `start` up to a VRF that was visited before. Returns the cycle that
+// this walk closes. Empty if it closes none.
 FallbackCycle cycleFrom(const L3::VrfName& start, const VrfsByName& vrfs,
-                        std::set<L3::VrfName>& lookedAt) {
+                        std::set<L3::VrfName>& visited) {
   FallbackCycle walk;
   L3::VrfName name = start;
-  while (!name.empty() && lookedAt.insert(name).second) {
+  while (!name.empty() && visited.insert(name).second) {
     walk.push_back(name);
     name = vrfs.at(name).fallback;
   }
@@ -31,9 +31,9 @@ FallbackCycle cycleFrom(const L3::VrfName& start, const VrfsByName& vrfs,
 
 std::vector<FallbackCycle> cyclesOf(const VrfsByName& vrfs) {
   std::vector<FallbackCycle> cycles;
-  std::set<L3::VrfName> lookedAt;
+  std::set<L3::VrfName> visited;
   for (const auto& [name, vrf] : vrfs) {
-    FallbackCycle cycle = cycleFrom(name, vrfs, lookedAt);
+    FallbackCycle cycle = cycleFrom(name, vrfs, visited);
     if (cycle.empty()) continue;
     std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end()), cycle.end());
     cycles.push_back(std::move(cycle));

@@ -19,11 +19,12 @@ using SoftChip::SoftVrfHelper;
 using TrafficPolicy::ZelTrafficPolicySm;
 using VrfSelectionPolicy::VrfSelectionFallbackVrf;
 
-// Rules that the classification hardware has room for.
+// The number of rules that the classification hardware can hold.
 constexpr std::uint32_t ruleCapacity = 64 * 1024;
 
-// Lets a state machine follow no change from now on, and all of them together when this ends. That
-// may fail; a pause that an exception ends has failed already.
+// Suspends the notifications of a state machine. `end` resumes them, and the machine then handles
+// all changes of the pause together. That may throw. The destructor resumes them too, when another
+// exception ends the scope, and ignores a second failure.
 class Pause {
  public:
   explicit Pause(Mox::Ptr<ZelTrafficPolicySm> sm) : sm_(std::move(sm)) {
@@ -37,7 +38,7 @@ class Pause {
     } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
     }
   }
-  // Does nothing where it has been tried already.
+  // Only the first call has an effect, whether it succeeds or not.
   void end() {
     if (const auto sm = std::exchange(sm_, nullptr)) sm->hasNotificationActiveIs(true);
   }
@@ -47,9 +48,9 @@ class Pause {
 };
 
 const std::set<ActionUser>& usersIn(const ActionUsers& users, const VrfAction& action) {
-  static const std::set<ActionUser> nobody;
+  static const std::set<ActionUser> noUsers;
   const auto found = users.find(action);
-  return found == users.end() ? nobody : found->second;
+  return found == users.end() ? noUsers : found->second;
 }
 
 // Calls `remove` with each key of `before` that `after` does not have.
@@ -174,7 +175,8 @@ SoftChip::ProgramInputs ForwardingAgent::inputs() const {
   return {fallbackConfig_, routeStatus_, routeStatusV6_};
 }
 
-// What the switch has besides policies and VRFs is not played here: the machine needs none of it.
+// The agent has no inputs besides policies and VRFs. The state machine does not need the others, so
+// they are null.
 void ForwardingAgent::bindPolicySm() {
   constexpr bool allowL2Intf = false;
   constexpr bool allowMgmtIntf = false;
@@ -223,7 +225,7 @@ void ForwardingAgent::changeInterfaces(const Configuration& next) {
   interfaceVrfs_ = std::move(vrfs);
 }
 
-// The rules change when all is told, so that no packet meets half of a change.
+// The rules change only at the end of the pause, so no packet is classified by half of a change.
 void ForwardingAgent::changePolicies(const Configuration& next) {
   PolicyObjects policies = policyObjectsOf(next);
   Pause pause(policySm_->policySm());

@@ -48,7 +48,7 @@ std::filesystem::path fileNameOf(std::string interface) {
   return interface + ".pcap";
 }
 
-// Whether all of it is in the file; what could not be written earlier may be lost by now.
+// Whether everything is in the file. The error flag covers earlier writes, whose buffers are gone.
 bool isWritten(pcap_dumper* dumper) {
   return pcap_dump_flush(dumper) == 0 && std::ferror(pcap_dump_file(dumper)) == 0;
 }

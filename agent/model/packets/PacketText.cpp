@@ -34,7 +34,7 @@ IpFamily readFamily(EventLine& line) {
   return word == "ipv4" ? IpFamily::v4 : IpFamily::v6;
 }
 
-// Reads one of the words that may follow the addresses; whether it was the last one.
+// Reads one option that follows the addresses. Returns whether it must be the last one.
 bool readOption(EventLine& line, const Word& word, PacketFields& fields,
                 std::optional<std::uint8_t>& protocol) {
   if (word.text == "protocol") {

@@ -11,7 +11,7 @@ namespace {
 using PolicyMap::ActionType;
 using PolicyMap::ClassMatch;
 
-// Both are quoted, so that no two policies share a name.
+// Both parts are quoted, so no two policies have the same name.
 Velo::String policyMapName(const std::string& networkInstance, const std::string& policyId) {
   return Mox::quoted(networkInstance) + ' ' + Mox::quoted(policyId);
 }

@@ -41,7 +41,7 @@ class RouteProgrammer final {
     RoutingTable routes;
     std::uint64_t version = 0;  // counts the changes of the routes
   };
-  // What makes the table of an id: the same content makes the same table.
+  // The content of the table of an id. Equal contents give equal tables.
   struct Content {
     std::map<std::string, std::uint64_t> versions;  // of the VRFs that have the id
     std::vector<unsigned char> exactMatchLens;

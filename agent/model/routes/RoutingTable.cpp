@@ -5,7 +5,7 @@ namespace {
 
 using SoftChip::Route;
 
-// Gateways that are reached by way of more gateways than this are in a circle, or might as well be.
+// The most gateways on the way to a next hop. A longer chain counts as a loop.
 constexpr unsigned deepestGateway = 8;
 
 }  // namespace

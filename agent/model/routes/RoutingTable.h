@@ -15,9 +15,9 @@ namespace ZelAgent {
 ///
 /// A route of an event hides the configured route to the same prefix. The next hop of a route is
 /// the first usable one of its list. Usable are DROP, a next hop with an interface, and a gateway
-/// whose longest other matching route has a usable next hop. A gateway that is reached only by way
-/// of itself is not usable. If gateways lead in a circle with several ways out, any of them may be
-/// taken. A route without a usable next hop is absent.
+/// whose longest other matching route has a usable next hop. A gateway that is reached only through
+/// itself is not usable. If gateways form a loop with several exits, any exit may be taken. A route
+/// without a usable next hop is absent.
 class RoutingTable final {
  public:
   using Routes = std::map<IpPrefix, SoftChip::Route>;
@@ -33,7 +33,8 @@ class RoutingTable final {
 
  private:
   using Resolved = std::optional<SoftChip::Route>;
-  // Routes that cannot be used so many gateways deep: none is tried twice, whatever leads to it.
+  // Prefixes without a usable next hop, each with the number of gateways before it. With these no
+  // prefix is tried twice behind the same number of gateways.
   using Unusable = std::set<std::pair<IpPrefix, unsigned>>;
 
   [[nodiscard]] Resolved resolve(const IpPrefix& prefix, unsigned depth, Unusable& unusable) const;
