@@ -7,8 +7,8 @@
 
 namespace SoftChip {
 
-/// Failures that a chip is told to have, to test what is built on it. Each planned fault happens
-/// once. Faults planned for a VRF happen before those planned for any VRF.
+/// Planned failures of a chip, for tests of the software above it. Each planned fault happens once.
+/// Faults planned for a VRF happen before those planned for any VRF.
 class FaultPlan final {
  public:
   /// Plans that the next `count` operations on the VRF fail. This replaces the plan for the VRF.

@@ -42,8 +42,7 @@ const std::vector<unsigned char>& exactMatchLensOf(const VrfFacts& vrf, Ip::Fami
 
 }  // namespace
 
-// One packet on its way through the chip: each function is a step, and the last one it calls is the
-// next.
+// Forwards one packet. Each function is one step, and ends with the call of the next step.
 class Forwarder::Passage final {
  public:
   Passage(Forwarder& forwarder, const std::string& intf, std::span<const std::uint8_t> packet,
@@ -180,7 +179,7 @@ class Forwarder::Passage final {
     return verdict;
   }
 
-  // Looks the destination up along the walks, one after the other.
+  // Looks the destination up in the VRFs of each walk, one walk after the other.
   std::optional<Found> search(std::initializer_list<const VrfWalk*> walks, bool passOverDecap) {
     triedVrfs_.clear();
     GoOnReason reason = GoOnReason::noRoute;
@@ -192,7 +191,7 @@ class Forwarder::Passage final {
         const auto hit = lookUp(vrf);
         if (hit && !(passOverDecap && hit->route->kind == Route::Kind::decap))
           return Found{&vrf, *hit};
-        reason = whyOn(vrf, hit.has_value());
+        reason = missReason(vrf, hit.has_value());
       }
     }
     return std::nullopt;
@@ -213,7 +212,7 @@ class Forwarder::Passage final {
     return hit;
   }
 
-  static GoOnReason whyOn(const VrfFacts& vrf, bool isHit) noexcept {
+  static GoOnReason missReason(const VrfFacts& vrf, bool isHit) noexcept {
     if (isHit) return GoOnReason::decapDisabled;
     return vrf.vrfId == 0 ? GoOnReason::noVrfId : GoOnReason::noRoute;
   }
@@ -238,7 +237,7 @@ class Forwarder::Passage final {
   std::size_t arrivedBytes_;
   PacketWay* way_;
   PacketHeader header_;
-  std::vector<const VrfFacts*> triedVrfs_;  // for the present destination
+  std::vector<const VrfFacts*> triedVrfs_;  // for the current destination
 };
 
 Forwarder::Forwarder(SoftAclHelper& rules, const SoftVrfHelper& resources,

@@ -21,29 +21,30 @@ namespace SoftChip {
 /// What happened to a packet.
 struct Verdict {
   std::optional<DropReason> drop;
-  /// Without a drop: the interface by which the packet leaves, and the packet as it does.
+  /// Without a drop: the egress interface, and the bytes of the packet that leaves.
   std::string egress;
   std::vector<std::uint8_t> packet;
 
   friend bool operator==(const Verdict&, const Verdict&) = default;
 };
 
-/// Sends packets the way that the chip's rules, resources and routes say.
+/// Forwards packets by the chip's rules, resources and routes.
 ///
-/// A packet for which a resource is used goes only by what the resource was programmed with, even
-/// if it is stale. Every packet is dropped for one reason or leaves by one interface, and is
-/// counted once. A packet that enters by an interface:
+/// A packet that uses a resource follows the program of the resource only, even if the program is
+/// stale. Every packet is dropped for one reason or leaves by one interface, and is counted once.
+/// The steps for a packet that enters by an interface:
 ///
-///   1. The first rule of the interface that matches its outer header decides.
-///   2. Without a match, and for the action `none`, it is looked up in the interface's own VRF and
-///      then in the fallback VRFs, by the facts of now. `discard` drops it. Any other action uses
-///      the chip's resource. Without the resource the packet is dropped.
-///   3. After a miss the next VRF of the walk is tried; after the last one, the walk of the
+///   1. The first rule of the interface that matches the outer header gives the action.
+///   2. Without a match, and for the action `none`, the destination is looked up in the interface's
+///      own VRF and then in the fallback VRFs, by the current facts. `discard` drops the packet.
+///      Any other action uses the chip's resource. Without the resource the packet is dropped.
+///   3. After a miss the next VRF of the walk is tried. After the last VRF, the walk of the
 ///   action's
-///      fallback VRF. No VRF is tried twice. A VRF without an id has no table, so it is a miss.
+///      fallback VRF is tried. No VRF is tried twice. A VRF without an id has no table, so it is a
+///      miss.
 ///   4. By an egress route the packet leaves with its time to live lower by one. By a decapsulating
 ///      route the inner packet is looked up in the action's post-decapsulation VRF, or in the
-///      interface's own if the action names none. From there it leaves or is dropped.
+///      interface's own VRF if the action names none. Then it leaves or is dropped.
 class Forwarder final {
  public:
   /// All that is passed by reference must outlive the forwarder.
@@ -54,16 +55,17 @@ class Forwarder final {
   void intfVrfIs(const std::string& intf, const L3::VrfName& vrf);
   void intfVrfDel(const std::string& intf);
 
-  /// Counts the packet and returns what happens to it. `way` receives each step, rule by rule.
-  /// Without it nothing is computed for it.
+  /// Counts the packet and returns what happens to it. `way` receives each step, rule by rule. If
+  /// `way` is null, the rules are searched by the compiled classifier.
   [[nodiscard]] Verdict forward(const std::string& intf, std::span<const std::uint8_t> ipPacket,
                                 PacketWay* way = nullptr);
 
-  /// The packets that left by a route of the VRF, as they left, of VRFs that had any.
+  /// The packets that left by a route of each VRF, counted with their sizes as they left. A VRF
+  /// without such packets is absent.
   [[nodiscard]] std::map<L3::VrfName, PacketCounter> vrfCounters() const;
-  /// The packets that were dropped, as they came.
+  /// The packets that were dropped, counted with their sizes as they arrived.
   [[nodiscard]] const PacketCounter& dropCounter(DropReason reason) const noexcept;
-  /// These counters, but not those of the rules, start again from 0.
+  /// Sets these counters to 0. Does not change the counters of the rules.
   void countersReset() noexcept;
 
  private:

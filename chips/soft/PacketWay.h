@@ -18,40 +18,40 @@ namespace SoftChip {
 /// The chip's resource that an action uses.
 struct ResourceUse {
   std::uint32_t index = 0;
-  bool stale = false;  // it would be programmed differently by the facts of now
+  bool stale = false;  // the current facts give a different program
 };
 
-/// Why a packet is looked up in the VRF of the interface that it came by.
+/// Why a packet is looked up in the VRF of its ingress interface.
 enum class OwnVrfReason : std::uint8_t {
   noRuleMatched,
-  ruleWithoutAction,  // it matched, and has no action
-  noPostDecapVrf,     // named by the action, for the packet that came out of the tunnel
+  ruleWithoutAction,  // the rule that matched has no action
+  noPostDecapVrf,     // the action names no VRF for the decapsulated packet
 };
 
-/// Why a lookup goes on in another VRF.
+/// Why a lookup continues in another VRF.
 enum class GoOnReason : std::uint8_t {
-  noRoute,        // in the one before
-  noVrfId,        // the one before has no table
-  decapDisabled,  // the hit decapsulates, which is off, but may fall back
+  noRoute,        // the previous VRF has no route
+  noVrfId,        // the previous VRF has no table
+  decapDisabled,  // the route decapsulates; decapsulation is off, and its fallback is on
 };
 
-/// Receives each step of the way that a packet really takes, in order, while it happens.
+/// Receives each step that a packet takes, in order, while it is forwarded.
 ///
-/// What is passed is valid during the call only. The last step is `dropped` or `left`, and there is
-/// only one of these.
+/// Arguments are valid only during the call. The last step is `dropped` or `left`. Only one of
+/// these two occurs.
 class PacketWay {
  public:
   virtual ~PacketWay() = default;
 
   virtual void parsed(const PacketHeader& /*header*/) {}
-  /// `difference` is the first field by which the rule does not match; without one it matches.
+  /// `difference` is the first field that does not match. Without one the rule matches.
   virtual void ruleTried(std::size_t /*place*/, const PolicyMap::AclRule& /*rule*/,
                          std::optional<RuleField> /*difference*/) {}
   /// The action of the rule that matches, and the chip's resource if the action has one.
   virtual void actionTaken(const PolicyMap::RuleAction& /*action*/,
                            std::optional<ResourceUse> /*resource*/) {}
   virtual void ownVrfTaken(const L3::VrfName& /*vrf*/, OwnVrfReason /*reason*/) {}
-  /// `vrf` is what the lookup uses: facts of now, or those that the resource was programmed with.
+  /// `vrf` is what the lookup uses: the current facts, or those in the program of the resource.
   virtual void lookedUp(const VrfFacts& /*vrf*/, const Ip::Address& /*destination*/,
                         const std::optional<RouteTables::Hit>& /*hit*/) {}
   /// Comes before the next `lookedUp`. `to` has not been tried for this destination.

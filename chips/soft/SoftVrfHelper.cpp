@@ -21,7 +21,7 @@ HwStatus failure(FailureCode reason, const std::string& description) {
   return status;
 }
 
-// In double quotes, and on one line whatever bytes the name is of.
+// In double quotes and on one line, for any bytes of the name.
 std::string inQuotes(const L3::VrfName& vrf) {
   const std::string quoted = Mox::quoted(vrf.bytes());
   return '"' + quoted.substr(1, quoted.size() - 2) + '"';
@@ -72,7 +72,7 @@ HwStatus SoftVrfHelper::updateVrf(const VrfAction& action) {
 void SoftVrfHelper::deleteVrf(const VrfAction& action) {
   ++hookCounts_.deletes;
   release(action);
-  tell({Hook::deleteVrf, action, false});
+  notifyObserver({Hook::deleteVrf, action, false});
 }
 
 const VrfResource* SoftVrfHelper::resource(const VrfAction& action) const {
@@ -88,7 +88,7 @@ HwStatus SoftVrfHelper::program(Hook hook, const VrfAction& action) {
   HwStatus status = programNow(action);
   const bool failed = status.status() == ProgrammingResult::programmingFailure;
   if (failed) ++hookCounts_.failures;
-  tell({hook, action, failed});
+  notifyObserver({hook, action, failed});
   return status;
 }
 
@@ -116,7 +116,7 @@ void SoftVrfHelper::release(const VrfAction& action) {
   resources_.erase(found);
 }
 
-void SoftVrfHelper::tell(const HookCall& call) const {
+void SoftVrfHelper::notifyObserver(const HookCall& call) const {
   if (hookObserver_) hookObserver_(call);
 }
 

@@ -85,7 +85,7 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   HwStatus program(Hook hook, const VrfAction& action);
   HwStatus programNow(const VrfAction& action);
   void release(const VrfAction& action);
-  void tell(const HookCall& call) const;
+  void notifyObserver(const HookCall& call) const;
 
   std::uint32_t capacity_;
   FaultPlan faultPlan_;

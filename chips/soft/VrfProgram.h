@@ -28,9 +28,9 @@ using VrfWalk = std::vector<VrfFacts>;
 
 /// What a hardware resource is programmed with.
 ///
-/// A resource does what was known when it was last programmed, not what is known now. A program
-/// keeps all of that as a value, so the two can be compared. Two programs are equal exactly if a
-/// chip would do the same with them.
+/// A resource acts by the facts of the moment when it was last programmed, not by the current
+/// facts. A program is a value that holds such facts, so two of them can be compared. Two programs
+/// are equal exactly if a chip does the same with them.
 struct VrfProgram {
   VrfWalk lookUp;
   VrfWalk fallback;
@@ -53,16 +53,16 @@ struct ProgramInputs {
   Mox::Ptr<Routing6::Hardware::RouteStatus const> routeStatusV6;
 };
 
-/// What is known of the VRF at this moment. An absent input knows no facts.
+/// The current facts about the VRF. A null input contributes none.
 [[nodiscard]] VrfFacts factsOf(const L3::VrfName& name, const ProgramInputs& inputs);
-/// The walk from the VRF on, by the facts of this moment.
+/// The walk that begins with the VRF, by the current facts.
 [[nodiscard]] VrfWalk walkOf(L3::VrfName name, const ProgramInputs& inputs);
 
-/// The program of an action by the facts of this moment. An absent input knows no facts.
+/// The program of an action by the current facts. A null input contributes none.
 [[nodiscard]] VrfProgram programOf(const ZelVrfSelectionPolicy::VrfAction& action,
                                    const ProgramInputs& inputs);
 
-/// The first VRF of the program without a hardware id. The empty name if all have one.
+/// The first VRF named by the action that has no hardware id. The empty name if all have one.
 [[nodiscard]] L3::VrfName vrfWithoutId(const VrfProgram& program);
 
 }  // namespace SoftChip

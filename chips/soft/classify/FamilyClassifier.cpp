@@ -40,7 +40,8 @@ void FamilyClassifier::compilePrefixes(Rules rules, Ip::Family family, PrefixOf 
     users.emplace_back((matchOf(rules, number).*prefixOf).value_or(every), number);
   std::sort(users.begin(), users.end());
 
-  // A prefix comes after those that cover it and before all that they do not cover: the open ones.
+  // The order has a prefix after all prefixes that cover it. `open` holds the prefixes that cover
+  // the current one, the shortest first.
   std::vector<std::pair<Ip::Prefix, RuleSet>> open;
   Members members;
   for (auto user = users.begin(); user != users.end();) {

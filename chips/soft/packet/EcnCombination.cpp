@@ -8,7 +8,7 @@ std::optional<std::uint8_t> ecnAfterDecap(std::uint8_t inner, std::uint8_t outer
     return ecnNotEct;
   }
   if (inner == ecnCe || outer == ecnCe) return ecnCe;
-  // ECT(1) set by the tunnel on ECT(0) tells of lesser congestion.
+  // A tunnel that replaces ECT(0) by ECT(1) reports lesser congestion.
   return outer == ecnEct1 ? ecnEct1 : inner;
 }
 

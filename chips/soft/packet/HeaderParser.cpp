@@ -61,7 +61,7 @@ bool isExtension(std::uint8_t protocol) noexcept {
          protocol == fragmentHeader;
 }
 
-// Goes past the extension header that `header` ends with so far. False when it is not whole.
+// Adds the next extension header to `header`. Returns false if it is incomplete.
 bool takeExtension(Bytes packet, PacketHeader& header) noexcept {
   const Bytes rest = packet.subspan(header.headerLength);
   if (rest.size() < 8) return false;

@@ -17,8 +17,9 @@ struct FragmentFacts {
   friend bool operator==(const FragmentFacts&, const FragmentFacts&) = default;
 };
 
-/// What rules and lookups use of a packet, whatever its family, options and extension headers. It
-/// is made from bytes that were checked. The lengths lie within these bytes.
+/// The fields of a packet that rules and lookups use. They are the same for both families, with and
+/// without options and extension headers. A header is made from checked bytes. Its lengths lie
+/// within these bytes.
 struct PacketHeader {
   Ip::Family family = Ip::Family::v4;
   Ip::Address source;

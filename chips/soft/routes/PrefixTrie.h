@@ -189,7 +189,7 @@ class PrefixTrie final {
     }
   }
 
-  // Makes the entry lead to a node that `added` can be put into.
+  // Makes the entry lead to a node that can hold `added`.
   static void openUpTo(Entry& entry, const Entry& added) {
     const unsigned present = entry.node ? entry.level() : levelOf(entry.length);
     const unsigned fork =
@@ -223,7 +223,7 @@ class PrefixTrie final {
     return true;
   }
 
-  // Takes the node of the entry out when there is one thing left in it.
+  // Removes the node of the entry if it holds only one prefix or one entry.
   static void closeUp(Entry& entry) {
     Node& node = *entry.node;
     if (node.values.size() + node.entries.size() != 1) return;
