@@ -1,5 +1,5 @@
-// Why: whatever befalls an agent, some things hold of it when all is done.
-// Always: changes nothing; what does not hold ends the run.
+// Checks of an agent that hold after every event. They change nothing. A check that fails ends the
+// run.
 #pragma once
 
 #include <string>
@@ -9,15 +9,15 @@
 
 namespace Fuzz {
 
-// The users that are counted are the rules that the chip holds; an action has users exactly while
-// it has a status; and the chip has resources for such actions only.
+// Checks that the counted users are the rules that the chip holds, that exactly the actions with
+// users have a status, and that the chip has resources for such actions only.
 void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfHelper& chip);
 
-// What an error says is one printable line that begins with `place`.
+// Checks that the message of an error is one printable line that begins with `place`.
 void checkError(std::string_view what, std::string_view place);
 
-// A configuration that the events and commands of fuzzers may name: reading just any file is not
-// for them. Which one depends on what they name.
+// The path of a configuration that a fuzzer may read instead of the file `named`. A fuzzer must not
+// read arbitrary files. The choice depends on `named`.
 [[nodiscard]] std::string configurationFor(const std::string& named);
 
 }  // namespace Fuzz

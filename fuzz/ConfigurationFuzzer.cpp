@@ -1,10 +1,10 @@
-// The configuration reader: the input is one document, or several between NUL bytes.
+// Fuzzes the configuration reader. The input is one document, or several, separated by NUL bytes.
 //
-// A document is refused by one printable line that begins with the file's name, or gives a
-// configuration that holds what `Configuration.h` promises, the same one when it is read again.
-// The documents that are right are applied to an agent one after the other. In the end it has the
-// rules, users and statuses that the last of them alone would have given it, and none when the
-// configuration is taken away.
+// The reader refuses a document by one printable line that begins with the name of the file, or
+// returns a configuration with the properties that `Configuration.h` lists. A second read returns
+// an equal configuration. The valid documents are applied to an agent one after the other. The
+// agent then has the same rules, users and statuses as an agent with only the last document.
+// Without a configuration it has none.
 
 #include <algorithm>
 #include <set>
@@ -19,7 +19,7 @@
 namespace {
 
 using Fuzz::must;
-using namespace ZelAgent;  // NOLINT(google-build-using-namespace): what is checked is all in there
+using namespace ZelAgent;  // NOLINT(google-build-using-namespace): all checked names are in it
 
 constexpr const char* fileName = "FILE";
 constexpr std::uint32_t roomyChip = 10000;
@@ -32,7 +32,7 @@ bool isNameOrNone(const std::string& name) {
   return name.empty() || isName(name);
 }
 
-// Whether `keyOf` is another one for each item.
+// Whether `keyOf` returns a different key for each item.
 template <class Items, class KeyOf>
 bool areUnique(const Items& items, KeyOf keyOf) {
   std::set<decltype(keyOf(*items.begin()))> keys;

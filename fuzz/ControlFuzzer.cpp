@@ -1,10 +1,9 @@
-// The control protocol: the first byte says in pieces of what size the other bytes, which are those
-// of a client, come out of the socket.
+// Fuzzes the control protocol. The first byte of the input is the size of the pieces in which the
+// other bytes arrive from a client.
 //
-// The requests do not depend on the pieces. Each has one answer, in the framing in which it was
-// asked: as JSON one line with a status and an output, as text lines that end with the only one
-// that is "." and nothing else. No command fails by an exception of its own. After each of them the
-// agent is in order.
+// The requests do not depend on the size of the pieces. Each request has one answer in its own
+// framing: one JSON line with a status and an output, or text lines of which only the last is ".".
+// No command fails by an unexpected exception. After each command `checkAgent` holds.
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -25,7 +24,7 @@ namespace {
 
 using Fuzz::must;
 using nlohmann::json;
-using namespace ZelAgent;  // NOLINT(google-build-using-namespace): what is checked is all in there
+using namespace ZelAgent;  // NOLINT(google-build-using-namespace): all checked names are in it
 
 constexpr std::uint32_t smallChip = 4;
 constexpr std::size_t longestReply = std::size_t{1} << 18U;
@@ -34,7 +33,8 @@ bool areAlike(const RequestLine& a, const RequestLine& b) {
   return a.kind == b.kind && a.text == b.text;
 }
 
-// The requests of a client whose bytes come in pieces of `piece`, taken as they come.
+// The requests of a client whose bytes arrive in pieces of `piece` bytes. Each request is taken as
+// soon as it is complete.
 std::vector<RequestLine> requestsIn(std::string_view bytes, std::size_t piece) {
   RequestLines lines;
   std::vector<RequestLine> requests;
@@ -57,7 +57,7 @@ void checkAlike(const std::vector<RequestLine>& one, const std::vector<RequestLi
        "requests do not depend on how their bytes were cut");
 }
 
-// A configuration that may be read in place of the one that the request names, if it names one.
+// The request, with a configuration that a fuzzer may read in place of the one that it names.
 RequestLine harmless(const RequestLine& line) {
   try {
     const Request request = readRequest(line.text);

@@ -1,9 +1,9 @@
-// The event reader and player: the input is a file of events.
+// Fuzzes the event reader and the event player. The input is an event file.
 //
-// A line is refused by one printable line that begins with its place, or gives an event whose text
-// is read as an equal event. The events that are read are played to an agent with a configuration,
-// up to the first line that is refused; one that cannot be played is refused likewise and changes
-// nothing. After each of them the agent is in order.
+// The reader refuses a line by one printable line that begins with its place, or returns an event
+// whose text is read as an equal event. The events are played on an agent with a configuration, up
+// to the first refused line. An event that cannot be played is refused in the same way and changes
+// nothing. After each event `checkAgent` holds.
 
 #include <string>
 #include <variant>
@@ -19,7 +19,7 @@
 namespace {
 
 using Fuzz::must;
-using namespace ZelAgent;  // NOLINT(google-build-using-namespace): what is checked is all in there
+using namespace ZelAgent;  // NOLINT(google-build-using-namespace): all checked names are in it
 
 constexpr const char* fileName = "FILE";
 constexpr std::uint32_t smallChip = 4;
@@ -30,7 +30,7 @@ const Configuration& startingConfiguration() {
   return read;
 }
 
-// With a configuration that may be read, where it names one.
+// The event, with a configuration that a fuzzer may read in place of the one that it names.
 Event playable(Event event) {
   if (auto* const config = std::get_if<ApplyConfig>(&event)) {
     config->file = Fuzz::configurationFor(config->file);

@@ -1,5 +1,5 @@
-// Why: an input is used from its front on, as small numbers first and then as what is left.
-// Always: reads no byte outside of the input; when that is used up, every number is 0.
+// Reads an input from its front: small numbers first, then the rest as bytes. Reads no byte outside
+// of the input. At the end of the input every number is 0.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +22,7 @@ class FuzzedBytes final {
     return first;
   }
 
-  // A number from 0 to `limit` - 1, of one byte where that is enough. Precondition: `limit` is not
+  // A number from 0 to `limit` - 1. Takes one byte if that is enough. Precondition: `limit` is not
   // 0.
   [[nodiscard]] unsigned below(unsigned limit) noexcept {
     unsigned number = byte();

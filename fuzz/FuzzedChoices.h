@@ -1,5 +1,5 @@
-// Why: the model makes up its histories out of choices, and the bytes of an input can be these.
-// Always: used from the front on; when they are used up, every choice is the first one.
+// Takes the choices that make up a history from the bytes of an input, from its front. At the end
+// of the input every choice is 0.
 #pragma once
 
 #include "fuzz/FuzzedBytes.h"

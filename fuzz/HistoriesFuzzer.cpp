@@ -1,11 +1,10 @@
-// The library against the reference model: the input is the choices that make up a history, of the
-// names and actions that it is about and of what befalls them. The tables of users and statuses,
-// fallbacks, hardware VRFs and their ids, prefix lengths, flags, machines that are silenced, built
-// anew and dropped, and a chip whose outcomes fail and change are all in it.
+// Compares the library with the reference model in tests/vrf/model. The input is the choices that
+// make up a history: its names, its actions and its events. Events change users, fallbacks,
+// hardware VRFs and their ids, prefix lengths and flags. Machines are suspended, rebuilt and
+// dropped. The outcomes of the chip fail and change.
 //
-// After every event the chip was called, tables told and messages written as the model says, and
-// tables and machines hold what those of the model hold. Events that have to stop the process are
-// passed over. tests/vrf/model is the model, and what compares.
+// After every event the hook calls, the notices of the tables, the messages, and the state of
+// tables and machines are those of the model. Events that would stop the process are skipped.
 
 #include <iostream>
 

@@ -1,6 +1,5 @@
-// Why: what has to hold of every input is told in words when it does not, and ends the run as a
-// finding of a sanitizer does.
-// Always: returns only when it holds.
+// Checks of what holds for every input. A check that fails prints what should hold, and aborts, so
+// the fuzzer reports the input as a finding.
 #pragma once
 
 #include <cstdio>
@@ -18,6 +17,6 @@ inline void must(bool holds, const char* what) {
   if (!holds) fail(what);
 }
 
-inline void must(bool holds, const std::string& what) = delete;  // costs where it holds
+inline void must(bool holds, const std::string& what) = delete;  // costs time even if it holds
 
 }  // namespace Fuzz

@@ -41,7 +41,8 @@ unsigned long sumOfWords(PacketBytes header) {
   return sum;
 }
 
-// Word by word modulo 2^16 - 1, of which the right sum is a multiple and no sum of a header is 0.
+// The words of a header with a correct checksum add up to a multiple of 2^16 - 1. No header adds up
+// to 0.
 bool hasRightChecksum(PacketBytes header) {
   return sumOfWords(header) % 0xffffU == 0;
 }
@@ -53,7 +54,7 @@ void mendChecksum(std::span<std::uint8_t> header) {
   header[11] = static_cast<std::uint8_t>(checksum & 0xffU);
 }
 
-// The packet without what may change on the way.
+// The packet with 0 in place of the fields that forwarding may change.
 std::vector<std::uint8_t> unchanged(PacketBytes packet, bool decapsulated) {
   std::vector<std::uint8_t> bytes(packet.begin(), packet.end());
   if (isV4(packet)) {

@@ -1,5 +1,5 @@
-// Why: what a chip does to a packet is checked by other code than that which did it.
-// Always: reads no byte outside of the packet.
+// Checks of forwarded packets, without use of the code that forwards them. They read no byte
+// outside of the packet.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +10,13 @@ namespace Fuzz {
 
 using PacketBytes = std::span<const std::uint8_t>;
 
-// Makes the checksums of the IPv4 header and of one right behind it right, where there are such:
-// fuzzers hardly ever guess one.
+// Corrects the checksum of an IPv4 header at the front, and of a second one right behind it. A
+// fuzzer rarely finds a correct checksum by itself.
 void mendChecksums(std::span<std::uint8_t> packet);
 
-// That `left` is a whole IP packet of the right length and checksum, and, but for time to live,
-// congestion mark and checksum, all of the packet that arrived; or, `decapsulated`, of that inside
-// of it. Its time to live is by one below that of what arrived.
+// Checks that `left` is a complete IP packet with the correct length and checksum. It must equal
+// the packet that arrived, or the packet inside it if `decapsulated`, except for time to live,
+// congestion mark and checksum. Its time to live must be one less than that of `arrived`.
 void checkLeft(PacketBytes left, PacketBytes arrived, bool decapsulated);
 
 }  // namespace Fuzz

@@ -19,7 +19,7 @@ using ZelVrfSelectionPolicy::VrfAction;
 constexpr std::uint32_t resources = 8;
 constexpr std::uint32_t rules = 64;
 
-// The last one has no hardware id, to begin with.
+// The last one has no hardware id at first.
 constexpr std::array<const char*, 4> vrfs{"default", "red", "blue", "green"};
 
 constexpr Ip::Address v4(std::uint8_t a, std::uint8_t b, std::uint8_t c, std::uint8_t d) {
@@ -51,7 +51,7 @@ Ip::Prefix prefixOf(FuzzedBytes& input, const Ip::Address& address) {
   return {Ip::firstBits(address, length), static_cast<std::uint8_t>(length)};
 }
 
-// Of the family, or of none where that has no such address.
+// A prefix of the family.
 Ip::Prefix prefixOf(FuzzedBytes& input, Ip::Family family) {
   const std::size_t half = addresses.size() / 2;
   const std::size_t first = family == Ip::Family::v4 ? 0 : half;
@@ -111,8 +111,8 @@ const std::array<std::string, 2>& PacketWorld::intfs() {
   return names;
 }
 
-// Rules for tunnels on one interface; a default route, a route that decapsulates and one that drops
-// in either family; a VRF that misses falls back.
+// The network at first: rules for tunnels on one interface, a default route in each family, a route
+// that decapsulates, a route that drops, and two VRFs with a fallback.
 PacketWorld::PacketWorld()
     : fallbacks_(VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs()),
       routes_(Routing::Hardware::RouteStatus::RouteStatusIs()),
@@ -170,7 +170,8 @@ std::uint64_t PacketWorld::packetsByRules(const std::string& intf) const {
       [](std::uint64_t sum, const auto& counter) { return sum + counter.packets; });
 }
 
-// At the front or at the end of the rules, with or without a resource of its action.
+// Adds a rule at the front or at the end of the rules. May program the resource of its action
+// again.
 void PacketWorld::ruleIs(FuzzedBytes& input) {
   const std::string& intf = intfOf(input);
   const std::uint8_t how = input.byte();
@@ -192,15 +193,15 @@ void PacketWorld::routeIs(const L3::VrfName& vrf, const Ip::Prefix& prefix, cons
   if (id != 0) tables_.routeIs(id, prefix, route);
 }
 
-// One length in exact match, which the chip's tables, the facts or both are told of.
+// Puts one length into exact match: in the chip's tables, in the facts, or in both.
 void PacketWorld::lengthsAre(FuzzedBytes& input) {
   const L3::VrfName vrf = vrfOf(input);
   const Ip::Family family = input.flag() ? Ip::Family::v6 : Ip::Family::v4;
   const auto length = static_cast<std::uint8_t>(input.below(Ip::addressBits(family) + 1));
-  const unsigned told = input.below(3);
+  const unsigned where = input.below(3);
   const std::uint32_t id = routes_->vrfStatus(vrf)->vrfId();
-  if (told != 0 && id != 0) tables_.exactMatchLensIs(id, family, {length});
-  if (told == 1) return;
+  if (where != 0 && id != 0) tables_.exactMatchLensIs(id, family, {length});
+  if (where == 1) return;
   const Velo::String key(vrf.bytes());
   if (family == Ip::Family::v4) {
     routes_->vrfPrefixLensInExactMatchIs(key)->prefixLenIs(length);

@@ -1,7 +1,6 @@
-// Why: packets need a chip with rules, resources, routes and facts about VRFs to go through, and
-// what there is of them decides which ways there are.
-// Always: begins as the same small network; a few changes, drawn from the input, may follow. Facts
-// may change without the chip's being told, so resources may be stale.
+// A software chip with rules, resources, routes and facts about VRFs. It begins as the same small
+// network. The input may change it. Facts may change without an update of the chip, so resources
+// may be stale.
 #pragma once
 
 #include <array>
@@ -16,14 +15,14 @@ class PacketWorld final {
  public:
   PacketWorld();
 
-  // One change; reads what it is from the front of the input.
+  // Makes one change, which it reads from the front of the input.
   void change(FuzzedBytes& input);
 
-  // The interfaces by which packets come.
+  // The interfaces by which packets arrive.
   static const std::array<std::string, 2>& intfs();
 
   [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
-  // How many packets the rules of the interface have taken.
+  // How many packets matched a rule of the interface.
   [[nodiscard]] std::uint64_t packetsByRules(const std::string& intf) const;
 
  private:
@@ -32,7 +31,7 @@ class PacketWorld final {
   void lengthsAre(FuzzedBytes& input);
   void addRule(const std::string& intf, const PolicyMap::AclRule& rule);
   void routeIs(const L3::VrfName& vrf, const Ip::Prefix& prefix, const SoftChip::Route& route);
-  // Has the chip program the action's resource by the facts of now.
+  // Makes the chip program the action's resource by the current facts.
   void program(const PolicyMap::RuleAction& action);
 
   Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbacks_;

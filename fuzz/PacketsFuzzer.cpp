@@ -1,11 +1,11 @@
-// Packets into the software chip. The first byte is how many changes of the chip's network follow,
-// then come these; the next byte says how to take all that is left: as an Ethernet frame or as a
-// raw IP packet, by which interface, and whether checksums of IPv4 are to be made right first.
+// Fuzzes the forwarding of packets by the software chip. The first byte of the input is the number
+// of changes of the network, which follow. The next byte says how to use the rest: as an Ethernet
+// frame or as a raw IP packet, by which interface, and whether to correct IPv4 checksums first.
 //
-// Every packet is dropped for one reason or leaves by one interface, and is counted once: for that
-// reason or for the VRF that routed it, and for at most one rule. Finding the rule in the compiled
-// ones, and trying the rules one by one for somebody who is told the way, comes to the same. What
-// leaves is a whole packet, and what `PacketChecks.h` says of it.
+// Every packet is dropped for one reason or leaves by one interface. It is counted once: for that
+// reason or for the VRF that routed it, and for at most one rule. The compiled rules and a search
+// of the rules one by one, which an observer of the steps causes, have the same result. A packet
+// that leaves passes `checkLeft`.
 
 #include <numeric>
 
@@ -26,7 +26,7 @@ using SoftChip::Verdict;
 
 constexpr unsigned mostChanges = 12;
 
-// Writes down how a packet ended.
+// Records how a packet ended.
 class EndOfWay final : public SoftChip::PacketWay {
  public:
   void decapsulated(const SoftChip::PacketHeader& /*outer*/,
@@ -45,7 +45,7 @@ class EndOfWay final : public SoftChip::PacketWay {
   }
 
   [[nodiscard]] bool wasDecapsulated() const noexcept { return decapsulations_ != 0; }
-  // That the verdict is what was told.
+  // Checks that the verdict is the recorded end.
   void check(const Verdict& verdict) const {
     must(ends_ == 1, "the end of a way is told once");
     must(decapsulations_ <= 1, "a packet is decapsulated once");

@@ -1,10 +1,10 @@
-// The text forms of values: the input is a text.
+// Fuzzes the text forms of values. The input is a text.
 //
-// Every registered type of values is asked to parse it. What is taken prints as the same text, and
-// parses again as an equal value that hashes equally; all else is refused by a range exception, and
-// by nothing derived from it, that says why. The other way round, the input's bytes become the
-// names and descriptions of records: what these print is parsed as an equal record. Beside these,
-// the forms of addresses and prefixes, and attributes read as text by an arbitrary name and key.
+// Every registered value type parses the text. A parsed value prints as the same text, and a second
+// parse returns an equal value with an equal hash. Any other text is refused by a range exception
+// with a reason, not by a type derived from it. The bytes of the input are also used as names and
+// descriptions of records: the printed record is parsed as an equal record. The same is checked for
+// addresses and prefixes. Attributes are read as text by an arbitrary name and key.
 
 #include <array>
 #include <optional>
@@ -28,7 +28,7 @@ using Fuzz::must;
 using ZelVrfSelectionPolicy::HwStatus;
 using ZelVrfSelectionPolicy::VrfAction;
 
-// What `parse` gives; nothing where it refuses.
+// The result of `parse`. Nothing if it refuses.
 template <class Parse>
 auto unlessRefused(Parse parse) -> std::optional<decltype(parse())> {
   try {
@@ -59,12 +59,12 @@ void parseAsEveryType(std::string_view text) {
 
 template <class Record>
 void printAndParse(const Record& record) {
-  using Mox::valueToStrep;  // that of texts
+  using Mox::valueToStrep;  // for `Velo::String`
   const std::string text = valueToStrep(record).str();
   must(Mox::strepToValue<Record>(text) == record, "what a record prints is parsed as its equal");
 }
 
-// The texts between NUL bytes.
+// The first four texts that NUL bytes separate.
 std::array<std::string_view, 4> piecesOf(std::string_view text) {
   std::array<std::string_view, 4> pieces;
   for (std::string_view& piece : pieces) {
@@ -94,7 +94,7 @@ void printRecordsOf(std::string_view text) {
   must(isNamed == (text.size() <= L3::VrfName::maxLength), "a name has at most 100 bytes");
 }
 
-// The bytes quoted, and quoted text read, of which either undoes the other.
+// Checks that quoting and reading a quoted text are inverse to each other.
 void quote(std::string_view text) {
   const std::string form = Mox::quoted(text);
   Mox::CharRange whole(form);
@@ -118,7 +118,7 @@ void parseAddresses(const std::string& text) {
   }
 }
 
-// The first piece is the attribute, the second, where there is one, the key.
+// The first piece is the name of the attribute. The second, if there is one, is the key.
 void readAttributes(std::string_view text) {
   const auto pieces = piecesOf(text);
   const auto users = ZelVrfSelectionPolicy::vrfHwConfigFactory();

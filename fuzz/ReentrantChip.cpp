@@ -23,7 +23,7 @@ HwStatus ReentrantChip::createVrf(const VrfAction& action) {
   const VrfModel::Action key = plain(action);
   const auto [entry, isNew] = resources_.try_emplace(key);
   must(isNew, "what is created does not exist");
-  Resource& resource = entry->second;  // stays there, since it is not deleted during its creation
+  Resource& resource = entry->second;  // stays valid: no deletion during the creation
   resource.number = ++created_;
   interruption_("createVrf " + shown(key));
   must(resource.stage == Stage::creation, "a creation is not interrupted by a deletion");

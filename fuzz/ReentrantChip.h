@@ -1,6 +1,5 @@
-// Why: a hook of a chip may change whatever the library reacts to, while the library is at work;
-// and a chip relies on the order of its calls. This one does the former and checks the latter.
-// Always: outcomes fail and change as those of the model's chip do.
+// A chip whose hooks call back into the library. It checks the order of its hook calls. Its
+// outcomes are those of the model's chip.
 #pragma once
 
 #include <functional>
@@ -13,11 +12,11 @@
 
 namespace Fuzz {
 
-// For one action: one creation, any number of updates, one deletion, and again. From the call of
-// the deletion on, and before the creation has returned, it is not updated.
+// The order for one action: one creation, any number of updates, one deletion, and again. An action
+// is not updated during its creation and its deletion.
 class ReentrantChip final : public ZelVrfSelectionPolicy::VrfHelper {
  public:
-  // Called by every hook, with what it was called for.
+  // Every hook calls it, with the name of the hook and the action.
   using Interruption = std::function<void(const std::string& hook)>;
 
   explicit ReentrantChip(Interruption interruption);
@@ -29,18 +28,18 @@ class ReentrantChip final : public ZelVrfSelectionPolicy::VrfHelper {
       const ZelVrfSelectionPolicy::VrfAction& action) override;
   void deleteVrf(const ZelVrfSelectionPolicy::VrfAction& action) override;
 
-  // Whether a hook that creates or deletes the resource of `action` is being called.
+  // Whether a hook call that creates or deletes the resource of `action` has not returned yet.
   [[nodiscard]] bool isUnderWay(const ZelVrfSelectionPolicy::VrfAction& action) const;
 
-  // While no hook is called: that exactly the actions that have a resource have a status, which is
-  // what was reported last for this resource.
+  // Checks that exactly the actions with a resource have a status, and that it is the last outcome
+  // reported for the resource. Precondition: no hook call is under way.
   void check(const ZelVrfSelectionPolicy::VrfHwStatus& statuses) const;
 
  private:
   enum class Stage : unsigned char { creation, existence, deletion };
   struct Resource {
     Stage stage = Stage::creation;
-    unsigned number = 0;  // of all that there were
+    unsigned number = 0;  // counts all resources
     ZelVrfSelectionPolicy::HwStatus reported;
   };
 

@@ -1,14 +1,15 @@
-// A chip whose hooks re-enter: the input is the choices that make up a history, like those for
-// `histories`, and the events that befall the library while a hook is called, several deep.
+// Fuzzes the library with a chip whose hooks call back into it. The input is the choices that make
+// up a history, as for `histories`, and also the events that happen during hook calls, which may be
+// nested.
 //
-// The chip is called in the order that `VrfHelper` promises. After each event that was not within
-// another one, exactly the actions that have a resource have a status, the one reported last; and
-// as long as there was one machine that followed the counts, these are the actions that have users.
-// The model knows nothing of hooks that re-enter, so what may happen is asked of the tables: counts
-// that have to stop the process, and handlers of a machine that is not there, are passed over.
+// The hook calls have the order that `VrfHelper` guarantees. After each outermost event exactly the
+// actions with a resource have a status, which is the last one reported. While one machine follows
+// the counts without interruption, these are the actions with users. The reference model does not
+// model such hooks. The tables decide instead which events are allowed: counts that would stop the
+// process, and calls of a machine that does not exist, are skipped.
 //
-// With the environment variable ZEL_FUZZ_TELL set, events and hooks are told while they happen,
-// indented by how deep they are.
+// If the environment variable ZEL_FUZZ_TRACE is set, events and hook calls are printed when they
+// begin, indented by their depth.
 
 #include <cstdlib>
 #include <iostream>
@@ -34,17 +35,17 @@ using ZelVrfSelectionPolicy::VrfSm;
 constexpr unsigned longestHistory = 150;
 constexpr unsigned deepest = 4;
 
-class Story final {
+class ReentrantHistory final {
  public:
-  explicit Story(FuzzedChoices& choices) : choices_(choices), cast_(castOf(choices)) {}
+  explicit ReentrantHistory(FuzzedChoices& choices) : choices_(choices), cast_(castOf(choices)) {}
 
-  void tell() {
+  void run() {
     Event build;
     build.kind = Kind::machineBuild;
-    befall(build);
+    apply(build);
     isFollowed_ = true;
     while (!choices_.areUsedUp() && events_ < longestHistory) {
-      befall(source_.next());
+      apply(source_.next());
       static_cast<void>(system_.takeObserved());
       check();
     }
@@ -52,35 +53,35 @@ class Story final {
 
  private:
   void interrupt(const std::string& hook) {
-    tellOf("  " + hook);
+    trace("  " + hook);
     if (depth_ == deepest || choices_.areUsedUp() || !choices_.once(3)) return;
-    befall(source_.next());
+    apply(source_.next());
   }
 
-  void befall(const Event& event) {
-    if (!mayBefall(event)) return;
+  void apply(const Event& event) {
+    if (!isAllowed(event)) return;
     if (event.kind >= Kind::topActive && event.kind <= Kind::machineDrop) isFollowed_ = false;
     ++events_;
     ++depth_;
-    tellOf(shown(event, cast_));
+    trace(shown(event, cast_));
     system_.apply(event);
     --depth_;
   }
 
-  void tellOf(const std::string& text) const {
-    static const bool isTold = std::getenv("ZEL_FUZZ_TELL") != nullptr;
-    if (isTold) std::cerr << std::string(std::size_t{depth_} * 4, ' ') << text << '\n';
+  void trace(const std::string& text) const {
+    static const bool isTraced = std::getenv("ZEL_FUZZ_TRACE") != nullptr;
+    if (isTraced) std::cerr << std::string(std::size_t{depth_} * 4, ' ') << text << '\n';
   }
 
-  [[nodiscard]] bool mayBefall(const Event& event) const {
-    if (event.kind <= Kind::countDeleteAll) return mayBefallCounts(event);
+  [[nodiscard]] bool isAllowed(const Event& event) const {
+    if (event.kind <= Kind::countDeleteAll) return isCountAllowed(event);
     if (event.kind == Kind::machineActive || event.kind == Kind::machineZombie) {
       return system_.machine() != nullptr;
     }
-    return event.kind < Kind::callUpdates || mayCall(event);
+    return event.kind < Kind::callUpdates || isCallAllowed(event);
   }
 
-  [[nodiscard]] bool mayBefallCounts(const Event& event) const {
+  [[nodiscard]] bool isCountAllowed(const Event& event) const {
     const auto& counts = system_.counts();
     if (event.kind == Kind::countDeleteAll) {
       for (auto entry = counts.vrfRefCount().iterator(); entry; ++entry) {
@@ -102,7 +103,7 @@ class Story final {
     return event.number;
   }
 
-  [[nodiscard]] bool mayCall(const Event& event) const {
+  [[nodiscard]] bool isCallAllowed(const Event& event) const {
     const VrfSm* const machine = system_.machine();
     if (machine == nullptr || machine->isZombie()) return false;
     const VrfAction action = actionOf(event);
@@ -120,7 +121,8 @@ class Story final {
     }
   }
 
-  // Or is to have one, or had one until now: whoever is at work on it follows its count.
+  // Also true while the resource is created or deleted: the hook call under way handles a change of
+  // the count.
   [[nodiscard]] bool hasResource(const VrfAction& action) const {
     return system_.statuses().hwStatusHas(action) || isUnderWay(action);
   }
@@ -156,6 +158,6 @@ class Story final {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedChoices choices(data, size);
-  Story(choices).tell();
+  ReentrantHistory(choices).run();
   return 0;
 }
