@@ -1,7 +1,7 @@
-// The platform's keyed collection with actions as keys, beside hash maps with the same key type and
-// the same hash. All three of them keep iterators to other entries valid over an erase, so the
-// best of the three sets the mark; only the nodes of two of them stay where they are when the
-// collection grows, as entries of HashMap2018 do.
+// The platform's keyed collection with actions as keys, compared with three hash maps of the same
+// key type and hash. In all three maps, iterators to other entries stay valid after an erase. The
+// fastest of the three is the target. Only two of them keep the addresses of entries when the map
+// grows, as HashMap2018 does.
 
 #include <absl/container/flat_hash_map.h>
 #include <absl/container/node_hash_map.h>
@@ -25,7 +25,7 @@ struct SameHash {
   }
 };
 
-/// One contender's collection behind the four operations.
+/// The four operations on a map with the interface of the standard library.
 template <class Map>
 class Standard {
  public:

@@ -10,9 +10,9 @@ namespace Benchmarks {
 namespace {
 
 constexpr double secondsPerLoop = 0.02;
-constexpr double secondsPerPasses = 0.001;  // a pass is long enough to be measured once
+constexpr double secondsPerPasses = 0.001;  // one pass is long enough for a measurement
 
-/// Takes what Google Benchmark measured, in nanoseconds of one iteration, by the benchmark's name.
+/// Collects the results of Google Benchmark: nanoseconds per iteration, by the benchmark's name.
 class Collector final : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& /*context*/) override { return true; }
@@ -41,24 +41,24 @@ void writeNumbers(std::ostream& out, const std::vector<double>& numbers) {
   out << ']';
 }
 
-const char* kindName(Mark::Kind kind) {
+const char* kindName(Target::Kind kind) {
   switch (kind) {
-    case Mark::Kind::ratioAtMost:
+    case Target::Kind::ratioAtMost:
       return "ratioAtMost";
-    case Mark::Kind::timesFaster:
+    case Target::Kind::timesFaster:
       return "timesFaster";
-    case Mark::Kind::aboveByAtMost:
+    case Target::Kind::aboveByAtMost:
       return "aboveByAtMost";
-    case Mark::Kind::none:
+    case Target::Kind::none:
       break;
   }
-  return "stated";
+  return "none";
 }
 
-// Texts are literals of the benchmarks, without quotes.
+// The texts are literals of the benchmarks. They contain no quotes.
 void writeCost(std::ostream& out, const Cost& cost) {
-  out << R"({"contender": ")" << cost.contender << R"(", "mark": ")" << kindName(cost.mark.kind)
-      << R"(", "value": )" << cost.mark.value << R"(, "costs": )";
+  out << R"({"contender": ")" << cost.contender << R"(", "target": ")" << kindName(cost.target.kind)
+      << R"(", "value": )" << cost.target.value << R"(, "costs": )";
   writeNumbers(out, cost.repetitions);
   out << '}';
 }
@@ -120,14 +120,14 @@ Comparison& Comparison::oursPass(Pass pass) {
   return *this;
 }
 
-Comparison& Comparison::beside(std::string contender, Mark mark, Loop loop) {
-  row_.beside.push_back({std::move(contender), mark, {}});
+Comparison& Comparison::beside(std::string contender, Target target, Loop loop) {
+  row_.beside.push_back({std::move(contender), target, {}});
   contenders_.push_back({std::move(loop), false});
   return *this;
 }
 
-Comparison& Comparison::besidePass(std::string contender, Mark mark, Pass pass) {
-  row_.beside.push_back({std::move(contender), mark, {}});
+Comparison& Comparison::besidePass(std::string contender, Target target, Pass pass) {
+  row_.beside.push_back({std::move(contender), target, {}});
   contenders_.push_back(contenderOf(std::move(pass)));
   return *this;
 }

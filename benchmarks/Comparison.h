@@ -9,49 +9,48 @@
 
 namespace Benchmarks {
 
-/// What a comparison with a peer has to show.
-struct Mark {
+/// The target of a comparison with a peer.
+struct Target {
   enum class Kind {
-    none,           // the ratio is only stated
+    none,           // the ratio is shown without a target
     ratioAtMost,    // this library's cost over the peer's
     timesFaster,    // the peer's cost over this library's, at least
-    aboveByAtMost,  // this library's cost less the peer's
+    aboveByAtMost,  // this library's cost minus the peer's
   };
   Kind kind = Kind::none;
   double value = 0;
 };
-[[nodiscard]] inline Mark ratioAtMost(double value) {
-  return {Mark::Kind::ratioAtMost, value};
+[[nodiscard]] inline Target ratioAtMost(double value) {
+  return {Target::Kind::ratioAtMost, value};
 }
-[[nodiscard]] inline Mark timesFaster(double value) {
-  return {Mark::Kind::timesFaster, value};
+[[nodiscard]] inline Target timesFaster(double value) {
+  return {Target::Kind::timesFaster, value};
 }
-[[nodiscard]] inline Mark aboveByAtMost(double value) {
-  return {Mark::Kind::aboveByAtMost, value};
+[[nodiscard]] inline Target aboveByAtMost(double value) {
+  return {Target::Kind::aboveByAtMost, value};
 }
-[[nodiscard]] inline Mark stated() {
+[[nodiscard]] inline Target noTarget() {
   return {};
 }
 
-/// What one contender cost, one number per repetition.
+/// The cost of one contender, one number per repetition.
 struct Cost {
   std::string contender;
-  Mark mark;
+  Target target;
   std::vector<double> repetitions;
 };
 
-/// One row of the table: a piece of work at one size, what it costs in this library, and what it
-/// costs the peers beside it.
+/// One row of the table: an operation at one size, with its cost in this library and in each peer.
 struct Row {
   std::string work;
-  std::size_t size = 0;  // 0 where the work has none
+  std::size_t size = 0;  // 0 if the work has no size
   std::string unit = "ns";
   bool shouldNotGrow = false;
   std::vector<double> ours;
   std::vector<Cost> beside;
 };
 
-/// The rows measured so far. Written out whole, for `report.py`, which judges and shows them.
+/// The measured rows. `report.py` reads their JSON, compares them with the targets and prints them.
 class Report {
  public:
   void rowIs(Row row);
@@ -61,28 +60,28 @@ class Report {
   std::vector<Row> rows_;
 };
 
-/// Measures one row: Google Benchmark runs this library and each peer once, and then all of them
-/// again, nine times; so whatever slows the machine for a while slows all contenders alike, and the
-/// ratio of one repetition compares what ran side by side. Costs are processor time.
+/// Measures one row. In each of nine repetitions Google Benchmark runs this library and each peer
+/// once. A temporary load of the machine then affects all contenders, and a ratio is computed
+/// within one repetition. Costs are processor time.
 class Comparison {
  public:
   static constexpr int repetitions = 9;
-  /// A benchmark in Google Benchmark's own form.
+  /// A benchmark in the form of Google Benchmark.
   using Loop = std::function<void(benchmark::State&)>;
-  /// One pass, for work that has to be prepared anew each time: gives the seconds that counted.
+  /// One pass, for work that needs a new preparation each time. Returns the measured seconds.
   using Pass = std::function<double()>;
 
   Comparison(std::string work, std::size_t size = 0);
 
-  /// One iteration or pass is this many times the work: costs are shown for one.
+  /// One iteration or pass does the work this many times. Costs are shown for one time.
   Comparison& timesWork(double times);
   /// The cost should be the same at every size.
   Comparison& shouldNotGrow();
 
   Comparison& ours(Loop loop);
   Comparison& oursPass(Pass pass);
-  Comparison& beside(std::string contender, Mark mark, Loop loop);
-  Comparison& besidePass(std::string contender, Mark mark, Pass pass);
+  Comparison& beside(std::string contender, Target target, Loop loop);
+  Comparison& besidePass(std::string contender, Target target, Pass pass);
 
   void measure(Report& report);
 

@@ -1,5 +1,5 @@
-// The hardware id of a VRF changes to which 64 VRFs fall back, and 8 others to each of these; 4
-// actions name each VRF. Beside it a bare loop over the actions reached, in the same order.
+// The hardware id of a VRF changes. 64 VRFs fall back to it, and 8 others to each of these. 4
+// actions name each VRF. The peer is a bare loop over the same actions in the same order.
 
 #include "benchmarks/Families.h"
 #include "benchmarks/World.h"
@@ -15,7 +15,7 @@ constexpr unsigned secondLevel = 8;
 constexpr unsigned actionsEach = 4;
 constexpr unsigned vrfs = 1 + dependents + dependents * secondLevel;
 
-/// The VRFs of the chain, the root first, each dependent followed by its own dependents.
+/// The VRFs of the chain: the root, then each dependent, followed by the dependents of it.
 std::vector<L3::VrfName> chainIs(VrfSelectionPolicy::VrfSelectionFallbackVrf& fallback) {
   std::vector<L3::VrfName> chain{vrfNames()[0]};
   for (unsigned i = 0; i < dependents; ++i) {
@@ -31,7 +31,7 @@ std::vector<L3::VrfName> chainIs(VrfSelectionPolicy::VrfSelectionFallbackVrf& fa
   return chain;
 }
 
-// Other VRFs are named by the empty name, which does not change.
+// The post-decapsulation VRF makes the actions of one VRF differ. It does not change.
 VrfAction naming(const L3::VrfName& vrf, unsigned number) {
   VrfAction action(vrf, PolicyMap::ActionType::vrf);
   action.postDecapVrfNameIs(vrfNames()[vrfs + number]);

@@ -4,7 +4,7 @@
 
 namespace Benchmarks {
 
-// One function for each family of rows; `main.cpp` runs them in this order.
+// One function for each family of rows. `main.cpp` calls them in this order.
 
 void lifeOfAnAction(Report& report);
 void refresh(Report& report);

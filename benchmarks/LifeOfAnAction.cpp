@@ -1,5 +1,5 @@
-// An action gets its first user and loses it again, in tables that hold many others: this library,
-// and the same state kept in two hash maps whose keys are three strings and a byte.
+// An action gets its first user and loses it again, in tables with many other actions. The peer
+// keeps the same state in two hash maps with keys of three strings and a byte.
 
 #include <absl/container/flat_hash_map.h>
 
@@ -80,7 +80,7 @@ class TextTables {
   absl::flat_hash_map<TextAction, TextStatus> statuses_;
 };
 
-constexpr std::size_t lives = 1024;  // actions that come and go, in turn
+constexpr std::size_t lives = 1024;  // the number of different actions, used in turn
 
 void measure(Report& report, std::size_t size) {
   const std::vector<VrfAction> present = actions(size, 1);

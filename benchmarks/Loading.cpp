@@ -1,5 +1,5 @@
-// Loading the library by `dlopen`, its platform with it, beside an empty shared library. Each
-// loading happens in a process of its own that was linked to neither.
+// Loading the library and its platform by `dlopen`, compared with an empty shared library. Each
+// load happens in a new process that is linked to neither.
 
 #include <cstdio>
 #include <stdexcept>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr double mostNanosecondsAbove = 1e6;
 
-/// Nanoseconds that a process of its own needs to load `library`.
+/// The nanoseconds in which a new process loads `library`.
 double loadTime(const char* library) {
   const std::string command = std::string(LOAD_TIME_PROGRAM).append(" ").append(library);
   std::FILE* output = popen(command.c_str(), "r");

@@ -18,7 +18,7 @@ struct AtomicCounted : boost::intrusive_ref_counter<AtomicCounted, boost::thread
   virtual ~AtomicCounted() = default;
 };
 
-/// As the platform has it at start-up, as long as this lives.
+/// Has thread-safe pointers on during its lifetime.
 class ThreadSafePointers {
  public:
   ThreadSafePointers() { Mox::PtrInterface::threadSafePointersIs(true); }

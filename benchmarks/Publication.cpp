@@ -1,4 +1,4 @@
-// One publication to subscribers that do nothing but count, beside a signal library and a loop
+// One publication to subscribers that only count, compared with a signal library and with a loop
 // over function pointers.
 
 #include <boost/signals2.hpp>

@@ -1,5 +1,5 @@
-// The string form of an action, written and read: this library, and by hand as short as it gets,
-// with three strings and a byte, for names without anything to escape.
+// The string form of an action, printed and parsed. The peer is the shortest handwritten code for
+// three strings and a byte, without escapes.
 
 #include <charconv>
 #include <cstring>
@@ -37,7 +37,7 @@ std::string print(const TextAction& action) {
   return text;
 }
 
-/// A scan in the manner of `std::from_chars`: each step gives where the next one begins.
+/// Scans in the manner of `std::from_chars`: each step returns the start of the next one.
 const char* scan(const char* from, const char* end, std::string_view literal) {
   const auto left = static_cast<std::size_t>(end - from);
   if (left < literal.size() || std::memcmp(from, literal.data(), literal.size()) != 0) {

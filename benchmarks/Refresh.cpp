@@ -1,6 +1,6 @@
-// One VRF changes and 16 actions name it, in tables that hold many others: this library; a bare
-// loop over those 16, which knows them beforehand; and a walk over the whole table that compares
-// three strings. Sixteen such VRFs, scattered over the table, are refreshed in turn.
+// One VRF changes that 16 actions name, in tables with many other actions. One peer is a bare loop
+// over these 16. The other is a walk over the whole table that compares three strings. Sixteen such
+// VRFs, spread over the table, are refreshed in turn.
 
 #include <unordered_map>
 
@@ -37,7 +37,7 @@ bool names(const VrfAction& action, const L3::VrfName& vrf) {
          action.postDecapVrfName() == vrf;
 }
 
-/// The actions of a table of that size, in the order in which they enter it.
+/// The actions of a table of that size, in the order of their insertion.
 std::vector<VrfAction> presentActions(std::size_t size, const std::vector<L3::VrfName>& changing) {
   std::vector<VrfAction> present = actions(size - namingEach * changingVrfs, 1);
   Draw draw(3);

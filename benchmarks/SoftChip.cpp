@@ -1,6 +1,6 @@
-// One packet in the software chip: classified by 1,000 rules, beside a scan of the rules one by
-// one; and its destination looked up among 100,000 routes, beside a walk over the lengths of a
-// `std::map`, the longest first. Packets are drawn so that each rule and each route is hit.
+// One packet in the software chip. Classification by 1,000 rules is compared with a search of the
+// rules one by one. The lookup of the destination among 100,000 routes is compared with a walk over
+// the lengths of a `std::map`, longest first. The packets reach every rule and every route.
 
 #include <bit>
 #include <map>
@@ -35,14 +35,14 @@ Ip::Prefix drawnPrefix(Draw& draw, unsigned shortest) {
   return {Ip::firstBits(drawnAddress(draw), length), static_cast<std::uint8_t>(length)};
 }
 
-// An address that the prefix covers.
+// A random address that the prefix covers.
 Ip::Address drawnIn(Draw& draw, const Ip::Prefix& prefix) {
   Ip::Address address = prefix.address;
   address.bytes[3] = static_cast<std::uint8_t>(draw.below(256));
   return address;
 }
 
-/// Traffic between prefixes, of which some rules ask for a protocol or a DSCP as well.
+/// Rules for traffic between prefixes. Some also match a protocol or a DSCP.
 AclRule drawnRule(Draw& draw) {
   ClassMatch match;
   match.family = Ip::Family::v4;

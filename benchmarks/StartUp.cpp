@@ -1,8 +1,8 @@
-// The VRF state machine starts on inputs that are all there: 4,096 VRF statuses, 4,096
-// prefix-length entries per family, 1,024 fallback entries, 100,000 statuses. Beside it the
-// messages that it must send and the hooks that it must call, in a bare loop. Then the same call
-// again, which keeps the machine, and the end of the machine, beside one allocation and one release
-// in a pool for each machine nested in it.
+// The VRF state machine starts on complete inputs: 4,096 VRF statuses, 4,096 prefix-length entries
+// per family, 1,024 fallback entries, 100,000 statuses. The peer is a bare loop that sends the same
+// messages and calls the same hooks. Then the same call is repeated, which keeps the machine, and
+// the machine is destroyed. The peer of both is one allocation and one release in a pool for each
+// nested machine.
 
 #include <boost/pool/pool.hpp>
 #include <stdexcept>
@@ -54,17 +54,17 @@ struct Inputs {
       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
 };
 
-/// What a start asks of the outside: messages, then one call of the chip.
+/// One step of a start: messages, then one hook call.
 struct Step {
   std::uint64_t messages;
   const VrfAction* action;
 };
 
-/// A chip that writes down what a start asks of it.
-class NotingChip final : public VrfHelper {
+/// A chip that records the steps of a start.
+class RecordingChip final : public VrfHelper {
  public:
-  explicit NotingChip(Mox::Ptr<ZelVrfSelectionPolicy::VrfHwStatus> statuses)
-      : VrfHelper("noting", nullptr, nullptr, nullptr), statuses_(std::move(statuses)) {}
+  explicit RecordingChip(Mox::Ptr<ZelVrfSelectionPolicy::VrfHwStatus> statuses)
+      : VrfHelper("recording", nullptr, nullptr, nullptr), statuses_(std::move(statuses)) {}
   HwStatus createVrf(const VrfAction& /*action*/) override { return {}; }
   HwStatus updateVrf(const VrfAction& action) override {
     const auto& table = statuses_->hwStatus();
@@ -87,7 +87,7 @@ class NotingChip final : public VrfHelper {
 };
 
 std::vector<Step> stepsOf(const Inputs& inputs) {
-  const auto chip = Mox::makePtr<NotingChip>(inputs.world.statuses);
+  const auto chip = Mox::makePtr<RecordingChip>(inputs.world.statuses);
   static_cast<void>(inputs.start(chip));
   static_cast<void>(inputs.top->vrfSmDel());
   return chip->steps();
@@ -125,7 +125,7 @@ std::uint64_t callsOf(const Inputs& inputs) {
   return static_cast<const CountingChip&>(*inputs.world.chip).calls();
 }
 
-/// One allocation and one release for each nested machine; blocks as large as a machine.
+/// Allocates and releases one block for each nested machine. A block has the size of a machine.
 double poolPass(boost::pool<>& pool) {
   std::vector<void*> blocks(nestedMachines);
   return timed([&] {

@@ -13,20 +13,19 @@
 
 namespace Benchmarks {
 
-// The world that all benchmarks measure in: 4,096 VRFs with names of 24 bytes, actions that name
-// three of them drawn at random, and a chip whose hooks do nothing but count. The draw is the same
-// in every run.
+// The inputs of all benchmarks: 4,096 VRFs with names of 24 bytes, actions that name three random
+// VRFs, and a chip whose hooks only count. The random numbers are the same in every run.
 
 inline constexpr unsigned vrfCount = 4096;
 inline constexpr std::size_t nameBytes = 24;
 
-/// The sizes at which a cost that should not grow is measured.
+/// The table sizes for costs that should not grow.
 inline constexpr std::size_t sizes[] = {1000, 10'000, 100'000, 1'000'000};
 
 /// The names of the VRFs.
 [[nodiscard]] const std::vector<L3::VrfName>& vrfNames();
 
-/// Draws numbers that are the same in every run.
+/// Random numbers that are the same in every run.
 class Draw {
  public:
   explicit Draw(unsigned seed) : engine_(seed) {}
@@ -41,11 +40,11 @@ class Draw {
   std::mt19937 engine_;
 };
 
-/// `count` actions, all different. Other seeds give other actions, as good as never the same ones.
+/// `count` different actions. Two seeds have almost no action in common.
 [[nodiscard]] std::vector<ZelVrfSelectionPolicy::VrfAction> actions(std::size_t count,
                                                                     unsigned seed);
 
-/// `items` in another order.
+/// `items` in random order.
 template <class Item>
 [[nodiscard]] std::vector<Item> shuffled(std::vector<Item> items, unsigned seed) {
   Draw draw(seed);
@@ -54,7 +53,7 @@ template <class Item>
   return items;
 }
 
-/// A chip whose hooks do nothing but count.
+/// A chip whose hooks only count.
 class CountingChip final : public ZelVrfSelectionPolicy::VrfHelper {
  public:
   using VrfAction = ZelVrfSelectionPolicy::VrfAction;
@@ -95,7 +94,7 @@ struct World {
   Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm;
 };
 
-/// A ring that does nothing but take bytes: what a message costs at least.
+/// A ring that only copies bytes: the lower bound for the cost of a message.
 class BareRing {
  public:
   void write(std::uint32_t site, std::string_view text) noexcept {
@@ -123,13 +122,13 @@ class BareRing {
   std::uint64_t written_ = 0;
 };
 
-/// An action with its record: what a bare loop goes over.
+/// An action with its record, for bare loops.
 struct BareEntry {
   ZelVrfSelectionPolicy::VrfAction action;
   ZelVrfSelectionPolicy::HwStatus status;
 };
 
-/// Has the chip program `entries`, and keeps the outcomes: what a refresh costs at least.
+/// Makes the chip program `entries`, and stores the outcomes: the lower bound for a refresh.
 void programAnew(std::vector<BareEntry>& entries, ZelVrfSelectionPolicy::VrfHelper& chip,
                  BareRing& ring, std::string_view text);
 

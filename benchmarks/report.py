@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Judges and shows what `zel-benchmarks` measured.
+"""Compares the results of `zel-benchmarks` with their targets, and prints them.
 
 usage: report.py MEASURED LIBRARY [--write DOCUMENT]
 
-MEASURED is the output of `zel-benchmarks`, LIBRARY the shared library that it measured. Prints the
-table. With --write the table, the machine and a plot of cost against size replace what stands
-between the markers of DOCUMENT, and the plot goes beside it; what is written by hand stays.
+MEASURED is the output of `zel-benchmarks`. LIBRARY is the shared library that it measured. Prints
+the table. With --write the machine, the table and a plot of cost against size replace the part of
+DOCUMENT between the markers. The plot is a file next to DOCUMENT. The rest of DOCUMENT stays.
 """
 
 import argparse
@@ -18,7 +18,7 @@ import statistics
 import subprocess
 import sys
 
-COLUMNS = ["work", "size", "this library", "beside it", "costs", "ratio (spread)", "to reach", ""]
+COLUMNS = ["work", "size", "this library", "beside it", "costs", "ratio (spread)", "target", ""]
 BEGIN, END = "<!-- measured: begin -->", "<!-- measured: end -->"
 
 
@@ -36,9 +36,9 @@ def factor(value):
 
 
 def judged(row, peer):
-    """Ratio with spread, mark, and whether it is reached (None where nothing is to be reached)."""
+    """Ratio with spread, target, and whether it is reached (None if there is no target)."""
     pairs = list(zip(row["ours"], peer["costs"]))
-    kind, value = peer["mark"], peer["value"]
+    kind, value = peer["target"], peer["value"]
     if kind == "aboveByAtMost":
         above = [ours - theirs for ours, theirs in pairs]
         middle = statistics.median(above)
@@ -53,11 +53,11 @@ def judged(row, peer):
     if len(ratios) > 1:
         shown += f" ({factor(min(ratios))} to {factor(max(ratios))})"
     if kind == "timesFaster":
-        aim = f"{factor(value)} times faster" if value > 1 else "faster"
-        return shown + " times faster", aim, middle >= value
+        target = f"{factor(value)} times faster" if value > 1 else "faster"
+        return shown + " times faster", target, middle >= value
     if kind == "ratioAtMost":
         return shown, f"at most {factor(value)}", middle <= value
-    return shown, "stated", None
+    return shown, "none", None
 
 
 def lines_of(rows):
@@ -68,15 +68,15 @@ def lines_of(rows):
             quantity(statistics.median(row["ours"]), row["unit"]),
         ]
         for peer in row["beside"]:
-            ratio, aim, reached = judged(row, peer)
+            ratio, target, reached = judged(row, peer)
             verdict = {True: "yes", False: "MISSED", None: ""}[reached]
             costs = quantity(statistics.median(peer["costs"]), row["unit"])
-            yield first + [peer["contender"], costs, ratio, aim, verdict]
+            yield first + [peer["contender"], costs, ratio, target, verdict]
             first = ["", "", ""]
 
 
 def growth_of(rows):
-    """For each work that should not grow: its costs by size, ours and those of its first peer."""
+    """For each work that should not grow: the growth of our cost and of the first peer's."""
     works = {}
     for row in rows:
         if row["shouldNotGrow"]:
@@ -130,7 +130,7 @@ def machine():
             caches.append(f"L{level} {size}")
     return [
         ["processor", f"{model[1] if model else platform.machine()}, {len_cpus()} cores"],
-        ["caches", ", ".join(caches) or "not told"],
+        ["caches", ", ".join(caches) or "unknown"],
         ["system", f"{os_name()}, Linux {platform.release()}"],
         ["compiler", output_of("c++", "--version").splitlines()[0]],
     ]
@@ -251,7 +251,7 @@ def main():
         write(arguments.write, rows, arguments.library)
     missed = sum(line[-1] == "MISSED" for line in lines)
     if missed:
-        print(f"\n{missed} of {len(lines)} marks missed; docs/performance.md says why")
+        print(f"\n{missed} of {len(lines)} targets missed; docs/performance.md gives the reasons")
 
 
 if __name__ == "__main__":

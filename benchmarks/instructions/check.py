@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
-"""Counts the instructions of a few works and compares them with recorded numbers.
+"""Counts the instructions of a few operations and compares them with recorded numbers.
 
 usage: check.py PROGRAM RECORD [--record]
 
-PROGRAM is `zel-instructions`, run here under callgrind; RECORD has a line "WORK INSTRUCTIONS" for
-each work, per thousand times. A count that is more than 3 % above or below the recorded one is a
-fault: one above shows that the work has become dearer, one below that the record no longer guards
-it. --record writes the counts instead.
+PROGRAM is `zel-instructions`, which runs under callgrind. RECORD has a line "WORK INSTRUCTIONS" for
+each operation, with the count for a thousand times. A count that is more than 3 % above or below the
+recorded one is a fault. A higher count means that the operation costs more. A lower count means that
+the record is out of date. --record writes the counts instead.
 
-Nothing that differs from run to run reaches the counts: the hash seed is set, symbols are bound
-before the work begins, every work is warmed up, addresses do not depend on the process, and the C
-library takes the string functions that every processor has.
+The counts are the same in every run: the hash seed is fixed, symbols are bound before the start,
+every operation is warmed up, address randomisation is off, and the C library uses the string
+functions that every processor has.
 """
 
 import os

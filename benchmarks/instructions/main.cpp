@@ -1,5 +1,5 @@
-// Works for the instruction counter: each piece of work is done some times to warm up, and then a
-// thousand times while the counter runs. Run it through `./dev bench --check-instructions`.
+// The operations for the instruction counter. Each operation runs 2,000 times to warm up, then
+// 1,000 times while the counter runs. Run it through `./dev bench --check-instructions`.
 //
 // usage: zel-instructions [WORK TIMES [ACTIONS]]     does one piece of work, for a profiler, in
 //                                                    tables of that many actions
@@ -30,7 +30,7 @@ const L3::VrfName& changing() {
   return name;
 }
 
-// A table in which 16 actions, or all if they are fewer, name the VRF that changes.
+// The actions of a table. 16 of them, or all if there are fewer, name the VRF that changes.
 std::vector<VrfAction> presentActions(std::size_t size) {
   std::vector<VrfAction> present = Benchmarks::actions(size, 1);
   const std::size_t step = size / 16 + 1;

@@ -1,1 +1,1 @@
-// A shared library with nothing in it: what any loading costs.
+// An empty shared library, for the cost of any load.

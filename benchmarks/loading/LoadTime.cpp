@@ -1,5 +1,5 @@
-// Prints how many nanoseconds of processor time it takes to load the shared library that is named
-// on the command line. The second loading counts: the first one brings the file into memory.
+// Prints the nanoseconds of processor time that the load of a shared library takes. The command
+// line names the library. Measures the second load. The first load brings the file into memory.
 
 #include <dlfcn.h>
 
