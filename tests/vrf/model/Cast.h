@@ -7,7 +7,7 @@
 
 namespace VrfModel {
 
-// The records that a history is about, plain: the model knows none of the library's types.
+// The names and actions of a history, as plain values. The model uses none of the library's types.
 
 using Name = std::string;
 
@@ -27,7 +27,7 @@ struct Action {
   friend auto operator<=>(const Action&, const Action&) = default;
 };
 
-/// The names and actions of one history. They are few, so that events meet.
+/// The names and actions of one history. There are few, so that many events have the same ones.
 struct Cast {
   std::vector<Name> names;
   std::vector<Action> actions;
@@ -35,7 +35,7 @@ struct Cast {
 
 [[nodiscard]] Cast castOf(Choices& choices);
 
-/// As reports show them.
+/// The text of the value in reports.
 [[nodiscard]] std::string shown(const Name& name);
 [[nodiscard]] std::string shown(const Action& action);
 

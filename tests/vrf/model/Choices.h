@@ -4,7 +4,7 @@
 
 namespace VrfModel {
 
-/// Where the choices that make up a history come from: a seed, or the bytes of a fuzzer.
+/// The source of the choices that make up a history: a seed, or the bytes of a fuzzer.
 class Choices {
  public:
   Choices() = default;
@@ -14,11 +14,11 @@ class Choices {
 
   /// A number from 0 to `limit` - 1. Precondition: `limit` is not 0.
   [[nodiscard]] virtual unsigned below(unsigned limit) = 0;
-  /// True once in `times`.
+  /// True with probability 1 / `times`.
   [[nodiscard]] bool once(unsigned times) { return below(times) == 0; }
 };
 
-/// The choices of a seed, the same ones with every compiler and library.
+/// The choices of a seed. They are the same with every compiler and standard library.
 class RandomChoices final : public Choices {
  public:
   explicit RandomChoices(std::uint64_t seed) noexcept : state_(seed) {}

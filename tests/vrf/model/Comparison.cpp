@@ -10,7 +10,7 @@ namespace {
 using RealReactor = Mox::PtrInterface::NotifieeConst;
 using RealVrfSm = ZelVrfSelectionPolicy::VrfSm;
 
-/// What a nested machine watches, by its number, and whether it is told and about to go.
+/// The number of the entity that a nested machine watches, and the state of the machine.
 struct Watch {
   unsigned watched;
   bool isActive;
@@ -91,7 +91,7 @@ std::map<Name, std::set<Name>> plainDependents(const RealVrfSm& machine) {
   return dependents;
 }
 
-// The nested machines of one collection, plain and real.
+// The nested machines of one collection, of the model and of the library.
 template <class Machines>
 std::map<Name, Watch> watchesOfPlain(const Machines& machines) {
   std::map<Name, Watch> watches;

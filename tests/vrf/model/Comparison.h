@@ -7,7 +7,8 @@
 
 namespace VrfModel {
 
-/// How the system differs from the model after an event, messages apart; empty when it does not.
+/// The difference between the system and the model after an event, without messages. Empty if there
+/// is none.
 [[nodiscard]] std::string differenceOf(System& system, const Model& model,
                                        const Expected& expected);
 

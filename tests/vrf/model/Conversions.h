@@ -7,7 +7,7 @@
 
 namespace VrfModel {
 
-// Between the model's plain records and those of the library.
+// Conversions between the model's plain values and the values of the library.
 
 [[nodiscard]] ZelVrfSelectionPolicy::VrfAction real(const Action& action);
 [[nodiscard]] ZelVrfSelectionPolicy::HwStatus real(const Status& status);

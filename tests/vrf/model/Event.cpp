@@ -3,7 +3,7 @@
 namespace VrfModel {
 namespace {
 
-// What reports say of each kind. A word in braces is replaced by the field of that name.
+// The text of each kind in reports. A word in braces is replaced by the field of that name.
 constexpr std::array<std::string_view, kinds> patterns{
     "raise the count of {action} by {number}",
     "lower the count of {action} by {number}",

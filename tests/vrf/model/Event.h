@@ -9,7 +9,8 @@
 
 namespace VrfModel {
 
-/// What can happen to the VRF state machine and to what it depends on.
+/// The kinds of events: changes of the VRF state machine and of its inputs, and calls of its
+/// operations.
 enum class Kind : std::uint8_t {
   countRaise,
   countLower,
@@ -52,12 +53,13 @@ inline constexpr std::size_t kinds = static_cast<std::size_t>(Kind::callDecapNhF
 inline constexpr std::uint8_t v4 = 0;
 inline constexpr std::uint8_t v6 = 1;
 
-/// There are two of each platform object, so that a machine can be rebuilt on the other one.
+/// The number of objects of each platform type. With two, a machine can be rebuilt on the other
+/// one.
 inline constexpr std::uint8_t sets = 2;
-/// Stands for a null object where a set is expected.
+/// Stands for a null object in place of a set.
 inline constexpr std::uint8_t noSet = sets;
 
-/// What a machine is built with.
+/// The inputs that a machine is built with.
 struct Inputs {
   std::uint8_t routes = 0;
   std::uint8_t routes6 = 0;
@@ -67,9 +69,9 @@ struct Inputs {
   friend bool operator==(const Inputs&, const Inputs&) = default;
 };
 
-/// One thing that happens. It means the same wherever it stands in a history; its fields are
-/// indices into the cast, or mean what the kind says, and those that a kind does not use are
-/// ignored.
+/// One event of a history. Its meaning does not depend on its place in the history. Fields are
+/// indices into the cast, or have the meaning that the kind gives them. A kind ignores the fields
+/// that it does not use.
 struct Event {
   Kind kind = Kind::countRaise;
   std::uint8_t action = 0;
@@ -77,7 +79,7 @@ struct Event {
   std::uint8_t other = 0;
   std::uint8_t family = v4;
   std::uint8_t set = 0;
-  /// Befalls the entity that was last taken out under the name, not the present one.
+  /// Changes the entity that was last removed under the name, not the present one.
   bool retired = false;
   bool on = false;
   std::uint32_t number = 0;

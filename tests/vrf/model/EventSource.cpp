@@ -5,7 +5,7 @@
 namespace VrfModel {
 namespace {
 
-// How often each kind happens, in the order of the kinds.
+// The relative frequency of each kind, in the order of the kinds.
 constexpr std::array<unsigned, kinds> weights{
     70, 60, 30, 20, 1,          // counts
     60, 25, 1,                  // fallbacks
@@ -48,10 +48,10 @@ Event EventSource::next() {
   return event;
 }
 
-// Silence, the zombie state and the lack of a machine end soon.
+// Ends inactive and zombie states and the absence of a machine early.
 Kind EventSource::kind() {
   if (!isThere_ && choices_.once(6)) return Kind::machineBuild;
-  if (isSilent_ && choices_.once(8))
+  if (isInactive_ && choices_.once(8))
     return choices_.once(2) ? Kind::topActive : Kind::machineActive;
   if (isZombie_ && choices_.once(8)) return Kind::machineZombie;
   unsigned drawn = choices_.below(allWeights);
@@ -95,11 +95,11 @@ std::uint8_t EventSource::followed(const Event& event) const {
 }
 
 void EventSource::remember(const Event& event) {
-  if (event.kind == Kind::topActive || event.kind == Kind::machineActive) isSilent_ = !event.on;
+  if (event.kind == Kind::topActive || event.kind == Kind::machineActive) isInactive_ = !event.on;
   if (event.kind == Kind::machineZombie) isZombie_ = event.on;
   if (event.kind != Kind::machineBuild && event.kind != Kind::machineDrop) return;
   isThere_ = event.kind == Kind::machineBuild;
-  isSilent_ = isZombie_ = false;
+  isInactive_ = isZombie_ = false;
   if (isThere_) inputs_ = event.inputs;
 }
 

@@ -6,8 +6,8 @@
 
 namespace VrfModel {
 
-/// Makes up events out of choices. Most of them befall what the machine follows at that point of
-/// the history; times of silence and without a machine are short.
+/// Generates events from choices. Most events change the inputs that the machine follows at that
+/// point of the history. Periods with an inactive machine or with none are short.
 class EventSource {
  public:
   /// Both must outlive it.
@@ -25,12 +25,12 @@ class EventSource {
   const Cast& cast_;
   Choices& choices_;
   bool isThere_ = false;
-  bool isSilent_ = false;
+  bool isInactive_ = false;
   bool isZombie_ = false;
   Inputs inputs_;
 };
 
-/// A history of `length` events, which begins with the building of a machine.
+/// A history of `length` events. The first event builds a machine.
 [[nodiscard]] std::vector<Event> historyOf(const Cast& cast, Choices& choices, std::size_t length);
 
 }  // namespace VrfModel

@@ -40,20 +40,21 @@ struct Notice {
   friend auto operator<=>(const Notice&, const Notice&) = default;
 };
 
-/// What one event has to bring about.
+/// The hook calls, messages and notices that one event must cause.
 struct Expected {
   Steps<HookCall> hooks;
   Steps<Message> messages;
   Steps<Notice> notices;
 
-  /// What follows comes after what was expected so far, except inside of an `AnyOrder`.
+  /// Begins a new step: later entries must come after all earlier ones. Has no effect during an
+  /// `AnyOrder`.
   void next() {
     if (anyOrders_ != 0) return;
     hooks.next();
     messages.next();
   }
 
-  /// While it lives, whatever is expected may come in any order.
+  /// Entries that are added during its lifetime may come in any order.
   class AnyOrder {
    public:
     explicit AnyOrder(Expected& expected) : expected_(expected) {

@@ -1,7 +1,7 @@
-// The library against the reference model, over many random histories.
+// Compares the library with the reference model over many random histories.
 //
-// The seeds follow one that is drawn in each run, or given by ZEL_TEST_SEED. ZEL_MODEL_SEED=n
-// replays the history of that one seed. ZEL_TEST_PERCENT says how many histories there are.
+// The first seed is drawn in each run, or given by ZEL_TEST_SEED. ZEL_MODEL_SEED=n replays the
+// history of that one seed. ZEL_TEST_PERCENT sets the number of histories.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,7 +72,7 @@ class SharedNumber {
   void* place_;
 };
 
-// The seeds of one shard: every `shards`-th, or the one to be replayed.
+// The seeds of one shard: every `shards`-th seed, or only the seed to replay.
 std::vector<std::uint64_t> seedsOf(unsigned shard) {
   const std::uint64_t replayed = replayedSeed();
   if (replayed != 0) {
@@ -112,13 +112,14 @@ TEST_P(Histories, LibraryDoesWhatTheModelSays) {
 
 INSTANTIATE_TEST_SUITE_P(Shard, Histories, testing::Range(0U, shards));
 
-// How the first `count` histories end that are to stop the process as `stop` says.
+// The ends of the first `count` histories that must stop the process in the way of `stop`.
 std::vector<std::string> endsOfStopping(Stop stop, std::size_t count) {
   std::vector<std::string> ends;
   for (std::uint64_t seed = firstSeed; ends.size() < count; ++seed) {
     const Drawn drawn(seed);
-    const std::string end = isolated(
-        [&]() -> std::string { return survives(drawn.cast, drawn.events, stop) ? "goes on" : ""; });
+    const std::string end = isolated([&]() -> std::string {
+      return survives(drawn.cast, drawn.events, stop) ? "survived" : "";
+    });
     if (!end.empty()) ends.push_back(end);
   }
   return ends;
@@ -138,7 +139,7 @@ TEST(HistoriesOfTheModel, StopTheProcessAtTheDeletionOfAResourceThatIsNotThere) 
                   testing::HasSubstr("died of signal 6"))));
 }
 
-/// What a number of histories reached.
+/// The effects that a number of histories had.
 struct Reached {
   std::size_t drawn = 0;
   std::size_t happened = 0;

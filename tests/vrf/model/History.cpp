@@ -6,7 +6,7 @@
 namespace VrfModel {
 namespace {
 
-// Whichever came earlier; both when they are of the same event.
+// The earlier of the two differences. Both texts if they are of the same event.
 std::optional<Difference> earliest(std::optional<Difference> ofMessages,
                                    std::optional<Difference> ofRest) {
   if (!ofMessages || !ofRest) return ofMessages ? ofMessages : ofRest;
@@ -31,10 +31,10 @@ std::optional<Difference> firstDifference(const Cast& cast, const std::vector<Ev
     const std::string text = differenceOf(system, model, expected);
     std::optional<Difference> difference;
     if (!text.empty()) difference = Difference{index, text};
-    if (difference || messages.isDue()) difference = earliest(messages.settle(), difference);
+    if (difference || messages.isDue()) difference = earliest(messages.compare(), difference);
     if (difference) return difference;
   }
-  return messages.settle();
+  return messages.compare();
 }
 
 bool survives(const Cast& cast, const std::vector<Event>& history, Stop stop) {

@@ -11,18 +11,19 @@
 
 namespace VrfModel {
 
-/// Told of each event that happened and of what was expected of it.
+/// Called with each event that happened and its expected effects.
 using Witness = std::function<void(const Event&, const Expected&)>;
 
-/// Lets `history` befall the model and the real system and compares them after every event. Events
-/// that the model does not allow at their turn are passed over, so every history can be run, and
-/// every part of one. Gives the first difference.
+/// Applies `history` to the model and to the real system, and compares them after every event.
+/// Returns the first difference. Skips events that the model does not allow at that point, so every
+/// history and every part of a history can be run.
 [[nodiscard]] std::optional<Difference> firstDifference(const Cast& cast,
                                                         const std::vector<Event>& history,
                                                         const Witness& witness = nullptr);
 
-/// Lets `history` befall the real system up to the first event that is to stop the process as
-/// `stop` says, that event included. Whether there was one, which then did not stop it.
+/// Applies `history` to the real system, up to and including the first event that must stop the
+/// process in the way of `stop`. Returns true if that event did not stop it, and false if there is
+/// no such event.
 [[nodiscard]] bool survives(const Cast& cast, const std::vector<Event>& history, Stop stop);
 
 }  // namespace VrfModel

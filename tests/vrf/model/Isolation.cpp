@@ -15,12 +15,12 @@ namespace {
 constexpr int failed = 101;
 constexpr std::size_t longestReport = 4000;
 
-// A call of the system that did not succeed.
-[[noreturn]] void refuse(const char* call) {
+// Throws for a system call that failed.
+[[noreturn]] void failCall(const char* call) {
   throw std::system_error(errno, std::generic_category(), call);
 }
 
-// The child: its stderr and its result go into `pipe`.
+// Runs in the child. Writes its stderr and its result into `pipe`.
 [[noreturn]] void workAndExit(const std::function<std::string()>& work, int pipe) {
   dup2(pipe, STDERR_FILENO);
   close(pipe);
@@ -49,10 +49,10 @@ std::string howItEnded(int status) {
 
 std::string isolated(const std::function<std::string()>& work) {
   std::array<int, 2> ends{};
-  if (pipe(ends.data()) != 0) refuse("pipe");
+  if (pipe(ends.data()) != 0) failCall("pipe");
   std::fflush(nullptr);
   const pid_t child = fork();
-  if (child < 0) refuse("fork");
+  if (child < 0) failCall("fork");
   if (child == 0) {
     close(ends[0]);
     workAndExit(work, ends[1]);

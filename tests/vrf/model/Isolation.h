@@ -5,9 +5,9 @@
 
 namespace VrfModel {
 
-/// Does `work` in a process of its own, so that one that aborts, crashes or leaks is a failure like
-/// any other. Gives what it returned or, when it did not end well, how it ended and the last of
-/// what it wrote to stderr; empty means success.
+/// Runs `work` in a child process, so that an abort, a crash or a leak is an ordinary failure.
+/// Returns the result of `work`, where empty means success. If the child did not end normally,
+/// returns how it ended and the beginning of its stderr.
 [[nodiscard]] std::string isolated(const std::function<std::string()>& work);
 
 }  // namespace VrfModel

@@ -27,7 +27,7 @@ void MessageTape::eventIs(std::size_t event, const Steps<Message>& expected) {
   isDue_ = isMiscounted || end_ - begin_ > Blinklog::ring().slots() / 2;
 }
 
-std::optional<Difference> MessageTape::settle() {
+std::optional<Difference> MessageTape::compare() {
   const std::vector<Blinklog::Record> records = Blinklog::ring().dump();
   std::optional<Difference> difference;
   auto record = records.begin();

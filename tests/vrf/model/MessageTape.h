@@ -15,20 +15,20 @@ struct Difference {
   std::string text;
 };
 
-/// Compares the messages in the ring of the process with those expected. Reading the ring is slow,
-/// so it lets many events pass before it looks.
+/// Compares the messages in the ring of the process with the expected ones. A dump of the ring is
+/// slow, so one dump serves many events.
 class MessageTape {
  public:
-  /// Messages written before are passed over.
+  /// Ignores the messages that are in the ring already.
   MessageTape();
 
-  /// `event` is over and should have brought about `expected`.
+  /// Records that `event` has happened and must have written `expected`.
   void eventIs(std::size_t event, const Steps<Message>& expected);
-  /// Whether the ring must be looked at before the next event, because it is getting full, or
-  /// because there are more or fewer messages than expected.
+  /// Whether `compare` must be called before the next event: the ring is half full, or the number
+  /// of messages is wrong.
   [[nodiscard]] bool isDue() const noexcept { return isDue_; }
-  /// Looks at the ring: the first difference since it last did.
-  [[nodiscard]] std::optional<Difference> settle();
+  /// Dumps the ring. Returns the first difference since the last call.
+  [[nodiscard]] std::optional<Difference> compare();
 
  private:
   struct Entry {

@@ -13,7 +13,7 @@ constexpr const char* instance = "VrfSm::VrfInstanceSm::";
 constexpr std::array<const char*, 2> lens{"VrfSm::MoxVrfPrefixLensInExactMatch::",
                                           "VrfSm::MoxVrfPrefixLensInExactMatchV6::"};
 
-// A message's text begins with a prefix and the function's name.
+// The text of a message begins with a prefix and the name of the function.
 Message message(unsigned level, unsigned line, const char* prefix, const char* function,
                 const std::string& rest) {
   return {level, line, function, std::string(prefix) + function + rest};

@@ -4,7 +4,7 @@
 
 namespace VrfModel::Messages {
 
-// Every message of the VRF state machine that a well-behaved history can bring about.
+// Every message of the VRF state machine that a history can cause without stopping the process.
 
 [[nodiscard]] Message initialize();
 

@@ -77,8 +77,8 @@ Stop Model::stopOf(const Event& event) const {
 }
 
 Stop Model::stopOfNewCount(const Action& action, const unsigned* count) const {
-  const bool isTold = machine_ && machine_->followsCounts();
-  return isTold ? machine_->stopOf(action, count) : Stop::none;
+  const bool isNotified = machine_ && machine_->followsCounts();
+  return isNotified ? machine_->stopOf(action, count) : Stop::none;
 }
 
 Stop Model::stopOfDeletionOfAll() const {
@@ -176,7 +176,7 @@ void Model::lensDel(const Event& event, const Name& name) {
   if (wasThere && machine_) machine_->lensChanged(event.family, event.set, name);
 }
 
-// The platform tells of each length that comes or goes.
+// The platform notifies once for each length that is added or removed.
 void Model::lengthsAre(const Event& event) {
   const auto lens = routesOf(event).lens.find(nameOf(event), event.retired);
   if (!lens) return;
@@ -213,7 +213,7 @@ void Model::happenToMachine(const Event& event, const std::vector<Name>& fallbac
   if (machine_) machine_->activeIs(event.on);
 }
 
-// The new machine is complete before the old one ends.
+// The new machine is complete before the old machine ends.
 void Model::build(const Inputs& inputs, const std::vector<Name>& fallbackWalk) {
   if (machine_ && machine_->inputs() == inputs) return;
   auto machine = std::make_unique<PlainVrfSm>(

@@ -11,24 +11,24 @@
 
 namespace VrfModel {
 
-/// The whole of the reference model: the platform, the tables, and at most one machine. It takes
-/// events and says what each of them has to bring about.
+/// The reference model: the platform, the tables, and at most one machine. It applies events and
+/// returns the effects that each must have.
 class Model {
  public:
   explicit Model(const Cast& cast) : cast_(cast) {}
 
-  /// Whether `event` may happen now. What may not is what stops the process, and calls on a
-  /// machine that is not there or is about to go.
+  /// Whether `event` may happen now. Not allowed are events that stop the process, and calls of a
+  /// machine that does not exist or is a zombie.
   [[nodiscard]] bool allows(const Event& event) const;
-  /// How `event`, if it happened now, would stop the process.
+  /// The way in which `event` would stop the process now.
   [[nodiscard]] Stop stopOf(const Event& event) const;
 
-  /// `fallbackWalk` is the order in which the fallback configuration that the event is about is
-  /// walked; the platform chooses it.
+  /// Applies `event` and returns its effects. `fallbackWalk` is the order in which the platform
+  /// iterates over the fallback configuration of the event.
   [[nodiscard]] Expected apply(const Event& event, const std::vector<Name>& fallbackWalk);
 
   [[nodiscard]] const PlainTables& tables() const noexcept { return tables_; }
-  /// Null when there is none.
+  /// Null if there is none.
   [[nodiscard]] const PlainVrfSm* machine() const noexcept { return machine_.get(); }
   /// How many machines have been built.
   [[nodiscard]] unsigned built() const noexcept { return built_; }

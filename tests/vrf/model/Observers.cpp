@@ -12,7 +12,7 @@ using ZelVrfSelectionPolicy::VrfAction;
 
 namespace {
 
-// No event brings about nearly as many calls.
+// Far more than any event causes.
 constexpr std::size_t mostCallsOfAnEvent = 100000;
 
 }  // namespace

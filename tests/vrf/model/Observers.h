@@ -9,14 +9,14 @@
 
 namespace VrfModel {
 
-/// What was seen of the real library besides its messages and its state.
+/// The hook calls and notices of the real library.
 struct Observed {
   std::vector<HookCall> hooks;
   std::vector<Notice> notices;
 };
 
-/// A chip that writes down its calls and whose outcomes are those that the model expects. It stops
-/// the process, before memory runs out, when one event calls it without end.
+/// A chip that records its hook calls and returns the outcomes that the model expects. It aborts if
+/// one event calls it without end, before memory runs out.
 class ChipDouble final : public ZelVrfSelectionPolicy::VrfHelper {
  public:
   /// `observed` must outlive it.
@@ -37,7 +37,7 @@ class ChipDouble final : public ZelVrfSelectionPolicy::VrfHelper {
   std::map<Action, unsigned> calls_;
 };
 
-/// Subscribes to a table and writes down its notices.
+/// Subscribes to a table and records its notices.
 class NoticeRecorder {
  public:
   /// Both must outlive it.

@@ -6,7 +6,7 @@
 
 namespace VrfModel {
 
-/// What a chip reports: result and reason by their codes.
+/// The outcome of a hook call. Result and reason are the codes of their enumerators.
 struct Status {
   unsigned result = 0;
   unsigned reason = 0;
@@ -15,8 +15,8 @@ struct Status {
   friend bool operator==(const Status&, const Status&) = default;
 };
 
-/// The outcome of the `call`-th creation or update of `action`: often success, sometimes a failure
-/// of either kind, and sometimes a difference in the description alone.
+/// The outcome of the `call`-th creation or update of `action`. Most are successes, some are
+/// failures of either kind, and some differ in the description only.
 [[nodiscard]] Status outcomeOf(const Action& action, unsigned call);
 
 [[nodiscard]] std::string shown(const Status& status);

@@ -1,4 +1,5 @@
-// How the reference machine follows the fallback configuration, and whom a change reaches.
+// The reference machine and the fallback configuration: dependent VRFs, and the actions that a
+// change of a VRF updates.
 
 #include "Messages.h"
 #include "PlainVrfSm.h"
@@ -29,7 +30,7 @@ void PlainVrfSm::handleFallback(const Name& vrf) {
   }
 }
 
-// Nothing is recorded of those that fall back to the default VRF.
+// Dependents of the default VRF are not recorded.
 void PlainVrfSm::dependencyIs(const Name& vrf, const Name& fallback) {
   if (fallback != defaultVrf) dependents_[fallback].insert(vrf);
 }

@@ -1,4 +1,4 @@
-// How the reference machine follows each VRF status: one nested machine per VRF.
+// The reference machine and the VRF statuses: one nested machine per VRF.
 
 #include "Messages.h"
 #include "PlainVrfSm.h"
@@ -36,8 +36,8 @@ void PlainVrfSm::instanceZombieIs(Instance& instance, bool zombie) {
 
 void PlainVrfSm::idChanged(const VrfStatus& status) {
   for (const auto& [name, instance] : instances_) {
-    const bool isTold = instance.watched.get() == &status && instance.isActive;
-    if (isTold && !instance.isZombie) handleId(instance);
+    const bool isNotified = instance.watched.get() == &status && instance.isActive;
+    if (isNotified && !instance.isZombie) handleId(instance);
   }
 }
 

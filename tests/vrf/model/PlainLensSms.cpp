@@ -1,4 +1,4 @@
-// How the reference machine follows prefix lengths: one nested machine per VRF and family.
+// The reference machine and the prefix lengths: one nested machine per VRF and family.
 
 #include "Messages.h"
 #include "PlainVrfSm.h"
@@ -36,8 +36,8 @@ void PlainVrfSm::lensSmZombieIs(unsigned family, LensSm& machine, bool zombie) {
 void PlainVrfSm::lengthsChanged(const PrefixLens& lens) {
   for (const unsigned family : {v4, v6}) {
     for (const auto& [name, machine] : lensSms_.at(family)) {
-      const bool isTold = machine.watched.get() == &lens && machine.isActive;
-      if (isTold && !machine.isZombie) handleLengths(family, machine);
+      const bool isNotified = machine.watched.get() == &lens && machine.isActive;
+      if (isNotified && !machine.isZombie) handleLengths(family, machine);
     }
   }
 }

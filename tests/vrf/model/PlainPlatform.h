@@ -10,8 +10,8 @@
 
 namespace VrfModel {
 
-// The platform's state, plain. Entities that a machine can go on watching after they were taken
-// out have a number, by the order of their making.
+// The platform's state as plain values. An entity that a machine may still watch after its removal
+// has a number. Numbers follow the order of creation.
 
 struct VrfStatus {
   unsigned number = 0;
@@ -25,7 +25,7 @@ struct PrefixLens {
   std::set<unsigned> lengths;
 };
 
-/// Entities by name, and the last one that was taken out or replaced under each name.
+/// Entities by name, and the last entity that was removed or replaced under each name.
 template <class Entity>
 struct Entities {
   using Pointer = std::shared_ptr<Entity>;
@@ -42,7 +42,7 @@ struct Entities {
     take(entity->name);
     present[entity->name] = entity;
   }
-  /// Whether there was one.
+  /// Removes the entity. Returns whether there was one.
   bool take(const Name& name) {
     const auto found = present.find(name);
     if (found == present.end()) return false;

@@ -1,4 +1,4 @@
-// How the reference machine has resources created, programmed anew and deleted.
+// The reference machine and the chip: when resources are created, updated and deleted.
 
 #include "Messages.h"
 #include "PlainVrfSm.h"
@@ -59,7 +59,7 @@ void PlainVrfSm::handleDecapNh() {
   }
 }
 
-// Shows the same flag as the other handler.
+// The message has the flag of `handleDecapNh`, as in the library.
 void PlainVrfSm::handleDecapNhFallback() {
   expected_.message(Messages::decapNhFallback(routes(v4)->decapNh));
   const Expected::AnyOrder anyOrder(expected_);

@@ -7,8 +7,8 @@
 
 namespace VrfModel {
 
-/// The tables of counts and statuses. A mutator says whether it changed anything, and only then
-/// are subscribers to be told.
+/// The tables of counts and statuses. A mutator returns whether it changed anything. Only a change
+/// notifies subscribers.
 class PlainTables {
  public:
   explicit PlainTables(Expected& expected) : expected_(expected) {}

@@ -1,4 +1,5 @@
-// The frame: how it begins and ends, how it is switched, and what reaches it.
+// The reference machine itself: its start and end, its switches, and the notifications that it
+// handles.
 
 #include "PlainVrfSm.h"
 
@@ -14,10 +15,10 @@ PlainVrfSm::PlainVrfSm(const Surroundings& surroundings, const Inputs& inputs,
       expected_(surroundings.expected),
       inputs_(inputs) {
   expected_.message(Messages::initialize());
-  handleWhatIsThere(fallbackWalk);
+  handlePresentInputs(fallbackWalk);
 }
 
-void PlainVrfSm::handleWhatIsThere(const std::vector<Name>& fallbackWalk) {
+void PlainVrfSm::handlePresentInputs(const std::vector<Name>& fallbackWalk) {
   for (const Name& vrf : fallbackWalk)
     handleFallback(vrf);
   if (routes(v4) != nullptr) {
@@ -79,7 +80,7 @@ RouteStatus* PlainVrfSm::routes(unsigned family) const {
   return set == noSet ? nullptr : &platform_.routes.at(family).at(set);
 }
 
-bool PlainVrfSm::isTold(unsigned family, unsigned set) const {
+bool PlainVrfSm::isNotified(unsigned family, unsigned set) const {
   return followedRoutes(family) == set && routeReactors_.at(family).isActive;
 }
 
@@ -93,7 +94,7 @@ void PlainVrfSm::fallbackChanged(unsigned set, const Name& vrf) {
 
 // The IPv6 route status contributes prefix lengths only.
 void PlainVrfSm::statusChanged(unsigned family, unsigned set, const Name& name) {
-  if (family != v4 || !isTold(family, set)) return;
+  if (family != v4 || !isNotified(family, set)) return;
   if (const auto status = routes(v4)->statuses.find(name)) {
     instanceIs(status);
   } else {
@@ -102,7 +103,7 @@ void PlainVrfSm::statusChanged(unsigned family, unsigned set, const Name& name) 
 }
 
 void PlainVrfSm::lensChanged(unsigned family, unsigned set, const Name& name) {
-  if (!isTold(family, set)) return;
+  if (!isNotified(family, set)) return;
   if (const auto lens = routes(family)->lens.find(name)) {
     lensSmIs(family, lens);
   } else {
@@ -111,11 +112,11 @@ void PlainVrfSm::lensChanged(unsigned family, unsigned set, const Name& name) {
 }
 
 void PlainVrfSm::decapNhChanged(unsigned family, unsigned set) {
-  if (family == v4 && isTold(v4, set) && !routeReactors_[v4].isZombie) handleDecapNh();
+  if (family == v4 && isNotified(v4, set) && !routeReactors_[v4].isZombie) handleDecapNh();
 }
 
 void PlainVrfSm::decapNhFallbackChanged(unsigned family, unsigned set) {
-  if (family == v4 && isTold(v4, set) && !routeReactors_[v4].isZombie) handleDecapNhFallback();
+  if (family == v4 && isNotified(v4, set) && !routeReactors_[v4].isZombie) handleDecapNhFallback();
 }
 
 }  // namespace VrfModel

@@ -13,17 +13,17 @@ namespace VrfModel {
 /// How handling a count can stop the process.
 enum class Stop {
   none,
-  /// There are several users already, but no resource.
+  /// The action has several users and no resource.
   invalidIncrement,
-  /// The resource that is to be deleted does not exist.
+  /// The resource to delete does not exist.
   uncreatedDeletion,
 };
 
-/// The reference VRF state machine: what the real one is to do, as plainly as it can be said. It
-/// does nothing to any chip, but says what is expected of one.
+/// The reference VRF state machine: the behaviour of the real one, in the simplest form. It calls
+/// no chip. It records the expected hook calls instead.
 class PlainVrfSm {
  public:
-  /// A reactor on one entity: whether it is told, and whether its end is near.
+  /// A reactor on one entity. It is notified while it is active.
   struct Reactor {
     bool isActive = true;
     bool isZombie = false;
@@ -36,7 +36,7 @@ class PlainVrfSm {
   };
   using LensSms = std::map<Name, LensSm>;
 
-  /// What the machine stands among; all of it outlives the machine.
+  /// The objects around the machine. All must outlive it.
   struct Surroundings {
     PlainPlatform& platform;
     PlainTables& tables;
@@ -44,16 +44,16 @@ class PlainVrfSm {
     Expected& expected;
   };
 
-  /// `fallbackWalk` is the order in which the configuration's entries are walked.
+  /// `fallbackWalk` is the order in which the platform iterates over the fallback configuration.
   PlainVrfSm(const Surroundings& surroundings, const Inputs& inputs,
              const std::vector<Name>& fallbackWalk);
 
   void activeIs(bool active);
   void zombieIs(bool zombie);
-  /// What its destruction brings about.
+  /// Records the effects of its destruction.
   void end();
 
-  // What the platform tells it. A change that it does not follow is passed over.
+  // Notifications from the platform. A change that the machine does not follow is ignored.
   void countChanged(const Action& action);
   void fallbackChanged(unsigned set, const Name& vrf);
   void statusChanged(unsigned family, unsigned set, const Name& name);
@@ -63,7 +63,7 @@ class PlainVrfSm {
   void decapNhChanged(unsigned family, unsigned set);
   void decapNhFallbackChanged(unsigned family, unsigned set);
 
-  // Its handlers.
+  // The handlers.
   void handleCount(const Action& action);
   void handleFallback(const Name& vrf);
   void handleUpdates(const Name& vrf, bool fallbackConfigChange);
@@ -72,9 +72,9 @@ class PlainVrfSm {
   void handleDecapNh();
   void handleDecapNhFallback();
 
-  /// Whether it is told of counts.
+  /// Whether changes of counts notify it.
   [[nodiscard]] bool followsCounts() const { return inputs_.withCounts && isActive_ && !isZombie_; }
-  /// How handling the count `count`, null for none, would stop the process.
+  /// The way in which handling `count` would stop the process. Null stands for no count.
   [[nodiscard]] Stop stopOf(const Action& action, const unsigned* count) const;
 
   [[nodiscard]] const Inputs& inputs() const { return inputs_; }
@@ -90,8 +90,8 @@ class PlainVrfSm {
   [[nodiscard]] std::uint8_t followedRoutes(unsigned family) const {
     return family == v4 ? inputs_.routes : inputs_.routes6;
   }
-  [[nodiscard]] bool isTold(unsigned family, unsigned set) const;
-  void handleWhatIsThere(const std::vector<Name>& fallbackWalk);
+  [[nodiscard]] bool isNotified(unsigned family, unsigned set) const;
+  void handlePresentInputs(const std::vector<Name>& fallbackWalk);
 
   void instanceIs(const std::shared_ptr<VrfStatus>& status);
   void instanceDel(const Name& name);

@@ -7,8 +7,8 @@
 
 namespace VrfModel {
 
-/// Shrinks `history`, which is known to fail as `failure` says, and describes what is left of it,
-/// event by event, with its first difference.
+/// Shrinks `history`, which fails with `failure`. Returns a report of the remaining events, with
+/// the first difference.
 [[nodiscard]] std::string reportOf(const Cast& cast, const std::vector<Event>& history,
                                    const std::string& failure);
 

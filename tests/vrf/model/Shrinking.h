@@ -7,9 +7,8 @@
 
 namespace VrfModel {
 
-/// The smallest part of `whole`, in its order, that can be found to fail still: nothing can be
-/// left out of it. Leaves out ever smaller runs of items, beginning with halves. Precondition:
-/// `whole` fails.
+/// A part of `whole`, in the same order, that fails and from which no single item can be removed.
+/// Tries to remove runs of items: first halves, then shorter runs. Precondition: `whole` fails.
 template <class Item>
 [[nodiscard]] std::vector<Item> shrunk(std::vector<Item> whole,
                                        const std::function<bool(const std::vector<Item>&)>& fails) {

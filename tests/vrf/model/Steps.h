@@ -7,13 +7,13 @@
 
 namespace VrfModel {
 
-/// Things that are expected to happen in steps: the steps one after the other, the items of one
-/// step in any order. `Item` is ordered and has a `shown`.
+/// Items that are expected in steps. Steps come one after the other, the items of one step in any
+/// order. `Item` is ordered and has a `shown`.
 template <class Item>
 class Steps {
  public:
   void add(Item item) { items_.push_back(std::move(item)); }
-  /// What is added from now on comes after what was added so far.
+  /// Begins a new step: later items come after all earlier ones.
   void next() {
     const std::size_t begin = ends_.empty() ? 0 : ends_.back();
     if (items_.size() > begin) ends_.push_back(items_.size());
@@ -21,7 +21,7 @@ class Steps {
 
   [[nodiscard]] const std::vector<Item>& items() const noexcept { return items_; }
 
-  /// How `observed` differs; empty when it does not.
+  /// The difference of `observed` from the expected items. Empty if there is none.
   [[nodiscard]] std::string differenceFrom(std::vector<Item> observed) const {
     Steps expected(*this);
     expected.next();

@@ -8,7 +8,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// A letter, so that the steps have something to show.
+// An item of the steps under test.
 struct Letter {
   char letter;
   friend auto operator<=>(const Letter&, const Letter&) = default;

@@ -10,34 +10,35 @@
 
 namespace VrfModel {
 
-/// The real library, on the platform's real entities, driven by the same events as the model. A
-/// chip may apply further events while one is applied.
+/// The real library on the platform's real entities, driven by the same events as the model. A hook
+/// of the chip may apply further events.
 class System {
  public:
-  /// `cast` must outlive it. Without a chip it has a `ChipDouble`.
+  /// `cast` must outlive it. If `chip` is null, it uses a `ChipDouble`.
   explicit System(const Cast& cast, Mox::Ptr<ZelVrfSelectionPolicy::VrfHelper> chip = nullptr);
 
   void apply(const Event& event);
 
-  /// The order in which the fallback configuration that `event` is about will be walked, if it is
-  /// going to be.
+  /// The order in which the platform will iterate over the fallback configuration of `event`. Empty
+  /// if the event causes no iteration.
   [[nodiscard]] std::vector<Name> fallbackWalk(const Event& event) const;
 
-  /// Hook calls and notices since they were last taken.
+  /// Returns the hook calls and notices since the last call.
   [[nodiscard]] Observed takeObserved() { return std::exchange(observed_, {}); }
 
   [[nodiscard]] const ZelVrfSelectionPolicy::VrfHwConfig& counts() const { return *counts_; }
   [[nodiscard]] const ZelVrfSelectionPolicy::VrfHwStatus& statuses() const { return *statuses_; }
   [[nodiscard]] const ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm& top() const { return *top_; }
   [[nodiscard]] const ZelVrfSelectionPolicy::VrfSm* machine() const { return top_->vrfSm().get(); }
-  /// How many different machines there have been.
+  /// How many machines have been built.
   [[nodiscard]] unsigned built() const noexcept { return built_; }
 
-  /// Lets go of the VRF statuses and prefix lengths that nothing else holds any more, so that a
-  /// history may be of any length. They have no number from then on.
+  /// Releases the VRF statuses and prefix lengths that nothing else holds, so that a history may
+  /// have any length. They lose their numbers.
   void forgetUnheld();
 
-  /// The number of a VRF status or of prefix lengths, by the order of the making of either.
+  /// The number of a VRF status or of prefix lengths. Each type has its own numbers, in the order
+  /// of creation.
   [[nodiscard]] unsigned numberOf(const Mox::PtrInterface* entity) const {
     return numbers_.at(entity);
   }
@@ -46,7 +47,7 @@ class System {
   using StatusPtr = Mox::Ptr<Routing::Hardware::VrfStatus>;
   using LensPtr = Mox::Ptr<Routing::Hardware::PrefixLensInExactMatch>;
 
-  /// The route status of one set, and the last entities that were taken out or replaced.
+  /// The route status of one set, and the last entities that were removed or replaced.
   struct Routes {
     Mox::Ptr<Routing::Hardware::RouteStatusBase> status;
     std::map<Name, StatusPtr> retiredStatuses;
@@ -82,7 +83,7 @@ class System {
   Mox::Ptr<ZelVrfSelectionPolicy::VrfHelper> chip_;
   std::array<std::array<Routes, sets>, 2> routes_;
   std::array<Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf>, sets> fallbacks_;
-  // Held, so that none takes the place of another in memory.
+  // Held, so that no two entities have the same address.
   std::vector<StatusPtr> statusesMade_;
   std::vector<LensPtr> lensMade_;
   unsigned statusesNumbered_ = 0;
