@@ -27,7 +27,7 @@ PoolChip::PoolChip(const ChipFacts& facts, Fault fault)
     : VrfHelper("pool chip", facts.fallbacks, facts.routes, facts.routes6), fault_(fault) {}
 
 HwStatus PoolChip::createVrf(const VrfAction& action) {
-  if (fault_ == Fault::deadStayDead && dead_.contains(action)) {
+  if (fault_ == Fault::deletionIsForever && deleted_.contains(action)) {
     return failure(FailureCode::failureVrfResourceAlloc, "the action was deleted");
   }
   if (fault_ == Fault::defaultVrfRefused && action.vrfName().isDefaultVrf()) {
@@ -46,7 +46,7 @@ HwStatus PoolChip::updateVrf(const VrfAction& action) {
 }
 
 void PoolChip::deleteVrf(const VrfAction& action) {
-  dead_.insert(action);
+  deleted_.insert(action);
   if (fault_ == Fault::deletionFreesAnother && !programs_.contains(action) && !programs_.empty()) {
     release(programs_.begin()->first);
   }
@@ -133,12 +133,12 @@ void PoolChip::release(const VrfAction& action) {
   if (programs_.erase(VrfAction(action)) != 0) --inUse_;
 }
 
-Mox::Ptr<VrfHelper> TellingPoolChip::makeHelper(const ChipFacts& facts) {
+Mox::Ptr<VrfHelper> ObservablePoolChip::makeHelper(const ChipFacts& facts) {
   chip_ = Mox::makePtr<PoolChip>(facts, fault_);
   return chip_;
 }
 
-bool TellingPoolChip::failNextHook() {
+bool ObservablePoolChip::failNextHook() {
   chip_->failNext();
   return true;
 }

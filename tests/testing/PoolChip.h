@@ -1,5 +1,5 @@
-// A chip with a pool of resources, right or wrong in one chosen way: what the conformance suite is
-// tested on. Each fault is a mistake that is easily made.
+// A chip with a pool of resources, without faults or with one chosen fault. It tests the
+// conformance suite. Each fault is a likely mistake.
 #pragma once
 
 #include <cstddef>
@@ -15,25 +15,25 @@ namespace ZelVrfSelectionPolicy::Testing {
 
 enum class Fault {
   none,
-  creationLeaks,           // keeps the resource of a creation that fails for want of a hardware id
-  updateLeaks,             // likewise of an update
-  updateTakesAnother,      // takes a new resource for each update and forgets the old one
-  updateDoesNothing,       // and says that all is well
-  outcomesDiffer,          // numbers its failures
-  descriptionHasRawNames,  // puts names of VRFs into descriptions as they are
+  creationLeaks,           // a creation that fails for lack of a hardware id keeps its resource
+  updateLeaks,             // an update that fails for lack of a hardware id keeps its resource
+  updateTakesAnother,      // each update takes a new resource and does not free the old one
+  updateDoesNothing,       // and reports success
+  outcomesDiffer,          // descriptions contain the number of the failure
+  descriptionHasRawNames,  // names of VRFs are not quoted in descriptions
   failureWithoutReason,    // but with a description
   failureWithoutDescription,
-  successWhenFull,  // programs nothing, and says that all is well
+  successWhenFull,  // programs nothing and reports success
   throwsWhenFull,
   anotherReasonWhenFull,
   deletionFreesNothing,
-  deletionFreesAnother,  // when the action has no resource
-  refusalFreesAnother,   // makes room for a creation at the expense of another action
-  deadStayDead,          // an action that was deleted cannot be created again
+  deletionFreesAnother,  // if the action has no resource
+  refusalFreesAnother,   // a refused creation frees the resource of another action
+  deletionIsForever,     // an action that was deleted cannot be created again
   defaultVrfRefused,
 };
 
-// Its number, for the names of tests.
+// Prints the number of the fault, for the names of tests.
 void PrintTo(Fault fault, std::ostream* stream);
 
 class PoolChip final : public VrfHelper {
@@ -62,15 +62,15 @@ class PoolChip final : public VrfHelper {
   Fault fault_;
   std::map<VrfAction, std::string> programs_;
   std::size_t inUse_ = 0;
-  std::set<VrfAction> dead_;
+  std::set<VrfAction> deleted_;
   std::size_t failures_ = 0;
   bool failsNext_ = false;
 };
 
-// The pool chip, telling all that it can.
-class TellingPoolChip final : public ChipUnderTest {
+// The pool chip, with all optional functions of `ChipUnderTest`.
+class ObservablePoolChip final : public ChipUnderTest {
  public:
-  explicit TellingPoolChip(Fault fault) : fault_(fault) {}
+  explicit ObservablePoolChip(Fault fault) : fault_(fault) {}
 
   Mox::Ptr<VrfHelper> makeHelper(const ChipFacts& facts) override;
   std::optional<std::size_t> resourcesInUse() const override { return chip_->inUse(); }
@@ -85,10 +85,10 @@ class TellingPoolChip final : public ChipUnderTest {
   Mox::Ptr<PoolChip> chip_;
 };
 
-// The same chip with nothing but what every chip must give.
-class SilentPoolChip final : public ChipUnderTest {
+// The same chip, with only the functions that every chip must have.
+class OpaquePoolChip final : public ChipUnderTest {
  public:
-  explicit SilentPoolChip(Fault fault) : fault_(fault) {}
+  explicit OpaquePoolChip(Fault fault) : fault_(fault) {}
 
   Mox::Ptr<VrfHelper> makeHelper(const ChipFacts& facts) override {
     return Mox::makePtr<PoolChip>(facts, fault_);

@@ -1,5 +1,5 @@
-// The conformance suite on a right chip and on wrong ones. Most of these tests fail, as they
-// should: conformance_faults_test.py runs this program and knows which.
+// Runs the conformance suite on a correct chip and on faulty chips. Most of these tests must fail.
+// conformance_faults_test.py runs this program and checks which tests fail.
 
 #include "testing/VrfHelperConformance.h"
 #include "tests/testing/PoolChip.h"
@@ -8,8 +8,8 @@ namespace ZelVrfSelectionPolicy::Testing {
 namespace {
 
 auto both(Fault fault) {
-  return ::testing::Values(chipUnderTest<TellingPoolChip>(fault),
-                           chipUnderTest<SilentPoolChip>(fault));
+  return ::testing::Values(chipUnderTest<ObservablePoolChip>(fault),
+                           chipUnderTest<OpaquePoolChip>(fault));
 }
 
 INSTANTIATE_TEST_SUITE_P(none, VrfHelperConformance, both(Fault::none));
@@ -34,7 +34,7 @@ INSTANTIATE_TEST_SUITE_P(deletionFreesAnother, VrfHelperConformance,
                          both(Fault::deletionFreesAnother));
 INSTANTIATE_TEST_SUITE_P(refusalFreesAnother, VrfHelperConformance,
                          both(Fault::refusalFreesAnother));
-INSTANTIATE_TEST_SUITE_P(deadStayDead, VrfHelperConformance, both(Fault::deadStayDead));
+INSTANTIATE_TEST_SUITE_P(deletionIsForever, VrfHelperConformance, both(Fault::deletionIsForever));
 INSTANTIATE_TEST_SUITE_P(defaultVrfRefused, VrfHelperConformance, both(Fault::defaultVrfRefused));
 
 }  // namespace

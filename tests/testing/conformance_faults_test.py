@@ -1,9 +1,9 @@
-"""The conformance suite passes a right chip, and fails each wrong one by the tests that it should.
+"""The conformance suite passes on a correct chip, and fails on each faulty chip by the expected tests.
 
 usage: conformance_faults_test.py PROGRAM
 
-PROGRAM runs the suite on chips with one fault each, twice: on one that tells what it holds, and on
-one that tells nothing.
+PROGRAM runs the suite twice on each chip: with all optional functions of `ChipUnderTest`, and with
+none. The first kind is called observable here, the second opaque.
 """
 
 import json
@@ -37,11 +37,11 @@ RECOVERS = "AFullChipRecoversWhenUsersLeave"
 OUTLIVE = "ResourcesOutliveTheStateMachineThatAskedForThem"
 ALL = {CREATED, REASON, LINE, EXHAUSTED, REFUSED, ROOM, REFILLED, FAILED, UPDATED_FAILED,
        UPDATE_FAILED, IDEMPOTENT, ANEW, NEVER, AGAIN, RANDOM, USERS, FACTS, RECOVERS, OUTLIVE}
-# What a chip that tells nothing holds is found by filling it, so these fill it, too.
+# The content of an opaque chip is only known after filling it, so these tests fill it too.
 FILL_IT = {FAILED, UPDATED_FAILED, UPDATE_FAILED, IDEMPOTENT, NEVER, RANDOM, USERS, FACTS, OUTLIVE}
 
-# The tests that each fault fails, and those that it fails besides when the chip tells nothing.
-# A test that sees a fault only by what the chip tells is in no row of the second.
+# The tests that fail for each fault, and the tests that also fail if the chip is opaque.
+# A test that finds faults only on observable chips is in none of the second sets.
 FAILS = {
     "none": (set(), set()),
     "creationLeaks": ({FAILED, UPDATED_FAILED, RANDOM}, set()),
@@ -61,15 +61,15 @@ FAILS = {
          FILL_IT),
     "deletionFreesAnother": ({NEVER}, set()),
     "refusalFreesAnother": ({REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT - {NEVER}),
-    "deadStayDead": ({AGAIN, ANEW, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
+    "deletionIsForever": ({AGAIN, ANEW, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
     "defaultVrfRefused": ({CREATED}, set()),
 }
-# The hardware of this chip is made to refuse an update, which a chip that tells nothing cannot be.
-FAILS_ONLY_IF_IT_TELLS = {"updateDoesNothing": {UPDATE_FAILED}}
+# This test makes the hardware refuse an update, which is not possible on an opaque chip.
+FAILS_ONLY_IF_OBSERVABLE = {"updateDoesNothing": {UPDATE_FAILED}}
 
 
 def report():
-    """The program's own account of its tests."""
+    """The JSON report of the program about its tests."""
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder, "report.json")
         finished = subprocess.run(
@@ -86,7 +86,7 @@ class ConformanceFaults(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        cls.tests = {}  # by (fault, whether the chip tells), by name
+        cls.tests = {}  # by (fault, whether the chip is observable), then by name
         for suite in report()["testsuites"]:
             fault, _, fixture = suite["name"].partition("/")
             assert fixture == "VrfHelperConformance", suite["name"]
@@ -95,23 +95,23 @@ class ConformanceFaults(unittest.TestCase):
                 cls.tests.setdefault((fault, chip == "0"), {})[name] = test
 
     def test_every_chip_was_given_every_test(self):
-        self.assertEqual(set(self.tests), {(fault, tells) for fault in FAILS
-                                           for tells in (True, False)})
+        self.assertEqual(set(self.tests), {(fault, observable) for fault in FAILS
+                                           for observable in (True, False)})
         for chip, tests in self.tests.items():
             with self.subTest(chip):
                 self.assertEqual(set(tests), ALL)
 
     def test_each_chip_fails_the_tests_that_its_fault_should_and_no_other(self):
-        for (fault, tells), tests in self.tests.items():
-            always, silent = FAILS[fault]
-            expected = always | (FAILS_ONLY_IF_IT_TELLS.get(fault, set()) if tells else silent)
-            with self.subTest(fault=fault, tells=tells):
+        for (fault, observable), tests in self.tests.items():
+            always, opaque = FAILS[fault]
+            expected = always | (FAILS_ONLY_IF_OBSERVABLE.get(fault, set()) if observable else opaque)
+            with self.subTest(fault=fault, observable=observable):
                 failed = {name for name, test in tests.items() if "failures" in test}
                 self.assertEqual(failed, expected)
 
     def test_every_test_fails_for_some_chip_of_each_kind(self):
-        for tells in (True, False):
-            failed = {name for chip, tests in self.tests.items() if chip[1] == tells
+        for observable in (True, False):
+            failed = {name for chip, tests in self.tests.items() if chip[1] == observable
                       for name, test in tests.items() if "failures" in test}
             self.assertEqual(failed, ALL)
 
