@@ -1,7 +1,7 @@
-"""The layout of classes, as the compiler's debug information describes it.
+"""The layout of classes, from the compiler's debug information.
 
-One source that includes every header is compiled; nothing is linked or run. A class that a program
-was compiled against is laid out as it was then, so a change here breaks that program.
+Compiles one source that includes every header. Links and runs nothing. A program that was compiled
+against a class relies on the layout of that time, so a change of the layout breaks the program.
 """
 
 import pathlib
@@ -36,7 +36,7 @@ def alignments(dump):
 
 
 class Layout:
-    """What debug information says of one class."""
+    """The layout of one class in the debug information."""
 
     def __init__(self, name, header, entry):
         self.name = name
@@ -47,7 +47,7 @@ class Layout:
         self.functions = [child for child in children if child.tag == "DW_TAG_subprogram"]
 
     def lines(self, alignment):
-        """Instances of one template that are laid out alike read alike."""
+        """The recorded lines. Instances of one template with the same layout have the same lines."""
         if "<" in self.name:
             yield f"{without_arguments(self.name)}: {self.size} bytes"
         else:
@@ -60,7 +60,7 @@ class Layout:
             yield f"  virtual {number}: {text(function, 'DW_AT_name')}"
 
     def used_classes(self):
-        """The classes that a user of this one is compiled against as well."""
+        """The classes that a user of this class also depends on."""
         for part in self.parts:
             yield from classes_in(part)
         for function in self.functions:
@@ -123,7 +123,7 @@ def classes_in(entry):
         return
     yield qualified_name(named)
     if text(named, "DW_AT_name").startswith("unique_ptr<"):
-        return  # what it points to is not seen outside
+        return  # a user of the class does not depend on the type that it points to
     for argument in named.iter_children():
         if argument.tag == "DW_TAG_template_type_param":
             yield from classes_in(argument)
@@ -167,7 +167,7 @@ def header_names(line_program):
 
 
 def reachable(first, found):
-    """The classes that the classes `first` lead to, themselves included, sorted by name."""
+    """The classes `first` and the classes that these use, directly or not, sorted by name."""
     to_visit, visited = list(first), set()
     while to_visit:
         name = to_visit.pop()
@@ -189,7 +189,7 @@ def without_arguments(name):
 
 
 def exported_layouts(compiler, root, symbols):
-    """Header and lines of each class that an exported symbol belongs to or such a class leads to."""
+    """Header and lines of each class with an exported symbol, and of each class that such one uses."""
     with tempfile.TemporaryDirectory() as folder:
         object_file, dump = compiled(compiler, root, pathlib.Path(folder))
         alignment = alignments(dump)

@@ -1,4 +1,4 @@
-"""What the shared library shows of itself: its own namespace, a version, and no loose ends."""
+"""The shared library exports only its own namespace, with a version, and lacks no symbol."""
 
 import re
 import subprocess
@@ -6,7 +6,7 @@ import sys
 import unittest
 
 NAMESPACE = "ZelVrfSelectionPolicy"
-# What the compiler makes of a class of the namespace.
+# The symbols that the compiler generates for a class.
 OF_CLASS = r"(vtable for |typeinfo for |typeinfo name for |VTT for |non-virtual thunk to )?"
 
 

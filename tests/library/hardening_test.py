@@ -1,4 +1,4 @@
-"""What is shipped is built so that a mistake in it is hard to use.
+"""The shipped programs and libraries are built with protections against exploits.
 
 usage: hardening_test.py COMPILE_COMMANDS OBJECT...
 """
@@ -45,7 +45,7 @@ class Hardening(unittest.TestCase):
             self.assertIn("__stack_chk_fail", readelf("-sW", "--dyn-syms", name))
 
     @unittest.skipUnless(platform.machine() == "x86_64", "indirect branches are marked on x86 only")
-    def test_functions_begin_with_a_mark_for_indirect_calls(self):
+    def test_functions_begin_with_endbr64(self):
         for name in self.each():
             code = subprocess.run(["objdump", "-d", "--section=.text", name],
                                   check=True, capture_output=True, text=True).stdout

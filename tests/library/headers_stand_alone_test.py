@@ -1,6 +1,6 @@
-"""Each header compiles by itself: it includes what it uses, under every warning of the project.
+"""Each header compiles by itself, with every warning of the project: it includes what it uses.
 
-The build shows it of a header that its own source includes first. The others are compiled here.
+The build shows this for a header that its own source includes first. This test compiles the others.
 """
 
 import concurrent.futures
@@ -19,7 +19,7 @@ class HeadersStandAlone(unittest.TestCase):
     root = None
 
     def files(self, pattern):
-        """Includable name of each file, by the folder that it is found from, and the file."""
+        """For each file: the name by which it is included, and its path."""
         platform = self.root / "platform"
         for folder in (platform, self.root / "ZelVrfSelectionPolicy", self.root / "testing"):
             found_from = platform if folder == platform else self.root
@@ -27,7 +27,7 @@ class HeadersStandAlone(unittest.TestCase):
                 yield file.relative_to(found_from).as_posix(), file
 
     def headers(self):
-        """The headers that no source of their own includes first."""
+        """The headers that are not the first include of their own source."""
         included_first = set()
         for name, source in self.files("*.cpp"):
             first = re.search(r'^#include "(.*)"', source.read_text(), flags=re.MULTILINE)

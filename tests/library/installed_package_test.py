@@ -1,4 +1,4 @@
-"""Outside projects find the installed package both ways, build on it, and run."""
+"""A separate project finds the installed package by CMake and by pkg-config, builds and runs."""
 
 import argparse
 import concurrent.futures
@@ -50,7 +50,7 @@ class InstalledPackage(unittest.TestCase):
         cls.scratch = tempfile.TemporaryDirectory()
         cls.addClassCleanup(cls.scratch.cleanup)
         scratch = pathlib.Path(cls.scratch.name)
-        # An installation may be moved, so it is.
+        # An installation can be moved. This one is moved.
         run(cls.arguments.cmake, "--install", cls.arguments.build, "--prefix", scratch / "staged")
         cls.prefix = scratch / "prefix"
         (scratch / "staged").rename(cls.prefix)

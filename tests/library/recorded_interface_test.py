@@ -1,7 +1,8 @@
-"""What the two libraries export is what is recorded beside their sources.
+"""The exported interface of the two libraries equals the records next to their sources.
 
-Two files of text for each: `exported-symbols.txt` and `exported-types.txt`. The second has the size,
-alignment, members and virtual slots of every class that an exported symbol belongs to or leads to.
+The records of each library are `exported-symbols.txt` and `exported-types.txt`. The second has the
+size, alignment, members and virtual slots of every class with an exported symbol, and of every class
+that such a class uses.
 
 usage: recorded_interface_test.py [--record] COMPILER ROOT BUILD
 """
@@ -19,7 +20,7 @@ ADVICE = "The libraries do not export what is recorded. If that is meant, ./dev 
 
 
 def exported_symbols(library):
-    """The demangled names, each once: constructors and destructors have several symbols."""
+    """The demangled names without duplicates: constructors and destructors have several symbols."""
     listed = subprocess.run(["nm", "-D", "-C", "--defined-only", library], check=True,
                             capture_output=True, text=True).stdout
     names = {line.split(maxsplit=2)[2] for line in listed.splitlines()}
@@ -27,7 +28,7 @@ def exported_symbols(library):
 
 
 def interface(compiler, root, build):
-    """The lines of each recorded file."""
+    """The current lines of each recorded file."""
     symbols = {folder: exported_symbols(build / "lib" / library)
                for folder, library in LIBRARIES.items()}
     types = {folder: [] for folder in LIBRARIES}

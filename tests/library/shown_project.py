@@ -1,4 +1,4 @@
-"""What a document shows of a project: its files, and commands with what they print."""
+"""Follows a document that shows the files of a project, and commands with their output."""
 
 import pathlib
 import re
@@ -9,12 +9,13 @@ FILE_NAME = re.compile(r"(?://|#) ([\w.]+)(, continued)?\n")
 
 
 def follow(document, project, environment, replaced):
-    """Does in the folder `project` what the text `document` shows, from top to bottom.
+    """Follows the text `document` in the folder `project`, from top to bottom.
 
-    A block in a language is a file, whose name its first line tells; one that is shown again
-    replaces it, unless it is continued. In other blocks, lines after "$ " are commands, in which
-    `replaced` pairs of texts are put for one another. Returns (command, shown, printed) for those
-    that something is shown of; the others are only expected to succeed.
+    A block with a language is a file. Its first line contains the name of the file. A later block with
+    the same name replaces the file, or is appended to it if it says "continued". In other blocks,
+    lines that begin with "$ " are commands. `replaced` has pairs of texts: in commands the second
+    replaces the first. Returns (command, shown, printed) for each command with shown output. A command
+    without shown output must succeed.
     """
     outputs = []
     for language, block in FENCED.findall(document):

@@ -1,7 +1,7 @@
-"""The virtual operations of every exported type stand in their slots in the agreed order.
+"""The virtual operations of every exported type have the agreed slots.
 
-Whoever was compiled against an earlier build calls them by slot, so the order is part of the
-binary interface. It is read from the class dump of the compiler itself.
+A program that was compiled against an earlier build calls them by slot, so the order is part of the
+binary interface. The test reads it from the compiler's class dump.
 """
 
 import pathlib
@@ -17,7 +17,7 @@ SOURCE = f"""
 #include "{LIBRARY}/vrf/PrefixLensSm.h"
 #include "{LIBRARY}/vrf/RouteStatusReactors.h"
 
-// Gives the pure hooks names of their own in the dump.
+// Implements the pure hooks, so that the dump has their names.
 struct Chip final : {LIBRARY}::VrfHelper {{
   Chip() : VrfHelper("chip", nullptr, nullptr, nullptr) {{}}
   {LIBRARY}::HwStatus createVrf(const {LIBRARY}::VrfAction&) override {{ return {{}}; }}
@@ -26,7 +26,7 @@ struct Chip final : {LIBRARY}::VrfHelper {{
 }};
 """
 
-# "own" and "inherited" tell whose the operation in the slot is, where that is agreed.
+# "own" and "inherited" say which class implements the operation, where that is agreed.
 ENTITY = ["inherited notifieeList", "inherited hasNotificationActiveIs",
           "inherited zeroReferencesIs", "own fwkType", "destructor"]
 TABLE = ["own notifieeList", *ENTITY[1:]]
@@ -73,14 +73,14 @@ def vtables(dump):
     found = {}
     for block in re.split(r"^Vtable for ", dump, flags=re.MULTILINE)[1:]:
         lines = block.split("\n\n")[0].splitlines()
-        # Behind the title and the size come the offset to the top and the type information.
+        # After the title and the size come the offset to the top and the type information.
         entries = [re.sub(r"^\d+\s+(\(int \(\*\)\(\.\.\.\)\))?", "", line) for line in lines[4:]]
         found[lines[0]] = entries
     return found
 
 
 def as_agreed(class_name, entry, agreed):
-    """How `entry` reads in the words of `agreed`."""
+    """`entry` in the form of `agreed`."""
     if entry == "__cxa_pure_virtual":
         return "pure"
     owner, _, operation = entry.rpartition("::")

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Breaks the tables and the VRF state machine in one place at a time: do the tests notice?
+"""Changes one place of the tables or the VRF state machine at a time, and checks that a test fails.
 
 usage: mutants.py [OPTIONS] BUILD      BUILD has the library and its tests, as ./dev mutants builds it
 
-Which places are broken follows from the seed. A mutant that cannot be compiled, or that is compiled
-to the same code, does not count. Survivors that survivors.md judges to be equivalent are accepted;
-any other makes it fail, and so does it that less than 95 % are caught.
+The seed determines the places. A mutant that does not compile, or that compiles to the same code,
+does not count. A survivor is accepted if survivors.md lists it as equivalent. Any other survivor is a
+failure. It is also a failure if less than 95 % of the mutants are caught.
 """
 
 import argparse
@@ -50,7 +50,7 @@ def arguments_of(arguments):
 
 
 def read_sources():
-    """The text of every file that is broken, by its path within the library."""
+    """The text of every file with mutants, by its path within the library."""
     folder = ROOT / LIBRARY
     paths = (path for part in PROGRAMS for path in sorted((folder / part).iterdir()))
     names = (path.relative_to(folder).as_posix() for path in paths)
@@ -93,7 +93,7 @@ def is_judged(mutant, text, judged):
 
 
 def try_mutants(mutants, texts, benches):
-    """The results of those that can be made, in their order."""
+    """The results of the mutants that compile, in their order."""
 
     def attempt(mutant):
         bench = benches.get()
@@ -112,7 +112,7 @@ def try_mutants(mutants, texts, benches):
 
 
 def check_unbroken(bench):
-    """The tests have to pass before they can tell anything by failing."""
+    """Exits if the tests fail without a mutant."""
     bench.link_unbroken()
     outcome = bench.test(PROGRAMS["vrf"])
     if outcome.how != "survived":
@@ -141,7 +141,7 @@ def run(texts, chosen):
 
 
 def report(results, texts, judged):
-    """The lines of the report, and whether all is well."""
+    """The lines of the report, and whether the run is a success."""
     hows = ("failed", "crashed", "hung", "survived")
     counts = collections.Counter((result.mutant.operator, result.outcome.how) for result in results)
     lines = ["| operator | made | " + " | ".join(hows) + " |", "|---|" + "--:|" * 5]

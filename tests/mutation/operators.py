@@ -1,4 +1,4 @@
-"""The ways in which one place of a source is broken, to see whether a test notices."""
+"""The mutation operators: each changes one place of a source in one way."""
 
 import dataclasses
 import re
@@ -10,7 +10,7 @@ DECLARATION = re.compile(
     r"[\w:]+(?:<.*>)?(?:::\w+)*(?: |[&*] ?)+(\w+)\s*[=({;]",
     re.DOTALL,
 )
-# In code as clang-format leaves it, operators of two operands stand between spaces.
+# clang-format puts spaces around operators with two operands.
 SWAPS = [
     ("equality", r"(?<= )(==|!=)(?= )", {"==": "!=", "!=": "=="}),
     ("relation", r"(?<= )(<=|>=|<|>)(?= )", {"<": "<=", "<=": "<", ">": ">=", ">=": ">"}),
@@ -22,7 +22,7 @@ SWAPS = [
 ]  # fmt: skip
 NUMBER = re.compile(r"(?<![\w.])(\d+)(U?)(?![\w.])")
 NOT = re.compile(r"(?<![\w!])!(?=[\w(])")
-# Swapping or dropping that operator negates the condition.
+# A condition with one operator. A swap or removal of the operator negates it.
 ONE_OPERATOR = re.compile(r"(?!.* (?:&&|\|\|) )(?:.* (?:==|!=) .*|![^ ]*)", re.DOTALL)
 READER = re.compile(r"\s*return \w+_;\s*")
 CHOICE = re.compile(r"(?:return|=) ([^;?]*?) \?")
@@ -30,7 +30,7 @@ CHOICE = re.compile(r"(?:return|=) ([^;?]*?) \?")
 
 @dataclasses.dataclass(frozen=True)
 class Mutant:
-    """One place broken: what stands between two offsets is replaced."""
+    """A change of one place: replaces the text between two offsets."""
 
     file: str
     operator: str
@@ -45,7 +45,7 @@ class Mutant:
         return text.count("\n", 0, self.begin) + 1
 
     def change(self, text):
-        """What it does to the lines that it touches, on one line."""
+        """The changed lines before and after, each joined into one line."""
         first = text.rfind("\n", 0, self.begin) + 1
         last = text.find("\n", self.end)
         before = text[first:last]
@@ -54,11 +54,11 @@ class Mutant:
 
 
 def mutants_of(file, text):
-    """Every way to break `text`, in the order of places."""
+    """All mutants of `text`, in the order of their places."""
     code = code_of(text)
     found = set()
     for function in functions(code):
-        # The readers of a header's members are compiled into the tests, which keep theirs.
+        # Readers of members in headers are inlined into the tests, which are not compiled again.
         if file.endswith(".h") and READER.fullmatch(code[function.begin : function.end]):
             continue
         for operator, begin, end, replacement in in_function(code, function):

@@ -1,4 +1,4 @@
-"""What is broken in a small source, and what is left alone."""
+"""Tests of the mutation operators on small sources: which places change, and which do not."""
 
 import unittest
 
@@ -8,7 +8,7 @@ from source import code_of, functions
 
 
 def broken(body, head="void f()"):
-    """The bodies of `head` that the operators make of `body`."""
+    """The mutants of `body` in a function with the declaration `head`."""
     text = f"{head} {{{body}}}\n"
     made = [mutant.applied_to(text) for mutant in mutants_of("f.cpp", text)]
     return {one[len(head) + 2 : -2] for one in made}
@@ -26,14 +26,14 @@ class Statements(unittest.TestCase):
         self.assertEqual(broken(" const Name copy = name; use(copy); "),
                          {" const Name copy = name; ; ", " return;  const Name copy = name; use(copy); "})
 
-    def test_a_guard_that_nobody_names_is_deleted(self):
+    def test_a_guard_without_uses_is_deleted(self):
         self.assertIn(" ; use(it); ", broken(" const Mox::Ptr<Sm> alive(this); use(it); "))
 
     def test_a_result_becomes_the_default_one(self):
         self.assertEqual(broken(" return found; ", "int f()"), {" return {}; "})
         self.assertEqual(broken(" return nullptr; ", "int* f()"), set())
 
-    def test_a_walk_ends_where_it_went_on(self):
+    def test_a_continue_becomes_a_break(self):
         self.assertIn(" while (a) { break; } ", broken(" while (a) { continue; } "))
 
     def test_a_statement_within_a_lambda_is_deleted(self):
@@ -113,7 +113,7 @@ S::S(int b) : a(b) {}
 
 
 class Judgement(unittest.TestCase):
-    def test_a_row_is_found_by_its_change_whatever_the_line(self):
+    def test_a_row_is_found_by_its_change_on_any_line(self):
         text = "\n\nbool f() { return a || b; }\n"
         mutant = next(m for m in mutants_of("t/a.cpp", text) if m.operator == "logic")
         judged = mutants.judged_equivalent(

@@ -1,7 +1,7 @@
-"""Finds functions, statements and conditions in C++ sources as clang-format leaves them.
+"""Finds functions, statements and conditions in C++ sources that clang-format has formatted.
 
-Positions are offsets into the text. Comments, literals and preprocessor lines are blanked out
-first, by as many spaces, so that what is found in the code has the same offset in the text.
+Positions are offsets into the text. Comments, literals and preprocessor lines are first replaced by
+the same number of spaces, so offsets in the code are also offsets in the text.
 """
 
 import dataclasses
@@ -38,12 +38,12 @@ class Condition:
 
 
 def code_of(text):
-    """`text` with all that is not code blanked out."""
+    """`text` with spaces in place of everything that is not code."""
     return BLANKED.sub(lambda found: re.sub(r"[^\n]", " ", found[0]), text)
 
 
 def matching(code, opening):
-    """Where the bracket at `opening` is closed."""
+    """The offset of the bracket that closes the one at `opening`."""
     depth = 0
     for at in range(opening, len(code)):
         if code[at] in OPENING:
@@ -56,7 +56,7 @@ def matching(code, opening):
 
 
 def functions(code):
-    """The functions with a body, in their order; those within functions belong to these."""
+    """The functions with a body, in their order. A function within a function is a part of it."""
     head, at = 0, 0
     while at < len(code):
         if code[at] == "{":
@@ -82,7 +82,7 @@ def end_of_statement(code, at):
 
 
 def statements(code, begin, end):
-    """The statements and the conditions between two offsets, those of lambdas included."""
+    """The statements and the conditions between two offsets, including those of lambdas."""
     at = begin
     while at < end:
         if code[at] in " \n{}":

@@ -1,8 +1,8 @@
-"""Builds the library with one place broken, and runs the tests against it.
+"""Builds the library with one mutant, and runs the tests with it.
 
-Nothing is written outside the folder of the workbench: a mutant is a copy of one file there, the
-objects that it changes are compiled from the copy, and a library is linked from these and from what
-the build folder holds already. Tests find that library before their own.
+All output is in the folder of the workbench. A mutant is a changed copy of one file. The objects that
+it affects are compiled from the copy. The library is linked from these and from the objects of the
+build folder. The tests find that library before the library of the build folder.
 """
 
 import dataclasses
@@ -16,9 +16,9 @@ import signal
 import subprocess
 
 LIBRARY = "ZelVrfSelectionPolicy"
-# Who calls the inline functions of a header. Unoptimised they are not inlined, and of several copies
-# the linker takes the first, so that these are enough to compile anew; they are compiled as one. Headers that nobody in the
-# library calls, whose functions only tests compile, are not broken.
+# The sources that call the inline functions of each header. Unoptimised code does not inline them, and
+# the linker takes the first of several copies. So it is enough to compile these sources again, as one
+# source. Headers whose functions only tests call have no mutants.
 CALLERS = {
     "tables/ActionsByVrf.h": [
         "tables/ActionsByVrf.cpp",
@@ -35,7 +35,7 @@ CALLERS = {
     "vrf/VrfSm.h": ["vrf/VrfSm.cpp"],
     "vrf/VrfWatches.h": ["vrf/VrfSm.cpp", "vrf/VrfWatches.cpp"],
 }
-# Read once for all mutants; most of the time to compile one would go into them.
+# Headers that are compiled once for all mutants. They would take most of the time of each compilation.
 PRECOMPILED = [
     "algorithm",
     "optional",
@@ -57,8 +57,8 @@ PRECOMPILED = [
     "VrfSelectionPolicy/VrfSelectionFallbackVrf.h",
     "Zel/ZelBaseHelper.h",
 ]
-# What takes minutes is left out: the cost of a refresh among a hundred thousand actions, and each hook
-# that fails in turn.
+# Without the tests that take minutes: the cost of a refresh among a hundred thousand actions, and the
+# failure of each hook in turn.
 OTHERS = [
     "fault_tests --gtest_filter=HookThrows.*",
     "refresh_cost_tests --gtest_filter=-RefreshCost*",
@@ -67,12 +67,12 @@ OTHERS = [
     "model_tests",
     "policy_tests --gtest_filter=*DuringRebuild.*",
 ]
-# The quickest to fail first.
+# The programs that fail first are first.
 PROGRAMS = {
     "tables": ["tables_tests", "vrf_tests", *OTHERS],
     "vrf": ["vrf_tests", "tables_tests", *OTHERS],
 }
-CPU_SECONDS = 120  # of one program; the slowest takes a tenth of it
+CPU_SECONDS = 120  # for one program; the slowest takes a tenth of it
 WALL_SECONDS = 600
 MEGABYTES = 4096
 
@@ -93,14 +93,14 @@ def limit_resources():
 
 
 def first_failure(output):
-    """The first test that failed, or the last that began."""
+    """The first test that failed, or the last test that began."""
     failed = re.search(r"\[  FAILED  \] ([\w./]+)", output)
     begun = re.findall(r"\[ RUN +\] (\S+)", output)
     return failed[1] if failed else begun[-1] if begun else ""
 
 
 class Workbench:
-    """One place to build and test mutants, one after the other, in the folder `place`."""
+    """Builds and tests mutants, one after the other, in the folder `place`."""
 
     def __init__(self, root, build, place):
         self.root, self.build = pathlib.Path(root), pathlib.Path(build)
@@ -117,7 +117,7 @@ class Workbench:
         self._link([])
 
     def make(self, mutant, text):
-        """Links the library with `mutant`; false if it cannot be compiled or changes nothing."""
+        """Links the library with `mutant`. False if it does not compile or changes nothing."""
         if mutant.file not in self.unbroken:
             self.unbroken[mutant.file] = self._compile(mutant.file, text)
         try:
@@ -129,7 +129,7 @@ class Workbench:
         return True
 
     def test(self, programs):
-        """The outcome of the first program that notices."""
+        """The outcome of the first program that does not pass."""
         for program, *arguments in map(str.split, programs):
             how, output = self._run(program, arguments)
             if how != "survived":
@@ -137,7 +137,7 @@ class Workbench:
         return Outcome("survived")
 
     def _command(self):
-        """How the build compiles any source of the library, up to what is compiled."""
+        """The compile command of the library's sources, without the source and the object."""
         entries = json.loads((self.build / "compile_commands.json").read_text())
         folder = str(self.root / LIBRARY)
         found = next(entry["command"] for entry in entries if entry["file"].startswith(folder))
@@ -157,7 +157,7 @@ class Workbench:
         self._call([*command, "-o", f"{self.precompiled}.gch"])
 
     def _compile(self, file, text):
-        """The object of all that is compiled anew when `file` is `text`, as bytes."""
+        """Compiles the sources that depend on `file` with the content `text`; the object's bytes."""
         copy = self.place / "tree" / LIBRARY / file
         copy.parent.mkdir(parents=True, exist_ok=True)
         copy.write_text(text, encoding="utf-8")
