@@ -10,7 +10,7 @@
 
 namespace ZelAgent {
 
-/// vrf NAME id N: the hardware gives an existing VRF another id. 0 takes the id away.
+/// vrf NAME id N: the hardware gives an existing VRF another id. 0 removes the id.
 struct SetVrfId {
   std::string vrf;
   std::uint32_t id = 0;

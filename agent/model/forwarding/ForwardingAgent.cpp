@@ -175,8 +175,8 @@ SoftChip::ProgramInputs ForwardingAgent::inputs() const {
   return {fallbackConfig_, routeStatus_, routeStatusV6_};
 }
 
-// The agent has no inputs besides policies and VRFs. The state machine does not need the others, so
-// they are null.
+// Inputs of a switch that the agent does not model are null or empty. The state machine does not
+// need them.
 void ForwardingAgent::bindPolicySm() {
   constexpr bool allowL2Intf = false;
   constexpr bool allowMgmtIntf = false;

@@ -23,13 +23,14 @@ namespace ZelAgent {
 /// VRF resources of a chip if nothing else is given.
 inline constexpr std::uint32_t usualChipCapacity = 1024;
 
-/// The agent: it owns what the library works on (policies, tables, route status, fallback
-/// configuration, chip) and changes it in an order that the library and the chip can follow.
+/// The agent. It owns the inputs and outputs of the library (policies, tables, route status,
+/// fallback configuration, chip). It changes them in an order that the library and the chip can
+/// follow.
 ///
 /// The chip holds the rules of the configuration that was applied last, as far as it accepts them.
 /// The counted users are exactly these rules. A change of configuration reaches the library and the
-/// chip as differences. An action that stays in use has users throughout the change. What a
-/// configuration does not change stays as it is, even if an event has changed it meanwhile.
+/// chip as differences. An action that stays in use has users throughout the change. A value that
+/// is equal in two consecutive configurations is not set again, even if an event has changed it.
 class ForwardingAgent final {
  public:
   explicit ForwardingAgent(std::uint32_t chipCapacity);
@@ -54,7 +55,7 @@ class ForwardingAgent final {
   /// Sends packets through the chip.
   [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
 
-  /// What the hardware reports and others configure. Events change it.
+  /// Route status, fallback configuration and routes. Events change them.
   [[nodiscard]] Routing::Hardware::RouteStatus& routeStatus() noexcept { return *routeStatus_; }
   [[nodiscard]] Routing6::Hardware::RouteStatus& routeStatusV6() noexcept {
     return *routeStatusV6_;

@@ -48,7 +48,7 @@ std::filesystem::path fileNameOf(std::string interface) {
   return interface + ".pcap";
 }
 
-// Whether everything is in the file. The error flag covers earlier writes, whose buffers are gone.
+// Whether everything is in the file. The error flag of the stream covers earlier writes.
 bool isWritten(pcap_dumper* dumper) {
   return pcap_dump_flush(dumper) == 0 && std::ferror(pcap_dump_file(dumper)) == 0;
 }

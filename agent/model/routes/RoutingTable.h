@@ -11,7 +11,7 @@
 
 namespace ZelAgent {
 
-/// The routes of one VRF, from the configuration and from events, resolved to what a chip takes.
+/// The routes of one VRF, from the configuration and from events, resolved to routes of a chip.
 ///
 /// A route of an event hides the configured route to the same prefix. The next hop of a route is
 /// the first usable one of its list. Usable are DROP, a next hop with an interface, and a gateway
@@ -28,7 +28,7 @@ class RoutingTable final {
   /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const IpPrefix& prefix);
 
-  /// The routes as a chip takes them.
+  /// The routes for the chip.
   [[nodiscard]] Routes resolved() const;
 
  private:
