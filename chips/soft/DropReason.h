@@ -7,23 +7,23 @@
 
 namespace SoftChip {
 
-/// Why a packet was dropped. A packet is dropped for one reason. The names are stable: they are
-/// shown, counted by and compared with.
+/// Why a packet was dropped. A packet is dropped for one reason. The names are stable, since
+/// reports and counters contain them.
 enum class DropReason : std::uint8_t {
-  malformed,         // the bytes that arrived are no valid header
-  badChecksum,       // of the IPv4 header that arrived
-  discardedByRule,   // by the action of the rule
+  malformed,         // the packet that arrived has no valid header
+  badChecksum,       // the IPv4 header that arrived has a wrong checksum
+  discardedByRule,   // the action of the rule is `discard`
   noVrfResource,     // the rule's action has no resource on the chip
   noVrfId,           // no VRF of the lookup has a hardware id
   noRoute,           // no VRF of the lookup has a route
-  dropRoute,         // by the route
+  dropRoute,         // the route drops
   decapDisabled,     // a decapsulating route while decapsulation is off
   notATunnel,        // a decapsulating route for a packet that is no tunnel
   fragmentedTunnel,  // a decapsulating route for a fragment of a tunnel packet
   innerMalformed,    // the packet in the tunnel is not of the kind that its protocol says
-  congestion,        // in the tunnel, for a packet that cannot carry the mark
+  congestion,        // the tunnel marked congestion, and the inner packet cannot carry the mark
   nestedDecap,       // a decapsulating route for a packet that was decapsulated
-  ttlExpired,        // of the header that would leave
+  ttlExpired,        // the time to live would be 0 at the egress
 };
 
 constexpr std::size_t dropReasons = static_cast<std::size_t>(DropReason::ttlExpired) + 1;

@@ -191,7 +191,7 @@ class Forwarder::Passage final {
         const auto hit = lookUp(vrf);
         if (hit && !(passOverDecap && hit->route->kind == Route::Kind::decap))
           return Found{&vrf, *hit};
-        reason = missReason(vrf, hit.has_value());
+        reason = reasonToContinue(vrf, hit.has_value());
       }
     }
     return std::nullopt;
@@ -212,7 +212,7 @@ class Forwarder::Passage final {
     return hit;
   }
 
-  static GoOnReason missReason(const VrfFacts& vrf, bool isHit) noexcept {
+  static GoOnReason reasonToContinue(const VrfFacts& vrf, bool isHit) noexcept {
     if (isHit) return GoOnReason::decapDisabled;
     return vrf.vrfId == 0 ? GoOnReason::noVrfId : GoOnReason::noRoute;
   }

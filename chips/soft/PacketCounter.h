@@ -5,7 +5,7 @@
 
 namespace SoftChip {
 
-/// Packets that went one way, and their bytes. Both numbers wrap.
+/// A number of packets and the number of their bytes. Both wrap.
 struct PacketCounter {
   std::uint64_t packets = 0;
   std::uint64_t bytes = 0;

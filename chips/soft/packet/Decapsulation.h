@@ -16,7 +16,7 @@ enum class DecapFault : std::uint8_t {
   notATunnel,      // not IPv4 with protocol 4 or 41
   fragmented,      // the outer packet is a fragment, so the inner one is incomplete
   innerMalformed,  // `innerFault` says why
-  congestion,      // in the tunnel, for a packet that cannot carry the mark
+  congestion,      // the tunnel marked congestion, and the inner packet cannot carry the mark
 };
 
 /// The packet inside a tunnel, as it is forwarded after the end of the tunnel. It has the time to

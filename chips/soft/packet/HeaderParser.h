@@ -12,12 +12,12 @@ namespace SoftChip {
 /// What is wrong with a header.
 enum class HeaderFault : std::uint8_t {
   none,
-  tooShort,               // for the fixed header of its version
+  tooShort,               // fewer bytes than the fixed header of the version
   badVersion,             // neither 4 nor 6
-  badHeaderLength,        // less than the fixed header, or beyond the bytes
+  badHeaderLength,        // less than the fixed header, or more than the bytes
   badTotalLength,         // less than the header
-  totalLengthBeyond,      // the bytes
-  extensionHeaderBeyond,  // the total length
+  totalLengthBeyond,      // more than the bytes
+  extensionHeaderBeyond,  // an extension header ends beyond the total length
   badChecksum,
 };
 

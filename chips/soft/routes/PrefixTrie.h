@@ -21,9 +21,10 @@ namespace SoftChip {
 /// bits, fewer where prefixes are sparse, and reads memory that is close together.
 ///
 /// A node stands for the first `6 * level` bits of an address. It holds the prefixes that are one
-/// to six bits longer. Longer prefixes are behind entries, one for each next six bits. An entry is
-/// a single prefix, or leads to a node with at least two things in it, which may be far below. So
-/// an entry is compared with the address before it is followed.
+/// to six bits longer. Longer prefixes are behind entries, one for each value of the next six bits.
+/// An entry is a single prefix, or leads to a node that holds at least two prefixes or entries.
+/// That node may be several levels lower, so the entry is compared with the address before it is
+/// followed.
 ///
 /// All prefixes and addresses of one trie are of one family. Values are small and cheap to copy.
 template <class Value>
@@ -112,7 +113,7 @@ class PrefixTrie final {
 
   struct Entry {
     AddressBits path;            // only the first `length` bits are looked at
-    unsigned length;             // of the single prefix, or of what all in the node begin with
+    unsigned length;             // of the single prefix, or of the node's common first bits
     Value value;                 // of the single prefix
     std::unique_ptr<Node> node;  // null for a single prefix
 
