@@ -65,7 +65,7 @@ void fallbackChain(Report& report) {
       .beside("bare loop over the 2,308 actions reached", ratioAtMost(2.0),
               [&](benchmark::State& state) {
                 for (auto _ : state)
-                  programAnew(entries, *world.chip, ring, chain[0].bytes());
+                  reprogram(entries, *world.chip, ring, chain[0].bytes());
               })
       .measure(report);
 }

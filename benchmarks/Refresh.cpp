@@ -118,7 +118,7 @@ void measure(Report& report, std::size_t size) {
                 for (auto _ : state) {
                   const unsigned vrf = i++ % changingVrfs;
                   ring.write(2, changing[vrf].bytes());
-                  programAnew(entries[vrf], *world.chip, ring, changing[vrf].bytes());
+                  reprogram(entries[vrf], *world.chip, ring, changing[vrf].bytes());
                 }
               });
   TextTable table;

@@ -58,8 +58,8 @@ World::World(const std::vector<VrfAction>& present)
     users->vrfRefCountIs(action, 1);
 }
 
-void programAnew(std::vector<BareEntry>& entries, ZelVrfSelectionPolicy::VrfHelper& chip,
-                 BareRing& ring, std::string_view text) {
+void reprogram(std::vector<BareEntry>& entries, ZelVrfSelectionPolicy::VrfHelper& chip,
+               BareRing& ring, std::string_view text) {
   for (BareEntry& entry : entries) {
     ring.write(1, text);
     HwStatus outcome = chip.updateVrf(entry.action);

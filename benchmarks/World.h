@@ -129,7 +129,7 @@ struct BareEntry {
 };
 
 /// Makes the chip program `entries`, and stores the outcomes: the lower bound for a refresh.
-void programAnew(std::vector<BareEntry>& entries, ZelVrfSelectionPolicy::VrfHelper& chip,
-                 BareRing& ring, std::string_view text);
+void reprogram(std::vector<BareEntry>& entries, ZelVrfSelectionPolicy::VrfHelper& chip,
+               BareRing& ring, std::string_view text);
 
 }  // namespace Benchmarks

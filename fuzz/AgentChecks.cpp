@@ -24,7 +24,7 @@ void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfH
 
 void checkError(std::string_view what, std::string_view place) {
   must(ZelAgent::printable(what, std::string_view::npos) == what, "an error is one printable line");
-  must(what.starts_with(place), "an error begins with where it is");
+  must(what.starts_with(place), "an error begins with its place");
   must(what.size() > place.size(), "an error says what is wrong");
 }
 

@@ -58,7 +58,7 @@ void checkAlike(const std::vector<RequestLine>& one, const std::vector<RequestLi
 }
 
 // The request, with a configuration that a fuzzer may read in place of the one that it names.
-RequestLine harmless(const RequestLine& line) {
+RequestLine withReadableConfiguration(const RequestLine& line) {
   try {
     const Request request = readRequest(line.text);
     const auto event = readEvent(request.command);
@@ -110,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static_cast<void>(served.start());
   ControlService service(served, longestReply);
   for (const RequestLine& request : requests) {
-    const RequestLine line = harmless(request);
+    const RequestLine line = withReadableConfiguration(request);
     const std::string answer = service.reply(line).bytes;
     must(answer.size() <= longestReply, "no answer is longer than the longest");
     if (framingOf(line.text) == Framing::json) {

@@ -31,7 +31,7 @@ const Configuration& startingConfiguration() {
 }
 
 // The event, with a configuration that a fuzzer may read in place of the one that it names.
-Event playable(Event event) {
+Event withReadableConfiguration(Event event) {
   if (auto* const config = std::get_if<ApplyConfig>(&event)) {
     config->file = Fuzz::configurationFor(config->file);
   }
@@ -46,7 +46,7 @@ class Player final {
     must(readEvent(toText(event)) == event, "the text of an event is read as the same event");
     const auto before = agent_.statuses();
     try {
-      static_cast<void>(player_.play(playable(event)));
+      static_cast<void>(player_.play(withReadableConfiguration(event)));
     } catch (const EventError&) {
       must(agent_.statuses() == before, "an event that is refused changes nothing");
       throw;

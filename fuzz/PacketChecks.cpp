@@ -47,7 +47,7 @@ bool hasRightChecksum(PacketBytes header) {
   return sumOfWords(header) % 0xffffU == 0;
 }
 
-void mendChecksum(std::span<std::uint8_t> header) {
+void correctChecksum(std::span<std::uint8_t> header) {
   header[10] = header[11] = 0;
   const unsigned long checksum = 0xffffU - sumOfWords(header) % 0xffffU;
   header[10] = static_cast<std::uint8_t>(checksum >> 8U);
@@ -69,11 +69,11 @@ std::vector<std::uint8_t> unchanged(PacketBytes packet, bool decapsulated) {
 
 }  // namespace
 
-void mendChecksums(std::span<std::uint8_t> packet) {
+void correctChecksums(std::span<std::uint8_t> packet) {
   for (int headers = 0; headers < 2 && isV4(packet); ++headers) {
     const std::size_t length = headerLengthV4(packet);
     if (length < fixedV4 || length > packet.size()) return;
-    mendChecksum(packet.first(length));
+    correctChecksum(packet.first(length));
     packet = packet.subspan(length);
   }
 }

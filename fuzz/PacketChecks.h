@@ -12,7 +12,7 @@ using PacketBytes = std::span<const std::uint8_t>;
 
 // Corrects the checksum of an IPv4 header at the front, and of a second one right behind it. A
 // fuzzer rarely finds a correct checksum by itself.
-void mendChecksums(std::span<std::uint8_t> packet);
+void correctChecksums(std::span<std::uint8_t> packet);
 
 // Checks that `left` is a complete IP packet with the correct length and checksum. It must equal
 // the packet that arrived, or the packet inside it if `decapsulated`, except for time to live,

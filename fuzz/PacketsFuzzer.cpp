@@ -47,7 +47,7 @@ class EndOfWay final : public SoftChip::PacketWay {
   [[nodiscard]] bool wasDecapsulated() const noexcept { return decapsulations_ != 0; }
   // Checks that the verdict is the recorded end.
   void check(const Verdict& verdict) const {
-    must(ends_ == 1, "the end of a way is told once");
+    must(ends_ == 1, "the end of a way is reported once");
     must(decapsulations_ <= 1, "a packet is decapsulated once");
     must(reason_ == verdict.drop && egress_ == verdict.egress, "the end of a way is the verdict");
   }
@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto inFrame = isFrame ? ZelAgent::ipPacketIn(bytes) : bytes;
   if (!inFrame) return 0;
   std::vector<std::uint8_t> packet(inFrame->begin(), inFrame->end());
-  if ((how & 2U) == 0) Fuzz::mendChecksums(packet);
+  if ((how & 2U) == 0) Fuzz::correctChecksums(packet);
   forward(world, PacketWorld::intfs()[(how & 4U) == 0 ? 0 : 1], packet);
   return 0;
 }

@@ -43,7 +43,7 @@ auto unlessRefused(Parse parse) -> std::optional<decltype(parse())> {
 void parseAs(const Mox::Type& type, std::string_view text) {
   const auto value = unlessRefused([&] { return Mox::AnyValue::parsed(type, text); });
   if (!value) return;
-  must(value->text().bytes() == text, "a text that is taken is the one that is printed");
+  must(value->text().bytes() == text, "a parsed value prints as the same text");
   const Mox::AnyValue again = Mox::AnyValue::parsed(type, text);
   must(again == *value, "the same text is the same value");
   must(again.hash() == value->hash(), "equal values hash equally");
@@ -103,7 +103,7 @@ void quote(std::string_view text) {
   const auto bytes = unlessRefused([&] { return Mox::readQuoted(range); });
   if (!bytes) return;
   const std::string_view taken = text.substr(0, text.size() - range.rest().size());
-  must(Mox::quoted(*bytes) == taken, "of every byte string there is one quoted form");
+  must(Mox::quoted(*bytes) == taken, "a byte string has only one quoted form");
 }
 
 void parseAddresses(const std::string& text) {
@@ -137,7 +137,7 @@ void readAttributes(std::string_view text) {
       }
     });
     must(!answer || answer->code == Mox::ReturnCode::success || answer->text.empty(),
-         "there is no text where there is no answer");
+         "without success there is no text");
   }
 }
 

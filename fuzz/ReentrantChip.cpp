@@ -36,7 +36,7 @@ HwStatus ReentrantChip::updateVrf(const VrfAction& action) {
   const VrfModel::Action key = plain(action);
   const auto before = resources_.find(key);
   must(before != resources_.end(), "what is updated exists");
-  must(before->second.stage == Stage::existence, "it does so wholly");
+  must(before->second.stage == Stage::existence, "no update during a creation or deletion");
   const unsigned number = before->second.number;
   interruption_("updateVrf " + shown(key));
   const HwStatus outcome = nextOutcome(key);
