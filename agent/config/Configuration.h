@@ -10,7 +10,7 @@
 
 namespace ZelAgent {
 
-/// The system's name of the default VRF, and its name in configurations.
+/// The name of the default VRF. A configuration may also call it `defaultInstanceName`.
 inline constexpr const char* defaultVrfName = "default";
 inline constexpr const char* defaultInstanceName = "DEFAULT";
 

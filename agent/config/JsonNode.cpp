@@ -164,11 +164,7 @@ std::string readName(const JsonNode& node) {
 
 std::string readVrfName(const JsonNode& node) {
   std::string name = readName(node);
-  if (name == defaultInstanceName) return defaultVrfName;
-  if (name == defaultVrfName) {
-    node.fail("must be \"DEFAULT\" for the default instance; no other may be called \"default\"");
-  }
-  return name;
+  return name == defaultInstanceName ? defaultVrfName : name;
 }
 
 std::string readInterface(const JsonObject& reference) {

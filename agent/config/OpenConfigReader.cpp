@@ -56,7 +56,7 @@ class DocumentReader final {
     const JsonObject config = entry.child("config", {"name", "type", "fallback-network-instance"});
     NetworkInstance instance;
     instance.name = readKey(entry, config, "name", readVrfName);
-    instance.type = readType(config.at("type"), instance.name);
+    instance.type = readType(config.at("type"), entry.at("name"));
     if (const JsonNode* const fallback = config.find("fallback-network-instance")) {
       instance.fallback = readVrfName(*fallback);
       references_.push_back({*fallback, instance.fallback});
@@ -67,17 +67,18 @@ class DocumentReader final {
     return instance;
   }
 
-  static InstanceType readType(const JsonNode& node, const std::string& vrf) {
+  static InstanceType readType(const JsonNode& node, const JsonNode& name) {
     const std::string type = node.asIdentity();
     if (type != "DEFAULT_INSTANCE" && type != "L3VRF") {
       node.failExpecting("DEFAULT_INSTANCE or L3VRF");
     }
     const bool isDefaultType = type == "DEFAULT_INSTANCE";
-    if (isDefaultType && vrf != defaultVrfName) {
-      node.fail("must be L3VRF; the default instance is the one called DEFAULT");
+    const bool isDefaultVrf = readVrfName(name) == defaultVrfName;
+    if (isDefaultType && !isDefaultVrf) {
+      node.fail("must be L3VRF; the default instance is the one called DEFAULT or default");
     }
-    if (!isDefaultType && vrf == defaultVrfName) {
-      node.fail("must be DEFAULT_INSTANCE for the instance called DEFAULT");
+    if (!isDefaultType && isDefaultVrf) {
+      node.fail("must be DEFAULT_INSTANCE for the instance called " + name.shown());
     }
     return isDefaultType ? InstanceType::defaultInstance : InstanceType::l3Vrf;
   }
@@ -128,7 +129,8 @@ class DocumentReader final {
         configuration.networkInstances.begin(), configuration.networkInstances.end(),
         [](const auto& instance) { return instance.type == InstanceType::defaultInstance; });
     if (!found) {
-      node.fail("must have exactly one instance of type DEFAULT_INSTANCE, called DEFAULT");
+      node.fail(
+          "must have exactly one instance of type DEFAULT_INSTANCE, called DEFAULT or default");
     }
   }
 

@@ -6,7 +6,6 @@
 
 #include "agent/config/IpPrefix.h"
 #include "agent/language/Words.h"
-#include "agent/model/events/Event.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/model/policies/PolicyObjects.h"
 #include "agent/reports/RuleReport.h"
@@ -43,7 +42,7 @@ OrderedJson toJson(const PacketHeader& header) {
 }
 
 std::string vrfText(const L3::VrfName& vrf) {
-  return "VRF " + toVrfWord(vrf.str());
+  return "VRF " + toWord(vrf.bytes());
 }
 
 std::string routeText(const SoftChip::Route& route) {

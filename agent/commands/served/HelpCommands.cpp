@@ -10,7 +10,6 @@
 #include "Mox/Exceptions.h"
 #include "agent/commands/served/CommandTable.h"
 #include "agent/language/Words.h"
-#include "agent/model/events/Event.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
@@ -44,7 +43,7 @@ std::set<std::string> candidatesAfter(const std::vector<std::string>& words,
     for (const std::string& choice : form.choicesAfter(words)) {
       if (standsForVrf(choice)) {
         for (const L3::VrfName& vrf : knownVrfs(agent))
-          candidates.insert(toVrfWord(vrf.str()));
+          candidates.insert(toWord(vrf.str()));
       } else if (!isPlaceholder(choice)) {
         candidates.insert(choice);
       }

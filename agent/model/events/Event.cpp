@@ -1,7 +1,6 @@
 #include "agent/model/events/Event.h"
 
 #include "Mox/QuotedString.h"
-#include "agent/config/Configuration.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
@@ -13,30 +12,30 @@ std::string onOrOff(bool isOn) {
 
 std::string vrfOrAny(const std::optional<std::string>& vrf) {
   if (!vrf) return anyVrfWord;
-  return *vrf == anyVrfWord ? Mox::quoted(*vrf) : toVrfWord(*vrf);
+  return *vrf == anyVrfWord ? Mox::quoted(*vrf) : toWord(*vrf);
 }
 
 template <class RouteEvent>
 std::string routeTo(const RouteEvent& event) {
-  return "route " + toVrfWord(event.vrf) + ' ' + toText(event.prefix);
+  return "route " + toWord(event.vrf) + ' ' + toText(event.prefix);
 }
 
 struct Writer {
   std::string operator()(const SetVrfId& event) const {
-    return "vrf " + toVrfWord(event.vrf) + " id " + std::to_string(event.id);
+    return "vrf " + toWord(event.vrf) + " id " + std::to_string(event.id);
   }
   std::string operator()(const RemoveVrf& event) const {
-    return "vrf " + toVrfWord(event.vrf) + " remove";
+    return "vrf " + toWord(event.vrf) + " remove";
   }
   std::string operator()(const AddVrf& event) const {
-    const std::string text = "vrf " + toVrfWord(event.vrf) + " add";
+    const std::string text = "vrf " + toWord(event.vrf) + " add";
     return event.id == 0 ? text : text + " id " + std::to_string(event.id);
   }
   std::string operator()(const SetFallback& event) const {
-    return "fallback " + toVrfWord(event.vrf) + " to " + toVrfWord(event.fallback);
+    return "fallback " + toWord(event.vrf) + " to " + toWord(event.fallback);
   }
   std::string operator()(const RemoveFallback& event) const {
-    return "fallback " + toVrfWord(event.vrf) + " remove";
+    return "fallback " + toWord(event.vrf) + " remove";
   }
   std::string operator()(const SetDecapNh& event) const {
     return "decap-nh " + onOrOff(event.isOn);
@@ -45,13 +44,13 @@ struct Writer {
     return "decap-nh-fallback " + onOrOff(event.isOn);
   }
   std::string operator()(const SetPrefixLens& event) const {
-    std::string text = "prefix-lens " + toText(event.family) + ' ' + toVrfWord(event.vrf);
+    std::string text = "prefix-lens " + toText(event.family) + ' ' + toWord(event.vrf);
     for (const std::uint8_t length : event.lengths)
       text += ' ' + std::to_string(length);
     return text;
   }
   std::string operator()(const RemovePrefixLens& event) const {
-    return "prefix-lens " + toText(event.family) + ' ' + toVrfWord(event.vrf) + " remove";
+    return "prefix-lens " + toText(event.family) + ' ' + toWord(event.vrf) + " remove";
   }
   std::string operator()(const ApplyConfig& event) const { return "config " + toWord(event.file); }
   std::string operator()(const SetChipCapacity& event) const {
@@ -72,10 +71,6 @@ struct Writer {
 
 std::string toText(const Event& event) {
   return std::visit(Writer{}, event);
-}
-
-std::string toVrfWord(const std::string& vrf) {
-  return vrf == defaultVrfName ? defaultInstanceName : toWord(vrf);
 }
 
 }  // namespace ZelAgent

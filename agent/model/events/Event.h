@@ -136,8 +136,7 @@ struct Show {
 /// A change of an agent that is not a new configuration: the hardware reports a VRF, a fallback
 /// changes, a chip has no room. An event file has one event a line.
 ///
-/// Events are plain values. VRF names are the system's ("default" for DEFAULT) and have 1 to 100
-/// bytes. Prefix lengths are valid for the family.
+/// Events are plain values. VRF names have 1 to 100 bytes. Prefix lengths are valid for the family.
 using Event =
     std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
                  SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig, SetChipCapacity,
@@ -145,9 +144,6 @@ using Event =
 
 /// The event as a line of an event file. Reading the line returns an equal event.
 [[nodiscard]] std::string toText(const Event& event);
-
-/// The VRF as event files and configurations name it: DEFAULT for the default VRF.
-[[nodiscard]] std::string toVrfWord(const std::string& vrf);
 
 /// The word for the next operations of any VRF. A VRF of this name is quoted.
 inline constexpr const char* anyVrfWord = "any";

@@ -69,8 +69,9 @@ std::string EventLine::vrfOf(const std::optional<Word>& word, const std::string&
              otherwise,
          word);
   }
-  if (word->text == defaultInstanceName) return defaultVrfName;
-  if (word->text == defaultVrfName) fail(what + " must be DEFAULT for the default VRF", word);
+  if (word->text == defaultInstanceName) {
+    fail(what + " must be written default for the default VRF", word);
+  }
   return word->text;
 }
 

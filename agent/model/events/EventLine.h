@@ -32,7 +32,7 @@ class EventLine final {
                                       std::initializer_list<std::string_view> allowed);
   [[nodiscard]] std::uint32_t needNumber(
       const std::string& what, std::uint32_t most = std::numeric_limits<std::uint32_t>::max());
-  /// The system's name of the VRF that the next word names.
+  /// The VRF that the next word names. DEFAULT is refused: the default VRF is written default.
   [[nodiscard]] std::string needVrf(const std::string& what);
   void needEnd();
 

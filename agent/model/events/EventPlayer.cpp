@@ -6,6 +6,7 @@
 #include "Mox/QuotedString.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Words.h"
 #include "agent/model/events/Event.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
@@ -64,7 +65,7 @@ class Change final {
     const auto status = agent_.routeStatus().vrfStatus(event.vrf);
     if (!status) {
       failOnName("vrf NAME id N", "exists", event.vrf,
-                 "; first: vrf " + toVrfWord(event.vrf) + " add");
+                 "; first: vrf " + toWord(event.vrf) + " add");
     }
     status->vrfIdIs(event.id);
   }

@@ -109,6 +109,27 @@ TEST(OpenConfigReader, ReadsEveryRow) {
   EXPECT_EQ(read.configuration, (Configuration{{byDefault, red, blue}}));
 }
 
+std::string with(std::string text, const std::string& from, const std::string& to) {
+  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+    text.replace(at, from.size(), to);
+  return text;
+}
+
+TEST(OpenConfigReader, TheDefaultInstanceHasTwoNames) {
+  const ReadConfiguration read =
+      readOpenConfig(with(everyRow, R"("DEFAULT")", R"("default")"), "f.json");
+  EXPECT_EQ(read.configuration, readOpenConfig(everyRow, "f.json").configuration);
+  EXPECT_EQ(read.warnings, std::vector<std::string>{});
+}
+
+TEST(OpenConfigReader, AReferenceMayUseTheOtherNameOfTheDefaultInstance) {
+  const std::string reference = R"("network-instance": ")";
+  const ReadConfiguration read = readOpenConfig(
+      with(everyRow, reference + R"(DEFAULT")", reference + R"(default")"), "f.json");
+  EXPECT_EQ(read.configuration, readOpenConfig(everyRow, "f.json").configuration);
+  EXPECT_EQ(read.warnings, std::vector<std::string>{});
+}
+
 TEST(OpenConfigReader, WarnsOnceOfEachUnknownMember) {
   auto document = nlohmann::json::parse(everyRow);
   auto& instances = document["openconfig-network-instance:network-instances"]["network-instance"];

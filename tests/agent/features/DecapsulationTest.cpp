@@ -75,7 +75,7 @@ void addInnerRoutes(OpenConfigBuilder& configuration, const char* vrf, const cha
   configuration.route(vrf, "10.1.0.0/16", interface).route(vrf, "2001:db8:1::/48", interface);
 }
 
-// TUNNEL-A falls back to DEFAULT, which knows more; TUNNEL-B has no fallback.
+// TUNNEL-A falls back to default, which knows more; TUNNEL-B has no fallback.
 OpenConfigBuilder tunnels() {
   OpenConfigBuilder configuration;
   configuration.vrf("DECAP").vrf("REPAIR").vrf("TRANSIT").vrf("TUNNEL-A", "DEFAULT");

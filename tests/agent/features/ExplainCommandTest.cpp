@@ -67,8 +67,8 @@ TEST_F(ExplainCommandTest, APacketThatNoRuleSelects) {
              "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
              "rule 2 of edge, ipv4 source 198.18.0.1/32: differs by source-address\n"
              "rule 3 of edge, ipv4 dscp 46: differs by dscp\n"
-             "own VRF DEFAULT: no rule matches\n"
-             "look up 203.0.113.1 in VRF DEFAULT (id 1): 203.0.113.0/24 via Ethernet2\n"
+             "own VRF default: no rule matches\n"
+             "look up 203.0.113.1 in VRF default (id 1): 203.0.113.0/24 via Ethernet2\n"
              "drop ttlExpired: its time to live is over\n");
 }
 

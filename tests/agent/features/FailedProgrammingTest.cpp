@@ -8,7 +8,7 @@ namespace ZelAgent {
 namespace {
 
 // "red" falls back to "blue" and knows one prefix, the others know everything; ids are 1 for
-// DEFAULT, 2 for red, 3 for blue and 4 for green.
+// default, 2 for red, 3 for blue and 4 for green.
 OpenConfigBuilder vrfs() {
   OpenConfigBuilder configuration;
   configuration.vrf("red", "blue").vrf("blue").vrf("green").intf("DEFAULT", "Ethernet1");
@@ -54,7 +54,7 @@ TEST(FailedProgramming, WithoutAFailurePacketsGoAsConfigured) {
 
 TEST(FailedProgramming, ANewIdIsFollowed) {
   asProgrammed().expectFrom(intoRed(), "vrf red id 77\n");
-  asProgrammed().expectFrom(intoRed(), "vrf red id 77\nvrf blue id 88\nvrf DEFAULT id 99\n");
+  asProgrammed().expectFrom(intoRed(), "vrf red id 77\nvrf blue id 88\nvrf default id 99\n");
 }
 
 TEST(FailedProgramming, AResourceThatMissedANewIdLooksInATableThatIsGone) {

@@ -58,8 +58,8 @@ TEST_F(WayReportTest, EachFieldThatDiffers) {
             "rule 4 of P, ipv4 source 10.0.0.0/8: differs by source-address\n"
             "rule 5 of P, ipv4 destination 10.0.0.0/8: differs by destination-address\n"
             "rule 6 of P, ipv4 dscp none: differs by dscp\n"
-            "own VRF DEFAULT: no rule matches\n"
-            "look up 203.0.113.1 in VRF DEFAULT (id 1): miss\n"
+            "own VRF default: no rule matches\n"
+            "look up 203.0.113.1 in VRF default (id 1): miss\n"
             "drop noRoute: no VRF that it was looked up in has a route\n");
 }
 
@@ -94,15 +94,15 @@ TEST_F(WayReportTest, ARuleWithoutAnActionAndARouteThatDrops) {
             "rule 10 of edge, ipv6 destination 2001:db8::/32: differs by family\n"
             "rule 20 of edge, any: matches\n"
             "action -\n"
-            "own VRF DEFAULT: the rule has no action\n"
-            "look up 203.0.113.66 in VRF DEFAULT (id 1): 203.0.113.66/32 drop\n"
+            "own VRF default: the rule has no action\n"
+            "look up 203.0.113.66 in VRF default (id 1): 203.0.113.66/32 drop\n"
             "drop dropRoute: the route drops it\n");
 }
 
 TEST_F(WayReportTest, ATunnelThatEnds) {
   play("route decap 203.0.113.0/24 decap");
   play("decap-nh on");
-  play("route DEFAULT 10.0.0.0/8 via Ethernet7");
+  play("route default 10.0.0.0/8 via Ethernet7");
   EXPECT_EQ(wayOf(inIpv4({"192.0.2.1", "203.0.113.1", 10, ce, 9},
                          ipv4Packet({"10.0.0.1", "10.0.0.2", 20, ect0, 200}))),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 4 dscp 10 ecn 3 ttl 9, 50 bytes\n"
@@ -110,7 +110,7 @@ TEST_F(WayReportTest, ATunnelThatEnds) {
             "action actionDecapVrf decap fallback red post-decap default, resource 1\n"
             "look up 203.0.113.1 in VRF decap (id 4): 203.0.113.0/24 decap\n"
             "decapsulate: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 9, 30 bytes\n"
-            "look up 10.0.0.2 in VRF DEFAULT (id 1): 10.0.0.0/8 via Ethernet7\n"
+            "look up 10.0.0.2 in VRF default (id 1): 10.0.0.0/8 via Ethernet7\n"
             "leave by Ethernet7: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 8, 30 "
             "bytes\n");
 }
@@ -147,7 +147,7 @@ TEST_F(WayReportTest, AStaleResourceAndAVrfWithoutAnId) {
   play("vrf blue id 0");
   play("fallback red to blue");
   play("chip fail any 100");
-  play("fallback red to DEFAULT");
+  play("fallback red to default");
   play("prefix-lens ipv4 red 16");
   EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet3"),
             "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64, 30 bytes\n"
@@ -162,8 +162,8 @@ TEST_F(WayReportTest, AStaleResourceAndAVrfWithoutAnId) {
   play("vrf red id 0");
   EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet4"),
             "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64, 30 bytes\n"
-            "own VRF DEFAULT: no rule matches\n"
-            "look up 198.51.100.1 in VRF DEFAULT (id 1): miss\n"
+            "own VRF default: no rule matches\n"
+            "look up 198.51.100.1 in VRF default (id 1): miss\n"
             "drop noRoute: no VRF that it was looked up in has a route\n");
 }
 
@@ -178,17 +178,17 @@ TEST_F(WayReportTest, AnExactMatch) {
 }
 
 TEST_F(WayReportTest, NoVrfHasAnId) {
-  play("vrf DEFAULT remove");
+  play("vrf default remove");
   EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
-            "own VRF DEFAULT: no rule matches\n"
-            "look up 203.0.113.1 in VRF DEFAULT (id 0): miss\n"
+            "own VRF default: no rule matches\n"
+            "look up 203.0.113.1 in VRF default (id 0): miss\n"
             "drop noVrfId: no VRF that it was to be looked up in has a hardware id\n");
-  play("fallback DEFAULT to blue");
+  play("fallback default to blue");
   EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
-            "own VRF DEFAULT: no rule matches\n"
-            "look up 203.0.113.1 in VRF DEFAULT (id 0): miss\n"
+            "own VRF default: no rule matches\n"
+            "look up 203.0.113.1 in VRF default (id 0): miss\n"
             "go on in VRF blue: the VRF has no hardware id\n"
             "look up 203.0.113.1 in VRF blue (id 3): 0.0.0.0/0 via Ethernet8\n"
             "leave by Ethernet8: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
@@ -211,7 +211,7 @@ TEST_F(WayReportTest, AFragmentIsMarked) {
 }
 
 TEST_F(WayReportTest, NamesThatAreNoWordsAreQuoted) {
-  play("route DEFAULT 203.0.113.7/32 via 'two words'");
+  play("route default 203.0.113.7/32 via 'two words'");
   const std::string way = wayOf(ipv4Packet({"192.0.2.1", "203.0.113.7"}), "Ethernet4");
   EXPECT_NE(way.find("203.0.113.7/32 via 'two words'\nleave by 'two words': ipv4"),
             std::string::npos)

@@ -360,10 +360,10 @@ TEST_F(Commands, CompletionOffersWordsOfTheTable) {
 }
 
 TEST_F(Commands, CompletionOffersTheVrfsThatThereAre) {
-  EXPECT_EQ(output("complete 'vrf '"), json({"DEFAULT", "blue", "green", "red"}));
+  EXPECT_EQ(output("complete 'vrf '"), json({"blue", "default", "green", "red"}));
   EXPECT_EQ(output("complete 'vrf r'"), json({"red"}));
   EXPECT_EQ(output("complete 'fallback red '"), json({"remove", "to"}));
-  EXPECT_EQ(output("complete 'chip fail '"), json({"DEFAULT", "any", "blue", "green", "red"}));
+  EXPECT_EQ(output("complete 'chip fail '"), json({"any", "blue", "default", "green", "red"}));
   text("vrf 'two words' add");
   EXPECT_EQ(output("complete 'vrf \\''"), json({"'two words'"}));
 }

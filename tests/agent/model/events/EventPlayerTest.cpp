@@ -117,7 +117,7 @@ TEST_F(EventPlayerTest, FallbacksComeMoveAndGo) {
   apply({{{"red"}, {"blue"}}, {"red"}, {"e1"}});
   EXPECT_EQ(play("fallback red to blue"), "update actionVrf red");
   EXPECT_EQ(play("fallback red to blue"), "");
-  EXPECT_EQ(play("fallback red to DEFAULT"), "update actionVrf red");
+  EXPECT_EQ(play("fallback red to default"), "update actionVrf red");
   EXPECT_EQ(program(red), "look up red(2) v4=[] v6=[] > default(1) v4=[] v6=[]");
   EXPECT_EQ(play("fallback red remove"), "update actionVrf red");
   EXPECT_EQ(program(red), "look up red(2) v4=[] v6=[]");
@@ -207,15 +207,15 @@ TEST_F(EventPlayerTest, EventsThatNameNothingThatIsThereAreRefused) {
 TEST_F(EventPlayerTest, RoutesComeAndGo) {
   apply({{}, {}, {}});
   EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
-  EXPECT_EQ(play("route DEFAULT 203.0.113.0/24 via e1"), "");
+  EXPECT_EQ(play("route default 203.0.113.0/24 via e1"), "");
   EXPECT_TRUE(last_.statusChanges.empty());
   EXPECT_EQ(wayTo("203.0.113.1"), "e1");
-  (void)play("route DEFAULT 203.0.113.0/24 via e2");
+  (void)play("route default 203.0.113.0/24 via e2");
   EXPECT_EQ(wayTo("203.0.113.1"), "e2");
-  (void)play("route DEFAULT 203.0.113.1/32 decap");
+  (void)play("route default 203.0.113.1/32 decap");
   EXPECT_EQ(wayTo("203.0.113.1"), "decapDisabled");
-  (void)play("route DEFAULT 203.0.113.1/32 remove");
-  (void)play("route DEFAULT 203.0.113.0/24 remove");
+  (void)play("route default 203.0.113.1/32 remove");
+  (void)play("route default 203.0.113.0/24 remove");
   EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
 }
 
@@ -223,17 +223,17 @@ TEST_F(EventPlayerTest, ARouteStandsInFrontOfTheConfiguredOneUntilItIsTakenBack)
   OpenConfigBuilder configuration;
   configuration.route("DEFAULT", "203.0.113.0/24", "e1");
   agent_.apply(configuration.configuration());
-  (void)play("route DEFAULT 203.0.113.0/24 via e2");
+  (void)play("route default 203.0.113.0/24 via e2");
   EXPECT_EQ(wayTo("203.0.113.1"), "e2");
   agent_.apply(configuration.configuration());
   EXPECT_EQ(wayTo("203.0.113.1"), "e2");
-  (void)play("route DEFAULT 203.0.113.0/24 remove");
+  (void)play("route default 203.0.113.0/24 remove");
   EXPECT_EQ(wayTo("203.0.113.1"), "e1");
 }
 
 TEST_F(EventPlayerTest, ARouteMayComeBeforeItsVrf) {
   apply({{}, {}, {}});
-  (void)play("fallback DEFAULT to late");
+  (void)play("fallback default to late");
   (void)play("route late 203.0.113.0/24 via e1");
   EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
   (void)play("vrf late add");
@@ -247,7 +247,7 @@ TEST_F(EventPlayerTest, RoutesOfAConfigurationAreNotTakenBackByEvents) {
   OpenConfigBuilder configuration;
   configuration.route("DEFAULT", "203.0.113.0/24", "e1");
   agent_.apply(configuration.configuration());
-  EXPECT_EQ(refusalOf("route DEFAULT 203.0.113.0/24 remove"),
+  EXPECT_EQ(refusalOf("route default 203.0.113.0/24 remove"),
             "route VRF PREFIX remove: VRF must have a route of an event to 203.0.113.0/24, found "
             "'default'");
   EXPECT_EQ(refusalOf("route red 203.0.113.0/24 remove"),
@@ -258,9 +258,9 @@ TEST_F(EventPlayerTest, RoutesOfAConfigurationAreNotTakenBackByEvents) {
 
 TEST_F(EventPlayerTest, TheDefaultVrfIsAVrf) {
   apply({{}, {"DEFAULT"}, {"e1"}});
-  EXPECT_EQ(play("vrf DEFAULT remove"), "update actionVrf default!");
-  EXPECT_EQ(refusalOf("vrf DEFAULT id 4"),
-            "vrf NAME id N: NAME must be a VRF that exists, found 'default'; first: vrf DEFAULT "
+  EXPECT_EQ(play("vrf default remove"), "update actionVrf default!");
+  EXPECT_EQ(refusalOf("vrf default id 4"),
+            "vrf NAME id N: NAME must be a VRF that exists, found 'default'; first: vrf default "
             "add");
 }
 
@@ -352,7 +352,7 @@ TEST_F(EventPlayerTest, RemovingAllRemovesWhatEventsMadeToo) {
   EXPECT_EQ(agent_.routeStatusV6().vrfPrefixLensInExactMatch().count(), 0U);
   (void)play("vrf late add");
   (void)play("vrf late id 7");
-  (void)play("fallback DEFAULT to late");
+  (void)play("fallback default to late");
   EXPECT_EQ(wayTo("203.0.113.1"), "noRoute");
 }
 
