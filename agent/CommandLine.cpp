@@ -50,6 +50,23 @@ void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
       ->check(CLI::Validator(problemWithCount, "N"));
 }
 
+// What each exit status of a command means.
+struct StatusTexts {
+  std::string success;
+  std::string failure;
+  std::string badInput;
+};
+
+std::string statusLine(ExitStatus status, const std::string& meaning) {
+  return "\n  " + std::to_string(static_cast<int>(status)) + "  " + meaning;
+}
+
+std::string exitStatuses(const StatusTexts& texts) {
+  return "Exit status:" + statusLine(ExitStatus::success, texts.success) +
+         statusLine(ExitStatus::failure, texts.failure) +
+         statusLine(ExitStatus::badInput, texts.badInput);
+}
+
 struct CommandLine {
   RunOptions run;
   FallbackGraphOptions fallbackGraph;
@@ -83,7 +100,11 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
   addCount(*run, "--chip-capacity", commandLine.run.chipCapacity,
            "VRF resources that the chip has");
   addTraceRing(*run, commandLine);
-  run->footer(eventsHelp);
+  run->footer(std::string(eventsHelp) + "\n\n" +
+              exitStatuses({"every configuration and event was applied",
+                            "with --strict, an action was not programmed on the chip; or standard "
+                            "output or FILE of --trace-ring cannot be written",
+                            "the command line, a configuration or the event file is wrong"}));
 }
 
 void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
@@ -92,6 +113,8 @@ void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
   graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
       ->required();
   graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Show it in Graphviz's language");
+  graph->footer(exitStatuses({"the graph was printed", "standard output cannot be written",
+                              "the command line or the configuration is wrong"}));
 }
 
 void describeForward(CLI::App& app, CommandLine& commandLine) {
@@ -115,6 +138,11 @@ void describeForward(CLI::App& app, CommandLine& commandLine) {
       ->required();
   forward->add_flag("--json", commandLine.forward.json, "Report the counters as JSON");
   addTraceRing(*forward, commandLine);
+  forward->footer(
+      exitStatuses({"every packet was forwarded or dropped, and the captures were written",
+                    "standard output or FILE of --trace-ring cannot be written",
+                    "the command line, the configuration, the event file or a capture is wrong, or "
+                    "a capture cannot be written"}));
 }
 
 constexpr const char* packetHelp =
@@ -137,7 +165,10 @@ void describeExplain(CLI::App& app, CommandLine& commandLine) {
       ->required();
   explain->add_flag("--json", commandLine.explain.json, "Tell it as JSON");
   addTraceRing(*explain, commandLine);
-  explain->footer(packetHelp);
+  explain->footer(std::string(packetHelp) + "\n\n" +
+                  exitStatuses({"the path of the packet was printed",
+                                "standard output or FILE of --trace-ring cannot be written",
+                                "the command line, the configuration or the event file is wrong"}));
 }
 
 void describeServe(CLI::App& app, CommandLine& commandLine) {
@@ -153,6 +184,11 @@ void describeServe(CLI::App& app, CommandLine& commandLine) {
   addCount(*serve, "--client-timeout", commandLine.clientTimeout,
            "Seconds after which a client that takes nothing of its answer is dropped; 0 for never");
   addTraceRing(*serve, commandLine);
+  serve->footer(exitStatuses({"SIGTERM or SIGINT ended the daemon",
+                              "the socket cannot be used, or standard output or FILE of "
+                              "--trace-ring cannot be written",
+                              "the command line is wrong, or the configuration was wrong at the "
+                              "start"}));
 }
 
 void describeCtl(CLI::App& app, CommandLine& commandLine) {
@@ -163,6 +199,12 @@ void describeCtl(CLI::App& app, CommandLine& commandLine) {
       ->required();
   ctl->add_flag("--json", commandLine.ctl.json, "Show output as JSON");
   ctl->add_option("COMMAND", commandLine.ctl.command, "Words of one command; help lists them");
+  ctl->footer(exitStatuses({"every command succeeded, or the console ended",
+                            "no daemon answers, a command failed, or standard output cannot be "
+                            "written",
+                            "the command line or a command is wrong, or a configuration that a "
+                            "command applies"}) +
+              "\n  Several commands return the highest of their statuses.");
 }
 
 void describeTrace(CLI::App& app, CommandLine& commandLine) {
@@ -170,6 +212,9 @@ void describeTrace(CLI::App& app, CommandLine& commandLine) {
       "trace", "Show the messages in the file of --trace-ring, of a process that is gone or not");
   trace->add_option("FILE", commandLine.traceFile.file, "The file")->required();
   trace->add_flag("--json", commandLine.traceFile.json, "Show them as JSON");
+  trace->footer(
+      exitStatuses({"the messages were printed", "standard output cannot be written",
+                    "the command line is wrong, or FILE cannot be read as a trace ring"}));
 }
 
 std::string commandsOf(const CLI::App& app) {
@@ -192,11 +237,10 @@ std::string usageProblem(const CLI::ParseError& error, const CLI::App& app) {
 
 ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::ostream& out,
                        std::ostream& err) {
-  if (error.get_exit_code() == 0) {
-    out << app.help();
-    return ExitStatus::success;
-  }
-  return reportError(err, usageProblem(error, app));
+  if (error.get_exit_code() != 0) return reportError(err, usageProblem(error, app));
+  const bool asksForVersion = dynamic_cast<const CLI::CallForVersion*>(&error) != nullptr;
+  out << (asksForVersion ? std::string(error.what()) + '\n' : app.help());
+  return finishOutput(out, err);
 }
 
 ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostream& out,
@@ -226,6 +270,9 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
                           std::ostream& err) {
   CommandLine commandLine;
   CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
+  app.set_version_flag("--version", "zel-agent " ZEL_AGENT_VERSION, "Print the version and exit");
+  app.footer(exitStatuses({"the command succeeded", "the command failed: its --help says when",
+                           "the command line, a configuration or another input file is wrong"}));
   app.require_subcommand(1);
   describeRun(app, commandLine);
   describeFallbackGraph(app, commandLine);
