@@ -17,7 +17,7 @@
 namespace ZelAgent {
 namespace {
 
-// What is wrong with the text as a count; empty where nothing is.
+// What is wrong with the text as a count. Empty for a count.
 std::string problemWithCount(const std::string& text) {
   if (parseNumber(text)) return {};
   return "must be a whole number from 0 to " +
@@ -25,23 +25,28 @@ std::string problemWithCount(const std::string& text) {
 }
 
 constexpr const char* eventsHelp =
-    R"(Events, one a line; '#' begins a comment. Names with blanks or odd bytes are quoted, as 'a\x00b'.
-  vrf NAME id N           the hardware gives the VRF this id; 0 takes it away
-  vrf NAME remove         the hardware no longer knows the VRF; its configuration stays
-  vrf NAME add [id N]     the hardware reports the VRF by a new status, in place of any before. An
-                          id that a status brings along is looked at at once where it replaces
-                          another; in a VRF that is new, when it changes, or with the next update
-  fallback NAME to NAME   fallback NAME remove
-  decap-nh on|off         decap-nh-fallback on|off
-  prefix-lens ipv4|ipv6 NAME LENGTH...    these prefix lengths, and no others, are in exact match
-  prefix-lens ipv4|ipv6 NAME remove
-  config FILE             the file, from the folder of the events, is applied as a change of the
-                          configuration before: what the two do not tell apart stays as events
-                          made it
-  chip capacity N         chip fail VRF|any COUNT (the next COUNT creations and updates fail)
-  route VRF PREFIX decap  route VRF PREFIX via INTERFACE   in front of the configured routes
-  route VRF PREFIX remove takes such a route back
-  show                    the table, and every resource of the chip in full)";
+    R"(Events, one per line. '#' begins a comment. A name with blanks or unprintable bytes is quoted: 'a\x00b'.
+The name of the default VRF is default.
+  vrf NAME id N                         the hardware assigns the id N to the VRF; 0 removes the id
+  vrf NAME add [id N]                   the hardware reports a new status for the VRF. An id is read
+                                        at once if the status replaces another one, otherwise when
+                                        it changes or at the next update
+  vrf NAME remove                       the hardware removes the VRF; its configuration stays
+  fallback NAME to NAME                 the second VRF becomes the fallback VRF of the first
+  fallback NAME remove                  remove the fallback VRF of the VRF
+  decap-nh on|off                       enable or disable decapsulation by next hops
+  decap-nh-fallback on|off              enable or disable fallback for decapsulating next hops
+  prefix-lens ipv4|ipv6 NAME LENGTH...  set the prefix lengths of the VRF in exact match
+  prefix-lens ipv4|ipv6 NAME remove     remove all prefix lengths of the VRF from exact match
+  config FILE                           apply the file, from the folder of the event file, as a
+                                        change of the configuration in force. What is equal in both
+                                        keeps the state that events gave it
+  chip capacity N                       set the number of VRF resources of the chip
+  chip fail VRF|any COUNT               make the next COUNT creations and updates fail
+  route VRF PREFIX decap                add a route that decapsulates; it hides a configured one
+  route VRF PREFIX via INTERFACE        add a route through the interface; it hides a configured one
+  route VRF PREFIX remove               remove a route that an event has set
+  show                                  print the actions, and each resource of the chip in full)";
 
 void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
               const std::string& description) {
@@ -83,22 +88,23 @@ struct CommandLine {
 void addTraceRing(CLI::App& command, CommandLine& commandLine) {
   command
       .add_option("--trace-ring", commandLine.traceRing,
-                  "Keep the library's last messages in a file, for zel-agent trace")
+                  "Keep the last messages of the library in a file, which zel-agent trace prints")
       ->type_name("FILE");
 }
 
 void describeRun(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const run = app.add_subcommand(
-      "run", "Apply configurations in turn, each as a change of the one before, and report");
+      "run", "Apply configurations, each as a change of the previous one, and print the actions");
   run->add_option("CONFIG", commandLine.run.configurations, "OpenConfig JSON files")->required();
-  run->add_option("--events", commandLine.run.events, "A file of events, played afterwards")
+  run->add_option("--events", commandLine.run.events,
+                  "An event file, played after the configurations")
       ->type_name("FILE");
-  run->add_flag("--json", commandLine.run.json, "Report as JSON, one document per line");
+  run->add_flag("--json", commandLine.run.json, "Print JSON, one document per line");
   run->add_flag("--strict", commandLine.run.strict,
-                "Exit with status 1 when an action was not programmed on the chip");
-  run->add_flag("--trace", commandLine.trace, "Write the library's trace to standard error");
+                "Exit with status 1 if an action was not programmed on the chip");
+  run->add_flag("--trace", commandLine.trace, "Print the library's trace to standard error");
   addCount(*run, "--chip-capacity", commandLine.run.chipCapacity,
-           "VRF resources that the chip has");
+           "Number of VRF resources of the chip");
   addTraceRing(*run, commandLine);
   run->footer(std::string(eventsHelp) + "\n\n" +
               exitStatuses({"every configuration and event was applied",
@@ -109,34 +115,36 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
 
 void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const graph = app.add_subcommand(
-      "fallback-graph", "Show which VRF falls back to which, and which actions name them");
+      "fallback-graph", "Print the fallback VRF of each VRF, and the actions that name each VRF");
   graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
       ->required();
-  graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Show it in Graphviz's language");
+  graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Print a Graphviz graph");
   graph->footer(exitStatuses({"the graph was printed", "standard output cannot be written",
                               "the command line or the configuration is wrong"}));
 }
 
 void describeForward(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const forward = app.add_subcommand(
-      "forward", "Send captured packets through the chip, and write what leaves it");
+      "forward", "Forward captured packets through the chip, and write captures of the result");
   forward->add_option("CONFIG", commandLine.forward.configuration, "An OpenConfig JSON file")
       ->required();
-  forward->add_option("--events", commandLine.forward.events, "A file of events, played before")
+  forward
+      ->add_option("--events", commandLine.forward.events,
+                   "An event file, played after the configuration")
       ->type_name("FILE");
   forward
       ->add_option("--in", commandLine.forward.captures,
-                   "Where packets come in, and a capture (pcap) of Ethernet or raw IP")
+                   "A capture (pcap) of Ethernet or raw IP, and the interface on which it arrives")
       ->type_name("INTERFACE=FILE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->required();
   forward
       ->add_option("--out", commandLine.forward.folder,
-                   "Where a capture is written for each interface by which packets leave")
+                   "The folder for one capture of each outgoing interface")
       ->type_name("DIR")
       ->required();
-  forward->add_flag("--json", commandLine.forward.json, "Report the counters as JSON");
+  forward->add_flag("--json", commandLine.forward.json, "Print the counters as JSON");
   addTraceRing(*forward, commandLine);
   forward->footer(
       exitStatuses({"every packet was forwarded or dropped, and the captures were written",
@@ -146,24 +154,28 @@ void describeForward(CLI::App& app, CommandLine& commandLine) {
 }
 
 constexpr const char* packetHelp =
-    R"(A packet is written
+    R"(A packet is written as
   ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]
   hex BYTES)";
 
 void describeExplain(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const explain =
-      app.add_subcommand("explain", "Tell the way of one packet through the chip, step by step");
+      app.add_subcommand("explain", "Print the path of one packet through the chip, step by step");
   explain->add_option("CONFIG", commandLine.explain.configuration, "An OpenConfig JSON file")
       ->required();
-  explain->add_option("--events", commandLine.explain.events, "A file of events, played before")
+  explain
+      ->add_option("--events", commandLine.explain.events,
+                   "An event file, played after the configuration")
       ->type_name("FILE");
-  explain->add_option("--in", commandLine.explain.interface, "Where the packet comes in")
+  explain
+      ->add_option("--in", commandLine.explain.interface,
+                   "The interface on which the packet arrives")
       ->type_name("INTERFACE")
       ->required();
-  explain->add_option("--packet", commandLine.explain.packet, "The packet")
+  explain->add_option("--packet", commandLine.explain.packet, "The packet, written as below")
       ->type_name("TEXT")
       ->required();
-  explain->add_flag("--json", commandLine.explain.json, "Tell it as JSON");
+  explain->add_flag("--json", commandLine.explain.json, "Print the steps as JSON");
   addTraceRing(*explain, commandLine);
   explain->footer(std::string(packetHelp) + "\n\n" +
                   exitStatuses({"the path of the packet was printed",
@@ -173,16 +185,18 @@ void describeExplain(CLI::App& app, CommandLine& commandLine) {
 
 void describeServe(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const serve = app.add_subcommand(
-      "serve", "Apply a configuration and serve on a socket until SIGTERM; SIGHUP reads it again");
+      "serve",
+      "Run as a daemon: apply a configuration and serve a socket until SIGTERM; SIGHUP reloads");
   serve->add_option("CONFIG", commandLine.serve.configuration, "An OpenConfig JSON file")
       ->required();
-  serve->add_option("--socket", commandLine.serve.socket, "The Unix socket to make")
+  serve->add_option("--socket", commandLine.serve.socket, "The Unix socket to create")
       ->type_name("PATH")
       ->required();
   addCount(*serve, "--chip-capacity", commandLine.serve.chipCapacity,
-           "VRF resources that the chip has");
-  addCount(*serve, "--client-timeout", commandLine.clientTimeout,
-           "Seconds after which a client that takes nothing of its answer is dropped; 0 for never");
+           "Number of VRF resources of the chip");
+  addCount(
+      *serve, "--client-timeout", commandLine.clientTimeout,
+      "Seconds after which a client that does not read its answer is disconnected; 0 for never");
   addTraceRing(*serve, commandLine);
   serve->footer(exitStatuses({"SIGTERM or SIGINT ended the daemon",
                               "the socket cannot be used, or standard output or FILE of "
@@ -192,13 +206,15 @@ void describeServe(CLI::App& app, CommandLine& commandLine) {
 }
 
 void describeCtl(CLI::App& app, CommandLine& commandLine) {
-  CLI::App* const ctl = app.add_subcommand(
-      "ctl", "Ask a daemon; without a command, in a console or line by line from standard input");
-  ctl->add_option("--socket", commandLine.ctl.socket, "The socket that the daemon serves on")
+  CLI::App* const ctl = app.add_subcommand("ctl",
+                                           "Send a command to a daemon; without one, open a "
+                                           "console or read commands from standard input");
+  ctl->add_option("--socket", commandLine.ctl.socket, "The socket of the daemon")
       ->type_name("PATH")
       ->required();
-  ctl->add_flag("--json", commandLine.ctl.json, "Show output as JSON");
-  ctl->add_option("COMMAND", commandLine.ctl.command, "Words of one command; help lists them");
+  ctl->add_flag("--json", commandLine.ctl.json, "Print the output as JSON");
+  ctl->add_option("COMMAND", commandLine.ctl.command,
+                  "The words of one command; the command help lists all commands");
   ctl->footer(exitStatuses({"every command succeeded, or the console ended",
                             "no daemon answers, a command failed, or standard output cannot be "
                             "written",
@@ -209,9 +225,9 @@ void describeCtl(CLI::App& app, CommandLine& commandLine) {
 
 void describeTrace(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const trace = app.add_subcommand(
-      "trace", "Show the messages in the file of --trace-ring, of a process that is gone or not");
-  trace->add_option("FILE", commandLine.traceFile.file, "The file")->required();
-  trace->add_flag("--json", commandLine.traceFile.json, "Show them as JSON");
+      "trace", "Print the messages of the library in a file that --trace-ring has written");
+  trace->add_option("FILE", commandLine.traceFile.file, "The file of --trace-ring")->required();
+  trace->add_flag("--json", commandLine.traceFile.json, "Print the messages as JSON");
   trace->footer(
       exitStatuses({"the messages were printed", "standard output cannot be written",
                     "the command line is wrong, or FILE cannot be read as a trace ring"}));
@@ -224,7 +240,7 @@ std::string commandsOf(const CLI::App& app) {
   return joined(names, ", ");
 }
 
-// What is wrong, and where to read what would be right.
+// What is wrong with the command line, and which help to read.
 std::string usageProblem(const CLI::ParseError& error, const CLI::App& app) {
   const auto given = app.get_subcommands();
   if (given.empty()) {

@@ -37,7 +37,7 @@ std::string statusText(const std::optional<HwStatus>& status) {
 }
 
 void writeCalls(std::ostream& out, const std::vector<HookCall>& calls) {
-  if (calls.empty()) out << "  no call of the chip\n";
+  if (calls.empty()) out << "  no hook call\n";
   for (const HookCall& call : calls) {
     out << "  " << hookName(call.hook) << ' ' << toText(call.action)
         << (call.failed ? " failed" : "") << '\n';

@@ -144,7 +144,7 @@ void writeResourceReport(std::ostream& out, const AgentState& state) {
     out << "  resource " << action.resource->index << " of " << toText(action.action)
         << (isStale ? ", stale" : "") << ":\n"
         << "    " << inFull(action.resource->program) << '\n';
-    if (isStale) out << "    would be now: " << inFull(action.currentProgram) << '\n';
+    if (isStale) out << "    an update would program: " << inFull(action.currentProgram) << '\n';
   }
 }
 

@@ -14,8 +14,7 @@ namespace {
 void warnOfCycles(std::ostream& err, const std::string& file, const FallbackGraph& graph) {
   for (const FallbackCycle& cycle : graph.cycles) {
     err << "warning: " << printable(file, 1000)
-        << ": VRFs fall back in a cycle, and a lookup that misses in all of them ends: "
-        << toText(cycle) << '\n';
+        << ": fallback VRFs form a cycle; a lookup uses no VRF twice: " << toText(cycle) << '\n';
   }
 }
 

@@ -17,7 +17,7 @@
 #include "agent/model/packets/Captures.h"
 #include "agent/model/packets/PacketText.h"
 #include "agent/reports/CounterReport.h"
-#include "agent/reports/WayReport.h"
+#include "agent/reports/PathReport.h"
 
 namespace ZelAgent {
 namespace {
@@ -105,7 +105,7 @@ std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
   agent->apply(read.configuration);
   if (!events) return agent;
   EventPlayer player(*agent, std::filesystem::path(*events).parent_path());
-  forEachEvent(readTextFile(*events, "a readable file of events"), *events,
+  forEachEvent(readTextFile(*events, "a readable event file"), *events,
                [&](const EventPlace& /*place*/, const Event& event) {
                  reportWarnings(err, player.play(event).warnings);
                });
@@ -138,8 +138,8 @@ ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::
   try {
     const std::vector<std::uint8_t> packet = readWholePacket(options.packet);
     const auto agent = prepareAgent(options.configuration, options.events, err);
-    const WayReport way = explain(*agent, options.interface, packet);
-    out << (options.json ? oneLine(way.json()) + '\n' : way.text());
+    const PathReport report = explain(*agent, options.interface, packet);
+    out << (options.json ? oneLine(report.json()) + '\n' : report.text());
   } catch (const ConfigError& error) {
     return reportError(err, error.what());
   } catch (const EventError& error) {

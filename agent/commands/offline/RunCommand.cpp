@@ -39,7 +39,7 @@ class Run final {
   // The events are read first: if they cannot be, nothing needs to be applied to find out.
   void runSeries() {
     const std::string events =
-        options_.events ? readTextFile(*options_.events, "a readable file of events") : "";
+        options_.events ? readTextFile(*options_.events, "a readable event file") : "";
     for (const std::string& file : options_.configurations)
       applyFile(file);
     if (options_.events) playEvents(events, *options_.events);

@@ -6,7 +6,7 @@
 #include "agent/model/events/EventReader.h"
 #include "agent/model/packets/PacketText.h"
 #include "agent/reports/EventReport.h"
-#include "agent/reports/WayReport.h"
+#include "agent/reports/PathReport.h"
 
 namespace ZelAgent {
 
@@ -33,9 +33,9 @@ CommandOutput explainPacket(const CommandCall& call) {
   }
   const std::vector<std::uint8_t> packet = readPacket(call.arguments);
   call.arguments.needEnd();
-  const WayReport way = explain(call.served.agent(), interface->text, packet);
+  const PathReport report = explain(call.served.agent(), interface->text, packet);
   return outputOf(
-      call, [&](std::ostream& out) { out << way.text(); }, [&] { return way.json(); });
+      call, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });
 }
 
 }  // namespace ZelAgent

@@ -101,7 +101,7 @@ std::string read(const Mox::Object& object, const Question& question,
     case Mox::ReturnCode::success:
       return answer.text;
     case Mox::ReturnCode::notSupported:
-      fail(question.attribute + " is called, not read");
+      fail(question.attribute + " can be called, but not read");
     case Mox::ReturnCode::unknownAttribute:
       break;
   }
@@ -140,7 +140,7 @@ std::vector<Found> answersTo(const Question& question, const Mox::PtrInterface& 
     answers.push_back({object.label, read(object.object(), question, {})});
   }
   if (question.key && answers.empty()) {
-    fail("KEY must be that of an object, found " + Mox::quoted(*question.key));
+    fail("KEY must be the key of an object, found " + Mox::quoted(*question.key));
   }
   return answers;
 }

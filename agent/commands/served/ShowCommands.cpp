@@ -29,10 +29,15 @@ const char* sourceText(ConfigurationSource source) {
   return "config";
 }
 
+std::string whenText(ConfigurationSource source) {
+  const std::string text = sourceText(source);
+  return (source == ConfigurationSource::start ? "at " : "by ") + text;
+}
+
 void writeRecord(std::ostream& out, const ConfigurationRecord& record) {
   out << "file         " << printable(record.file, 1000) << '\n'
-      << "in force     " << printable(record.inForce, 1000) << ", by " << sourceText(record.source)
-      << '\n'
+      << "in force     " << printable(record.inForce, 1000) << ", applied "
+      << whenText(record.source) << '\n'
       << "reloads      " << record.reloadsApplied << " applied, " << record.reloadsRefused
       << " refused\n";
   if (record.refusal) out << "last reload  refused: " << *record.refusal << '\n';

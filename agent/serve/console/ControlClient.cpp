@@ -27,7 +27,7 @@ auto uninterrupted(Call call) {
 FileHandle connectTo(const std::string& path) {
   const sockaddr_un address = socketAddressOf(path);
   FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!socket.isOpen()) throw socketErrorOf(path, "no socket can be made", errno);
+  if (!socket.isOpen()) throw socketErrorOf(path, "a socket cannot be created", errno);
   const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
   if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
     throw SocketError(socketErrorOf(path, "no daemon can be reached", errno).what() +
@@ -55,7 +55,8 @@ std::string receiveLine(const FileHandle& socket, const std::string& path) {
     const auto got = uninterrupted([&] { return read(socket.get(), block, sizeof block); });
     if (got < 0) throw socketErrorOf(path, "the daemon does not answer", errno);
     if (got == 0) {
-      throw SocketError(printable(path, 1000) + ": the daemon closed the connection unanswered");
+      throw SocketError(printable(path, 1000) +
+                        ": the daemon closed the connection without an answer");
     }
     line.append(block, static_cast<std::size_t>(got));
   }
@@ -72,7 +73,8 @@ bool isAnswer(const OrderedJson& document, bool asJson) {
 Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
   auto document = OrderedJson::parse(line, nullptr, false);
   if (!isAnswer(document, asJson)) {
-    throw SocketError(printable(path, 1000) + ": what listens there is no zel-agent; it answers " +
+    throw SocketError(printable(path, 1000) +
+                      ": the process that listens there is not zel-agent; it answered " +
                       inQuotes(line));
   }
   return {static_cast<ExitStatus>(document["status"].get<int>()), std::move(document["output"])};

@@ -58,8 +58,8 @@ void ControlServer::accept() {
 // What a client will ask, and how, is not known yet; a line of JSON can be read by all.
 void ControlServer::refuse(uv_pipe_t& stream) const {
   const Answer tooMany{ExitStatus::failure, std::to_string(limits_.clients) +
-                                                " clients are connected, which is as many as "
-                                                "may be; try again when one has gone"};
+                                                " clients are connected, which is the limit; "
+                                                "try again later"};
   std::string bytes = toBytes(tooMany, Framing::json);
   const uv_buf_t buffer = uv_buf_init(bytes.data(), static_cast<unsigned>(bytes.size()));
   uv_try_write(streamOf(stream), &buffer, 1);

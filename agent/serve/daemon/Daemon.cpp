@@ -41,7 +41,7 @@ void Daemon::reload() {
     warn(served_.reload());
     tell(printable(options_.configuration, 1000) + " applied");
   } catch (const ConfigError& error) {
-    tell(std::string("error: ") + error.what() + "; what was in force stays");
+    tell(std::string("error: ") + error.what() + "; the configuration in force is unchanged");
   } catch (const std::exception& error) {
     tell("error: the reload failed: " + printable(error.what(), 1000));
   }

@@ -18,7 +18,7 @@ SignalWatch::SignalWatch(EventLoop& loop, int signal, std::function<void()> hand
   const auto onSignal = [](uv_signal_t* watch, int /*signal*/) {
     if (auto* const self = static_cast<SignalWatch*>(watch->data)) self->handle_();
   };
-  needSuccess(uv_signal_start(watch_.get(), onSignal, signal), "a signal cannot be watched");
+  needSuccess(uv_signal_start(watch_.get(), onSignal, signal), "a signal cannot be handled");
 }
 
 }  // namespace ZelAgent

@@ -35,7 +35,7 @@ class FileModeMask final {
 
 FileHandle makeSocket(const std::string& path) {
   FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (!socket.isOpen()) throw socketErrorOf(path, "no socket can be made", errno);
+  if (!socket.isOpen()) throw socketErrorOf(path, "a socket cannot be created", errno);
   return socket;
 }
 
@@ -57,7 +57,7 @@ FileHandle lockFolderOf(const std::string& path) {
     std::this_thread::sleep_for(lockPause);
   }
   throw SocketError(printable(path, 1000) +
-                    ": another process keeps its folder locked; end it, or give another path");
+                    ": another process locks its folder; end it, or give another path");
 }
 
 // Whether nobody listens on the socket that is at the path.
@@ -75,7 +75,7 @@ void clearPath(const std::string& path) {
   struct stat file {};
   if (lstat(path.c_str(), &file) != 0) {
     if (errno == ENOENT) return;
-    throw socketErrorOf(path, "cannot be looked at", errno);
+    throw socketErrorOf(path, "cannot be examined", errno);
   }
   if (!S_ISSOCK(file.st_mode)) {
     throw SocketError(printable(path, 1000) +
@@ -111,12 +111,12 @@ void ListeningSocket::claimPath() {
 void ListeningSocket::bindPath() {
   const FileModeMask ownerOnly(0177);
   if (callWithAddress(bind, socket_, path_) != 0) {
-    throw socketErrorOf(path_, "the socket cannot be made", errno);
+    throw socketErrorOf(path_, "the socket cannot be created", errno);
   }
   if (listen(socket_.get(), backlog) != 0) {
     const int error = errno;
     unlink(path_.c_str());
-    throw socketErrorOf(path_, "cannot be listened on", error);
+    throw socketErrorOf(path_, "the socket cannot be listened on", error);
   }
 }
 

@@ -25,8 +25,8 @@ Reply ControlService::reply(const RequestLine& line) {
   Reply reply{toBytes(answerTo(line), framing), line.kind == RequestLine::Kind::tooLong};
   if (reply.bytes.size() <= longestReply_) return reply;
   const Answer tooLong =
-      failure("the answer has " + std::to_string(reply.bytes.size()) + " bytes, and at most " +
-              std::to_string(longestReply_) + " are sent; ask for less");
+      failure("the answer has " + std::to_string(reply.bytes.size()) + " bytes; the limit is " +
+              std::to_string(longestReply_) + " bytes");
   return {toBytes(tooLong, framing), reply.isLast};
 }
 

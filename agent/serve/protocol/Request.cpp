@@ -62,7 +62,7 @@ Request fromJson(const json& document) {
     }
   }
   if (!document.contains("command")) {
-    throw RequestError(std::string("request: member command is lacking; a request must be ") +
+    throw RequestError(std::string("request: member command is missing; a request must be ") +
                        wanted);
   }
   return request;

@@ -6,7 +6,7 @@
 #include "agent/language/Errors.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/reports/CounterReport.h"
-#include "agent/reports/WayReport.h"
+#include "agent/reports/PathReport.h"
 
 namespace ZelAgent {
 namespace {

@@ -52,13 +52,14 @@ class ExplainCommandTest : public ::testing::Test {
 };
 
 TEST_F(ExplainCommandTest, APacketThatARuleSelects) {
-  expectText("ipv4 198.18.0.1 to 203.0.113.1", "",
-             "packet ipv4 198.18.0.1 to 203.0.113.1 protocol 17 ttl 64, 28 bytes\n"
-             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
-             "rule 2 of edge, ipv4 source 198.18.0.1/32: matches\n"
-             "action actionVrf VRF-10, resource 2\n"
-             "look up 203.0.113.1 in VRF VRF-10 (id 2): 203.0.113.0/24 via Ethernet10\n"
-             "leave by Ethernet10: ipv4 198.18.0.1 to 203.0.113.1 protocol 17 ttl 63, 28 bytes\n");
+  expectText(
+      "ipv4 198.18.0.1 to 203.0.113.1", "",
+      "packet ipv4 198.18.0.1 to 203.0.113.1 protocol 17 ttl 64, 28 bytes\n"
+      "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
+      "rule 2 of edge, ipv4 source 198.18.0.1/32: matches\n"
+      "action actionVrf VRF-10, resource 2\n"
+      "look up 203.0.113.1 in VRF VRF-10 (id 2): 203.0.113.0/24 via Ethernet10\n"
+      "forward via Ethernet10: ipv4 198.18.0.1 to 203.0.113.1 protocol 17 ttl 63, 28 bytes\n");
 }
 
 TEST_F(ExplainCommandTest, APacketThatNoRuleSelects) {
@@ -67,7 +68,7 @@ TEST_F(ExplainCommandTest, APacketThatNoRuleSelects) {
              "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
              "rule 2 of edge, ipv4 source 198.18.0.1/32: differs by source-address\n"
              "rule 3 of edge, ipv4 dscp 46: differs by dscp\n"
-             "own VRF default: no rule matches\n"
+             "interface VRF default: no rule matches\n"
              "look up 203.0.113.1 in VRF default (id 1): 203.0.113.0/24 via Ethernet2\n"
              "drop ttlExpired: its time to live is over\n");
 }
@@ -83,15 +84,16 @@ TEST_F(ExplainCommandTest, APacketThatIsDiscarded) {
 }
 
 TEST_F(ExplainCommandTest, ATunnelThatEndsHere) {
-  expectText("ipv4 192.0.2.1 to 203.0.113.1 ttl 9 ecn 3 carrying ipv4 10.1.1.1 to 10.2.2.2 ecn 1",
-             "route DECAP 203.0.113.0/24 decap\ndecap-nh on\n",
-             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 4 ecn 3 ttl 9, 48 bytes\n"
-             "rule 1 of edge, ipv4 protocol 4: matches\n"
-             "action actionDecapVrf DECAP fallback VRF-10 post-decap VRF-20, resource 1\n"
-             "look up 203.0.113.1 in VRF DECAP (id 4): 203.0.113.0/24 decap\n"
-             "decapsulate: ipv4 10.1.1.1 to 10.2.2.2 protocol 17 ecn 3 ttl 9, 28 bytes\n"
-             "look up 10.2.2.2 in VRF VRF-20 (id 3): 10.0.0.0/8 via Ethernet20\n"
-             "leave by Ethernet20: ipv4 10.1.1.1 to 10.2.2.2 protocol 17 ecn 3 ttl 8, 28 bytes\n");
+  expectText(
+      "ipv4 192.0.2.1 to 203.0.113.1 ttl 9 ecn 3 carrying ipv4 10.1.1.1 to 10.2.2.2 ecn 1",
+      "route DECAP 203.0.113.0/24 decap\ndecap-nh on\n",
+      "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 4 ecn 3 ttl 9, 48 bytes\n"
+      "rule 1 of edge, ipv4 protocol 4: matches\n"
+      "action actionDecapVrf DECAP fallback VRF-10 post-decap VRF-20, resource 1\n"
+      "look up 203.0.113.1 in VRF DECAP (id 4): 203.0.113.0/24 decap\n"
+      "decapsulate: ipv4 10.1.1.1 to 10.2.2.2 protocol 17 ecn 3 ttl 9, 28 bytes\n"
+      "look up 10.2.2.2 in VRF VRF-20 (id 3): 10.0.0.0/8 via Ethernet20\n"
+      "forward via Ethernet20: ipv4 10.1.1.1 to 10.2.2.2 protocol 17 ecn 3 ttl 8, 28 bytes\n");
 }
 
 TEST_F(ExplainCommandTest, ATunnelThatGoesOnInTheFallback) {
@@ -101,9 +103,9 @@ TEST_F(ExplainCommandTest, ATunnelThatGoesOnInTheFallback) {
              "rule 1 of edge, ipv4 protocol 4: matches\n"
              "action actionDecapVrf DECAP fallback VRF-10 post-decap VRF-20, resource 1\n"
              "look up 203.0.113.1 in VRF DECAP (id 4): miss\n"
-             "go on in VRF VRF-10: no route\n"
+             "fall back to VRF VRF-10: no route\n"
              "look up 203.0.113.1 in VRF VRF-10 (id 2): 203.0.113.0/24 via Ethernet10\n"
-             "leave by Ethernet10: ipv4 192.0.2.1 to 203.0.113.1 protocol 4 ttl 63, 48 bytes\n");
+             "forward via Ethernet10: ipv4 192.0.2.1 to 203.0.113.1 protocol 4 ttl 63, 48 bytes\n");
 }
 
 TEST_F(ExplainCommandTest, AStaleResourceSaysSo) {
@@ -113,9 +115,9 @@ TEST_F(ExplainCommandTest, AStaleResourceSaysSo) {
              "rule 2 of edge, ipv4 source 198.18.0.1/32: matches\n"
              "action actionVrf VRF-10, resource 2 (stale)\n"
              "look up 10.9.9.9 in VRF VRF-10 (id 2): miss\n"
-             "go on in VRF VRF-20: no route\n"
+             "fall back to VRF VRF-20: no route\n"
              "look up 10.9.9.9 in VRF VRF-20 (id 3): 10.0.0.0/8 via Ethernet20\n"
-             "leave by Ethernet20: ipv4 198.18.0.1 to 10.9.9.9 protocol 17 ttl 63, 28 bytes\n");
+             "forward via Ethernet20: ipv4 198.18.0.1 to 10.9.9.9 protocol 17 ttl 63, 28 bytes\n");
 }
 
 TEST_F(ExplainCommandTest, AnActionWithoutAResourceSaysSo) {
@@ -128,12 +130,13 @@ TEST_F(ExplainCommandTest, AnActionWithoutAResourceSaysSo) {
 }
 
 TEST_F(ExplainCommandTest, AnInterfaceWithAVrfOfItsOwn) {
-  expectText("ipv6 2001:db8::1 to 2001:db8::2", "",
-             "packet ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ttl 64, 48 bytes\n"
-             "own VRF VRF-20: no rule matches\n"
-             "look up 2001:db8::2 in VRF VRF-20 (id 3): 2001:db8::/32 via Ethernet20\n"
-             "leave by Ethernet20: ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ttl 63, 48 bytes\n",
-             "Ethernet5");
+  expectText(
+      "ipv6 2001:db8::1 to 2001:db8::2", "",
+      "packet ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ttl 64, 48 bytes\n"
+      "interface VRF VRF-20: no rule matches\n"
+      "look up 2001:db8::2 in VRF VRF-20 (id 3): 2001:db8::/32 via Ethernet20\n"
+      "forward via Ethernet20: ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ttl 63, 48 bytes\n",
+      "Ethernet5");
 }
 
 TEST_F(ExplainCommandTest, BytesThatAreNoPacket) {
@@ -151,7 +154,7 @@ TEST_F(ExplainCommandTest, AsJson) {
       R"({"step":"rule","place":1,"policy":"edge","rule":2,"match":"ipv4 source 198.18.0.1/32","matches":true,"differsBy":null},)"
       R"({"step":"action","action":{"vrfName":"VRF-10","fallbackVrfName":"","postDecapVrfName":"","action":"actionVrf"},"resource":{"index":2,"stale":false}},)"
       R"({"step":"lookUp","vrfName":"VRF-10","vrfId":2,"destination":"203.0.113.1","prefix":"203.0.113.0/24","route":"via Ethernet10","exactMatch":false},)"
-      R"({"step":"leave","interface":"Ethernet10","vrfName":"VRF-10","packet":{"family":"ipv4","source":"198.18.0.1","destination":"203.0.113.1","protocol":17,"dscp":0,"ecn":0,"ttl":63,"bytes":28}}])"
+      R"({"step":"forward","interface":"Ethernet10","vrfName":"VRF-10","packet":{"family":"ipv4","source":"198.18.0.1","destination":"203.0.113.1","protocol":17,"dscp":0,"ecn":0,"ttl":63,"bytes":28}}])"
       "\n");
 }
 
@@ -182,8 +185,8 @@ TEST_F(ExplainCommandTest, AFileThatIsNotThereIsRefusedInOneLine) {
   const std::string missing = ::testing::TempDir() + "no-such-file";
   expectRefused(explain("ipv4 198.18.0.1 to 10.0.0.1", {"--events", missing}),
                 missing +
-                    ": cannot be read: No such file or directory; give a readable file of "
-                    "events");
+                    ": cannot be read: No such file or directory; give a readable event "
+                    "file");
   configuration_ = missing;
   expectRefused(explain("ipv4 198.18.0.1 to 10.0.0.1"),
                 missing + ": cannot be read: No such file or directory; give a readable JSON file");

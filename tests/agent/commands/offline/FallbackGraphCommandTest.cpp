@@ -50,8 +50,7 @@ TEST(FallbackGraphCommand, ShowsDot) {
 TEST(FallbackGraphCommand, WarnsOfEachCycleInBothForms) {
   const std::string file = writeFile("a.json", toJson(cyclic).dump());
   const std::string warning =
-      "warning: " + file +
-      ": VRFs fall back in a cycle, and a lookup that misses in all of them ends: ";
+      "warning: " + file + ": fallback VRFs form a cycle; a lookup uses no VRF twice: ";
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{"fallback-graph", file}, {"fallback-graph", "--dot", file}}) {
     const AgentOutcome outcome = runAgent(arguments);

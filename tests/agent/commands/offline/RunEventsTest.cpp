@@ -130,7 +130,7 @@ TEST(RunEvents, ShowsNamesAsWords) {
   EXPECT_NE(outcome.out.find(events +
                              ":1: fallback 'two words' to b\xc3\xbcro\n"
                              "  updateVrf actionVrf 'two words'\n" +
-                             events + ":2: vrf 'esc\\x1b' add\n  no call of the chip\n"),
+                             events + ":2: vrf 'esc\\x1b' add\n  no hook call\n"),
             std::string::npos)
       << outcome.out;
 }
@@ -187,8 +187,7 @@ TEST_P(BadEventLineTest, EndsTheStoryInOneLine) {
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + events + ":3: " + GetParam().message + '\n');
   EXPECT_EQ(outcome.out, config + " applied\n" + replaced(removedFromEmpty, "all removed\n", "") +
-                             events + ":2: decap-nh on\n  no call of the chip\n" +
-                             removedFromEmpty);
+                             events + ":2: decap-nh on\n  no hook call\n" + removedFromEmpty);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, BadEventLineTest, ::testing::ValuesIn(badEvents()),
@@ -235,8 +234,8 @@ TEST(BadEvents, AFileThatCannotBeReadIsFoundBeforeAnythingIsApplied) {
   const AgentOutcome outcome = runAgent({"run", examplePath("four-rules.json"), "--events", file});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + file +
-                             ": cannot be read: No such file or directory; give a readable file of "
-                             "events\n");
+                             ": cannot be read: No such file or directory; give a readable event "
+                             "file\n");
   EXPECT_EQ(outcome.out, removedFromEmpty);
 }
 

@@ -192,9 +192,9 @@ TEST_F(Commands, GetSaysWhatItNeeds) {
             "get TYPE ATTRIBUTE [KEY]: ATTRIBUTE must be one of: vrfName, fallbackVrfName, "
             "postDecapVrfName, action, found 'colour'");
   EXPECT_EQ(error("get VrfHelper createVrf"),
-            "get TYPE ATTRIBUTE [KEY]: createVrf is called, not read");
+            "get TYPE ATTRIBUTE [KEY]: createVrf can be called, but not read");
   EXPECT_EQ(error("get VrfInstanceSm vrfName nobody"),
-            "get TYPE ATTRIBUTE [KEY]: KEY must be that of an object, found 'nobody'");
+            "get TYPE ATTRIBUTE [KEY]: KEY must be the key of an object, found 'nobody'");
 }
 
 TEST_F(Commands, ShowUsersTellsWhichInterfaceAndRuleHoldEachUser) {
@@ -213,7 +213,7 @@ TEST_F(Commands, ShowRulesAndCountersFollowAPacketThatIsExplained) {
             "rule 1 of P, any: matches\n"
             "action actionVrf red, resource 1\n"
             "look up 192.0.2.2 in VRF red (id 2): 0.0.0.0/0 via e9\n"
-            "leave by e9: ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 63, 28 bytes\n");
+            "forward via e9: ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 63, 28 bytes\n");
   EXPECT_THAT(text("show rules"),
               HasSubstr("  e1         P       1     any    actionVrf red    programmed\n"));
   EXPECT_THAT(text("show counters"),
@@ -242,7 +242,7 @@ TEST_F(Commands, GetReachesEveryReadableAttributeOfEveryTypeOfTheLibrary) {
 }
 
 TEST_F(Commands, AnEventIsAnsweredWithItsEffects) {
-  EXPECT_EQ(text("vrf green add"), "vrf green add\n  no call of the chip\n");
+  EXPECT_EQ(text("vrf green add"), "vrf green add\n  no hook call\n");
   EXPECT_EQ(text("vrf green id 7"),
             "vrf green id 7\n"
             "  updateVrf actionVrf green\n"
@@ -281,7 +281,7 @@ TEST_F(Commands, AnEventThatCannotBePlayedChangesNothing) {
 
 TEST_F(Commands, ShowConfigTellsWhatIsInForce) {
   EXPECT_EQ(text("show config"), "file         " + file_ + "\nin force     " + file_ +
-                                     ", by start\nreloads      0 applied, 0 refused\n");
+                                     ", applied at start\nreloads      0 applied, 0 refused\n");
   const std::string other = writeSmall("other.json", {{{"red"}}, {"red"}, {"e1"}});
   text("config " + other);
   EXPECT_EQ(output("show config")["inForce"], json({{"file", other}, {"by", "config"}}));
@@ -346,7 +346,7 @@ TEST_F(Commands, ABlankLineAndACommentDoNothing) {
 TEST_F(Commands, HelpHasALineForEachForm) {
   EXPECT_THAT(text("help"), HasSubstr("\nvrf NAME add [id N]  "));
   EXPECT_EQ(text("help decap-nh-"),
-            "decap-nh-fallback on|off  Decapsulating next hops may fall back, or may not\n");
+            "decap-nh-fallback on|off  Enable or disable fallback for decapsulating next hops\n");
   EXPECT_THAT(error("help me"), HasSubstr("must be the beginning of a command, found 'me'"));
 }
 
@@ -373,7 +373,7 @@ TEST_F(Commands, AnAnswerThatIsTooLongIsAnErrorInItsPlace) {
   const Reply reply = tight.reply({RequestLine::Kind::whole, "{\"command\": \"show actions\"}"});
   const json answer = json::parse(reply.bytes);
   EXPECT_EQ(answer["status"], 1);
-  EXPECT_THAT(answer["output"].get<std::string>(), HasSubstr("and at most 100 are sent"));
+  EXPECT_THAT(answer["output"].get<std::string>(), HasSubstr("the limit is 100 bytes"));
   EXPECT_FALSE(reply.isLast);
 }
 

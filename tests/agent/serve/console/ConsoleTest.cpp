@@ -38,7 +38,7 @@ TEST_F(ConsoleAtATerminal, AnswersOneCommandAfterTheOtherUntilItIsLeft) {
   TerminalProcess console(arguments(), environment());
   console.waitFor(prompt);
   console.type("chip capacity 5\n");
-  console.waitFor("  no call of the chip");
+  console.waitFor("  no hook call");
   console.waitFor(prompt);
   console.type("shw\n");
   console.waitFor("error: a command must begin with ");
@@ -64,7 +64,7 @@ TEST_F(ConsoleAtATerminal, CompletesWordsOfCommandsAndNamesOfVrfs) {
   TerminalProcess console(arguments(), environment());
   console.waitFor(prompt);
   console.type("vr\tre\ti\t2\n");
-  console.waitFor("vrf red id 2\r\n  no call of the chip");
+  console.waitFor("vrf red id 2\r\n  no hook call");
 }
 
 TEST_F(ConsoleAtATerminal, ListsWhatAWordMayBecome) {
@@ -83,7 +83,7 @@ TEST_F(ConsoleAtATerminal, RemembersWhatWasEnteredAcrossItsEnds) {
     TerminalProcess console(arguments(), environment());
     console.waitFor(prompt);
     console.type("chip capacity 5\n");
-    console.waitFor("no call of the chip");
+    console.waitFor("no hook call");
     console.waitFor(prompt);
     console.type(leaveKey);
     EXPECT_EQ(console.exitStatus(), 0);
@@ -94,7 +94,7 @@ TEST_F(ConsoleAtATerminal, RemembersWhatWasEnteredAcrossItsEnds) {
   console.type(upKey);
   console.waitFor("chip capacity 5");
   console.type("\n");
-  console.waitFor("no call of the chip");
+  console.waitFor("no hook call");
   EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 5);
 }
 
@@ -105,7 +105,7 @@ TEST_F(ConsoleAtATerminal, KeepsItsHistoryForItsOwnerOnly) {
   umask(before);
   console.waitFor(prompt);
   console.type("chip capacity 5\n");
-  console.waitFor("no call of the chip");
+  console.waitFor("no hook call");
   struct stat file {};
   ASSERT_EQ(stat(history_.c_str(), &file), 0);
   EXPECT_EQ(file.st_mode & 0777U, 0600U);
@@ -117,7 +117,7 @@ TEST_F(ConsoleAtATerminal, KeepsItsHistoryInTheHomeFolderWhereThereIsNoOther) {
                           {"XDG_STATE_HOME=", "HOME=" + folder_.path(""), "TERM=vt100"});
   console.waitFor(prompt);
   console.type("chip capacity 5\n");
-  console.waitFor("no call of the chip");
+  console.waitFor("no hook call");
   EXPECT_TRUE(std::filesystem::exists(folder_.path(".zel-agent_history")));
 }
 
@@ -131,7 +131,7 @@ TEST_F(ConsoleAtATerminal, OutlivesTheDaemonAndFindsTheNextOne) {
   console.waitFor(prompt);
   const DaemonProcess second(config_, path_);
   console.type("chip capacity 5\n");
-  console.waitFor("no call of the chip");
+  console.waitFor("no hook call");
 }
 
 TEST_F(ConsoleAtATerminal, DoesNotBeginWithoutADaemon) {

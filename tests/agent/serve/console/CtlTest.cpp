@@ -41,7 +41,7 @@ TEST_F(Ctl, PrintsTheOutputOfOneCommand) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctl({"vrf", "red", "id", "2"});
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out, "vrf red id 2\n  no call of the chip\n");
+  EXPECT_EQ(outcome.out, "vrf red id 2\n  no hook call\n");
   EXPECT_EQ(outcome.err, "");
 }
 
@@ -64,17 +64,16 @@ TEST_F(Ctl, PrintsJsonOnOneLineWhereAsked) {
 
 TEST_F(Ctl, QuotesWordsAsEventsWantThem) {
   const DaemonProcess daemon(config_, path_);
-  EXPECT_EQ(ctl({"vrf", "two words", "add"}).out, "vrf 'two words' add\n  no call of the chip\n");
-  EXPECT_EQ(ctl({"vrf", "it's", "add"}).out, "vrf 'it\\'s' add\n  no call of the chip\n");
-  EXPECT_EQ(ctl({"vrf", "#1", "add"}).out, "vrf '#1' add\n  no call of the chip\n");
+  EXPECT_EQ(ctl({"vrf", "two words", "add"}).out, "vrf 'two words' add\n  no hook call\n");
+  EXPECT_EQ(ctl({"vrf", "it's", "add"}).out, "vrf 'it\\'s' add\n  no hook call\n");
+  EXPECT_EQ(ctl({"vrf", "#1", "add"}).out, "vrf '#1' add\n  no hook call\n");
   EXPECT_THAT(ctl({"vrf", "", "add"}).err, HasSubstr("must be a VRF name of 1 to 100 bytes"));
 }
 
 TEST_F(Ctl, ReadsCommandsLineByLineFromStandardInput) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctlReading("# a remark\nchip capacity 5\nshw\n\nchip capacity 6\n");
-  EXPECT_EQ(outcome.out,
-            "chip capacity 5\n  no call of the chip\nchip capacity 6\n  no call of the chip\n");
+  EXPECT_EQ(outcome.out, "chip capacity 5\n  no hook call\nchip capacity 6\n  no hook call\n");
   EXPECT_THAT(outcome.err, StartsWith("error: a command must begin with "));
   EXPECT_EQ(outcome.status, 2);
 }
@@ -83,7 +82,7 @@ TEST_F(Ctl, TakesALastLineWithoutItsEnd) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctlReading("chip capacity 5");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out, "chip capacity 5\n  no call of the chip\n");
+  EXPECT_EQ(outcome.out, "chip capacity 5\n  no hook call\n");
 }
 
 TEST_F(Ctl, AsksNothingWhereStandardInputIsEmpty) {
@@ -170,7 +169,8 @@ TEST_F(Ctl, SaysThatWhatAnswersIsNoDaemon) {
     const Impostor impostor(path, answer);
     const AgentOutcome outcome = runAgent({"ctl", "--socket", path, "show"});
     EXPECT_EQ(outcome.status, 1) << answer;
-    EXPECT_THAT(outcome.err, HasSubstr("what listens there is no zel-agent; it answers "))
+    EXPECT_THAT(outcome.err,
+                HasSubstr("the process that listens there is not zel-agent; it answered "))
         << answer;
   }
 }
@@ -179,7 +179,7 @@ TEST_F(Ctl, SaysThatItWasNotAnswered) {
   const Impostor impostor(path_, "{\"status\":0,");
   const AgentOutcome outcome = ctl({"show"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, EndsWith("the daemon closed the connection unanswered\n"));
+  EXPECT_THAT(outcome.err, EndsWith("the daemon closed the connection without an answer\n"));
 }
 
 }  // namespace

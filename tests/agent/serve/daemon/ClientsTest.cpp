@@ -21,7 +21,7 @@ using ::testing::HasSubstr;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
-constexpr const char* idSet = "vrf red id 2\n  no call of the chip\n";
+constexpr const char* idSet = "vrf red id 2\n  no hook call\n";
 
 // Answers in the text: one line of JSON, or the lines up to a dot.
 long answersIn(const std::string& text) {
@@ -58,7 +58,7 @@ TEST_F(ServeClients, FiftyAtOnceEachGetTheirOwnAnswers) {
     clients[i].send("city " + std::to_string(100 + i) + "\nshow v");
   for (std::size_t i = 0; i < clients.size(); ++i) {
     EXPECT_EQ(clients[i].receiveText(),
-              "chip capacity " + std::to_string(100 + i) + "\n  no call of the chip\n");
+              "chip capacity " + std::to_string(100 + i) + "\n  no hook call\n");
   }
   for (SocketClient& client : clients)
     client.send("rfs\n");
@@ -70,9 +70,9 @@ TEST_F(ServeClients, SeveralRequestsInOnePieceAreAnsweredInTheirOrder) {
   const DaemonProcess daemon(writeVrfs(1), path_);
   SocketClient client(path_);
   client.send("chip capacity 5\n{\"command\": \"chip capacity 6\"}\nshw\n\n");
-  EXPECT_EQ(client.receiveText(), "chip capacity 5\n  no call of the chip\n");
+  EXPECT_EQ(client.receiveText(), "chip capacity 5\n  no hook call\n");
   EXPECT_EQ(json::parse(client.receiveLine()),
-            json::parse(R"({"status": 0, "output": "chip capacity 6\n  no call of the chip\n"})"));
+            json::parse(R"({"status": 0, "output": "chip capacity 6\n  no hook call\n"})"));
   EXPECT_THAT(client.receiveText(), StartsWith("error: a command must begin with "));
   EXPECT_EQ(client.receiveText(), "");
 }
@@ -90,7 +90,7 @@ TEST_F(ServeClients, AHalfWrittenCommandOfAClientThatLeavesIsNotRun) {
   SocketClient leaving(path_);
   leaving.send("chip capacity 7\nchip capacity 8");
   leaving.endSending();
-  EXPECT_EQ(leaving.receiveText(), "chip capacity 7\n  no call of the chip\n");
+  EXPECT_EQ(leaving.receiveText(), "chip capacity 7\n  no hook call\n");
   EXPECT_THAT(leaving.receiveAll(), HasSubstr("must end with a newline"));
   EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 7);
 }
@@ -207,7 +207,7 @@ TEST_F(ServeClients, OneThatAsksWithoutEndDoesNotKeepOthersWaiting) {
     requests += "# nothing\n";
   greedy.send(requests);
   SocketClient other(path_);
-  EXPECT_EQ(other.text("chip capacity 7"), "chip capacity 7\n  no call of the chip\n");
+  EXPECT_EQ(other.text("chip capacity 7"), "chip capacity 7\n  no hook call\n");
   for (int i = 0; i < 5000; ++i)
     ASSERT_EQ(greedy.receiveText(), "");
 }

@@ -39,7 +39,7 @@ TEST_F(ServeSignals, SigtermEndsItAndLeavesNothing) {
   SocketClient idle(path_);
   SocketClient halfway(path_);
   halfway.send("show act");
-  EXPECT_EQ(idle.text("vrf red id 2"), "vrf red id 2\n  no call of the chip\n");
+  EXPECT_EQ(idle.text("vrf red id 2"), "vrf red id 2\n  no hook call\n");
   EXPECT_EQ(daemon.end(), 0);
   EXPECT_FALSE(std::filesystem::exists(path_));
   EXPECT_EQ(idle.receiveAll(), "");
@@ -77,7 +77,7 @@ TEST_F(ServeSignals, SighupWithABadFileChangesNothingAndIsReportedAndRemembered)
   daemon.signal(SIGHUP);
   const std::string line = daemon.errLine().value_or("");
   EXPECT_THAT(line, StartsWith("error: " + config_ + ":1:"));
-  EXPECT_THAT(line, HasSubstr("; what was in force stays"));
+  EXPECT_THAT(line, HasSubstr("; the configuration in force is unchanged"));
   EXPECT_EQ(actions(), before);
   const json reloads = SocketClient(path_).output("show config")["reloads"];
   EXPECT_EQ(reloads["refused"], 1);
@@ -109,7 +109,7 @@ TEST_F(ServeSignals, SighupKeepsClientsConnected) {
   client.send("vrf red");
   daemon.signal(SIGHUP);
   EXPECT_EQ(daemon.errLine(), config_ + " applied");
-  EXPECT_EQ(client.text(" id 2"), "vrf red id 2\n  no call of the chip\n");
+  EXPECT_EQ(client.text(" id 2"), "vrf red id 2\n  no hook call\n");
 }
 
 TEST_F(ServeSignals, SigpipeAndAStandardErrorThatNobodyReadsDoNotEndIt) {

@@ -65,7 +65,7 @@ TEST_F(ServeSocket, IsReadableAndWritableByItsOwnerOnlyWhateverTheMask) {
 TEST_F(ServeSocket, OnWhichNobodyListensIsReplaced) {
   makeStaleSocket();
   DaemonProcess daemon(config_, path_);
-  EXPECT_EQ(SocketClient(path_).text("vrf red id 2"), "vrf red id 2\n  no call of the chip\n");
+  EXPECT_EQ(SocketClient(path_).text("vrf red id 2"), "vrf red id 2\n  no hook call\n");
 }
 
 TEST_F(ServeSocket, OfADaemonThatWasKilledIsReplaced) {
@@ -117,7 +117,7 @@ TEST_F(ServeSocket, InAFolderThatIsNotThereIsRefused) {
 TEST_F(ServeSocket, InAFolderThatIsKeptLockedIsRefused) {
   const int folder = open(folder_.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(folder, LOCK_EX), 0);
-  EXPECT_THAT(refusal(config_, path_, 1), HasSubstr("another process keeps its folder locked"));
+  EXPECT_THAT(refusal(config_, path_, 1), HasSubstr("another process locks its folder"));
   close(folder);
   DaemonProcess daemon(config_, path_);
   EXPECT_EQ(daemon.end(), 0);

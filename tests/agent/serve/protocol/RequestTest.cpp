@@ -41,7 +41,7 @@ TEST(Request, OutputIsTextWhereJsonIsLeftOut) {
 
 TEST(Request, WhatIsWrongWithJsonIsSaid) {
   EXPECT_THAT(problemWith("{"), HasSubstr("request:1:2: malformed JSON"));
-  EXPECT_THAT(problemWith("{}"), HasSubstr("member command is lacking"));
+  EXPECT_THAT(problemWith("{}"), HasSubstr("member command is missing"));
   EXPECT_THAT(problemWith(R"({"command": 7})"), HasSubstr("member command must be a text"));
   EXPECT_THAT(problemWith(R"({"command": "a", "json": 1})"), HasSubstr("must be true or false"));
   EXPECT_THAT(problemWith(R"({"command": "a", "jsn": true})"), HasSubstr("unknown member \"jsn\""));

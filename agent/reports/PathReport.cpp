@@ -1,4 +1,4 @@
-#include "agent/reports/WayReport.h"
+#include "agent/reports/PathReport.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -76,36 +76,36 @@ const char* textOf(GoOnReason reason) {
     case GoOnReason::noVrfId:
       return "the VRF has no hardware id";
     case GoOnReason::decapDisabled:
-      return "decapsulation is off, and may fall back";
+      return "decap-nh is off, and decap-nh-fallback is on";
   }
   return "";
 }
 
 }  // namespace
 
-WayReport::WayReport(RuleStates rules) : rules_(std::move(rules)) {}
+PathReport::PathReport(RuleStates rules) : rules_(std::move(rules)) {}
 
-WayReport::WayReport(WayReport&&) noexcept = default;
+PathReport::PathReport(PathReport&&) noexcept = default;
 
-WayReport::~WayReport() = default;
+PathReport::~PathReport() = default;
 
-std::string WayReport::text() const {
+std::string PathReport::text() const {
   std::string text;
   for (const std::string& line : lines_)
     text += line + '\n';
   return text;
 }
 
-OrderedJson WayReport::json() const {
+OrderedJson PathReport::json() const {
   return steps_;
 }
 
-void WayReport::parsed(const PacketHeader& header) {
+void PathReport::parsed(const PacketHeader& header) {
   add("packet " + toText(header), {{"step", "packet"}, {"packet", toJson(header)}});
 }
 
-void WayReport::ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
-                          std::optional<SoftChip::RuleField> difference) {
+void PathReport::ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
+                           std::optional<SoftChip::RuleField> difference) {
   const ActionUser& user = ruleAt(place).user;
   const std::string match = ZelAgent::toText(rule.match);
   const std::string field = difference ? std::string(nameOf(*difference)) : "";
@@ -120,8 +120,8 @@ void WayReport::ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
        {"differsBy", difference ? OrderedJson(field) : OrderedJson(nullptr)}});
 }
 
-void WayReport::actionTaken(const PolicyMap::RuleAction& action,
-                            std::optional<SoftChip::ResourceUse> resource) {
+void PathReport::actionTaken(const PolicyMap::RuleAction& action,
+                             std::optional<SoftChip::ResourceUse> resource) {
   std::string line = "action " + ZelAgent::toText(action);
   OrderedJson step{{"step", "action"}, {"action", actionJson(action)}, {"resource", nullptr}};
   if (resource) {
@@ -133,13 +133,13 @@ void WayReport::actionTaken(const PolicyMap::RuleAction& action,
   add(std::move(line), std::move(step));
 }
 
-void WayReport::ownVrfTaken(const L3::VrfName& vrf, OwnVrfReason reason) {
-  add("own " + vrfText(vrf) + ": " + textOf(reason),
-      {{"step", "ownVrf"}, {"vrfName", vrf.str()}, {"because", textOf(reason)}});
+void PathReport::ownVrfTaken(const L3::VrfName& vrf, OwnVrfReason reason) {
+  add("interface " + vrfText(vrf) + ": " + textOf(reason),
+      {{"step", "interfaceVrf"}, {"vrfName", vrf.str()}, {"because", textOf(reason)}});
 }
 
-void WayReport::lookedUp(const VrfFacts& vrf, const Ip::Address& destination,
-                         const std::optional<RouteTables::Hit>& hit) {
+void PathReport::lookedUp(const VrfFacts& vrf, const Ip::Address& destination,
+                          const std::optional<RouteTables::Hit>& hit) {
   const std::string prefix = hit ? ZelAgent::toText(hit->prefix) : "";
   const std::string route = hit ? routeText(*hit->route) : "";
   add("look up " + ZelAgent::toText(destination) + " in " + vrfText(vrf.name) + " (id " +
@@ -154,49 +154,51 @@ void WayReport::lookedUp(const VrfFacts& vrf, const Ip::Address& destination,
        {"exactMatch", hit && hit->exactMatch}});
 }
 
-void WayReport::wentOn(const VrfFacts& from, const VrfFacts& to, GoOnReason reason) {
-  add("go on in " + vrfText(to.name) + ": " + textOf(reason), {{"step", "goOn"},
-                                                               {"from", from.name.str()},
-                                                               {"to", to.name.str()},
-                                                               {"because", textOf(reason)}});
+void PathReport::wentOn(const VrfFacts& from, const VrfFacts& to, GoOnReason reason) {
+  add("fall back to " + vrfText(to.name) + ": " + textOf(reason), {{"step", "fallback"},
+                                                                   {"from", from.name.str()},
+                                                                   {"to", to.name.str()},
+                                                                   {"because", textOf(reason)}});
 }
 
-void WayReport::decapsulated(const PacketHeader& outer, const PacketHeader& arrived,
-                             const PacketHeader& inner) {
+void PathReport::decapsulated(const PacketHeader& outer, const PacketHeader& arrived,
+                              const PacketHeader& inner) {
   add("decapsulate: " + toText(inner), {{"step", "decapsulate"},
                                         {"outer", toJson(outer)},
                                         {"inner", toJson(inner)},
                                         {"arrived", toJson(arrived)}});
 }
 
-void WayReport::dropped(SoftChip::DropReason reason, std::string_view detail) {
+void PathReport::dropped(SoftChip::DropReason reason, std::string_view detail) {
   const std::string name(nameOf(reason));
   const std::string what(detail.empty() ? SoftChip::textOf(reason) : detail);
   add("drop " + name + ": " + what, {{"step", "drop"}, {"reason", name}, {"detail", what}});
 }
 
-void WayReport::left(const std::string& intf, const L3::VrfName& vrf, const PacketHeader& header) {
-  add("leave by " + toWord(intf) + ": " + toText(header),
-      {{"step", "leave"}, {"interface", intf}, {"vrfName", vrf.str()}, {"packet", toJson(header)}});
+void PathReport::left(const std::string& intf, const L3::VrfName& vrf, const PacketHeader& header) {
+  add("forward via " + toWord(intf) + ": " + toText(header), {{"step", "forward"},
+                                                              {"interface", intf},
+                                                              {"vrfName", vrf.str()},
+                                                              {"packet", toJson(header)}});
 }
 
-void WayReport::add(std::string line, OrderedJson step) {
+void PathReport::add(std::string line, OrderedJson step) {
   lines_.push_back(std::move(line));
   steps_.push_back(std::move(step));
 }
 
-const RuleState& WayReport::ruleAt(std::size_t place) const {
+const RuleState& PathReport::ruleAt(std::size_t place) const {
   return *std::find_if(rules_.begin(), rules_.end(),
                        [place](const RuleState& rule) { return rule.place == place; });
 }
 
-WayReport explain(ForwardingAgent& agent, const std::string& interface,
-                  std::span<const std::uint8_t> packet) {
+PathReport explain(ForwardingAgent& agent, const std::string& interface,
+                   std::span<const std::uint8_t> packet) {
   RuleStates rules = agent.rules();
   std::erase_if(rules, [&](const RuleState& rule) { return rule.user.interface != interface; });
-  WayReport way(std::move(rules));
-  static_cast<void>(agent.forwarder().forward(interface, packet, &way));
-  return way;
+  PathReport path(std::move(rules));
+  static_cast<void>(agent.forwarder().forward(interface, packet, &path));
+  return path;
 }
 
 }  // namespace ZelAgent

@@ -13,30 +13,30 @@ namespace ZelAgent {
 
 class ForwardingAgent;
 
-/// The way of one packet through the chip, as text and as JSON.
+/// The path of one packet through the chip, as text and as JSON.
 ///
-/// Steps are in their order. Each is a line of text and a JSON object. The member `step` of the
-/// object is its kind; the other members depend on it:
+/// Steps are in the order in which they happened. Each is a line of text and a JSON object. The
+/// member `step` of the object is its kind; the other members depend on it:
 ///
 ///   packet        packet
 ///   rule          place, policy, rule, match, matches, differsBy (null where it matches)
 ///   action        action (null for none), resource (null, or {index, stale})
-///   ownVrf        vrfName, because
+///   interfaceVrf  vrfName, because
 ///   lookUp        vrfName, vrfId, destination, prefix (null for a miss), route, exactMatch
-///   goOn          from, to, because
+///   fallback      from, to, because
 ///   decapsulate   outer, inner, arrived
 ///   drop          reason, detail
-///   leave         interface, vrfName, packet
+///   forward       interface, vrfName, packet
 ///
 /// A packet is {family, source, destination, protocol, dscp, ecn, ttl, bytes}.
-class WayReport final : public SoftChip::PacketWay {
+class PathReport final : public SoftChip::PacketWay {
  public:
-  /// `rules` are all rules of the interface by which the packet comes in, also those that the chip
+  /// `rules` are all rules of the interface on which the packet arrives, also those that the chip
   /// does not hold.
-  explicit WayReport(RuleStates rules);
-  WayReport(WayReport&&) noexcept;
-  WayReport& operator=(WayReport&&) = delete;
-  ~WayReport() override;
+  explicit PathReport(RuleStates rules);
+  PathReport(PathReport&&) noexcept;
+  PathReport& operator=(PathReport&&) = delete;
+  ~PathReport() override;
 
   /// One line for each step.
   [[nodiscard]] std::string text() const;
@@ -69,8 +69,9 @@ class WayReport final : public SoftChip::PacketWay {
   std::vector<OrderedJson> steps_;
 };
 
-/// Sends the packet in by the interface and returns its way. The packet is counted like any other.
-[[nodiscard]] WayReport explain(ForwardingAgent& agent, const std::string& interface,
-                                std::span<const std::uint8_t> packet);
+/// Forwards a packet that arrives on the interface, and returns its path. The packet is counted
+/// like any other.
+[[nodiscard]] PathReport explain(ForwardingAgent& agent, const std::string& interface,
+                                 std::span<const std::uint8_t> packet);
 
 }  // namespace ZelAgent

@@ -1,5 +1,5 @@
-// A packet's way, step by step, in words and as JSON.
-#include "agent/reports/WayReport.h"
+// The path of a packet, step by step, as text and as JSON.
+#include "agent/reports/PathReport.h"
 
 #include <gtest/gtest.h>
 
@@ -11,14 +11,14 @@
 namespace ZelAgent {
 namespace {
 
-class WayReportTest : public ::testing::Test {
+class PathReportTest : public ::testing::Test {
  protected:
-  WayReportTest() { agent_.apply(reportedConfiguration().configuration()); }
+  PathReportTest() { agent_.apply(reportedConfiguration().configuration()); }
 
   void play(const std::string& event) {
     (void)EventPlayer(agent_, ::testing::TempDir()).play(readEvent(event).value());
   }
-  std::string wayOf(const PacketBytes& packet, const std::string& interface = "Ethernet1") {
+  std::string pathOf(const PacketBytes& packet, const std::string& interface = "Ethernet1") {
     return explain(agent_, interface, packet).text();
   }
   nlohmann::json stepsOf(const PacketBytes& packet, const std::string& interface = "Ethernet1") {
@@ -28,18 +28,18 @@ class WayReportTest : public ::testing::Test {
   ForwardingAgent agent_{16};
 };
 
-TEST_F(WayReportTest, EachRuleUntilOneMatches) {
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1", 10})),
+TEST_F(PathReportTest, EachRuleUntilOneMatches) {
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1", 10})),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 64, 30 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
             "rule 2 of edge, ipv4 dscp 10,12: matches\n"
             "action actionVrf red, resource 2\n"
             "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 via Ethernet9\n"
-            "leave by Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 63, 30 "
+            "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 63, 30 "
             "bytes\n");
 }
 
-TEST_F(WayReportTest, EachFieldThatDiffers) {
+TEST_F(PathReportTest, EachFieldThatDiffers) {
   OpenConfigBuilder configuration;
   configuration.policy(
       "P",
@@ -50,7 +50,7 @@ TEST_F(WayReportTest, EachFieldThatDiffers) {
        ruleOf(6, "ipv4", {{"dscp", 1}, {"dscp-set", {2}}}, toDiscard())},
       {"Ethernet1"});
   agent_.apply(configuration.configuration());
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"})),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"})),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
             "rule 1 of P, ipv6: differs by family\n"
             "rule 2 of P, ipv4 protocol 4: differs by protocol\n"
@@ -58,26 +58,26 @@ TEST_F(WayReportTest, EachFieldThatDiffers) {
             "rule 4 of P, ipv4 source 10.0.0.0/8: differs by source-address\n"
             "rule 5 of P, ipv4 destination 10.0.0.0/8: differs by destination-address\n"
             "rule 6 of P, ipv4 dscp none: differs by dscp\n"
-            "own VRF default: no rule matches\n"
+            "interface VRF default: no rule matches\n"
             "look up 203.0.113.1 in VRF default (id 1): miss\n"
             "drop noRoute: no VRF that it was looked up in has a route\n");
 }
 
-TEST_F(WayReportTest, AMissGoesOnInTheFallback) {
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "198.51.100.1", 12})),
+TEST_F(PathReportTest, AMissFallsBack) {
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1", 12})),
             "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 64, 30 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
             "rule 2 of edge, ipv4 dscp 10,12: matches\n"
             "action actionVrf red, resource 2\n"
             "look up 198.51.100.1 in VRF red (id 2): miss\n"
-            "go on in VRF blue: no route\n"
+            "fall back to VRF blue: no route\n"
             "look up 198.51.100.1 in VRF blue (id 3): 0.0.0.0/0 via Ethernet8\n"
-            "leave by Ethernet8: ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 63, 30 "
+            "forward via Ethernet8: ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 63, 30 "
             "bytes\n");
 }
 
-TEST_F(WayReportTest, ADiscardingRule) {
-  EXPECT_EQ(wayOf(ipv6Packet({"2001:db8::1", "2001:db8::2", 0, ect0, 1})),
+TEST_F(PathReportTest, ADiscardingRule) {
+  EXPECT_EQ(pathOf(ipv6Packet({"2001:db8::1", "2001:db8::2", 0, ect0, 1})),
             "packet ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ecn 2 ttl 1, 50 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by family\n"
             "rule 2 of edge, ipv4 dscp 10,12: differs by family\n"
@@ -86,36 +86,36 @@ TEST_F(WayReportTest, ADiscardingRule) {
             "drop discardedByRule: the rule discards it\n");
 }
 
-TEST_F(WayReportTest, ARuleWithoutAnActionAndARouteThatDrops) {
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.66"})),
+TEST_F(PathReportTest, ARuleWithoutAnActionAndARouteThatDrops) {
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.66"})),
             "packet ipv4 192.0.2.1 to 203.0.113.66 protocol 17 ttl 64, 30 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
             "rule 2 of edge, ipv4 dscp 10,12: differs by dscp\n"
             "rule 10 of edge, ipv6 destination 2001:db8::/32: differs by family\n"
             "rule 20 of edge, any: matches\n"
             "action -\n"
-            "own VRF default: the rule has no action\n"
+            "interface VRF default: the rule has no action\n"
             "look up 203.0.113.66 in VRF default (id 1): 203.0.113.66/32 drop\n"
             "drop dropRoute: the route drops it\n");
 }
 
-TEST_F(WayReportTest, ATunnelThatEnds) {
+TEST_F(PathReportTest, ATunnelThatEnds) {
   play("route decap 203.0.113.0/24 decap");
   play("decap-nh on");
   play("route default 10.0.0.0/8 via Ethernet7");
-  EXPECT_EQ(wayOf(inIpv4({"192.0.2.1", "203.0.113.1", 10, ce, 9},
-                         ipv4Packet({"10.0.0.1", "10.0.0.2", 20, ect0, 200}))),
+  EXPECT_EQ(pathOf(inIpv4({"192.0.2.1", "203.0.113.1", 10, ce, 9},
+                          ipv4Packet({"10.0.0.1", "10.0.0.2", 20, ect0, 200}))),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 4 dscp 10 ecn 3 ttl 9, 50 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: matches\n"
             "action actionDecapVrf decap fallback red post-decap default, resource 1\n"
             "look up 203.0.113.1 in VRF decap (id 4): 203.0.113.0/24 decap\n"
             "decapsulate: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 9, 30 bytes\n"
             "look up 10.0.0.2 in VRF default (id 1): 10.0.0.0/8 via Ethernet7\n"
-            "leave by Ethernet7: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 8, 30 "
+            "forward via Ethernet7: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 8, 30 "
             "bytes\n");
 }
 
-TEST_F(WayReportTest, ATunnelWhileDecapsulationIsOff) {
+TEST_F(PathReportTest, ATunnelWhileDecapsulationIsOff) {
   play("route decap 203.0.113.0/24 decap");
   const PacketBytes tunnel =
       inIpv4({"192.0.2.1", "203.0.113.1"}, ipv4Packet({"10.0.0.1", "10.0.0.2"}));
@@ -124,101 +124,102 @@ TEST_F(WayReportTest, ATunnelWhileDecapsulationIsOff) {
       "rule 1 of edge, ipv4 protocol 4: matches\n"
       "action actionDecapVrf decap fallback red post-decap default, resource 1\n"
       "look up 203.0.113.1 in VRF decap (id 4): 203.0.113.0/24 decap\n";
-  EXPECT_EQ(wayOf(tunnel),
+  EXPECT_EQ(pathOf(tunnel),
             upToTheHit + "drop decapDisabled: the route decapsulates, which is not enabled\n");
   play("decap-nh-fallback on");
-  EXPECT_EQ(wayOf(tunnel),
-            upToTheHit +
-                "go on in VRF red: decapsulation is off, and may fall back\n"
-                "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 via Ethernet9\n"
-                "leave by Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 4 ttl 63, 50 bytes\n");
+  EXPECT_EQ(
+      pathOf(tunnel),
+      upToTheHit +
+          "fall back to VRF red: decap-nh is off, and decap-nh-fallback is on\n"
+          "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 via Ethernet9\n"
+          "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 4 ttl 63, 50 bytes\n");
 }
 
-TEST_F(WayReportTest, AnActionWithoutAResource) {
+TEST_F(PathReportTest, AnActionWithoutAResource) {
   play("vrf red remove");
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3"),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3"),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
             "rule 5 of edge, any: matches\n"
             "action actionVrf red, no resource\n"
             "drop noVrfResource: the action of the rule has no resource on the chip\n");
 }
 
-TEST_F(WayReportTest, AStaleResourceAndAVrfWithoutAnId) {
+TEST_F(PathReportTest, AStaleResourceAndAVrfWithoutAnId) {
   play("vrf blue id 0");
   play("fallback red to blue");
   play("chip fail any 100");
   play("fallback red to default");
   play("prefix-lens ipv4 red 16");
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet3"),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet3"),
             "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64, 30 bytes\n"
             "rule 5 of edge, any: matches\n"
             "action actionVrf red, resource 2 (stale)\n"
             "look up 198.51.100.1 in VRF red (id 2): miss\n"
-            "go on in VRF blue: no route\n"
+            "fall back to VRF blue: no route\n"
             "look up 198.51.100.1 in VRF blue (id 3): miss\n"
             "drop noRoute: no VRF that it was looked up in has a route\n");
   play("chip fail any 0");
   play("fallback red to blue");
   play("vrf red id 0");
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet4"),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet4"),
             "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64, 30 bytes\n"
-            "own VRF default: no rule matches\n"
+            "interface VRF default: no rule matches\n"
             "look up 198.51.100.1 in VRF default (id 1): miss\n"
             "drop noRoute: no VRF that it was looked up in has a route\n");
 }
 
-TEST_F(WayReportTest, AnExactMatch) {
+TEST_F(PathReportTest, AnExactMatch) {
   play("prefix-lens ipv4 red 24");
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3"),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3"),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
             "rule 5 of edge, any: matches\n"
             "action actionVrf red, resource 2\n"
             "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 via Ethernet9 (exact match)\n"
-            "leave by Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
+            "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
 }
 
-TEST_F(WayReportTest, NoVrfHasAnId) {
+TEST_F(PathReportTest, NoVrfHasAnId) {
   play("vrf default remove");
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
-            "own VRF default: no rule matches\n"
+            "interface VRF default: no rule matches\n"
             "look up 203.0.113.1 in VRF default (id 0): miss\n"
             "drop noVrfId: no VRF that it was to be looked up in has a hardware id\n");
   play("fallback default to blue");
-  EXPECT_EQ(wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
+  EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
-            "own VRF default: no rule matches\n"
+            "interface VRF default: no rule matches\n"
             "look up 203.0.113.1 in VRF default (id 0): miss\n"
-            "go on in VRF blue: the VRF has no hardware id\n"
+            "fall back to VRF blue: the VRF has no hardware id\n"
             "look up 203.0.113.1 in VRF blue (id 3): 0.0.0.0/0 via Ethernet8\n"
-            "leave by Ethernet8: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
+            "forward via Ethernet8: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
 }
 
-TEST_F(WayReportTest, NoHeader) {
-  EXPECT_EQ(wayOf({}), "drop malformed: the packet is shorter than an IP header\n");
+TEST_F(PathReportTest, NoHeader) {
+  EXPECT_EQ(pathOf({}), "drop malformed: the packet is shorter than an IP header\n");
   PacketBytes badChecksum = ipv4Packet({"192.0.2.1", "203.0.113.1"});
   badChecksum[11] ^= 0xff;
-  EXPECT_EQ(wayOf(badChecksum), "drop badChecksum: the checksum of the IPv4 header is wrong\n");
+  EXPECT_EQ(pathOf(badChecksum), "drop badChecksum: the checksum of the IPv4 header is wrong\n");
 }
 
-TEST_F(WayReportTest, AFragmentIsMarked) {
+TEST_F(PathReportTest, AFragmentIsMarked) {
   PacketBytes fragment = ipv4Packet({"192.0.2.1", "203.0.113.1"});
   fragment[6] = 0x20;
   fragment = withTtl(fragment, 64);
-  const std::string way = wayOf(fragment, "Ethernet3");
-  EXPECT_EQ(way.substr(0, way.find('\n')),
+  const std::string path = pathOf(fragment, "Ethernet3");
+  EXPECT_EQ(path.substr(0, path.find('\n')),
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 fragment, 30 bytes");
 }
 
-TEST_F(WayReportTest, NamesThatAreNoWordsAreQuoted) {
+TEST_F(PathReportTest, NamesThatAreNoWordsAreQuoted) {
   play("route default 203.0.113.7/32 via 'two words'");
-  const std::string way = wayOf(ipv4Packet({"192.0.2.1", "203.0.113.7"}), "Ethernet4");
-  EXPECT_NE(way.find("203.0.113.7/32 via 'two words'\nleave by 'two words': ipv4"),
+  const std::string path = pathOf(ipv4Packet({"192.0.2.1", "203.0.113.7"}), "Ethernet4");
+  EXPECT_NE(path.find("203.0.113.7/32 via 'two words'\nforward via 'two words': ipv4"),
             std::string::npos)
-      << way;
+      << path;
 }
 
-TEST_F(WayReportTest, StepsAsJson) {
+TEST_F(PathReportTest, StepsAsJson) {
   play("route decap 203.0.113.0/24 decap");
   play("decap-nh on");
   const nlohmann::json steps = stepsOf(inIpv4({"192.0.2.1", "203.0.113.1", 10, ce, 9},
@@ -248,7 +249,7 @@ TEST_F(WayReportTest, StepsAsJson) {
      "detail": "no VRF that it was looked up in has a route"}])"));
 }
 
-TEST_F(WayReportTest, TheOtherStepsAsJson) {
+TEST_F(PathReportTest, TheOtherStepsAsJson) {
   const nlohmann::json steps = stepsOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet3");
   EXPECT_EQ(steps, nlohmann::json::parse(R"([
     {"step": "packet",
@@ -262,10 +263,10 @@ TEST_F(WayReportTest, TheOtherStepsAsJson) {
      "resource": {"index": 2, "stale": false}},
     {"step": "lookUp", "vrfName": "red", "vrfId": 2, "destination": "198.51.100.1",
      "prefix": null, "route": null, "exactMatch": false},
-    {"step": "goOn", "from": "red", "to": "blue", "because": "no route"},
+    {"step": "fallback", "from": "red", "to": "blue", "because": "no route"},
     {"step": "lookUp", "vrfName": "blue", "vrfId": 3, "destination": "198.51.100.1",
      "prefix": "0.0.0.0/0", "route": "via Ethernet8", "exactMatch": false},
-    {"step": "leave", "interface": "Ethernet8", "vrfName": "blue",
+    {"step": "forward", "interface": "Ethernet8", "vrfName": "blue",
      "packet": {"family": "ipv4", "source": "192.0.2.1", "destination": "198.51.100.1",
                 "protocol": 17, "dscp": 0, "ecn": 0, "ttl": 63, "bytes": 30}}])"));
   const nlohmann::json own = stepsOf(ipv4Packet({"192.0.2.1", "203.0.113.66"}));
@@ -273,17 +274,17 @@ TEST_F(WayReportTest, TheOtherStepsAsJson) {
     "rule": 1, "match": "ipv4 protocol 4", "matches": false, "differsBy": "protocol"})"));
   EXPECT_EQ(own[5], nlohmann::json::parse(R"({"step": "action", "action": null,
     "resource": null})"));
-  EXPECT_EQ(own[6], nlohmann::json::parse(R"({"step": "ownVrf", "vrfName": "default",
+  EXPECT_EQ(own[6], nlohmann::json::parse(R"({"step": "interfaceVrf", "vrfName": "default",
     "because": "the rule has no action"})"));
 }
 
-TEST_F(WayReportTest, AnExplainedPacketIsCountedLikeAnyOther) {
-  (void)wayOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3");
+TEST_F(PathReportTest, AnExplainedPacketIsCountedLikeAnyOther) {
+  (void)pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3");
   EXPECT_EQ(agent_.forwarder().vrfCounters().at("red").packets, 1U);
   EXPECT_EQ(agent_.rules().back().counter.packets, 1U);
 }
 
-TEST_F(WayReportTest, ExplainingAndForwardingDecideTheSame) {
+TEST_F(PathReportTest, ExplainingAndForwardingDecideTheSame) {
   play("route decap 203.0.113.0/24 decap");
   play("decap-nh on");
   const PacketBytes inside = ipv6Packet({"2001:db8::1", "2001:db8::2"});
