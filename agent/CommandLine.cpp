@@ -272,7 +272,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostrea
   if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
   if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
   if (app.got_subcommand("serve")) {
-    commandLine.serve.limits.patience = std::chrono::seconds(commandLine.clientTimeout);
+    commandLine.serve.limits.clientTimeout = std::chrono::seconds(commandLine.clientTimeout);
     return serve(commandLine.serve, out, err);
   }
   if (app.got_subcommand("ctl")) return control(commandLine.ctl, std::cin, out, err);

@@ -15,7 +15,7 @@ namespace {
 
 using Blinklog::FileHandle;
 
-// Goes on where a call was interrupted by a signal.
+// Repeats a call that a signal interrupted.
 template <class Call>
 auto uninterrupted(Call call) {
   auto result = call();
@@ -37,9 +37,9 @@ FileHandle connectTo(const std::string& path) {
   return socket;
 }
 
-// A daemon that has refused the client does not read what it sends, so not being able to send is
-// no reason not to listen.
-void send(const FileHandle& socket, std::string_view bytes) {
+// A daemon that refuses a client answers without reading the request. A failed write is therefore
+// no error: the answer is read in any case.
+void sendBytes(const FileHandle& socket, std::string_view bytes) {
   while (!bytes.empty()) {
     const auto sent = uninterrupted(
         [&] { return ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL); });
@@ -82,9 +82,9 @@ Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
 
 }  // namespace
 
-Answer ControlClient::ask(const Request& request) const {
+Answer ControlClient::send(const Request& request) const {
   const FileHandle socket = connectTo(path_);
-  send(socket, toLine(request));
+  sendBytes(socket, toLine(request));
   return answerIn(receiveLine(socket, path_), path_, request.asJson);
 }
 

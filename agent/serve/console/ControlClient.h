@@ -9,14 +9,14 @@ namespace ZelAgent {
 
 struct Answer;
 
-/// Asks the daemon at a socket. Each request has its own connection, so the daemon may be replaced
-/// between two of them.
+/// Sends requests to the daemon at a socket. Each request has its own connection, so the daemon may
+/// be restarted between two requests.
 class ControlClient final {
  public:
   explicit ControlClient(std::string path) : path_(std::move(path)) {}
 
-  /// Waits for the answer. Throws a `SocketError` if there is no daemon or no answer.
-  [[nodiscard]] Answer ask(const Request& request) const;
+  /// Sends the request and waits for the answer. Throws a `SocketError` if no daemon answers.
+  [[nodiscard]] Answer send(const Request& request) const;
 
  private:
   std::string path_;

@@ -17,25 +17,25 @@
 namespace ZelAgent {
 namespace {
 
-// Prints answers alike for one command, for many from a pipe, and in a console. Output is on `out`
-// and flushed before an error is printed on `err`.
-class Asker final {
+// Runs commands on the daemon and prints their output. Output is on `out` and flushed before an
+// error is printed on `err`.
+class ControlSession final {
  public:
-  Asker(ControlClient client, bool json, std::ostream& out, std::ostream& err)
+  ControlSession(ControlClient client, bool json, std::ostream& out, std::ostream& err)
       : client_(std::move(client)), json_(json), out_(out), err_(err) {}
 
-  // Throws a SocketError if there is no daemon.
-  void needDaemon() const;
-  // Prints the answer to the command and returns its status. Throws a SocketError.
-  ExitStatus ask(const std::string& command);
-  // The same, but prints that there is no daemon, which is a failure.
-  ExitStatus askAnyway(const std::string& command);
+  // Throws a SocketError if no daemon answers.
+  void requireDaemon() const;
+  // Prints the output of the command and returns its status. Throws a SocketError.
+  ExitStatus run(const std::string& command);
+  // The same, but prints a SocketError and returns `failure`.
+  ExitStatus runOrReport(const std::string& command);
 
-  // What the last word of the line may become. Nothing without a daemon.
+  // The completions of the last word of the line. None if no daemon answers.
   [[nodiscard]] std::vector<std::string> completionsOf(const std::string& line) const;
 
  private:
-  void showError(const std::string& what);
+  void printError(const std::string& what);
 
   ControlClient client_;
   bool json_;
@@ -43,14 +43,14 @@ class Asker final {
   std::ostream& err_;
 };
 
-void Asker::needDaemon() const {
-  static_cast<void>(client_.ask({"", false}));
+void ControlSession::requireDaemon() const {
+  static_cast<void>(client_.send({"", false}));
 }
 
-ExitStatus Asker::ask(const std::string& command) {
-  const Answer answer = client_.ask({command, json_});
+ExitStatus ControlSession::run(const std::string& command) {
+  const Answer answer = client_.send({command, json_});
   if (answer.status != ExitStatus::success) {
-    showError(answer.output.get<std::string>());
+    printError(answer.output.get<std::string>());
   } else if (json_) {
     out_ << oneLine(answer.output) << '\n';
   } else {
@@ -60,43 +60,43 @@ ExitStatus Asker::ask(const std::string& command) {
   return answer.status;
 }
 
-ExitStatus Asker::askAnyway(const std::string& command) {
+ExitStatus ControlSession::runOrReport(const std::string& command) {
   try {
-    return ask(command);
+    return run(command);
   } catch (const SocketError& error) {
-    showError(error.what());
+    printError(error.what());
     return ExitStatus::failure;
   }
 }
 
-std::vector<std::string> Asker::completionsOf(const std::string& line) const {
+std::vector<std::string> ControlSession::completionsOf(const std::string& line) const {
   try {
-    const Answer answer = client_.ask({"complete " + Mox::quoted(line), true});
+    const Answer answer = client_.send({"complete " + Mox::quoted(line), true});
     if (answer.status == ExitStatus::success) return answer.output.get<std::vector<std::string>>();
   } catch (const SocketError&) {
-    // Without a daemon there is nothing to offer; asking will say why.
+    // The next command prints the error.
   }
   return {};
 }
 
-void Asker::showError(const std::string& what) {
+void ControlSession::printError(const std::string& what) {
   out_.flush();
   err_ << "error: " << what << std::endl;
 }
 
-bool asksToLeave(const std::string& line) {
+bool isExitCommand(const std::string& line) {
   return line == "exit" || line == "quit";
 }
 
-// A command that fails does not end the console. Ctrl-D, "exit" and "quit" do. Throws a SocketError
-// if there is no daemon at the start.
-ExitStatus runConsole(Asker& asker) {
-  asker.needDaemon();
+// A command that fails does not end the console. Ctrl-D, "exit" and "quit" end it. Throws a
+// SocketError if no daemon answers at the start.
+ExitStatus runConsole(ControlSession& session) {
+  session.requireDaemon();
   LineEditor editor("zel-agent> ", historyFile(),
-                    [&asker](const std::string& line) { return asker.completionsOf(line); });
+                    [&session](const std::string& line) { return session.completionsOf(line); });
   while (const auto line = editor.readLine()) {
-    if (asksToLeave(*line)) break;
-    if (!isBlankLine(*line)) asker.askAnyway(*line);
+    if (isExitCommand(*line)) break;
+    if (!isBlankLine(*line)) session.runOrReport(*line);
   }
   return ExitStatus::success;
 }
@@ -107,27 +107,27 @@ std::string lineOf(const std::vector<std::string>& words) {
   return joined(quoted, " ");
 }
 
-ExitStatus askEachLine(Asker& asker, std::istream& in) {
-  ExitStatus worst = ExitStatus::success;
+ExitStatus runEachLine(ControlSession& session, std::istream& in) {
+  ExitStatus highest = ExitStatus::success;
   for (std::string line; std::getline(in, line);)
-    worst = std::max(worst, asker.ask(line));
-  return worst;
+    highest = std::max(highest, session.run(line));
+  return highest;
 }
 
-ExitStatus askAll(Asker& asker, const CtlOptions& options, std::istream& in) {
-  if (!options.command.empty()) return asker.ask(lineOf(options.command));
-  if (isatty(STDIN_FILENO) == 1) return runConsole(asker);
-  return askEachLine(asker, in);
+ExitStatus runSession(ControlSession& session, const CtlOptions& options, std::istream& in) {
+  if (!options.command.empty()) return session.run(lineOf(options.command));
+  if (isatty(STDIN_FILENO) == 1) return runConsole(session);
+  return runEachLine(session, in);
 }
 
 }  // namespace
 
 ExitStatus control(const CtlOptions& options, std::istream& in, std::ostream& out,
                    std::ostream& err) {
-  Asker asker(ControlClient(options.socket), options.json, out, err);
+  ControlSession session(ControlClient(options.socket), options.json, out, err);
   ExitStatus status = ExitStatus::success;
   try {
-    status = askAll(asker, options, in);
+    status = runSession(session, options, in);
   } catch (const SocketError& error) {
     return reportError(err, error.what(), ExitStatus::failure);
   }

@@ -10,14 +10,14 @@ namespace ZelAgent {
 
 struct CtlOptions {
   std::string socket;
-  std::vector<std::string> command;  // none: commands are read from `in`, or at a terminal
+  std::vector<std::string> command;  // none: commands are read from `in` or from a terminal
   bool json = false;
 };
 
 /// `zel-agent ctl`: sends commands to a daemon.
 ///
-/// Prints the output of the answers on `out`, and errors on `err`, one line each. Returns the
-/// status of the answer; of several answers the highest.
+/// Prints the output of the commands on `out`, and each error as one line on `err`. Returns the
+/// highest status of the commands.
 [[nodiscard]] ExitStatus control(const CtlOptions& options, std::istream& in, std::ostream& out,
                                  std::ostream& err);
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int linesRemembered = 1000;
 
-// The editor calls back without saying for whom.
+// The callback of libedit has no argument that names its editor.
 Completer& activeCompleter() {
   static Completer completer;
   return completer;
@@ -29,7 +29,8 @@ std::vector<std::string>& candidates() {
   return words;
 }
 
-// The candidate of that number from the first, 0, on; null after the last. The caller frees it.
+// The candidate after the previous call's; the first for number 0; null after the last. The caller
+// frees it.
 char* candidate(const char* /*text*/, int number) {
   static std::size_t next = 0;
   if (number == 0) next = 0;
@@ -37,14 +38,14 @@ char* candidate(const char* /*text*/, int number) {
 }
 
 char** complete(const char* text, int /*start*/, int end) {
-  rl_attempted_completion_over = 1;  // no names of files
+  rl_attempted_completion_over = 1;  // does not complete file names
   candidates() = activeCompleter()(std::string(rl_line_buffer, static_cast<std::size_t>(end)));
   return rl_completion_matches(text, candidate);
 }
 
 namespace fs = std::filesystem;
 
-// The value where it is the absolute path of a folder; otherwise empty.
+// The value of the variable if it is an absolute path; otherwise empty.
 fs::path folderIn(const char* variable) {
   const char* const value = std::getenv(variable);
   const fs::path folder = value == nullptr ? "" : value;
@@ -72,7 +73,7 @@ LineEditor::~LineEditor() {
 std::optional<std::string> LineEditor::readLine() {
   const std::unique_ptr<char, void (*)(void*)> line(readline(prompt_.c_str()), std::free);
   if (!line) {
-    std::puts("");  // what follows the prompt begins a line of its own
+    std::puts("");  // ends the line of the prompt
     return std::nullopt;
   }
   remember(line.get());

@@ -7,13 +7,13 @@
 
 namespace ZelAgent {
 
-/// What the last word of a line may become.
+/// Returns the completions of the last word of a line.
 using Completer = std::function<std::vector<std::string>(const std::string& line)>;
 
 /// Reads edited lines from the terminal, with the history of earlier ones.
 ///
-/// There is at most one at a time, since there is one terminal. The history's file is readable by
-/// its owner only. Without a file that can be written, the history ends with the process.
+/// A process has at most one editor at a time. Only the owner can read the history file. If the
+/// file cannot be written, the history ends with the process.
 class LineEditor final {
  public:
   LineEditor(std::string prompt, std::string historyFile, Completer completer);
@@ -33,8 +33,8 @@ class LineEditor final {
   std::string last_;
 };
 
-/// The file for the history: "zel-agent/history" below XDG_STATE_HOME, whose folder is made if it
-/// does not exist. If that variable is not set: ".zel-agent_history" in the home folder. Empty if
+/// The history file: "zel-agent/history" in XDG_STATE_HOME. Its folder is created if it does not
+/// exist. If that variable is not set: ".zel-agent_history" in the home folder. Empty if
 /// neither is possible.
 [[nodiscard]] std::string historyFile();
 

@@ -6,13 +6,13 @@
 namespace ZelAgent {
 namespace {
 
-// An answer on its way, which outlives the connection that sent it.
+// An answer that is being sent. It may outlive the connection that sent it.
 struct Sending {
   uv_write_t request{};
   std::string bytes;
 };
 
-// What is read is taken before anything else is read, so all connections share one buffer.
+// Bytes that were read are copied before the next read, so all connections share one buffer.
 uv_buf_t sharedBuffer() {
   static std::array<char, 65536> bytes;
   return uv_buf_init(bytes.data(), bytes.size());
@@ -25,12 +25,12 @@ uv_buf_t bufferOf(std::string& bytes) {
 }  // namespace
 
 Connection::Connection(EventLoop& loop, LoopHandle<uv_pipe_t> stream, ControlService& service,
-                       ConnectionOwner& owner, std::chrono::milliseconds patience)
+                       ConnectionOwner& owner, std::chrono::milliseconds timeout)
     : stream_(std::move(stream)),
       timer_(makeHandle<uv_timer_t>(loop, this, uv_timer_init)),
       service_(service),
       owner_(owner),
-      patience_(patience) {
+      timeout_(timeout) {
   stream_->data = this;
   read();
 }
@@ -44,7 +44,7 @@ void Connection::takeTurn() {
   Reply reply = service_.reply(lines_.next());
   hasEnded_ = hasEnded_ || reply.isLast;
   send(std::move(reply.bytes));
-  goOn();
+  proceed();
 }
 
 bool Connection::isDone() const noexcept {
@@ -55,8 +55,8 @@ uv_stream_t* Connection::stream() const noexcept {
   return reinterpret_cast<uv_stream_t*>(stream_.get());
 }
 
-// Nothing may follow a call of this: it may be the end.
-void Connection::goOn() {
+// Starts the next step of the connection. It may destroy this object, so nothing may follow a call.
+void Connection::proceed() {
   if (isDone()) {
     owner_.isDone(*this);
   } else if (hasRequest()) {
@@ -77,7 +77,7 @@ void Connection::read() {
     }
   };
   isReading_ = true;
-  uv_read_start(stream(), giveBuffer, onRead);  // cannot fail on a stream that is connected
+  uv_read_start(stream(), giveBuffer, onRead);  // cannot fail on a connected stream
 }
 
 void Connection::receive(ssize_t size, const char* bytes) {
@@ -94,7 +94,7 @@ void Connection::receive(ssize_t size, const char* bytes) {
     uv_read_stop(stream());
     isReading_ = false;
   }
-  goOn();
+  proceed();
 }
 
 void Connection::send(std::string bytes) {
@@ -124,29 +124,29 @@ void Connection::noteSent(int result) {
   isSending_ = false;
   uv_timer_stop(timer_.get());
   if (result < 0) isDropped_ = true;
-  goOn();
+  proceed();
 }
 
 void Connection::watchProgress() {
-  if (patience_.count() == 0) return;
+  if (timeout_.count() == 0) return;
   const auto onTick = [](uv_timer_t* timer) {
-    if (auto* const self = static_cast<Connection*>(timer->data)) self->lookAtProgress();
+    if (auto* const self = static_cast<Connection*>(timer->data)) self->checkProgress();
   };
-  const auto half = static_cast<std::uint64_t>(patience_.count() / 2);
+  const auto half = static_cast<std::uint64_t>(timeout_.count() / 2);
   unsent_ = uv_stream_get_write_queue_size(stream());
   quietTicks_ = 0;
-  uv_update_time(timer_->loop);  // making the answer may have taken long
+  uv_update_time(timer_->loop);  // computing the answer may have taken long
   uv_timer_start(timer_.get(), onTick, half, half);
 }
 
-// A loop that was busy for long comes to its timers before it sends what could be sent by now, but
-// it sends between two ticks.
-void Connection::lookAtProgress() {
+// After a long callback the loop runs the timer before it sends bytes that could be sent. It sends
+// between two ticks, so two ticks without progress are needed.
+void Connection::checkProgress() {
   const std::size_t unsent = uv_stream_get_write_queue_size(stream());
   quietTicks_ = unsent == unsent_ ? quietTicks_ + 1 : 0;
   unsent_ = unsent;
   isDropped_ = quietTicks_ == 2;
-  goOn();
+  proceed();
 }
 
 }  // namespace ZelAgent

@@ -51,11 +51,11 @@ void ControlServer::accept() {
   LoopHandle<uv_pipe_t> stream = makePipe(loop_, nullptr);
   if (uv_accept(streamOf(*listener_), streamOf(*stream)) != 0) return;
   if (connections_.size() >= limits_.clients) return refuse(*stream);
-  ConnectionOwner& owner = *this;  // which only this knows it to be
-  connections_.emplace_back(loop_, std::move(stream), service_, owner, limits_.patience);
+  ConnectionOwner& owner = *this;  // converted here: the base is private
+  connections_.emplace_back(loop_, std::move(stream), service_, owner, limits_.clientTimeout);
 }
 
-// What a client will ask, and how, is not known yet; a line of JSON can be read by all.
+// The framing of the client is not known yet. Any client can read a line of JSON.
 void ControlServer::refuse(uv_pipe_t& stream) const {
   const Answer tooMany{ExitStatus::failure, std::to_string(limits_.clients) +
                                                 " clients are connected, which is the limit; "
@@ -65,7 +65,7 @@ void ControlServer::refuse(uv_pipe_t& stream) const {
   uv_try_write(streamOf(stream), &buffer, 1);
 }
 
-// A turn may be the end of its connection, and of no other.
+// A turn may destroy its connection, and no other.
 void ControlServer::giveTurns() {
   bool isWaiting = false;
   for (auto next = connections_.begin(); next != connections_.end();) {

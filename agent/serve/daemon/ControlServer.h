@@ -11,22 +11,22 @@
 
 namespace ZelAgent {
 
-/// What one daemon allows its clients.
+/// The limits of a daemon for its clients.
 struct ServerLimits {
   std::size_t clients = 256;
-  /// Of one answer, which is all that can wait to be sent to a client.
+  /// The longest answer. At most one answer waits for each client.
   std::size_t unsentBytes = std::size_t{8} * 1024 * 1024;
-  /// How long a client may accept nothing of an answer that waits. 0 is without a limit.
-  std::chrono::milliseconds patience = std::chrono::seconds(30);
+  /// How long a client may read nothing of an answer that waits. 0 is without a limit.
+  std::chrono::milliseconds clientTimeout = std::chrono::seconds(30);
 };
 
 /// Serves the clients of one socket.
 ///
-/// In each turn of the loop every client that has requests gets one of them answered, so no client
-/// waits for all requests of another. Clients beyond the limit get an error and are closed.
+/// In each turn of the loop, one request of every client that has requests is answered. So no
+/// client waits for all requests of another. Clients beyond the limit get an error and are closed.
 class ControlServer final : private ConnectionOwner {
  public:
-  /// All that is passed by reference must outlive this.
+  /// The objects that are passed by reference must outlive this.
   ControlServer(EventLoop& loop, ListeningSocket& socket, ServedAgent& served,
                 const ServerLimits& limits);
   ControlServer(const ControlServer&) = delete;

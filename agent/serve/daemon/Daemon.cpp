@@ -39,28 +39,28 @@ ExitStatus Daemon::serve() {
 void Daemon::reload() {
   try {
     warn(served_.reload());
-    tell(printable(options_.configuration, 1000) + " applied");
+    printLine(printable(options_.configuration, 1000) + " applied");
   } catch (const ConfigError& error) {
-    tell(std::string("error: ") + error.what() + "; the configuration in force is unchanged");
+    printLine(std::string("error: ") + error.what() + "; the configuration in force is unchanged");
   } catch (const std::exception& error) {
-    tell("error: the reload failed: " + printable(error.what(), 1000));
+    printLine("error: the reload failed: " + printable(error.what(), 1000));
   }
 }
 
-void Daemon::tell(const std::string& line) {
+void Daemon::printLine(const std::string& line) {
   err_ << line << std::endl;
   err_.clear();
 }
 
 void Daemon::warn(const std::vector<std::string>& warnings) {
   for (const std::string& warning : warnings)
-    tell("warning: " + warning);
+    printLine("warning: " + warning);
 }
 
 bool Daemon::announce() {
   out_ << "serving on " << printable(options_.socket, 1000) << std::endl;
   if (out_) return true;
-  tell("error: standard output cannot be written");
+  printLine("error: standard output cannot be written");
   return false;
 }
 

@@ -20,10 +20,10 @@ struct DaemonOptions {
   ServerLimits limits;
 };
 
-/// An agent that serves: it applies its configuration, listens, changes on request, and ends.
+/// An agent that applies its configuration and serves clients until a signal ends it.
 ///
 /// At the end the clients are closed, then the socket file is removed, then the configuration is
-/// removed from the chip. A wrong configuration ends the daemon at its start only.
+/// removed from the chip. A wrong configuration ends the daemon only at its start.
 class Daemon final {
  public:
   Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err);
@@ -38,9 +38,10 @@ class Daemon final {
 
  private:
   void reload();
-  // A line on `err`, which may be closed.
-  void tell(const std::string& line);
+  // Prints a line on `err`, which may be closed.
+  void printLine(const std::string& line);
   void warn(const std::vector<std::string>& warnings);
+  // Prints that the daemon serves. Returns whether the line could be written.
   [[nodiscard]] bool announce();
 
   DaemonOptions options_;
@@ -50,8 +51,8 @@ class Daemon final {
   ServedAgent served_;
 };
 
-/// `zel-agent serve`. Returns `success` only if a signal ended the daemon. Prints anything else
-/// that ends it on `err`, in one line.
+/// `zel-agent serve`. Returns `success` if a signal ended the daemon. Otherwise prints one line on
+/// `err` that says why it ended.
 [[nodiscard]] ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace ZelAgent

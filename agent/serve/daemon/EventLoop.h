@@ -9,16 +9,16 @@
 
 namespace ZelAgent {
 
-/// The loop to which all signals, clients and timers come, one after the other on one thread. The
-/// agent must not be called from two threads.
+/// The loop that runs the callbacks of all signals, clients and timers, one after the other on one
+/// thread. The agent must not be called from two threads.
 ///
-/// A handle is closed before its memory is freed, and every handle before the loop.
+/// A handle is closed before its memory is freed. Every handle is closed before the loop.
 class EventLoop final {
  public:
   EventLoop();
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
-  /// Precondition: every handle has been given up.
+  /// Precondition: every handle has been closed.
   ~EventLoop();
 
   [[nodiscard]] uv_loop_t* get() noexcept { return &loop_; }
@@ -31,8 +31,8 @@ class EventLoop final {
 };
 
 /// Closes a handle. The loop frees its memory.
-struct GiveUpHandle {
-  /// `data` becomes null at once, for callbacks that come late.
+struct CloseHandle {
+  /// `data` becomes null at once, so that later callbacks see that the owner is gone.
   template <class Handle>
   void operator()(Handle* handle) const noexcept {
     handle->data = nullptr;
@@ -42,7 +42,7 @@ struct GiveUpHandle {
 };
 
 template <class Handle>
-using LoopHandle = std::unique_ptr<Handle, GiveUpHandle>;
+using LoopHandle = std::unique_ptr<Handle, CloseHandle>;
 
 /// Throws a `std::runtime_error` with the message of libuv if the result is an error.
 inline void needSuccess(int result, const char* what) {
@@ -59,8 +59,8 @@ template <class Handle, class Initialise, class... Arguments>
   return LoopHandle<Handle>(handle.release());
 }
 
-/// Handles a signal on the loop, between its other work. A signal that comes before the loop runs
-/// is handled when it runs.
+/// Handles a signal on the loop. A signal that arrives before the loop runs is handled when the
+/// loop runs.
 class SignalWatch final {
  public:
   SignalWatch(EventLoop& loop, int signal, std::function<void()> handle);

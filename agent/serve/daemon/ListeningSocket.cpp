@@ -21,7 +21,7 @@ constexpr int backlog = 128;
 constexpr int lockAttempts = 100;
 constexpr auto lockPause = std::chrono::milliseconds(10);
 
-// The file mode mask of the process, as long as this lives.
+// Sets the file mode mask of the process during its lifetime.
 class FileModeMask final {
  public:
   explicit FileModeMask(mode_t mask) : before_(umask(mask)) {}
@@ -45,8 +45,8 @@ int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileHand
   return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-// Two daemons that replace the same stale socket must not replace each other's. The lock is held
-// for an instant by each that starts; it ends with its descriptor.
+// Two daemons that replace the same stale socket must not replace each other's socket. Each daemon
+// holds the lock for a short time at its start. Closing the descriptor releases the lock.
 FileHandle lockFolderOf(const std::string& path) {
   const std::string parent = std::filesystem::path(path).parent_path();
   FileHandle folder(
@@ -60,8 +60,8 @@ FileHandle lockFolderOf(const std::string& path) {
                     ": another process locks its folder; end it, or give another path");
 }
 
-// Whether nobody listens on the socket that is at the path.
-void needStale(const std::string& path) {
+// Throws if a process listens on the socket at the path.
+void requireStale(const std::string& path) {
   const FileHandle probe = makeSocket(path);
   if (callWithAddress(connect, probe, path) == 0 || errno == EAGAIN) {
     throw SocketError(printable(path, 1000) +
@@ -70,7 +70,7 @@ void needStale(const std::string& path) {
   if (errno != ECONNREFUSED) throw socketErrorOf(path, "the socket there cannot be probed", errno);
 }
 
-// A file that is in the way and may be replaced is removed.
+// Removes the socket at the path if it may be replaced. Throws if it may not.
 void clearPath(const std::string& path) {
   struct stat file {};
   if (lstat(path.c_str(), &file) != 0) {
@@ -81,7 +81,7 @@ void clearPath(const std::string& path) {
     throw SocketError(printable(path, 1000) +
                       ": is a file that is not a socket; give the path of a socket");
   }
-  needStale(path);
+  requireStale(path);
   if (unlink(path.c_str()) != 0) {
     throw socketErrorOf(path, "the stale socket cannot be removed", errno);
   }

@@ -8,11 +8,12 @@
 
 namespace ZelAgent {
 
-/// The Unix socket on which a daemon listens. Whoever can write to it commands the agent.
+/// The Unix socket on which a daemon listens. A process that can write to it controls the agent.
 ///
-/// The socket's file never has wider permissions than its owner's. A file at the path is replaced
-/// only if it is a socket on which nobody listens. At the end the file is removed only if it is the
-/// one that was made here. Of several daemons that start at once, at most one gets the path.
+/// Only the owner can ever access the socket's file. A file at the path is replaced only if it is a
+/// socket on which no process listens. At the end the file is removed only if it is still the one
+/// that was created here. Of several daemons that start at the same time, at most one gets the
+/// path.
 class ListeningSocket final {
  public:
   /// Throws a `SocketError`.
@@ -22,7 +23,8 @@ class ListeningSocket final {
   ~ListeningSocket();
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
-  /// Gives the non-blocking descriptor away. The file still belongs to this object.
+  /// Returns the non-blocking descriptor and gives up its ownership. The file still belongs to
+  /// this.
   [[nodiscard]] int release() noexcept { return socket_.release(); }
 
  private:

@@ -9,13 +9,13 @@
 
 namespace ZelAgent {
 
-/// The answer to a request. Headers that only name it declare it.
+/// The answer to a request.
 struct Answer {
   ExitStatus status = ExitStatus::success;
-  OrderedJson output = "";  // a text, except if JSON was asked for; an error is always a text
+  OrderedJson output = "";  // a text, or JSON if the request wants it; an error is always a text
 };
 
-/// The bytes of the answer, from which a client sees its end and its status.
+/// The bytes of the answer. A client can read the end and the status of the answer from them.
 ///
 /// As JSON it is one line, {"status": N, "output": ...}. As text it is the lines of the output and
 /// then the line ".". A line of the output that begins with "." has another "." before it. An error

@@ -12,11 +12,10 @@ struct Answer;
 
 struct Reply {
   std::string bytes;
-  bool isLast = false;  // the connection is to be closed
+  bool isLast = false;  // the connection must be closed after it
 };
 
-/// Answers request lines, however their bytes arrive. Each line has one answer, whatever it
-/// contains, and never an exception.
+/// Answers request lines. Each line gets one answer, also a wrong one. No exception leaves `reply`.
 class ControlService final {
  public:
   /// The agent must outlive this. A reply of more bytes than `longestReply` is replaced by an

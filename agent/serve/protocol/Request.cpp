@@ -11,17 +11,17 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* wanted = R"({"command": "...", "json": true|false})";
+constexpr const char* expectedForm = R"({"command": "...", "json": true|false})";
 
 bool isUtf8(const std::string& text) {
   try {
-    return !json(text).dump().empty();  // is strict about it
+    return !json(text).dump().empty();  // throws for bytes that are not UTF-8
   } catch (const json::type_error&) {
     return false;
   }
 }
 
-void needText(const std::string& line) {
+void requireText(const std::string& line) {
   if (line.find('\0') != std::string::npos) {
     throw RequestError("a request must be text, found a NUL byte");
   }
@@ -35,7 +35,7 @@ json parse(const std::string& line) {
   try {
     return parseJson(line, "request");
   } catch (const ConfigError& error) {
-    throw RequestError(std::string(error.what()) + "; a request must be " + wanted);
+    throw RequestError(std::string(error.what()) + "; a request must be " + expectedForm);
   }
 }
 
@@ -58,12 +58,12 @@ Request fromJson(const json& document) {
       request.asJson = flagOf(member);
     } else {
       throw RequestError("request: unknown member " + inQuotes(name) + "; a request must be " +
-                         wanted);
+                         expectedForm);
     }
   }
   if (!document.contains("command")) {
     throw RequestError(std::string("request: member command is missing; a request must be ") +
-                       wanted);
+                       expectedForm);
   }
   return request;
 }
@@ -75,7 +75,7 @@ Framing framingOf(const std::string& line) {
 }
 
 Request readRequest(const std::string& line) {
-  needText(line);
+  requireText(line);
   if (framingOf(line) == Framing::text) return {line, false};
   return fromJson(parse(line));
 }
@@ -89,37 +89,37 @@ void RequestLines::append(std::string_view bytes) {
   if (isBroken_) return;
   bytes_.erase(0, taken_);
   searched_ -= taken_;
-  if (newline_ != nowhere) newline_ -= taken_;
+  if (newline_ != none) newline_ -= taken_;
   taken_ = 0;
   bytes_ += bytes;
   findNewline();
 }
 
 void RequestLines::findNewline() {
-  if (newline_ != nowhere) return;
+  if (newline_ != none) return;
   newline_ = bytes_.find('\n', searched_);
-  searched_ = newline_ == nowhere ? bytes_.size() : newline_;
+  searched_ = newline_ == none ? bytes_.size() : newline_;
 }
 
 bool RequestLines::hasNext() const noexcept {
   if (isBroken_) return false;
   const std::size_t left = bytes_.size() - taken_;
-  return newline_ != nowhere || left > longest || (isEnded_ && left > 0);
+  return newline_ != none || left > longest || (isEnded_ && left > 0);
 }
 
 RequestLine RequestLines::next() {
-  const std::size_t size = (newline_ == nowhere ? bytes_.size() : newline_) - taken_;
-  if (size > longest) return giveBeginning();
-  RequestLine line{newline_ == nowhere ? RequestLine::Kind::unfinished : RequestLine::Kind::whole,
+  const std::size_t size = (newline_ == none ? bytes_.size() : newline_) - taken_;
+  if (size > longest) return takeBeginning();
+  RequestLine line{newline_ == none ? RequestLine::Kind::unfinished : RequestLine::Kind::whole,
                    bytes_.substr(taken_, size)};
-  taken_ = newline_ == nowhere ? bytes_.size() : newline_ + 1;
+  taken_ = newline_ == none ? bytes_.size() : newline_ + 1;
   searched_ = taken_;
-  newline_ = nowhere;
+  newline_ = none;
   findNewline();
   return line;
 }
 
-RequestLine RequestLines::giveBeginning() {
+RequestLine RequestLines::takeBeginning() {
   isBroken_ = true;
   RequestLine line{RequestLine::Kind::tooLong, bytes_.substr(taken_, shownOfTooLong)};
   std::string().swap(bytes_);

@@ -16,7 +16,7 @@ enum class Framing { text, json };
 /// without NUL bytes.
 struct Request {
   std::string command;
-  bool asJson = false;  // of the output, in either framing
+  bool asJson = false;  // whether the output is JSON, in either framing
 };
 
 [[nodiscard]] Framing framingOf(const std::string& line);
@@ -25,12 +25,12 @@ struct Request {
 /// The request as a line of JSON, with its line end.
 [[nodiscard]] std::string toLine(const Request& request);
 
-/// A line of a request, or why there is none.
+/// A request line, or what arrived in place of one.
 struct RequestLine {
   enum class Kind : std::uint8_t {
     whole,
-    tooLong,     // the text is its beginning
-    unfinished,  // the bytes ended before the line did
+    tooLong,     // the text is the beginning of the line
+    unfinished,  // the bytes ended without a newline
   };
 
   Kind kind = Kind::whole;
@@ -39,14 +39,14 @@ struct RequestLine {
 
 /// Cuts the bytes of a client into request lines.
 ///
-/// Requests come out in the order of their bytes, whatever pieces the bytes arrive in. At most the
-/// longest line and the last piece are kept. Nothing follows a line that is too long.
+/// The bytes may arrive in any pieces. Lines are returned in the order of their bytes. At most the
+/// longest line and the last piece are kept. A line that is too long is the last line.
 class RequestLines final {
  public:
   static constexpr std::size_t longest = std::size_t{64} * 1024;
 
   void append(std::string_view bytes);
-  /// No more bytes will come.
+  /// No more bytes will arrive.
   void end() noexcept { isEnded_ = true; }
 
   [[nodiscard]] bool hasNext() const noexcept;
@@ -54,16 +54,16 @@ class RequestLines final {
   [[nodiscard]] RequestLine next();
 
  private:
-  static constexpr std::size_t nowhere = std::string::npos;
+  static constexpr std::size_t none = std::string::npos;
   static constexpr std::size_t shownOfTooLong = 100;
 
   void findNewline();
-  [[nodiscard]] RequestLine giveBeginning();
+  [[nodiscard]] RequestLine takeBeginning();
 
   std::string bytes_;
-  std::size_t taken_ = 0;          // of bytes_
-  std::size_t searched_ = 0;       // of bytes_; no line end is between taken_ and here
-  std::size_t newline_ = nowhere;  // where the line at taken_ ends, once that is known
+  std::size_t taken_ = 0;       // of bytes_
+  std::size_t searched_ = 0;    // of bytes_; no line end is between taken_ and here
+  std::size_t newline_ = none;  // the end of the line at taken_, if it has arrived
   bool isEnded_ = false;
   bool isBroken_ = false;  // a line was too long
 };
