@@ -20,17 +20,17 @@ struct DropCount {
   SoftChip::PacketCounter counter;
 };
 
-/// How many packets went which way.
+/// How many packets matched each rule, left by a route of each VRF, and were dropped for each
+/// reason.
 ///
 /// Rules are by interface in the order in which they are tried, VRFs by name, and drop reasons in
-/// the order of their values. VRFs and reasons without a packet are left out. As JSON:
+/// the order of their values. VRFs and reasons without packets are left out. As JSON:
 ///
 ///   rules   array of {interface, networkInstance, policy, rule, match, action, programmed,
-///   packets,
-///           bytes}
-///   vrfs    array of {vrfName, packets, bytes}: what left by a route of the VRF
+///           packets, bytes}
+///   vrfs    array of {vrfName, packets, bytes}: the packets that left by a route of the VRF
 ///   drops   array of {reason, packets, bytes}
-///   notIp   number of frames that carried no IP
+///   notIp   number of frames without an IP packet
 struct ForwardCounters {
   RuleStates rules;
   std::map<L3::VrfName, SoftChip::PacketCounter> vrfs;

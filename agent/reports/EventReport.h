@@ -12,23 +12,22 @@ namespace ZelAgent {
 
 /// An event that was played, with what it caused.
 ///
-/// A report shows the event and its place in the file, if it has one; then the hook calls in their
-/// order; then the statuses that changed. As JSON it is one document on one line:
+/// A report has the event and its place in the file, if it has one; then the hook calls in order;
+/// then the statuses that changed. As JSON it is one document on one line:
 ///
 ///   event      {file, line, text}; {text} if it was not read from a file
-///   calls      array of {hook, vrfName, fallbackVrfName, postDecapVrfName, action, failed}; hook
-///   is
-///              "createVrf", "updateVrf" or "deleteVrf"
+///   calls      array of {hook, vrfName, fallbackVrfName, postDecapVrfName, action, failed};
+///              hook is "createVrf", "updateVrf" or "deleteVrf"
 ///   statuses   array of {vrfName, fallbackVrfName, postDecapVrfName, action, before, after}; the
 ///              last two are null for none, otherwise {status, failureReason, failureDescription}
-///   actions, chip   as in every report
+///   actions, chip   as StateReport.h describes them
 struct PlayedEvent {
   std::optional<EventPlace> place;
   Event event;
   EventEffects effects;
 };
 
-/// For `show` it also prints the table, and each resource of the chip in full.
+/// For `show`, prints the table of actions and each resource of the chip instead of the calls.
 void writeTextReport(std::ostream& out, const PlayedEvent& played, const AgentState& state);
 [[nodiscard]] OrderedJson reportJson(const PlayedEvent& played, const AgentState& state);
 void writeJsonReport(std::ostream& out, const PlayedEvent& played, const AgentState& state);

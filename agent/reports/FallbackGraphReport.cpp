@@ -14,7 +14,7 @@ std::string toText(const L3::VrfName& name) {
   return toWord(name.bytes());
 }
 
-// A label in DOT's quotes. Backslashes would escape and ampersands begin entities.
+// A label in DOT's quotes. Quotes and backslashes are escaped, and ampersands are entities.
 std::string label(const std::string& text) {
   std::string quoted = "label=\"";
   for (const char byte : text) {
@@ -51,7 +51,7 @@ class DotWriter final {
          << "];\n";
   }
 
-  // A VRF on a cycle has no other fallback than the next on it.
+  // The fallback VRF of a VRF on a cycle is the next VRF on the cycle.
   void writeFallback(const GraphVrf& vrf) {
     if (vrf.fallback.empty()) return;
     out_ << "  " << nodes_.at(vrf.name) << " -> " << nodes_.at(vrf.fallback)

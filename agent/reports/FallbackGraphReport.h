@@ -13,8 +13,8 @@ namespace ZelAgent {
 void writeTextReport(std::ostream& out, const FallbackGraph& graph);
 
 /// Prints the graph in Graphviz's language. VRFs are ellipses, dashed if not configured. Actions
-/// are boxes. Cycles are red, and each has a comment line. Names are escaped so that a drawing
-/// shows them as the lines do.
+/// are boxes. Cycles are red, and each has a comment line. A drawing shows names as the text report
+/// does.
 void writeDotReport(std::ostream& out, const FallbackGraph& graph);
 
 /// {vrfs: array of {vrfName, configured, fallbackVrfName}, actions: array of {vrfName,

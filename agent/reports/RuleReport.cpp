@@ -11,17 +11,17 @@
 namespace ZelAgent {
 namespace {
 
-constexpr std::size_t mostBytes = 1000;
+constexpr std::size_t maxBytes = 1000;
 
-// "edge", or "red: edge" for a policy of another network instance than the default one.
+// "edge", or "red: edge" for a policy of a network instance other than the default one.
 std::string policyText(const ActionUser& user) {
-  std::string policy = printable(user.policyId, mostBytes);
+  std::string policy = printable(user.policyId, maxBytes);
   if (user.networkInstance == defaultVrfName) return policy;
-  return printable(user.networkInstance, mostBytes) + ": " + policy;
+  return printable(user.networkInstance, maxBytes) + ": " + policy;
 }
 
 std::string stateText(const RuleState& rule) {
-  return rule.place ? "programmed" : "not programmed: " + printable(rule.reason, mostBytes);
+  return rule.place ? "programmed" : "not programmed: " + printable(rule.reason, maxBytes);
 }
 
 }  // namespace
@@ -38,7 +38,7 @@ OrderedJson actionJson(const PolicyMap::RuleAction& action) {
 }
 
 std::vector<std::string> nameCells(const RuleState& rule) {
-  return {printable(rule.user.interface, mostBytes), policyText(rule.user),
+  return {printable(rule.user.interface, maxBytes), policyText(rule.user),
           std::to_string(rule.user.sequenceId), toText(rule.rule.match), toText(rule.rule.action)};
 }
 
@@ -80,7 +80,7 @@ void writeTextReport(std::ostream& out, const ActionUsers& users) {
   TextTable table{{"ACTION", "INTERFACE", "POLICY", "RULE"}};
   for (const auto& [action, usersOfAction] : users) {
     for (const ActionUser& user : usersOfAction) {
-      table.push_back({toText(action), printable(user.interface, mostBytes), policyText(user),
+      table.push_back({toText(action), printable(user.interface, maxBytes), policyText(user),
                        std::to_string(user.sequenceId)});
     }
   }

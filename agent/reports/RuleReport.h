@@ -9,21 +9,21 @@
 
 namespace ZelAgent {
 
-/// What a rule does: an action's text, "discard" or "-".
+/// The action of a rule as text; "discard" for a discard, "-" for no action.
 [[nodiscard]] std::string toText(const PolicyMap::RuleAction& action);
-/// The members that name the action. Null if there is none.
+/// The JSON members that name the action. Null for no action.
 [[nodiscard]] OrderedJson actionJson(const PolicyMap::RuleAction& action);
 
-/// Interface, policy, rule, match and action, printable.
+/// The cells that name a rule: interface, policy, rule, match and action, printable.
 [[nodiscard]] std::vector<std::string> nameCells(const RuleState& rule);
 /// {interface, networkInstance, policy, rule, match, action, programmed}.
 [[nodiscard]] OrderedJson ruleJson(const RuleState& rule);
 
-/// The rules of each interface, in the order in which they are tried, and the state of each.
+/// Prints the rules of each interface in the order in which they are tried, and the state of each.
 void writeTextReport(std::ostream& out, const RuleStates& rules);
 [[nodiscard]] OrderedJson toJson(const RuleStates& rules);
 
-/// The users of each action.
+/// Prints the users of each action.
 void writeTextReport(std::ostream& out, const ActionUsers& users);
 [[nodiscard]] OrderedJson toJson(const ActionUsers& users);
 

@@ -84,7 +84,7 @@ void writeChip(std::ostream& out, const ChipState& chip) {
       << chip.hookCounts.deletes << " deletes, " << chip.hookCounts.failures << " failed\n";
 }
 
-std::string inFull(const SoftChip::VrfProgram& program) {
+std::string programText(const SoftChip::VrfProgram& program) {
   std::ostringstream text;
   text << program;
   return printable(text.str(), std::string_view::npos);
@@ -143,8 +143,10 @@ void writeResourceReport(std::ostream& out, const AgentState& state) {
     const bool isStale = action.resourceIsStale();
     out << "  resource " << action.resource->index << " of " << toText(action.action)
         << (isStale ? ", stale" : "") << ":\n"
-        << "    " << inFull(action.resource->program) << '\n';
-    if (isStale) out << "    an update would program: " << inFull(action.currentProgram) << '\n';
+        << "    " << programText(action.resource->program) << '\n';
+    if (isStale) {
+      out << "    an update would program: " << programText(action.currentProgram) << '\n';
+    }
   }
 }
 

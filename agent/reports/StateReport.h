@@ -9,7 +9,7 @@
 
 namespace ZelAgent {
 
-/// Members of a JSON object stay in the order in which they were put in.
+/// A JSON document whose members stay in the order of their insertion.
 using OrderedJson = nlohmann::ordered_json;
 
 /// The action on one line, with every field that is set. Names are words of event files:
@@ -21,12 +21,12 @@ using OrderedJson = nlohmann::ordered_json;
 void writeTextReport(std::ostream& out, const std::string& title, const AgentState& state);
 
 /// Prints the program of each resource, in the order of the actions, on two lines. A stale resource
-/// has a third line with the program that the chip would make now.
+/// has a third line with the program that an update would write.
 void writeResourceReport(std::ostream& out, const AgentState& state);
 
 /// Prints the report as one JSON document on one line. Its members are:
 ///
-///   configuration   the file that was applied; null for the report after everything was removed
+///   configuration   the file that was applied; null after everything was removed
 ///   actions         array, in the order of their names, of
 ///     vrfName, fallbackVrfName, postDecapVrfName   strings, empty for none
 ///     action                                       "actionVrf" or "actionDecapVrf"
@@ -34,9 +34,9 @@ void writeResourceReport(std::ostream& out, const AgentState& state);
 ///     usedBy       array of {interface, networkInstance, policy, rule}
 ///     status, failureReason, failureDescription    strings
 ///     resource     null, or {index, current, lookUp, fallback, postDecap, decapNhEnabled,
-///                  decapNhFallbackEnabled}; the three walks are arrays of {vrfName, vrfId,
-///                  exactMatchLens, exactMatchLensV6}; current is false if the chip would make
-///                  another program now
+///                  decapNhFallbackEnabled}; lookUp, fallback and postDecap are arrays of
+///                  {vrfName, vrfId, exactMatchLens, exactMatchLensV6}; current is false if an
+///                  update would write another program
 ///   chip            {capacity, used, creates, updates, deletes, failures}
 void writeJsonReport(std::ostream& out, const std::optional<std::string>& configuration,
                      const AgentState& state);

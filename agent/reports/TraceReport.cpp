@@ -8,7 +8,7 @@
 namespace ZelAgent {
 namespace {
 
-constexpr auto whole = std::string_view::npos;
+constexpr auto noLimit = std::string_view::npos;
 
 OrderedJson recordJson(const Blinklog::Record& record) {
   return {{"sequence", record.sequence},       {"level", record.site->level},
@@ -21,8 +21,8 @@ OrderedJson recordJson(const Blinklog::Record& record) {
 void writeTrace(std::ostream& out, std::span<const Blinklog::Record> records) {
   for (const Blinklog::Record& record : records) {
     out << record.sequence << " level " << record.site->level << " line " << record.site->line
-        << ' ' << printable(record.site->function, whole) << ": " << printable(record.text, whole)
-        << '\n';
+        << ' ' << printable(record.site->function, noLimit) << ": "
+        << printable(record.text, noLimit) << '\n';
   }
 }
 

@@ -8,8 +8,8 @@
 
 namespace ZelAgent {
 
-/// Prints messages of the library, oldest first, one printable line each. The messages come from
-/// the ring of this process or from a file that another one left.
+/// Prints messages of the library, oldest first, one printable line each. The messages are from the
+/// ring of this process or from the file of another process.
 void writeTrace(std::ostream& out, std::span<const Blinklog::Record> records);
 
 /// The same as an array of {sequence, level, path, line, function, text}.

@@ -13,11 +13,11 @@
 namespace ZelAgent {
 
 // The commands of the command line that work without a daemon. Each prints its result on `out`, and
-// warnings and errors on `err`, one line each.
+// each warning and error as one line on `err`.
 
-/// An agent to which the configuration, and then the events of a file, have been applied. Prints
-/// warnings on `err`, a line each. Throws a `ConfigError` or an `EventError` if anything could not
-/// be applied.
+/// Returns an agent to which the configuration and then the events of the file have been applied.
+/// Prints each warning as one line on `err`. Throws a `ConfigError` or an `EventError` if anything
+/// could not be applied.
 [[nodiscard]] std::unique_ptr<ForwardingAgent> prepareAgent(
     const std::string& configuration, const std::optional<std::string>& events, std::ostream& err);
 
@@ -29,10 +29,10 @@ struct RunOptions {
   std::uint32_t chipCapacity = usualChipCapacity;
 };
 
-/// `zel-agent run`: what a series of configurations, and then of events, does to the chip.
+/// `zel-agent run`: applies configurations, then events, and prints what each does to the chip.
 ///
-/// Each configuration and event that was applied is reported. A wrong one ends the series. At the
-/// end, also after a wrong one, everything is removed and the empty agent is reported.
+/// A report is printed after each configuration and event. A wrong one ends the run. At the end,
+/// also after a wrong one, everything is removed and the empty agent is reported.
 [[nodiscard]] ExitStatus runConfigurations(const RunOptions& options, std::ostream& out,
                                            std::ostream& err);
 
@@ -41,8 +41,8 @@ struct FallbackGraphOptions {
   bool dot = false;
 };
 
-/// `zel-agent fallback-graph`: which VRF falls back to which in a configuration, which is not
-/// applied. Each cycle is also a warning.
+/// `zel-agent fallback-graph`: prints the fallback VRF of each VRF of a configuration. The
+/// configuration is not applied. Each cycle is also a warning.
 [[nodiscard]] ExitStatus showFallbackGraph(const FallbackGraphOptions& options, std::ostream& out,
                                            std::ostream& err);
 
@@ -54,10 +54,10 @@ struct ForwardOptions {
   bool json = false;
 };
 
-/// `zel-agent forward`: sends captured packets through the chip.
+/// `zel-agent forward`: forwards captured packets through the chip.
 ///
-/// Packets of several captures are sent in the order of their times, those of one capture in the
-/// order of the file. The captures of what leaves are written whole or not at all.
+/// Packets of several captures are forwarded in the order of their times. Packets of one capture
+/// are forwarded in the order of the file. After an error there are no output captures.
 [[nodiscard]] ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out,
                                          std::ostream& err);
 
@@ -69,7 +69,7 @@ struct ExplainOptions {
   bool json = false;
 };
 
-/// `zel-agent explain`: the way of one packet, step by step.
+/// `zel-agent explain`: prints the path of one packet, step by step.
 [[nodiscard]] ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out,
                                        std::ostream& err);
 
@@ -78,17 +78,15 @@ struct TraceOptions {
   bool json = false;
 };
 
-/// `zel-agent trace`: the messages in the file in which a process, which may be gone, kept its
-/// ring.
+/// `zel-agent trace`: prints the messages of a trace file. Its process may have ended.
 ///
-/// Every message that was written completely is shown, oldest first. Nothing is shown of a file
-/// that is damaged. As JSON it is one document on one line, {process, madeAt, messages}: the number
-/// of the process, when it began to write there, and the messages as TraceReport.h describes them.
+/// Prints every message that was written completely, oldest first. Prints nothing of a damaged
+/// file. As JSON it is one document on one line, {process, madeAt, messages}: the number of the
+/// process, the time when the file was made, and the messages as TraceReport.h describes them.
 [[nodiscard]] ExitStatus showTraceFile(const TraceOptions& options, std::ostream& out,
                                        std::ostream& err);
 
-/// Keeps the ring of this process in the file from now on. Returns `failure` if that is not
-/// possible.
+/// Moves the ring of this process into the file. Returns `failure` if that is not possible.
 [[nodiscard]] ExitStatus keepTraceIn(const std::string& file, std::ostream& err);
 
 }  // namespace ZelAgent

@@ -22,7 +22,7 @@
 namespace ZelAgent {
 namespace {
 
-// A capture, and the next packet of it.
+// A capture and its next packet.
 class Source final {
  public:
   explicit Source(const std::string& capture)
@@ -48,7 +48,7 @@ class Source final {
   std::optional<CapturedPacket> packet_;
 };
 
-// The source whose packet is the earliest, the first of several; null when all are at their end.
+// The source with the earliest packet; the first of several; null if all are at their end.
 Source* earliest(std::vector<Source>& sources) {
   Source* found = nullptr;
   for (Source& source : sources) {

@@ -23,7 +23,7 @@ class Run final {
 
   [[nodiscard]] ExitStatus runAll() {
     try {
-      runSeries();
+      applyAll();
     } catch (const ConfigError& error) {
       reportBadInput(error.what());
     } catch (const EventError& error) {
@@ -36,8 +36,8 @@ class Run final {
   }
 
  private:
-  // The events are read first: if they cannot be, nothing needs to be applied to find out.
-  void runSeries() {
+  // The event file is read first, so that nothing is applied if it cannot be read.
+  void applyAll() {
     const std::string events =
         options_.events ? readTextFile(*options_.events, "a readable event file") : "";
     for (const std::string& file : options_.configurations)
@@ -78,7 +78,7 @@ class Run final {
     } else {
       writeTextReport(out_, file ? printable(*file, 1000) + " applied" : "all removed", state);
     }
-    judge(state);
+    checkStrict(state);
   }
 
   void report(const PlayedEvent& played) {
@@ -88,10 +88,10 @@ class Run final {
     } else {
       writeTextReport(out_, played, state);
     }
-    judge(state);
+    checkStrict(state);
   }
 
-  void judge(const AgentState& state) {
+  void checkStrict(const AgentState& state) {
     if (options_.strict && hasFailedAction(state)) raiseStatus(ExitStatus::failure);
   }
 

@@ -14,7 +14,7 @@ namespace ZelAgent {
 
 /// One call of a command.
 ///
-/// A command reads its arguments to the end before it changes anything. A wrong argument is an
+/// A command reads all its arguments before it changes anything. A wrong argument is an
 /// `EventError`, and its text is the answer.
 struct CommandCall {
   ServedAgent& served;
@@ -23,18 +23,18 @@ struct CommandCall {
   bool asJson = false;
 };
 
-/// A JSON text if text was asked for: any number of lines, each with its line end. Otherwise the
-/// JSON document.
+/// The output of a command. As text it is a JSON string: any number of lines, each with its line
+/// end. As JSON it is the document.
 using CommandOutput = OrderedJson;
 
 using Command = CommandOutput (*)(const CommandCall& call);
 
-/// The output that was asked for: the text that `writeText` prints, or what `makeJson` returns.
+/// The output of the call: the text that `writeText` prints, or the JSON that `makeJson` returns.
 [[nodiscard]] CommandOutput outputOf(const CommandCall& call,
                                      const std::function<void(std::ostream&)>& writeText,
                                      const std::function<CommandOutput()>& makeJson);
 
-/// The output with a line in front for each warning, or as JSON with the member `warnings`.
+/// The output with the warnings: as text one line each in front, as JSON the member `warnings`.
 [[nodiscard]] CommandOutput withWarnings(const CommandCall& call,
                                          const std::vector<std::string>& warnings,
                                          CommandOutput output);

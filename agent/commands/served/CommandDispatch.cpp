@@ -18,12 +18,12 @@ bool beginsWith(const Words& name, const Words& words) {
   return name.size() >= words.size() && std::equal(words.begin(), words.end(), name.begin());
 }
 
-// Finds the row whose name the line begins with, one word after the other.
-class Search final {
+// Finds the row with the longest name that the line begins with.
+class RowSearch final {
  public:
-  explicit Search(EventLine& line) : line_(line) {}
+  explicit RowSearch(EventLine& line) : line_(line) {}
 
-  // The row, the line behind its name; nothing where the line is blank.
+  // Returns the row and takes its name off the line. Returns null for a blank line.
   const CommandRow* find() {
     while (takeWord()) {
     }
@@ -35,7 +35,7 @@ class Search final {
   }
 
  private:
-  // Takes the next word if the name of some row goes on with it.
+  // Takes the next word if the words so far and this word begin the name of a row.
   bool takeWord() {
     EventLine ahead = line_;
     pending_ = ahead.next();
@@ -63,11 +63,11 @@ class Search final {
     return &commandTable()[static_cast<std::size_t>(found - forms.begin())];
   }
 
-  [[noreturn]] void fail(bool mayEnd, const std::set<std::string>& next) const {
+  [[noreturn]] void fail(bool isComplete, const std::set<std::string>& next) const {
     const std::string where =
         words_.empty() ? "a command must begin with" : joined(words_, " ") + " must be followed by";
     Words allowed(next.begin(), next.end());
-    if (mayEnd) allowed.emplace_back("the end of the line");
+    if (isComplete) allowed.emplace_back("the end of the line");
     line_.fail(where + ' ' + alternatives(allowed), pending_);
   }
 
@@ -80,7 +80,7 @@ class Search final {
 
 CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson) {
   EventLine line(text);
-  const CommandRow* const row = Search(line).find();
+  const CommandRow* const row = RowSearch(line).find();
   if (row == nullptr) return asJson ? CommandOutput(nullptr) : CommandOutput("");
   line.formIs(row->form);
   if (!CommandForm(row->form).hasArguments()) line.needEnd();

@@ -6,10 +6,10 @@
 
 namespace ZelAgent {
 
-/// Runs the command of the line: that with the longest name that the line begins with.
+/// Runs the command with the longest name that the line begins with.
 ///
-/// Throws an `EventError` that lists the possible words if the line begins with no name. A blank
-/// line and a comment do nothing.
+/// Throws an `EventError` that lists the possible words if the line begins with no command name. A
+/// blank line and a comment do nothing.
 [[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson);
 
 }  // namespace ZelAgent

@@ -29,7 +29,7 @@ FormWord formWordOf(std::string text) {
   return word;
 }
 
-bool mayBe(const FormWord& form, const std::string& word) {
+bool accepts(const FormWord& form, const std::string& word) {
   return std::any_of(form.choices.begin(), form.choices.end(), [&](const std::string& choice) {
     return choice == word || isPlaceholder(choice);
   });
@@ -94,7 +94,7 @@ CommandForm::CommandForm(std::string_view form) {
 std::vector<std::string> CommandForm::choicesAfter(const std::vector<std::string>& words) const {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const FormWord* const form = wordAt(i);
-    if (form == nullptr || !mayBe(*form, words[i])) return {};
+    if (form == nullptr || !accepts(*form, words[i])) return {};
   }
   const FormWord* const next = wordAt(words.size());
   return next == nullptr ? std::vector<std::string>() : next->choices;

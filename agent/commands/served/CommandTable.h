@@ -14,20 +14,20 @@ struct FormWord {
   bool repeats = false;
 };
 
-/// How a command is written. The form serves to find the command, to help with it and to complete
-/// it.
+/// The syntax of a command. It is used to find the command, to print help and to complete lines.
 ///
-/// A form is words with one blank between them. A word in lower case stands for itself, one in
-/// upper case for what it names. "a|b" is either, "..." is one or more, and "[...]" is optional.
+/// A form is words with one blank between them. A word in lower case is a keyword. A word in upper
+/// case is a placeholder for a value. "a|b" is either, "..." is one or more, and "[...]" is
+/// optional.
 class CommandForm final {
  public:
   explicit CommandForm(std::string_view form);
 
-  /// The words in front that stand for themselves: the command's name.
+  /// The keywords at the beginning: the name of the command.
   [[nodiscard]] const std::vector<std::string>& name() const noexcept { return name_; }
   [[nodiscard]] bool hasArguments() const noexcept { return name_.size() < words_.size(); }
 
-  /// What may follow the words if they are a beginning of the form. Nothing otherwise.
+  /// The choices for the word after `words`. None if the form does not begin with `words`.
   [[nodiscard]] std::vector<std::string> choicesAfter(const std::vector<std::string>& words) const;
 
  private:
@@ -37,11 +37,11 @@ class CommandForm final {
   std::vector<std::string> name_;
 };
 
-/// Whether a choice stands for something else.
+/// Whether a choice is a placeholder for a value.
 [[nodiscard]] bool isPlaceholder(std::string_view choice) noexcept;
 
-/// A row makes a command, its help and its completion. Each form is in one row. Rows with the same
-/// name have the same command, which distinguishes their forms itself.
+/// A row defines a command, its help and its completion. Each form is in one row. Rows with the
+/// same name have the same command, which distinguishes the forms itself.
 struct CommandRow {
   const char* form;
   const char* help;

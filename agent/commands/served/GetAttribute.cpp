@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* form = "get TYPE ATTRIBUTE [KEY]";
 
-struct Question {
+struct Query {
   const Mox::Type* type = nullptr;
   std::string attribute;
   std::optional<std::string> key;
@@ -34,8 +34,8 @@ bool endsWithName(std::string_view name, std::string_view end) {
   return name.size() == end.size() || name.substr(0, name.size() - end.size()).ends_with("::");
 }
 
-// Of types that end alike, those that have attributes are meant.
-bool isMeant(const Mox::Type& type, std::string_view name) {
+// A type without attributes is found by its whole name only.
+bool isNamed(const Mox::Type& type, std::string_view name) {
   if (type.name == name) return true;
   const bool hasAttributes = type.reflection != nullptr && !type.reflection->attributes.empty();
   return hasAttributes && endsWithName(type.name, name);
@@ -45,7 +45,7 @@ const Mox::Type& needType(EventLine& arguments) {
   const std::optional<Word> word = arguments.next();
   for (const std::string_view module : Mox::moxModules()) {
     for (const Mox::Type* const type : Mox::moxModuleTypes(module)) {
-      if (word && isMeant(*type, word->text)) return *type;
+      if (word && isNamed(*type, word->text)) return *type;
     }
   }
   arguments.fail("TYPE must be a registered type with attributes, which `show types` lists", word);
@@ -59,7 +59,7 @@ std::string attributesOf(const Mox::Type& type) {
   return joined(names, ", ");
 }
 
-// Behind that many words.
+// The rest of the line after the first `words` words.
 std::string restOf(std::string_view line, std::size_t words) {
   constexpr std::string_view blanks = " \t";
   for (; words > 0; --words) {
@@ -70,55 +70,55 @@ std::string restOf(std::string_view line, std::size_t words) {
   return std::string(line);
 }
 
-// One word, or a string form with blanks and quotes in it as it stands.
+// One word; or else the rest of the line, which may be a string form with blanks and quotes.
 std::optional<std::string> readKey(const CommandCall& call) {
   try {
     const std::optional<Word> word = call.arguments.next();
     if (!word) return std::nullopt;
     if (!call.arguments.next()) return word->text;
-  } catch (const EventError&) {  // NOLINT(bugprone-empty-catch): it is no word
+  } catch (const EventError&) {  // NOLINT(bugprone-empty-catch): not a word
   }
   return restOf(call.line, 3);
 }
 
-Question readQuestion(const CommandCall& call) {
+Query readQuery(const CommandCall& call) {
   call.arguments.formIs(form);
-  Question question;
-  question.type = &needType(call.arguments);
+  Query query;
+  query.type = &needType(call.arguments);
   const std::optional<Word> attribute = call.arguments.next();
   if (!attribute) {
-    call.arguments.fail("ATTRIBUTE must be one of: " + attributesOf(*question.type), attribute);
+    call.arguments.fail("ATTRIBUTE must be one of: " + attributesOf(*query.type), attribute);
   }
-  question.attribute = attribute->text;
-  question.key = readKey(call);
-  return question;
+  query.attribute = attribute->text;
+  query.key = readKey(call);
+  return query;
 }
 
-std::string read(const Mox::Object& object, const Question& question,
+std::string read(const Mox::Object& object, const Query& query,
                  const std::optional<std::string>& key) {
-  const Mox::TextAnswer answer = Mox::attributeText(object, question.attribute, key);
+  const Mox::TextAnswer answer = Mox::attributeText(object, query.attribute, key);
   switch (answer.code) {
     case Mox::ReturnCode::success:
       return answer.text;
     case Mox::ReturnCode::notSupported:
-      fail(question.attribute + " can be called, but not read");
+      fail(query.attribute + " can be called, but not read");
     case Mox::ReturnCode::unknownAttribute:
       break;
   }
-  fail("ATTRIBUTE must be one of: " + attributesOf(*question.type) + ", found " +
-       Mox::quoted(question.attribute));
+  fail("ATTRIBUTE must be one of: " + attributesOf(*query.type) + ", found " +
+       Mox::quoted(query.attribute));
 }
 
-// The key may be a bare name, too.
-std::string readEntry(const Mox::Object& object, const Question& question) {
+// The key is a string form, or else a name without quotes.
+std::string readEntry(const Mox::Object& object, const Query& query) {
   try {
-    return read(object, question, question.key);
+    return read(object, query, query.key);
   } catch (const Mox::RangeException&) {
-    return read(object, question, Mox::quoted(*question.key));
+    return read(object, query, Mox::quoted(*query.key));
   }
 }
 
-struct Found {
+struct Result {
   std::string label;
   std::string text;
 };
@@ -127,28 +127,28 @@ bool isLabel(const std::string& label, const std::string& key) {
   return label == key || label == Mox::quoted(key);
 }
 
-// With several objects the key picks one of them; with one it is passed on.
-std::vector<Found> answersTo(const Question& question, const Mox::PtrInterface& top) {
-  const std::vector<LiveObject> objects = liveObjects(top, *question.type);
+// Of several objects the key selects one. Of a single object it selects an entry.
+std::vector<Result> resultsOf(const Query& query, const Mox::PtrInterface& top) {
+  const std::vector<LiveObject> objects = liveObjects(top, *query.type);
   if (objects.size() == 1 && objects.front().label.empty()) {
     const Mox::Object object = objects.front().object();
-    return {{"", question.key ? readEntry(object, question) : read(object, question, {})}};
+    return {{"", query.key ? readEntry(object, query) : read(object, query, {})}};
   }
-  std::vector<Found> answers;
+  std::vector<Result> results;
   for (const LiveObject& object : objects) {
-    if (question.key && !isLabel(object.label, *question.key)) continue;
-    answers.push_back({object.label, read(object.object(), question, {})});
+    if (query.key && !isLabel(object.label, *query.key)) continue;
+    results.push_back({object.label, read(object.object(), query, {})});
   }
-  if (question.key && answers.empty()) {
-    fail("KEY must be the key of an object, found " + Mox::quoted(*question.key));
+  if (query.key && results.empty()) {
+    fail("KEY must be the key of an object, found " + Mox::quoted(*query.key));
   }
-  return answers;
+  return results;
 }
 
-std::vector<Found> answersTo(const CommandCall& call) {
-  const Question question = readQuestion(call);
+std::vector<Result> resultsOf(const CommandCall& call) {
+  const Query query = readQuery(call);
   try {
-    return answersTo(question, call.served.agent().policySm());
+    return resultsOf(query, call.served.agent().policySm());
   } catch (const Mox::RangeException& error) {
     fail(std::string("KEY: ") + error.what());
   } catch (const Mox::ArgumentException& error) {
@@ -156,10 +156,10 @@ std::vector<Found> answersTo(const CommandCall& call) {
   }
 }
 
-// Each line of the text behind the label.
-void writeAnswer(std::ostream& out, const Found& found) {
-  const std::string label = found.label.empty() ? "" : found.label + ": ";
-  std::istringstream lines(found.text);
+// Prints each line of the text after the label.
+void writeResult(std::ostream& out, const Result& result) {
+  const std::string label = result.label.empty() ? "" : result.label + ": ";
+  std::istringstream lines(result.text);
   for (std::string line; std::getline(lines, line);)
     out << label << line << '\n';
 }
@@ -167,17 +167,17 @@ void writeAnswer(std::ostream& out, const Found& found) {
 }  // namespace
 
 CommandOutput getAttribute(const CommandCall& call) {
-  const std::vector<Found> answers = answersTo(call);
+  const std::vector<Result> results = resultsOf(call);
   return outputOf(
       call,
       [&](std::ostream& out) {
-        for (const Found& found : answers)
-          writeAnswer(out, found);
+        for (const Result& result : results)
+          writeResult(out, result);
       },
       [&] {
         OrderedJson json = OrderedJson::array();
-        for (const Found& found : answers)
-          json.push_back({{"object", found.label}, {"value", found.text}});
+        for (const Result& result : results)
+          json.push_back({{"object", result.label}, {"value", result.text}});
         return json;
       });
 }

@@ -17,11 +17,11 @@ namespace ZelAgent {
 namespace {
 
 struct TypedLine {
-  std::vector<std::string> words;  // that are complete
-  std::string_view last;           // what is typed of the next
+  std::vector<std::string> words;  // the complete ones
+  std::string_view last;           // the beginning of the next word
 };
 
-// Throws a `Mox::RangeException` on words that are not well quoted.
+// Throws a `Mox::RangeException` for a word that is quoted badly.
 TypedLine typedLineOf(std::string_view line) {
   const std::size_t blank = line.find_last_of(" \t");
   const std::size_t start = blank == std::string_view::npos ? 0 : blank + 1;
@@ -32,7 +32,7 @@ TypedLine typedLineOf(std::string_view line) {
   return typed;
 }
 
-bool standsForVrf(const std::string& choice) {
+bool isVrfPlaceholder(const std::string& choice) {
   return choice == "NAME" || choice == "VRF";
 }
 
@@ -41,7 +41,7 @@ std::set<std::string> candidatesAfter(const std::vector<std::string>& words,
   std::set<std::string> candidates;
   for (const CommandForm& form : commandForms()) {
     for (const std::string& choice : form.choicesAfter(words)) {
-      if (standsForVrf(choice)) {
+      if (isVrfPlaceholder(choice)) {
         for (const L3::VrfName& vrf : knownVrfs(agent))
           candidates.insert(toWord(vrf.str()));
       } else if (!isPlaceholder(choice)) {
@@ -91,7 +91,7 @@ std::string neededLine(EventLine& arguments) {
   return line->text;
 }
 
-// What the last word of the line may become. Names of VRFs are those that the agent knows.
+// The completions of the last word of the line. VRF names are those that the agent knows.
 std::vector<std::string> completionsOf(std::string_view line, ForwardingAgent& agent) {
   std::vector<std::string> completions;
   try {
@@ -100,7 +100,7 @@ std::vector<std::string> completionsOf(std::string_view line, ForwardingAgent& a
       if (candidate.starts_with(typed.last)) completions.push_back(candidate);
     }
   } catch (const Mox::RangeException&) {
-    // A word that is not well quoted yet: there is nothing to offer.
+    // A quoted word is incomplete. It has no completions.
   }
   return completions;
 }

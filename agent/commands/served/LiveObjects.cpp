@@ -19,12 +19,12 @@ Entity entityIn(const AnyValue& value) {
   return isEntity(value) ? value.as<Entity>() : Entity();
 }
 
-// Walks through everything that attributes lead to.
+// Visits every object that can be reached through attributes.
 class Walk {
  public:
   explicit Walk(const Mox::Type& wanted) : wanted_(wanted) {}
 
-  // An entity or a record that was found under `label`.
+  // Visits an entity or a record whose key is `label`.
   void visit(const std::string& label, const AnyValue& value) {
     const Entity entity = entityIn(value);
     if (isEntity(value) && (!entity || !seen_.insert(entity.get()).second)) return;

@@ -7,7 +7,7 @@
 
 namespace ZelAgent {
 
-/// An object that the library has now: an entity, or a record in a collection of one.
+/// An object of the library: an entity, or a record in a collection of an entity.
 struct LiveObject {
   std::string label;    // the string form of its key, empty for none
   Mox::AnyValue value;  // the record, or a pointer to the entity
@@ -16,11 +16,11 @@ struct LiveObject {
   [[nodiscard]] Mox::Object object() const;
 };
 
-/// The objects of the type that can be reached from `top` through attributes that are read, in the
-/// order in which they are found.
+/// The objects of the type that can be reached from `top` by reading attributes, in the order in
+/// which they are found.
 ///
-/// Each entity occurs once, and each record of one label once. The label of an object from a
-/// collection is its key. A record that is itself a key is its own label.
+/// Each entity occurs once. Records with the same label occur once. The label of an object in a
+/// collection is its key. The label of a record that is a key is the record.
 [[nodiscard]] std::vector<LiveObject> liveObjects(const Mox::PtrInterface& top,
                                                   const Mox::Type& type);
 

@@ -10,11 +10,11 @@
 
 namespace ZelAgent {
 
-/// Where the configuration in force came from.
+/// How the configuration in force was applied.
 enum class ConfigurationSource : std::uint8_t { start, reload, event };
 
 struct ConfigurationRecord {
-  std::string file;  // what start and reload read
+  std::string file;  // start and reload read it
   std::string inForce;
   ConfigurationSource source = ConfigurationSource::start;
   std::uint64_t reloadsApplied = 0;
@@ -22,15 +22,15 @@ struct ConfigurationRecord {
   std::optional<std::string> refusal;  // of the last reload, if it was refused
 };
 
-/// An agent that runs for long and is configured again and again, with a record of its
-/// configuration. A wrong configuration changes nothing but the record.
+/// The agent of a daemon, with a record of its configurations. A wrong configuration changes only
+/// the record.
 class ServedAgent final {
  public:
   ServedAgent(std::string file, std::uint32_t chipCapacity);
 
   /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();
-  /// Applies the file as it is now, in place of what is in force. Otherwise as `start`.
+  /// Reads the file again and applies it as a change. Otherwise as `start`.
   std::vector<std::string> reload();
   /// Throws an `EventError`.
   EventEffects play(const Event& event);

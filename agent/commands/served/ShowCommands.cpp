@@ -69,9 +69,9 @@ using Lengths = std::vector<unsigned>;
 
 struct VrfRow {
   L3::VrfName name;
-  std::optional<std::uint32_t> id;  // none where the hardware does not know the VRF
+  std::optional<std::uint32_t> id;  // none if the hardware does not know the VRF
   L3::VrfName fallback;
-  std::optional<Lengths> lengthsV4;  // none where the hardware has told none
+  std::optional<Lengths> lengthsV4;  // none if the hardware has reported none
   std::optional<Lengths> lengthsV6;
   bool isConfigured = false;
 };
@@ -134,11 +134,11 @@ OrderedJson rowsJson(const std::vector<VrfRow>& rows) {
   return json;
 }
 
-constexpr std::uint32_t usualNumber = 20;
+constexpr std::uint32_t defaultCount = 20;
 
-std::uint32_t numberAskedFor(EventLine& arguments) {
+std::uint32_t countOf(EventLine& arguments) {
   const std::optional<Word> word = arguments.next();
-  if (!word) return usualNumber;
+  if (!word) return defaultCount;
   const std::uint32_t number = arguments.numberOf(word, "N", UINT32_MAX, " or the end of the line");
   arguments.needEnd();
   return number;
@@ -199,7 +199,7 @@ CommandOutput showFallback(const CommandCall& call) {
 }
 
 CommandOutput showTrace(const CommandCall& call) {
-  const auto records = lastRecords(numberAskedFor(call.arguments));
+  const auto records = lastRecords(countOf(call.arguments));
   return outputOf(
       call, [&](std::ostream& out) { writeTrace(out, records); },
       [&] { return traceJson(records); });
