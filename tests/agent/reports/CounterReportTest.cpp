@@ -1,4 +1,4 @@
-// How many packets went which way.
+// Counters by rule, by VRF and by drop reason.
 #include "agent/reports/CounterReport.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ class CounterReportTest : public ::testing::Test {
   ForwardingAgent agent_{16};
 };
 
-TEST_F(CounterReportTest, WithoutPacketsThatIsSaidBelowTheRules) {
+TEST_F(CounterReportTest, WithoutPacketsALineBelowTheRulesSaysSo) {
   EXPECT_EQ(textOf(countersOf(agent_)),
             "  INTERFACE  POLICY  RULE  MATCH         ACTION         PACKETS  BYTES\n"
             "  e1         P       1     ipv4 dscp 10  actionVrf red  0        0\n"
@@ -103,7 +103,7 @@ TEST_F(CounterReportTest, FramesWithoutIpAreNoPackets) {
   EXPECT_NE(text.find("  no packets\n  frames without IP: 3\n"), std::string::npos) << text;
 }
 
-TEST(CounterReport, WithoutAnythingThereAreNoPackets) {
+TEST(CounterReport, WithoutRulesAndPacketsThereIsOneLine) {
   EXPECT_EQ(textOf(ForwardCounters{}), "  no packets\n");
 }
 

@@ -211,7 +211,7 @@ TEST_F(PathReportTest, AFragmentIsMarked) {
             "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 fragment, 30 bytes");
 }
 
-TEST_F(PathReportTest, NamesThatAreNoWordsAreQuoted) {
+TEST_F(PathReportTest, NamesWithBlanksAreQuoted) {
   play("route default 203.0.113.7/32 via 'two words'");
   const std::string path = pathOf(ipv4Packet({"192.0.2.1", "203.0.113.7"}), "Ethernet4");
   EXPECT_NE(path.find("203.0.113.7/32 via 'two words'\nforward via 'two words': ipv4"),

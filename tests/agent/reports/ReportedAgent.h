@@ -1,4 +1,4 @@
-// An agent with rules of each kind on two interfaces, for reports to tell of.
+// An agent with rules of each kind on two interfaces, for reports.
 #pragma once
 
 #include <sstream>

@@ -1,4 +1,4 @@
-// Rules and users of actions, as operators read them.
+// The reports of rules and of users of actions.
 #include "agent/reports/RuleReport.h"
 
 #include <gtest/gtest.h>
@@ -84,17 +84,17 @@ TEST_F(RuleReportTest, UsersAsJson) {
   EXPECT_EQ(json[1]["usedBy"].size(), 3U);
 }
 
-TEST(RuleReport, WithoutRulesThatIsSaid) {
+TEST(RuleReport, WithoutRulesThereIsOneLine) {
   EXPECT_EQ(textOf(RuleStates{}), "  no rules\n");
   EXPECT_EQ(toJson(RuleStates{}).dump(), "[]");
 }
 
-TEST(RuleReport, WithoutUsersThatIsSaid) {
+TEST(RuleReport, WithoutUsersThereIsOneLine) {
   EXPECT_EQ(textOf(ActionUsers{}), "  no users\n");
   EXPECT_EQ(toJson(ActionUsers{}).dump(), "[]");
 }
 
-TEST(RuleReport, ARuleThatTheChipDoesNotHoldIsShownWithWhy) {
+TEST(RuleReport, ARuleThatTheChipDoesNotHoldIsShownWithTheReason) {
   ForwardingAgent agent(16);
   agent.acl().capacityIs(1);
   OpenConfigBuilder configuration;

@@ -1,4 +1,4 @@
-// Bad input ends the agent with status 2 and one line, and applies nothing of what is bad.
+// Bad input ends the agent with status 2 and one line. Nothing of the bad input is applied.
 #include <gtest/gtest.h>
 
 #include <filesystem>

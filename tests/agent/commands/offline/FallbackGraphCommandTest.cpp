@@ -47,7 +47,7 @@ TEST(FallbackGraphCommand, ShowsDot) {
             "}\n");
 }
 
-TEST(FallbackGraphCommand, WarnsOfEachCycleInBothForms) {
+TEST(FallbackGraphCommand, WarnsOfEachCycleAsTextAndAsDot) {
   const std::string file = writeFile("a.json", toJson(cyclic).dump());
   const std::string warning =
       "warning: " + file + ": fallback VRFs form a cycle; a lookup uses no VRF twice: ";
@@ -67,7 +67,7 @@ TEST(FallbackGraphCommand, WarnsOfEachCycleInBothForms) {
             "cycle me -> me\n");
 }
 
-TEST(FallbackGraphCommand, PassesTheWarningsOfAConfigurationOn) {
+TEST(FallbackGraphCommand, PrintsTheWarningsOfAConfiguration) {
   const std::string file = writeFile("a.json", toJson({{{"red", "late"}}, {}, {}}).dump());
   const AgentOutcome outcome = runAgent({"fallback-graph", file});
   EXPECT_EQ(outcome.status, 0);

@@ -152,7 +152,7 @@ TEST(RunCommand, StrictFailsWhereTheChipDid) {
   EXPECT_EQ(runAgent({"run", "--strict", "--chip-capacity", "0", full, "/no/such/file"}).status, 2);
 }
 
-TEST(RunCommand, StrictRemembersAFailureThatWasMended) {
+TEST(RunCommand, StrictFailsAlsoForAFailureThatWasRepaired) {
   const std::string without = writeSmall("without.json", {{}, {"red"}, {"e1"}});
   const std::string with = writeSmall("with.json", {{{"red"}}, {"red"}, {"e1"}});
   EXPECT_EQ(runAgent({"run", "--strict", without, with}).status, 1);

@@ -42,7 +42,7 @@ std::string emptyConfiguration() {
   return writeSmall("empty.json", {});
 }
 
-TEST(RunEvents, TheStoryOfTheExamples) {
+TEST(RunEvents, TheExamples) {
   const AgentOutcome outcome = runAgent({"run", examplePath("late-vrf.json"), "--events",
                                          examplePath("late-vrf.events"), "--chip-capacity", "2"});
   EXPECT_EQ(outcome.status, 0);
@@ -144,7 +144,7 @@ TEST(RunEvents, ALaterConfigurationLeavesWhatEventsChanged) {
   EXPECT_EQ(documents[2]["actions"][0]["resource"]["lookUp"][0]["vrfId"], 70);
 }
 
-TEST(RunEvents, AnEmptyFileIsAStoryWithoutEvents) {
+TEST(RunEvents, AnEmptyFileHasNoEvents) {
   const AgentOutcome outcome =
       runAgent({"run", emptyConfiguration(), "--events", writeFile("a.events", "# nothing\n\n")});
   EXPECT_EQ(outcome.status, 0);
@@ -162,7 +162,7 @@ TEST(RunEvents, StrictFailsWhereAnEventMadeTheChipFail) {
   EXPECT_EQ(runAgent({"run", config, "--events", failing}).status, 0);
 }
 
-TEST(RunEvents, TheFolderOfTheFileIsWhereConfigurationsAreLookedFor) {
+TEST(RunEvents, ConfigurationsAreReadFromTheFolderOfTheEventFile) {
   const std::string config = emptyConfiguration();
   const std::string folder = std::filesystem::path(config).parent_path();
   std::filesystem::create_directories(folder + "/sub");

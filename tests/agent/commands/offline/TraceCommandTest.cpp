@@ -1,4 +1,4 @@
-// The trace that a process leaves in its file, however it ends.
+// The trace in the file of a process that has ended.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -59,7 +59,7 @@ class TraceOfADaemon : public ::testing::Test {
   std::string config_ = writeFile("red.json", toJson({{{"red"}}, {"red"}, {"e1"}}).dump());
 };
 
-TEST_F(TraceOfADaemon, IsWhatTheDaemonTellsItself) {
+TEST_F(TraceOfADaemon, IsWhatTheDaemonPrintsItself) {
   const DaemonProcess daemon(config_, socket_, {"--trace-ring", file_});
   SocketClient client(socket_);
   EXPECT_EQ(messagesIn(file_), client.text(allOfIt));
@@ -70,7 +70,7 @@ TEST_F(TraceOfADaemon, IsWhatTheDaemonTellsItself) {
               ::testing::ContainsRegex("^20..-..-..T..:..:..Z$"));
 }
 
-TEST_F(TraceOfADaemon, OutlivesItsKillWithTheFinalMessage) {
+TEST_F(TraceOfADaemon, IsCompleteAfterAKill) {
   std::string told;
   {
     DaemonProcess daemon(config_, socket_, {"--trace-ring", file_});
@@ -85,7 +85,7 @@ TEST_F(TraceOfADaemon, OutlivesItsKillWithTheFinalMessage) {
   EXPECT_EQ(messagesIn(file_), told);
 }
 
-TEST_F(TraceOfADaemon, IsKeptAsPreviousWhenItStartsAnew) {
+TEST_F(TraceOfADaemon, IsKeptAsPreviousAtTheNextStart) {
   std::string told;
   {
     DaemonProcess daemon(config_, socket_, {"--trace-ring", file_});
@@ -100,13 +100,13 @@ TEST_F(TraceOfADaemon, IsKeptAsPreviousWhenItStartsAnew) {
   EXPECT_EQ(again.end(), 0);
 }
 
-TEST_F(TraceOfADaemon, TellsItsLifeUpToItsEnd) {
+TEST_F(TraceOfADaemon, HasTheMessagesUpToItsEnd) {
   DaemonProcess daemon(config_, socket_, {"--trace-ring", file_});
   EXPECT_EQ(daemon.end(), 0);
   EXPECT_THAT(messagesIn(file_), HasSubstr("Deleting VRF Hw resource. VRF:red"));
 }
 
-TEST_F(TraceOfADaemon, IsNotTakenByAnother) {
+TEST_F(TraceOfADaemon, IsNotReplacedByAnotherProcess) {
   const DaemonProcess daemon(config_, socket_, {"--trace-ring", file_});
   EXPECT_EQ(refusal({"run", config_, "--trace-ring", file_}, 1),
             "error: " + file_ +
@@ -135,7 +135,7 @@ TEST_F(TraceOfARun, IsKeptByEachCommandThatRunsTheLibrary) {
   }
 }
 
-TEST_F(TraceOfARun, ThatCannotBeKeptEndsItBeforeItBegins) {
+TEST_F(TraceOfARun, ThatCannotBeKeptEndsTheCommandAtTheStart) {
   const std::string precious = writeFile("precious", "keep me");
   const std::string message = "error: " + precious +
                               ": is a file that holds no trace ring and would be lost; move it "
@@ -170,7 +170,7 @@ TEST_F(TraceOfARun, HarmsNoTerminalWhateverTheFileHolds) {
   EXPECT_THAT(messagesIn(file_), HasSubstr(" \\x1b\\x0andleInitialized: "));
 }
 
-TEST_F(TraceOfARun, SaysThatStandardOutputCannotBeWritten) {
+TEST_F(TraceOfARun, ReportsThatStandardOutputCannotBeWritten) {
   EXPECT_EQ(runAgent({"run", config_, "--trace-ring", file_}).status, 0);
   const AgentOutcome outcome = runAgentInto("/dev/full", {"trace", file_});
   EXPECT_EQ(outcome.status, 1);
@@ -179,16 +179,16 @@ TEST_F(TraceOfARun, SaysThatStandardOutputCannotBeWritten) {
 
 std::string* expectedAtAbort = nullptr;
 
-// What the ring held when the process stopped, from that process.
+// The content of the ring when the process stopped, printed by that process.
 void writeExpected(int /*signal*/) {
   std::ofstream out(*expectedAtAbort);
   writeTrace(out, Blinklog::ring().dump());
 }
 
-// Each does what stops the process by a fatal assertion; then the file is read by another.
+// Each test ends a process by a fatal assertion. Another process then reads the file.
 class TraceOfAFatalAssertion : public ZelVrfSelectionPolicy::Testing::VrfSmFrameFixture {
  protected:
-  // In the process that is to die.
+  // Runs in the process that will abort.
   void keepTrace() {
     Blinklog::ring().fileIs(file_);
     expectedAtAbort = &expected_;
@@ -197,7 +197,7 @@ class TraceOfAFatalAssertion : public ZelVrfSelectionPolicy::Testing::VrfSmFrame
     start();
     routes->vrfStatusIs("blue")->vrfIdIs(4);
   }
-  // Checks the file, and gives the last line.
+  // Checks the file, and returns the last line.
   std::string lastMessage() {
     const std::string told = messagesIn(file_);
     EXPECT_EQ(told, readFile(expected_));

@@ -1,4 +1,4 @@
-// What the form of a command says of it.
+// The form of a command.
 #include "agent/commands/served/CommandTable.h"
 
 #include <gmock/gmock.h>
@@ -12,19 +12,19 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST(CommandForm, TheNameIsTheWordsInFrontThatStandForThemselves) {
+TEST(CommandForm, TheNameIsTheKeywordsAtTheBeginning) {
   EXPECT_THAT(CommandForm("show trace [N]").name(), ElementsAre("show", "trace"));
   EXPECT_THAT(CommandForm("vrf NAME id N").name(), ElementsAre("vrf"));
   EXPECT_THAT(CommandForm("decap-nh on|off").name(), ElementsAre("decap-nh"));
   EXPECT_THAT(CommandForm("reload").name(), ElementsAre("reload"));
 }
 
-TEST(CommandForm, HasArgumentsWhereItGoesOnBehindTheName) {
+TEST(CommandForm, HasArgumentsIfWordsFollowTheName) {
   EXPECT_TRUE(CommandForm("show trace [N]").hasArguments());
   EXPECT_FALSE(CommandForm("show vrfs").hasArguments());
 }
 
-TEST(CommandForm, TellsWhatMayFollow) {
+TEST(CommandForm, ListsTheChoicesForTheNextWord) {
   const CommandForm form("prefix-lens ipv4|ipv6 NAME LENGTH...");
   EXPECT_THAT(form.choicesAfter({}), ElementsAre("prefix-lens"));
   EXPECT_THAT(form.choicesAfter({"prefix-lens"}), ElementsAre("ipv4", "ipv6"));
@@ -40,7 +40,7 @@ TEST(CommandForm, NothingFollowsWordsThatAreNotItsBeginning) {
   EXPECT_THAT(form.choicesAfter({"vrf", "red", "add"}), ElementsAre("id"));
 }
 
-TEST(CommandTable, NoFormIsThereTwiceAndEachHasHelp) {
+TEST(CommandTable, EachFormIsInOneRowAndHasHelp) {
   std::set<std::string> forms;
   for (const CommandRow& row : commandTable()) {
     EXPECT_TRUE(forms.insert(row.form).second) << row.form;

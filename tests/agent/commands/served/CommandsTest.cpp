@@ -1,4 +1,4 @@
-// What each command answers, and what it does to the agent, without a socket.
+// The output of each command and its effect on the agent, without a socket.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -44,7 +44,7 @@ class Commands : public ::testing::Test {
     return whole["output"];
   }
 
-  // What the error of a command says; its status must be 2.
+  // The error of a command, whose status must be 2.
   std::string error(const std::string& command) {
     const json whole = answer(command);
     EXPECT_EQ(whole["status"], 2) << whole;
@@ -79,7 +79,7 @@ TEST_F(Commands, ShowActionsAsJsonHasTheMembersOfAReport) {
   EXPECT_EQ(report["chip"]["capacity"], 8);
 }
 
-TEST_F(Commands, ShowVrfsHasARowForEveryVrfThatTheAgentHasHeardOf) {
+TEST_F(Commands, ShowVrfsHasARowForEveryKnownVrf) {
   text("vrf spare add");
   text("prefix-lens ipv4 red 24 32");
   text("prefix-lens ipv6 red 64");
@@ -92,7 +92,7 @@ TEST_F(Commands, ShowVrfsHasARowForEveryVrfThatTheAgentHasHeardOf) {
             "  spare    0   -         -          -          no\n");
 }
 
-TEST_F(Commands, ShowVrfsAsJsonTellsWhatIsNotKnownByNull) {
+TEST_F(Commands, ShowVrfsAsJsonHasNullForUnknownValues) {
   text("prefix-lens ipv4 red 24 32");
   const json vrfs = output("show vrfs");
   ASSERT_THAT(vrfs, SizeIs(4));
@@ -102,7 +102,7 @@ TEST_F(Commands, ShowVrfsAsJsonTellsWhatIsNotKnownByNull) {
       "exactMatchLens": [24, 32], "exactMatchLensV6": null, "configured": true})"));
 }
 
-TEST_F(Commands, ShowFallbackIsTheGraphOfThisMoment) {
+TEST_F(Commands, ShowFallbackIsTheCurrentGraph) {
   EXPECT_EQ(text("show fallback"),
             "VRF default\nVRF blue\nVRF green, not configured\nVRF red, fallback -> blue\n"
             "action actionVrf green, vrfName -> green\naction actionVrf red, vrfName -> red\n");
@@ -119,7 +119,7 @@ TEST_F(Commands, ShowFallbackAsJsonNamesTheCycles) {
             json::parse(R"({"vrfName": "default", "configured": true, "fallbackVrfName": ""})"));
 }
 
-TEST_F(Commands, ShowTraceGivesTheLastMessages) {
+TEST_F(Commands, ShowTracePrintsTheLastMessages) {
   text("vrf red id 77");
   const json records = output("show trace 2");
   ASSERT_THAT(records, SizeIs(2));
@@ -134,7 +134,7 @@ TEST_F(Commands, ShowTraceGivesTheLastMessages) {
             HasSubstr(records[1]["text"].get<std::string>())));
 }
 
-TEST_F(Commands, ShowTraceGivesTwentyMessagesUnlessToldOtherwise) {
+TEST_F(Commands, ShowTracePrintsTwentyMessagesByDefault) {
   for (int id = 100; id < 130; ++id)
     text("vrf red id " + std::to_string(id));
   EXPECT_THAT(output("show trace"), SizeIs(20));
@@ -169,13 +169,13 @@ TEST_F(Commands, ShowTypesListsTheTypesOfTheLibraryWithTheirAttributes) {
              {"operations", {"read"}}}}}}));
 }
 
-TEST_F(Commands, GetTakesATypeByItsEndAndAnAttributeByItsNumber) {
+TEST_F(Commands, GetAcceptsTheEndOfATypeNameAndTheNumberOfAnAttribute) {
   EXPECT_EQ(text("get VrfSm fallbackVrfInfo"), "'red': 'blue'\n");
   EXPECT_EQ(text("get ZelVrfSelectionPolicy::VrfSm 136"), "'red': 'blue'\n");
   EXPECT_THAT(text("get HwStatus status"), HasSubstr("}): programmingFailure\n"));
 }
 
-TEST_F(Commands, GetTakesTheKeyOfAnEntryOrOfAnObject) {
+TEST_F(Commands, GetAcceptsTheKeyOfAnEntryOrOfAnObject) {
   EXPECT_EQ(text("get VrfSm fallbackVrfInfo red"), "'blue'\n");
   EXPECT_EQ(text("get VrfInstanceSm vrfName red"), "'red': 'red'\n");
   EXPECT_EQ(text("get VrfHwConfig vrfRefCount Value('ZelVrfSelectionPolicy::VrfAction', ** "
@@ -184,7 +184,7 @@ TEST_F(Commands, GetTakesTheKeyOfAnEntryOrOfAnObject) {
             "2\n");
 }
 
-TEST_F(Commands, GetSaysWhatItNeeds) {
+TEST_F(Commands, GetReportsWrongArguments) {
   EXPECT_EQ(error("get Nothing at"),
             "get TYPE ATTRIBUTE [KEY]: TYPE must be a registered type with attributes, which `show "
             "types` lists, found 'Nothing'");
@@ -197,7 +197,7 @@ TEST_F(Commands, GetSaysWhatItNeeds) {
             "get TYPE ATTRIBUTE [KEY]: KEY must be the key of an object, found 'nobody'");
 }
 
-TEST_F(Commands, ShowUsersTellsWhichInterfaceAndRuleHoldEachUser) {
+TEST_F(Commands, ShowUsersPrintsTheInterfaceAndTheRuleOfEachUser) {
   EXPECT_EQ(text("show users"),
             "  ACTION           INTERFACE  POLICY  RULE\n"
             "  actionVrf green  e1         P       2\n"
@@ -222,7 +222,7 @@ TEST_F(Commands, ShowRulesAndCountersFollowAPacketThatIsExplained) {
             json::array({{{"vrfName", "red"}, {"packets", 1}, {"bytes", 28}}}));
 }
 
-// Whatever can be read by name; the arguments are those of a type's single object, or of all.
+// Reads each attribute of a type's single object, or of all its objects.
 TEST_F(Commands, GetReachesEveryReadableAttributeOfEveryTypeOfTheLibrary) {
   text("prefix-lens ipv4 red 24");
   text("prefix-lens ipv6 red 48");
@@ -279,7 +279,7 @@ TEST_F(Commands, AnEventThatCannotBePlayedChangesNothing) {
   EXPECT_EQ(text("show vrfs"), before);
 }
 
-TEST_F(Commands, ShowConfigTellsWhatIsInForce) {
+TEST_F(Commands, ShowConfigPrintsTheConfigurationInForce) {
   EXPECT_EQ(text("show config"), "file         " + file_ + "\nin force     " + file_ +
                                      ", applied at start\nreloads      0 applied, 0 refused\n");
   const std::string other = writeSmall("other.json", {{{"red"}}, {"red"}, {"e1"}});
@@ -301,7 +301,7 @@ TEST_F(Commands, ReloadShowsTheWarningsOfTheFile) {
   EXPECT_THAT(output("reload")["warnings"], SizeIs(1));
 }
 
-TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRemembered) {
+TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRecorded) {
   const std::string before = text("show actions");
   writeFile("red.json", "{\"network-instances\": 7}");
   const std::string problem = error("reload");
@@ -312,7 +312,7 @@ TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRemembered) {
   EXPECT_THAT(text("show config"), HasSubstr("last reload  refused: " + problem + "\n"));
 }
 
-TEST_F(Commands, AReloadThatIsTakenEndsTheMemoryOfARefusal) {
+TEST_F(Commands, AReloadThatIsAppliedClearsTheLastRefusal) {
   writeFile("red.json", "[]");
   error("reload");
   writeSmall("red.json", {{{"red"}}, {"red"}, {"e1"}});
@@ -321,7 +321,7 @@ TEST_F(Commands, AReloadThatIsTakenEndsTheMemoryOfARefusal) {
   EXPECT_THAT(text("show config"), Not(HasSubstr("last reload")));
 }
 
-TEST_F(Commands, AnUnknownCommandIsToldWhatThereIs) {
+TEST_F(Commands, AnUnknownCommandIsAnErrorThatListsTheCommands) {
   EXPECT_THAT(error("shw"), AllOf(StartsWith("a command must begin with chip, "),
                                   HasSubstr(", reload, "), HasSubstr(" or vrf, found 'shw'")));
   EXPECT_THAT(error("show vrf"), AllOf(StartsWith("show must be followed by actions, "),
@@ -329,7 +329,7 @@ TEST_F(Commands, AnUnknownCommandIsToldWhatThereIs) {
   EXPECT_EQ(error("'show' vrfs").substr(0, 26), "a command must begin with ");
 }
 
-TEST_F(Commands, ArgumentsThatAreNotWantedAreRefused) {
+TEST_F(Commands, UnexpectedArgumentsAreRefused) {
   EXPECT_EQ(error("show vrfs now"), "show vrfs: the line must end here, found 'now'");
   EXPECT_EQ(error("reload now"), "reload: the line must end here, found 'now'");
   EXPECT_THAT(error("show trace many"),
@@ -359,7 +359,7 @@ TEST_F(Commands, CompletionOffersWordsOfTheTable) {
   EXPECT_EQ(output("complete 'nonsense '"), json::array());
 }
 
-TEST_F(Commands, CompletionOffersTheVrfsThatThereAre) {
+TEST_F(Commands, CompletionOffersTheKnownVrfs) {
   EXPECT_EQ(output("complete 'vrf '"), json({"blue", "default", "green", "red"}));
   EXPECT_EQ(output("complete 'vrf r'"), json({"red"}));
   EXPECT_EQ(output("complete 'fallback red '"), json({"remove", "to"}));

@@ -33,7 +33,7 @@ class ConsoleAtATerminal : public ::testing::Test {
   std::string config_ = writeFile("red.json", toJson({{{"red"}}, {"red"}, {"e1"}}).dump());
 };
 
-TEST_F(ConsoleAtATerminal, AnswersOneCommandAfterTheOtherUntilItIsLeft) {
+TEST_F(ConsoleAtATerminal, RunsCommandsUntilTheEndOfInput) {
   const DaemonProcess daemon(config_, path_);
   TerminalProcess console(arguments(), environment());
   console.waitFor(prompt);
@@ -49,7 +49,7 @@ TEST_F(ConsoleAtATerminal, AnswersOneCommandAfterTheOtherUntilItIsLeft) {
   EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 5);
 }
 
-TEST_F(ConsoleAtATerminal, IsLeftByItsWords) {
+TEST_F(ConsoleAtATerminal, EndsOnExitAndQuit) {
   const DaemonProcess daemon(config_, path_);
   for (const char* const word : {"exit\n", "quit\n"}) {
     TerminalProcess console(arguments(), environment());
@@ -67,7 +67,7 @@ TEST_F(ConsoleAtATerminal, CompletesWordsOfCommandsAndNamesOfVrfs) {
   console.waitFor("vrf red id 2\r\n  no hook call");
 }
 
-TEST_F(ConsoleAtATerminal, ListsWhatAWordMayBecome) {
+TEST_F(ConsoleAtATerminal, ListsTheCompletionsOfAWord) {
   const DaemonProcess daemon(config_, path_);
   TerminalProcess console(arguments(), environment());
   console.waitFor(prompt);
@@ -77,7 +77,7 @@ TEST_F(ConsoleAtATerminal, ListsWhatAWordMayBecome) {
   EXPECT_THAT(listed, Not(HasSubstr("vrfs")));
 }
 
-TEST_F(ConsoleAtATerminal, RemembersWhatWasEnteredAcrossItsEnds) {
+TEST_F(ConsoleAtATerminal, KeepsItsHistoryAcrossConsoles) {
   const DaemonProcess daemon(config_, path_);
   {
     TerminalProcess console(arguments(), environment());
@@ -111,7 +111,7 @@ TEST_F(ConsoleAtATerminal, KeepsItsHistoryForItsOwnerOnly) {
   EXPECT_EQ(file.st_mode & 0777U, 0600U);
 }
 
-TEST_F(ConsoleAtATerminal, KeepsItsHistoryInTheHomeFolderWhereThereIsNoOther) {
+TEST_F(ConsoleAtATerminal, KeepsItsHistoryInTheHomeFolderByDefault) {
   const DaemonProcess daemon(config_, path_);
   TerminalProcess console(arguments(),
                           {"XDG_STATE_HOME=", "HOME=" + folder_.path(""), "TERM=vt100"});
@@ -121,7 +121,7 @@ TEST_F(ConsoleAtATerminal, KeepsItsHistoryInTheHomeFolderWhereThereIsNoOther) {
   EXPECT_TRUE(std::filesystem::exists(folder_.path(".zel-agent_history")));
 }
 
-TEST_F(ConsoleAtATerminal, OutlivesTheDaemonAndFindsTheNextOne) {
+TEST_F(ConsoleAtATerminal, ContinuesWithTheNextDaemon) {
   DaemonProcess first(config_, path_);
   TerminalProcess console(arguments(), environment());
   console.waitFor(prompt);
@@ -134,7 +134,7 @@ TEST_F(ConsoleAtATerminal, OutlivesTheDaemonAndFindsTheNextOne) {
   console.waitFor("no hook call");
 }
 
-TEST_F(ConsoleAtATerminal, DoesNotBeginWithoutADaemon) {
+TEST_F(ConsoleAtATerminal, FailsToStartWithoutADaemon) {
   TerminalProcess console(arguments(), environment());
   console.waitFor("error: " + path_ + ": no daemon can be reached");
   EXPECT_EQ(console.exitStatus(), 1);

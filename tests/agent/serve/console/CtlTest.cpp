@@ -55,14 +55,14 @@ TEST_F(Ctl, ExitsWithTheStatusOfTheAnswer) {
             "nobody add\n");
 }
 
-TEST_F(Ctl, PrintsJsonOnOneLineWhereAsked) {
+TEST_F(Ctl, PrintsJsonOnOneLineOnRequest) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctl({"--json", "show", "vrfs"});
   ASSERT_EQ(outcome.documents().size(), 1U);
   EXPECT_EQ(outcome.documents()[0][1]["vrfName"], "red");
 }
 
-TEST_F(Ctl, QuotesWordsAsEventsWantThem) {
+TEST_F(Ctl, QuotesWordsWhereNecessary) {
   const DaemonProcess daemon(config_, path_);
   EXPECT_EQ(ctl({"vrf", "two words", "add"}).out, "vrf 'two words' add\n  no hook call\n");
   EXPECT_EQ(ctl({"vrf", "it's", "add"}).out, "vrf 'it\\'s' add\n  no hook call\n");
@@ -78,21 +78,21 @@ TEST_F(Ctl, ReadsCommandsLineByLineFromStandardInput) {
   EXPECT_EQ(outcome.status, 2);
 }
 
-TEST_F(Ctl, TakesALastLineWithoutItsEnd) {
+TEST_F(Ctl, RunsALastLineWithoutALineEnd) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctlReading("chip capacity 5");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, "chip capacity 5\n  no hook call\n");
 }
 
-TEST_F(Ctl, AsksNothingWhereStandardInputIsEmpty) {
+TEST_F(Ctl, DoesNothingIfStandardInputIsEmpty) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctlReading("");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out + outcome.err, "");
 }
 
-TEST_F(Ctl, SaysInOneLineThatNoDaemonIsThere) {
+TEST_F(Ctl, ReportsInOneLineThatNoDaemonAnswers) {
   const AgentOutcome outcome = ctl({"show", "actions"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
@@ -102,7 +102,7 @@ TEST_F(Ctl, SaysInOneLineThatNoDaemonIsThere) {
                              path_ + "\n");
 }
 
-TEST_F(Ctl, SaysThatStandardOutputCannotBeWritten) {
+TEST_F(Ctl, ReportsThatStandardOutputCannotBeWritten) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome =
       runAgentInto("/dev/full", {"ctl", "--socket", path_, "show", "actions"});
@@ -110,14 +110,14 @@ TEST_F(Ctl, SaysThatStandardOutputCannotBeWritten) {
   EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
 }
 
-TEST_F(Ctl, SaysThatTheRequestIsTooLong) {
+TEST_F(Ctl, ReportsThatTheRequestIsTooLong) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctlReading("vrf " + std::string(300000, 'x') + " add\n");
   EXPECT_EQ(outcome.status, 2);
   EXPECT_THAT(outcome.err, HasSubstr("a request must be a line of at most 65536 bytes"));
 }
 
-TEST_F(Ctl, SaysThatThereAreTooManyClients) {
+TEST_F(Ctl, ReportsThatTooManyClientsAreConnected) {
   const DaemonProcess daemon(config_, path_);
   std::vector<SocketClient> clients;
   for (int i = 0; i < 256; ++i) {
@@ -129,7 +129,7 @@ TEST_F(Ctl, SaysThatThereAreTooManyClients) {
   EXPECT_THAT(outcome.err, StartsWith("error: 256 clients are connected"));
 }
 
-// Listens, takes one client, and answers what it is told to whatever it is asked.
+// Listens, accepts one client, and sends it a given answer.
 class Impostor final {
  public:
   Impostor(const std::string& path, std::string answer)
@@ -160,7 +160,7 @@ class Impostor final {
   std::thread thread_;
 };
 
-TEST_F(Ctl, SaysThatWhatAnswersIsNoDaemon) {
+TEST_F(Ctl, ReportsThatAnotherProgramAnswers) {
   for (const char* const answer :
        {"hello\n", "{}\n", "[0]\n", "{\"status\":0}\n", "{\"status\":7,\"output\":\"\"}\n",
         "{\"status\":\"0\",\"output\":\"\"}\n", "{\"status\":0,\"output\":{}}\n"}) {
@@ -175,7 +175,7 @@ TEST_F(Ctl, SaysThatWhatAnswersIsNoDaemon) {
   }
 }
 
-TEST_F(Ctl, SaysThatItWasNotAnswered) {
+TEST_F(Ctl, ReportsThatTheDaemonDidNotAnswer) {
   const Impostor impostor(path_, "{\"status\":0,");
   const AgentOutcome outcome = ctl({"show"});
   EXPECT_EQ(outcome.status, 1);

@@ -1,4 +1,4 @@
-// Runs the real agent at a terminal of its own, and types.
+// Runs the real agent in a pseudo-terminal, and types.
 #pragma once
 
 #include <sys/types.h>
@@ -24,7 +24,7 @@ class TerminalProcess final {
   // Waits until the text is on the screen, behind what was waited for before; what comes up to it
   // is returned. A failure where it never comes.
   std::string waitFor(const std::string& text);
-  // Waits for its end and gives its exit status; -1 where a signal ended it. A failure where it
+  // Waits for its end and returns its exit status; -1 if a signal ended it. A failure where it
   // does not end.
   int exitStatus();
 

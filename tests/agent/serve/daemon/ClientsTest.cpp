@@ -1,4 +1,4 @@
-// What clients do to a daemon, and what it does about it.
+// Clients of a daemon: slow, hostile, many.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -77,7 +77,7 @@ TEST_F(ServeClients, SeveralRequestsInOnePieceAreAnsweredInTheirOrder) {
   EXPECT_EQ(client.receiveText(), "");
 }
 
-TEST_F(ServeClients, ARequestInSingleBytesIsOne) {
+TEST_F(ServeClients, ARequestInSingleBytesIsOneRequest) {
   const DaemonProcess daemon(writeVrfs(1), path_);
   SocketClient client(path_);
   for (const char byte : std::string("vrf red id 2\r\n"))
@@ -103,7 +103,7 @@ TEST_F(ServeClients, AClientThatEndsSendingIsAnsweredBeforeItIsClosed) {
   EXPECT_EQ(client.receiveAll(), std::string(idSet) + ".\n" + idSet + ".\n");
 }
 
-TEST_F(ServeClients, AMegabyteWithoutALineEndIsRefusedAndTheClientClosed) {
+TEST_F(ServeClients, AMegabyteWithoutALineEndIsRefusedAndTheClientDisconnected) {
   const DaemonProcess daemon(writeVrfs(1), path_);
   SocketClient garbage(path_);
   garbage.send(std::string(1 << 20, 'x'));
@@ -114,7 +114,7 @@ TEST_F(ServeClients, AMegabyteWithoutALineEndIsRefusedAndTheClientClosed) {
   EXPECT_EQ(SocketClient(path_).text("vrf red id 2"), idSet);
 }
 
-TEST_F(ServeClients, OfAMegabyteOfRandomBytesEveryLineIsAnswered) {
+TEST_F(ServeClients, EveryLineOfAMegabyteOfRandomBytesIsAnswered) {
   const ZelVrfSelectionPolicy::Testing::RandomSeed seed;
   SCOPED_TRACE(seed.replay());
   std::mt19937 random(seed.value());
@@ -135,7 +135,7 @@ TEST_F(ServeClients, OfAMegabyteOfRandomBytesEveryLineIsAnswered) {
   EXPECT_EQ(SocketClient(path_).output("show vrfs"), before);
 }
 
-TEST_F(ServeClients, BytesThatAreNotTextAreRefusedAndTheClientGoesOn) {
+TEST_F(ServeClients, BytesThatAreNotTextAreRefusedAndTheClientStaysConnected) {
   const DaemonProcess daemon(writeVrfs(1), path_);
   SocketClient client(path_);
   EXPECT_EQ(client.text(std::string("vrf red\0id 9", 12)),
@@ -144,7 +144,7 @@ TEST_F(ServeClients, BytesThatAreNotTextAreRefusedAndTheClientGoesOn) {
   EXPECT_EQ(client.text("vrf red id 2"), idSet);
 }
 
-TEST_F(ServeClients, AnAnswerLargerThanTheSystemTakesAtOnceArrivesWhole) {
+TEST_F(ServeClients, AnAnswerLargerThanTheSocketBufferArrivesWhole) {
   const DaemonProcess daemon(writeVrfs(2000), path_);
   SocketClient client(path_);
   for (int i = 0; i < 3; ++i)
@@ -156,7 +156,7 @@ TEST_F(ServeClients, AnAnswerLargerThanTheSystemTakesAtOnceArrivesWhole) {
   }
 }
 
-TEST_F(ServeClients, AClientThatIsGoneInTheMiddleOfItsAnswerIsJustGone) {
+TEST_F(ServeClients, AClientThatDisconnectsDuringItsAnswerHasNoEffectOnOthers) {
   DaemonProcess daemon(writeVrfs(2000), path_);
   for (int i = 0; i < 5; ++i) {
     SocketClient gone(path_);
@@ -167,7 +167,7 @@ TEST_F(ServeClients, AClientThatIsGoneInTheMiddleOfItsAnswerIsJustGone) {
   EXPECT_EQ(daemon.end(), 0);
 }
 
-TEST_F(ServeClients, AClientThatNeverReadsIsNotServedOnAndIsDropped) {
+TEST_F(ServeClients, AClientThatNeverReadsIsDisconnected) {
   DaemonProcess daemon(writeVrfs(2000), path_, {"--client-timeout", "1"});
   SocketClient silent(path_);
   SocketClient stuck(path_);
@@ -175,13 +175,13 @@ TEST_F(ServeClients, AClientThatNeverReadsIsNotServedOnAndIsDropped) {
   SocketClient other(path_);
   EXPECT_EQ(other.text("vrf red id 2"), idSet);
   stuck.waitUntilClosed();
-  EXPECT_EQ(other.text("vrf red id 2"), idSet);  // so it has not been removed
-  // A client that merely says nothing has been there as long, and stays.
+  EXPECT_EQ(other.text("vrf red id 2"), idSet);  // the VRF has not been removed
+  // A client that sends nothing for as long stays connected.
   EXPECT_EQ(silent.text("vrf red id 2"), idSet);
   EXPECT_EQ(daemon.end(), 0);
 }
 
-TEST_F(ServeClients, MoreThanThereMayBeAreRefusedUntilOneHasGone) {
+TEST_F(ServeClients, ClientsBeyondTheLimitAreRefusedUntilOneDisconnects) {
   const DaemonProcess daemon(writeVrfs(1), path_);
   std::deque<SocketClient> clients;
   for (int i = 0; i < 256; ++i) {
@@ -194,12 +194,12 @@ TEST_F(ServeClients, MoreThanThereMayBeAreRefusedUntilOneHasGone) {
   EXPECT_EQ(clients.front().text("vrf red id 2"), idSet);
 
   clients.pop_back();
-  // The daemon learns of it in its own time.
+  // The daemon notices it later.
   while (SocketClient(path_).text("vrf red id 2") != idSet) {
   }
 }
 
-TEST_F(ServeClients, OneThatAsksWithoutEndDoesNotKeepOthersWaiting) {
+TEST_F(ServeClients, AClientWithEndlessRequestsDoesNotBlockOthers) {
   const DaemonProcess daemon(writeVrfs(1), path_);
   SocketClient greedy(path_);
   std::string requests;

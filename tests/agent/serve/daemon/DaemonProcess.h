@@ -1,4 +1,4 @@
-// Runs the real agent as a daemon, and waits for what it says, never for time to pass.
+// Runs the real agent as a daemon. Tests wait for its output, never for time to pass.
 #pragma once
 
 #include <sys/types.h>
@@ -9,7 +9,7 @@
 
 namespace ZelAgent {
 
-// A folder for a socket, whose path must be short; it is gone with this.
+// A folder for a socket, with a short path. It is removed at the end.
 class SocketFolder final {
  public:
   SocketFolder();
@@ -23,7 +23,7 @@ class SocketFolder final {
   std::string folder_;
 };
 
-// Says that a daemon may turn out not to serve.
+// For a daemon that may fail to serve.
 struct Unawaited {};
 
 class DaemonProcess final {
@@ -43,7 +43,7 @@ class DaemonProcess final {
   ~DaemonProcess();
 
   void signal(int number) const;
-  // Waits for its end and gives its exit status; -1 where a signal ended it.
+  // Waits for its end and returns its exit status; -1 if a signal ended it.
   int exitStatus();
   // SIGTERM, and its exit status.
   int end();
@@ -53,7 +53,7 @@ class DaemonProcess final {
   std::optional<std::string> errLine();
   // Everything that it writes to standard error until it ends.
   std::string restOfErr();
-  // Nobody reads its standard error any more.
+  // Closes the reading end of its standard error.
   void closeErr();
 
   [[nodiscard]] const std::string& socket() const { return socket_; }

@@ -1,4 +1,4 @@
-// A daemon that is killed while it reloads comes back to what its configuration says.
+// A daemon that is killed while it reloads restarts with its configuration.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -25,7 +25,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t ringSlots = 4096;
 
-// How many kills are tried; ZEL_TEST_KILLS asks for another number.
+// The number of kills; ZEL_TEST_KILLS sets another number.
 int killsWanted() {
   constexpr int usual = 20;
   const char* const asked = std::getenv("ZEL_TEST_KILLS");
@@ -79,7 +79,7 @@ class KilledReloads : public ::testing::Test {
     inFile_ = other;
   }
   DaemonProcess start() { return {config_, socket_, {"--trace-ring", ring_}}; }
-  // What a daemon that never was anything else shows.
+  // The output of a daemon that has had no other configuration.
   json freshly() const {
     const std::string socket = folder_.path("fresh");
     const DaemonProcess daemon(config_, socket);
@@ -90,7 +90,7 @@ class KilledReloads : public ::testing::Test {
     daemon.signal(SIGHUP);
     ASSERT_EQ(daemon.errLine(), config_ + " applied");
   }
-  // What the killed daemon left tells all that it wrote last, without a gap.
+  // The trace of the killed daemon has all its last messages, without a gap.
   void checkTrace() const {
     const AgentOutcome trace = runAgent({"trace", "--json", ring_});
     ASSERT_EQ(trace.status, 0) << trace.err;
@@ -124,7 +124,7 @@ class KilledReloads : public ::testing::Test {
   bool inFile_ = false;  // which of the two
 };
 
-TEST_F(KilledReloads, ComeBackToWhatTheConfigurationSays) {
+TEST_F(KilledReloads, RestartWithTheConfiguration) {
   const ZelVrfSelectionPolicy::Testing::RandomSeed seed;
   SCOPED_TRACE(seed.replay());
   std::mt19937 random(seed.value());
@@ -160,7 +160,7 @@ TEST_F(KilledReloads, ComeBackToWhatTheConfigurationSays) {
   EXPECT_GT(inTime, 0);
 }
 
-TEST_F(KilledReloads, AndKilledStartsDoNotKeepTheNextFromServing) {
+TEST_F(KilledReloads, AndKilledStartsDoNotPreventTheNextStart) {
   const ZelVrfSelectionPolicy::Testing::RandomSeed seed;
   SCOPED_TRACE(seed.replay());
   std::mt19937 random(seed.value());

@@ -1,4 +1,4 @@
-// What a daemon does when it is told by signals.
+// Signals to a daemon.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -70,7 +70,7 @@ TEST_F(ServeSignals, SighupAppliesTheFileAsItIsNow) {
   EXPECT_EQ(daemon.end(), 0);
 }
 
-TEST_F(ServeSignals, SighupWithABadFileChangesNothingAndIsReportedAndRemembered) {
+TEST_F(ServeSignals, SighupWithABadFileChangesNothingAndIsReportedAndRecorded) {
   DaemonProcess daemon(config_, path_);
   const json before = actions();
   writeFile("served.json", "{\"network-instances\": [");
@@ -84,7 +84,7 @@ TEST_F(ServeSignals, SighupWithABadFileChangesNothingAndIsReportedAndRemembered)
   EXPECT_THAT(line, HasSubstr(reloads["lastRefusal"].get<std::string>()));
 }
 
-TEST_F(ServeSignals, AfterABadFileAGoodOneIsTaken) {
+TEST_F(ServeSignals, AfterABadFileAGoodOneIsApplied) {
   DaemonProcess daemon(config_, path_);
   std::filesystem::remove(config_);
   daemon.signal(SIGHUP);
@@ -112,7 +112,7 @@ TEST_F(ServeSignals, SighupKeepsClientsConnected) {
   EXPECT_EQ(client.text(" id 2"), "vrf red id 2\n  no hook call\n");
 }
 
-TEST_F(ServeSignals, SigpipeAndAStandardErrorThatNobodyReadsDoNotEndIt) {
+TEST_F(ServeSignals, SigpipeAndAClosedStandardErrorDoNotEndIt) {
   DaemonProcess daemon(config_, path_);
   daemon.signal(SIGPIPE);
   daemon.closeErr();
@@ -120,7 +120,7 @@ TEST_F(ServeSignals, SigpipeAndAStandardErrorThatNobodyReadsDoNotEndIt) {
   SocketClient client(path_);
   EXPECT_THAT(client.text("reload"), StartsWith("error: " + config_ + ":1:"));
   daemon.signal(SIGHUP);
-  // Signals are handled between requests, so it is enough to ask until the other one was.
+  // Signals are handled between requests, so requests are sent until the signal was handled.
   while (client.output("show config")["reloads"]["refused"] != 2) {
   }
   EXPECT_EQ(daemon.end(), 0);

@@ -1,4 +1,4 @@
-// A client that can do what a well-behaved one never does.
+// A client that can also misbehave.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -14,14 +14,14 @@ class SocketClient final {
   SocketClient& operator=(SocketClient&&) = delete;
   ~SocketClient();
 
-  // Whether all of it was taken; a daemon that has closed takes nothing.
+  // Returns whether all bytes were sent. A daemon that has closed the connection accepts none.
   bool send(std::string_view bytes) const;
-  // Says that nothing more will be sent.
+  // Shuts down the sending side.
   void endSending() const;
 
   // The bytes up to and with the newline; without one where the daemon closes before.
   std::string receiveLine();
-  // The lines of a text answer without the last; or all there was before the daemon closed.
+  // The lines of a text answer without the last one; or all lines before the daemon closed.
   std::string receiveText();
   // Everything up to the end.
   std::string receiveAll();
@@ -38,7 +38,7 @@ class SocketClient final {
   bool receiveMore();
 
   int socket_ = -1;
-  std::string received_;  // and not yet given
+  std::string received_;  // and not yet returned
 };
 
 }  // namespace ZelAgent

@@ -1,4 +1,4 @@
-// Which socket a daemon takes, how it makes it, and what keeps it from serving.
+// The socket of a daemon: how it is created, replaced, refused and removed.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
@@ -36,7 +36,7 @@ class ServeSocket : public ::testing::Test {
     return outcome.err;
   }
 
-  // Leaves a socket behind on which nobody listens.
+  // Leaves a socket on which no process listens.
   void makeStaleSocket() const {
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};
@@ -62,7 +62,7 @@ TEST_F(ServeSocket, IsReadableAndWritableByItsOwnerOnlyWhateverTheMask) {
   EXPECT_EQ(file.st_mode & 0777U, 0600U);
 }
 
-TEST_F(ServeSocket, OnWhichNobodyListensIsReplaced) {
+TEST_F(ServeSocket, OnWhichNoProcessListensIsReplaced) {
   makeStaleSocket();
   DaemonProcess daemon(config_, path_);
   EXPECT_EQ(SocketClient(path_).text("vrf red id 2"), "vrf red id 2\n  no hook call\n");
@@ -80,7 +80,7 @@ TEST_F(ServeSocket, OfADaemonThatWasKilledIsReplaced) {
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
-TEST_F(ServeSocket, OfALivingDaemonIsRefusedAndThatOneGoesOn) {
+TEST_F(ServeSocket, OfARunningDaemonIsRefusedAndThatDaemonContinues) {
   DaemonProcess first(config_, path_);
   EXPECT_EQ(refusal(config_, path_, 1),
             "error: " + path_ + ": a daemon listens there already; end it, or give another path\n");
@@ -95,7 +95,7 @@ TEST_F(ServeSocket, ThatIsAFileOfAnotherKindIsRefusedAndKept) {
   EXPECT_EQ(readFile(file), "keep me");
 }
 
-TEST_F(ServeSocket, ThatIsALinkIsRefusedWhereverItLeads) {
+TEST_F(ServeSocket, ThatIsALinkIsRefused) {
   makeStaleSocket();
   const std::string link = folder_.path("link");
   std::filesystem::create_symlink(path_, link);
@@ -109,12 +109,12 @@ TEST_F(ServeSocket, WhosePathIsTooLongIsRefused) {
               HasSubstr("the path of a socket must have 1 to 107 bytes, found"));
 }
 
-TEST_F(ServeSocket, InAFolderThatIsNotThereIsRefused) {
+TEST_F(ServeSocket, InAMissingFolderIsRefused) {
   EXPECT_THAT(refusal(config_, folder_.path("none/s"), 1),
               EndsWith("its folder cannot be opened: No such file or directory\n"));
 }
 
-TEST_F(ServeSocket, InAFolderThatIsKeptLockedIsRefused) {
+TEST_F(ServeSocket, InALockedFolderIsRefused) {
   const int folder = open(folder_.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(folder, LOCK_EX), 0);
   EXPECT_THAT(refusal(config_, path_, 1), HasSubstr("another process locks its folder"));
@@ -123,7 +123,7 @@ TEST_F(ServeSocket, InAFolderThatIsKeptLockedIsRefused) {
   EXPECT_EQ(daemon.end(), 0);
 }
 
-TEST_F(ServeSocket, ThatManyWouldReplaceAtOnceIsServedByOne) {
+TEST_F(ServeSocket, ThatManyDaemonsReplaceAtOnceIsServedByOne) {
   makeStaleSocket();
   std::deque<DaemonProcess> daemons;
   for (int i = 0; i < 8; ++i)
@@ -140,13 +140,13 @@ TEST_F(ServeSocket, ThatManyWouldReplaceAtOnceIsServedByOne) {
   EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
 }
 
-TEST_F(ServeSocket, IsNotMadeWhereTheConfigurationIsBad) {
+TEST_F(ServeSocket, IsNotCreatedIfTheConfigurationIsBad) {
   const std::string bad = writeFile("bad.json", "{\"network-instances\": 7}");
   EXPECT_THAT(refusal(bad, path_, 2), HasSubstr(bad + ": /network-instances: "));
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
-TEST_F(ServeSocket, IsNotMadeWhereTheConfigurationCannotBeRead) {
+TEST_F(ServeSocket, IsNotCreatedIfTheConfigurationCannotBeRead) {
   EXPECT_THAT(refusal(folder_.path("none.json"), path_, 2), HasSubstr("cannot be read"));
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
@@ -157,14 +157,14 @@ TEST_F(ServeSocket, IsRequired) {
   EXPECT_THAT(outcome.err, HasSubstr("--socket is required"));
 }
 
-TEST_F(ServeSocket, IsNotLeftWhereStandardOutputCannotBeWritten) {
+TEST_F(ServeSocket, IsRemovedIfStandardOutputCannotBeWritten) {
   const AgentOutcome outcome = runAgentInto("/dev/full", {"serve", config_, "--socket", path_});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
-TEST_F(ServeSocket, OfAnotherThatHasTakenThePathIsNotRemoved) {
+TEST_F(ServeSocket, OfAnotherDaemonAtThePathIsNotRemoved) {
   DaemonProcess first(config_, path_);
   ASSERT_TRUE(std::filesystem::remove(path_));
   DaemonProcess second(config_, path_);

@@ -1,4 +1,4 @@
-// How bytes become request lines, without a socket.
+// Request lines from bytes, without a socket.
 #include "agent/serve/protocol/Request.h"
 
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@ std::vector<std::string> takeAll(RequestLines& lines) {
   return texts;
 }
 
-TEST(RequestLines, ALineInPiecesIsOneRequestWhenItsEndHasCome) {
+TEST(RequestLines, ALineInPiecesIsOneRequest) {
   RequestLines lines;
   lines.append("show");
   EXPECT_FALSE(lines.hasNext());
@@ -30,7 +30,7 @@ TEST(RequestLines, ALineInPiecesIsOneRequestWhenItsEndHasCome) {
   EXPECT_FALSE(lines.hasNext());
 }
 
-TEST(RequestLines, SeveralLinesInOnePieceComeInTheirOrder) {
+TEST(RequestLines, SeveralLinesInOnePieceStayInOrder) {
   RequestLines lines;
   lines.append("a\nb\n\nc\nd");
   EXPECT_THAT(takeAll(lines), ElementsAre("a", "b", "", "c"));
@@ -38,7 +38,7 @@ TEST(RequestLines, SeveralLinesInOnePieceComeInTheirOrder) {
   EXPECT_THAT(takeAll(lines), ElementsAre("de"));
 }
 
-TEST(RequestLines, EveryWayToCutTheBytesGivesTheSameLines) {
+TEST(RequestLines, TheLinesDoNotDependOnThePieces) {
   const std::string bytes = "one\n\ntwo words\n{\"x\":1}\n";
   for (std::size_t first = 0; first <= bytes.size(); ++first) {
     for (std::size_t second = first; second <= bytes.size(); ++second) {
@@ -87,7 +87,7 @@ TEST(RequestLines, NothingFollowsALineThatIsTooLong) {
   EXPECT_FALSE(lines.hasNext());
 }
 
-TEST(RequestLines, WhatTheEndCutsOffIsUnfinished) {
+TEST(RequestLines, ALineWithoutItsEndIsUnfinished) {
   RequestLines lines;
   lines.append("whole\nhal");
   lines.end();
@@ -98,14 +98,14 @@ TEST(RequestLines, WhatTheEndCutsOffIsUnfinished) {
   EXPECT_FALSE(lines.hasNext());
 }
 
-TEST(RequestLines, AnEndBehindAWholeLineGivesNothingMore) {
+TEST(RequestLines, AnEndAfterAWholeLineAddsNothing) {
   RequestLines lines;
   lines.append("whole\n");
   lines.end();
   EXPECT_THAT(takeAll(lines), ElementsAre("whole"));
 }
 
-TEST(RequestLines, NulBytesAreBytesLikeOthers) {
+TEST(RequestLines, NulBytesStayInTheLine) {
   RequestLines lines;
   lines.append(std::string_view("a\0b\n", 4));
   EXPECT_EQ(lines.next().text, std::string("a\0b", 3));

@@ -1,4 +1,4 @@
-// How a line is read as a request, and an answer written, in both framings.
+// Requests and answers in both framings.
 #include "agent/serve/protocol/Request.h"
 
 #include <gmock/gmock.h>
@@ -35,11 +35,11 @@ TEST(Request, ALineThatBeginsWithABraceIsJson) {
   EXPECT_EQ(framingOf("{"), Framing::json);
 }
 
-TEST(Request, OutputIsTextWhereJsonIsLeftOut) {
+TEST(Request, OutputIsTextByDefault) {
   EXPECT_FALSE(readRequest(R"({"command": "show"})").asJson);
 }
 
-TEST(Request, WhatIsWrongWithJsonIsSaid) {
+TEST(Request, WrongJsonIsReported) {
   EXPECT_THAT(problemWith("{"), HasSubstr("request:1:2: malformed JSON"));
   EXPECT_THAT(problemWith("{}"), HasSubstr("member command is missing"));
   EXPECT_THAT(problemWith(R"({"command": 7})"), HasSubstr("member command must be a text"));
@@ -49,7 +49,7 @@ TEST(Request, WhatIsWrongWithJsonIsSaid) {
   EXPECT_THAT(problemWith(R"({"command": "a"} x)"), HasSubstr("malformed JSON"));
 }
 
-TEST(Request, NestingWithoutEndIsMalformedAndNothingWorse) {
+TEST(Request, EndlessNestingIsMalformed) {
   EXPECT_THAT(problemWith("{\"command\":" + std::string(60000, '[')), HasSubstr("malformed JSON"));
 }
 
@@ -76,7 +76,7 @@ TEST(Answer, AsJsonIsOneLineWithStatusAndOutput) {
             "{\"status\":0,\"output\":{\"a\":1}}\n");
 }
 
-TEST(Answer, AsTextEndsWithADotOnALineOfItsOwn) {
+TEST(Answer, AsTextEndsWithALineOfOneDot) {
   EXPECT_EQ(toBytes({ExitStatus::success, "a\nb\n"}, Framing::text), "a\nb\n.\n");
   EXPECT_EQ(toBytes({ExitStatus::success, ""}, Framing::text), ".\n");
 }
