@@ -19,7 +19,6 @@ extern char** environ;
 namespace ZelAgent {
 namespace {
 
-// So long a process may show nothing before a test fails instead of hanging.
 constexpr std::chrono::milliseconds lookAgain{1};
 
 }  // namespace

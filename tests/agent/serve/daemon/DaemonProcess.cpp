@@ -19,7 +19,6 @@ extern char** environ;
 namespace ZelAgent {
 namespace {
 
-// So long a daemon may say nothing before a test fails instead of hanging.
 struct Pipe {
   int read = -1;
   int write = -1;

@@ -15,7 +15,6 @@
 namespace ZelAgent {
 namespace {
 
-// So long a daemon may do nothing before a test fails instead of hanging.
 // Waits for one of the events, or for the other side to have closed.
 short waitFor(int socket, short events) {
   pollfd poll{socket, events, 0};
