@@ -5,8 +5,8 @@
 
 namespace VrfModel {
 
-/// Whether `event` can befall `system` as it is. It cannot when it is about a machine that is not
-/// there, or when it breaks a contract, for which the library stops the process.
+/// Whether `event` is possible in the present state of `system`. It is not if it needs a machine
+/// that does not exist, or if it breaks a contract: the library would stop the process.
 [[nodiscard]] bool isPossible(const System& system, const Cast& cast, const Event& event);
 
 }  // namespace VrfModel
