@@ -123,15 +123,17 @@ void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
                               "the command line or the configuration is wrong"}));
 }
 
+void describeInputs(CLI::App& command, std::string& configuration,
+                    std::optional<std::string>& events) {
+  command.add_option("CONFIG", configuration, "An OpenConfig JSON file")->required();
+  command.add_option("--events", events, "An event file, played after the configuration")
+      ->type_name("FILE");
+}
+
 void describeForward(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const forward = app.add_subcommand(
       "forward", "Forward captured packets through the chip, and write captures of the result");
-  forward->add_option("CONFIG", commandLine.forward.configuration, "An OpenConfig JSON file")
-      ->required();
-  forward
-      ->add_option("--events", commandLine.forward.events,
-                   "An event file, played after the configuration")
-      ->type_name("FILE");
+  describeInputs(*forward, commandLine.forward.configuration, commandLine.forward.events);
   forward
       ->add_option("--in", commandLine.forward.captures,
                    "A capture (pcap) of Ethernet or raw IP, and the interface on which it arrives")
@@ -161,12 +163,7 @@ constexpr const char* packetHelp =
 void describeExplain(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const explain =
       app.add_subcommand("explain", "Print the path of one packet through the chip, step by step");
-  explain->add_option("CONFIG", commandLine.explain.configuration, "An OpenConfig JSON file")
-      ->required();
-  explain
-      ->add_option("--events", commandLine.explain.events,
-                   "An event file, played after the configuration")
-      ->type_name("FILE");
+  describeInputs(*explain, commandLine.explain.configuration, commandLine.explain.events);
   explain
       ->add_option("--in", commandLine.explain.interface,
                    "The interface on which the packet arrives")
