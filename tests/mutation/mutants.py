@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Changes one place of the tables or the VRF state machine at a time, and checks that a test fails.
+"""Changes one place of the shipped code at a time, and checks that a test fails.
 
-usage: mutants.py [OPTIONS] BUILD      BUILD has the library and its tests, as ./dev mutants builds it
+usage: mutants.py [OPTIONS] BUILD      BUILD is the folder of the preset asan, built
 
-The seed determines the places. A mutant that does not compile, or that compiles to the same code,
-does not count. A survivor is accepted if survivors.md lists it as equivalent. Any other survivor is a
-failure. It is also a failure if less than 95 % of the mutants are caught.
+The seed determines the places, the same number in each area of the tree. A mutant that does not
+compile, or that compiles to the same code, does not count. A survivor is equivalent if survivors.md
+lists it. It is a failure if less than 90 % of the others are noticed in an area, or less than 95 % in
+all. A run with --seconds is a sample: it leaves out slow tests, and fails if it notices less than half.
 """
 
 import argparse
@@ -19,18 +20,24 @@ import re
 import shutil
 import sys
 import tempfile
+import threading
 import time
 
+from areas import AREAS
+from build_folder import BuildFolder
 from operators import Mutant, mutants_of
-from workbench import LIBRARY, PROGRAMS, Outcome, Workbench, sources_compiled
+from workbench import Outcome, Workbench
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
-LEAST_CAUGHT = 0.95
+LEAST_OF_AREA = 0.90
+LEAST_OF_ALL = 0.95
+LEAST_OF_SAMPLE = 0.50
 
 
 @dataclasses.dataclass(frozen=True)
 class Result:
+    area: str
     mutant: Mutant
     outcome: Outcome
 
@@ -39,8 +46,10 @@ def arguments_of(arguments):
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
     parser.add_argument("build", type=lambda name: pathlib.Path(name).resolve(), help="its folder")
     parser.add_argument("--seed", type=int, default=1, help="chooses the places (default 1)")
-    parser.add_argument("--count", type=int, default=250, help="how many mutants (default 250)")
+    parser.add_argument("--count", type=int, default=60, help="how many in each area (default 60)")
     parser.add_argument("--jobs", type=int, default=1, help="how many at a time (default 1)")
+    parser.add_argument("--seconds", type=int, help="a sample of all areas, for so long")
+    parser.add_argument("--area", choices=[area.name for area in AREAS], help="this area alone")
     parser.add_argument("--only", metavar="FILE[:LINE]", help="every mutant of a file or a line")
     parser.add_argument("--list", action="store_true", help="show the candidates, build nothing")
     chosen = parser.parse_args(arguments)
@@ -50,130 +59,157 @@ def arguments_of(arguments):
 
 
 def read_sources():
-    """The text of every file with mutants, by its path within the library."""
-    folder = ROOT / LIBRARY
-    paths = (path for part in PROGRAMS for path in sorted((folder / part).iterdir()))
-    names = (path.relative_to(folder).as_posix() for path in paths)
-    return {name: (folder / name).read_text(encoding="utf-8") for name in names
-            if sources_compiled(name)}  # fmt: skip
+    """The text of every file with mutants, by its path."""
+    folders = sorted({folder.partition("/")[0] for area in AREAS for folder in area.folders})
+    paths = (path for folder in folders for path in sorted((ROOT / folder).rglob("*")))
+    names = (path.relative_to(ROOT).as_posix() for path in paths if path.suffix in (".h", ".cpp"))
+    return {name: (ROOT / name).read_text(encoding="utf-8") for name in names
+            if any(area.has(name) for area in AREAS)}  # fmt: skip
 
 
-def candidates(texts, chosen):
-    """The mutants to try, in their order."""
-    mutants = [mutant for file, text in texts.items() for mutant in mutants_of(file, text)]
+def drawn(texts, chosen):
+    """For each area the mutants to try, in their order."""
+    areas = [area for area in AREAS if chosen.area in (None, area.name)]
+    found = {area: [mutant for file, text in texts.items() if area.has(file)
+                    for mutant in mutants_of(file, text)] for area in areas}  # fmt: skip
     if not chosen.only:
-        random.Random(chosen.seed).shuffle(mutants)
-        return mutants
-    file, _, line = chosen.only.removeprefix(f"{LIBRARY}/").partition(":")
-    found = [mutant for mutant in mutants
-             if mutant.file == file and line in ("", str(mutant.line(texts[file])))]  # fmt: skip
+        for area, mutants in found.items():
+            random.Random(f"{area.name} {chosen.seed}").shuffle(mutants)
+        return found
+    file, _, line = chosen.only.partition(":")
+    found = {area: kept for area, mutants in found.items() if (kept := [
+        mutant for mutant in mutants
+        if mutant.file == file and line in ("", str(mutant.line(texts[file])))])}  # fmt: skip
     if not found:
-        known = ", ".join(texts)
-        sys.exit(f"mutants: --only {chosen.only} names no place that can be broken; files: {known}")
+        sys.exit(f"mutants: --only {chosen.only} names no place that can be broken; "
+                 "give a path below the root, such as agent/main.cpp, and a line")  # fmt: skip
     return found
 
 
 def shown(mutant, text):
     before, after = mutant.change(text)
-    return f"{mutant.file}:{mutant.line(text)}: {mutant.operator}: {before}  =>  {after}"
+    return f"{mutant.file}:{mutant.line(text)}: {mutant.name}: {before}  =>  {after}"
 
 
 def judged_equivalent(document):
-    """The rows of survivors.md: file, before and after."""
+    """The rows of survivors.md: file and name."""
     rows = set()
     for line in document.splitlines():
-        cells = [cell.strip() for cell in re.split(r"(?<!\\)\|", line)[1:-1]]
-        if len(cells) == 4 and cells[0].startswith("`"):
-            rows.add(tuple(cell.replace(r"\|", "|").strip("`") for cell in cells[:3]))
+        cells = [cell.strip().strip("`") for cell in line.split("|")[1:-1]]
+        if len(cells) == 3 and "." in cells[0]:
+            rows.add((cells[0], cells[1]))
     return rows
 
 
-def is_judged(mutant, text, judged):
-    return (mutant.file, *mutant.change(text)) in judged
+class Trial:
+    """Tries mutants on several workbenches at a time, until there are enough or time has run out."""
 
+    def __init__(self, texts, chosen, benches):
+        self.texts, self.chosen = texts, chosen
+        self.benches, self.jobs = benches, benches.qsize()
+        self.end = time.monotonic() + chosen.seconds if chosen.seconds else float("inf")
 
-def try_mutants(mutants, texts, benches):
-    """The results of the mutants that compile, in their order."""
+    def results(self, found):
+        areas = [[(area, mutant) for mutant in mutants] for area, mutants in found.items()]
+        if self.chosen.seconds:
+            mixed = sum(areas, [])
+            random.Random(self.chosen.seed).shuffle(mixed)
+            return self._of_queue(mixed, len(mixed))
+        return [result for queued in areas for result in
+                self._of_queue(queued, len(queued) if self.chosen.only else self.chosen.count)]  # fmt: skip
 
-    def attempt(mutant):
-        bench = benches.get()
-        try:
-            if not bench.make(mutant, texts[mutant.file]):
-                return None
-            outcome = bench.test(PROGRAMS[mutant.file.partition("/")[0]])
-            place = shown(mutant, texts[mutant.file])
-            print(f"{outcome.how:8} {place}  [{outcome.where}]", flush=True)
-            return Result(mutant, outcome)
-        finally:
-            benches.put(bench)
+    def _of_queue(self, waiting, enough):
+        waiting, results, lock = collections.deque(waiting), [], threading.Lock()
 
-    with concurrent.futures.ThreadPoolExecutor(benches.qsize()) as pool:
-        return [result for result in pool.map(attempt, mutants) if result]
+        def work():
+            bench = self.benches.get()
+            try:
+                while waiting and len(results) < enough and time.monotonic() < self.end:
+                    with lock:
+                        area, mutant = waiting.popleft()
+                    if result := self._result(bench, area, mutant):
+                        results.append(result)
+            finally:
+                self.benches.put(bench)
 
+        with concurrent.futures.ThreadPoolExecutor(self.jobs) as pool:
+            for done in [pool.submit(work) for _ in range(self.jobs)]:
+                done.result()
+        return results
 
-def check_unbroken(bench):
-    """Exits if the tests fail without a mutant."""
-    bench.link_unbroken()
-    outcome = bench.test(PROGRAMS["vrf"])
-    if outcome.how != "survived":
-        sys.exit(f"mutants: the tests of the unbroken library {outcome.how}: {outcome.where}")
+    def _result(self, bench, area, mutant):
+        programs = area.quick if self.chosen.seconds else area.programs
+        outcome = bench.outcome(mutant, self.texts[mutant.file], programs)
+        if outcome is None:
+            return None
+        place = shown(mutant, self.texts[mutant.file])
+        print(f"{outcome.how:8} {place}  [{outcome.where}]", flush=True)
+        return Result(area.name, mutant, outcome)
 
 
 def run(texts, chosen):
+    folder = BuildFolder(ROOT, chosen.build)
     place = pathlib.Path(tempfile.mkdtemp(prefix="mutants-", dir=chosen.build))
     try:
-        benches = queue.SimpleQueue()
+        benches, cpu_seconds = queue.SimpleQueue(), {}
         for number in range(chosen.jobs):
-            benches.put(Workbench(ROOT, chosen.build, place / str(number)))
-        first = benches.get()
-        check_unbroken(first)
-        benches.put(first)
-        left = candidates(texts, chosen)
-        count = len(left) if chosen.only else chosen.count
-        results = []
-        while len(results) < count and left:
-            missing = count - len(results)
-            results += try_mutants(left[:missing], texts, benches)
-            del left[:missing]
-        return results
+            benches.put(Workbench(folder, place / str(number), cpu_seconds))
+        found = drawn(texts, chosen)
+        if not (chosen.seconds or chosen.only):
+            check_unbroken(benches.get(), found, benches)
+        return Trial(texts, chosen, benches).results(found)
     finally:
         shutil.rmtree(place)
 
 
-def report(results, texts, judged):
+def check_unbroken(bench, found, benches):
+    """Exits if a program fails without a mutant."""
+    for program in dict.fromkeys(program for area in found for program in area.programs):
+        outcome = bench.unbroken_outcome(program)
+        if outcome.how != "survived":
+            sys.exit(f"mutants: without a change the tests {outcome.how}: {outcome.where}")
+    benches.put(bench)
+
+
+def report(results, texts, judged, sample):
     """The lines of the report, and whether the run is a success."""
     hows = ("failed", "crashed", "hung", "survived")
-    counts = collections.Counter((result.mutant.operator, result.outcome.how) for result in results)
-    lines = ["| operator | made | " + " | ".join(hows) + " |", "|---|" + "--:|" * 5]
-    for operator in sorted({operator for operator, _ in counts}):
-        row = [counts[operator, how] for how in hows]
-        lines.append(f"| {operator} | {sum(row)} | " + " | ".join(map(str, row)) + " |")
-    totals = [sum(result.outcome.how == how for result in results) for how in hows]
-    lines.append(f"| **all** | {len(results)} | " + " | ".join(map(str, totals)) + " |")
-    survivors = [result.mutant for result in results if result.outcome.how == "survived"]
-    unjudged = [m for m in survivors if not is_judged(m, texts[m.file], judged)]
-    for title, mutants in (
-        ("Survivors that survivors.md judges to be equivalent", set(survivors) - set(unjudged)),
-        ("Survivors", unjudged),
-    ):
-        lines += ["", f"{title}: {len(mutants)}"]
-        lines += sorted(f"- {shown(mutant, texts[mutant.file])}" for mutant in mutants)
-    caught = 1 - len(survivors) / len(results) if results else 0
-    lines += ["", f"{caught:.1%} of {len(results)} caught"]
-    return lines, not unjudged and caught >= LEAST_CAUGHT
+    lines = ["| area | made | " + " | ".join(hows) + " | equivalent | noticed |", "|---|" + "--:|" * 7]
+    shares = {}
+    for name in [*dict.fromkeys(result.area for result in results), "**all**"]:
+        own = [result for result in results if name in (result.area, "**all**")]
+        counts = collections.Counter(result.outcome.how for result in own)
+        equivalent = sum(is_judged(result, judged) for result in own)
+        noticed = len(own) - counts["survived"]
+        shares[name] = noticed / max(1, len(own) - equivalent)
+        cells = [len(own), *(counts[how] for how in hows), equivalent, f"{shares[name]:.1%}"]
+        lines.append(f"| {name} | " + " | ".join(map(str, cells)) + " |")
+    for title, chosen in (("Survivors that survivors.md judges to be equivalent", True), ("Survivors", False)):
+        found = sorted(shown(result.mutant, texts[result.mutant.file]) for result in results
+                       if result.outcome.how == "survived" and is_judged(result, judged) == chosen)  # fmt: skip
+        lines += ["", f"{title}: {len(found)}", *(f"- {line}" for line in found)]
+    if sample:
+        return lines, bool(results) and shares["**all**"] >= LEAST_OF_SAMPLE
+    well = min(shares.values()) >= LEAST_OF_AREA and shares["**all**"] >= LEAST_OF_ALL
+    return lines, bool(results) and well
+
+
+def is_judged(result, judged):
+    return result.outcome.how == "survived" and (result.mutant.file, result.mutant.name) in judged
 
 
 def main(arguments):
     chosen = arguments_of(arguments)
     texts = read_sources()
     if chosen.list:
-        for mutant in candidates(texts, chosen):
-            print(shown(mutant, texts[mutant.file]))
+        for mutants in drawn(texts, chosen).values():
+            for mutant in mutants:
+                print(shown(mutant, texts[mutant.file]))
         return 0
     began = time.monotonic()
     results = run(texts, chosen)
     judged = judged_equivalent((HERE / "survivors.md").read_text(encoding="utf-8"))
-    lines, well = report(results, texts, judged)
+    lines, well = report(results, texts, judged, chosen.seconds)
     minutes = (time.monotonic() - began) / 60
     lines.append(f"seed {chosen.seed}, {minutes:.0f} minutes")
     print("\n" + "\n".join(lines))

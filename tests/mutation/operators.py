@@ -1,5 +1,6 @@
 """The mutation operators: each changes one place of a source in one way."""
 
+import collections
 import dataclasses
 import re
 
@@ -12,10 +13,10 @@ DECLARATION = re.compile(
 )
 # clang-format puts spaces around operators with two operands.
 SWAPS = [
-    ("equality", r"(?<= )(==|!=)(?= )", {"==": "!=", "!=": "=="}),
-    ("relation", r"(?<= )(<=|>=|<|>)(?= )", {"<": "<=", "<=": "<", ">": ">=", ">=": ">"}),
-    ("logic", r"(?<= )(&&|\|\|)(?= )", {"&&": "||", "||": "&&"}),
-    ("arithmetic", r"(?<= )(\+=|-=|\+|-|\*|/)(?= )",
+    ("equality", r"(?<= )(==|!=)(?=\s)", {"==": "!=", "!=": "=="}),
+    ("relation", r"(?<= )(<=|>=|<|>)(?=\s)", {"<": "<=", "<=": "<", ">": ">=", ">=": ">"}),
+    ("logic", r"(?<= )(&&|\|\|)(?=\s)", {"&&": "||", "||": "&&"}),
+    ("arithmetic", r"(?<= )(\+=|-=|\+|-|\*|/)(?=\s)",
      {"+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+="}),
     ("step", r"(\+\+|--)(?=\w)", {"++": "--", "--": "++"}),
     ("truth", r"\b(true|false)\b", {"true": "false", "false": "true"}),
@@ -30,9 +31,14 @@ CHOICE = re.compile(r"(?:return|=) ([^;?]*?) \?")
 
 @dataclasses.dataclass(frozen=True)
 class Mutant:
-    """A change of one place: replaces the text between two offsets."""
+    """A change of one place: replaces the text between two offsets.
+
+    Its name is that of its function, with the operator and the number of this operator's change within
+    the functions of that name. So a change elsewhere in the file, or of the layout, does not rename it.
+    """
 
     file: str
+    name: str
     operator: str
     begin: int
     end: int
@@ -56,14 +62,17 @@ class Mutant:
 def mutants_of(file, text):
     """All mutants of `text`, in the order of their places."""
     code = code_of(text)
-    found = set()
+    found, made = [], collections.Counter()
     for function in functions(code):
         # Readers of members in headers are inlined into the tests, which are not compiled again.
         if file.endswith(".h") and READER.fullmatch(code[function.begin : function.end]):
             continue
-        for operator, begin, end, replacement in in_function(code, function):
-            found.add(Mutant(file, operator, begin, end, replacement))
-    return sorted(found, key=lambda mutant: (mutant.begin, mutant.end, mutant.replacement))
+        places = {(begin, end, to, operator) for operator, begin, end, to in in_function(code, function)}
+        for begin, end, to, operator in sorted(places):
+            made[function.name, operator] += 1
+            name = f"{function.name} {operator} {made[function.name, operator]}"
+            found.append(Mutant(file, name, operator, begin, end, to))
+    return found
 
 
 def in_function(code, function):

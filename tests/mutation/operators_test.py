@@ -3,8 +3,10 @@
 import unittest
 
 import mutants
+from areas import AREAS
 from operators import mutants_of
 from source import code_of, functions
+from workbench import Outcome
 
 
 def broken(body, head="void f()"):
@@ -32,6 +34,15 @@ class Statements(unittest.TestCase):
     def test_a_result_becomes_the_default_one(self):
         self.assertEqual(broken(" return found; ", "int f()"), {" return {}; "})
         self.assertEqual(broken(" return nullptr; ", "int* f()"), set())
+
+    def test_an_attribute_is_no_statement(self):
+        self.assertEqual(broken(" if (a) [[unlikely]] { b(); } else { c(); } "), {
+            " if (true) [[unlikely]] { b(); } else { c(); } ",
+            " if (!(a)) [[unlikely]] { b(); } else { c(); } ",
+            " if (a) [[unlikely]] { ; } else { c(); } ",
+            " if (a) [[unlikely]] { b(); } else { ; } ",
+            " return;  if (a) [[unlikely]] { b(); } else { c(); } ",
+        })  # fmt: skip
 
     def test_a_continue_becomes_a_break(self):
         self.assertIn(" while (a) { break; } ", broken(" while (a) { continue; } "))
@@ -112,30 +123,83 @@ S::S(int b) : a(b) {}
         self.assertEqual(len(mutants_of("s.cpp", text)), 1)
 
 
-class Judgement(unittest.TestCase):
-    def test_a_row_is_found_by_its_change_on_any_line(self):
-        text = "\n\nbool f() { return a || b; }\n"
-        mutant = next(m for m in mutants_of("t/a.cpp", text) if m.operator == "logic")
-        judged = mutants.judged_equivalent(
-            "| file | before | after | why |\n|---|---|---|---|\n"
-            r"| `t/a.cpp` | `bool f() { return a \|\| b; }` | `bool f() { return a && b; }` | so |"
-        )
-        self.assertTrue(mutants.is_judged(mutant, text, judged))
-        self.assertFalse(mutants.is_judged(mutant, text, set()))
+class Names(unittest.TestCase):
+    TEXT = "int S::f() { return a + b + c; }\n"
 
-    def test_every_row_is_about_the_code_as_it_is(self):
-        texts = mutants.read_sources()
-        changes = {(m.file, *m.change(text)) for file, text in texts.items()
-                   for m in mutants_of(file, text)}  # fmt: skip
+    def names(self, text):
+        return {mutant.name: mutant.applied_to(text) for mutant in mutants_of("t/a.cpp", text)}
+
+    def test_a_name_is_that_of_function_operator_and_number(self):
+        self.assertEqual(self.names(self.TEXT), {
+            "S::f result 1": "int S::f() { return {}; }\n",
+            "S::f arithmetic 1": "int S::f() { return a - b + c; }\n",
+            "S::f arithmetic 2": "int S::f() { return a + b - c; }\n",
+        })  # fmt: skip
+
+    def test_a_name_stays_when_other_code_or_the_layout_changes(self):
+        changed = "void g() { h(x + y); }\nint S::f() {\n  return a +\n      b + c;\n}\n"
+        self.assertLess(set(self.names(self.TEXT)), set(self.names(changed)))
+
+    def test_functions_of_one_name_count_on(self):
+        twice = self.TEXT + "int S::f() const { return a + b; }\n"
+        self.assertIn("int S::f() const { return a - b; }", self.names(twice)["S::f arithmetic 3"])
+
+
+class Judgement(unittest.TestCase):
+    ROW = "| file | name | why |\n|---|---|---|\n| `t/a.cpp` | `f logic 1` | so |"
+
+    def result(self, how):
+        mutant = next(m for m in mutants_of("t/a.cpp", "bool f() { return a || b; }\n")
+                      if m.operator == "logic")  # fmt: skip
+        return mutants.Result("t", mutant, Outcome(how))
+
+    def test_a_survivor_is_judged_by_its_name(self):
+        judged = mutants.judged_equivalent(self.ROW)
+        self.assertTrue(mutants.is_judged(self.result("survived"), judged))
+        self.assertFalse(mutants.is_judged(self.result("survived"), set()))
+        self.assertFalse(mutants.is_judged(self.result("failed"), judged))
+
+    def test_every_row_names_a_place_of_the_code(self):
+        names = {(m.file, m.name) for file, text in mutants.read_sources().items()
+                 for m in mutants_of(file, text)}  # fmt: skip
         judged = mutants.judged_equivalent((mutants.HERE / "survivors.md").read_text())
-        self.assertEqual(judged - changes, set())
+        self.assertNotEqual(judged, set())
+        self.assertEqual(judged - names, set())
+
+    def test_equivalent_mutants_do_not_count(self):
+        results = [self.result(how) for how in ("failed", "survived")]
+        texts = {"t/a.cpp": "bool f() { return a || b; }\n"}
+        judged = mutants.judged_equivalent(self.ROW)
+        self.assertTrue(mutants.report(results, texts, judged, None)[1])
+        self.assertFalse(mutants.report(results, texts, set(), None)[1])
+
+    def test_one_weak_area_is_a_failure_and_a_sample_needs_half(self):
+        results = [self.result("failed")] * 99 + [
+            mutants.Result("u", self.result("survived").mutant, Outcome("survived"))]  # fmt: skip
+        texts = {"t/a.cpp": "bool f() { return a || b; }\n"}
+        self.assertFalse(mutants.report(results, texts, set(), None)[1])
+        self.assertTrue(mutants.report(results, texts, set(), 60)[1])
+        self.assertFalse(mutants.report(results[-1:], texts, set(), 60)[1])
+        self.assertFalse(mutants.report([], texts, set(), 60)[1])
 
     def test_the_same_seed_gives_the_same_order(self):
-        texts = {"tables/a.cpp": "void f() { a(); b(); c(); d(); }\n"}
-        drawn = [mutants.candidates(texts, mutants.arguments_of(["build", f"--seed={seed}"]))
+        texts = {"chips/a.cpp": "void f() { a(); b(); c(); d(); }\n"}
+        drawn = [list(mutants.drawn(texts, mutants.arguments_of(["build", f"--seed={seed}"])).values())
                  for seed in (7, 7, 8)]  # fmt: skip
         self.assertEqual(drawn[0], drawn[1])
         self.assertNotEqual(drawn[0], drawn[2])
+
+
+class Areas(unittest.TestCase):
+    def test_each_source_is_in_one_area(self):
+        for file in mutants.read_sources():
+            self.assertEqual(sum(area.has(file) for area in AREAS), 1, file)
+
+    def test_the_areas_have_everything_that_is_shipped(self):
+        shipped = {path.relative_to(mutants.ROOT).as_posix()
+                   for folder in ("platform", "ZelVrfSelectionPolicy", "testing", "chips", "agent")
+                   for path in (mutants.ROOT / folder).rglob("*.cpp")}  # fmt: skip
+        self.assertEqual(shipped - set(mutants.read_sources()), set())
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 """Finds functions, statements and conditions in C++ sources that clang-format has formatted.
 
-Positions are offsets into the text. Comments, literals and preprocessor lines are first replaced by
+Positions are offsets into the text. Comments, literals, attributes and preprocessor lines are first replaced by
 the same number of spaces, so offsets in the code are also offsets in the text.
 """
 
@@ -8,7 +8,7 @@ import dataclasses
 import re
 
 BLANKED = re.compile(
-    r"""//[^\n]* | /\*.*?\*/ | ^[ ]*\#[^\n]* | "(?:\\.|[^"\\\n])*" | '(?:\\.|[^'\\\n])+'""",
+    r"""//[^\n]* | /\*.*?\*/ | \[\[[^\[\]]*\]\] | ^[ ]*\#[^\n]* | "(?:\\.|[^"\\\n])*" | '(?:\\.|[^'\\\n])+'""",
     re.VERBOSE | re.DOTALL | re.MULTILINE,
 )
 OPENING, CLOSING = "({[", ")}]"
@@ -17,8 +17,12 @@ CONTROL = re.compile(r"(if constexpr|if|while|for|switch|catch)\s*\(")
 PLAIN_KEYWORD = re.compile(r"(?:else|do|try)\b|(?:case\b[^;{}]*?|default)(?<!:):(?!:)")
 
 
+NAME = re.compile(r"(?:operator *(?:\(\)|[^\s\w(]+)|[~\w:]+)(?=\()")
+
+
 @dataclasses.dataclass(frozen=True)
 class Function:
+    name: str  # as its definition spells it
     begin: int  # of the body, after its brace
     end: int  # at its closing brace
     is_void: bool
@@ -59,19 +63,28 @@ def functions(code):
     """The functions with a body, in their order. A function within a function is a part of it."""
     head, at = 0, 0
     while at < len(code):
-        if code[at] == "{":
+        if code[at] == "(":
+            at = matching(code, at)
+        elif code[at] == "{" and code[at - 1] not in " \n":  # a member or a variable is initialised
+            at = matching(code, at)
+        elif code[at] == "{":
             start = re.sub(r"(public|protected|private):", "", code[head:at]).strip()
             if not re.match(r"(inline )?namespace\b", start) and not TYPE_HEAD.match(start):
                 end = matching(code, at)
-                if ")" in start and "=" not in start.partition("(")[0]:
-                    start = re.sub(r"\[\[.*?\]\]|\b(static|explicit|inline|virtual)\b", "", start)
-                    is_void = re.match(r"\s*(template\s*<.*?>\s*)?void\b", start) is not None
-                    yield Function(at + 1, end, is_void)
+                if ")" in start and "=" not in re.sub(r"operator\S+", "", start).partition("(")[0]:
+                    yield function_of(start, at + 1, end)
                 at = end
             head = at + 1
         elif code[at] in ";}":
             head = at + 1
         at += 1
+
+
+def function_of(start, begin, end):
+    start = re.sub(r"\b(static|explicit|inline|virtual)\b", "", start)
+    is_void = re.match(r"\s*(template\s*<.*?>\s*)?void\b", start) is not None
+    named = NAME.search(start)
+    return Function(named[0].lstrip(":") if named else "", begin, end, is_void)
 
 
 def end_of_statement(code, at):

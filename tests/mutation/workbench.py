@@ -1,8 +1,8 @@
-"""Builds the library with one mutant, and runs the tests with it.
+"""Builds the product with one mutant, and runs the tests that may notice it.
 
-All output is in the folder of the workbench. A mutant is a changed copy of one file. The objects that
-it affects are compiled from the copy. The library is linked from these and from the objects of the
-build folder. The tests find that library before the library of the build folder.
+All output is in the folder of the workbench. The compiler reads the changed file in place of the
+original through an overlay. What is affected is compiled and linked again; the rest is taken from the
+build folder. Programs are linked when their turn comes, since most mutants are noticed by the first.
 """
 
 import dataclasses
@@ -15,65 +15,15 @@ import shlex
 import signal
 import subprocess
 
-LIBRARY = "ZelVrfSelectionPolicy"
-# The sources that call the inline functions of each header. Unoptimised code does not inline them, and
-# the linker takes the first of several copies. So it is enough to compile these sources again, as one
-# source. Headers whose functions only tests call have no mutants.
-CALLERS = {
-    "tables/ActionsByVrf.h": [
-        "tables/ActionsByVrf.cpp",
-        "tables/VrfHwStatus.cpp",
-        "vrf/VrfResources.cpp",
-    ],
-    "tables/ActionsNaming.h": ["vrf/VrfResources.cpp"],
-    "tables/VrfHwStatus.h": ["tables/VrfHwStatus.cpp", "vrf/VrfResources.cpp"],
-    "vrf/FactsAtStart.h": ["vrf/FactsAtStart.cpp", "vrf/VrfSm.cpp"],
-    "vrf/FallbackLinks.h": ["vrf/FallbackLinks.cpp", "vrf/VrfSm.cpp"],
-    "vrf/PrefixLensSm.h": ["vrf/PrefixLensSm.cpp", "vrf/VrfSm.cpp", "vrf/VrfWatches.cpp"],
-    "vrf/RouteStatusReactors.h": ["vrf/RouteStatusReactors.cpp", "vrf/VrfSm.cpp"],
-    "vrf/VrfInstanceSm.h": ["vrf/VrfInstanceSm.cpp", "vrf/VrfSm.cpp", "vrf/VrfWatches.cpp"],
-    "vrf/VrfSm.h": ["vrf/VrfSm.cpp"],
-    "vrf/VrfWatches.h": ["vrf/VrfSm.cpp", "vrf/VrfWatches.cpp"],
-}
-# Headers that are compiled once for all mutants. They would take most of the time of each compilation.
-PRECOMPILED = [
-    "algorithm",
-    "optional",
-    "ostream",
-    "vector",
-    "Acl/Config.h",
-    "Duolog/Message.h",
-    "L3/VrfName.h",
-    "Mox/Dir.h",
-    "Mox/EnumType.h",
-    "Mox/Exceptions.h",
-    "Mox/HashMap2018.h",
-    "Mox/NotifieeConst.h",
-    "Mox/SassertHelper.h",
-    "Quarry/Slab.h",
-    "Routing/Hardware/RouteStatus.h",
-    "Routing6/Hardware/RouteStatus.h",
-    "Velo/Publisher.h",
-    "VrfSelectionPolicy/VrfSelectionFallbackVrf.h",
-    "Zel/ZelBaseHelper.h",
-]
-# Without the tests that take minutes: the cost of a refresh among a hundred thousand actions, and the
-# failure of each hook in turn.
-OTHERS = [
-    "fault_tests --gtest_filter=HookThrows.*",
-    "refresh_cost_tests --gtest_filter=-RefreshCost*",
-    "policy_tests --gtest_filter=-*DuringRebuild.*",
-    "vrf-soak 20000",
-    "model_tests",
-    "policy_tests --gtest_filter=*DuringRebuild.*",
-]
-# The programs that fail first are first.
-PROGRAMS = {
-    "tables": ["tables_tests", "vrf_tests", *OTHERS],
-    "vrf": ["vrf_tests", "tables_tests", *OTHERS],
-}
-CPU_SECONDS = 120  # for one program; the slowest takes a tenth of it
-WALL_SECONDS = 600
+from areas import AGENT, SCRIPTS, SHARED_LIBRARIES
+
+# Positions in debug information and in reports of undefined behaviour change with every mutant. Without
+# them, equal objects mean that a mutant changes nothing.
+COMPARABLE = ["-w", "-g0", "-fno-sanitize=undefined"]
+# A header that more sources of a library include is stated by a test alone.
+MOST_INCLUDERS = 8
+WALL_SECONDS = 180  # for one program
+USUAL_CPU_SECONDS = 20
 MEGABYTES = 4096
 
 
@@ -83,142 +33,219 @@ class Outcome:
     where: str = ""
 
 
-def sources_compiled(file):
-    return CALLERS.get(file, []) if file.endswith(".h") else [file]
+class Workbench:
+    """Builds and tests mutants, one after the other, in the folder `place`."""
+
+    def __init__(self, folder, place, cpu_seconds):
+        """`cpu_seconds` has how long each program may compute, and may be filled later."""
+        self.folder, self.place, self.cpu_seconds = folder, pathlib.Path(place), cpu_seconds
+        for name in ("bin", "lib", "run"):
+            (self.place / name).mkdir(parents=True)
+        self.changed = self.place / "changed"
+        self.overlay = self.place / "overlay.yaml"
+        self.unbroken = {}
+        self.helpers = {}
+        self.passing_tests = set()  # with the headers as they are
+
+    def outcome(self, mutant, text, programs):
+        """How the tests end with `mutant`; none if it does not compile or changes nothing.
+
+        A header is broken for the test that states it, and then for the sources of its library.
+        """
+        is_made = False
+        if mutant.file.endswith(".h") and (stating := self._stating_test(mutant.file)):
+            self._check_test(stating)
+            objects = self._changed_objects(mutant, text, [stating])
+            if objects is not None:
+                is_made = True
+                how = self._test_header(stating, objects)
+                if how.how != "survived":
+                    return how
+        sources = self._affected_sources(mutant.file)
+        objects = self._changed_objects(mutant, text, sources) if sources else None
+        if objects is None:
+            return Outcome("survived") if is_made else None
+        return self._test(sources, objects, programs)
+
+    def unbroken_outcome(self, program):
+        """The outcome without a mutant. Sets how long the program may compute with one."""
+        self.cpu_seconds[program] = WALL_SECONDS
+        before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        outcome = self._test([], [], [program])
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        seconds = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+        self.cpu_seconds[program] = 5 + round(3 * seconds)
+        return outcome
+
+    def _stating_test(self, header):
+        """The test of the same name, or else the first that includes the header itself."""
+        below = header.removeprefix("ZelVrfSelectionPolicy/")
+        named = f"tests/{below.removesuffix('.h')}Test.cpp"
+        if (self.folder.root / named).exists():
+            return named
+        include = f'#include "{below.removeprefix("platform/")}"'
+        others = sorted((self.folder.root / "tests" / below.partition("/")[0]).rglob("*Test.cpp"))
+        for test in others:
+            if include in test.read_text(encoding="utf-8"):
+                return test.relative_to(self.folder.root).as_posix()
+        return None
+
+    def _affected_sources(self, file):
+        if not file.endswith(".h"):
+            return [file]
+        library = file.partition("/")[0]
+        including = self.folder.sources_with_headers([file])
+        including = [source for source in including if source.startswith(f"{library}/")]
+        return including if len(including) <= MOST_INCLUDERS else []
+
+    def _changed_objects(self, mutant, text, sources):
+        """The objects of `sources` with the mutant; none if it does not compile or changes nothing."""
+        key = (mutant.file, *sources)
+        if key not in self.unbroken:
+            self.unbroken[key] = [made.read_bytes() for made in self._compile(mutant.file, text, sources)]
+        try:
+            objects = self._compile(mutant.file, mutant.applied_to(text), sources)
+        except subprocess.CalledProcessError:
+            return None
+        changes = [made.read_bytes() for made in objects] != self.unbroken[key]
+        return objects if changes else None
+
+    def _compile(self, file, text, sources):
+        """Compiles the sources with `text` as the content of `file`."""
+        self.changed.write_text(text, encoding="utf-8")
+        original = {"name": str(self.folder.root / file), "type": "file",
+                    "external-contents": str(self.changed)}  # fmt: skip
+        described = {"version": 0, "use-external-names": "false", "roots": [original]}
+        self.overlay.write_text(json.dumps(described), encoding="utf-8")
+        objects = [self.place / f"changed-{number}.o" for number in range(len(sources))]
+        for source, made in zip(sources, objects):
+            self._compile_one(source, made, ["-ivfsoverlay", str(self.overlay)])
+        return objects
+
+    def _compile_one(self, source, made, options=()):
+        command = [*self.folder.compile_command(source), *COMPARABLE, *options]
+        self.folder.call([*command, "-c", str(self.folder.root / source), "-o", str(made)])
+
+    def _check_test(self, test):
+        """Checks that the test passes alone."""
+        if test in self.passing_tests:
+            return
+        made = self.place / "unchanged.o"
+        self._compile_one(test, made)
+        outcome = self._test_header(test, [made])
+        if outcome.how != "survived":
+            raise RuntimeError(f"{test} alone and without a change {outcome.how}: {outcome.where}")
+        self.passing_tests.add(test)
+
+    def _test_header(self, test, objects):
+        """Runs a program with this test alone, and with what the test's program shares."""
+        target = self.folder.object(test).partition(".dir/")[0].rpartition("/")[2]
+        words = [word for word in self.folder.link_command(f"bin/{target}") if ".dir/" not in word]
+        self._link(words, [*objects, *self._shared_objects(test)], self.place / "bin" / "header")
+        # Parameterised tests of the testing kit may be linked without parameters.
+        words = ["header", "--gtest_filter=-GoogleTestVerification.*"]
+        return self._run(words, USUAL_CPU_SECONDS)
+
+    def _shared_objects(self, test):
+        """The objects of the sources of a test program that are not tests."""
+        shared = [source for source in self.folder.target_sources(test)
+                  if not source.endswith("Test.cpp") and source != test]  # fmt: skip
+        for source in shared:
+            if source not in self.helpers:
+                self.helpers[source] = self.place / f"shared-{len(self.helpers)}.o"
+                self._compile_one(source, self.helpers[source])
+        return [self.helpers[source] for source in shared]
+
+    def _test(self, sources, objects, programs):
+        """The outcome of the first program that does not pass."""
+        for made in [*(self.place / "bin").iterdir(), *(self.place / "lib").iterdir()]:
+            made.unlink()
+        changed = dict(zip(sources, objects))
+        for name in SHARED_LIBRARIES:
+            self._relink(f"lib/{name}.1.0.0", changed, self.place / "lib" / f"{name}.1")
+        self._relink_program(AGENT, changed)
+        for program in programs:
+            words = shlex.split(program)
+            self._relink_program(SCRIPTS.get(words[0], words)[-1], changed)
+            outcome = self._run(words, self.cpu_seconds.get(program, USUAL_CPU_SECONDS))
+            if outcome.how != "survived":
+                return outcome
+        return Outcome("survived")
+
+    def _relink_program(self, name, changed):
+        self._relink(f"bin/{name}", changed, self.place / "bin" / name)
+
+    def _relink(self, output, changed, made):
+        """Links what has changed sources. Archives are searched after the changed objects."""
+        words = self.folder.link_command(output)
+        objects = [new for source, new in changed.items() if self.folder.is_linked(source, words)]
+        if objects:
+            old = {self.folder.object(source) for source in changed}
+            self._link([word for word in words if word not in old], objects, made)
+
+    def _link(self, words, objects, output):
+        at = words.index("-o")
+        linked = [*words[:at], "-fuse-ld=lld", *map(str, objects), "-o", str(output), *words[at + 2 :]]
+        self.folder.call(linked)
+
+    def _program(self, name):
+        own = self.place / "bin" / name
+        return str(own if own.exists() else self.folder.path / "bin" / name)
+
+    def _run(self, words, cpu_seconds):
+        """How the program ends that `words` name."""
+        name, *arguments = words
+        if name in SCRIPTS:
+            script, program = SCRIPTS[name]
+            command = ["/usr/bin/python3", "-B", str(self.folder.root / script), self._program(program)]
+        else:
+            command = [self._program(name), *arguments]
+        environment = dict(
+            os.environ,
+            LD_LIBRARY_PATH=f"{self.place / 'lib'}:{self.folder.path / 'lib'}",
+            ASAN_OPTIONS=f"hard_rss_limit_mb={MEGABYTES}:exitcode=99:detect_leaks=1:symbolize=0",
+            GTEST_FAIL_FAST="1",
+            MOX_HASH_SEED="1",
+            ZEL_AGENT=self._program(AGENT),
+            ZEL_TEST_SEED="1",
+            ZEL_TEST_PERCENT="10",
+        )
+        how, output = finished(command, self.place / "run", environment, cpu_seconds)
+        return Outcome(how, f"{name} {first_failure(output)}".strip())
 
 
-def limit_resources():
-    resource.setrlimit(resource.RLIMIT_CPU, (CPU_SECONDS, CPU_SECONDS + 5))
+def finished(command, place, environment, cpu_seconds):
+    """How a process ends, and what it prints."""
+    process = subprocess.Popen(
+        command,
+        cwd=place,
+        env=environment,
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        preexec_fn=lambda: limit_resources(cpu_seconds),
+        start_new_session=True,
+    )
+    try:
+        output = process.communicate(timeout=WALL_SECONDS)[0].decode(errors="replace")
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.communicate()
+        return "hung", ""
+    if process.returncode == 0:
+        return "survived", output
+    if process.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
+        return "hung", output
+    return ("failed" if process.returncode == 1 else "crashed"), output
+
+
+def limit_resources(cpu_seconds):
+    resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 5))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
 def first_failure(output):
     """The first test that failed, or the last test that began."""
-    failed = re.search(r"\[  FAILED  \] ([\w./]+)", output)
+    failed = re.search(r"(?:\[  FAILED  \]|^FAIL:) ([\w./]+)", output, re.MULTILINE)
     begun = re.findall(r"\[ RUN +\] (\S+)", output)
     return failed[1] if failed else begun[-1] if begun else ""
-
-
-class Workbench:
-    """Builds and tests mutants, one after the other, in the folder `place`."""
-
-    def __init__(self, root, build, place):
-        self.root, self.build = pathlib.Path(root), pathlib.Path(build)
-        self.place = pathlib.Path(place)
-        self.library = self.place / "lib" / f"lib{LIBRARY}.so.1"
-        self.library.parent.mkdir(parents=True)
-        self.object = self.place / "broken.o"
-        self.precompiled = self.place / "precompiled.h"
-        self.link_command = self._link_command()
-        self.unbroken = {}
-        self._precompile()
-
-    def link_unbroken(self):
-        self._link([])
-
-    def make(self, mutant, text):
-        """Links the library with `mutant`. False if it does not compile or changes nothing."""
-        if mutant.file not in self.unbroken:
-            self.unbroken[mutant.file] = self._compile(mutant.file, text)
-        try:
-            if self._compile(mutant.file, mutant.applied_to(text)) == self.unbroken[mutant.file]:
-                return False
-            self._link(sources_compiled(mutant.file))
-        except subprocess.CalledProcessError:
-            return False
-        return True
-
-    def test(self, programs):
-        """The outcome of the first program that does not pass."""
-        for program, *arguments in map(str.split, programs):
-            how, output = self._run(program, arguments)
-            if how != "survived":
-                return Outcome(how, f"{program} {first_failure(output)}".strip())
-        return Outcome("survived")
-
-    def _command(self):
-        """The compile command of the library's sources, without the source and the object."""
-        entries = json.loads((self.build / "compile_commands.json").read_text())
-        folder = str(self.root / LIBRARY)
-        found = next(entry["command"] for entry in entries if entry["file"].startswith(folder))
-        words = shlex.split(found)
-        if os.path.basename(words[0]) == "ccache":
-            words = words[1:]
-        return words[: words.index("-o")] + ["-O0", "-w"]
-
-    def _call(self, command):
-        subprocess.run(
-            command, cwd=self.build, check=True, stdin=subprocess.DEVNULL, capture_output=True
-        )
-
-    def _precompile(self):
-        self.precompiled.write_text("".join(f"#include <{name}>\n" for name in PRECOMPILED))
-        command = [*self._command(), "-x", "c++-header", str(self.precompiled)]
-        self._call([*command, "-o", f"{self.precompiled}.gch"])
-
-    def _compile(self, file, text):
-        """Compiles the sources that depend on `file` with the content `text`; the object's bytes."""
-        copy = self.place / "tree" / LIBRARY / file
-        copy.parent.mkdir(parents=True, exist_ok=True)
-        copy.write_text(text, encoding="utf-8")
-        together = self.place / "together.cpp"
-        sources = sources_compiled(file)
-        together.write_text("".join(f'#include "{LIBRARY}/{name}"\n' for name in sources))
-        compiler, *options = self._command()
-        seen = ["-include", str(self.precompiled), "-I", str(self.place / "tree")]
-        try:
-            self._call([compiler, *seen, *options, "-c", str(together), "-o", str(self.object)])
-        finally:
-            copy.unlink()
-        return self.object.read_bytes()
-
-    def _link_command(self):
-        target = f"lib/lib{LIBRARY}.so"
-        listed = subprocess.run(
-            ["ninja", "-C", str(self.build), "-t", "commands", target],
-            check=True,
-            text=True,
-            capture_output=True,
-        )
-        linking = [line for line in listed.stdout.splitlines() if f"-soname,lib{LIBRARY}" in line]
-        words = shlex.split(linking[-1].strip())
-        return [word for word in words if word not in (":", "&&")]
-
-    def _link(self, sources):
-        replaced = {f"{LIBRARY}/CMakeFiles/{LIBRARY}.dir/{source}.o" for source in sources}
-        words = [word for word in self.link_command if word not in replaced]
-        at = words.index("-o")
-        broken = [str(self.object)] if sources else []
-        self._call([*words[:at], "-o", str(self.library), *broken, *words[at + 2 :]])
-
-    def _run(self, program, arguments):
-        environment = dict(
-            os.environ,
-            LD_LIBRARY_PATH=f"{self.library.parent}:{self.build / 'lib'}",
-            ASAN_OPTIONS=f"hard_rss_limit_mb={MEGABYTES}:exitcode=99",
-            GTEST_FAIL_FAST="1",
-            MOX_HASH_SEED="1",
-            ZEL_TEST_SEED="1",
-            ZEL_TEST_PERCENT="25",
-        )
-        process = subprocess.Popen(
-            [str(self.build / "bin" / program), *arguments],
-            cwd=self.place,
-            env=environment,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT,
-            preexec_fn=limit_resources,
-            start_new_session=True,
-        )
-        try:
-            output = process.communicate(timeout=WALL_SECONDS)[0].decode(errors="replace")
-        except subprocess.TimeoutExpired:
-            os.killpg(process.pid, signal.SIGKILL)
-            process.communicate()
-            return "hung", ""
-        if process.returncode == 0:
-            return "survived", output
-        if process.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
-            return "hung", output
-        return ("failed" if process.returncode == 1 else "crashed"), output
