@@ -6,7 +6,10 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <optional>
 #include <sstream>
+
+#include "tests/waiting/ChildProcess.h"
 
 extern char** environ;
 
@@ -29,7 +32,9 @@ class FileActions final {
   posix_spawn_file_actions_t actions_;
 };
 
-int exitStatusOf(std::vector<std::string>& arguments, const FileActions& actions) {
+// `err` is the file of standard error.
+int exitStatusOf(std::vector<std::string>& arguments, const FileActions& actions,
+                 const std::string& err) {
   std::vector<char*> pointers;
   for (std::string& argument : arguments)
     pointers.push_back(argument.data());
@@ -39,10 +44,12 @@ int exitStatusOf(std::vector<std::string>& arguments, const FileActions& actions
       posix_spawn(&process, pointers[0], actions.get(), nullptr, pointers.data(), environ);
   EXPECT_EQ(error, 0) << "cannot start " << pointers[0];
   if (error != 0) return -1;
-  int status = 0;
-  waitpid(process, &status, 0);
-  EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  const Waiting::Deadline deadline;
+  const std::optional<int> status = Waiting::ChildProcess(process).end(deadline);
+  EXPECT_TRUE(status) << deadline.expiry("the agent to end", readFile(err));
+  if (!status) return -1;
+  EXPECT_TRUE(WIFEXITED(*status)) << "ended by signal " << WTERMSIG(*status);
+  return WIFEXITED(*status) ? WEXITSTATUS(*status) : -1;
 }
 
 AgentOutcome run(std::vector<std::string> arguments, const std::string& input,
@@ -55,7 +62,7 @@ AgentOutcome run(std::vector<std::string> arguments, const std::string& input,
   actions.open(1, out, O_WRONLY | O_CREAT | O_TRUNC);
   actions.open(2, err, O_WRONLY | O_CREAT | O_TRUNC);
   AgentOutcome outcome;
-  outcome.status = exitStatusOf(arguments, actions);
+  outcome.status = exitStatusOf(arguments, actions, err);
   outcome.err = readFile(err);
   return outcome;
 }

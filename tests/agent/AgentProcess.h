@@ -1,4 +1,5 @@
-// Runs the real agent as a process of its own, as an operator would.
+// Runs the real agent as a process, as an operator would. A run that does not end fails the test,
+// and the agent is killed.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "tests/files/TemporaryFolder.h"
+
 namespace ZelAgent {
 namespace {
 
@@ -76,7 +78,7 @@ std::filesystem::path emptyFolder(const std::string& name) {
   const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
   std::string unique = std::string(test->test_suite_name()) + '.' + test->name() + '.' + name;
   std::replace(unique.begin(), unique.end(), '/', '.');
-  const auto folder = std::filesystem::path(::testing::TempDir()) / "zel-agent-captures" / unique;
+  const auto folder = TestFiles::processFolder() / unique;
   std::filesystem::remove_all(folder);
   std::filesystem::create_directories(folder);
   return folder;

@@ -5,9 +5,6 @@
 
 namespace ZelAgent {
 
-/// How long tests wait for another process, in ms.
-inline constexpr int patience = 120000;
-
 /// The null-terminated list that `exec` takes. It points into `texts`.
 [[nodiscard]] inline std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;

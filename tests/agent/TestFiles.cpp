@@ -6,6 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/files/TemporaryFolder.h"
+
 namespace ZelAgent {
 
 std::string pathInTestFolder(const std::string& name) {
@@ -14,7 +16,7 @@ std::string pathInTestFolder(const std::string& name) {
   for (char& character : folder) {
     if (character == '/') character = '.';
   }
-  const auto path = std::filesystem::path(::testing::TempDir()) / "zel-agent-tests" / folder;
+  const auto path = TestFiles::processFolder() / folder;
   std::filesystem::create_directories(path);
   return path / name;
 }

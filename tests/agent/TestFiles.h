@@ -1,4 +1,4 @@
-// Files that a test writes and reads, each test in a folder of its own.
+// Files that a test writes and reads. Each test has its own folder in the folder of the process.
 #pragma once
 
 #include <string>

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/language/Errors.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -66,7 +67,8 @@ TEST(JsonText, TakesTheSameMemberInDifferentObjects) {
 }
 
 TEST(JsonText, TellsWhyAFileCannotBeRead) {
-  const std::string missing = ::testing::TempDir() + "no-such-file.json";
+  const std::string folder = TestFiles::processFolder();
+  const std::string missing = folder + "/no-such-file.json";
   try {
     (void)readJsonFile(missing);
     FAIL() << "a missing file was read";
@@ -75,11 +77,11 @@ TEST(JsonText, TellsWhyAFileCannotBeRead) {
               missing + ": cannot be read: No such file or directory; give a readable JSON file");
   }
   try {
-    (void)readJsonFile(::testing::TempDir());
+    (void)readJsonFile(folder);
     FAIL() << "a directory was read";
   } catch (const ConfigError& error) {
     EXPECT_EQ(std::string(error.what()),
-              ::testing::TempDir() + ": cannot be read: Is a directory; give a readable JSON file");
+              folder + ": cannot be read: Is a directory; give a readable JSON file");
   }
 }
 

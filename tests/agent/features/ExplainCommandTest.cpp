@@ -3,6 +3,7 @@
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/OpenConfigBuilder.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -182,7 +183,7 @@ TEST_F(ExplainCommandTest, ABadEventIsRefusedInOneLine) {
 }
 
 TEST_F(ExplainCommandTest, AFileThatIsNotThereIsRefusedInOneLine) {
-  const std::string missing = ::testing::TempDir() + "no-such-file";
+  const std::string missing = TestFiles::processFolder() / "no-such-file";
   expectRefused(explain("ipv4 198.18.0.1 to 10.0.0.1", {"--events", missing}),
                 missing +
                     ": cannot be read: No such file or directory; give a readable event "

@@ -5,6 +5,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <optional>
+
+#include "tests/waiting/ChildProcess.h"
+#include "tests/waiting/Descriptor.h"
 
 namespace ZelAgent {
 namespace {
@@ -20,14 +24,13 @@ class Pipe final {
   }
 
   [[nodiscard]] int input() const noexcept { return ends_[1]; }
-  // All that was put in by others, when they have closed it.
-  [[nodiscard]] std::string contents() {
+  // Reads all that other processes put in, until they have closed it.
+  [[nodiscard]] std::string contents(const Waiting::Deadline& deadline) {
     close(ends_[1]);
     isOpen_ = false;
     std::string text;
-    std::array<char, 4096> some{};
-    for (ssize_t got = 0; (got = read(ends_[0], some.data(), some.size())) > 0;)
-      text.append(some.data(), static_cast<std::size_t>(got));
+    EXPECT_TRUE(Waiting::readToEnd(ends_[0], text, deadline))
+        << deadline.expiry("the end of a pipe", text);
     return text;
   }
 
@@ -52,13 +55,16 @@ void put(int input, const std::string& text) {
 Remains inForkedProcess(const std::function<void(const Report&)>& work) {
   Pipe errors;
   Pipe reports;
-  const pid_t process = fork();
-  if (process == 0) workAndExit(work, errors, reports);
-  EXPECT_GT(process, 0);
+  Waiting::ChildProcess process(fork());
+  if (process.id() == 0) workAndExit(work, errors, reports);
+  EXPECT_GT(process.id(), 0);
+  const Waiting::Deadline deadline;
   Remains remains;
-  remains.onStderr = errors.contents();
-  remains.reported = reports.contents();
-  EXPECT_EQ(waitpid(process, &remains.status, 0), process);
+  remains.onStderr = errors.contents(deadline);
+  remains.reported = reports.contents(deadline);
+  const std::optional<int> status = process.end(deadline);
+  EXPECT_TRUE(status) << deadline.expiry("the forked process to end", remains.onStderr);
+  remains.status = status.value_or(0);
   return remains;
 }
 

@@ -7,6 +7,7 @@
 #include "agent/model/events/EventReader.h"
 #include "tests/agent/TestPackets.h"
 #include "tests/agent/reports/ReportedAgent.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -16,7 +17,7 @@ class PathReportTest : public ::testing::Test {
   PathReportTest() { agent_.apply(reportedConfiguration().configuration()); }
 
   void play(const std::string& event) {
-    (void)EventPlayer(agent_, ::testing::TempDir()).play(readEvent(event).value());
+    (void)EventPlayer(agent_, TestFiles::processFolder()).play(readEvent(event).value());
   }
   std::string pathOf(const PacketBytes& packet, const std::string& interface = "Ethernet1") {
     return explain(agent_, interface, packet).text();

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -15,6 +16,8 @@
 #include "Blinklog/RingImage.h"
 #include "testing/RandomSeed.h"
 #include "tests/platform/Blinklog/RingFolder.h"
+#include "tests/waiting/ChildProcess.h"
+#include "tests/waiting/Wait.h"
 
 namespace Blinklog {
 namespace {
@@ -61,16 +64,16 @@ class KilledWriter : public ::testing::Test {
  protected:
   // A process that does this and nothing else.
   template <class Work>
-  static pid_t start(Work work) {
-    const pid_t process = fork();
-    if (process == 0) {
+  static Waiting::ChildProcess start(Work work) {
+    Waiting::ChildProcess process(fork());
+    if (process.id() == 0) {
       work();
       _exit(0);
     }
-    EXPECT_GT(process, 0);
+    EXPECT_GT(process.id(), 0);
     return process;
   }
-  pid_t startWriter(const SharedProgress& progress) const {
+  Waiting::ChildProcess startWriter(const SharedProgress& progress) const {
     progress->begun = progress->ended = 0;
     return start([&] {
       Ring ring(writtenSlots);
@@ -85,11 +88,21 @@ class KilledWriter : public ::testing::Test {
       }
     });
   }
-  static void kill(pid_t process) {
-    ASSERT_EQ(::kill(process, SIGKILL), 0);
-    int status = 0;
-    ASSERT_EQ(waitpid(process, &status, 0), process);
-    ASSERT_TRUE(WIFSIGNALED(status));
+  // Returns whether the writer has written so many messages before the deadline.
+  static bool hasWritten(const SharedProgress& progress, std::uint64_t messages) {
+    return Waiting::waitUntil(
+        std::to_string(messages) + " messages of the writer",
+        [&] { return progress->ended >= messages; },
+        [&] { return std::to_string(progress->ended) + " messages"; });
+  }
+  static void expectEndBySignal(Waiting::ChildProcess& process) {
+    const std::optional<int> status = process.end();
+    ASSERT_TRUE(status) << "the writer did not end";
+    ASSERT_TRUE(WIFSIGNALED(*status));
+  }
+  static void kill(Waiting::ChildProcess& process) {
+    ASSERT_TRUE(process.signal(SIGKILL));
+    expectEndBySignal(process);
   }
   // Everything that was written is there, without a gap, as it was written.
   static void checkRun(const std::vector<Record>& records) {
@@ -111,9 +124,8 @@ TEST_F(KilledWriter, AtAnyMomentLeavesItsLastMessagesInOrderAndWhole) {
   int cutShort = 0;
   constexpr int kills = 40;
   for (int round = 0; round < kills; ++round) {
-    const pid_t writer = startWriter(progress);
-    while (progress->ended < writtenSlots) {
-    }
+    Waiting::ChildProcess writer = startWriter(progress);
+    ASSERT_TRUE(hasWritten(progress, writtenSlots));
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
     kill(writer);
     const RingImage image(file_);
@@ -128,7 +140,7 @@ TEST_F(KilledWriter, AtAnyMomentLeavesItsLastMessagesInOrderAndWhole) {
 }
 
 TEST_F(KilledWriter, InTheMiddleOfAMessageLeavesThatOneOut) {
-  const pid_t writer = start([this] {
+  Waiting::ChildProcess writer = start([this] {
     Ring ring(writtenSlots);
     ring.fileIs(file_);
     for (std::uint32_t number = 0; number < writtenSlots + 3; ++number) {
@@ -140,9 +152,7 @@ TEST_F(KilledWriter, InTheMiddleOfAMessageLeavesThatOneOut) {
     begun.put({'u', 67});
     ::kill(getpid(), SIGKILL);
   });
-  int status = 0;
-  ASSERT_EQ(waitpid(writer, &status, 0), writer);
-  ASSERT_TRUE(WIFSIGNALED(status));
+  expectEndBySignal(writer);
   const RingImage image(file_);
   checkRun(image.records());
   ASSERT_EQ(image.records().size(), writtenSlots - 1);
@@ -152,9 +162,8 @@ TEST_F(KilledWriter, InTheMiddleOfAMessageLeavesThatOneOut) {
 
 TEST_F(KilledWriter, MayBeReadWhileItLives) {
   const SharedProgress progress;
-  const pid_t writer = startWriter(progress);
-  while (progress->ended < writtenSlots) {
-  }
+  Waiting::ChildProcess writer = startWriter(progress);
+  ASSERT_TRUE(hasWritten(progress, writtenSlots));
   std::size_t told = 0;
   for (int round = 0; round < 200; ++round) {
     const std::uint64_t before = progress->ended;
@@ -176,9 +185,8 @@ TEST_F(KilledWriter, MayBeReadWhileItLives) {
 
 TEST_F(KilledWriter, GivesTheFileFree) {
   const SharedProgress progress;
-  const pid_t writer = startWriter(progress);
-  while (progress->ended == 0) {
-  }
+  Waiting::ChildProcess writer = startWriter(progress);
+  ASSERT_TRUE(hasWritten(progress, 1));
   Ring ring(writtenSlots);
   EXPECT_THROW(ring.fileIs(file_), RingFileError);
   kill(writer);

@@ -1,30 +1,24 @@
-// A folder for files that hold rings; it is gone with this.
+// A folder for files that hold rings. It is removed at the end.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
+
+#include "tests/files/TemporaryFolder.h"
 
 namespace Blinklog {
 
 class RingFolder final {
  public:
-  RingFolder() : folder_(::testing::TempDir() + "ring-XXXXXX") {
-    EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
-  }
-  RingFolder(const RingFolder&) = delete;
-  RingFolder& operator=(const RingFolder&) = delete;
-  ~RingFolder() { std::filesystem::remove_all(folder_); }
-
-  [[nodiscard]] std::string path(const std::string& name) const { return folder_ + '/' + name; }
+  [[nodiscard]] std::string path(const std::string& name) const { return folder_.path(name); }
   // The names of all that is in it.
   [[nodiscard]] std::vector<std::string> names() const {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_))
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
       names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
@@ -40,7 +34,7 @@ class RingFolder final {
   }
 
  private:
-  std::string folder_;
+  TestFiles::TemporaryFolder folder_;
 };
 
 }  // namespace Blinklog

@@ -94,7 +94,9 @@ TEST_P(Histories, LibraryDoesWhatTheModelSays) {
   RecordProperty("histories", std::to_string(seeds.size()));
   if (!seeds.empty()) RecordProperty("firstSeed", std::to_string(seeds.front()));
 
-  const std::string failure = isolated([&]() -> std::string {
+  constexpr std::chrono::milliseconds longestHistory{100};
+  const auto limit = Waiting::Deadline::usual + longestHistory * seeds.size();
+  const auto playAll = [&]() -> std::string {
     for (const std::uint64_t each : seeds) {
       *seed = each;
       const Drawn drawn(each);
@@ -102,7 +104,8 @@ TEST_P(Histories, LibraryDoesWhatTheModelSays) {
       if (difference) return difference->text;
     }
     return {};
-  });
+  };
+  const std::string failure = isolated(playAll, limit);
 
   if (failure.empty()) return;
   const Drawn drawn(*seed);

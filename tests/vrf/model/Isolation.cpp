@@ -7,7 +7,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <system_error>
+
+#include "tests/waiting/ChildProcess.h"
+#include "tests/waiting/Descriptor.h"
 
 namespace VrfModel {
 namespace {
@@ -29,17 +33,6 @@ constexpr std::size_t longestReport = 4000;
   std::exit(report.empty() ? EXIT_SUCCESS : failed);
 }
 
-std::string readAll(int pipe) {
-  std::string text;
-  std::array<char, 4096> buffer{};
-  for (;;) {
-    const ssize_t size = read(pipe, buffer.data(), buffer.size());
-    if (size < 0 && errno == EINTR) continue;
-    if (size <= 0) return text;
-    text.append(buffer.data(), static_cast<std::size_t>(size));
-  }
-}
-
 std::string howItEnded(int status) {
   if (WIFSIGNALED(status)) return "the process died of signal " + std::to_string(WTERMSIG(status));
   return "the process exited with status " + std::to_string(WEXITSTATUS(status));
@@ -47,26 +40,27 @@ std::string howItEnded(int status) {
 
 }  // namespace
 
-std::string isolated(const std::function<std::string()>& work) {
+std::string isolated(const std::function<std::string()>& work, std::chrono::milliseconds limit) {
+  const Waiting::Deadline deadline(limit);
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) failCall("pipe");
   std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child < 0) failCall("fork");
-  if (child == 0) {
+  Waiting::ChildProcess child(fork());
+  if (child.id() < 0) failCall("fork");
+  if (child.id() == 0) {
     close(ends[0]);
     workAndExit(work, ends[1]);
   }
   close(ends[1]);
-  std::string report = readAll(ends[0]);
+  std::string report;
+  const bool isComplete = Waiting::readToEnd(ends[0], report, deadline);
   close(ends[0]);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS) return {};
-  if (WIFEXITED(status) && WEXITSTATUS(status) == failed) return report;
+  const auto status = isComplete ? child.end(deadline) : std::nullopt;
+  if (!status) return deadline.expiry("a child process to end", report);
+  if (WIFEXITED(*status) && WEXITSTATUS(*status) == EXIT_SUCCESS) return {};
+  if (WIFEXITED(*status) && WEXITSTATUS(*status) == failed) return report;
   if (report.size() > longestReport) report.resize(longestReport);
-  return howItEnded(status) + ":\n" + report;
+  return howItEnded(*status) + ":\n" + report;
 }
 
 }  // namespace VrfModel

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
@@ -33,6 +35,18 @@ TEST(Isolation, TellsOfAnAbortWithItsLastWords) {
 TEST(Isolation, TellsOfAnEarlyExit) {
   const std::string report = isolated([]() -> std::string { std::exit(7); });
   EXPECT_THAT(report, testing::HasSubstr("exited with status 7"));
+}
+
+TEST(Isolation, ReportsAChildThatDoesNotEndInTime) {
+  const std::string report = isolated(
+      []() -> std::string {
+        std::fputs("working\n", stderr);
+        for (;;)
+          pause();
+      },
+      std::chrono::milliseconds(50));
+  EXPECT_THAT(report, testing::MatchesRegex("waited [0-9.]+ s for a child process to end; "
+                                            "seen so far: 'working.*'"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/config/BadInputs.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -31,13 +32,13 @@ INSTANTIATE_TEST_SUITE_P(Each, BadInputTest, ::testing::ValuesIn(badInputs),
                          [](const auto& input) { return std::string(input.param.name); });
 
 TEST(BadFileTest, MissingFile) {
-  const std::string file = ::testing::TempDir() + "no-such-file.json";
+  const std::string file = TestFiles::processFolder() / "no-such-file.json";
   expectRefused(file,
                 file + ": cannot be read: No such file or directory; give a readable JSON file");
 }
 
 TEST(BadFileTest, Folder) {
-  const std::string folder = ::testing::TempDir();
+  const std::string folder = TestFiles::processFolder();
   expectRefused(folder, folder + ": cannot be read: Is a directory; give a readable JSON file");
 }
 

@@ -8,6 +8,7 @@
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/model/events/BadEvents.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -230,7 +231,7 @@ TEST(BadEvents, ABadConfigurationNamesTheEventAndThePlaceInTheConfiguration) {
 }
 
 TEST(BadEvents, AFileThatCannotBeReadIsFoundBeforeAnythingIsApplied) {
-  const std::string file = ::testing::TempDir() + "no-such.events";
+  const std::string file = TestFiles::processFolder() / "no-such.events";
   const AgentOutcome outcome = runAgent({"run", examplePath("four-rules.json"), "--events", file});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + file +

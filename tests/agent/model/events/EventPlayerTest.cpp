@@ -11,6 +11,7 @@
 #include "agent/reports/StateReport.h"
 #include "tests/agent/OpenConfigBuilder.h"
 #include "tests/agent/SmallConfigurations.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -65,7 +66,7 @@ class EventPlayerTest : public ::testing::Test {
   }
 
   ForwardingAgent agent_{16};
-  EventPlayer player_{agent_, ::testing::TempDir()};
+  EventPlayer player_{agent_, TestFiles::processFolder()};
   EventEffects last_;
 };
 
@@ -265,7 +266,7 @@ TEST_F(EventPlayerTest, TheDefaultVrfIsAVrf) {
 }
 
 TEST_F(EventPlayerTest, AConfigurationThatIsBadIsRefused) {
-  const std::string folder = ::testing::TempDir();
+  const std::string folder = TestFiles::processFolder() / "";
   EXPECT_EQ(refusalOf("config no-such-file.json"),
             "config FILE: " + folder +
                 "no-such-file.json: cannot be read: No such file or directory; give a readable "

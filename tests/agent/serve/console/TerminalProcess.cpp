@@ -8,20 +8,16 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <csignal>
-#include <thread>
+#include <optional>
 
 extern char** environ;
 
 #include "tests/agent/ProcessArguments.h"
+#include "tests/waiting/Descriptor.h"
+#include "tests/waiting/Wait.h"
 
 namespace ZelAgent {
-namespace {
-
-constexpr std::chrono::milliseconds lookAgain{1};
-
-}  // namespace
 
 TerminalProcess::TerminalProcess(std::vector<std::string> arguments,
                                  const std::vector<std::string>& environment) {
@@ -34,30 +30,29 @@ TerminalProcess::TerminalProcess(std::vector<std::string> arguments,
   winsize size{};
   size.ws_row = 50;
   size.ws_col = 200;
-  process_ = forkpty(&terminal_, nullptr, nullptr, &size);
-  if (process_ == 0) {
+  process_ = Waiting::ChildProcess(forkpty(&terminal_, nullptr, nullptr, &size));
+  if (process_.id() == 0) {
     execve(ZEL_AGENT_BINARY, argumentPointers.data(), variablePointers.data());
     _exit(127);
   }
-  EXPECT_GT(process_, 0);
+  EXPECT_GT(process_.id(), 0);
 }
 
 TerminalProcess::~TerminalProcess() {
-  if (process_ > 0) {
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
-  }
   close(terminal_);
 }
 
 void TerminalProcess::type(std::string_view keys) const {
-  EXPECT_TRUE(isTakenByKey()) << "no line editor took the keys";
+  EXPECT_TRUE(Waiting::waitUntil(
+      "a line editor that takes keys", [this] { return isTakenByKey(); },
+      [this] { return screen_; }));
   EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
 }
 
 std::string TerminalProcess::waitFor(const std::string& text) {
+  const Waiting::Deadline deadline;
   std::size_t found = screen_.find(text);
-  while (found == std::string::npos && readMore())
+  while (found == std::string::npos && readMore(deadline))
     found = screen_.find(text);
   EXPECT_NE(found, std::string::npos) << "no '" << text << "' on the screen:\n" << screen_;
   if (found == std::string::npos) return {};
@@ -67,31 +62,22 @@ std::string TerminalProcess::waitFor(const std::string& text) {
 }
 
 int TerminalProcess::exitStatus() {
-  while (readMore()) {
+  const Waiting::Deadline deadline;
+  while (readMore(deadline)) {
   }
-  if (!hasLeft_) {
-    ADD_FAILURE() << "it did not end; on the screen:\n" << screen_;
-    kill(process_, SIGKILL);
-  }
-  int status = 0;
-  EXPECT_EQ(waitpid(process_, &status, 0), process_);
-  process_ = -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  const std::optional<int> status = process_.end(deadline);
+  EXPECT_TRUE(status) << deadline.expiry("the agent to end", screen_);
+  return status && WIFEXITED(*status) ? WEXITSTATUS(*status) : -1;
 }
 
 bool TerminalProcess::isTakenByKey() const {
-  for (int looks = 0; looks < patience; ++looks) {
-    termios modes{};
-    if (tcgetattr(terminal_, &modes) != 0) return false;
-    if ((modes.c_lflag & ICANON) == 0U) return true;
-    std::this_thread::sleep_for(lookAgain);
-  }
-  return false;
+  termios modes{};
+  return tcgetattr(terminal_, &modes) == 0 && (modes.c_lflag & ICANON) == 0U;
 }
 
-bool TerminalProcess::readMore() {
-  pollfd poll{terminal_, POLLIN, 0};
-  if (::poll(&poll, 1, patience) != 1) return false;
+bool TerminalProcess::readMore(const Waiting::Deadline& deadline) {
+  if (hasLeft_ || deadline.hasPassed()) return false;
+  if (Waiting::waitForEvents(terminal_, POLLIN, deadline) == 0) return false;
   std::array<char, 4096> block{};
   const auto got = read(terminal_, block.data(), block.size());
   hasLeft_ = got <= 0;

@@ -1,11 +1,12 @@
-// Runs the real agent in a pseudo-terminal, and types.
+// Runs the real agent in a pseudo-terminal, and types. The agent is killed if it has not ended at
+// the end of the test.
 #pragma once
-
-#include <sys/types.h>
 
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tests/waiting/ChildProcess.h"
 
 namespace ZelAgent {
 
@@ -15,7 +16,6 @@ class TerminalProcess final {
   TerminalProcess(std::vector<std::string> arguments, const std::vector<std::string>& environment);
   TerminalProcess(const TerminalProcess&) = delete;
   TerminalProcess& operator=(const TerminalProcess&) = delete;
-  // Kills it if it has not ended.
   ~TerminalProcess();
 
   // Waits first until a line editor reads key by key: what shows its prompt may still have the
@@ -25,14 +25,14 @@ class TerminalProcess final {
   // is returned. A failure where it never comes.
   std::string waitFor(const std::string& text);
   // Waits for its end and returns its exit status; -1 if a signal ended it. A failure where it
-  // does not end.
+  // does not end, and it is killed.
   int exitStatus();
 
  private:
   [[nodiscard]] bool isTakenByKey() const;
-  bool readMore();
+  bool readMore(const Waiting::Deadline& deadline);
 
-  pid_t process_ = -1;
+  Waiting::ChildProcess process_;
   int terminal_ = -1;
   std::string screen_;  // and not yet waited for
   bool hasLeft_ = false;

@@ -10,11 +10,11 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 
 extern char** environ;
 
 #include "tests/agent/ProcessArguments.h"
+#include "tests/waiting/Descriptor.h"
 
 namespace ZelAgent {
 namespace {
@@ -38,11 +38,11 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& added) 
   return variables;
 }
 
-// The next byte; nothing at the end.
-std::optional<char> readByte(int descriptor) {
-  pollfd poll{descriptor, POLLIN, 0};
-  if (::poll(&poll, 1, patience) != 1) {
-    ADD_FAILURE() << "the daemon says nothing";
+// The next byte; nothing at the end. `seen` is what was read before it.
+std::optional<char> readByte(int descriptor, const std::string& seen,
+                             const Waiting::Deadline& deadline) {
+  if (deadline.hasPassed() || Waiting::waitForEvents(descriptor, POLLIN, deadline) == 0) {
+    ADD_FAILURE() << deadline.expiry("output of the daemon", seen);
     return std::nullopt;
   }
   char byte = 0;
@@ -50,8 +50,9 @@ std::optional<char> readByte(int descriptor) {
 }
 
 std::optional<std::string> readLine(int descriptor) {
+  const Waiting::Deadline deadline;
   std::string line;
-  while (const auto byte = readByte(descriptor)) {
+  while (const auto byte = readByte(descriptor, line, deadline)) {
     if (*byte == '\n') return line;
     line += *byte;
   }
@@ -64,14 +65,6 @@ void closeOnce(int& descriptor) {
 }
 
 }  // namespace
-
-SocketFolder::SocketFolder() : folder_(::testing::TempDir() + "zel-XXXXXX") {
-  EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
-}
-
-SocketFolder::~SocketFolder() {
-  std::filesystem::remove_all(folder_);
-}
 
 DaemonProcess::DaemonProcess(const std::string& configuration, const std::string& socket,
                              const std::vector<std::string>& arguments,
@@ -93,9 +86,11 @@ DaemonProcess::DaemonProcess(Unawaited /*unawaited*/, const std::string& configu
   std::vector<std::string> words{ZEL_AGENT_BINARY, "serve", configuration, "--socket", socket};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> variables = environmentWith(environment);
-  EXPECT_EQ(posix_spawn(&process_, ZEL_AGENT_BINARY, &actions, nullptr, pointersTo(words).data(),
+  pid_t process = -1;
+  EXPECT_EQ(posix_spawn(&process, ZEL_AGENT_BINARY, &actions, nullptr, pointersTo(words).data(),
                         pointersTo(variables).data()),
             0);
+  process_ = Waiting::ChildProcess(process);
   posix_spawn_file_actions_destroy(&actions);
   close(out.write);
   close(err.write);
@@ -104,24 +99,19 @@ DaemonProcess::DaemonProcess(Unawaited /*unawaited*/, const std::string& configu
 }
 
 DaemonProcess::~DaemonProcess() {
-  if (process_ > 0) {
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
-  }
   closeOnce(out_);
   closeOnce(err_);
 }
 
 void DaemonProcess::signal(int number) const {
-  ASSERT_GT(process_, 0);
-  EXPECT_EQ(kill(process_, number), 0);
+  EXPECT_TRUE(process_.signal(number));
 }
 
 int DaemonProcess::exitStatus() {
-  int status = 0;
-  EXPECT_EQ(waitpid(process_, &status, 0), process_);
-  process_ = -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  const Waiting::Deadline deadline;
+  const std::optional<int> status = process_.end(deadline);
+  EXPECT_TRUE(status) << deadline.expiry("the daemon to end", "");
+  return status && WIFEXITED(*status) ? WEXITSTATUS(*status) : -1;
 }
 
 int DaemonProcess::end() {
@@ -138,9 +128,10 @@ std::optional<std::string> DaemonProcess::errLine() {
 }
 
 std::string DaemonProcess::restOfErr() {
+  const Waiting::Deadline deadline;
   std::string text;
-  while (const auto byte = readByte(err_))
-    text += *byte;
+  EXPECT_TRUE(Waiting::readToEnd(err_, text, deadline))
+      << deadline.expiry("the end of the daemon's standard error", text);
   return text;
 }
 

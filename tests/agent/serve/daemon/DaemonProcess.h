@@ -1,27 +1,18 @@
-// Runs the real agent as a daemon. Tests wait for its output, never for time to pass.
+// Runs the real agent as a daemon. Tests wait for its output, never for time to pass. A wait for
+// something that does not happen fails the test.
 #pragma once
-
-#include <sys/types.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "tests/files/TemporaryFolder.h"
+#include "tests/waiting/ChildProcess.h"
+
 namespace ZelAgent {
 
 // A folder for a socket, with a short path. It is removed at the end.
-class SocketFolder final {
- public:
-  SocketFolder();
-  SocketFolder(const SocketFolder&) = delete;
-  SocketFolder& operator=(const SocketFolder&) = delete;
-  ~SocketFolder();
-
-  [[nodiscard]] std::string path(const std::string& name) const { return folder_ + '/' + name; }
-
- private:
-  std::string folder_;
-};
+using SocketFolder = TestFiles::TemporaryFolder;
 
 // For a daemon that may fail to serve.
 struct Unawaited {};
@@ -43,7 +34,8 @@ class DaemonProcess final {
   ~DaemonProcess();
 
   void signal(int number) const;
-  // Waits for its end and returns its exit status; -1 if a signal ended it.
+  // Waits for its end and returns its exit status; -1 if a signal ended it. It is killed if it does
+  // not end.
   int exitStatus();
   // SIGTERM, and its exit status.
   int end();
@@ -60,7 +52,7 @@ class DaemonProcess final {
 
  private:
   std::string socket_;
-  pid_t process_ = -1;
+  Waiting::ChildProcess process_;
   int out_ = -1;
   int err_ = -1;
 };

@@ -10,22 +10,32 @@
 #include <cstring>
 #include <utility>
 
-#include "tests/agent/ProcessArguments.h"
+#include "tests/waiting/Descriptor.h"
 
 namespace ZelAgent {
 namespace {
 
-// Waits for one of the events, or for the other side to have closed.
-short waitFor(int socket, short events) {
-  pollfd poll{socket, events, 0};
-  EXPECT_EQ(::poll(&poll, 1, patience), 1) << "the daemon does nothing";
-  return poll.revents;
+// Waits for one of the events, or for the other side to have closed. Returns 0 and fails the test
+// at the deadline; `received` is what came before.
+short waitFor(int socket, short events, const std::string& received,
+              const Waiting::Deadline& deadline = Waiting::Deadline()) {
+  const short occurred =
+      deadline.hasPassed() ? short{0} : Waiting::waitForEvents(socket, events, deadline);
+  EXPECT_NE(occurred, 0) << deadline.expiry("the daemon to answer or to close", received);
+  return occurred;
+}
+
+// Ends each `connect` and `send` that the daemon keeps waiting.
+void limitSending(int socket) {
+  const timeval limit{Waiting::Deadline().millisecondsLeft() / 1000, 0};
+  EXPECT_EQ(setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit), 0);
 }
 
 }  // namespace
 
 SocketClient::SocketClient(const std::string& path)
     : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  limitSending(socket_);
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
@@ -54,7 +64,8 @@ void SocketClient::endSending() const {
 }
 
 std::string SocketClient::receiveLine() {
-  while (received_.find('\n') == std::string::npos && receiveMore()) {
+  const Waiting::Deadline deadline;
+  while (received_.find('\n') == std::string::npos && receiveMore(deadline)) {
   }
   const std::size_t end = received_.find('\n');
   const std::size_t size = end == std::string::npos ? received_.size() : end + 1;
@@ -71,17 +82,18 @@ std::string SocketClient::receiveText() {
 }
 
 std::string SocketClient::receiveAll() {
-  while (receiveMore()) {
+  const Waiting::Deadline deadline;
+  while (receiveMore(deadline)) {
   }
   return std::exchange(received_, {});
 }
 
 void SocketClient::waitUntilReadable() const {
-  EXPECT_NE(waitFor(socket_, POLLIN) & POLLIN, 0);
+  EXPECT_NE(waitFor(socket_, POLLIN, received_) & POLLIN, 0);
 }
 
 void SocketClient::waitUntilClosed() const {
-  EXPECT_NE(waitFor(socket_, 0) & POLLHUP, 0);
+  EXPECT_NE(waitFor(socket_, 0, received_) & POLLHUP, 0);
 }
 
 std::string SocketClient::text(const std::string& command) {
@@ -98,8 +110,8 @@ nlohmann::json SocketClient::output(const std::string& command) {
   return answer.is_object() ? answer["output"] : nlohmann::json();
 }
 
-bool SocketClient::receiveMore() {
-  waitFor(socket_, POLLIN);
+bool SocketClient::receiveMore(const Waiting::Deadline& deadline) {
+  if (waitFor(socket_, POLLIN, received_, deadline) == 0) return false;
   std::array<char, 65536> block{};
   const auto got = recv(socket_, block.data(), block.size(), 0);
   if (got <= 0) return false;

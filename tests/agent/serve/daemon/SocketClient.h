@@ -1,9 +1,11 @@
-// A client that can also misbehave.
+// A client that can also misbehave. A wait for a daemon that does not answer fails the test.
 #pragma once
 
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+
+#include "tests/waiting/Deadline.h"
 
 namespace ZelAgent {
 
@@ -14,7 +16,8 @@ class SocketClient final {
   SocketClient& operator=(SocketClient&&) = delete;
   ~SocketClient();
 
-  // Returns whether all bytes were sent. A daemon that has closed the connection accepts none.
+  // Returns whether all bytes were sent. A daemon that has closed the connection accepts none, and
+  // one that does not read accepts no more than the kernel buffers.
   bool send(std::string_view bytes) const;
   // Shuts down the sending side.
   void endSending() const;
@@ -35,7 +38,7 @@ class SocketClient final {
   nlohmann::json output(const std::string& command);
 
  private:
-  bool receiveMore();
+  bool receiveMore(const Waiting::Deadline& deadline);
 
   int socket_ = -1;
   std::string received_;  // and not yet returned
