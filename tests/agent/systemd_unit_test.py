@@ -23,11 +23,14 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
+
 CMAKE, BUILD, DOCUMENT = sys.argv[1:4]
 EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
 IS_ROOT = os.geteuid() == 0
 # Not everybody who is root may make a network.
-HAS_OWN_NETWORK = IS_ROOT and subprocess.run(
+HAS_OWN_NETWORK = IS_ROOT and processes.run(
     ["unshare", "--net", "true"], stderr=subprocess.DEVNULL).returncode == 0
 NOBODY = pwd.getpwnam("nobody")
 
@@ -43,8 +46,8 @@ CLONE_NEWNET = 0x40000000
 
 
 def run(*command, **options):
-    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, text=True, check=False, **options)
+    return processes.run([str(part) for part in command], stdout=subprocess.PIPE,
+                         stderr=subprocess.STDOUT, text=True, check=False, **options)
 
 
 class Comparison(ctypes.Structure):
@@ -200,20 +203,16 @@ class UnderTheUnit(InstalledUnit):
         self.configuration.chmod(0o644)
 
     def start(self):
-        daemon = subprocess.Popen(
-            self.unit.command(self.environment), env=self.environment, text=True,
+        daemon = processes.start(
+            self, self.unit.command(self.environment), env=self.environment,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, preexec_fn=self.sandbox.enter)
-        self.addCleanup(daemon.stdout.close)
-        self.addCleanup(daemon.stderr.close)
-        self.addCleanup(daemon.wait)
-        self.addCleanup(daemon.kill)
-        self.assertEqual(daemon.stdout.readline(), f"serving on {self.socket}\n",
+        self.assertEqual(processes.Lines(daemon.stdout).next(), f"serving on {self.socket}\n",
                          "the agent does not serve")
         return daemon
 
     def end(self, daemon):
         daemon.send_signal(signal.SIGTERM)
-        self.assertEqual(daemon.wait(), 0)
+        self.assertEqual(processes.status_at_end(daemon), 0)
 
     def ask(self, *command):
         asked = run(self.agent, "ctl", "--socket", self.socket, "--json", *command)
@@ -246,7 +245,8 @@ class UnderTheUnit(InstalledUnit):
         self.ask("explain", "Ethernet1", "ipv4", "192.0.2.1", "to", "192.0.2.2")
         self.configure("four-rules-changed.json")
         daemon.send_signal(signal.SIGHUP)  # as ExecReload does
-        while not (line := daemon.stderr.readline()).endswith(" applied\n"):
+        errors = processes.Lines(daemon.stderr)
+        while not (line := errors.next()).endswith(" applied\n"):
             self.assertIn("warning: ", line)
         self.assertNotEqual(self.ask("show", "actions")["actions"], before)
         self.end(daemon)
@@ -256,7 +256,7 @@ class UnderTheUnit(InstalledUnit):
         daemon = self.start()
         last = self.ask("show", "trace", "1")[0]
         daemon.kill()
-        daemon.wait()
+        processes.status_at_end(daemon)
         self.assertEqual(self.messages()[-1], last)
         self.end(self.start())
         self.assertTrue(self.trace.with_name("trace.ring.previous").exists())

@@ -16,6 +16,9 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
+
 AGENT = pathlib.Path(sys.argv[1])
 DOCUMENTS = [pathlib.Path(name) for name in sys.argv[2:]]
 EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
@@ -41,16 +44,13 @@ class Transcripts(unittest.TestCase):
         self.environment = dict(os.environ, PATH=f"{AGENT.parent}:{os.environ['PATH']}")
 
     def serve(self, configuration):
-        daemon = subprocess.Popen(
-            [AGENT, "serve", configuration, "--socket", "zel.sock"],
-            cwd=self.work, stdout=subprocess.PIPE, text=True)
-        self.addCleanup(daemon.stdout.close)
-        self.addCleanup(daemon.wait)
-        self.addCleanup(daemon.terminate)
-        self.assertEqual(daemon.stdout.readline(), "serving on zel.sock\n")
+        daemon = processes.start(
+            self, [AGENT, "serve", configuration, "--socket", "zel.sock"],
+            cwd=self.work, stdout=subprocess.PIPE)
+        self.assertEqual(processes.Lines(daemon.stdout).next(), "serving on zel.sock\n")
 
     def run_command(self, command):
-        return subprocess.run(
+        return processes.run(
             command, shell=True, cwd=self.work, env=self.environment, text=True,
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False).stdout
 

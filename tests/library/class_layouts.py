@@ -6,8 +6,11 @@ against a class relies on the layout of that time, so a change of the layout bre
 
 import pathlib
 import re
-import subprocess
+import sys
 import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 from elftools.elf.elffile import ELFFile
 
@@ -24,9 +27,10 @@ def compiled(compiler, root, scratch):
                *sorted((root / "ZelVrfSelectionPolicy").rglob("*.h"))]
     source, object_file, dump = (scratch / name for name in ("all.cpp", "all.o", "all.class"))
     source.write_text("".join(f'#include "{header}"\n' for header in headers))
-    subprocess.run([compiler, "-std=c++20", "-g", "-fno-eliminate-unused-debug-types",
-                    "-femit-class-debug-always", f"-fdump-lang-class={dump}", f"-I{root / 'platform'}", f"-I{root}",
-                    "-c", source, "-o", object_file], check=True)
+    processes.run([compiler, "-std=c++20", "-g", "-fno-eliminate-unused-debug-types",
+                   "-femit-class-debug-always", f"-fdump-lang-class={dump}", f"-I{root / 'platform'}", f"-I{root}",
+                   "-c", source, "-o", object_file],
+                  check=True, seconds=processes.BUILD_SECONDS)
     return object_file, dump.read_text()
 
 

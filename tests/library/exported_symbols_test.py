@@ -1,9 +1,12 @@
 """The shared library exports only its own namespace, with a version, and lacks no symbol."""
 
+import pathlib
 import re
-import subprocess
 import sys
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 NAMESPACE = "ZelVrfSelectionPolicy"
 # The symbols that the compiler generates for a class.
@@ -11,7 +14,7 @@ OF_CLASS = r"(vtable for |typeinfo for |typeinfo name for |VTT for |non-virtual 
 
 
 def output(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    return processes.run(command, check=True, capture_output=True, text=True).stdout
 
 
 class ExportedSymbols(unittest.TestCase):
@@ -41,8 +44,8 @@ class ExportedSymbols(unittest.TestCase):
         self.assertEqual(re.findall(r"\(SONAME\).*\[(.*)\]", dynamic), [f"lib{NAMESPACE}.so.1"])
 
     def test_no_undefined_symbol_is_left(self):
-        resolved = subprocess.run(["ldd", "-r", self.library], check=True, capture_output=True,
-                                  text=True)
+        resolved = processes.run(["ldd", "-r", self.library], check=True, capture_output=True,
+                                 text=True)
         self.assertIn("libZelPlatform.so.1 => /", resolved.stdout)
         loose = [line for line in (resolved.stdout + resolved.stderr).splitlines()
                  if "undefined" in line or "not found" in line]

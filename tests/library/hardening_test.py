@@ -7,9 +7,11 @@ import json
 import pathlib
 import platform
 import re
-import subprocess
 import sys
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 COMPILE_COMMANDS = pathlib.Path(sys.argv[1])
 OBJECTS = sys.argv[2:]
@@ -17,7 +19,7 @@ SHIPPED = ("platform", "ZelVrfSelectionPolicy", "chips", "agent")
 
 
 def readelf(*arguments):
-    return subprocess.run(["readelf", *arguments], check=True, capture_output=True, text=True).stdout
+    return processes.run(["readelf", *arguments], check=True, capture_output=True, text=True).stdout
 
 
 class Hardening(unittest.TestCase):
@@ -47,8 +49,8 @@ class Hardening(unittest.TestCase):
     @unittest.skipUnless(platform.machine() == "x86_64", "indirect branches are marked on x86 only")
     def test_functions_begin_with_endbr64(self):
         for name in self.each():
-            code = subprocess.run(["objdump", "-d", "--section=.text", name],
-                                  check=True, capture_output=True, text=True).stdout
+            code = processes.run(["objdump", "-d", "--section=.text", name],
+                                 check=True, capture_output=True, text=True).stdout
             exported = len(re.findall(r"FUNC\s+GLOBAL DEFAULT\s+\d+", readelf("-sW", "--dyn-syms", name)))
             self.assertGreater(len(re.findall(r"\bendbr64\b", code)), exported)
 

@@ -7,9 +7,11 @@ import concurrent.futures
 import os
 import pathlib
 import re
-import subprocess
 import sys
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror"]
 
@@ -37,10 +39,11 @@ class HeadersStandAlone(unittest.TestCase):
         return [name for name, _ in self.files("*.h") if name not in included_first]
 
     def complaints(self, header):
-        compiled = subprocess.run(
+        compiled = processes.run(
             [self.compiler, "-std=c++20", "-fsyntax-only", *WARNINGS, f"-I{self.root}",
              f"-I{self.root / 'platform'}", "-x", "c++", "-"],
-            input=f'#include "{header}"\n', capture_output=True, text=True)
+            given=f'#include "{header}"\n', capture_output=True, text=True,
+            seconds=processes.BUILD_SECONDS)
         return compiled.stderr
 
     def test_each_header_compiles_alone(self):

@@ -6,11 +6,12 @@ import os
 import pathlib
 import re
 import shutil
-import subprocess
 import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 import shown_project
 
 OUTSIDE = pathlib.Path(__file__).resolve().parent / "outside"
@@ -29,8 +30,8 @@ delete red
 
 
 def run(*command, **options):
-    finished = subprocess.run([str(part) for part in command], capture_output=True, text=True,
-                              **options)
+    finished = processes.run([str(part) for part in command], capture_output=True, text=True,
+                             seconds=processes.BUILD_SECONDS, **options)
     if finished.returncode != 0:
         raise AssertionError(f"{' '.join(map(str, command))} failed:\n"
                              f"{finished.stdout}{finished.stderr}")
@@ -92,11 +93,11 @@ class InstalledPackage(unittest.TestCase):
 
     def test_each_installed_header_compiles_with_the_installed_ones_alone(self):
         def complaints(header):
-            return subprocess.run(
+            return processes.run(
                 [self.arguments.compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Werror",
                  f"-I{self.prefix / INCLUDE}", "-x", "c++", "-"],
-                input=f'#include "{header}"\n', capture_output=True, text=True,
-                cwd=self.project).stderr
+                given=f'#include "{header}"\n', capture_output=True, text=True,
+                cwd=self.project, seconds=processes.BUILD_SECONDS).stderr
 
         headers = self.installed_headers()
         self.assertGreater(len(headers), 50, "the headers were found")

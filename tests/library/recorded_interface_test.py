@@ -10,9 +10,10 @@ usage: recorded_interface_test.py [--record] COMPILER ROOT BUILD
 import difflib
 import pathlib
 import re
-import subprocess
 import sys
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 import class_layouts
 
 LIBRARIES = {"platform": "libZelPlatform.so", "ZelVrfSelectionPolicy": "libZelVrfSelectionPolicy.so"}
@@ -21,8 +22,8 @@ ADVICE = "The libraries do not export what is recorded. If that is meant, ./dev 
 
 def exported_symbols(library):
     """The demangled names without duplicates: constructors and destructors have several symbols."""
-    listed = subprocess.run(["nm", "-D", "-C", "--defined-only", library], check=True,
-                            capture_output=True, text=True).stdout
+    listed = processes.run(["nm", "-D", "-C", "--defined-only", library], check=True,
+                           capture_output=True, text=True).stdout
     names = {line.split(maxsplit=2)[2] for line in listed.splitlines()}
     return sorted(re.sub(r"@+\w+$", "", name) for name in names)
 

@@ -2,7 +2,10 @@
 
 import pathlib
 import re
-import subprocess
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 FENCED = re.compile(r"^```(\w*)\n(.*?)^```$", re.M | re.S)
 FILE_NAME = re.compile(r"(?://|#) ([\w.]+)(, continued)?\n")
@@ -39,8 +42,9 @@ def run_all(block, project, environment, replaced):
         line = command
         for before, after in replaced:
             line = line.replace(before, after)
-        finished = subprocess.run(line, shell=True, cwd=project, env=environment, text=True,
-                                  capture_output=True, check=False)
+        finished = processes.run(line, shell=True, cwd=project, env=environment, text=True,
+                                 capture_output=True, check=False,
+                                 seconds=processes.BUILD_SECONDS)
         if shown:
             yield command, shown, finished.stdout
         elif finished.returncode != 0:

@@ -6,10 +6,12 @@ binary interface. The test reads it from the compiler's class dump.
 
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 LIBRARY = "ZelVrfSelectionPolicy"
 SOURCE = f"""
@@ -63,8 +65,9 @@ def class_dump(compiler, include_dirs):
         source = pathlib.Path(scratch, "types.cpp")
         source.write_text(SOURCE)
         dump = pathlib.Path(scratch, "types.class")
-        subprocess.run([compiler, "-std=c++20", "-fsyntax-only", f"-fdump-lang-class={dump}",
-                        *(f"-I{folder}" for folder in include_dirs), source], check=True)
+        processes.run([compiler, "-std=c++20", "-fsyntax-only", f"-fdump-lang-class={dump}",
+                       *(f"-I{folder}" for folder in include_dirs), source], check=True,
+                      seconds=processes.BUILD_SECONDS)
         return dump.read_text()
 
 

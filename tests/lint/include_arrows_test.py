@@ -2,11 +2,12 @@
 
 import itertools
 import pathlib
-import subprocess
 import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 import include_arrows
 
 LIBRARY = "ZelVrfSelectionPolicy"
@@ -268,7 +269,7 @@ class IncludeArrows(unittest.TestCase):
             self.assertIn("no arrows are drawn", fault)
 
     def run_on_repository(self):
-        return subprocess.run(
+        return processes.run(
             [sys.executable, include_arrows.__file__, self.root],
             capture_output=True,
             text=True,
@@ -276,7 +277,7 @@ class IncludeArrows(unittest.TestCase):
         )
 
     def git(self, *arguments):
-        subprocess.run(["git", "-C", self.root, *arguments], check=True, capture_output=True)
+        processes.run(["git", "-C", self.root, *arguments], check=True, capture_output=True)
 
     def test_run_on_a_repository_it_prints_one_line_for_each_fault_and_fails(self):
         self.git("init")
@@ -305,7 +306,7 @@ class IncludeArrows(unittest.TestCase):
         self.assertNotEqual(self.run_on_repository().returncode, 0)
         empty = pathlib.Path(self.root, "empty")
         empty.mkdir()
-        subprocess.run(["git", "init", str(empty)], check=True, capture_output=True)
+        processes.run(["git", "init", str(empty)], check=True, capture_output=True)
         self.root = str(empty)
         self.assertIn("tracks no *.h and no *.cpp", self.run_on_repository().stderr)
 

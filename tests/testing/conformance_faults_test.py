@@ -9,10 +9,12 @@ none. The first kind is called observable here, the second opaque.
 import json
 import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 PROGRAM = pathlib.Path(sys.argv[1])
 
@@ -72,9 +74,9 @@ def report():
     """The JSON report of the program about its tests."""
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder, "report.json")
-        finished = subprocess.run(
+        finished = processes.run(
             [PROGRAM, f"--gtest_output=json:{path}"], capture_output=True, text=True, check=False,
-            env={**os.environ, "ZEL_TEST_SEED": "1"})
+            seconds=processes.BUILD_SECONDS, env={**os.environ, "ZEL_TEST_SEED": "1"})
         if finished.returncode != 1:
             sys.exit(f"{PROGRAM} must end with 1, for failed tests; it ended with "
                      f"{finished.returncode}:\n{finished.stdout}{finished.stderr}")
