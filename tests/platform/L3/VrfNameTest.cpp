@@ -224,6 +224,40 @@ TEST(VrfName, NumberGoesToAnotherNameWhenTheLastUserHasGoneTheLatestFirst) {
   EXPECT_EQ(second.number(), number);
 }
 
+TEST(VrfName, NumberStaysWhileOtherNamesComeAndGo) {
+  const VrfName name("steady");
+  const unsigned number = name.number();
+  const unsigned ofDefault = VrfName::defaultVrf().number();
+  std::vector<VrfName> others;
+  for (unsigned i = 0; i < 500; ++i) {
+    others.emplace_back("other" + std::to_string(i));
+    ASSERT_EQ(name.number(), number) << i;
+    if (i % 3 == 0) others.erase(others.begin());
+  }
+  others.clear();
+  EXPECT_EQ(name.number(), number);
+  EXPECT_EQ(VrfName::defaultVrf().number(), ofDefault);
+}
+
+TEST(VrfName, NumberIsThatOfEveryCopy) {
+  VrfName name("copied");
+  const unsigned number = name.number();
+  const VrfName copy = name;
+  EXPECT_EQ(copy.number(), number);
+  const VrfName moved = std::move(name);
+  EXPECT_EQ(moved.number(), number);
+  VrfName assigned("another");
+  assigned = moved;
+  EXPECT_EQ(assigned.number(), number);
+}
+
+TEST(VrfName, NumbersAreUsedAgainHoweverManyNamesComeAndGo) {
+  std::set<unsigned> numbers;
+  for (unsigned i = 0; i < 1000; ++i)
+    numbers.insert(VrfName("fleeting" + std::to_string(i)).number());
+  EXPECT_EQ(numbers.size(), 1U);
+}
+
 TEST(VrfName, WritesItsBareBytes) {
   std::ostringstream stream;
   stream << VrfName("a'b") << VrfName();

@@ -1,9 +1,13 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <string>
 
+#include "L3/VrfName.h"
 #include "Mox/Hash.h"
+#include "Mox/HashMap2018.h"
 
 namespace Mox {
 namespace {
@@ -20,6 +24,58 @@ class SeedOfEnvironment {
   SeedOfEnvironment& operator=(const SeedOfEnvironment&) = delete;
   ~SeedOfEnvironment() { unsetenv("MOX_HASH_SEED"); }
 };
+
+// The seed that a collection gave to its keys last.
+unsigned seedOfKeys = 0;
+
+struct RecordingKey {
+  [[nodiscard]] unsigned hash(unsigned seed) const noexcept {
+    seedOfKeys = seed;
+    return seed;
+  }
+  friend bool operator==(const RecordingKey&, const RecordingKey&) noexcept { return true; }
+};
+
+template <unsigned Salt>
+unsigned seedInACollection() {
+  HashMap2018<RecordingKey, int, Salt> map;
+  map.insert({}, 1);
+  return seedOfKeys;
+}
+
+// Runs `number` in a process for each of the seeds 1 to 3. Returns the different results.
+template <class Function>
+std::set<std::string> resultsBySeed(Function number) {
+  std::set<std::string> results;
+  for (const char* const text : {"1", "2", "3"}) {
+    const SeedOfEnvironment seed(text);
+    EXPECT_EXIT((std::fprintf(stderr, "result %u", number()), std::exit(0)),
+                ::testing::ExitedWithCode(0), ::testing::Truly([&](const std::string& printed) {
+                  return results.insert(printed.substr(printed.find("result "))).second || true;
+                }));
+  }
+  return results;
+}
+
+TEST(HashSeedDeathTest, OfTheProcessChangesTheHashesInEveryCollection) {
+  EXPECT_EQ(resultsBySeed(seedInACollection<0x1234>).size(), 3U);
+}
+
+TEST(HashSeedDeathTest, OfTheProcessChangesTheHashesOfNames) {
+  EXPECT_EQ(resultsBySeed([] { return L3::VrfName("red").hash(9); }).size(), 3U);
+  EXPECT_EQ(resultsBySeed([] { return L3::VrfName().hash(9); }).size(), 3U);
+}
+
+TEST(HashSeedDeathTest, OfTheProcessDoesNotChangeTheHashOfBytes) {
+  EXPECT_EQ(resultsBySeed([] { return L3::VrfName("red").byteHash(); }).size(), 1U);
+}
+
+TEST(HashSeed, IsMixedWithTheSaltOfACollection) {
+  const std::set<unsigned> seeds{seedInACollection<0>(), seedInACollection<1>(),
+                                 seedInACollection<0x80000000>()};
+  EXPECT_EQ(seeds.size(), 3U);
+  EXPECT_EQ(seedInACollection<1>(), seedInACollection<1>());
+}
 
 TEST(HashSeedDeathTest, IsThatOfTheEnvironment) {
   const SeedOfEnvironment seed("4294967295");

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -178,6 +179,83 @@ TEST(SlabAllocated, CountsDerivedObjectsWithTheirBase) {
   const std::size_t live = slab->live();
   brick = nullptr;
   EXPECT_EQ(slab->live(), live - 1);
+}
+
+// Objects of a type and of two derived types, one of which has the size of the base.
+class Animal : public SlabAllocated<Animal> {
+ public:
+  static constexpr const char* typeName = "SlabTest::Animal";
+  explicit Animal(std::uint64_t mark) : mark_(mark) {}
+  virtual ~Animal() = default;
+  [[nodiscard]] virtual bool isIntact(std::uint64_t mark) const { return mark_ == mark; }
+
+ private:
+  std::uint64_t mark_;
+};
+
+class Mouse final : public Animal {
+ public:
+  using Animal::Animal;
+};
+
+class Whale final : public Animal {
+ public:
+  explicit Whale(std::uint64_t mark) : Animal(mark) { more_.fill(mark); }
+  [[nodiscard]] bool isIntact(std::uint64_t mark) const override {
+    return Animal::isIntact(mark) && more_ == Filled(mark);
+  }
+
+ private:
+  struct Filled : std::array<std::uint64_t, 20> {
+    Filled() = default;
+    explicit Filled(std::uint64_t mark) { fill(mark); }
+  };
+  Filled more_;
+};
+
+std::unique_ptr<Animal> makeAnimal(std::uint64_t number) {
+  if (number % 3 == 0) return std::make_unique<Animal>(number);
+  if (number % 3 == 1) return std::make_unique<Mouse>(number);
+  return std::make_unique<Whale>(number);
+}
+
+TEST(SlabAllocated, ObjectsOfDerivedTypesDoNotOverlapThoughBlocksAreUsedAgain) {
+  constexpr std::uint64_t animals = 300;
+  std::vector<std::unique_ptr<Animal>> zoo(animals);
+  for (std::uint64_t round = 0; round < 5; ++round) {
+    for (std::uint64_t place = 0; place < animals; place += 1 + round) {
+      zoo[place].reset();
+      zoo[place] = makeAnimal(place * 7 + round * 2);
+      ASSERT_TRUE(zoo[place]->isIntact(place * 7 + round * 2));
+    }
+    std::uint64_t intact = 0;
+    for (std::uint64_t place = 0; place < animals; ++place) {
+      for (std::uint64_t past = 0; past <= round; ++past) {
+        if (zoo[place]->isIntact(place * 7 + past * 2)) ++intact;
+      }
+    }
+    EXPECT_EQ(intact, animals) << round;
+  }
+}
+
+TEST(SlabAllocated, ObjectsOfDerivedTypesAreFreedByAPointerToTheBase) {
+  { const std::unique_ptr<Animal> first = std::make_unique<Animal>(0); }  // the slab keeps a page
+  const Slab* const slab = Slab::find("SlabTest::Animal");
+  ASSERT_NE(slab, nullptr);
+  const std::size_t memory = PlatformTests::liveAllocations();
+  const std::size_t allocated = slab->allocated();
+  std::vector<std::unique_ptr<Animal>> zoo;
+  for (std::uint64_t number = 0; number < 300; ++number) {
+    zoo.push_back(makeAnimal(number));
+    EXPECT_EQ(slab->live(), number + 1);
+  }
+  EXPECT_EQ(slab->allocated(), allocated + 300);
+  for (std::size_t left = zoo.size(); left > 0; zoo.pop_back(), --left)
+    EXPECT_EQ(slab->live(), left);
+  EXPECT_EQ(slab->live(), 0U);
+  EXPECT_EQ(slab->allocated(), allocated + 300);
+  zoo.shrink_to_fit();
+  EXPECT_EQ(PlatformTests::liveAllocations(), memory);
 }
 
 TEST(SlabAllocated, GivesTheBlockBackWhenAConstructorThrows) {
