@@ -2,55 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
-#include "chips/soft/packet/Checksum.h"
-#include "testing/RandomSeed.h"
 #include "tests/chips/soft/packet/TestPacket.h"
 
 namespace SoftChip {
 namespace {
-
-using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
 TestPacket documentationPacket() {
   TestPacket packet;
   packet.source = "2001:db8::1";
   packet.destination = "2001:db8::2";
   return packet;
-}
-
-TEST(Checksum, IsThatOfAKnownHeader) {
-  const Bytes header = {0x45, 0, 0,   0x73, 0, 0, 0x40, 0,   0x40, 0x11,
-                        0,    0, 192, 168,  0, 1, 192,  168, 0,    199};
-  EXPECT_EQ(checksumOf(header), 0xb861);
-}
-
-TEST(Checksum, TakesAnOddByteForTheHighHalf) {
-  EXPECT_EQ(checksumOf(Bytes{0x12}), 0xffff - 0x1200);
-  EXPECT_EQ(checksumOf(Bytes{}), 0xffff);
-}
-
-TEST(Checksum, FollowsAnyChangeOfAWord) {
-  const RandomSeed seed;
-  SCOPED_TRACE(seed.replay());
-  std::mt19937 random(seed.value());
-  for (int round = 0; round < 20000; ++round) {
-    TestPacket packet;
-    packet.ttl = static_cast<std::uint8_t>(random());
-    packet.dscp = static_cast<std::uint8_t>(random() % 64);
-    Bytes bytes = packet.bytes();
-    const auto checksum = static_cast<std::uint16_t>(bytes[10] * 256 + bytes[11]);
-    const auto before = static_cast<std::uint16_t>(bytes[4] * 256 + bytes[5]);
-    bytes[4] = static_cast<std::uint8_t>(random());
-    bytes[5] = static_cast<std::uint8_t>(random());
-    const auto after = static_cast<std::uint16_t>(bytes[4] * 256 + bytes[5]);
-    const std::uint16_t followed = checksumAfter(checksum, before, after);
-    bytes[10] = static_cast<std::uint8_t>(followed / 256);
-    bytes[11] = static_cast<std::uint8_t>(followed % 256);
-    ASSERT_TRUE(hasRightChecksum(bytes)) << before << " -> " << after;
-    ASSERT_EQ(checksumOf(std::span(bytes).first(20)), 0);
-  }
 }
 
 TEST(TtlDown, TakesOneAndMendsTheChecksum) {
