@@ -29,7 +29,7 @@ int linkTypeOf(CaptureLink link) {
 }  // namespace
 
 void writeCapture(const std::filesystem::path& file, CaptureLink link,
-                  const std::vector<CaptureFrame>& frames) {
+                  const std::vector<CaptureFrame>& frames, std::size_t cutAt) {
   constexpr int snapLength = 65535;
   pcap_t* const capture = pcap_open_dead_with_tstamp_precision(linkTypeOf(link), snapLength,
                                                                PCAP_TSTAMP_PRECISION_NANO);
@@ -39,7 +39,8 @@ void writeCapture(const std::filesystem::path& file, CaptureLink link,
     pcap_pkthdr header{};
     header.ts.tv_sec = frame.seconds;
     header.ts.tv_usec = frame.nanoseconds;
-    header.caplen = header.len = static_cast<bpf_u_int32>(frame.bytes.size());
+    header.len = static_cast<bpf_u_int32>(frame.bytes.size());
+    header.caplen = static_cast<bpf_u_int32>(std::min(frame.bytes.size(), cutAt));
     pcap_dump(reinterpret_cast<u_char*>(dumper), &header, frame.bytes.data());
   }
   pcap_dump_close(dumper);

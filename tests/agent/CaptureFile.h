@@ -1,6 +1,7 @@
 // Captures as other programs write and read them: by libpcap, without any code of the agent.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -20,8 +21,9 @@ struct CaptureFrame {
   bool operator==(const CaptureFrame&) const = default;
 };
 
+// `cutAt` is the number of bytes of each frame that the capture holds, as with a snap length.
 void writeCapture(const std::filesystem::path& file, CaptureLink link,
-                  const std::vector<CaptureFrame>& frames);
+                  const std::vector<CaptureFrame>& frames, std::size_t cutAt = 65535);
 
 // A capture of raw IP with times of nanoseconds; anything else is a failure of the test.
 [[nodiscard]] std::vector<CaptureFrame> readRawIpCapture(const std::filesystem::path& file);

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <fstream>
+#include <tuple>
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/CaptureFile.h"
@@ -129,6 +131,30 @@ TEST_F(ForwardCommandTest, ADroppedPacketIsInNoCapture) {
   EXPECT_EQ(outcome.documents().at(0)["drops"],
             (nlohmann::json::parse(R"([{"reason": "malformed", "packets": 1, "bytes": 1},
                                        {"reason": "ttlExpired", "packets": 1, "bytes": 30}])")));
+}
+
+TEST_F(ForwardCommandTest, APacketThatTheCaptureHoldsInPartIsDroppedAsMalformed) {
+  const std::size_t whole = plain.size();
+  for (const auto& [name, link, frame, cutAt] :
+       {std::tuple("raw.pcap", CaptureLink::rawIp, plain, whole - 1),
+        std::tuple("frame.pcap", CaptureLink::ethernet, inEthernet(plain), 14 + whole - 1)}) {
+    writeCapture(in_ / name, link, {{frame}, {frame}}, cutAt);
+    const AgentOutcome outcome = forward({"Ethernet1=" + (in_ / name).string()}, {"--json"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(namesIn(out_), ElementsAre());
+    EXPECT_EQ(
+        outcome.documents().at(0)["drops"],
+        (nlohmann::json{{{"reason", "malformed"}, {"packets", 2}, {"bytes", 2 * (whole - 1)}}}));
+  }
+}
+
+TEST_F(ForwardCommandTest, AFrameThatTheCaptureHoldsInPartIsForwardedWhenItsPacketIsWhole) {
+  PacketBytes padded = inEthernet(plain);
+  padded.resize(padded.size() + 16, 0xee);
+  writeCapture(in_ / "a.pcap", CaptureLink::ethernet, {{padded}}, padded.size() - 16);
+  EXPECT_EQ(forward({"Ethernet1=" + (in_ / "a.pcap").string()}).status, 0);
+  EXPECT_THAT(readRawIpCapture(out_ / "Ethernet2.pcap"),
+              ElementsAre(CaptureFrame{asForwarded(plain)}));
 }
 
 TEST_F(ForwardCommandTest, ACaptureThatIsNotNamedWithItsInterfaceIsRefused) {

@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <fstream>
+#include <utility>
 
 #include "agent/language/Errors.h"
 #include "tests/agent/CaptureFile.h"
@@ -19,9 +22,10 @@ const PacketBytes v6 = ipv6Packet({"2001:db8::1", "2001:db8::2"}, 6);
 
 class CaptureReaderTest : public ::testing::Test {
  protected:
-  std::string write(CaptureLink link, const std::vector<CaptureFrame>& frames) {
+  std::string write(CaptureLink link, const std::vector<CaptureFrame>& frames,
+                    std::size_t cutAt = 65535) {
     const auto file = folder_ / "in.pcap";
-    writeCapture(file, link, frames);
+    writeCapture(file, link, frames, cutAt);
     return file;
   }
 
@@ -46,6 +50,68 @@ class CaptureReaderTest : public ::testing::Test {
 };
 
 using Packets = std::vector<std::optional<PacketBytes>>;
+
+PacketBytes beginningOf(const PacketBytes& bytes, std::size_t size) {
+  return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)};
+}
+
+// The numbers of the headers of a capture, in one of both byte orders.
+class Numbers final {
+ public:
+  explicit Numbers(bool isLittleEndian) : isLittleEndian_(isLittleEndian) {}
+
+  Numbers& add(std::uint32_t number, int bytes = 4) {
+    for (int byte = 0; byte < bytes; ++byte) {
+      const int place = isLittleEndian_ ? byte : bytes - 1 - byte;
+      bytes_.push_back(static_cast<std::uint8_t>(number >> 8 * place));
+    }
+    return *this;
+  }
+  Numbers& addBytes(const PacketBytes& bytes) {
+    append(bytes_, bytes);
+    return *this;
+  }
+  std::string writtenTo(const std::filesystem::path& file) const {
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes_.data()),
+               static_cast<std::streamsize>(bytes_.size()));
+    return file;
+  }
+
+ private:
+  bool isLittleEndian_;
+  PacketBytes bytes_;
+};
+
+constexpr std::uint32_t microseconds = 0xa1b2c3d4;
+constexpr std::uint32_t nanoseconds = 0xa1b23c4d;
+constexpr std::uint32_t ethernetLink = 1;
+constexpr std::uint32_t rawIpLink = 101;
+
+// A capture of one frame, of which it holds `kept`.
+Numbers classicCapture(bool isLittleEndian, std::uint32_t magic, std::uint32_t link,
+                       const PacketBytes& kept, std::size_t length) {
+  Numbers numbers(isLittleEndian);
+  numbers.add(magic).add(2, 2).add(4, 2).add(0).add(0).add(65535).add(link);
+  numbers.add(7).add(89).add(static_cast<std::uint32_t>(kept.size()));
+  numbers.add(static_cast<std::uint32_t>(length)).addBytes(kept);
+  return numbers;
+}
+
+// The same in the newer format: a section, an interface, and an enhanced packet.
+Numbers pcapngCapture(bool isLittleEndian, std::uint32_t link, PacketBytes kept,
+                      std::size_t length) {
+  const auto size = static_cast<std::uint32_t>(kept.size());
+  kept.resize((kept.size() + 3) / 4 * 4);
+  const auto block = static_cast<std::uint32_t>(kept.size() + 32);
+  Numbers numbers(isLittleEndian);
+  numbers.add(0x0a0d0d0a).add(28).add(0x1a2b3c4d).add(1, 2).add(0, 2);
+  numbers.add(0xffffffff).add(0xffffffff).add(28);
+  numbers.add(1).add(20).add(link, 2).add(0, 2).add(65535).add(20);
+  numbers.add(6).add(block).add(0).add(0).add(7000089).add(size);
+  numbers.add(static_cast<std::uint32_t>(length)).addBytes(kept).add(block);
+  return numbers;
+}
 
 TEST_F(CaptureReaderTest, PacketsOfEthernetComeWithoutTheirFrames) {
   const auto file = write(CaptureLink::ethernet, {{inEthernet(v4)}, {inEthernet(v6)}});
@@ -115,6 +181,64 @@ TEST_F(CaptureReaderTest, AFileThatEndsWithinAPacketIsRefusedAfterThosePackets) 
     EXPECT_EQ(error.what(), file + ": truncated dump file; tried to read " +
                                 std::to_string(v4.size()) + " captured bytes, only got " +
                                 std::to_string(v4.size() - 1) + advice);
+  }
+}
+
+TEST_F(CaptureReaderTest, APacketThatTheCaptureHoldsInPartComesWithTheBytesThatAreThere) {
+  for (const CaptureLink link : {CaptureLink::rawIp, CaptureLink::ipv4, CaptureLink::ipv6}) {
+    EXPECT_EQ(packetsIn(write(link, {{v4}, {v6}, {{0x45, 0}}}, 21)),
+              (Packets{beginningOf(v4, 21), beginningOf(v6, 21), PacketBytes{0x45, 0}}));
+  }
+}
+
+TEST_F(CaptureReaderTest, AFrameThatTheCaptureHoldsInPartComesWithTheBytesThatAreThere) {
+  const std::vector<CaptureFrame> frames{{inEthernet(v4)}, {inEthernet(v6)}};
+  EXPECT_EQ(packetsIn(write(CaptureLink::ethernet, frames, 35)),
+            (Packets{beginningOf(v4, 21), beginningOf(v6, 21)}));
+  EXPECT_EQ(packetsIn(write(CaptureLink::ethernet, frames, 14)),
+            (Packets{PacketBytes{}, PacketBytes{}}));
+  EXPECT_EQ(packetsIn(write(CaptureLink::ethernet, frames, 13)),
+            (Packets{std::nullopt, std::nullopt}));
+}
+
+TEST_F(CaptureReaderTest, CapturesOfEitherByteOrderAndClockAreRead) {
+  for (const bool isLittleEndian : {true, false}) {
+    for (const auto& [magic, fraction] : {std::pair(microseconds, 89000), {nanoseconds, 89}}) {
+      const auto file = classicCapture(isLittleEndian, magic, rawIpLink, v4, v4.size())
+                            .writtenTo(folder_ / "classic.pcap");
+      const auto captured = CaptureReader(file).next();
+      ASSERT_TRUE(captured);
+      EXPECT_EQ(captured->time, (CaptureTime{7, fraction}));
+      EXPECT_EQ(captured->ipPacket, v4);
+    }
+  }
+}
+
+TEST_F(CaptureReaderTest, CapturesOfTheNewerFormatAreRead) {
+  for (const bool isLittleEndian : {true, false}) {
+    const auto file =
+        pcapngCapture(isLittleEndian, ethernetLink, inEthernet(v6), inEthernet(v6).size())
+            .writtenTo(folder_ / "newer.pcapng");
+    const auto captured = CaptureReader(file).next();
+    ASSERT_TRUE(captured);
+    EXPECT_EQ(captured->time, (CaptureTime{7, 89000}));
+    EXPECT_EQ(captured->ipPacket, v6);
+  }
+}
+
+TEST_F(CaptureReaderTest, EveryFormatMayHoldAPacketInPart) {
+  const PacketBytes frame = inEthernet(v4);
+  const auto file = folder_ / "part.pcap";
+  for (const bool isLittleEndian : {true, false}) {
+    for (const std::uint32_t magic : {microseconds, nanoseconds}) {
+      EXPECT_EQ(packetsIn(classicCapture(isLittleEndian, magic, ethernetLink,
+                                         beginningOf(frame, 30), frame.size())
+                              .writtenTo(file)),
+                (Packets{beginningOf(v4, 16)}));
+    }
+    EXPECT_EQ(packetsIn(pcapngCapture(isLittleEndian, rawIpLink, beginningOf(v4, 19), v4.size())
+                            .writtenTo(file)),
+              (Packets{beginningOf(v4, 19)}));
   }
 }
 
