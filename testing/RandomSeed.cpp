@@ -30,7 +30,7 @@ std::uint32_t drawnOrReplayed() {
 }  // namespace
 
 RandomSeed::RandomSeed() : value_(drawnOrReplayed()) {
-  std::cout << replay() << '\n';
+  std::cout << replay() << '\n' << std::flush;
 }
 
 std::string RandomSeed::replay() const {

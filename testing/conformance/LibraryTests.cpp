@@ -65,7 +65,8 @@ TEST_P(VrfHelperConformance, UsersThatComeAndGoLeaveNothingBehind) {
   for (const unsigned users : {1U, 2U, 3U, 1U, 0U}) {
     library.usersAre(action, users);
     EXPECT_EQ(result(library.statusOf(action)), "programmed")
-        << "published with " << users << " users";
+        << "published with " << users << " users\n"
+        << contract(freeResourcesAreAvailable);
   }
   EXPECT_EQ(bench().occupancy(), before) << "after the last user is gone\n"
                                          << contract(deletionFrees);
@@ -130,7 +131,8 @@ TEST_P(VrfHelperConformance, ResourcesOutliveTheStateMachineThatAskedForThem) {
   library.machineIs();
   factChanges().front().make(bench().facts());
   EXPECT_EQ(result(library.statusOf(action)), "programmed")
-      << "published after another state machine had taken over, and a hardware id had changed";
+      << "published after another state machine had taken over, and a hardware id had changed\n"
+      << contract("resources outlive the state machine that asked for them");
   EXPECT_EQ(bench().occupancy(), during)
       << contract("resources outlive the state machine that asked for them");
   library.usersAre(action, 0);

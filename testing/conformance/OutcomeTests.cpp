@@ -29,7 +29,12 @@ TEST_P(VrfHelperConformance, ACreationWithAllThatItNeedsIsReportedAsProgrammed) 
 }
 
 TEST_P(VrfHelperConformance, AFailureHasAReasonAndADescriptionAndASuccessNoReason) {
-  for (const auto& [of, status] : bench().failureOutcomes()) {
+  std::vector<Outcome> outcomes = bench().failureOutcomes();
+  const VrfAction action = bench().plain("red");
+  outcomes.push_back({"createVrf of " + shown(action), bench().create(action)});
+  outcomes.push_back({"updateVrf of " + shown(action), bench().update(action)});
+  bench().remove(action);
+  for (const auto& [of, status] : outcomes) {
     const bool hasReason = status.failureReason() != FailureCode::failureNone;
     EXPECT_EQ(hasReason, !isProgrammed(status))
         << of << " returned " << status << '\n'

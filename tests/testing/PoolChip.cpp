@@ -1,5 +1,6 @@
 #include "tests/testing/PoolChip.h"
 
+#include <algorithm>
 #include <ostream>
 #include <stdexcept>
 #include <utility>
@@ -9,7 +10,7 @@
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
 
-std::string lengths(const Mox::Ptr<Routing::Hardware::PrefixLensInExactMatch>& lens) {
+std::string lengthsIn(const Mox::Ptr<Routing::Hardware::PrefixLensInExactMatch>& lens) {
   std::string text;
   for (unsigned char length = 0; lens && length <= lens->longest; ++length) {
     if (lens->prefixLenHas(length)) text += " " + std::to_string(length);
@@ -33,21 +34,42 @@ HwStatus PoolChip::createVrf(const VrfAction& action) {
   if (fault_ == Fault::defaultVrfRefused && action.vrfName().isDefaultVrf()) {
     return failure(FailureCode::failureVrfResourceAlloc, "not in the default VRF");
   }
+  if (fault_ == Fault::creationIgnoresHardware) failsNext_ = false;
   return programNow(action, fault_ == Fault::creationLeaks);
 }
 
 HwStatus PoolChip::updateVrf(const VrfAction& action) {
   if (fault_ == Fault::updateDoesNothing) return {};
-  if (fault_ == Fault::updateTakesAnother && programs_.contains(action)) {
+  if (isSpoiled_ || failed_.contains(action)) {
+    return failure(FailureCode::failureVrfResourceAlloc, "an earlier call failed");
+  }
+  const auto present = programs_.find(action);
+  if (fault_ == Fault::updateTakesAnother && present != programs_.end()) {
     if (inUse_ >= capacity) return refusedWhenFull(action);
     ++inUse_;
   }
-  return programNow(action, fault_ == Fault::updateLeaks);
+  if (fault_ == Fault::equalUpdateRefused && present != programs_.end() &&
+      present->second == programBy(action)) {
+    return failure(FailureCode::failureVrfResourceAlloc, "nothing to program");
+  }
+  const Program before = present == programs_.end() ? programBy(action) : present->second;
+  const HwStatus status = programNow(action, fault_ == Fault::updateLeaks);
+  const bool isFailed = status.status() == ProgrammingResult::programmingFailure;
+  if (fault_ == Fault::failureIsForever && isFailed) failed_.insert(action);
+  if (isFailed) return status;
+  const Part kept = keptPart();
+  if (kept != parts) programs_[action][kept] = before[kept];
+  if (fault_ == Fault::updateAppends) programs_[action][updates] = before[updates] + " updated";
+  return status;
 }
 
 void PoolChip::deleteVrf(const VrfAction& action) {
+  const bool isPresent = programs_.contains(action);
+  if (fault_ == Fault::deletionThrows && !isPresent) throw std::runtime_error("not created");
   deleted_.insert(action);
-  if (fault_ == Fault::deletionFreesAnother && !programs_.contains(action) && !programs_.empty()) {
+  failed_.erase(action);
+  if (fault_ == Fault::deletionSpoilsOthers && !isPresent) isSpoiled_ = true;
+  if (fault_ == Fault::deletionFreesAnother && !isPresent && !programs_.empty()) {
     release(programs_.begin()->first);
   }
   if (fault_ == Fault::deletionFreesNothing) {
@@ -60,20 +82,38 @@ void PoolChip::deleteVrf(const VrfAction& action) {
 std::optional<std::string> PoolChip::program(const VrfAction& action) const {
   const auto found = programs_.find(action);
   if (found == programs_.end()) return std::nullopt;
-  return found->second;
+  std::string text;
+  for (const std::string& part : found->second)
+    text += part + "; ";
+  return text;
+}
+
+PoolChip::Part PoolChip::keptPart() const noexcept {
+  constexpr std::array<Fault, updates> faults{
+      Fault::updateKeepsIds,       Fault::updateKeepsLengths, Fault::updateKeepsLengths6,
+      Fault::updateKeepsFallbacks, Fault::updateKeepsDecap,   Fault::updateKeepsDecapFallback};
+  const auto found = std::find(faults.begin(), faults.end(), fault_);
+  return found == faults.end() ? parts : static_cast<Part>(found - faults.begin());
+}
+
+bool PoolChip::isFull() const noexcept {
+  if (fault_ == Fault::freedIsNotAvailable) return inUse_ + everFreed_ >= capacity;
+  return inUse_ >= capacity - (fault_ == Fault::holdsFewer ? 1 : 0);
 }
 
 HwStatus PoolChip::programNow(const VrfAction& action, bool leaks) {
   if (std::exchange(failsNext_, false)) {
+    if (fault_ == Fault::hardwareRefusalLeaks) ++inUse_;
     return failure(FailureCode::failureVrfResourceAlloc, "the hardware refused");
   }
   const bool isNew = !programs_.contains(action);
-  if (isNew && inUse_ >= capacity) return refusedWhenFull(action);
+  if (isNew && isFull()) return refusedWhenFull(action);
   if (isNew) ++inUse_;
   programs_[action] = programBy(action);
   for (const L3::VrfName& vrf :
        {action.vrfName(), action.fallbackVrfName(), action.postDecapVrfName()}) {
     if (vrf.empty() || hasId(vrf)) continue;
+    if (fault_ == Fault::updateThrows && !isNew) throw std::runtime_error("no hardware id");
     if (leaks) {
       programs_.erase(action);
     } else {
@@ -83,12 +123,17 @@ HwStatus PoolChip::programNow(const VrfAction& action, bool leaks) {
     return failure(FailureCode::failureVrfResourceAlloc,
                    (isRaw ? vrf.str() : Mox::quoted(vrf.bytes())) + " has no hardware id");
   }
-  return {};
+  HwStatus success;
+  if (fault_ == Fault::successHasReason) {
+    success.failureReasonIs(FailureCode::failureVrfResourceAlloc);
+  }
+  return success;
 }
 
 HwStatus PoolChip::refusedWhenFull(const VrfAction& action) {
   if (fault_ == Fault::successWhenFull) return {};
   if (fault_ == Fault::throwsWhenFull) throw std::runtime_error("full");
+  if (fault_ == Fault::throwsANumberWhenFull) throw 1;
   if (fault_ == Fault::refusalFreesAnother) programs_.erase(programs_.begin()->first);
   const bool isAnother = fault_ == Fault::anotherReasonWhenFull;
   return failure(
@@ -107,21 +152,22 @@ HwStatus PoolChip::failure(FailureCode reason, const std::string& text) {
   return status;
 }
 
-std::string PoolChip::programBy(const VrfAction& action) const {
-  return lookUp(action.vrfName()) + lookUp(action.fallbackVrfName()) +
-         lookUp(action.postDecapVrfName()) +
-         (routingHwRouteStatus()->decapNhEnabled() ? " decap" : "") +
-         (routingHwRouteStatus()->decapNhFallbackEnabled() ? " fallback" : "");
-}
-
-std::string PoolChip::lookUp(const L3::VrfName& vrf) const {
-  if (vrf.empty()) return "none; ";
-  const std::string id =
-      hasId(vrf) ? std::to_string(routingHwRouteStatus()->vrfStatus(vrf)->vrfId()) : "no id";
-  const Velo::String name = vrf.str();
-  return id + lengths(routingHwRouteStatus()->vrfPrefixLensInExactMatch(name)) + " v6" +
-         lengths(routing6HwRouteStatus()->vrfPrefixLensInExactMatch(name)) + " > " +
-         vrfFallbackConfig()->fallbackVrf(vrf).str() + "; ";
+PoolChip::Program PoolChip::programBy(const VrfAction& action) const {
+  Program program;
+  for (const L3::VrfName& vrf :
+       {action.vrfName(), action.fallbackVrfName(), action.postDecapVrfName()}) {
+    const Velo::String name = vrf.str();
+    program[ids] +=
+        hasId(vrf) ? std::to_string(routingHwRouteStatus()->vrfStatus(vrf)->vrfId()) : "no id";
+    program[lengths] += lengthsIn(routingHwRouteStatus()->vrfPrefixLensInExactMatch(name));
+    program[lengths6] += lengthsIn(routing6HwRouteStatus()->vrfPrefixLensInExactMatch(name));
+    program[fallbacks] += vrfFallbackConfig()->fallbackVrf(vrf).str();
+    for (const Part part : {ids, lengths, lengths6, fallbacks})
+      program[part] += ", ";
+  }
+  program[decap] = routingHwRouteStatus()->decapNhEnabled() ? "decap" : "";
+  program[decapFallback] = routingHwRouteStatus()->decapNhFallbackEnabled() ? "fallback" : "";
+  return program;
 }
 
 bool PoolChip::hasId(const L3::VrfName& vrf) const {
@@ -130,7 +176,9 @@ bool PoolChip::hasId(const L3::VrfName& vrf) const {
 }
 
 void PoolChip::release(const VrfAction& action) {
-  if (programs_.erase(VrfAction(action)) != 0) --inUse_;
+  if (programs_.erase(VrfAction(action)) == 0) return;
+  --inUse_;
+  ++everFreed_;
 }
 
 Mox::Ptr<VrfHelper> ObservablePoolChip::makeHelper(const ChipFacts& facts) {

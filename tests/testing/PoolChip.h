@@ -2,6 +2,7 @@
 // conformance suite. Each fault is a likely mistake.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <iosfwd>
 #include <map>
@@ -31,6 +32,24 @@ enum class Fault {
   refusalFreesAnother,   // a refused creation frees the resource of another action
   deletionIsForever,     // an action that was deleted cannot be created again
   defaultVrfRefused,
+  holdsFewer,               // than the capacity that it reports
+  successHasReason,         // a success has a failure reason
+  freedIsNotAvailable,      // a freed resource is not counted, and cannot be used again
+  creationIgnoresHardware,  // the hardware refuses, and the creation reports success
+  hardwareRefusalLeaks,     // a creation or an update that the hardware refuses takes a resource
+  equalUpdateRefused,       // an update by unchanged facts fails
+  updateAppends,            // each update adds to the program
+  updateKeepsIds,           // an update does not read this fact again; so the next ones
+  updateKeepsLengths,
+  updateKeepsLengths6,
+  updateKeepsFallbacks,
+  updateKeepsDecap,
+  updateKeepsDecapFallback,
+  failureIsForever,  // an action whose update failed is not programmed by later updates
+  throwsANumberWhenFull,
+  updateThrows,          // if a VRF has no hardware id
+  deletionThrows,        // if the action has no resource
+  deletionSpoilsOthers,  // deleting an action without a resource makes later updates fail
 };
 
 // Prints the number of the fault, for the names of tests.
@@ -51,20 +70,29 @@ class PoolChip final : public VrfHelper {
   void failNext() noexcept { failsNext_ = true; }
 
  private:
+  // What the hardware does for an action, by the facts that it comes from.
+  enum Part { ids, lengths, lengths6, fallbacks, decap, decapFallback, updates, parts };
+  using Program = std::array<std::string, parts>;
+
+  // The part that an update does not program anew; `parts` for none.
+  [[nodiscard]] Part keptPart() const noexcept;
   HwStatus programNow(const VrfAction& action, bool leaks);
   HwStatus refusedWhenFull(const VrfAction& action);
   HwStatus failure(FailureCode reason, const std::string& text);
-  [[nodiscard]] std::string programBy(const VrfAction& action) const;
-  [[nodiscard]] std::string lookUp(const L3::VrfName& vrf) const;
+  [[nodiscard]] Program programBy(const VrfAction& action) const;
+  [[nodiscard]] bool isFull() const noexcept;
   [[nodiscard]] bool hasId(const L3::VrfName& vrf) const;
   void release(const VrfAction& action);
 
   Fault fault_;
-  std::map<VrfAction, std::string> programs_;
+  std::map<VrfAction, Program> programs_;
   std::size_t inUse_ = 0;
   std::set<VrfAction> deleted_;
   std::size_t failures_ = 0;
+  std::set<VrfAction> failed_;  // by an update
+  std::size_t everFreed_ = 0;
   bool failsNext_ = false;
+  bool isSpoiled_ = false;
 };
 
 // The pool chip, with all optional functions of `ChipUnderTest`.

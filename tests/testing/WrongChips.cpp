@@ -36,6 +36,32 @@ INSTANTIATE_TEST_SUITE_P(refusalFreesAnother, VrfHelperConformance,
                          both(Fault::refusalFreesAnother));
 INSTANTIATE_TEST_SUITE_P(deletionIsForever, VrfHelperConformance, both(Fault::deletionIsForever));
 INSTANTIATE_TEST_SUITE_P(defaultVrfRefused, VrfHelperConformance, both(Fault::defaultVrfRefused));
+INSTANTIATE_TEST_SUITE_P(holdsFewer, VrfHelperConformance, both(Fault::holdsFewer));
+INSTANTIATE_TEST_SUITE_P(successHasReason, VrfHelperConformance, both(Fault::successHasReason));
+INSTANTIATE_TEST_SUITE_P(freedIsNotAvailable, VrfHelperConformance,
+                         both(Fault::freedIsNotAvailable));
+INSTANTIATE_TEST_SUITE_P(creationIgnoresHardware, VrfHelperConformance,
+                         both(Fault::creationIgnoresHardware));
+INSTANTIATE_TEST_SUITE_P(hardwareRefusalLeaks, VrfHelperConformance,
+                         both(Fault::hardwareRefusalLeaks));
+INSTANTIATE_TEST_SUITE_P(equalUpdateRefused, VrfHelperConformance, both(Fault::equalUpdateRefused));
+INSTANTIATE_TEST_SUITE_P(updateAppends, VrfHelperConformance, both(Fault::updateAppends));
+INSTANTIATE_TEST_SUITE_P(updateKeepsIds, VrfHelperConformance, both(Fault::updateKeepsIds));
+INSTANTIATE_TEST_SUITE_P(updateKeepsLengths, VrfHelperConformance, both(Fault::updateKeepsLengths));
+INSTANTIATE_TEST_SUITE_P(updateKeepsLengths6, VrfHelperConformance,
+                         both(Fault::updateKeepsLengths6));
+INSTANTIATE_TEST_SUITE_P(updateKeepsFallbacks, VrfHelperConformance,
+                         both(Fault::updateKeepsFallbacks));
+INSTANTIATE_TEST_SUITE_P(updateKeepsDecap, VrfHelperConformance, both(Fault::updateKeepsDecap));
+INSTANTIATE_TEST_SUITE_P(updateKeepsDecapFallback, VrfHelperConformance,
+                         both(Fault::updateKeepsDecapFallback));
+INSTANTIATE_TEST_SUITE_P(failureIsForever, VrfHelperConformance, both(Fault::failureIsForever));
+INSTANTIATE_TEST_SUITE_P(throwsANumberWhenFull, VrfHelperConformance,
+                         both(Fault::throwsANumberWhenFull));
+INSTANTIATE_TEST_SUITE_P(updateThrows, VrfHelperConformance, both(Fault::updateThrows));
+INSTANTIATE_TEST_SUITE_P(deletionThrows, VrfHelperConformance, both(Fault::deletionThrows));
+INSTANTIATE_TEST_SUITE_P(deletionSpoilsOthers, VrfHelperConformance,
+                         both(Fault::deletionSpoilsOthers));
 
 }  // namespace
 }  // namespace ZelVrfSelectionPolicy::Testing

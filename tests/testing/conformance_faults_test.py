@@ -65,9 +65,42 @@ FAILS = {
     "refusalFreesAnother": ({REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT - {NEVER}),
     "deletionIsForever": ({AGAIN, ANEW, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
     "defaultVrfRefused": ({CREATED}, set()),
+    "holdsFewer": (set(), set()),
+    "successHasReason": ({REASON}, set()),
+    "freedIsNotAvailable": ({ROOM, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
+    "creationIgnoresHardware": (set(), set()),
+    "hardwareRefusalLeaks": (set(), set()),
+    "equalUpdateRefused": ({IDEMPOTENT, NEVER, REFUSED, FACTS}, set()),
+    "updateAppends": (set(), set()),
+    "updateKeepsIds": (set(), set()),
+    "updateKeepsLengths": (set(), set()),
+    "updateKeepsLengths6": (set(), set()),
+    "updateKeepsFallbacks": (set(), set()),
+    "updateKeepsDecap": (set(), set()),
+    "updateKeepsDecapFallback": (set(), set()),
+    "failureIsForever": ({FACTS, IDEMPOTENT}, set()),
+    "throwsANumberWhenFull":
+        ({EXHAUSTED, REASON, LINE, REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT),
+    "updateThrows": ({UPDATE_FAILED, ANEW, RANDOM, FACTS}, set()),
+    "deletionThrows":
+        ({NEVER, REASON, LINE, REFUSED, ROOM, REFILLED, FAILED, UPDATE_FAILED, ANEW, RANDOM,
+          RECOVERS}, FILL_IT),
+    "deletionSpoilsOthers": ({NEVER, REFUSED, ANEW}, {IDEMPOTENT, FACTS, OUTLIVE}),
 }
-# This test makes the hardware refuse an update, which is not possible on an opaque chip.
-FAILS_ONLY_IF_OBSERVABLE = {"updateDoesNothing": {UPDATE_FAILED}}
+# An opaque chip reports neither its capacity nor its programs, and its hardware refuses nothing.
+FAILS_ONLY_IF_OBSERVABLE = {
+    "updateDoesNothing": {UPDATE_FAILED},
+    "holdsFewer": {EXHAUSTED},
+    "creationIgnoresHardware": {FAILED},
+    "hardwareRefusalLeaks": {FAILED, UPDATE_FAILED, RANDOM},
+    "updateAppends": {IDEMPOTENT, ANEW},
+    "updateKeepsIds": {ANEW},
+    "updateKeepsLengths": {ANEW},
+    "updateKeepsLengths6": {ANEW},
+    "updateKeepsFallbacks": {ANEW},
+    "updateKeepsDecap": {ANEW},
+    "updateKeepsDecapFallback": {ANEW},
+}
 
 
 def report():
