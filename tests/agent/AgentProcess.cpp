@@ -55,7 +55,7 @@ int exitStatusOf(std::vector<std::string>& arguments, const FileActions& actions
 AgentOutcome run(std::vector<std::string> arguments, const std::string& input,
                  const std::string& out) {
   unsetenv("MOX_TRACE");
-  arguments.insert(arguments.begin(), ZEL_AGENT_BINARY);
+  arguments.insert(arguments.begin(), agentBinary());
   const std::string err = pathInTestFolder("stderr");
   FileActions actions;
   actions.open(0, input, O_RDONLY);
@@ -68,6 +68,11 @@ AgentOutcome run(std::vector<std::string> arguments, const std::string& input,
 }
 
 }  // namespace
+
+std::string agentBinary() {
+  const char* const wanted = std::getenv("ZEL_AGENT");
+  return wanted != nullptr ? wanted : ZEL_AGENT_BINARY;
+}
 
 std::vector<nlohmann::json> AgentOutcome::documents() const {
   std::vector<nlohmann::json> documents;

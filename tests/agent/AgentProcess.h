@@ -19,6 +19,9 @@ struct AgentOutcome {
   [[nodiscard]] std::vector<nlohmann::json> documents() const;
 };
 
+// The agent of the build, or the one that the environment variable `ZEL_AGENT` names.
+[[nodiscard]] std::string agentBinary();
+
 [[nodiscard]] AgentOutcome runAgent(std::vector<std::string> arguments);
 
 // The same with standard output going to a file that already exists.

@@ -13,6 +13,7 @@
 
 extern char** environ;
 
+#include "tests/agent/AgentProcess.h"
 #include "tests/agent/ProcessArguments.h"
 #include "tests/waiting/Descriptor.h"
 #include "tests/waiting/Wait.h"
@@ -21,7 +22,7 @@ namespace ZelAgent {
 
 TerminalProcess::TerminalProcess(std::vector<std::string> arguments,
                                  const std::vector<std::string>& environment) {
-  arguments.insert(arguments.begin(), ZEL_AGENT_BINARY);
+  arguments.insert(arguments.begin(), agentBinary());
   std::vector<std::string> variables = environment;
   for (char** variable = environ; *variable != nullptr; ++variable)
     variables.emplace_back(*variable);
@@ -32,7 +33,7 @@ TerminalProcess::TerminalProcess(std::vector<std::string> arguments,
   size.ws_col = 200;
   process_ = Waiting::ChildProcess(forkpty(&terminal_, nullptr, nullptr, &size));
   if (process_.id() == 0) {
-    execve(ZEL_AGENT_BINARY, argumentPointers.data(), variablePointers.data());
+    execve(argumentPointers[0], argumentPointers.data(), variablePointers.data());
     _exit(127);
   }
   EXPECT_GT(process_.id(), 0);

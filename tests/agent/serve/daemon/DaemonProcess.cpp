@@ -13,6 +13,7 @@
 
 extern char** environ;
 
+#include "tests/agent/AgentProcess.h"
 #include "tests/agent/ProcessArguments.h"
 #include "tests/waiting/Descriptor.h"
 
@@ -83,11 +84,11 @@ DaemonProcess::DaemonProcess(Unawaited /*unawaited*/, const std::string& configu
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, out.write, 1);
   posix_spawn_file_actions_adddup2(&actions, err.write, 2);
-  std::vector<std::string> words{ZEL_AGENT_BINARY, "serve", configuration, "--socket", socket};
+  std::vector<std::string> words{agentBinary(), "serve", configuration, "--socket", socket};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> variables = environmentWith(environment);
   pid_t process = -1;
-  EXPECT_EQ(posix_spawn(&process, ZEL_AGENT_BINARY, &actions, nullptr, pointersTo(words).data(),
+  EXPECT_EQ(posix_spawn(&process, words[0].c_str(), &actions, nullptr, pointersTo(words).data(),
                         pointersTo(variables).data()),
             0);
   process_ = Waiting::ChildProcess(process);
