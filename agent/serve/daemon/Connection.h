@@ -1,9 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <string>
+#include <string_view>
 
-#include "agent/serve/daemon/EventLoop.h"
+#include "agent/serve/daemon/Patience.h"
+#include "agent/serve/daemon/Scheduler.h"
+#include "agent/serve/daemon/Stream.h"
+#include "agent/serve/daemon/Turns.h"
 #include "agent/serve/protocol/ControlService.h"
 #include "agent/serve/protocol/Request.h"
 
@@ -14,8 +19,8 @@ class Connection;
 /// The owner of a connection, which the connection notifies.
 class ConnectionOwner {
  public:
-  /// The connection has a request that waits for its turn.
-  virtual void wantsTurn() = 0;
+  /// The connection has a request and waits for its turn. Meanwhile it does not end.
+  virtual void wantsTurn(Connection& connection) = 0;
   /// The connection has nothing left to do. The owner destroys it, possibly during the call.
   virtual void isDone(Connection& connection) = 0;
 
@@ -25,48 +30,38 @@ class ConnectionOwner {
 
 /// The connection of one client. The client may be slow, silent, hostile or gone.
 ///
-/// Requests are answered in order, one in each turn. The next one is answered when the system has
-/// accepted the whole previous answer. While an answer waits, nothing is read. So at most one
-/// answer and slightly more than the longest request are kept for a client. A client that reads
-/// nothing of an answer during `timeout` is disconnected.
-class Connection final {
+/// At each moment it does one of three things: it reads until it has a request, waits for the turn
+/// of that request, or waits until the system has accepted the whole answer. While it waits,
+/// nothing is read. So at most one answer and slightly more than the longest request are kept for a
+/// client. Requests are answered in order, one in each turn. A client that reads nothing of an
+/// answer during `timeout` is disconnected.
+class Connection final : public TurnTaker, private StreamUser {
  public:
-  /// `stream` is connected. The other objects must outlive this.
-  Connection(EventLoop& loop, LoopHandle<uv_pipe_t> stream, ControlService& service,
+  /// The objects that are passed by reference must outlive this.
+  Connection(std::unique_ptr<Stream> stream, Scheduler& scheduler, ControlService& service,
              ConnectionOwner& owner, std::chrono::milliseconds timeout);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection() = default;
 
-  [[nodiscard]] bool hasRequest() const noexcept;
-  /// Answers one request, if there is one. This may end the connection.
-  void takeTurn();
+  /// Answers one request. This may end the connection. Precondition: it asked for the turn.
+  void takeTurn() override;
 
  private:
-  [[nodiscard]] bool isDone() const noexcept;
-  [[nodiscard]] uv_stream_t* stream() const noexcept;
+  void received(std::string_view bytes) override;
+  void receivedEnd() override;
+  void wrote() override;
+  void failed() override;
 
   void proceed();
-  void read();
-  void receive(ssize_t size, const char* bytes);
   void send(std::string bytes);
-  void sendLater(std::string bytes);
-  void noteSent(int result);
-  void watchProgress();
-  void checkProgress();
 
-  LoopHandle<uv_pipe_t> stream_;
-  LoopHandle<uv_timer_t> timer_;
+  std::unique_ptr<Stream> stream_;
+  Patience patience_;
   ControlService& service_;
   ConnectionOwner& owner_;
-  std::chrono::milliseconds timeout_;
   RequestLines lines_;
-  std::size_t unsent_ = 0;   // at the last check of progress
-  unsigned quietTicks_ = 0;  // in a row, without progress
-  bool isSending_ = false;
-  bool hasEnded_ = false;  // no more bytes will arrive
-  bool isDropped_ = false;
-  bool isReading_ = false;
+  bool hasEnded_ = false;  // no bytes will be read any more
 };
 
 }  // namespace ZelAgent

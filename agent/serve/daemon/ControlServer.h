@@ -3,10 +3,12 @@
 #include <chrono>
 #include <cstddef>
 #include <list>
+#include <memory>
 
 #include "agent/serve/daemon/Connection.h"
-#include "agent/serve/daemon/EventLoop.h"
-#include "agent/serve/daemon/ListeningSocket.h"
+#include "agent/serve/daemon/Scheduler.h"
+#include "agent/serve/daemon/Stream.h"
+#include "agent/serve/daemon/Turns.h"
 #include "agent/serve/protocol/ControlService.h"
 
 namespace ZelAgent {
@@ -16,38 +18,38 @@ struct ServerLimits {
   std::size_t clients = 256;
   /// The longest answer. At most one answer waits for each client.
   std::size_t unsentBytes = std::size_t{8} * 1024 * 1024;
-  /// How long a client may read nothing of an answer that waits. 0 is without a limit.
+  /// How long a client may read nothing of an answer that waits. 0 is without a limit. Other values
+  /// are at least 2 ms.
   std::chrono::milliseconds clientTimeout = std::chrono::seconds(30);
 };
 
-/// Serves the clients of one socket.
+/// Serves clients, wherever their streams come from.
 ///
-/// In each turn of the loop, one request of every client that has requests is answered. So no
-/// client waits for all requests of another. Clients beyond the limit get an error and are closed.
+/// Clients that have requests take turns, one request in each turn. Clients beyond the limit get an
+/// error and are closed.
 class ControlServer final : private ConnectionOwner {
  public:
   /// The objects that are passed by reference must outlive this.
-  ControlServer(EventLoop& loop, ListeningSocket& socket, ServedAgent& served,
-                const ServerLimits& limits);
+  ControlServer(Scheduler& scheduler, ServedAgent& served, const ServerLimits& limits);
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
   /// Closes every connection.
   ~ControlServer() = default;
 
+  /// Serves a client that has connected, or refuses it.
+  void accept(std::unique_ptr<Stream> stream);
+
  private:
-  void wantsTurn() override;
+  void wantsTurn(Connection& connection) override;
   void isDone(Connection& connection) override;
 
-  void accept();
-  void refuse(uv_pipe_t& stream) const;
-  void giveTurns();
+  void refuse(Stream& stream) const;
 
-  EventLoop& loop_;
+  Scheduler& scheduler_;
   ServerLimits limits_;
   ControlService service_;
+  Turns turns_;
   std::list<Connection> connections_;
-  LoopHandle<uv_idle_t> turns_;  // runs while a request waits
-  LoopHandle<uv_pipe_t> listener_;
 };
 
 }  // namespace ZelAgent

@@ -1,14 +1,18 @@
 #include "agent/serve/daemon/Daemon.h"
 
 #include <csignal>
-#include <exception>
+#include <memory>
 #include <ostream>
 #include <stdexcept>
+#include <utility>
 
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
+#include "agent/serve/daemon/PipeListener.h"
+#include "agent/serve/daemon/ReloadReport.h"
+#include "agent/serve/daemon/Stream.h"
 
 namespace ZelAgent {
 
@@ -28,39 +32,32 @@ ExitStatus Daemon::serve() {
   const SignalWatch onTerminate(loop_, SIGTERM, end);
   const SignalWatch onInterrupt(loop_, SIGINT, end);
   const SignalWatch onHangUp(loop_, SIGHUP, [this] { reload(); });
-  warn(served_.start());
+  printLines(warningLines(served_.start()));
   ListeningSocket socket(options_.socket);
-  const ControlServer server(loop_, socket, served_, options_.limits);
+  ControlServer server(loop_, served_, options_.limits);
+  const PipeListener listener(loop_, socket, [&server](std::unique_ptr<Stream> client) {
+    server.accept(std::move(client));
+  });
   if (!announce()) return ExitStatus::failure;
   loop_.run();
   return ExitStatus::success;
 }
 
 void Daemon::reload() {
-  try {
-    warn(served_.reload());
-    printLine(printable(options_.configuration, 1000) + " applied");
-  } catch (const ConfigError& error) {
-    printLine(std::string("error: ") + error.what() + "; the configuration in force is unchanged");
-  } catch (const std::exception& error) {
-    printLine("error: the reload failed: " + printable(error.what(), 1000));
+  printLines(reportReload(options_.configuration, [this] { return served_.reload(); }));
+}
+
+void Daemon::printLines(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) {
+    err_ << line << std::endl;
+    err_.clear();
   }
-}
-
-void Daemon::printLine(const std::string& line) {
-  err_ << line << std::endl;
-  err_.clear();
-}
-
-void Daemon::warn(const std::vector<std::string>& warnings) {
-  for (const std::string& warning : warnings)
-    printLine("warning: " + warning);
 }
 
 bool Daemon::announce() {
   out_ << "serving on " << printable(options_.socket, 1000) << std::endl;
   if (out_) return true;
-  printLine("error: standard output cannot be written");
+  printLines({"error: standard output cannot be written"});
   return false;
 }
 

@@ -38,9 +38,8 @@ class Daemon final {
 
  private:
   void reload();
-  // Prints a line on `err`, which may be closed.
-  void printLine(const std::string& line);
-  void warn(const std::vector<std::string>& warnings);
+  // Prints the lines on `err`, which may be closed.
+  void printLines(const std::vector<std::string>& lines);
   // Prints that the daemon serves. Returns whether the line could be written.
   [[nodiscard]] bool announce();
 

@@ -2,10 +2,13 @@
 
 #include <uv.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
+
+#include "agent/serve/daemon/Scheduler.h"
 
 namespace ZelAgent {
 
@@ -13,7 +16,7 @@ namespace ZelAgent {
 /// thread. The agent must not be called from two threads.
 ///
 /// A handle is closed before its memory is freed. Every handle is closed before the loop.
-class EventLoop final {
+class EventLoop final : public Scheduler {
  public:
   EventLoop();
   EventLoop(const EventLoop&) = delete;
@@ -25,6 +28,10 @@ class EventLoop final {
   /// Runs until `stop`.
   void run() { uv_run(&loop_, UV_RUN_DEFAULT); }
   void stop() noexcept { uv_stop(&loop_); }
+
+  [[nodiscard]] std::unique_ptr<RepeatedCall> every(std::chrono::milliseconds period,
+                                                    Call call) override;
+  [[nodiscard]] std::unique_ptr<RepeatedCall> everyRound(Call call) override;
 
  private:
   uv_loop_t loop_{};

@@ -1,0 +1,34 @@
+#include "agent/serve/daemon/Patience.h"
+
+#include <utility>
+
+namespace ZelAgent {
+
+Patience::Patience(Scheduler& scheduler, const Stream& stream, std::chrono::milliseconds timeout,
+                   std::function<void()> onEnd)
+    : stream_(stream), onEnd_(std::move(onEnd)) {
+  if (timeout.count() == 0) return;
+  checks_ = scheduler.every(timeout / 2, [this] { check(); });
+}
+
+void Patience::start(std::size_t unwritten) {
+  if (!checks_) return;
+  unwritten_ = unwritten;
+  quietChecks_ = 0;
+  checks_->start();
+}
+
+void Patience::stop() noexcept {
+  if (checks_) checks_->stop();
+}
+
+// After a long call the loop runs a check before it writes bytes that could be written. It writes
+// between two checks, so two checks without progress are needed.
+void Patience::check() {
+  const std::size_t unwritten = stream_.unwritten();
+  quietChecks_ = unwritten == unwritten_ ? quietChecks_ + 1 : 0;
+  unwritten_ = unwritten;
+  if (quietChecks_ == 2) onEnd_();
+}
+
+}  // namespace ZelAgent

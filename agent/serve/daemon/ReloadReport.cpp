@@ -1,0 +1,32 @@
+#include "agent/serve/daemon/ReloadReport.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+
+#include "agent/language/Errors.h"
+#include "agent/language/PrintableText.h"
+
+namespace ZelAgent {
+
+std::vector<std::string> reportReload(const std::string& file,
+                                      const std::function<std::vector<std::string>()>& reload) {
+  try {
+    std::vector<std::string> lines = warningLines(reload());
+    lines.push_back(printable(file, 1000) + " applied");
+    return lines;
+  } catch (const ConfigError& error) {
+    return {std::string("error: ") + error.what() + "; the configuration in force is unchanged"};
+  } catch (const std::exception& error) {
+    return {"error: the reload failed: " + printable(error.what(), 1000)};
+  }
+}
+
+std::vector<std::string> warningLines(const std::vector<std::string>& warnings) {
+  std::vector<std::string> lines;
+  std::transform(warnings.begin(), warnings.end(), std::back_inserter(lines),
+                 [](const std::string& warning) { return "warning: " + warning; });
+  return lines;
+}
+
+}  // namespace ZelAgent

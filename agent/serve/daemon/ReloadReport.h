@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ZelAgent {
+
+/// Runs `reload`, which returns warnings, and returns the lines that report its result: one for
+/// each warning, and one that says whether the file was applied. No exception leaves it.
+[[nodiscard]] std::vector<std::string> reportReload(
+    const std::string& file, const std::function<std::vector<std::string>()>& reload);
+
+/// A line for each warning.
+[[nodiscard]] std::vector<std::string> warningLines(const std::vector<std::string>& warnings);
+
+}  // namespace ZelAgent
