@@ -16,10 +16,10 @@ namespace ZelAgent {
 namespace {
 
 using Blinklog::FileHandle;
+using std::chrono::milliseconds;
 
 constexpr int backlog = 128;
-constexpr int lockAttempts = 100;
-constexpr auto lockPause = std::chrono::milliseconds(10);
+constexpr auto lockPause = milliseconds(10);
 
 // Sets the file mode mask of the process during its lifetime.
 class FileModeMask final {
@@ -47,12 +47,12 @@ int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileHand
 
 // Two daemons that replace the same stale socket must not replace each other's socket. Each daemon
 // holds the lock for a short time at its start. Closing the descriptor releases the lock.
-FileHandle lockFolderOf(const std::string& path) {
+FileHandle lockFolderOf(const std::string& path, milliseconds wait) {
   const std::string parent = std::filesystem::path(path).parent_path();
   FileHandle folder(
       open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.isOpen()) throw socketErrorOf(path, "its folder cannot be opened", errno);
-  for (int attempt = 0; attempt < lockAttempts; ++attempt) {
+  for (auto waited = milliseconds(0); waited <= wait; waited += lockPause) {
     if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) return folder;
     std::this_thread::sleep_for(lockPause);
   }
@@ -89,9 +89,9 @@ void clearPath(const std::string& path) {
 
 }  // namespace
 
-ListeningSocket::ListeningSocket(std::string path)
+ListeningSocket::ListeningSocket(std::string path, milliseconds lockWait)
     : path_(std::move(path)), socket_(makeSocket(path_)) {
-  claimPath();
+  claimPath(lockWait);
 }
 
 ListeningSocket::~ListeningSocket() {
@@ -100,9 +100,9 @@ ListeningSocket::~ListeningSocket() {
   if (now.st_dev == file_.st_dev && now.st_ino == file_.st_ino) unlink(path_.c_str());
 }
 
-void ListeningSocket::claimPath() {
+void ListeningSocket::claimPath(milliseconds lockWait) {
   static_cast<void>(socketAddressOf(path_));
-  const FileHandle lock = lockFolderOf(path_);
+  const FileHandle lock = lockFolderOf(path_, lockWait);
   clearPath(path_);
   bindPath();
   if (lstat(path_.c_str(), &file_) != 0) throw socketErrorOf(path_, "has disappeared", errno);

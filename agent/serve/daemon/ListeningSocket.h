@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <string>
 
 #include "Blinklog/FileHandle.h"
@@ -16,8 +17,9 @@ namespace ZelAgent {
 /// path.
 class ListeningSocket final {
  public:
-  /// Throws a `SocketError`.
-  explicit ListeningSocket(std::string path);
+  /// Waits up to `lockWait` while another process locks the folder. Throws a `SocketError`.
+  explicit ListeningSocket(std::string path,
+                           std::chrono::milliseconds lockWait = std::chrono::seconds(1));
   ListeningSocket(const ListeningSocket&) = delete;
   ListeningSocket& operator=(const ListeningSocket&) = delete;
   ~ListeningSocket();
@@ -28,7 +30,7 @@ class ListeningSocket final {
   [[nodiscard]] int release() noexcept { return socket_.release(); }
 
  private:
-  void claimPath();
+  void claimPath(std::chrono::milliseconds lockWait);
   void bindPath();
 
   std::string path_;

@@ -1,22 +1,13 @@
 // `zel-agent ctl` from end to end, other than at a terminal.
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
-#include <thread>
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/serve/daemon/DaemonProcess.h"
-#include "tests/agent/serve/daemon/SocketClient.h"
 
 namespace ZelAgent {
 namespace {
 
-using nlohmann::json;
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -115,71 +106,6 @@ TEST_F(Ctl, ReportsThatTheRequestIsTooLong) {
   const AgentOutcome outcome = ctlReading("vrf " + std::string(300000, 'x') + " add\n");
   EXPECT_EQ(outcome.status, 2);
   EXPECT_THAT(outcome.err, HasSubstr("a request must be a line of at most 65536 bytes"));
-}
-
-TEST_F(Ctl, ReportsThatTooManyClientsAreConnected) {
-  const DaemonProcess daemon(config_, path_);
-  std::vector<SocketClient> clients;
-  for (int i = 0; i < 256; ++i) {
-    clients.emplace_back(path_);
-    clients.back().text("");
-  }
-  const AgentOutcome outcome = ctl({"show", "actions"});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, StartsWith("error: 256 clients are connected"));
-}
-
-// Listens, accepts one client, and sends it a given answer.
-class Impostor final {
- public:
-  Impostor(const std::string& path, std::string answer)
-      : listener_(socket(AF_UNIX, SOCK_STREAM, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(listen(listener_, 1), 0);
-    thread_ = std::thread([this, text = std::move(answer)] {
-      const int client = accept(listener_, nullptr, nullptr);
-      char block[4096];
-      EXPECT_GT(recv(client, block, sizeof block, 0), 0);
-      EXPECT_EQ(::send(client, text.data(), text.size(), MSG_NOSIGNAL),
-                static_cast<ssize_t>(text.size()));
-      close(client);
-    });
-  }
-  Impostor(const Impostor&) = delete;
-  Impostor& operator=(const Impostor&) = delete;
-  ~Impostor() {
-    thread_.join();
-    close(listener_);
-  }
-
- private:
-  int listener_;
-  std::thread thread_;
-};
-
-TEST_F(Ctl, ReportsThatAnotherProgramAnswers) {
-  for (const char* const answer :
-       {"hello\n", "{}\n", "[0]\n", "{\"status\":0}\n", "{\"status\":7,\"output\":\"\"}\n",
-        "{\"status\":\"0\",\"output\":\"\"}\n", "{\"status\":0,\"output\":{}}\n"}) {
-    const std::string path = folder_.path("impostor");
-    std::remove(path.c_str());
-    const Impostor impostor(path, answer);
-    const AgentOutcome outcome = runAgent({"ctl", "--socket", path, "show"});
-    EXPECT_EQ(outcome.status, 1) << answer;
-    EXPECT_THAT(outcome.err,
-                HasSubstr("the process that listens there is not zel-agent; it answered "))
-        << answer;
-  }
-}
-
-TEST_F(Ctl, ReportsThatTheDaemonDidNotAnswer) {
-  const Impostor impostor(path_, "{\"status\":0,");
-  const AgentOutcome outcome = ctl({"show"});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, EndsWith("the daemon closed the connection without an answer\n"));
 }
 
 }  // namespace

@@ -1,12 +1,11 @@
-// The socket of a daemon: how it is created, replaced, refused and removed.
-#include <fcntl.h>
+// The socket of a daemon that is a process, from its start to its end.
 #include <gmock/gmock.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <deque>
@@ -20,7 +19,6 @@
 namespace ZelAgent {
 namespace {
 
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -62,12 +60,6 @@ TEST_F(ServeSocket, IsReadableAndWritableByItsOwnerOnlyWhateverTheMask) {
   EXPECT_EQ(file.st_mode & 0777U, 0600U);
 }
 
-TEST_F(ServeSocket, OnWhichNoProcessListensIsReplaced) {
-  makeStaleSocket();
-  DaemonProcess daemon(config_, path_);
-  EXPECT_EQ(SocketClient(path_).text("vrf red id 2"), "vrf red id 2\n  no hook call\n");
-}
-
 TEST_F(ServeSocket, OfADaemonThatWasKilledIsReplaced) {
   {
     DaemonProcess killed(config_, path_);
@@ -86,41 +78,6 @@ TEST_F(ServeSocket, OfARunningDaemonIsRefusedAndThatDaemonContinues) {
             "error: " + path_ + ": a daemon listens there already; end it, or give another path\n");
   EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
   EXPECT_EQ(first.end(), 0);
-}
-
-TEST_F(ServeSocket, ThatIsAFileOfAnotherKindIsRefusedAndKept) {
-  const std::string file = writeFile("precious", "keep me");
-  EXPECT_EQ(refusal(config_, file, 1),
-            "error: " + file + ": is a file that is not a socket; give the path of a socket\n");
-  EXPECT_EQ(readFile(file), "keep me");
-}
-
-TEST_F(ServeSocket, ThatIsALinkIsRefused) {
-  makeStaleSocket();
-  const std::string link = folder_.path("link");
-  std::filesystem::create_symlink(path_, link);
-  EXPECT_THAT(refusal(config_, link, 1), HasSubstr("is a file that is not a socket"));
-  EXPECT_TRUE(std::filesystem::is_symlink(link));
-}
-
-TEST_F(ServeSocket, WhosePathIsTooLongIsRefused) {
-  const std::string path = folder_.path(std::string(108, 'x'));
-  EXPECT_THAT(refusal(config_, path, 1),
-              HasSubstr("the path of a socket must have 1 to 107 bytes, found"));
-}
-
-TEST_F(ServeSocket, InAMissingFolderIsRefused) {
-  EXPECT_THAT(refusal(config_, folder_.path("none/s"), 1),
-              EndsWith("its folder cannot be opened: No such file or directory\n"));
-}
-
-TEST_F(ServeSocket, InALockedFolderIsRefused) {
-  const int folder = open(folder_.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  ASSERT_EQ(flock(folder, LOCK_EX), 0);
-  EXPECT_THAT(refusal(config_, path_, 1), HasSubstr("another process locks its folder"));
-  close(folder);
-  DaemonProcess daemon(config_, path_);
-  EXPECT_EQ(daemon.end(), 0);
 }
 
 TEST_F(ServeSocket, ThatManyDaemonsReplaceAtOnceIsServedByOne) {
@@ -162,14 +119,6 @@ TEST_F(ServeSocket, IsRemovedIfStandardOutputCannotBeWritten) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
   EXPECT_FALSE(std::filesystem::exists(path_));
-}
-
-TEST_F(ServeSocket, OfAnotherDaemonAtThePathIsNotRemoved) {
-  DaemonProcess first(config_, path_);
-  ASSERT_TRUE(std::filesystem::remove(path_));
-  DaemonProcess second(config_, path_);
-  EXPECT_EQ(first.end(), 0);
-  EXPECT_THAT(SocketClient(path_).text("show config"), HasSubstr(config_));
 }
 
 }  // namespace

@@ -1,0 +1,240 @@
+// The client of a daemon against daemons that behave badly, and against signals.
+#include "agent/serve/console/ControlClient.h"
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
+#include "Blinklog/FileHandle.h"
+#include "agent/language/Errors.h"
+#include "agent/serve/protocol/Answer.h"
+#include "agent/serve/protocol/SocketAddress.h"
+#include "tests/agent/TestFiles.h"
+#include "tests/agent/serve/console/SignalledThread.h"
+
+namespace ZelAgent {
+namespace {
+
+using Blinklog::FileHandle;
+
+constexpr const char* noHookCall = "{\"status\":0,\"output\":\"  no hook call\\n\"}\n";
+
+class ClientOfADaemon : public ::testing::Test {
+ protected:
+  ClientOfADaemon() : listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    std::filesystem::remove(path_);
+    const sockaddr_un address = socketAddressOf(path_);
+    EXPECT_EQ(bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0);
+    EXPECT_EQ(listen(listener_.get(), 0), 0);  // at most one client waits to be accepted
+  }
+
+  [[nodiscard]] FileHandle acceptClient() const {
+    FileHandle client(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    EXPECT_TRUE(client.isOpen());
+    return client;
+  }
+  static void answer(const FileHandle& client, std::string_view bytes) {
+    EXPECT_EQ(::send(client.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(bytes.size()));
+  }
+  // The line that the client sends, with its end.
+  static std::string requestOf(const FileHandle& client) {
+    std::string line;
+    std::array<char, 65536> block{};
+    for (ssize_t got = 1; got > 0 && !line.ends_with('\n');) {
+      got = recv(client.get(), block.data(), block.size(), 0);
+      if (got > 0) line.append(block.data(), static_cast<std::size_t>(got));
+    }
+    return line;
+  }
+
+  // Sends the request to a daemon that does as `daemon` on another thread.
+  Answer send(const Request& request, const std::function<void()>& daemon) {
+    std::thread other(daemon);
+    Answer answer;
+    try {
+      answer = ControlClient(path_).send(request);
+    } catch (const SocketError& error) {
+      error_ = error.what();
+    }
+    other.join();
+    return answer;
+  }
+  // The same, with a daemon that reads the request, sends these bytes and closes.
+  Answer sendFor(std::string_view bytes, bool asJson = false) {
+    return send({"show", asJson}, [&] {
+      const FileHandle client = acceptClient();
+      EXPECT_EQ(requestOf(client), toLine({"show", asJson}));
+      answer(client, bytes);
+    });
+  }
+
+  std::string path_ = pathInTestFolder("s");
+  SignalledThread caller_;
+  FileHandle listener_;
+  std::string error_ = "none";
+  // More than the buffers of a socket hold.
+  const Request large_{std::string(std::size_t{1} << 20U, 'x') + "y", false};
+};
+
+TEST_F(ClientOfADaemon, ReturnsTheStatusAndTheOutput) {
+  Answer answer = sendFor("{\"status\":0,\"output\":\"a\\nb\\n\"}\n");
+  EXPECT_EQ(answer.status, ExitStatus::success);
+  EXPECT_EQ(answer.output, "a\nb\n");
+  answer = sendFor("{\"status\":2,\"output\":\"wrong\"}\n", true);
+  EXPECT_EQ(answer.status, ExitStatus::badInput);
+  EXPECT_EQ(answer.output, "wrong");
+  answer = sendFor("{\"status\":0,\"output\":[1,2]}\n", true);
+  EXPECT_EQ(answer.output, OrderedJson::parse("[1,2]"));
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, SendsALargeRequestWholeThoughSignalsInterruptIt) {
+  std::string received;
+  const Answer answered = send(large_, [&] {
+    const FileHandle client = acceptClient();
+    caller_.interrupt();  // a part has been sent
+    caller_.interrupt();  // nothing more has been sent
+    received = requestOf(client);
+    answer(client, noHookCall);
+  });
+  EXPECT_EQ(answered.output, "  no hook call\n");
+  EXPECT_TRUE(received == toLine(large_)) << received.size();
+}
+
+TEST_F(ClientOfADaemon, ConnectsThoughSignalsInterruptIt) {
+  const sockaddr_un address = socketAddressOf(path_);
+  const FileHandle before(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(connect(before.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  const Answer answered = send({"show", false}, [&] {
+    caller_.interrupt();
+    caller_.interrupt();
+    const FileHandle first = acceptClient();
+    const FileHandle client = acceptClient();
+    EXPECT_EQ(requestOf(client), toLine({"show", false}));
+    answer(client, noHookCall);
+  });
+  EXPECT_EQ(answered.output, "  no hook call\n");
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, WaitsForTheAnswerThoughSignalsInterruptIt) {
+  const Answer answered = send({"show", false}, [&] {
+    const FileHandle client = acceptClient();
+    static_cast<void>(requestOf(client));
+    caller_.interrupt();
+    answer(client, std::string_view(noHookCall).substr(0, 10));
+    caller_.interrupt();
+    answer(client, std::string_view(noHookCall).substr(10));
+  });
+  EXPECT_EQ(answered.output, "  no hook call\n");
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, ReadsAnAnswerThatArrivesInSingleBytes) {
+  const Answer answered = send({"show", false}, [&] {
+    const FileHandle client = acceptClient();
+    static_cast<void>(requestOf(client));
+    for (const char& byte : std::string(noHookCall)) {
+      caller_.waitUntilItWaits();
+      answer(client, {&byte, 1});
+    }
+  });
+  EXPECT_EQ(answered.output, "  no hook call\n");
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, ReadsAnAnswerThatIsCutAtAnyByte) {
+  const std::string_view bytes = noHookCall;
+  for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
+    const Answer answered = send({"show", false}, [&] {
+      const FileHandle client = acceptClient();
+      static_cast<void>(requestOf(client));
+      answer(client, bytes.substr(0, cut));
+      caller_.waitUntilItWaits();
+      answer(client, bytes.substr(cut));
+    });
+    EXPECT_EQ(answered.output, "  no hook call\n") << cut;
+  }
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, ReadsAnAnswerThatIsLargerThanItsBuffer) {
+  const std::string text(300001, 'x');
+  const Answer answered = sendFor("{\"status\":0,\"output\":\"" + text + "\"}\n");
+  EXPECT_TRUE(answered.output == text);
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, ReadsTheAnswerOfADaemonThatDoesNotReadTheRequest) {
+  const Answer answered = send(large_, [&] {
+    const FileHandle client = acceptClient();
+    caller_.waitUntilItWaits();
+    answer(client, "{\"status\":1,\"output\":\"too many\"}\n");
+  });
+  EXPECT_EQ(answered.status, ExitStatus::failure);
+  EXPECT_EQ(answered.output, "too many");
+}
+
+TEST_F(ClientOfADaemon, ReportsAnEndAtEachByteOfTheAnswer) {
+  const std::string_view bytes = noHookCall;
+  for (std::size_t end = 0; end < bytes.size(); ++end) {
+    error_ = "none";
+    sendFor(bytes.substr(0, end));
+    EXPECT_EQ(error_, path_ + ": the daemon closed the connection without an answer") << end;
+  }
+}
+
+TEST_F(ClientOfADaemon, ReportsAConnectionThatIsReset) {
+  send({"show", false}, [&] {
+    const FileHandle client = acceptClient();
+    caller_.waitUntilItWaits();  // closes without having read the request
+  });
+  EXPECT_EQ(error_, path_ + ": the daemon does not answer: Connection reset by peer");
+}
+
+TEST_F(ClientOfADaemon, ReportsThatAnotherProgramAnswers) {
+  for (const char* const answer :
+       {"hello\n", "\n", "{}\n", "[0]\n", "{\"status\":0}\n", "{\"output\":\"\"}\n",
+        "{\"status\":3,\"output\":\"\"}\n", "{\"status\":-1,\"output\":\"\"}\n",
+        "{\"status\":\"0\",\"output\":\"\"}\n", "{\"status\":0,\"output\":{}}\n",
+        "{\"status\":0,\"output\":\"\"}{}\n"}) {
+    error_ = "none";
+    sendFor(answer);
+    EXPECT_THAT(error_,
+                ::testing::StartsWith(
+                    path_ + ": the process that listens there is not zel-agent; it answered \""))
+        << answer;
+  }
+}
+
+TEST_F(ClientOfADaemon, ReportsAnErrorThatIsNoTextAsTheAnswerOfAnotherProgram) {
+  sendFor("{\"status\":2,\"output\":{}}\n", true);
+  EXPECT_EQ(error_, path_ +
+                        ": the process that listens there is not zel-agent; it answered "
+                        "\"{\"status\":2,\"output\":{}}\\x0a\"");
+}
+
+TEST_F(ClientOfADaemon, ReportsThatNoDaemonListens) {
+  listener_ = FileHandle(-1);
+  EXPECT_FALSE(listener_.isOpen());
+  std::filesystem::remove(path_);
+  try {
+    static_cast<void>(ControlClient(path_).send({"show", false}));
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const SocketError& error) {
+    EXPECT_EQ(error.what(),
+              path_ +
+                  ": no daemon can be reached: No such file or directory; start one with: "
+                  "zel-agent serve CONFIG --socket " +
+                  path_);
+  }
+}
+
+}  // namespace
+}  // namespace ZelAgent
