@@ -30,7 +30,6 @@ void Connection::received(std::string_view bytes) {
 void Connection::receivedEnd() {
   lines_.end();
   hasEnded_ = true;
-  stream_->stopReading();
   proceed();
 }
 

@@ -11,7 +11,7 @@ class StreamUser {
  public:
   /// Bytes of the client. They are valid during the call.
   virtual void received(std::string_view bytes) = 0;
-  /// The client sends no more bytes. It may still read.
+  /// The client sends no more bytes. It may still read. The stream is not read any more.
   virtual void receivedEnd() = 0;
   /// All bytes of `writeLater` were written.
   virtual void wrote() = 0;

@@ -160,6 +160,12 @@ TEST_F(OneStream, FailsWhenTheClientLeavesWithBytesThatItHasNotRead) {
   EXPECT_EQ(journal_.text(), "failed\n");
 }
 
+TEST_F(OneStream, FailsDuringTheWriteWhenItIsNotConnected) {
+  PipeStream unconnected(makeHandle<uv_pipe_t>(loop_, nullptr, uv_pipe_init, 0));
+  unconnected.writeLater("answer", journal_);
+  EXPECT_EQ(journal_.text(), "failed\n");
+}
+
 TEST_F(OneStream, NotifiesNobodyWhenItIsDestroyed) {
   stream_->startReading(journal_);
   fill();

@@ -55,7 +55,9 @@ void ScriptedClient::deliver() {
     arrived_ += bytes.size();
     reader_->received(bytes);
   }
-  if (hasEnded_ && sent_.empty() && reader_ != nullptr) reader_->receivedEnd();
+  if (hasEnded_ && sent_.empty() && reader_ != nullptr) {
+    std::exchange(reader_, nullptr)->receivedEnd();
+  }
 }
 
 void ScriptedClient::endSending() {
