@@ -17,7 +17,7 @@ class TurnTaker {
   ~TurnTaker() = default;
 };
 
-/// The queue of those that wait for a turn.
+/// The queue of all that wait for a turn.
 ///
 /// In each round of the loop, each one that waited at its beginning gets one turn. One that asks
 /// for another turn waits behind the others. So nobody waits for all turns of another. While nobody
@@ -30,7 +30,7 @@ class Turns final {
   Turns& operator=(const Turns&) = delete;
   ~Turns() = default;
 
-  /// Precondition: `taker` does not wait yet. It must live until its turn, or longer than this.
+  /// Precondition: `taker` does not wait yet. It must exist when its turn comes.
   void add(TurnTaker& taker);
 
  private:

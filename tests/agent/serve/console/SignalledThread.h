@@ -6,8 +6,8 @@
 
 namespace ZelAgent {
 
-// Names the thread that creates this, which handles SIGUSR1 meanwhile. The system does not restart
-// the calls that the signal interrupts.
+// The thread that creates this. It handles SIGUSR1 while this exists, and the system does not
+// restart the calls that the signal interrupts.
 class SignalledThread final {
  public:
   SignalledThread();

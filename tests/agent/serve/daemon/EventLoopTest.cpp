@@ -74,7 +74,7 @@ TEST(EventLoop, RepeatsACallInEachRoundUntilItIsStopped) {
   EXPECT_EQ(calls, 2);
 }
 
-TEST(EventLoop, LetsACallDestroyItself) {
+TEST(EventLoop, AllowsACallToDestroyItself) {
   EventLoop loop;
   int calls = 0;
   std::unique_ptr<RepeatedCall> round = loop.everyRound([&] {
@@ -117,14 +117,14 @@ TEST(EventLoop, HandlesASignalThatArrivedBeforeItRan) {
   EXPECT_EQ(hangUps, 1);
 }
 
-TEST(EventLoop, SaysWhatCannotBeDone) {
+TEST(EventLoop, ReportsWhatFailed) {
   EventLoop loop;
   EXPECT_THROW(SignalWatch(loop, SIGKILL, [] {}), std::runtime_error);
   try {
-    needSuccess(UV_EACCES, "the door");
+    needSuccess(UV_EACCES, "the handle");
     ADD_FAILURE() << "nothing was thrown";
   } catch (const std::runtime_error& error) {
-    EXPECT_STREQ(error.what(), "the door: permission denied");
+    EXPECT_STREQ(error.what(), "the handle: permission denied");
   }
 }
 

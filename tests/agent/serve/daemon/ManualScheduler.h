@@ -1,4 +1,4 @@
-// A scheduler whose time and rounds pass only when a test says so.
+// A scheduler without a clock and without a loop. A test decides when time and rounds pass.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@ class ManualScheduler final : public Scheduler {
                                                     Call call) override;
   [[nodiscard]] std::unique_ptr<RepeatedCall> everyRound(Call call) override;
 
-  // Lets time pass, and makes the calls that become due.
+  // Time passes. The calls that become due are made in their order.
   void pass(std::chrono::milliseconds time);
   // One round of the loop.
   void round();
@@ -24,7 +24,7 @@ class ManualScheduler final : public Scheduler {
   int rounds(int limit = 100000);
   // Whether the loop may sleep.
   [[nodiscard]] bool isIdle() const;
-  // How many periods are being waited for.
+  // How many calls wait for the end of a period.
   [[nodiscard]] std::size_t running() const;
 
  private:

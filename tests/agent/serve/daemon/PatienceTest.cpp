@@ -105,7 +105,7 @@ TEST_F(ClientPatience, IsAsLongForTheNextAnswer) {
   EXPECT_FALSE(first_.isConnected());
 }
 
-TEST_F(ClientPatience, IsOfEachClientAlone) {
+TEST_F(ClientPatience, IsSeparateForEachClient) {
   connectAll();
   blockAnswer(first_);
   scheduler_.pass(timeout / 2);

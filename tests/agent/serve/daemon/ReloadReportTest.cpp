@@ -15,11 +15,11 @@ using ::testing::IsEmpty;
 
 using Lines = std::vector<std::string>;
 
-TEST(ReloadReport, SaysThatTheFileWasApplied) {
+TEST(ReloadReport, HasALineThatTheFileWasApplied) {
   EXPECT_THAT(reportReload("a.json", [] { return Lines(); }), ElementsAre("a.json applied"));
 }
 
-TEST(ReloadReport, SaysTheWarningsFirst) {
+TEST(ReloadReport, HasTheWarningsFirst) {
   EXPECT_THAT(reportReload("a.json",
                            [] {
                              return Lines{"one", "two"};
@@ -27,17 +27,17 @@ TEST(ReloadReport, SaysTheWarningsFirst) {
               ElementsAre("warning: one", "warning: two", "a.json applied"));
 }
 
-TEST(ReloadReport, SaysThatAWrongConfigurationChangedNothing) {
+TEST(ReloadReport, HasALineThatAWrongConfigurationChangedNothing) {
   EXPECT_THAT(reportReload("a.json", []() -> Lines { throw ConfigError("a.json:1:2: malformed"); }),
               ElementsAre("error: a.json:1:2: malformed; the configuration in force is unchanged"));
 }
 
-TEST(ReloadReport, SaysOfAnyOtherErrorThatTheReloadFailed) {
+TEST(ReloadReport, HasALineThatTheReloadFailedForAnyOtherError) {
   EXPECT_THAT(reportReload("a.json", []() -> Lines { throw std::runtime_error("no\nmemory"); }),
               ElementsAre("error: the reload failed: no\\x0amemory"));
 }
 
-TEST(ReloadReport, SaysAFileNameAsPrintableText) {
+TEST(ReloadReport, HasThePrintableNameOfTheFile) {
   EXPECT_THAT(reportReload("a\nb.json", [] { return Lines(); }),
               ElementsAre("a\\x0ab.json applied"));
 }

@@ -1,5 +1,5 @@
-// A client without a socket. The test decides what the daemon's end of its stream accepts and
-// reads, byte by byte.
+// A client without a socket. The test decides how many bytes the daemon's end of its stream
+// accepts, and when they arrive.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ class ScriptedClient final {
 
   // Sends bytes. They arrive at once if the daemon reads, otherwise by `deliver`.
   void send(std::string_view bytes);
-  // Lets bytes that were sent arrive, if the daemon reads now.
+  // What was sent arrives, if the daemon reads now.
   void deliver();
   // Sends no more. Reported like bytes.
   void endSending();

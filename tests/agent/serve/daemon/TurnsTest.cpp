@@ -86,7 +86,7 @@ TEST_F(TurnsOfClients, AClientThatIsDisconnectedInItsTurnTakesNoTurnOfAnother) {
   EXPECT_EQ(answers[2], answer(31));
 }
 
-// A taker that writes its name into a journal, and then does as it was told.
+// A taker that writes its name into a journal, and then calls `then`.
 class NamedTaker final : public TurnTaker {
  public:
   NamedTaker(char name, std::string& journal) : name_(name), journal_(journal) {}
