@@ -61,6 +61,7 @@ AREAS = [
     area("agent/model", ["agent/model/", "agent/reports/"], *AGENT_UNITS, "zel_agent_feature_tests",
          "zel_agent_process_tests"),
     area("agent/commands", ["agent/commands/"], "zel_agent_control_tests", *AGENT_PROCESSES),
-    area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_daemon_tests"),
+    area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_serve_tests",
+         "zel_agent_daemon_tests"),
     area("agent/main", ["agent/CommandLine", "agent/main"], *AGENT_PROCESSES, "zel_agent_daemon_tests"),
 ]  # fmt: skip
