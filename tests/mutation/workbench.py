@@ -52,6 +52,7 @@ class Workbench:
 
         A header is broken for the test that states it, and then for the sources of its library.
         """
+        self._forget_last()
         is_made = False
         if mutant.file.endswith(".h") and (stating := self._stating_test(mutant.file)):
             self._check_test(stating)
@@ -67,8 +68,13 @@ class Workbench:
             return Outcome("survived") if is_made else None
         return self._test(sources, objects, programs)
 
+    def _forget_last(self):
+        for made in [*(self.place / "bin").iterdir(), *(self.place / "lib").iterdir()]:
+            made.unlink()
+
     def unbroken_outcome(self, program):
         """The outcome without a mutant. Sets how long the program may compute with one."""
+        self._forget_last()
         self.cpu_seconds[program] = WALL_SECONDS
         before = resource.getrusage(resource.RUSAGE_CHILDREN)
         outcome = self._test([], [], [program])
@@ -158,15 +164,13 @@ class Workbench:
 
     def _test(self, sources, objects, programs):
         """The outcome of the first program that does not pass."""
-        for made in [*(self.place / "bin").iterdir(), *(self.place / "lib").iterdir()]:
-            made.unlink()
         changed = dict(zip(sources, objects))
         for name in SHARED_LIBRARIES:
             self._relink(f"lib/{name}.1.0.0", changed, self.place / "lib" / f"{name}.1")
         self._relink_program(AGENT, changed)
         for program in programs:
             words = shlex.split(program)
-            self._relink_program(SCRIPTS.get(words[0], words)[-1], changed)
+            self._relink_program(SCRIPTS[words[0]][1] if words[0] in SCRIPTS else words[0], changed)
             outcome = self._run(words, self.cpu_seconds.get(program, USUAL_CPU_SECONDS))
             if outcome.how != "survived":
                 return outcome
