@@ -148,10 +148,12 @@ TEST_F(SocketAtAPath, WhosePathIsTooLongIsRefused) {
 
 TEST_F(SocketAtAPath, InALockedFolderIsRefused) {
   const FileHandle folder(open(pathInTestFolder("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  ASSERT_EQ(flock(folder.get(), LOCK_EX), 0);
-  EXPECT_EQ(refusal(path_),
-            path_ + ": another process locks its folder; end it, or give another path");
-  EXPECT_FALSE(fs::exists(path_));
+  for (const int lock : {LOCK_EX, LOCK_SH}) {
+    ASSERT_EQ(flock(folder.get(), lock), 0);
+    EXPECT_EQ(refusal(path_),
+              path_ + ": another process locks its folder; end it, or give another path");
+    EXPECT_FALSE(fs::exists(path_));
+  }
 }
 
 TEST_F(SocketAtAPath, InALockedFolderWaitsForTheLock) {
