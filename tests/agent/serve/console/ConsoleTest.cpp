@@ -98,6 +98,17 @@ TEST_F(ConsoleAtATerminal, KeepsItsHistoryAcrossConsoles) {
   EXPECT_EQ(SocketClient(path_).output("show actions")["chip"]["capacity"], 5);
 }
 
+TEST_F(ConsoleAtATerminal, KeepsNoBlankAndNoRepeatedLines) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  for (const char* const line : {"chip capacity 5\n", "  \n", "chip capacity 5\n"}) {
+    console.waitFor(prompt);
+    console.type(line);
+  }
+  console.waitFor(prompt);
+  EXPECT_EQ(readFile(history_), "_HiStOrY_V2_\nchip\\040capacity\\0405\n");
+}
+
 TEST_F(ConsoleAtATerminal, KeepsItsHistoryForItsOwnerOnly) {
   const DaemonProcess daemon(config_, path_);
   const mode_t before = umask(0);
