@@ -16,6 +16,7 @@ TEST(EventLoop, RepeatsACallInEachPeriodUntilItIsStopped) {
   std::unique_ptr<RepeatedCall> call;
   call = loop.every(milliseconds(1), [&] {
     if (++calls == 3) call->stop();
+    if (calls > 3) loop.stop();
   });
   call->start();
   loop.run();  // ends when nothing is left to wait for
@@ -61,7 +62,9 @@ TEST(EventLoop, RepeatsACallInEachRoundUntilItIsStopped) {
   EventLoop loop;
   int calls = 0;
   std::unique_ptr<RepeatedCall> call;
-  call = loop.everyRound([&] { ++calls; });
+  call = loop.everyRound([&] {
+    if (++calls > 2) loop.stop();
+  });
   uv_run(loop.get(), UV_RUN_NOWAIT);
   EXPECT_EQ(calls, 0);
   call->start();
