@@ -16,8 +16,8 @@ namespace ZelAgent {
 /// A route of an event hides the configured route to the same prefix. The next hop of a route is
 /// the first usable one of its list. Usable are DROP, a next hop with an interface, and a gateway
 /// whose longest other matching route has a usable next hop. A gateway that is reached only through
-/// itself is not usable. If gateways form a loop with several exits, any exit may be taken. A route
-/// without a usable next hop is absent.
+/// itself, or behind more than eight gateways, is not usable. If gateways form a loop with several
+/// exits, any exit may be taken. A route without a usable next hop is absent.
 class RoutingTable final {
  public:
   using Routes = std::map<IpPrefix, SoftChip::Route>;

@@ -106,6 +106,65 @@ TEST(RoutingTable, ACircleOfThreeIsLeftByASecondNextHop) {
       (Texts{{"10.0.0.0/8", "via e1"}, {"172.16.0.0/16", "via e1"}, {"192.0.2.0/24", "via e1"}}));
 }
 
+// A prefix for each number, and an address in it.
+struct ChainFamily {
+  std::string before;
+  std::string afterOfPrefix;
+  std::string afterOfAddress;
+
+  [[nodiscard]] std::string prefix(int number) const {
+    return before + std::to_string(number + 1) + afterOfPrefix;
+  }
+  [[nodiscard]] std::string address(int number) const {
+    return before + std::to_string(number + 1) + afterOfAddress;
+  }
+};
+const ChainFamily chainV4{"10.", ".0.0/16", ".0.1"};
+const ChainFamily chainV6{"2001:db8:", "::/48", "::1"};
+
+// Routes 0 to `gateways`. Each names a gateway in the next one, and the last leaves by e1. Routes
+// with an even number are of one family, the others of the other one.
+std::vector<StaticRoute> chainOf(int gateways, const ChainFamily& even, const ChainFamily& odd) {
+  const auto family = [&](int number) -> const ChainFamily& {
+    return number % 2 == 0 ? even : odd;
+  };
+  std::vector<StaticRoute> routes;
+  for (int number = 0; number < gateways; ++number) {
+    routes.push_back(
+        routeOf(family(number).prefix(number), {family(number + 1).address(number + 1)}));
+  }
+  routes.push_back(routeOf(family(gateways).prefix(gateways), {"via e1"}));
+  return routes;
+}
+
+TEST(RoutingTable, ARouteMayHaveEightGatewaysOnItsWay) {
+  for (const auto& [even, odd] :
+       {std::pair(chainV4, chainV4), std::pair(chainV6, chainV6), std::pair(chainV4, chainV6)}) {
+    const Texts routes = resolved(chainOf(8, even, odd));
+    EXPECT_EQ(routes.size(), 9U);
+    EXPECT_EQ(routes.at(even.prefix(0)), "via e1");
+  }
+}
+
+TEST(RoutingTable, OnlyTheRouteWithNineGatewaysOnItsWayIsNotThere) {
+  for (const auto& [even, odd] :
+       {std::pair(chainV4, chainV4), std::pair(chainV6, chainV6), std::pair(chainV4, chainV6)}) {
+    const Texts routes = resolved(chainOf(9, even, odd));
+    EXPECT_EQ(routes.size(), 9U);
+    EXPECT_FALSE(routes.contains(even.prefix(0)));
+    EXPECT_EQ(routes.at(odd.prefix(1)), "via e1");
+  }
+}
+
+TEST(RoutingTable, ANextHopWithNineGatewaysOnItsWayIsPassedOver) {
+  for (const ChainFamily& family : {chainV4, chainV6}) {
+    std::vector<StaticRoute> routes = chainOf(9, family, family);
+    routes.front().nextHops.push_back(nextHopOf("via e2"));
+    EXPECT_EQ(resolved(routes).at(family.prefix(0)), "via e2");
+    EXPECT_EQ(resolved(routes).at(family.prefix(1)), "via e1");
+  }
+}
+
 TEST(RoutingTable, OfSeveralNextHopsTheFirstThatCanBeUsedIsTaken) {
   EXPECT_EQ(resolved({routeOf("10.0.0.0/8", {"192.0.2.1", "172.16.0.1", "via e9"}),
                       routeOf("172.16.0.0/16", {"via e1"})})
