@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+#include <utility>
+
+#include "Velo/Subscriber.h"
 #include "agent/config/OpenConfigReader.h"
 #include "tests/agent/SmallConfigurations.h"
 
@@ -168,6 +172,47 @@ TEST_F(ForwardingAgentTest, ARuleThatTheChipTakesLaterIsAUserThen) {
   EXPECT_EQ(agent_.users().at(red).size(), 1U);
   EXPECT_EQ(agent_.users().at(blue).size(), 1U);
   EXPECT_EQ(agent_.users().at(blue).begin()->interface, "e2");
+}
+
+// Throws at the first status of a rule that an agent writes.
+class ThrowingSubscriber final {
+ public:
+  explicit ThrowingSubscriber(ForwardingAgent& agent)
+      : status_(agent.policySm().policySmMounts()->policyStatus()) {
+    subscriber_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short, const void*,
+                              const void*) {
+      auto& self = Velo::MemberSubscriber<ThrowingSubscriber>::ownerOf(subscriber);
+      if (!std::exchange(self.hasThrown_, true)) throw std::runtime_error("subscriber failed");
+    };
+    status_->publisher().subscriberIs(subscriber_);
+  }
+  ThrowingSubscriber(const ThrowingSubscriber&) = delete;
+  ThrowingSubscriber& operator=(const ThrowingSubscriber&) = delete;
+  ~ThrowingSubscriber() { status_->publisher().subscriberDel(subscriber_); }
+
+ private:
+  Mox::Ptr<PolicyMap::PolicyMapTypeStatus> status_;
+  bool hasThrown_ = false;
+  Velo::MemberSubscriber<ThrowingSubscriber> subscriber_{*this};
+};
+
+TEST_F(ForwardingAgentTest, AFailureWhileRulesAreProgrammedIsReported) {
+  const ThrowingSubscriber thrower(agent_);
+  EXPECT_THROW(apply({{{"red"}}, {"red"}, {"e1"}}), std::runtime_error);
+}
+
+TEST_F(ForwardingAgentTest, TheNextConfigurationCompletesOneThatFailed) {
+  const SmallConfiguration wanted{{{"red"}, {"blue"}}, {"red", "blue"}, {"e1", "e2"}};
+  {
+    const ThrowingSubscriber thrower(agent_);
+    EXPECT_THROW(apply(wanted), std::runtime_error);
+  }
+  apply(wanted);
+  EXPECT_EQ(agent_.acl().rulesInUse(), 4U);
+  EXPECT_EQ(agent_.users(), usersOfActions(configurationOf(wanted)));
+  for (const RuleState& rule : agent_.rules())
+    EXPECT_TRUE(rule.place.has_value()) << rule.reason;
+  EXPECT_TRUE(agent_.policySm().policySm()->ready());
 }
 
 TEST_F(ForwardingAgentTest, RulesThatMatchTheSameAreUsersEachOfItsOwn) {
