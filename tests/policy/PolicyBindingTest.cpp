@@ -321,6 +321,59 @@ TEST_F(PolicyBindingThatThrows, DoesNotWakeAMachineThatWasReplacedMeanwhile) {
   EXPECT_EQ(callsByPublicationOf(*acting_->policySm()), 1U);
 }
 
+TEST_F(PolicyBindingThatThrows, InsideAnotherBindingLeavesTheOldMachinePaused) {
+  const auto first = bind();
+  const auto ofFirst = arguments_;
+  configureAnother();
+  policyHelper_->onAdd = nullptr;
+  bool isChecked = false;
+  const AtFirstStatus binder(arguments_.status, [&] {
+    auto inner = arguments_;
+    inner.permitFragment = true;
+    inner.intfConfig = Testing::anEntity<PolicyMap::IntfConfig>("inner");
+    inner.intfConfig->intfIs("eth3", {PolicyMap::IntfKind::routed, "policy"});
+    policyHelper_->onAdd = lost;
+    EXPECT_THROW(inner.bindTo(*acting_), std::runtime_error);
+    policyHelper_->onAdd = nullptr;
+    EXPECT_EQ(acting_->policySm(), first);
+    EXPECT_TRUE(first->isPaused());
+    forgetJournal();
+    ofFirst.intfConfig->intfIs("eth4", {PolicyMap::IntfKind::routed, "policy"});
+    EXPECT_THAT(journal_.lines(), IsEmpty()) << "the old machine programs nothing";
+    isChecked = true;
+  });
+  const auto outer = bind();
+  EXPECT_TRUE(isChecked);
+  EXPECT_EQ(acting_->policySm(), outer);
+  EXPECT_FALSE(first->hasNotificationActive());
+  EXPECT_EQ(callsByPublicationOf(*outer), 1U);
+  EXPECT_THAT(policyHelper_->intfs(), ElementsAre(Velo::String("eth2")));
+}
+
+TEST_F(PolicyBindingThatThrows, InsideAnotherOneThatThrowsTooLeavesTheOldMachineAtWork) {
+  const auto first = bind();
+  const auto ofFirst = arguments_;
+  configureAnother();
+  policyHelper_->onAdd = nullptr;
+  const AtFirstStatus binder(arguments_.status, [&] {
+    auto inner = arguments_;
+    inner.permitFragment = true;
+    inner.intfConfig = Testing::anEntity<PolicyMap::IntfConfig>("inner");
+    inner.intfConfig->intfIs("eth3", {PolicyMap::IntfKind::routed, "policy"});
+    policyHelper_->onAdd = lost;
+    EXPECT_THROW(inner.bindTo(*acting_), std::runtime_error);
+    ofFirst.intfConfig->intfIs("eth4", {PolicyMap::IntfKind::routed, "policy"});
+    throw std::runtime_error("subscriber failed");
+  });
+  EXPECT_THROW(bind(), std::runtime_error);
+  policyHelper_->onAdd = nullptr;
+  EXPECT_EQ(acting_->policySm(), first);
+  EXPECT_FALSE(first->isPaused());
+  changeRule();
+  EXPECT_THAT(policyHelper_->intfs(), ElementsAre(Velo::String("eth1"), Velo::String("eth4")));
+  EXPECT_TRUE(first->ready());
+}
+
 // Changes from inside.
 
 TEST_F(PolicyBinding, TheHookMayRemoveTheMachineWhichStaysSilenced) {
