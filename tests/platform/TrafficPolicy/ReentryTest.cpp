@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <utility>
 
 #include "TrafficPolicyFixture.h"
@@ -149,6 +150,48 @@ TEST_F(Reentry, ASubscriberOfReadinessMayChangeThePolicy) {
   policyIs("P", "abcx");
   EXPECT_EQ(held("eth1"), "y");
   EXPECT_EQ(calls, 2U);
+  expectInStep();
+}
+
+// Changes from inside that fail.
+
+TEST_F(Reentry, AChangeOfAnInterfaceFromInsideThatFailsIsMadeAtTheNextChange) {
+  sm_ = makeSm();
+  const auto changer = atNextNotice(status_->publisher(), [this] {
+    intfIs("eth2", "P");
+    hardware_->onAdd = [](const Velo::String&, const AclRule&) -> AclResult {
+      throw std::runtime_error("hardware lost");
+    };
+  });
+  EXPECT_THROW(policyIs("P", "abcx"), std::runtime_error);
+  hardware_->onAdd = nullptr;
+  EXPECT_EQ(held("eth1"), "abcx");
+  EXPECT_EQ(held("eth2"), "");
+  EXPECT_FALSE(sm_->ready());
+  policyIs("Q", "y");  // of no interface
+  EXPECT_EQ(held("eth2"), "abcx");
+  EXPECT_EQ(*status_->policyStatus("P"), (PolicyStatus{2, 8, 8}));
+  expectInStep();
+}
+
+TEST_F(Reentry, AChangeInsideAChangeFromInsideThatFailsIsMadeAtTheNextChange) {
+  policyIs("Q", "y");
+  sm_ = makeSm();
+  atNextAddition([this] {
+    intfIs("eth2", "Q");
+    hardware_->onAdd = [this](const Velo::String& intf, const AclRule&) -> AclResult {
+      if (intf != "eth2") return {};
+      intfIs("eth2", "P");
+      throw std::runtime_error("hardware lost");
+    };
+  });
+  EXPECT_THROW(policyIs("P", "abcx"), std::runtime_error);
+  hardware_->onAdd = nullptr;
+  EXPECT_FALSE(sm_->ready());
+  policyIs("R", "x");  // of no interface
+  EXPECT_EQ(held("eth1"), "abcx");
+  EXPECT_EQ(held("eth2"), "abcx");
+  EXPECT_EQ(*status_->policyStatus("Q"), (PolicyStatus{0, 0, 0}));
   expectInStep();
 }
 
