@@ -68,6 +68,8 @@ class ForwardingAgent final {
   /// The chip. Events change its capacity and make it fail.
   [[nodiscard]] SoftChip::SoftVrfHelper& chip() noexcept { return *chip_; }
   [[nodiscard]] SoftChip::SoftAclHelper& acl() noexcept { return *acl_; }
+  /// The routes that the chip holds.
+  [[nodiscard]] const SoftChip::RouteTables& routeTables() const noexcept { return routeTables_; }
 
   /// The library's top object, to read.
   [[nodiscard]] const ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm& policySm() const noexcept {
