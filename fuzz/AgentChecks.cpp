@@ -6,6 +6,25 @@
 #include "fuzz/Must.h"
 
 namespace Fuzz {
+namespace {
+
+ZelAgent::Probes probesOf(const ZelAgent::Configuration& configuration) {
+  ZelAgent::Probes probes;
+  std::uint32_t vrfId = 0;
+  for (const ZelAgent::NetworkInstance& instance : configuration.networkInstances) {
+    probes.vrfIds.push_back(++vrfId);
+    for (const ZelAgent::StaticRoute& route : instance.staticRoutes)
+      probes.addresses.push_back(route.prefix.address);
+  }
+  return probes;
+}
+
+void mustBeEqual(const std::string& present, const std::string& wanted) {
+  if (present == wanted) return;
+  fail("the agent is as a fresh one: " + ZelAgent::firstDifference(present, wanted));
+}
+
+}  // namespace
 
 void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfHelper& chip) {
   const ZelAgent::AgentState state = agent.state();
@@ -20,6 +39,14 @@ void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfH
     must(statuses.contains(action), "a resource on the chip is that of an action with a status");
     must(resource.index != 0, "a resource has an index");
   }
+}
+
+void checkAsFresh(ZelAgent::ServedAgent& agent, const ZelAgent::KeptFacts& facts,
+                  ZelAgent::Scope scope) {
+  mustBeEqual(ZelAgent::KeptFacts::textOf(agent.agent()), facts.text());
+  const auto fresh = facts.freshAgent();
+  const ZelAgent::Probes probes = probesOf(facts.configuration());
+  mustBeEqual(visibleState(agent, probes, scope), visibleState(*fresh, probes, scope));
 }
 
 void checkError(std::string_view what, std::string_view place) {

@@ -6,12 +6,19 @@
 #include <string_view>
 
 #include "agent/model/forwarding/ForwardingAgent.h"
+#include "tests/agent/model/fresh/KeptFacts.h"
+#include "tests/agent/model/fresh/VisibleState.h"
 
 namespace Fuzz {
 
 // Checks that the counted users are the rules that the chip holds, that exactly the actions with
 // users have a status, and that the chip has resources for such actions only.
 void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfHelper& chip);
+
+// Checks that the agent has these facts, and that all of the scope is as in a new agent with these
+// facts. Routes are looked up by the addresses in the configuration in force.
+void checkAsFresh(ZelAgent::ServedAgent& agent, const ZelAgent::KeptFacts& facts,
+                  ZelAgent::Scope scope);
 
 // Checks that the message of an error is one printable line that begins with `place`.
 void checkError(std::string_view what, std::string_view place);

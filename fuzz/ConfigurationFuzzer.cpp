@@ -134,25 +134,16 @@ std::vector<Configuration> configurationsIn(std::string_view documents) {
   return right;
 }
 
-void checkAlike(const RuleStates& one, const RuleStates& other) {
-  must(std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                  [](const RuleState& a, const RuleState& b) {
-                    return a.user == b.user && a.rule == b.rule && a.place == b.place;
-                  }),
-       "rules do not depend on the configurations before");
-}
-
 void applyOneAfterTheOther(const std::vector<Configuration>& configurations) {
-  ForwardingAgent agent(roomyChip);
+  ServedAgent served(fileName, roomyChip);
+  ForwardingAgent& agent = served.agent();
+  KeptFacts facts(roomyChip);
   for (const Configuration& configuration : configurations) {
     agent.apply(configuration);
+    facts.configurationIs(configuration);
     Fuzz::checkAgent(agent, agent.chip());
   }
-  ForwardingAgent fresh(roomyChip);
-  fresh.apply(configurations.back());
-  checkAlike(agent.rules(), fresh.rules());
-  must(agent.users() == fresh.users(), "users do not depend on the configurations before");
-  must(agent.statuses() == fresh.statuses(), "statuses do not depend on them either");
+  Fuzz::checkAsFresh(served, facts, facts.mayHaveStaleActions() ? Scope::rules : Scope::everything);
   agent.removeAll();
   must(agent.statuses().empty() && agent.chip().resources().empty() && agent.rules().empty(),
        "without a configuration nothing is left");

@@ -3,15 +3,18 @@
 // The reader refuses a line by one printable line that begins with its place, or returns an event
 // whose text is read as an equal event. The events are played on an agent with a configuration, up
 // to the first refused line. An event that cannot be played is refused in the same way and changes
-// nothing. After each event `checkAgent` holds.
+// nothing. After each event `checkAgent` holds. At the end the agent is as a fresh one with the
+// facts that are kept: at once without its resources, and wholly after the faults are over and
+// every action was updated.
 
+#include <optional>
+#include <set>
 #include <string>
 #include <variant>
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
 #include "agent/model/events/Event.h"
-#include "agent/model/events/EventPlayer.h"
 #include "agent/model/events/EventReader.h"
 #include "fuzz/AgentChecks.h"
 #include "fuzz/Must.h"
@@ -23,6 +26,7 @@ using namespace ZelAgent;  // NOLINT(google-build-using-namespace): all checked 
 
 constexpr const char* fileName = "FILE";
 constexpr std::uint32_t smallChip = 4;
+constexpr std::uint32_t roomyChip = 10000;
 
 const Configuration& startingConfiguration() {
   static const Configuration read =
@@ -40,23 +44,55 @@ Event withReadableConfiguration(Event event) {
 
 class Player final {
  public:
-  Player() { agent_.apply(startingConfiguration()); }
+  Player() {
+    served_.agent().apply(startingConfiguration());
+    facts_.configurationIs(startingConfiguration());
+  }
 
   void play(const Event& event) {
     must(readEvent(toText(event)) == event, "the text of an event is read as the same event");
-    const auto before = agent_.statuses();
+    const auto before = served_.agent().statuses();
+    const Event readable = withReadableConfiguration(event);
     try {
-      static_cast<void>(player_.play(withReadableConfiguration(event)));
+      static_cast<void>(served_.play(readable));
     } catch (const EventError&) {
-      must(agent_.statuses() == before, "an event that is refused changes nothing");
+      must(served_.agent().statuses() == before, "an event that is refused changes nothing");
+      must(isMissingFile(readable) || !facts_.take(readable), "a right event is not refused");
       throw;
     }
-    Fuzz::checkAgent(agent_, agent_.chip());
+    take(readable);
+    Fuzz::checkAgent(served_.agent(), served_.agent().chip());
+  }
+
+  void end() {
+    Fuzz::checkAsFresh(served_, facts_, Scope::rules);
+    for (const std::optional<std::string>& vrf : vrfsWithFaults_)
+      play(PlanChipFaults{vrf, 0});
+    play(SetChipCapacity{roomyChip});
+    const bool decapNh = facts_.decapNh();
+    play(SetDecapNh{!decapNh});
+    play(SetDecapNh{decapNh});
+    Fuzz::checkAsFresh(served_, facts_, Scope::everything);
   }
 
  private:
-  ForwardingAgent agent_{smallChip};
-  EventPlayer player_{agent_, {}};
+  static bool isMissingFile(const Event& event) {
+    return std::holds_alternative<ApplyConfig>(event);
+  }
+
+  void take(const Event& event) {
+    must(facts_.take(event), "a wrong event is refused");
+    if (const auto* const config = std::get_if<ApplyConfig>(&event)) {
+      facts_.configurationIs(readOpenConfigFile(config->file).configuration);
+    }
+    if (const auto* const plan = std::get_if<PlanChipFaults>(&event)) {
+      vrfsWithFaults_.insert(plan->vrf);
+    }
+  }
+
+  ServedAgent served_{fileName, smallChip};
+  KeptFacts facts_{smallChip};
+  std::set<std::optional<std::string>> vrfsWithFaults_;
 };
 
 }  // namespace
@@ -69,5 +105,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const EventError& error) {
     Fuzz::checkError(error.what(), std::string(fileName) + ":");
   }
+  player.end();
   return 0;
 }
