@@ -13,7 +13,8 @@
 //                              Scope::everything
 //   at the end of a history    Scope::everything, after the faults are over, the chip has room, the
 //                              configuration was applied again, and every action was updated once
-//   after `removeAll`          Scope::everything, of an agent without a configuration
+//   after `removeAll`          Scope::everything, without a configuration, and with the last one
+//                              again
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -69,9 +70,15 @@ class AgedAgent final {
     return differenceFromFresh();
   }
 
+  // Removes everything, and applies the configuration that was in force again.
   [[nodiscard]] std::string checkRemoval() {
+    const Configuration last = facts_.configuration();
     agent().removeAll();
     facts_.removeAll();
+    const std::string difference = differenceFromFresh();
+    if (!difference.empty()) return difference;
+    agent().apply(last);
+    facts_.configurationIs(last);
     return differenceFromFresh();
   }
 

@@ -67,7 +67,7 @@ class HistoryMaker final {
   void changeNext() {
     auto& instances = next_.networkInstances;
     NetworkInstance& instance = instances[choices_.below(static_cast<unsigned>(instances.size()))];
-    switch (choices_.below(6)) {
+    switch (choices_.below(8)) {
       case 0:
         if (instance.name != defaultVrfName) std::erase(instances, NetworkInstance(instance));
         break;
@@ -84,7 +84,14 @@ class HistoryMaker final {
         instance.fallback.clear();
         break;
       default:
-        if (!instance.policies.empty()) removeOne(instance.policies.front().rules);
+        removeARuleOfEachPolicy();
+    }
+  }
+
+  void removeARuleOfEachPolicy() {
+    for (NetworkInstance& instance : next_.networkInstances) {
+      for (Policy& policy : instance.policies)
+        removeOne(policy.rules);
     }
   }
 
