@@ -3,10 +3,12 @@
 // The reader refuses a line by one printable line that begins with its place, or returns an event
 // whose text is read as an equal event. The events are played on an agent with a configuration, up
 // to the first refused line. An event that cannot be played is refused in the same way and changes
-// nothing. After each event `checkAgent` holds. At the end the agent is as a fresh one with the
-// facts that are kept: at once without its resources, and wholly after the faults are over and
-// every action was updated.
+// nothing. After each event `checkAgent` holds. At the end of one input in eight the agent is as a
+// fresh one with the facts that are kept: at once without its resources, and wholly after the
+// faults are over and every action was updated.
 
+#include <cstdint>
+#include <numeric>
 #include <optional>
 #include <set>
 #include <string>
@@ -95,6 +97,11 @@ class Player final {
   std::set<std::optional<std::string>> vrfsWithFaults_;
 };
 
+// The comparison costs more than most inputs. The choice depends on the input alone.
+bool isOneInEight(const std::uint8_t* data, std::size_t size) {
+  return std::accumulate(data, data + size, 0U) % 8 == 0;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -105,6 +112,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const EventError& error) {
     Fuzz::checkError(error.what(), std::string(fileName) + ":");
   }
-  player.end();
+  if (isOneInEight(data, size)) player.end();
   return 0;
 }
