@@ -21,8 +21,8 @@ Address v6(std::initializer_list<std::uint8_t> first, std::uint8_t rest = 0) {
 }
 
 TEST(IpAddress, HasAsManyBitsAsItsFamily) {
-  static_assert(addressBits(Family::v4) == 32);
-  static_assert(addressBits(Family::v6) == 128);
+  EXPECT_EQ(addressBits(Family::v4), 32);
+  EXPECT_EQ(addressBits(Family::v6), 128);
 }
 
 TEST(IpAddress, OfAnotherFamilyIsAnother) {
