@@ -145,6 +145,26 @@ TEST_F(DamagedRing, IsRefusedWhereItsTableOfSitesRunsOver) {
   EXPECT_GT(sites, 0U);
 }
 
+// A file whose only site has a path of that many bytes, and whose slots are empty.
+std::string withOneSite(std::string bytes, std::uint32_t pathBytes) {
+  const std::uint32_t numbers[] = {1, 5, 0, pathBytes};
+  std::string row(reinterpret_cast<const char*>(numbers), sizeof numbers);
+  row += std::string(pathBytes, 'x') + std::string(4, '\0');
+  const std::uint32_t one = 1;
+  std::memcpy(bytes.data() + 28, &one, sizeof one);
+  bytes.replace(headerBytes, row.size(), row);
+  for (std::size_t slot = 0; slot < damagedSlots; ++slot)
+    bytes.replace(slotsOffset + slot * slotBytes, 8, std::string(8, '\xff'));
+  return bytes;
+}
+
+TEST_F(DamagedRing, IsRefusedWhereARowHasMoreThan4096Bytes) {
+  constexpr std::uint32_t longest = 4096 - 20;
+  EXPECT_EQ(problemWith(withOneSite(bytes_, longest)), std::nullopt);
+  expectDamaged(withOneSite(bytes_, longest + 1),
+                "row 0 of its table of sites is longer than a row or the table can be");
+}
+
 TEST_F(DamagedRing, IsRefusedWhereASlotTellsWhatCannotBe) {
   const auto sites = numberAt<std::uint32_t>(28);
   const std::size_t slot = slotsOffset + 3 * slotBytes;

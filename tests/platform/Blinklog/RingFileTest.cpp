@@ -289,7 +289,28 @@ TEST_F(RingFileTest, StandsInForSitesThatAreTooLongOrTooMany) {
               ElementsAre("a message whose site is too long to be told here",
                           "a message whose site found no room in the file", "in time"));
   EXPECT_EQ(image.records()[0].site->line, 21U);
+  EXPECT_EQ(image.records()[0].site->level, 5U);
   EXPECT_EQ(ring.dump()[1].text, "left out");
+}
+
+// The table of sites is full after some of these. Small sites would still fit into its rest.
+TEST_F(RingFileTest, NeverShowsTheSiteOfAnotherMessageWhenTheTableIsFull) {
+  constexpr unsigned sites = 200;
+  Ring ring(sites);
+  ring.fileIs(file_);
+  for (unsigned line = 0; line < sites; ++line) {
+    const std::string text(line % 2 == 0 ? 3500 : 1, 'z');
+    ring.write(siteIs({"/src/full", line, "write", 5, {text}}), {});
+  }
+  const RingImage image(file_);
+  ASSERT_EQ(image.records().size(), sites);
+  for (unsigned line = 0; line < sites; ++line) {
+    const Record& record = image.records()[line];
+    if (record.text == "a message whose site found no room in the file") continue;
+    EXPECT_EQ(record.site->line, line);
+    EXPECT_EQ(record.text.size(), line % 2 == 0 ? 3500U : 1U);
+  }
+  EXPECT_EQ(image.records().back().text, "a message whose site found no room in the file");
 }
 
 }  // namespace

@@ -136,6 +136,11 @@ TEST_F(RingTest, TakesNoPlaceholderFromAnArgument) {
   EXPECT_THAT(texts(), ElementsAre("%u5"));
 }
 
+TEST_F(RingTest, ShowsFragmentsThatOnlyBeginLikeAPlaceholder) {
+  write(writtenSite({"100", "%", "%unused", "%s"}), {text("red")});
+  EXPECT_THAT(texts(), ElementsAre("100%%unusedred"));
+}
+
 TEST_F(RingTest, HoldsTwoNamesOfAHundredBytesWhole) {
   const std::string first(100, 'a');
   const std::string second(100, 'b');
@@ -213,6 +218,15 @@ TEST(RingSites, EqualSitesHaveOneIdOthersAnother) {
         Site{"/src/sites", 1, "f", 5, {"a"}}}) {
     EXPECT_NE(siteIs(other), id);
   }
+}
+
+TEST(RingSites, AreNumberedInTheOrderOfTheirFirstRegistration) {
+  const SiteId first = siteIs({"/src/numbered", 1, "f", 5, {"first"}});
+  EXPECT_EQ(siteIs({"/src/numbered", 1, "f", 5, {"first"}}), first);
+  const SiteId second = siteIs({"/src/numbered", 2, "f", 5, {"second"}});
+  EXPECT_EQ(second, first + 1);
+  EXPECT_EQ(siteIs({"/src/numbered", 1, "f", 5, {"first"}}), first);
+  EXPECT_EQ(siteIs({"/src/numbered", 3, "f", 5, {"third"}}), second + 1);
 }
 
 TEST(RingSites, AreCopiedAndStayWhereTheyAre) {

@@ -206,7 +206,7 @@ class Whale final : public Animal {
   }
 
  private:
-  struct Filled : std::array<std::uint64_t, 20> {
+  struct Filled : std::array<std::uint64_t, 2> {
     Filled() = default;
     explicit Filled(std::uint64_t mark) { fill(mark); }
   };
