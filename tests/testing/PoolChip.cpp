@@ -34,6 +34,9 @@ HwStatus PoolChip::createVrf(const VrfAction& action) {
   if (fault_ == Fault::defaultVrfRefused && action.vrfName().isDefaultVrf()) {
     return failure(FailureCode::failureVrfResourceAlloc, "not in the default VRF");
   }
+  if (fault_ == Fault::firstCreationRefused && !std::exchange(isReady_, true)) {
+    return failure(FailureCode::failureVrfResourceAlloc, "the chip is not ready");
+  }
   if (fault_ == Fault::creationIgnoresHardware) failsNext_ = false;
   return programNow(action, fault_ == Fault::creationLeaks);
 }
@@ -47,6 +50,11 @@ HwStatus PoolChip::updateVrf(const VrfAction& action) {
   if (fault_ == Fault::updateTakesAnother && present != programs_.end()) {
     if (inUse_ >= capacity) return refusedWhenFull(action);
     ++inUse_;
+  }
+  if (fault_ == Fault::updateHoardsUntilDeletion && present != programs_.end()) {
+    if (inUse_ >= capacity) return refusedWhenFull(action);
+    ++inUse_;
+    ++hoard_[action];
   }
   if (fault_ == Fault::equalUpdateRefused && present != programs_.end() &&
       present->second == programBy(action)) {
@@ -176,6 +184,11 @@ bool PoolChip::hasId(const L3::VrfName& vrf) const {
 }
 
 void PoolChip::release(const VrfAction& action) {
+  const auto hoarded = hoard_.find(action);
+  if (hoarded != hoard_.end()) {
+    inUse_ -= hoarded->second;
+    hoard_.erase(hoarded);
+  }
   if (programs_.erase(VrfAction(action)) == 0) return;
   --inUse_;
   ++everFreed_;

@@ -16,13 +16,14 @@ namespace ZelVrfSelectionPolicy::Testing {
 
 enum class Fault {
   none,
-  creationLeaks,           // a creation that fails for lack of a hardware id keeps its resource
-  updateLeaks,             // an update that fails for lack of a hardware id keeps its resource
-  updateTakesAnother,      // each update takes a new resource and does not free the old one
-  updateDoesNothing,       // and reports success
-  outcomesDiffer,          // descriptions contain the number of the failure
-  descriptionHasRawNames,  // names of VRFs are not quoted in descriptions
-  failureWithoutReason,    // but with a description
+  creationLeaks,              // a creation that fails for lack of a hardware id keeps its resource
+  updateLeaks,                // an update that fails for lack of a hardware id keeps its resource
+  updateTakesAnother,         // each update takes a new resource and does not free the old one
+  updateHoardsUntilDeletion,  // each update takes a new resource, and the deletion frees all
+  updateDoesNothing,          // and reports success
+  outcomesDiffer,             // descriptions contain the number of the failure
+  descriptionHasRawNames,     // names of VRFs are not quoted in descriptions
+  failureWithoutReason,       // but with a description
   failureWithoutDescription,
   successWhenFull,  // programs nothing and reports success
   throwsWhenFull,
@@ -32,6 +33,7 @@ enum class Fault {
   refusalFreesAnother,   // a refused creation frees the resource of another action
   deletionIsForever,     // an action that was deleted cannot be created again
   defaultVrfRefused,
+  firstCreationRefused,     // as by a chip that is not ready yet
   holdsFewer,               // than the capacity that it reports
   successHasReason,         // a success has a failure reason
   freedIsNotAvailable,      // a freed resource is not counted, and cannot be used again
@@ -89,10 +91,12 @@ class PoolChip final : public VrfHelper {
   std::size_t inUse_ = 0;
   std::set<VrfAction> deleted_;
   std::size_t failures_ = 0;
-  std::set<VrfAction> failed_;  // by an update
+  std::set<VrfAction> failed_;              // by an update
+  std::map<VrfAction, std::size_t> hoard_;  // further resources of an action
   std::size_t everFreed_ = 0;
   bool failsNext_ = false;
   bool isSpoiled_ = false;
+  bool isReady_ = false;
 };
 
 // The pool chip, with all optional functions of `ChipUnderTest`.

@@ -16,6 +16,8 @@ INSTANTIATE_TEST_SUITE_P(none, VrfHelperConformance, both(Fault::none));
 INSTANTIATE_TEST_SUITE_P(creationLeaks, VrfHelperConformance, both(Fault::creationLeaks));
 INSTANTIATE_TEST_SUITE_P(updateLeaks, VrfHelperConformance, both(Fault::updateLeaks));
 INSTANTIATE_TEST_SUITE_P(updateTakesAnother, VrfHelperConformance, both(Fault::updateTakesAnother));
+INSTANTIATE_TEST_SUITE_P(updateHoardsUntilDeletion, VrfHelperConformance,
+                         both(Fault::updateHoardsUntilDeletion));
 INSTANTIATE_TEST_SUITE_P(updateDoesNothing, VrfHelperConformance, both(Fault::updateDoesNothing));
 INSTANTIATE_TEST_SUITE_P(outcomesDiffer, VrfHelperConformance, both(Fault::outcomesDiffer));
 INSTANTIATE_TEST_SUITE_P(descriptionHasRawNames, VrfHelperConformance,
@@ -36,6 +38,8 @@ INSTANTIATE_TEST_SUITE_P(refusalFreesAnother, VrfHelperConformance,
                          both(Fault::refusalFreesAnother));
 INSTANTIATE_TEST_SUITE_P(deletionIsForever, VrfHelperConformance, both(Fault::deletionIsForever));
 INSTANTIATE_TEST_SUITE_P(defaultVrfRefused, VrfHelperConformance, both(Fault::defaultVrfRefused));
+INSTANTIATE_TEST_SUITE_P(firstCreationRefused, VrfHelperConformance,
+                         both(Fault::firstCreationRefused));
 INSTANTIATE_TEST_SUITE_P(holdsFewer, VrfHelperConformance, both(Fault::holdsFewer));
 INSTANTIATE_TEST_SUITE_P(successHasReason, VrfHelperConformance, both(Fault::successHasReason));
 INSTANTIATE_TEST_SUITE_P(freedIsNotAvailable, VrfHelperConformance,

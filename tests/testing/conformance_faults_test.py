@@ -50,6 +50,7 @@ FAILS = {
     "updateLeaks": ({UPDATED_FAILED, UPDATE_FAILED, RANDOM, FACTS}, set()),
     "updateTakesAnother":
         ({IDEMPOTENT, REFUSED, UPDATE_FAILED, ANEW, RANDOM, FACTS, OUTLIVE}, set()),
+    "updateHoardsUntilDeletion": ({IDEMPOTENT, REFUSED, FACTS, OUTLIVE}, set()),
     "updateDoesNothing": ({ANEW}, set()),
     "outcomesDiffer": ({IDEMPOTENT}, set()),
     "descriptionHasRawNames": ({LINE}, set()),
@@ -65,6 +66,9 @@ FAILS = {
     "refusalFreesAnother": ({REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT - {NEVER}),
     "deletionIsForever": ({AGAIN, ANEW, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
     "defaultVrfRefused": ({CREATED}, set()),
+    "firstCreationRefused":
+        ({CREATED, AGAIN, EXHAUSTED, ROOM, REFILLED, UPDATE_FAILED, IDEMPOTENT, NEVER, USERS, FACTS,
+          RECOVERS, OUTLIVE}, {REFUSED, FAILED, UPDATED_FAILED, RANDOM}),
     "holdsFewer": (set(), set()),
     "successHasReason": ({REASON}, set()),
     "freedIsNotAvailable": ({ROOM, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
