@@ -1,0 +1,39 @@
+// Messages of the library, as text and as JSON.
+#include "agent/reports/TraceReport.h"
+
+#include <gtest/gtest.h>
+
+#include "Blinklog/Site.h"
+#include "tests/agent/reports/ReportText.h"
+
+namespace ZelAgent {
+namespace {
+
+TEST(TraceReport, EachMessageHasEveryFieldOfItsSite) {
+  const Blinklog::Site first{"vrf/A.cpp", 11, "onVrf", 5, {}};
+  const Blinklog::Site second{"tables/B.cpp", 22, "~Table", 7, {}};
+  const std::vector<Blinklog::Record> records{{101, &first, "vrf red"}, {102, &second, ""}};
+  EXPECT_EQ(printedBy([&](std::ostream& out) { writeTrace(out, records); }),
+            "101 level 5 line 11 onVrf: vrf red\n"
+            "102 level 7 line 22 ~Table: \n");
+  EXPECT_EQ(traceJson(records).dump(),
+            R"([{"sequence":101,"level":5,"path":"vrf/A.cpp","line":11,"function":"onVrf",)"
+            R"("text":"vrf red"},{"sequence":102,"level":7,"path":"tables/B.cpp","line":22,)"
+            R"("function":"~Table","text":""}])");
+}
+
+TEST(TraceReport, AMessageIsOnePrintableLineOfAnyLength) {
+  const Blinklog::Site site{"p", 1, "f\x1b", 2, {}};
+  const std::string longText(2000, 'x');
+  const std::vector<Blinklog::Record> records{{1, &site, "a\nb"}, {2, &site, longText}};
+  EXPECT_EQ(printedBy([&](std::ostream& out) { writeTrace(out, records); }),
+            "1 level 2 line 1 f\\x1b: a\\x0ab\n2 level 2 line 1 f\\x1b: " + longText + "\n");
+}
+
+TEST(TraceReport, WithoutMessagesThereIsNoLine) {
+  EXPECT_EQ(printedBy([](std::ostream& out) { writeTrace(out, {}); }), "");
+  EXPECT_EQ(traceJson({}).dump(), "[]");
+}
+
+}  // namespace
+}  // namespace ZelAgent
