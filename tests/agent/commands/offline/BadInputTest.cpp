@@ -3,7 +3,8 @@
 
 #include <filesystem>
 
-#include "tests/agent/AgentProcess.h"
+#include "tests/agent/AgentCall.h"
+#include "tests/agent/TestFiles.h"
 #include "tests/agent/config/BadInputs.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -15,7 +16,7 @@ constexpr const char* nothingApplied =
     "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n";
 
 void expectRefused(const std::string& file, const std::string& message) {
-  const AgentOutcome outcome = runAgent({"run", file});
+  const CallOutcome outcome = callAgent({"run", file});
   EXPECT_EQ(outcome.err, "error: " + message + '\n');
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.out, nothingApplied);
@@ -77,13 +78,13 @@ TEST(BadFileTest, WarningsOfABadFileAreNotShown) {
 
 TEST(BadFileTest, WhatWasAppliedBeforeIsShownAndRemovedInOrder) {
   const std::string bad = writeFile("bad.json", "[]");
-  const AgentOutcome outcome = runAgent({"run", "--json", examplePath("four-rules.json"), bad,
-                                         examplePath("four-rules-changed.json")});
+  const CallOutcome outcome = callAgent({"run", "--json", exampleFile("four-rules.json"), bad,
+                                         exampleFile("four-rules-changed.json")});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + bad + ": /: must be an object, not an array\n");
   const auto documents = outcome.documents();
   ASSERT_EQ(documents.size(), 2U);
-  EXPECT_EQ(documents[0]["configuration"], examplePath("four-rules.json"));
+  EXPECT_EQ(documents[0]["configuration"], exampleFile("four-rules.json"));
   EXPECT_EQ(documents[0]["actions"].size(), 2U);
   EXPECT_EQ(documents[1]["configuration"], nullptr);
   EXPECT_EQ(documents[1]["actions"].size(), 0U);
@@ -91,63 +92,6 @@ TEST(BadFileTest, WhatWasAppliedBeforeIsShownAndRemovedInOrder) {
   EXPECT_EQ(documents[1]["chip"]["creates"], 2);
   EXPECT_EQ(documents[1]["chip"]["deletes"], 2);
 }
-
-struct Usage {
-  const char* name;
-  std::vector<std::string> arguments;
-  const char* message;
-
-  friend std::ostream& operator<<(std::ostream& stream, const Usage& usage) {
-    return stream << usage.name;
-  }
-};
-
-class BadUsageTest : public ::testing::TestWithParam<Usage> {};
-
-TEST_P(BadUsageTest, IsRefusedInOneLine) {
-  const AgentOutcome outcome = runAgent(GetParam().arguments);
-  EXPECT_EQ(outcome.err, std::string("error: ") + GetParam().message + " --help\n");
-  EXPECT_EQ(outcome.status, 2);
-  EXPECT_EQ(outcome.out, "");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, BadUsageTest,
-    ::testing::Values(
-        Usage{"NoCommand",
-              {},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
-              "trace; see zel-agent"},
-        Usage{"UnknownCommand",
-              {"walk"},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
-              "trace; see zel-agent"},
-        Usage{"EventsWithoutAFile",
-              {"run", "x.json", "--events"},
-              "--events: 1 required FILE missing; see zel-agent run"},
-        Usage{"GraphWithoutAConfiguration",
-              {"fallback-graph", "--dot"},
-              "CONFIG is required; see zel-agent fallback-graph"},
-        Usage{"GraphOfTwoConfigurations",
-              {"fallback-graph", "x.json", "y.json"},
-              "The following argument was not expected: y.json; see zel-agent fallback-graph"},
-        Usage{"NoConfiguration", {"run"}, "CONFIG is required; see zel-agent run"},
-        Usage{"UnknownOption",
-              {"run", "x.json", "--fast"},
-              "The following argument was not expected: --fast; see zel-agent run"},
-        Usage{"CapacityIsNoNumber",
-              {"run", "--chip-capacity", "many", "x.json"},
-              "--chip-capacity: must be a whole number from 0 to 4294967295, not \"many\"; see "
-              "zel-agent run"},
-        Usage{"CapacityIsNegative",
-              {"run", "--chip-capacity=-1", "x.json"},
-              "--chip-capacity: must be a whole number from 0 to 4294967295, not \"-1\"; see "
-              "zel-agent run"},
-        Usage{"CapacityIsTooLarge",
-              {"run", "--chip-capacity", "4294967296", "x.json"},
-              "--chip-capacity: must be a whole number from 0 to 4294967295, not "
-              "\"4294967296\"; see zel-agent run"}),
-    [](const auto& usage) { return std::string(usage.param.name); });
 
 }  // namespace
 }  // namespace ZelAgent
