@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "tests/agent/AgentProcess.h"
+#include "tests/agent/AgentCall.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/model/events/BadEvents.h"
 #include "tests/files/TemporaryFolder.h"
@@ -33,7 +33,7 @@ std::string storyTold() {
 }
 
 std::string guestsWarning(const std::string& file) {
-  return "warning: " + examplePath(file) +
+  return "warning: " + exampleFile(file) +
          ": /network-instances/network-instance[name=DEFAULT]/policy-forwarding/policies/"
          "policy[policy-id=by-class]/rules/rule[sequence-id=20]/action/config/network-instance: "
          "names network instance \"guests\", which is not configured\n";
@@ -44,8 +44,8 @@ std::string emptyConfiguration() {
 }
 
 TEST(RunEvents, TheExamples) {
-  const AgentOutcome outcome = runAgent({"run", examplePath("late-vrf.json"), "--events",
-                                         examplePath("late-vrf.events"), "--chip-capacity", "2"});
+  const CallOutcome outcome = callAgent({"run", exampleFile("late-vrf.json"), "--events",
+                                         exampleFile("late-vrf.events"), "--chip-capacity", "2"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, guestsWarning("late-vrf.json") + guestsWarning("late-vrf-more.json"));
   EXPECT_EQ(outcome.out, storyTold());
@@ -55,7 +55,7 @@ TEST(RunEvents, EachEventIsOneJsonDocument) {
   const std::string config = writeSmall("a.json", {{}, {"red"}, {"e1"}});
   const std::string events =
       writeFile("a.events", "vrf red add\n# comment\nvrf red id 7\nshow\nvrf red remove\n");
-  const AgentOutcome outcome = runAgent({"run", config, "--json", "--events", events});
+  const CallOutcome outcome = callAgent({"run", config, "--json", "--events", events});
   EXPECT_EQ(outcome.status, 0);
   const auto documents = outcome.documents();
   ASSERT_EQ(documents.size(), 6U);
@@ -101,7 +101,7 @@ TEST(RunEvents, ActionsThatComeAndGoHaveNoStatusBeforeAndAfter) {
   const std::string without = writeSmall("without.json", {{{"red"}}, {}, {}});
   (void)writeSmall("with.json", {{{"red"}}, {"red"}, {"e1"}});
   const std::string events = writeFile("a.events", "config with.json\nconfig without.json\n");
-  const AgentOutcome outcome = runAgent({"run", without, "--events", events});
+  const CallOutcome outcome = callAgent({"run", without, "--events", events});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(
@@ -126,7 +126,7 @@ TEST(RunEvents, ShowsNamesAsWords) {
       writeSmall("a.json", {{{"two words"}, {"b\xc3\xbcro"}}, {"two words"}, {"e1"}});
   const std::string events =
       writeFile("a.events", "fallback 'two words' to b\xc3\xbcro\nvrf 'esc\\x1b' add\n");
-  const AgentOutcome outcome = runAgent({"run", config, "--events", events});
+  const CallOutcome outcome = callAgent({"run", config, "--events", events});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_NE(outcome.out.find(events +
                              ":1: fallback 'two words' to b\xc3\xbcro\n"
@@ -139,18 +139,18 @@ TEST(RunEvents, ShowsNamesAsWords) {
 TEST(RunEvents, ALaterConfigurationLeavesWhatEventsChanged) {
   const std::string config = writeSmall("a.json", {{{"red"}}, {"red"}, {"e1"}});
   const std::string events = writeFile("a.events", "vrf red id 70\nconfig a.json\n");
-  const auto documents = runAgent({"run", config, "--json", "--events", events}).documents();
+  const auto documents = callAgent({"run", config, "--json", "--events", events}).documents();
   ASSERT_EQ(documents.size(), 4U);
   EXPECT_EQ(documents[2]["calls"], json::array());
   EXPECT_EQ(documents[2]["actions"][0]["resource"]["lookUp"][0]["vrfId"], 70);
 }
 
 TEST(RunEvents, AnEmptyFileHasNoEvents) {
-  const AgentOutcome outcome =
-      runAgent({"run", emptyConfiguration(), "--events", writeFile("a.events", "# nothing\n\n")});
+  const CallOutcome outcome =
+      callAgent({"run", emptyConfiguration(), "--events", writeFile("a.events", "# nothing\n\n")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(outcome.out, runAgent({"run", emptyConfiguration()}).out);
+  EXPECT_EQ(outcome.out, callAgent({"run", emptyConfiguration()}).out);
 }
 
 TEST(RunEvents, StrictFailsWhereAnEventMadeTheChipFail) {
@@ -158,9 +158,9 @@ TEST(RunEvents, StrictFailsWhereAnEventMadeTheChipFail) {
   const std::string good = writeFile("good.events", "vrf red id 7\n");
   const std::string failing =
       writeFile("failing.events", "chip fail any 1\nvrf red id 7\nvrf red id 8\n");
-  EXPECT_EQ(runAgent({"run", config, "--strict", "--events", good}).status, 0);
-  EXPECT_EQ(runAgent({"run", config, "--strict", "--events", failing}).status, 1);
-  EXPECT_EQ(runAgent({"run", config, "--events", failing}).status, 0);
+  EXPECT_EQ(callAgent({"run", config, "--strict", "--events", good}).status, 0);
+  EXPECT_EQ(callAgent({"run", config, "--strict", "--events", failing}).status, 1);
+  EXPECT_EQ(callAgent({"run", config, "--events", failing}).status, 0);
 }
 
 TEST(RunEvents, ConfigurationsAreReadFromTheFolderOfTheEventFile) {
@@ -172,7 +172,7 @@ TEST(RunEvents, ConfigurationsAreReadFromTheFolderOfTheEventFile) {
   const std::string below = writeFile("b.events", "config sub/next.json\n");
   const std::string absolute = writeFile("c.events", "config " + folder + "/sub/next.json\n");
   for (const std::string& events : {beside, below, absolute}) {
-    const AgentOutcome outcome = runAgent({"run", config, "--events", events});
+    const CallOutcome outcome = callAgent({"run", config, "--events", events});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("createVrf actionVrf red"), std::string::npos) << outcome.out;
   }
@@ -184,7 +184,7 @@ TEST_P(BadEventLineTest, EndsTheStoryInOneLine) {
   const std::string config = emptyConfiguration();
   const std::string events =
       writeFile("bad.events", "\ndecap-nh on\n" + GetParam().line + "\nshow\n");
-  const AgentOutcome outcome = runAgent({"run", config, "--events", events});
+  const CallOutcome outcome = callAgent({"run", config, "--events", events});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + events + ":3: " + GetParam().message + '\n');
   EXPECT_EQ(outcome.out, config + " applied\n" + replaced(removedFromEmpty, "all removed\n", "") +
@@ -197,7 +197,7 @@ INSTANTIATE_TEST_SUITE_P(Each, BadEventLineTest, ::testing::ValuesIn(badEvents()
 TEST(BadEvents, WhatWentBeforeIsShownAndRemovedInOrder) {
   const std::string config = writeSmall("a.json", {{{"red"}}, {"red"}, {"e1"}});
   const std::string events = writeFile("bad.events", "vrf red id 7\nvrf late id 7\nvrf red id 8\n");
-  const AgentOutcome outcome = runAgent({"run", config, "--events", events});
+  const CallOutcome outcome = callAgent({"run", config, "--events", events});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err,
             "error: " + events +
@@ -224,7 +224,7 @@ TEST(BadEvents, ABadConfigurationNamesTheEventAndThePlaceInTheConfiguration) {
   const std::string config = emptyConfiguration();
   const std::string bad = writeFile("bad.json", "[]");
   const std::string events = writeFile("a.events", "config bad.json\n");
-  const AgentOutcome outcome = runAgent({"run", config, "--events", events});
+  const CallOutcome outcome = callAgent({"run", config, "--events", events});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + events + ":1: config FILE: " + bad +
                              ": /: must be an object, not an array\n");
@@ -232,7 +232,7 @@ TEST(BadEvents, ABadConfigurationNamesTheEventAndThePlaceInTheConfiguration) {
 
 TEST(BadEvents, AFileThatCannotBeReadIsFoundBeforeAnythingIsApplied) {
   const std::string file = TestFiles::processFolder() / "no-such.events";
-  const AgentOutcome outcome = runAgent({"run", examplePath("four-rules.json"), "--events", file});
+  const CallOutcome outcome = callAgent({"run", exampleFile("four-rules.json"), "--events", file});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + file +
                              ": cannot be read: No such file or directory; give a readable event "
@@ -243,7 +243,7 @@ TEST(BadEvents, AFileThatCannotBeReadIsFoundBeforeAnythingIsApplied) {
 TEST(BadEvents, AfterABadConfigurationNoEventIsPlayed) {
   const std::string bad = writeFile("bad.json", "[]");
   const std::string events = writeFile("a.events", "show\n");
-  const AgentOutcome outcome = runAgent({"run", bad, "--events", events});
+  const CallOutcome outcome = callAgent({"run", bad, "--events", events});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "error: " + bad + ": /: must be an object, not an array\n");
   EXPECT_EQ(outcome.out, removedFromEmpty);
