@@ -94,6 +94,8 @@ TEST(ChildProcess, IsOwnedOnceAfterAMove) {
   {
     ChildProcess taken(std::move(process));
     EXPECT_EQ(taken.id(), id);
+    EXPECT_LT(process.id(), 1);
+    EXPECT_FALSE(process.signal(SIGTERM));
   }
   EXPECT_TRUE(isReaped(id));
 }
