@@ -21,7 +21,7 @@ LIBRARY = [
     "model_tests",
     "policy_tests --gtest_filter=*DuringRebuild.*",
 ]
-AGENT_UNITS = ["zel_agent_tests", "zel_agent_control_tests"]
+AGENT_UNITS = ["zel_agent_tests", "zel_agent_control_tests", "zel_agent_command_line_tests"]
 AGENT_PROCESSES = ["zel_agent_process_tests", "zel_agent_trace_tests", "zel_agent_feature_tests"]
 
 
@@ -60,8 +60,10 @@ AREAS = [
          *AGENT_PROCESSES),
     area("agent/model", ["agent/model/", "agent/reports/"], *AGENT_UNITS, "zel_agent_feature_tests",
          "zel_agent_process_tests"),
-    area("agent/commands", ["agent/commands/"], "zel_agent_control_tests", *AGENT_PROCESSES),
+    area("agent/commands", ["agent/commands/"], "zel_agent_control_tests",
+         "zel_agent_command_line_tests", *AGENT_PROCESSES),
     area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_serve_tests",
          "zel_agent_daemon_tests"),
-    area("agent/main", ["agent/CommandLine", "agent/main"], *AGENT_PROCESSES, "zel_agent_daemon_tests"),
+    area("agent/main", ["agent/CommandLine", "agent/main"], "zel_agent_command_line_tests",
+         *AGENT_PROCESSES, "zel_agent_daemon_tests"),
 ]  # fmt: skip

@@ -86,9 +86,7 @@ ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
 std::vector<std::uint8_t> readWholePacket(const std::string& text) {
   try {
     EventLine line(text);
-    std::vector<std::uint8_t> packet = readPacket(line);
-    line.needEnd();
-    return packet;
+    return readPacket(line);
   } catch (const EventError& error) {
     throw EventError(std::string("--packet: ") + error.what());
   }

@@ -32,7 +32,6 @@ CommandOutput explainPacket(const CommandCall& call) {
     call.arguments.fail("INTERFACE must be the name of an interface", interface);
   }
   const std::vector<std::uint8_t> packet = readPacket(call.arguments);
-  call.arguments.needEnd();
   const PathReport report = explain(call.served.agent(), interface->text, packet);
   return outputOf(
       call, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });

@@ -8,6 +8,7 @@
 #include "tests/agent/TestFiles.h"
 #include "tests/agent/serve/daemon/DaemonProcess.h"
 #include "tests/agent/serve/daemon/SocketClient.h"
+#include "tests/waiting/Wait.h"
 
 namespace ZelAgent {
 namespace {
@@ -121,8 +122,12 @@ TEST_F(ServeSignals, SigpipeAndAClosedStandardErrorDoNotEndIt) {
   EXPECT_THAT(client.text("reload"), StartsWith("error: " + config_ + ":1:"));
   daemon.signal(SIGHUP);
   // Signals are handled between requests, so requests are sent until the signal was handled.
-  while (client.output("show config")["reloads"]["refused"] != 2) {
-  }
+  json reloads;
+  const auto isRefused = [&] {
+    reloads = client.output("show config")["reloads"];
+    return reloads["refused"] == 2;
+  };
+  EXPECT_TRUE(Waiting::waitUntil("a second reload", isRefused, [&] { return reloads.dump(); }));
   EXPECT_EQ(daemon.end(), 0);
 }
 
