@@ -47,14 +47,14 @@ def area(name, folders, *programs):
 
 AREAS = [
     area("platform", ["platform/"], "platform_tests", "reflection_tests", "zel_agent_tests",
-         "zel_agent_trace_tests", *LIBRARY),
+         "zel_agent_trace_tests", *LIBRARY[:2]),
     area("values", ["ZelVrfSelectionPolicy/values/"], "values_tests", *LIBRARY[:2], "reflection_tests"),
     area("tables", ["ZelVrfSelectionPolicy/tables/"], *LIBRARY),
     area("vrf", ["ZelVrfSelectionPolicy/vrf/"], "vrf_tests", "tables_tests", *LIBRARY[2:]),
-    area("policy", ["ZelVrfSelectionPolicy/policy/"], "policy_tests", "model_tests"),
+    area("policy", ["ZelVrfSelectionPolicy/policy/"], LIBRARY[4], "model_tests", LIBRARY[-1]),
     area("reflection", ["ZelVrfSelectionPolicy/" + name for name in ("reflection/", "trace/", "Zel")],
          "reflection_tests", "LoadedAloneTest", "vrf_tests", "zel_agent_control_tests"),
-    area("testing", ["testing/"], "testing_tests", "conformance", "policy_tests"),
+    area("testing", ["testing/"], "testing_tests", "conformance", LIBRARY[4]),
     area("chips", ["chips/"], "zel_soft_chip_tests", *AGENT_UNITS, "zel_agent_feature_tests"),
     area("agent/config", ["agent/language/", "agent/config/"], "zel_agent_config_tests", *AGENT_UNITS,
          *AGENT_PROCESSES),
