@@ -204,11 +204,13 @@ class Workbench:
             command = ["/usr/bin/python3", "-B", str(self.folder.root / script), self._program(program)]
         else:
             command = [self._program(name), *arguments]
+        # A script needs to see every test that fails.
+        fail_fast = {} if name in SCRIPTS else {"GTEST_FAIL_FAST": "1"}
         environment = dict(
             os.environ,
+            **fail_fast,
             LD_LIBRARY_PATH=f"{self.place / 'lib'}:{self.folder.path / 'lib'}",
             ASAN_OPTIONS=f"hard_rss_limit_mb={MEGABYTES}:exitcode=99:detect_leaks=1:symbolize=0",
-            GTEST_FAIL_FAST="1",
             MOX_HASH_SEED="1",
             ZEL_AGENT=self._program(AGENT),
             ZEL_TEST_SEED="1",
