@@ -84,14 +84,15 @@ class Workbench:
         return outcome
 
     def _stating_test(self, header):
-        """The test of the same name, or else the first that includes the header itself."""
+        """The test of the same name, or else one that includes the header, rather of its folder."""
         below = header.removeprefix("ZelVrfSelectionPolicy/")
         named = f"tests/{below.removesuffix('.h')}Test.cpp"
         if (self.folder.root / named).exists():
             return named
         include = f'#include "{below.removeprefix("platform/")}"'
+        own = self.folder.root / pathlib.Path(named).parent
         others = sorted((self.folder.root / "tests" / below.partition("/")[0]).rglob("*Test.cpp"))
-        for test in others:
+        for test in sorted(others, key=lambda test: test.parent != own):
             if include in test.read_text(encoding="utf-8"):
                 return test.relative_to(self.folder.root).as_posix()
         return None

@@ -54,6 +54,18 @@ class RingFileTest : public ::testing::Test {
   }
   // What keeps a ring from the file; nothing of the folder may have changed.
   std::string refusal() const { return refusalOf(file_); }
+  // Likewise where a file cannot grow beyond `bytes`.
+  std::string refusalWithRoomFor(rlim_t bytes) const {
+    struct rlimit before {};
+    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit little{bytes, before.rlim_max};
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
+    std::string problem = refusal();
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    return problem;
+  }
   std::string refusalOf(const std::string& path) const {
     const std::vector<std::string> before = folder_.names();
     Ring ring(4);
@@ -240,16 +252,12 @@ TEST_F(RingFileTest, CannotBeInAFolderThatIsNotThere) {
 
 TEST_F(RingFileTest, CannotBeWhereThereIsNoRoom) {
   EXPECT_THAT(refusalOf("/dev/full"), HasSubstr("/dev/full: is a file that holds no trace ring"));
-  struct rlimit before {};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit little{8192, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
-  const std::string problem = refusal();
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-  std::signal(SIGXFSZ, handler);
-  EXPECT_EQ(problem, file_ + ".new: needs " + std::to_string(256 * 1024 + 4 * 256) +
-                         " bytes: File too large; make room, or give another file");
+  EXPECT_EQ(refusalWithRoomFor(8192),
+            file_ + ".new: needs " + std::to_string(256 * 1024 + 4 * 256) +
+                " bytes: File too large; make room, or give another file");
+  EXPECT_EQ(refusalWithRoomFor(16), file_ +
+                                        ".new: cannot be written: No space left on device; give "
+                                        "another file");
 }
 
 TEST_F(RingFileTest, HoldsNoMoreSlotsThanAReaderTakes) {

@@ -85,6 +85,7 @@ TEST(AnyValue, EqualValuesHashEqually) {
   for (const AnyValue& value : oneOfEachKind())
     EXPECT_EQ(value.hash(), AnyValue(value).hash()) << value.type()->name;
   EXPECT_NE(AnyValue(1U).hash(), AnyValue(2U).hash());
+  EXPECT_NE(AnyValue(true).hash(), AnyValue(false).hash());
   EXPECT_EQ(AnyValue(L3::VrfName("red")).hash(), L3::VrfName("red").hash(0));
 }
 

@@ -126,6 +126,9 @@ TEST_F(ReflectedLamp, ACollectionAcceptsOnlyWhatItsRowNames) {
   EXPECT_EQ(access(*lamp_, 134, Operation::remove, {L3::VrfName("hall")}).code,
             ReturnCode::notSupported);
   EXPECT_EQ(lamp_->levels().count(), 1U);
+  EXPECT_EQ(access(*lamp_, 134, Operation::count).value, AnyValue(1U));
+  EXPECT_GT(lamp_->levels().capacity(), 0U);
+  EXPECT_EQ(access(*lamp_, 134, Operation::capacity).value, AnyValue(lamp_->levels().capacity()));
 }
 
 TEST_F(ReflectedLamp, IsCreatedFromTheArgumentsOfItsCreator) {

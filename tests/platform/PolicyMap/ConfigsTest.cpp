@@ -132,14 +132,26 @@ TEST(PolicyMapTypeStatus, TellsOfPolicyMapsAndOfRulesByTheirNumbers) {
   EXPECT_THAT(notices.lines, ElementsAre("130 set", "131 set", "131 set", "131 gone", "130 gone"));
 }
 
-TEST(PolicyMapTypeStatus, ShowsWhoIsTold) {
-  const auto status = PolicyMapTypeStatus::PolicyMapTypeStatusIs("status");
-  const Notices notices(status->publisher());
-  const Velo::NotifieeListDescriptor list = status->notifieeList();
-  unsigned told = 0;
+template <class Entity>
+unsigned notifieesOf(const Mox::Ptr<Entity>& entity) {
+  const Velo::NotifieeListDescriptor list = entity->notifieeList();
+  unsigned visited = 0;
   list.visit(
-      list.list, [](void* count, void*) { ++*static_cast<unsigned*>(count); }, &told);
-  EXPECT_EQ(told, 1U);
+      list.list, [](void* count, void*) { ++*static_cast<unsigned*>(count); }, &visited);
+  return visited;
+}
+
+template <class Entity>
+void expectThatNotifieesAreListed(const Mox::Ptr<Entity>& entity) {
+  const Notices notices(entity->publisher());
+  EXPECT_EQ(notifieesOf(entity), 1U);
+}
+
+TEST(PolicyConfigs, ListTheirNotifiees) {
+  expectThatNotifieesAreListed(PolicyMapTypeStatus::PolicyMapTypeStatusIs("status"));
+  expectThatNotifieesAreListed(ClassMapTypeConfig::ClassMapTypeConfigIs("classMaps"));
+  expectThatNotifieesAreListed(PolicyMapTypeConfig::PolicyMapTypeConfigIs("policyMaps"));
+  expectThatNotifieesAreListed(IntfConfig::IntfConfigIs("interfaces"));
 }
 
 }  // namespace
