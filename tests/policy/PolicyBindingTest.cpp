@@ -385,6 +385,13 @@ TEST_F(PolicyBinding, TheHookMayRemoveTheMachineWhichStaysSilenced) {
   EXPECT_FALSE(built->publisher().hasSubscribers());
 }
 
+TEST_F(PolicyBinding, TheHookMaySilenceTheMachineWhichIsActiveInTheEnd) {
+  acting_->onReady = [this] { acting_->policySm()->hasNotificationActiveIs(false); };
+  const auto built = bind();
+  EXPECT_EQ(acting_->policySm(), built);
+  EXPECT_TRUE(built->hasNotificationActive());
+}
+
 TEST_F(PolicyBinding, TheHookMayBindAnotherMachineWhichStays) {
   acting_->onReady = [this] {
     acting_->onReady = nullptr;

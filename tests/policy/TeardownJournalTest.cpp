@@ -77,6 +77,17 @@ TEST_F(TeardownJournal, OfAVrfBoundObjectHasTheEndOfItsVrfSmAndNoHook) {
   expectRedInPlace();
 }
 
+TEST_F(TeardownJournal, OfAVrfBoundObjectIsThatOfAZombie) {
+  bindVrf();
+  const ZelVrfSelectionPolicySm& top = *top_;
+  std::vector<bool> zombies;
+  const Mox::TraceSink before =
+      Mox::traceSinkIs([&](std::string_view) { zombies.push_back(top.isZombie()); });
+  top_ = nullptr;
+  Mox::traceSinkIs(before);
+  EXPECT_THAT(zombies, ElementsAre(true, true, true));
+}
+
 TEST_F(TeardownJournal, OfVrfSmDelComesWhenTheResultIsDroppedAndHasNoHook) {
   bindVrf();
   createRed();

@@ -39,6 +39,21 @@ TEST_F(VrfInstanceTracking, AssignedIdUpdatesWhatNamesTheVrfOnce) {
   EXPECT_THAT(journal.take(), ElementsAre("updateVrf red"));
 }
 
+// Lists of actions are found by the number of the VRF's name.
+TEST_F(VrfInstanceTracking, VrfWithTheNumberAfterTheHighestOfAnActionHasNoActions) {
+  std::vector<L3::VrfName> names{L3::VrfName("vrf0")};
+  unsigned highest = names.back().number();
+  do {
+    highest = std::max(highest, names.back().number());
+    names.emplace_back("vrf" + std::to_string(names.size()));
+  } while (names.back().number() != highest + 1 || names.size() < 100);
+  created(actionOf((names.rbegin() + 1)->bytes()));
+
+  routes->vrfStatusIs(names.back())->vrfIdIs(7);
+
+  EXPECT_THAT(journal.take(), IsEmpty());
+}
+
 TEST_F(VrfInstanceTracking, VrfThatATraceSinkAddsMeanwhileHasOneInstance) {
   const auto red = VrfStatus::VrfStatusIs("red");
   Mox::Ptr<VrfSm::VrfInstanceSm> inner;
