@@ -11,24 +11,18 @@ void RouteProgrammer::configuredIs(const Configuration& configuration) {
   for (auto& [name, vrf] : vrfs_) {
     const auto configured = routes.find(name);
     static const std::vector<StaticRoute> none;
-    if (vrf.routes.configuredIs(configured == routes.end() ? none : *configured->second)) {
-      ++vrf.version;
-    }
+    vrf.configuredIs(configured == routes.end() ? none : *configured->second);
   }
 }
 
 void RouteProgrammer::routeIs(const std::string& vrf, const IpPrefix& prefix,
                               const SoftChip::Route& route) {
-  Vrf& present = vrfs_[vrf];
-  present.routes.routeIs(prefix, route);
-  ++present.version;
+  vrfs_[vrf].routeIs(prefix, route);
 }
 
 bool RouteProgrammer::routeDel(const std::string& vrf, const IpPrefix& prefix) {
   const auto present = vrfs_.find(vrf);
-  if (present == vrfs_.end() || !present->second.routes.routeDel(prefix)) return false;
-  ++present->second.version;
-  return true;
+  return present != vrfs_.end() && present->second.routeDel(prefix);
 }
 
 void RouteProgrammer::clear() {
@@ -39,7 +33,7 @@ void RouteProgrammer::clear() {
 void RouteProgrammer::add() {
   for (const auto& [vrfId, content] : wantedContents()) {
     Table& present = programmed_[vrfId];
-    if (present.content != content) addRoutes(vrfId, present, content);
+    add(vrfId, present, content, affected(present, content));
   }
 }
 
@@ -52,10 +46,13 @@ void RouteProgrammer::program() {
   });
   for (const auto& [vrfId, content] : wanted) {
     Table& present = programmed_[vrfId];
-    if (present.content == content) continue;
-    addRoutes(vrfId, present, content);
-    removeOthers(vrfId, present, content);
+    const RoutingTable::Prefixes prefixes = affected(present, content);
+    add(vrfId, present, content, prefixes);
+    removeOthers(vrfId, present, content, prefixes);
+    present.content = content;
   }
+  for (auto& [name, vrf] : vrfs_)
+    vrf.changesDelAll();
 }
 
 std::map<std::uint32_t, RouteProgrammer::Content> RouteProgrammer::wantedContents() const {
@@ -64,41 +61,63 @@ std::map<std::uint32_t, RouteProgrammer::Content> RouteProgrammer::wantedContent
     const SoftChip::VrfFacts facts = SoftChip::factsOf(name, inputs_);
     if (facts.vrfId == 0) continue;
     Content& content = contents[facts.vrfId];
-    content.versions.emplace(name, vrf.version);
+    content.vrfs.push_back(name);
     content.exactMatchLens = facts.exactMatchLens;
     content.exactMatchLensV6 = facts.exactMatchLensV6;
   }
   return contents;
 }
 
-void RouteProgrammer::addRoutes(std::uint32_t vrfId, Table& present, const Content& wanted) {
-  chip_.exactMatchLensIs(vrfId, IpFamily::v4, wanted.exactMatchLens);
-  chip_.exactMatchLensIs(vrfId, IpFamily::v6, wanted.exactMatchLensV6);
-  for (const auto& [prefix, route] : routesOf(wanted)) {
-    const auto [before, isNew] = present.routes.try_emplace(prefix, route);
-    if (!isNew && before->second == route) continue;
-    before->second = route;
-    chip_.routeIs(vrfId, prefix, route);
+RoutingTable::Prefixes RouteProgrammer::affected(const Table& present,
+                                                 const Content& wanted) const {
+  RoutingTable::Prefixes prefixes;
+  const bool isSame = present.content == wanted;
+  for (const std::string& name : wanted.vrfs) {
+    const RoutingTable& vrf = vrfs_.at(name);
+    prefixes.insert(vrf.changes().begin(), vrf.changes().end());
+    if (isSame) continue;
+    for (const auto& [prefix, route] : vrf.resolved())
+      prefixes.insert(prefix);
+  }
+  if (!isSame) {
+    for (const auto& [prefix, route] : present.routes)
+      prefixes.insert(prefix);
+  }
+  return prefixes;
+}
+
+void RouteProgrammer::add(std::uint32_t vrfId, Table& present, const Content& wanted,
+                          const RoutingTable::Prefixes& prefixes) {
+  if (present.content != wanted) {
+    chip_.exactMatchLensIs(vrfId, IpFamily::v4, wanted.exactMatchLens);
+    chip_.exactMatchLensIs(vrfId, IpFamily::v6, wanted.exactMatchLensV6);
+  }
+  for (const IpPrefix& prefix : prefixes) {
+    const SoftChip::Route* const route = routeTo(prefix, wanted);
+    if (route == nullptr) continue;
+    const auto [before, isNew] = present.routes.try_emplace(prefix, *route);
+    if (!isNew && before->second == *route) continue;
+    before->second = *route;
+    chip_.routeIs(vrfId, prefix, *route);
   }
 }
 
-void RouteProgrammer::removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted) {
-  const RoutingTable::Routes routes = routesOf(wanted);
-  std::erase_if(present.routes, [&](const auto& entry) {
-    if (routes.contains(entry.first)) return false;
-    chip_.routeDel(vrfId, entry.first);
-    return true;
-  });
-  present.content = wanted;
+void RouteProgrammer::removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted,
+                                   const RoutingTable::Prefixes& prefixes) {
+  for (const IpPrefix& prefix : prefixes) {
+    if (routeTo(prefix, wanted) != nullptr) continue;
+    if (present.routes.erase(prefix) != 0) chip_.routeDel(vrfId, prefix);
+  }
 }
 
-RoutingTable::Routes RouteProgrammer::routesOf(const Content& content) const {
-  RoutingTable::Routes routes;
-  for (const auto& [name, version] : content.versions) {
-    for (const auto& [prefix, route] : vrfs_.at(name).routes.resolved())
-      routes.insert_or_assign(prefix, route);
+const SoftChip::Route* RouteProgrammer::routeTo(const IpPrefix& prefix,
+                                                const Content& content) const {
+  for (auto name = content.vrfs.rbegin(); name != content.vrfs.rend(); ++name) {
+    const RoutingTable::Routes& routes = vrfs_.at(*name).resolved();
+    const auto route = routes.find(prefix);
+    if (route != routes.end()) return &route->second;
   }
-  return routes;
+  return nullptr;
 }
 
 }  // namespace ZelAgent

@@ -17,6 +17,9 @@ namespace ZelAgent {
 /// away at any time. After `program`, the table of each id holds exactly the routes of the VRFs
 /// that have the id. If two VRFs share an id, the routes of the later name win. A VRF without an id
 /// has no table.
+///
+/// A change of one route costs no visit to the routes that it does not affect. A table is compared
+/// as a whole only when its VRFs or its prefix lengths change.
 class RouteProgrammer final {
  public:
   /// The chip must outlive this.
@@ -37,13 +40,9 @@ class RouteProgrammer final {
   void program();
 
  private:
-  struct Vrf {
-    RoutingTable routes;
-    std::uint64_t version = 0;  // counts the changes of the routes
-  };
-  // The content of the table of an id. Equal contents give equal tables.
+  // What a table is made from, besides the routes of the VRFs.
   struct Content {
-    std::map<std::string, std::uint64_t> versions;  // of the VRFs that have the id
+    std::vector<std::string> vrfs;  // that have the id, by name
     std::vector<unsigned char> exactMatchLens;
     std::vector<unsigned char> exactMatchLensV6;
 
@@ -55,13 +54,19 @@ class RouteProgrammer final {
   };
 
   [[nodiscard]] std::map<std::uint32_t, Content> wantedContents() const;
-  void addRoutes(std::uint32_t vrfId, Table& present, const Content& wanted);
-  void removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted);
-  [[nodiscard]] RoutingTable::Routes routesOf(const Content& content) const;
+  // The prefixes at which the table may differ from what is wanted.
+  [[nodiscard]] RoutingTable::Prefixes affected(const Table& present, const Content& wanted) const;
+  void add(std::uint32_t vrfId, Table& present, const Content& wanted,
+           const RoutingTable::Prefixes& prefixes);
+  void removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted,
+                    const RoutingTable::Prefixes& prefixes);
+  // The route of the table with this content. Null if there is none.
+  [[nodiscard]] const SoftChip::Route* routeTo(const IpPrefix& prefix,
+                                               const Content& content) const;
 
   SoftChip::RouteTables& chip_;
   SoftChip::ProgramInputs inputs_;
-  std::map<std::string, Vrf> vrfs_;
+  std::map<std::string, RoutingTable> vrfs_;
   std::map<std::uint32_t, Table> programmed_;
 };
 

@@ -1,5 +1,7 @@
 #include "agent/model/routes/RoutingTable.h"
 
+#include <cstdint>
+
 namespace ZelAgent {
 namespace {
 
@@ -8,33 +10,106 @@ using SoftChip::Route;
 // The most gateways on the way to a next hop. A longer chain counts as a loop.
 constexpr unsigned deepestGateway = 8;
 
+// Whether the next hop can be used only if its gateway is reached.
+bool isGateway(const NextHop& nextHop) {
+  return !nextHop.drops && nextHop.interface.empty();
+}
+
 }  // namespace
 
-bool RoutingTable::configuredIs(const std::vector<StaticRoute>& routes) {
+void RoutingTable::configuredIs(const std::vector<StaticRoute>& routes) {
   std::map<IpPrefix, std::vector<NextHop>> next;
   for (const StaticRoute& route : routes)
     next.emplace(route.prefix, route.nextHops);
-  const bool changes = next != configured_;
+  if (next == configured_) return;
+  Prefixes affected;
+  for (const auto& [prefix, route] : resolved_)
+    affected.insert(prefix);
+  for (const auto& [prefix, nextHops] : next)
+    affected.insert(prefix);
   configured_ = std::move(next);
-  return changes;
+  findUses();
+  resolveAgain(affected);
 }
 
 void RoutingTable::routeIs(const IpPrefix& prefix, const Route& route) {
+  const bool isNew = !has(prefix);
   fromEvents_[prefix] = route;
+  if (isNew) moveUsesTo(prefix);
+  resolveAgain(dependents(prefix));
 }
 
 bool RoutingTable::routeDel(const IpPrefix& prefix) {
-  return fromEvents_.erase(prefix) != 0;
+  if (fromEvents_.erase(prefix) == 0) return false;
+  const Prefixes affected = dependents(prefix);
+  if (!has(prefix)) moveUsesFrom(prefix);
+  resolveAgain(affected);
+  return true;
 }
 
-RoutingTable::Routes RoutingTable::resolved() const {
-  Routes routes = fromEvents_;
-  Unusable unusable;
+void RoutingTable::findUses() {
+  uses_.clear();
   for (const auto& [prefix, nextHops] : configured_) {
-    if (routes.contains(prefix)) continue;
-    if (const Resolved route = resolve(prefix, 0, unusable)) routes.emplace(prefix, *route);
+    for (const NextHop& nextHop : nextHops) {
+      if (!isGateway(nextHop)) continue;
+      uses_.insert({longestFor(*nextHop.address, prefix), *nextHop.address, prefix});
+    }
   }
-  return routes;
+}
+
+// The moved gateways were reached by a shorter prefix, or not at all.
+void RoutingTable::moveUsesTo(const IpPrefix& added) {
+  const auto moveFrom = [&](const std::optional<IpPrefix>& via) {
+    auto use = uses_.lower_bound({via, added.address, {}});
+    while (use != uses_.end() && use->via == via && added.contains(use->gateway)) {
+      const Use moved{added, use->gateway, use->route};
+      use = uses_.erase(use);
+      uses_.insert(moved);
+    }
+  };
+  moveFrom(std::nullopt);
+  for (std::uint8_t length = 0; length < added.length; ++length)
+    moveFrom(IpPrefix{Ip::firstBits(added.address, length), length});
+}
+
+void RoutingTable::moveUsesFrom(const IpPrefix& removed) {
+  for (auto use = uses_.lower_bound({removed, {}, {}});
+       use != uses_.end() && use->via == removed;) {
+    const Use moved{longestFor(use->gateway, use->route), use->gateway, use->route};
+    use = uses_.erase(use);
+    uses_.insert(moved);
+  }
+}
+
+RoutingTable::Prefixes RoutingTable::dependents(const IpPrefix& prefix) const {
+  Prefixes all{prefix};
+  std::vector<IpPrefix> furthest{prefix};
+  for (unsigned gateways = 0; gateways < deepestGateway; ++gateways) {
+    std::vector<IpPrefix> next;
+    for (const IpPrefix& via : furthest) {
+      for (auto use = uses_.lower_bound({via, {}, {}}); use != uses_.end() && use->via == via;
+           ++use) {
+        if (all.insert(use->route).second) next.push_back(use->route);
+      }
+    }
+    furthest = std::move(next);
+  }
+  return all;
+}
+
+void RoutingTable::resolveAgain(const Prefixes& prefixes) {
+  Unusable unusable;
+  for (const IpPrefix& prefix : prefixes) {
+    const Resolved route = has(prefix) ? resolve(prefix, 0, unusable) : std::nullopt;
+    const auto present = resolved_.find(prefix);
+    if (present == resolved_.end() ? !route : route == present->second) continue;
+    changes_.insert(prefix);
+    if (route) {
+      resolved_.insert_or_assign(prefix, *route);
+    } else {
+      resolved_.erase(present);
+    }
+  }
 }
 
 RoutingTable::Resolved RoutingTable::resolve(const IpPrefix& prefix, unsigned depth,
@@ -52,7 +127,7 @@ RoutingTable::Resolved RoutingTable::resolve(const IpPrefix& prefix, unsigned de
 RoutingTable::Resolved RoutingTable::resolve(const NextHop& nextHop, const IpPrefix& of,
                                              unsigned depth, Unusable& unusable) const {
   if (nextHop.drops) return Route{Route::Kind::drop, {}};
-  if (!nextHop.interface.empty()) return Route{Route::Kind::egress, nextHop.interface};
+  if (!isGateway(nextHop)) return Route{Route::Kind::egress, nextHop.interface};
   if (depth == deepestGateway) return std::nullopt;
   const auto prefix = longestFor(*nextHop.address, of);
   return prefix ? resolve(*prefix, depth + 1, unusable) : std::nullopt;
