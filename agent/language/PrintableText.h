@@ -7,10 +7,10 @@
 namespace ZelAgent {
 
 /// Text from outside (names, messages of the system, bytes of a file) as a message or report shows
-/// it. The result is valid UTF-8 on one line and has no control characters.
+/// it. The result is valid UTF-8 on one line and has only printable characters.
 ///
-/// Control characters and bytes that are not UTF-8 become \xNN. Text beyond `maxBytes` bytes is cut
-/// off and replaced by "...".
+/// Bytes that are not part of a printable character (`Mox::printableAtFront`) become \xNN. Text
+/// beyond `maxBytes` bytes is cut off and replaced by "...".
 [[nodiscard]] std::string printable(std::string_view text, std::size_t maxBytes = 100);
 
 /// `printable(text)` between double quotes.

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/language/JsonEscapes.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
 #include "agent/language/Words.h"
@@ -121,7 +122,7 @@ void putState(OrderedJson& report, const AgentState& state) {
 }
 
 std::string oneLine(const OrderedJson& document) {
-  return document.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+  return escapedJson(document.dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
 }
 
 void writeTextReport(std::ostream& out, const std::string& title, const AgentState& state) {

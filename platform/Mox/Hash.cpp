@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <random>
 
+#include "Mox/QuotedString.h"
+
 namespace Mox {
 namespace {
 
@@ -18,8 +20,8 @@ unsigned seedFromEnvironment() noexcept {
   unsigned seed = 0;
   const auto [end, error] = std::from_chars(digits.begin(), digits.end(), seed);
   if (error == std::errc() && end == digits.end() && seed != 0) return seed;
-  std::fprintf(stderr, "%s is ignored: '%s': expected a number from 1 to 4294967295\n", variable,
-               text);
+  std::fprintf(stderr, "%s is ignored: %s: expected a number from 1 to 4294967295\n", variable,
+               quoted(digits).c_str());
   return 0;
 }
 

@@ -1,9 +1,12 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
 #include <vector>
 
 #include "Mox/Exceptions.h"
+#include "Mox/PrintableText.h"
+#include "Mox/QuotedString.h"
 #include "Mox/TraceHandle.h"
 #include "Mox/TraceHelper.h"
 
@@ -16,8 +19,8 @@ constexpr unsigned allLevels = (1U << TraceHandle::levels) - 1;
 using LevelsByName = std::vector<std::pair<std::string, unsigned>>;
 
 [[noreturn]] void refuse(std::string_view entry) {
-  throw RangeException("trace levels '" + std::string(entry) +
-                       "': expected NAME=LEVEL,LEVEL... with levels 0 to 9, or * for all");
+  throw RangeException("trace levels " + quoted(entry) +
+                       ": expected NAME=LEVEL,LEVEL... with levels 0 to 9, or * for all");
 }
 
 // Removes the part of `text` before the first `separator`, and the separator, and returns that
@@ -58,12 +61,17 @@ LevelsByName parse(std::string_view text) {
   return parsed;
 }
 
-// Escapes newlines in names, so that a message is one line.
-std::string onOneLine(const std::string& text) {
+// Replaces each byte that is not part of a printable character, so that a message is one line.
+std::string onOneLine(std::string_view text) {
   std::string line;
-  for (const char byte : text) {
-    const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7f';
-    line += isControl ? '?' : byte;
+  while (!text.empty()) {
+    const std::size_t length = printableAtFront(text);
+    if (length == 0) {
+      line += '?';
+    } else {
+      line += text.substr(0, length);
+    }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return line;
 }

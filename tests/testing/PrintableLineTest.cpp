@@ -16,14 +16,14 @@ TEST(PrintableLine, PrintableUtf8OfAnyLanguageFits) {
 TEST(PrintableLine, ControlCharactersAndBreaksOfLinesDoNotFit) {
   for (const std::string_view text : {"ab\n"sv, "ab\t"sv, "ab\0"sv, "ab\x1b[31m"sv, "ab\x7f"sv,
                                       "ab\xc2\x85"sv, "ab\xe2\x80\xa8"sv, "ab\xe2\x80\xa9"sv})
-    EXPECT_EQ(faultOfLine(text), "byte 2 is a control character");
+    EXPECT_EQ(faultOfLine(text), "byte 2 is no printable UTF-8");
 }
 
 TEST(PrintableLine, WhatIsNoUtf8DoesNotFit) {
   for (const std::string_view text :
        {"a\xff"sv, "a\x80"sv, "a\xc3"sv, "a\xc3z"sv, "a\xc0\xaf"sv, "a\xe0\x80\xaf"sv,
         "a\xed\xa0\x80"sv, "a\xf4\x90\x80\x80"sv, "a\xf0\x9f\x99"sv})
-    EXPECT_EQ(faultOfLine(text), "byte 1 is no UTF-8");
+    EXPECT_EQ(faultOfLine(text), "byte 1 is no printable UTF-8");
 }
 
 TEST(PrintableLine, TheLongestDescriptionIsLongEnoughForEveryReport) {

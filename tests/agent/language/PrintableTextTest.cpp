@@ -20,6 +20,11 @@ TEST(PrintableText, EscapesBytesThatAreNotUtf8) {
   EXPECT_EQ(printable("\xe2(\xa1"), "\\xe2(\\xa1");
 }
 
+TEST(PrintableText, EscapesOverlongUtf8AndControlsOfTextDirection) {
+  EXPECT_EQ(printable("\xc1\xa1"), "\\xc1\\xa1");
+  EXPECT_EQ(printable("a\u202e\u2028"), "a\\xe2\\x80\\xae\\xe2\\x80\\xa8");
+}
+
 TEST(PrintableText, CutsBetweenCharacters) {
   EXPECT_EQ(printable("abcdef", 3), "abc...");
   EXPECT_EQ(printable("abc", 3), "abc");

@@ -92,6 +92,12 @@ TEST_P(BadHashSeedDeathTest, IsIgnoredWithAWord) {
               "MOX_HASH_SEED is ignored: '" + text + "': expected a number from 1 to 4294967295");
 }
 
+TEST(HashSeedDeathTest, ABadOneIsShownWithoutControlCharacters) {
+  const SeedOfEnvironment seed("\x1b[2J");
+  EXPECT_EXIT(std::exit(HashHelper::hashSeed32() != 0 ? 0 : 1), ::testing::ExitedWithCode(0),
+              R"(^MOX_HASH_SEED is ignored: '\\x1b\[2J': expected)");
+}
+
 INSTANTIATE_TEST_SUITE_P(Texts, BadHashSeedDeathTest,
                          ::testing::Values("", "0", "-1", "4294967296", "7 ", "seven"));
 

@@ -182,10 +182,28 @@ TEST_F(TraceTest, ControlCharactersNeverBreakALine) {
   for (int byte = 0; byte < 256; ++byte) {
     lines.clear();
     traceAt(handle, 5, "a" + std::string(1, static_cast<char>(byte)) + "b");
-    const bool isControl = byte < 0x20 || byte == 0x7f;
-    const char shown = isControl ? '?' : static_cast<char>(byte);
+    const bool isShown = byte >= 0x20 && byte < 0x7f;
+    const char shown = isShown ? static_cast<char>(byte) : '?';
     EXPECT_THAT(
         lines, ElementsAre("TraceControl 5 /src/path:26 handleIt a" + std::string(1, shown) + "b"));
+  }
+}
+
+TEST_F(TraceTest, NamesInUtf8AreKeptAndControlsOfTheTerminalAreNot) {
+  const HandleAt handle("TraceUtf8", 1U << 5);
+  traceAt(handle, 5, "bl\u00e5 \u84dd \u009b2J \u202e \xc1\xa1");
+  EXPECT_THAT(lines, ElementsAre("TraceUtf8 5 /src/path:26 handleIt bl\u00e5 \u84dd ??2J ??? ??"));
+}
+
+TEST_F(TraceTest, ARefusalHasNoControlCharacters) {
+  try {
+    traceLevelsIs("\x1b[2J\u202e=x");
+    FAIL() << "accepted";
+  } catch (const RangeException& error) {
+    EXPECT_STREQ(
+        error.what(),
+        "trace levels '\\x1b[2J\\xe2\\x80\\xae=x': expected NAME=LEVEL,LEVEL... with levels "
+        "0 to 9, or * for all");
   }
 }
 
