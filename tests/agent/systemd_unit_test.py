@@ -185,7 +185,7 @@ class UnderTheUnit(InstalledUnit):
         self.home = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
         self.home.chmod(0o755)
         self.environment = {"PATH": "/usr/bin:/bin"}
-        for name, mode in [("CONFIGURATION", 0o755), ("RUNTIME", 0o755), ("STATE", 0o700)]:
+        for name, mode in [("CONFIGURATION", 0o755), ("RUNTIME", 0o700), ("STATE", 0o700)]:
             folder = self.home / name.lower()
             folder.mkdir()
             folder.chmod(mode)

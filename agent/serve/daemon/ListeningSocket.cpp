@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
 #include <thread>
 
 #include "agent/language/PrintableText.h"
@@ -47,17 +46,21 @@ int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), const FileHand
 
 // Two daemons that replace the same stale socket must not replace each other's socket. Each daemon
 // holds the lock for a short time at its start. Closing the descriptor releases the lock.
-FileHandle lockFolderOf(const std::string& path, milliseconds wait) {
-  const std::string parent = std::filesystem::path(path).parent_path();
-  FileHandle folder(
-      open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.isOpen()) throw socketErrorOf(path, "its folder cannot be opened", errno);
+//
+// The lock is on a file that only its owner can open: anyone who can open a file or a folder can
+// lock it. The file stays. If it were removed, a daemon could wait for the lock of the removed file
+// while another locks a new one.
+FileHandle lockFor(const std::string& path, milliseconds wait) {
+  const FileModeMask ownerOnly(0177);
+  FileHandle file(
+      open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
+  if (!file.isOpen()) throw socketErrorOf(path, "its lock file cannot be opened", errno);
   for (auto waited = milliseconds(0); waited <= wait; waited += lockPause) {
-    if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) return folder;
+    if (flock(file.get(), LOCK_EX | LOCK_NB) == 0) return file;
     std::this_thread::sleep_for(lockPause);
   }
   throw SocketError(printable(path, 1000) +
-                    ": another process locks its folder; end it, or give another path");
+                    ": another process locks its lock file; end it, or give another path");
 }
 
 // Throws if a process listens on the socket at the path.
@@ -102,7 +105,7 @@ ListeningSocket::~ListeningSocket() {
 
 void ListeningSocket::claimPath(milliseconds lockWait) {
   static_cast<void>(socketAddressOf(path_));
-  const FileHandle lock = lockFolderOf(path_, lockWait);
+  const FileHandle lock = lockFor(path_, lockWait);
   clearPath(path_);
   bindPath();
   if (lstat(path_.c_str(), &file_) != 0) throw socketErrorOf(path_, "has disappeared", errno);

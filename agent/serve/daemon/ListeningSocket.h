@@ -14,10 +14,11 @@ namespace ZelAgent {
 /// Only the owner can ever access the socket's file. A file at the path is replaced only if it is a
 /// socket on which no process listens. At the end the file is removed only if it is still the one
 /// that was created here. Of several daemons that start at the same time, at most one gets the
-/// path.
+/// path: each locks the file PATH.lock for a moment. Only the owner can open that file. It is not
+/// removed.
 class ListeningSocket final {
  public:
-  /// Waits up to `lockWait` while another process locks the folder. Throws a `SocketError`.
+  /// Waits up to `lockWait` while another process holds the lock. Throws a `SocketError`.
   explicit ListeningSocket(std::string path,
                            std::chrono::milliseconds lockWait = std::chrono::seconds(1));
   ListeningSocket(const ListeningSocket&) = delete;

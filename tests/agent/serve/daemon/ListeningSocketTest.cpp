@@ -42,6 +42,10 @@ class SocketAtAPath : public ::testing::Test {
     ASSERT_EQ(bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   }
 
+  FileHandle openLockFile() const {
+    return FileHandle(open((path_ + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  }
+
   // Connects to the path and returns the error number.
   int connectingFails() const {
     const FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
@@ -138,7 +142,7 @@ TEST_F(SocketAtAPath, ThatIsALinkIsRefusedAndKept) {
 TEST_F(SocketAtAPath, InAMissingFolderIsRefused) {
   EXPECT_EQ(
       refusal(pathInTestFolder("none/s")),
-      pathInTestFolder("none/s") + ": its folder cannot be opened: No such file or directory");
+      pathInTestFolder("none/s") + ": its lock file cannot be opened: No such file or directory");
 }
 
 TEST_F(SocketAtAPath, WhosePathIsTooLongIsRefused) {
@@ -146,32 +150,63 @@ TEST_F(SocketAtAPath, WhosePathIsTooLongIsRefused) {
               ::testing::HasSubstr("the path of a socket must have 1 to 107 bytes, found"));
 }
 
-TEST_F(SocketAtAPath, InALockedFolderIsRefused) {
-  const FileHandle folder(open(pathInTestFolder("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+TEST_F(SocketAtAPath, WhoseLockFileIsLockedIsRefused) {
+  const FileHandle file = openLockFile();
   for (const int lock : {LOCK_EX, LOCK_SH}) {
-    ASSERT_EQ(flock(folder.get(), lock), 0);
+    ASSERT_EQ(flock(file.get(), lock), 0);
     EXPECT_EQ(refusal(path_),
-              path_ + ": another process locks its folder; end it, or give another path");
+              path_ + ": another process locks its lock file; end it, or give another path");
     EXPECT_FALSE(fs::exists(path_));
   }
 }
 
-TEST_F(SocketAtAPath, InALockedFolderWaitsForTheLock) {
-  FileHandle folder(open(pathInTestFolder("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  ASSERT_EQ(flock(folder.get(), LOCK_EX), 0);
-  std::thread owner([&folder] {
+TEST_F(SocketAtAPath, WhoseLockFileIsLockedWaitsForTheLock) {
+  FileHandle file = openLockFile();
+  ASSERT_EQ(flock(file.get(), LOCK_EX), 0);
+  std::thread owner([&file] {
     std::this_thread::sleep_for(milliseconds(15));
-    folder = FileHandle(-1);
+    file = FileHandle(-1);
   });
   const ListeningSocket socket(path_, std::chrono::minutes(2));
   owner.join();
   EXPECT_EQ(connectingFails(), 0);
 }
 
-TEST_F(SocketAtAPath, LeavesItsFolderUnlocked) {
+TEST_F(SocketAtAPath, LeavesItsLockFileUnlocked) {
   const ListeningSocket socket(path_);
+  const FileHandle file = openLockFile();
+  EXPECT_EQ(flock(file.get(), LOCK_EX | LOCK_NB), 0);
+}
+
+// Every user who can read the folder can lock it.
+TEST_F(SocketAtAPath, InALockedFolderIsListenedOn) {
   const FileHandle folder(open(pathInTestFolder("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  EXPECT_EQ(flock(folder.get(), LOCK_EX | LOCK_NB), 0);
+  ASSERT_EQ(flock(folder.get(), LOCK_EX), 0);
+  const ListeningSocket socket(path_, milliseconds(0));
+  EXPECT_EQ(connectingFails(), 0);
+}
+
+TEST_F(SocketAtAPath, HasALockFileThatOnlyItsOwnerCanOpen) {
+  for (const mode_t mask : {0U, 0777U}) {
+    fs::remove(path_ + ".lock");
+    const mode_t before = umask(mask);
+    { const ListeningSocket socket(path_); }
+    umask(before);
+    struct stat file {};
+    ASSERT_EQ(stat((path_ + ".lock").c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode, S_IFREG | 0600U);
+  }
+}
+
+TEST_F(SocketAtAPath, WhoseLockFileIsALinkIsRefused) {
+  const std::string other = pathInTestFolder("other");
+  fs::remove(other);
+  fs::remove(path_ + ".lock");
+  fs::create_symlink(other, path_ + ".lock");
+  EXPECT_EQ(refusal(path_),
+            path_ + ": its lock file cannot be opened: Too many levels of symbolic links");
+  EXPECT_FALSE(fs::exists(other));
+  fs::remove(path_ + ".lock");
 }
 
 TEST_F(SocketAtAPath, ThatAnotherProcessHasCreatedIsNotRemoved) {
