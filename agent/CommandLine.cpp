@@ -80,6 +80,7 @@ struct CommandLine {
   DaemonOptions serve;
   std::uint32_t clientTimeout = 30;  // seconds
   CtlOptions ctl;
+  std::uint32_t ctlTimeout = 300;  // seconds
   TraceOptions traceFile;
   bool trace = false;
   std::optional<std::string> traceRing;  // a file
@@ -210,6 +211,8 @@ void describeCtl(CLI::App& app, CommandLine& commandLine) {
       ->type_name("PATH")
       ->required();
   ctl->add_flag("--json", commandLine.ctl.json, "Print the output as JSON");
+  addCount(*ctl, "--timeout", commandLine.ctlTimeout,
+           "Seconds after which a daemon that sends nothing is given up; 0 for never");
   ctl->add_option("COMMAND", commandLine.ctl.command,
                   "The words of one command; the command help lists all commands");
   ctl->footer(exitStatuses({"every command succeeded, or the console ended",
@@ -272,7 +275,10 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostrea
     commandLine.serve.limits.clientTimeout = std::chrono::seconds(commandLine.clientTimeout);
     return serve(commandLine.serve, out, err);
   }
-  if (app.got_subcommand("ctl")) return control(commandLine.ctl, std::cin, out, err);
+  if (app.got_subcommand("ctl")) {
+    commandLine.ctl.timeout = std::chrono::seconds(commandLine.ctlTimeout);
+    return control(commandLine.ctl, std::cin, out, err);
+  }
   if (app.got_subcommand("trace")) return showTraceFile(commandLine.traceFile, out, err);
   return runConfigurations(commandLine.run, out, err);
 }

@@ -34,6 +34,17 @@ std::string printable(std::string_view text, std::size_t maxBytes) {
   return out;
 }
 
+std::string printableLines(std::string_view text) {
+  std::string lines;
+  while (true) {
+    const std::size_t end = text.find('\n');
+    lines += printable(text.substr(0, end), std::string_view::npos);
+    if (end == std::string_view::npos) return lines;
+    lines += '\n';
+    text.remove_prefix(end + 1);
+  }
+}
+
 std::string inQuotes(std::string_view text) {
   return '"' + printable(text) + '"';
 }

@@ -13,6 +13,9 @@ namespace ZelAgent {
 /// beyond `maxBytes` bytes is cut off and replaced by "...".
 [[nodiscard]] std::string printable(std::string_view text, std::size_t maxBytes = 100);
 
+/// The whole text with every line printable, and the ends of lines as they are.
+[[nodiscard]] std::string printableLines(std::string_view text);
+
 /// `printable(text)` between double quotes.
 [[nodiscard]] std::string inQuotes(std::string_view text);
 

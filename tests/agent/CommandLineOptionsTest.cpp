@@ -333,7 +333,7 @@ const HelpRow helpRows[] = {
      {"-h,--help", "--socket PATH", "--chip-capacity UINT:N=1024", "--client-timeout UINT:N=30",
       "--trace-ring FILE"},
      {"CONFIG"}},
-    {"ctl", {"-h,--help", "--socket PATH", "--json"}, {"COMMAND"}},
+    {"ctl", {"-h,--help", "--socket PATH", "--json", "--timeout UINT:N=300"}, {"COMMAND"}},
     {"trace", {"-h,--help", "--json"}, {"FILE"}},
 };
 

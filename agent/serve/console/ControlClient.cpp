@@ -1,6 +1,7 @@
 #include "agent/serve/console/ControlClient.h"
 
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <cerrno>
 #include <utility>
@@ -24,10 +25,22 @@ auto uninterrupted(Call call) {
   return result;
 }
 
-FileHandle connectTo(const std::string& path) {
+// More than any answer nests.
+constexpr int deepestAnswer = 100;
+
+// Limits each wait of the socket. 0 sets no limit.
+void waitIs(const FileHandle& socket, std::chrono::milliseconds wait) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait);
+  const timeval limit{seconds.count(), std::chrono::microseconds(wait - seconds).count()};
+  for (const int direction : {SO_SNDTIMEO, SO_RCVTIMEO})
+    setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof limit);
+}
+
+FileHandle connectTo(const std::string& path, std::chrono::milliseconds wait) {
   const sockaddr_un address = socketAddressOf(path);
   FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) throw socketErrorOf(path, "a socket cannot be created", errno);
+  waitIs(socket, wait);
   const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
   if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
     throw SocketError(socketErrorOf(path, "no daemon can be reached", errno).what() +
@@ -48,17 +61,29 @@ void sendBytes(const FileHandle& socket, std::string_view bytes) {
   }
 }
 
-std::string receiveLine(const FileHandle& socket, const std::string& path) {
+[[noreturn]] void failAt(const std::string& path, const std::string& what) {
+  throw SocketError(printable(path, 1000) + ": " + what);
+}
+
+[[noreturn]] void failOnRead(const std::string& path, std::chrono::milliseconds wait) {
+  if (errno != EAGAIN) throw socketErrorOf(path, "the daemon does not answer", errno);
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait).count();
+  failAt(path, "the daemon has sent nothing for " + std::to_string(seconds) +
+                   " s; it may still run the command; see --timeout");
+}
+
+std::string receiveLine(const FileHandle& socket, const std::string& path,
+                        std::chrono::milliseconds wait) {
   std::string line;
   char block[65536];
   while (!line.ends_with('\n')) {
     const auto got = uninterrupted([&] { return read(socket.get(), block, sizeof block); });
-    if (got < 0) throw socketErrorOf(path, "the daemon does not answer", errno);
-    if (got == 0) {
-      throw SocketError(printable(path, 1000) +
-                        ": the daemon closed the connection without an answer");
-    }
+    if (got < 0) failOnRead(path, wait);
+    if (got == 0) failAt(path, "the daemon closed the connection without an answer");
     line.append(block, static_cast<std::size_t>(got));
+    if (line.size() > longestAnswer) {
+      failAt(path, "the answer is longer than " + std::to_string(longestAnswer) + " bytes");
+    }
   }
   return line;
 }
@@ -70,12 +95,25 @@ bool isAnswer(const OrderedJson& document, bool asJson) {
          (document["output"].is_string() || (asJson && status == 0));
 }
 
+// The document; discarded if it is no JSON. What is nested too deeply is not kept, since functions
+// that read a document call themselves for each level.
+OrderedJson parseAnswer(const std::string& line, const std::string& path) {
+  bool isTooDeep = false;
+  const auto keep = [&](int depth, OrderedJson::parse_event_t /*event*/, OrderedJson& /*value*/) {
+    isTooDeep = isTooDeep || depth > deepestAnswer;
+    return !isTooDeep;
+  };
+  auto document = OrderedJson::parse(line, keep, false);
+  if (isTooDeep) {
+    failAt(path, "the answer nests deeper than " + std::to_string(deepestAnswer) + " levels");
+  }
+  return document;
+}
+
 Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
-  auto document = OrderedJson::parse(line, nullptr, false);
+  auto document = parseAnswer(line, path);
   if (!isAnswer(document, asJson)) {
-    throw SocketError(printable(path, 1000) +
-                      ": the process that listens there is not zel-agent; it answered " +
-                      inQuotes(line));
+    failAt(path, "the process that listens there is not zel-agent; it answered " + inQuotes(line));
   }
   return {static_cast<ExitStatus>(document["status"].get<int>()), std::move(document["output"])};
 }
@@ -83,9 +121,9 @@ Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
 }  // namespace
 
 Answer ControlClient::send(const Request& request) const {
-  const FileHandle socket = connectTo(path_);
+  const FileHandle socket = connectTo(path_, wait_);
   sendBytes(socket, toLine(request));
-  return answerIn(receiveLine(socket, path_), path_, request.asJson);
+  return answerIn(receiveLine(socket, path_, wait_), path_, request.asJson);
 }
 
 }  // namespace ZelAgent

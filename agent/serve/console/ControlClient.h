@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <utility>
 
@@ -11,15 +12,24 @@ struct Answer;
 
 /// Sends requests to the daemon at a socket. Each request has its own connection, so the daemon may
 /// be restarted between two requests.
+///
+/// The process that listens at the socket need not be the daemon. An answer of more than
+/// `longestAnswer` bytes, or of more than 100 levels of JSON, is refused. The output may have any
+/// characters.
 class ControlClient final {
  public:
-  explicit ControlClient(std::string path) : path_(std::move(path)) {}
+  /// `wait` limits each wait: for the connection, until the daemon reads more of the request, and
+  /// for the next bytes of the answer. The daemon sends nothing while it runs the command, or those
+  /// of other clients. 0 sets no limit.
+  ControlClient(std::string path, std::chrono::milliseconds wait)
+      : path_(std::move(path)), wait_(wait) {}
 
   /// Sends the request and waits for the answer. Throws a `SocketError` if no daemon answers.
   [[nodiscard]] Answer send(const Request& request) const;
 
  private:
   std::string path_;
+  std::chrono::milliseconds wait_;
 };
 
 }  // namespace ZelAgent

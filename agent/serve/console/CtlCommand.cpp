@@ -9,6 +9,7 @@
 
 #include "Mox/QuotedString.h"
 #include "agent/language/Errors.h"
+#include "agent/language/PrintableText.h"
 #include "agent/language/Words.h"
 #include "agent/serve/console/ControlClient.h"
 #include "agent/serve/console/LineEditor.h"
@@ -50,11 +51,11 @@ void ControlSession::requireDaemon() const {
 ExitStatus ControlSession::run(const std::string& command) {
   const Answer answer = client_.send({command, json_});
   if (answer.status != ExitStatus::success) {
-    printError(answer.output.get<std::string>());
+    printError(printable(answer.output.get<std::string>(), std::string_view::npos));
   } else if (json_) {
     out_ << oneLine(answer.output) << '\n';
   } else {
-    out_ << answer.output.get<std::string>();
+    out_ << printableLines(answer.output.get<std::string>());
   }
   out_.flush();
   return answer.status;
@@ -69,10 +70,21 @@ ExitStatus ControlSession::runOrReport(const std::string& command) {
   }
 }
 
+// The elements that are printable texts.
+std::vector<std::string> printableTexts(const OrderedJson& list) {
+  std::vector<std::string> texts;
+  for (const OrderedJson& element : list) {
+    if (!element.is_string()) continue;
+    const auto& text = element.get_ref<const std::string&>();
+    if (printable(text, std::string_view::npos) == text) texts.push_back(text);
+  }
+  return texts;
+}
+
 std::vector<std::string> ControlSession::completionsOf(const std::string& line) const {
   try {
     const Answer answer = client_.send({"complete " + Mox::quoted(line), true});
-    if (answer.status == ExitStatus::success) return answer.output.get<std::vector<std::string>>();
+    if (answer.status == ExitStatus::success) return printableTexts(answer.output);
   } catch (const SocketError&) {
     // The next command prints the error.
   }
@@ -124,7 +136,7 @@ ExitStatus runSession(ControlSession& session, const CtlOptions& options, std::i
 
 ExitStatus control(const CtlOptions& options, std::istream& in, std::ostream& out,
                    std::ostream& err) {
-  ControlSession session(ControlClient(options.socket), options.json, out, err);
+  ControlSession session(ControlClient(options.socket, options.timeout), options.json, out, err);
   ExitStatus status = ExitStatus::success;
   try {
     status = runSession(session, options, in);

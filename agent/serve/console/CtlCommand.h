@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -12,12 +13,13 @@ struct CtlOptions {
   std::string socket;
   std::vector<std::string> command;  // none: commands are read from `in` or from a terminal
   bool json = false;
+  std::chrono::seconds timeout{300};  // of each wait for the daemon; 0 for none
 };
 
 /// `zel-agent ctl`: sends commands to a daemon.
 ///
-/// Prints the output of the commands on `out`, and each error as one line on `err`. Returns the
-/// highest status of the commands.
+/// Prints the output of the commands on `out`, with unprintable characters escaped, and each error
+/// as one line on `err`. Returns the highest status of the commands.
 [[nodiscard]] ExitStatus control(const CtlOptions& options, std::istream& in, std::ostream& out,
                                  std::ostream& err);
 

@@ -9,6 +9,7 @@
 #include "agent/serve/daemon/Scheduler.h"
 #include "agent/serve/daemon/Stream.h"
 #include "agent/serve/daemon/Turns.h"
+#include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/ControlService.h"
 
 namespace ZelAgent {
@@ -17,7 +18,7 @@ namespace ZelAgent {
 struct ServerLimits {
   std::size_t clients = 256;
   /// The longest answer. At most one answer waits for each client.
-  std::size_t unsentBytes = std::size_t{8} * 1024 * 1024;
+  std::size_t unsentBytes = longestAnswer;
   /// How long a client may read nothing of an answer that waits. 0 is without a limit. Other values
   /// are at least 2 ms.
   std::chrono::milliseconds clientTimeout = std::chrono::seconds(30);

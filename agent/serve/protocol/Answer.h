@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -8,6 +9,9 @@
 #include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
+
+/// The most bytes of an answer. The daemon sends an error instead of a longer one.
+inline constexpr std::size_t longestAnswer = std::size_t{8} << 20U;
 
 /// The answer to a request.
 struct Answer {

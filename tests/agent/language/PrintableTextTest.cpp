@@ -25,6 +25,12 @@ TEST(PrintableText, EscapesOverlongUtf8AndControlsOfTextDirection) {
   EXPECT_EQ(printable("a\u202e\u2028"), "a\\xe2\\x80\\xae\\xe2\\x80\\xa8");
 }
 
+TEST(PrintableText, OfSeveralLinesKeepsTheirEnds) {
+  EXPECT_EQ(printableLines(""), "");
+  EXPECT_EQ(printableLines("a\n\nb\x1b\n"), "a\n\nb\\x1b\n");
+  EXPECT_EQ(printableLines("\na\r"), "\na\\x0d");
+}
+
 TEST(PrintableText, CutsBetweenCharacters) {
   EXPECT_EQ(printable("abcdef", 3), "abc...");
   EXPECT_EQ(printable("abc", 3), "abc");

@@ -5,12 +5,15 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <functional>
+#include <sstream>
 #include <thread>
 
 #include "Blinklog/FileHandle.h"
 #include "agent/language/Errors.h"
+#include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
 #include "tests/agent/TestFiles.h"
@@ -58,7 +61,7 @@ class ClientOfADaemon : public ::testing::Test {
     std::thread other(daemon);
     Answer answer;
     try {
-      answer = ControlClient(path_).send(request);
+      answer = ControlClient(path_, wait_).send(request);
     } catch (const SocketError& error) {
       error_ = error.what();
     }
@@ -74,7 +77,28 @@ class ClientOfADaemon : public ::testing::Test {
     });
   }
 
+  // `zel-agent ctl` with a daemon that sends these bytes.
+  struct Printed {
+    ExitStatus status;
+    std::string out;
+    std::string err;
+  };
+  Printed ctl(std::string_view bytes, bool json) {
+    std::thread daemon([&] {
+      const FileHandle client = acceptClient();
+      static_cast<void>(requestOf(client));
+      answer(client, bytes);
+    });
+    std::istringstream in;
+    std::ostringstream out;
+    std::ostringstream err;
+    const ExitStatus status = control({path_, {"show"}, json}, in, out, err);
+    daemon.join();
+    return {status, out.str(), err.str()};
+  }
+
   std::string path_ = pathInTestFolder("s");
+  std::chrono::milliseconds wait_ = std::chrono::minutes(5);
   SignalledThread caller_;
   FileHandle listener_;
   std::string error_ = "none";
@@ -220,12 +244,69 @@ TEST_F(ClientOfADaemon, ReportsAnErrorThatIsNoTextAsTheAnswerOfAnotherProgram) {
                         "\"{\"status\":2,\"output\":{}}\\x0a\"");
 }
 
+TEST_F(ClientOfADaemon, GivesUpADaemonThatSendsNothing) {
+  wait_ = std::chrono::milliseconds(5);
+  send({"show", false}, [] {});
+  EXPECT_EQ(error_, path_ +
+                        ": the daemon has sent nothing for 0 s; it may still run the command; see "
+                        "--timeout");
+}
+
+TEST_F(ClientOfADaemon, GivesUpADaemonThatAcceptsNoClient) {
+  const sockaddr_un address = socketAddressOf(path_);
+  const FileHandle before(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(connect(before.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  wait_ = std::chrono::milliseconds(5);
+  send({"show", false}, [] {});
+  EXPECT_THAT(error_,
+              ::testing::StartsWith(
+                  path_ + ": no daemon can be reached: Resource temporarily unavailable; start"));
+}
+
+TEST_F(ClientOfADaemon, RefusesAnAnswerThatIsTooLong) {
+  send({"show", false}, [&] {
+    const FileHandle client = acceptClient();
+    static_cast<void>(requestOf(client));
+    const std::string block(65536, 'x');
+    ssize_t sent = 1;
+    for (std::size_t total = 0; sent > 0 && total < 2 * longestAnswer; total += block.size())
+      sent = ::send(client.get(), block.data(), block.size(), MSG_NOSIGNAL);
+  });
+  EXPECT_EQ(error_, path_ + ": the answer is longer than 8388608 bytes");
+}
+
+TEST_F(ClientOfADaemon, ReadsAnAnswerOfTheGreatestLength) {
+  std::string bytes = "{\"status\":0,\"output\":\"x\"}";
+  bytes.resize(longestAnswer - 1, ' ');
+  const Answer answered = sendFor(bytes + '\n');
+  EXPECT_EQ(answered.output, "x");
+  EXPECT_EQ(error_, "none");
+}
+
+TEST_F(ClientOfADaemon, RefusesAnAnswerThatNestsDeeply) {
+  const std::string opened(1'000'000, '[');
+  const std::string closed(1'000'000, ']');
+  sendFor("{\"status\":0,\"output\":" + opened + closed + "}\n", true);
+  EXPECT_EQ(error_, path_ + ": the answer nests deeper than 100 levels");
+}
+
+TEST_F(ClientOfADaemon, PrintsNoControlsOfTheTerminal) {
+  const Printed text = ctl("{\"status\":0,\"output\":\"a\\u001b[2J\\nb\\u202e\\n\"}\n", false);
+  EXPECT_EQ(text.status, ExitStatus::success);
+  EXPECT_EQ(text.out, "a\\x1b[2J\nb\\xe2\\x80\\xae\n");
+  const Printed json = ctl("{\"status\":0,\"output\":[\"\\u009b\\u202e\"]}\n", true);
+  EXPECT_EQ(json.out, "[\"\\u009b\\u202e\"]\n");
+  const Printed error = ctl("{\"status\":2,\"output\":\"bad\\u001b\\nworse\"}\n", false);
+  EXPECT_EQ(error.status, ExitStatus::badInput);
+  EXPECT_EQ(error.err, "error: bad\\x1b\\x0aworse\n");
+}
+
 TEST_F(ClientOfADaemon, ReportsThatNoDaemonListens) {
   listener_ = FileHandle(-1);
   EXPECT_FALSE(listener_.isOpen());
   std::filesystem::remove(path_);
   try {
-    static_cast<void>(ControlClient(path_).send({"show", false}));
+    static_cast<void>(ControlClient(path_, wait_).send({"show", false}));
     ADD_FAILURE() << "nothing was thrown";
   } catch (const SocketError& error) {
     EXPECT_EQ(error.what(),
