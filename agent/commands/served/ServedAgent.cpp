@@ -1,9 +1,11 @@
 #include "agent/commands/served/ServedAgent.h"
 
+#include <exception>
 #include <utility>
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
+#include "agent/language/PrintableText.h"
 #include "agent/model/events/EventPlayer.h"
 
 namespace ZelAgent {
@@ -17,14 +19,21 @@ std::vector<std::string> ServedAgent::start() {
 }
 
 std::vector<std::string> ServedAgent::reload() {
+  const auto refused = [this](const std::string& why) {
+    ++record_.reloadsRefused;
+    record_.refusal = why;
+  };
   try {
     std::vector<std::string> warnings = applyFile(ConfigurationSource::reload);
     ++record_.reloadsApplied;
     record_.refusal.reset();
     return warnings;
   } catch (const ConfigError& error) {
-    ++record_.reloadsRefused;
-    record_.refusal = error.what();
+    refused(error.what());
+    throw;
+  } catch (const std::exception& error) {
+    refused("the reload failed: " + printable(error.what(), 1000) +
+            "; the file may be applied in part");
     throw;
   }
 }

@@ -19,18 +19,20 @@ struct ConfigurationRecord {
   ConfigurationSource source = ConfigurationSource::start;
   std::uint64_t reloadsApplied = 0;
   std::uint64_t reloadsRefused = 0;
-  std::optional<std::string> refusal;  // of the last reload, if it was refused
+  // Why the last reload was refused, as one printable line. None if it was applied.
+  std::optional<std::string> refusal;
 };
 
 /// The agent of a daemon, with a record of its configurations. A wrong configuration changes only
-/// the record.
+/// the record. A reload that fails for another reason is recorded as refused, but may be applied in
+/// part.
 class ServedAgent final {
  public:
   ServedAgent(std::string file, std::uint32_t chipCapacity);
 
   /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();
-  /// Reads the file again and applies it as a change. Otherwise as `start`.
+  /// Reads the file again and applies it as a change. Records any failure. Otherwise as `start`.
   std::vector<std::string> reload();
   /// Throws an `EventError`.
   EventEffects play(const Event& event);

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/language/Errors.h"
@@ -310,6 +311,20 @@ TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRecorded) {
   EXPECT_EQ(output("show config")["reloads"],
             json({{"applied", 0}, {"refused", 2}, {"lastRefusal", problem}}));
   EXPECT_THAT(text("show config"), HasSubstr("last reload  refused: " + problem + "\n"));
+}
+
+TEST_F(Commands, AReloadThatFailsForAnyOtherReasonIsRecorded) {
+  writeSmall("red.json", {{{"red"}, {"blue"}}, {"red", "green"}, {"e1", "e2"}});
+  served_.agent().chip().hookObserverIs(
+      [](const SoftChip::HookCall& /*call*/) { throw std::runtime_error("the chip\nis absent"); });
+  const json whole = answer("reload");
+  served_.agent().chip().hookObserverIs({});
+  EXPECT_EQ(whole, json({{"status", 1}, {"output", "the command failed: the chip\\x0ais absent"}}));
+  EXPECT_EQ(output("show config")["reloads"],
+            json({{"applied", 0},
+                  {"refused", 1},
+                  {"lastRefusal",
+                   "the reload failed: the chip\\x0ais absent; the file may be applied in part"}}));
 }
 
 TEST_F(Commands, AReloadThatIsAppliedClearsTheLastRefusal) {
