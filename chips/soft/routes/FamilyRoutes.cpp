@@ -4,14 +4,6 @@
 
 namespace SoftChip {
 
-std::size_t FamilyRoutes::AddressHash::operator()(const Ip::Address& address) const noexcept {
-  const AddressBits bits = bitsOf(address);
-  std::uint64_t hash = bits.high ^ std::rotl(bits.low * 0x9e3779b97f4a7c15, 32);
-  hash = (hash ^ hash >> 32) * 0xd6e8feb86659fd93;
-  hash = (hash ^ hash >> 32) * 0xd6e8feb86659fd93;
-  return static_cast<std::size_t>(hash ^ hash >> 32);
-}
-
 FamilyRoutes::FamilyRoutes(Ip::Family family) {
   const std::size_t lengths = Ip::addressBits(family) + 1;
   lengths_.reserve(lengths);

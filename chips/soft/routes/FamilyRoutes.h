@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "chips/soft/routes/AddressHash.h"
 #include "chips/soft/routes/PrefixTrie.h"
 #include "chips/soft/routes/Route.h"
 
@@ -30,9 +31,6 @@ class FamilyRoutes final {
   [[nodiscard]] std::size_t routes() const noexcept { return routes_; }
 
  private:
-  struct AddressHash {
-    std::size_t operator()(const Ip::Address& address) const noexcept;
-  };
   struct Length {
     explicit Length(std::pmr::memory_resource* memory) : routes(memory) {}
     std::pmr::unordered_map<Ip::Address, Route, AddressHash> routes;
