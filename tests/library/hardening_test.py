@@ -1,6 +1,8 @@
 """The shipped programs and libraries are built with protections against exploits.
 
-usage: hardening_test.py COMPILE_COMMANDS OBJECT...
+usage: hardening_test.py CMAKE COMPILE_COMMANDS OBJECT...
+
+The objects are the shipped ones. The folder of COMPILE_COMMANDS is the build tree.
 """
 
 import json
@@ -8,18 +10,38 @@ import pathlib
 import platform
 import re
 import sys
+import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
 import processes
 
-COMPILE_COMMANDS = pathlib.Path(sys.argv[1])
-OBJECTS = sys.argv[2:]
+CMAKE = sys.argv[1]
+COMPILE_COMMANDS = pathlib.Path(sys.argv[2])
+BUILD = COMPILE_COMMANDS.parent
+OBJECTS = sys.argv[3:]
 SHIPPED = ("platform", "ZelVrfSelectionPolicy", "chips", "agent")
 
 
 def readelf(*arguments):
     return processes.run(["readelf", *arguments], check=True, capture_output=True, text=True).stdout
+
+
+def objects_below(folder):
+    """All programs and shared libraries in the folder, without links to them."""
+    for file in sorted(folder.rglob("*")):
+        if file.is_symlink() or not file.is_file():
+            continue
+        with file.open("rb") as content:
+            begin = content.read(18)
+        if begin[:4] == b"\x7fELF" and begin[16:18] in (b"\2\0", b"\3\0", b"\0\2", b"\0\3"):
+            yield file
+
+
+def search_paths(name):
+    """The folders in which the loader searches the libraries of the object."""
+    paths = re.findall(r"\((?:RPATH|RUNPATH)\).*\[(.*)\]", readelf("-dW", name))
+    return [folder for path in paths for folder in path.split(":")]
 
 
 class Hardening(unittest.TestCase):
@@ -45,6 +67,26 @@ class Hardening(unittest.TestCase):
     def test_stacks_are_guarded(self):
         for name in self.each():
             self.assertIn("__stack_chk_fail", readelf("-sW", "--dyn-syms", name))
+
+    def need_only_absolute_search_paths(self, objects):
+        for name in objects:
+            for folder in search_paths(str(name)):
+                self.assertRegex(folder, r"^(/|\$ORIGIN(/|$))", f"search path of {name}")
+
+    def test_no_object_of_the_build_tree_loads_libraries_from_the_current_folder(self):
+        folders = {BUILD / "bin", *(pathlib.Path(name).parent for name in OBJECTS)}
+        objects = [file for folder in folders for file in objects_below(folder)]
+        self.assertLessEqual({pathlib.Path(name) for name in OBJECTS}, set(objects))
+        self.need_only_absolute_search_paths(objects)
+
+    def test_no_installed_object_loads_libraries_from_the_current_folder(self):
+        with tempfile.TemporaryDirectory() as prefix:
+            processes.run([CMAKE, "--install", str(BUILD), "--prefix", prefix], check=True,
+                          capture_output=True, text=True, seconds=processes.BUILD_SECONDS)
+            installed = list(objects_below(pathlib.Path(prefix)))
+            self.assertLessEqual({pathlib.Path(name).name for name in OBJECTS},
+                                 {file.name for file in installed})
+            self.need_only_absolute_search_paths(installed)
 
     @unittest.skipUnless(platform.machine() == "x86_64", "indirect branches are marked on x86 only")
     def test_functions_begin_with_endbr64(self):
