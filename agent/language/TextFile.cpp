@@ -1,34 +1,66 @@
 #include "agent/language/TextFile.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "agent/language/Errors.h"
+#include "agent/language/FileKind.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
 namespace {
 
-[[noreturn]] void failToRead(const std::string& file, int error, const std::string& wanted) {
-  throw ConfigError(printable(file, 1000) + ": cannot be read: " + std::strerror(error) +
-                    "; give " + wanted);
+InputFileError unreadable(int error) {
+  return InputFileError(std::string("cannot be read: ") + std::strerror(error));
+}
+
+void needUsable(int descriptor) {
+  struct stat found {};
+  if (fstat(descriptor, &found) != 0) throw unreadable(errno);
+  if (!S_ISREG(found.st_mode)) throw InputFileError("is " + std::string(fileKind(found.st_mode)));
+  if (static_cast<std::size_t>(found.st_size) > maxInputBytes) throw inputTooLarge();
 }
 
 }  // namespace
 
-std::string readTextFile(const std::string& file, const std::string& wanted) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "rb"),
-                                                               &std::fclose);
-  if (!stream) failToRead(file, errno, wanted);
+InputFileError inputTooLarge() {
+  return InputFileError("is larger than 64 MiB");
+}
+
+InputFile openInputFile(const std::string& file) {
+  const int descriptor = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) throw unreadable(errno);
+  InputFile stream(fdopen(descriptor, "rb"), &std::fclose);
+  if (!stream) {
+    const int error = errno;
+    close(descriptor);
+    throw unreadable(error);
+  }
+  needUsable(descriptor);
+  return stream;
+}
+
+std::string readAll(const InputFile& file) {
   std::string text;
   char block[65536];
-  while (const std::size_t got = std::fread(block, 1, sizeof block, stream.get())) {
+  while (const std::size_t got = std::fread(block, 1, sizeof block, file.get())) {
+    if (got > maxInputBytes - text.size()) throw inputTooLarge();
     text.append(block, got);
   }
-  if (std::ferror(stream.get()) != 0) failToRead(file, errno, wanted);
+  if (std::ferror(file.get()) != 0) throw unreadable(errno);
   return text;
+}
+
+std::string readTextFile(const std::string& file, const std::string& wanted) {
+  try {
+    return readAll(openInputFile(file));
+  } catch (const InputFileError& error) {
+    throw ConfigError(printable(file, 1000) + ": " + error.what() + "; give " + wanted);
+  }
 }
 
 }  // namespace ZelAgent

@@ -81,7 +81,7 @@ TEST(JsonText, TellsWhyAFileCannotBeRead) {
     FAIL() << "a directory was read";
   } catch (const ConfigError& error) {
     EXPECT_EQ(std::string(error.what()),
-              folder + ": cannot be read: Is a directory; give a readable JSON file");
+              folder + ": is a directory; give a readable JSON file");
   }
 }
 

@@ -40,7 +40,7 @@ TEST(BadFileTest, MissingFile) {
 
 TEST(BadFileTest, Folder) {
   const std::string folder = TestFiles::processFolder();
-  expectRefused(folder, folder + ": cannot be read: Is a directory; give a readable JSON file");
+  expectRefused(folder, folder + ": is a directory; give a readable JSON file");
 }
 
 TEST(BadFileTest, MalformedJson) {

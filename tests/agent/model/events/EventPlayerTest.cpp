@@ -2,6 +2,7 @@
 #include "agent/model/events/EventPlayer.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
@@ -271,6 +272,14 @@ TEST_F(EventPlayerTest, AConfigurationThatIsBadIsRefused) {
             "config FILE: " + folder +
                 "no-such-file.json: cannot be read: No such file or directory; give a readable "
                 "JSON file");
+}
+
+TEST_F(EventPlayerTest, AConfigurationThatIsAFifoIsRefusedAndNotWaitedFor) {
+  const TestFiles::TemporaryFolder folder;
+  const std::string fifo = folder.path("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_EQ(refusalOf("config " + fifo),
+            "config FILE: " + fifo + ": is a FIFO; give a readable JSON file");
 }
 
 TEST_F(EventPlayerTest, NobodyIsToldOfCallsOutsideOfEvents) {
