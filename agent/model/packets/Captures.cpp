@@ -1,25 +1,27 @@
 #include "agent/model/packets/Captures.h"
 
 #include <pcap/pcap.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <new>
 #include <span>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "agent/language/Errors.h"
+#include "agent/language/FileKind.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/TextFile.h"
+#include "agent/model/packets/HeldSignals.h"
+#include "agent/model/packets/UnfinishedFile.h"
 
 namespace ZelAgent {
 namespace {
-
-// Some messages of the library begin with the file, and some do not.
-std::string withoutFile(const std::string& file, const std::string& message) {
-  const std::string start = file + ": ";
-  return message.starts_with(start) ? message.substr(start.size()) : message;
-}
 
 [[noreturn]] void failToRead(const std::string& file, const std::string& what) {
   throw CaptureError(printable(file, 1000) + ": " + printable(what, 1000) +
@@ -48,13 +50,42 @@ std::filesystem::path fileNameOf(std::string interface) {
   return interface + ".pcap";
 }
 
-// Whether everything is in the file. The error flag of the stream covers earlier writes.
-bool isWritten(pcap_dumper* dumper) {
-  return pcap_dump_flush(dumper) == 0 && std::ferror(pcap_dump_file(dumper)) == 0;
+constexpr std::size_t fileHeaderBytes = 24;
+constexpr std::size_t packetHeaderBytes = 16;
+
+// Opens the file, or standard input for "-".
+InputFile openCapture(const std::string& file) {
+  if (file == "-") return {stdin, &std::fclose};
+  try {
+    return openInputFile(file);
+  } catch (const InputFileError& error) {
+    failToRead(file, error.what());
+  }
 }
 
 [[noreturn]] void failToWrite(const std::filesystem::path& path, const std::string& what) {
   throw CaptureError(printable(path.string(), 1000) + ": " + what);
+}
+
+// Only a file is replaced, not what another program has put there.
+void needReplaceable(const std::filesystem::path& name) {
+  struct stat found {};
+  if (lstat(name.c_str(), &found) != 0 || S_ISREG(found.st_mode)) return;
+  failToWrite(name, "cannot be written: is " + std::string(fileKind(found.st_mode)) +
+                        "; give a folder without it");
+}
+
+UnfinishedFile makeUnfinished(const std::filesystem::path& name, std::string_view bytes) {
+  const std::filesystem::path unfinished = name.string() + ".unfinished";
+  try {
+    return {unfinished, bytes};
+  } catch (const std::system_error& error) {
+    if (error.code() == std::errc::file_exists) {
+      failToWrite(unfinished, "exists already; end the command that writes it, or remove it");
+    }
+    failToWrite(name, "cannot be written: " + error.code().message() +
+                          "; give a folder with room that can be written to");
+  }
 }
 
 }  // namespace
@@ -64,10 +95,13 @@ void CaptureReader::Close::operator()(pcap* capture) const noexcept {
 }
 
 CaptureReader::CaptureReader(std::string file) : file_(std::move(file)) {
+  InputFile stream = openCapture(file_);
   char error[PCAP_ERRBUF_SIZE] = "";
   capture_.reset(
-      pcap_open_offline_with_tstamp_precision(file_.c_str(), PCAP_TSTAMP_PRECISION_NANO, error));
-  if (!capture_) failToRead(file_, withoutFile(file_, error));
+      pcap_fopen_offline_with_tstamp_precision(stream.get(), PCAP_TSTAMP_PRECISION_NANO, error));
+  if (!capture_) failToRead(file_, error);
+  static_cast<void>(stream.release());  // the capture closes it
+  count(fileHeaderBytes);
   const int linkType = pcap_datalink(capture_.get());
   isEthernet_ = linkType == DLT_EN10MB;
   if (!isEthernet_ && !isRawIp(linkType)) {
@@ -83,11 +117,20 @@ std::optional<CapturedPacket> CaptureReader::next() {
   const int result = pcap_next_ex(capture_.get(), &header, &bytes);
   if (result == PCAP_ERROR_BREAK) return std::nullopt;
   if (result != 1) failToRead(file_, pcap_geterr(capture_.get()));
+  count(packetHeaderBytes + header->caplen);
   const std::span<const std::uint8_t> frame(bytes, header->caplen);
   const auto packet = isEthernet_ ? ipPacketIn(frame) : frame;
   std::optional<std::vector<std::uint8_t>> ipPacket;
   if (packet) ipPacket = std::vector<std::uint8_t>(packet->begin(), packet->end());
   return CapturedPacket{{header->ts.tv_sec, header->ts.tv_usec}, std::move(ipPacket)};
+}
+
+// A file may grow while it is read. A pipe has no position, so its bytes are counted.
+void CaptureReader::count(std::size_t packetBytes) {
+  readBytes_ += packetBytes;
+  const off_t position = ftello(pcap_file(capture_.get()));
+  const std::size_t read = position < 0 ? readBytes_ : static_cast<std::size_t>(position);
+  if (read > maxInputBytes) failToRead(file_, inputTooLarge().what());
 }
 
 std::optional<std::span<const std::uint8_t>> ipPacketIn(
@@ -100,12 +143,42 @@ std::optional<std::span<const std::uint8_t>> ipPacketIn(
   return std::nullopt;
 }
 
+// A capture in memory.
+class CaptureFolder::Capture final {
+ public:
+  // Throws a `std::bad_alloc`.
+  Capture(pcap* kind, std::string interface)
+      : interface_(std::move(interface)), stream_(open_memstream(&bytes_, &size_)) {
+    dumper_ = stream_ == nullptr ? nullptr : pcap_dump_fopen(kind, stream_);
+    if (dumper_ == nullptr) throw std::bad_alloc();
+  }
+  Capture(const Capture&) = delete;
+  Capture& operator=(const Capture&) = delete;
+  ~Capture() {
+    if (stream_ != nullptr) std::fclose(stream_);
+    std::free(bytes_);
+  }
+
+  [[nodiscard]] const std::string& interface() const noexcept { return interface_; }
+  void add(const pcap_pkthdr& header, std::span<const std::uint8_t> packet) {
+    pcap_dump(reinterpret_cast<u_char*>(dumper_), &header, packet.data());
+  }
+  // All bytes of the file. Throws a `std::bad_alloc` if memory did not suffice for them.
+  [[nodiscard]] std::string_view bytes() {
+    if (std::fflush(stream_) != 0 || std::ferror(stream_) != 0) throw std::bad_alloc();
+    return {bytes_, size_};
+  }
+
+ private:
+  std::string interface_;
+  char* bytes_ = nullptr;
+  std::size_t size_ = 0;
+  std::FILE* stream_;
+  pcap_dumper* dumper_ = nullptr;  // writes to the stream
+};
+
 void CaptureFolder::Close::operator()(pcap* capture) const noexcept {
   pcap_close(capture);
-}
-
-void CaptureFolder::Close::operator()(pcap_dumper* dumper) const noexcept {
-  pcap_dump_close(dumper);
 }
 
 CaptureFolder::CaptureFolder(std::filesystem::path folder)
@@ -120,12 +193,7 @@ CaptureFolder::CaptureFolder(std::filesystem::path folder)
   }
 }
 
-CaptureFolder::~CaptureFolder() {
-  for (const auto& [name, file] : files_) {
-    std::error_code ignored;
-    std::filesystem::remove(file.unfinished, ignored);
-  }
-}
+CaptureFolder::~CaptureFolder() = default;
 
 void CaptureFolder::write(const std::string& interface, const CaptureTime& time,
                           std::span<const std::uint8_t> packet) {
@@ -133,44 +201,37 @@ void CaptureFolder::write(const std::string& interface, const CaptureTime& time,
   header.ts.tv_sec = time.seconds;
   header.ts.tv_usec = time.nanoseconds;
   header.caplen = header.len = static_cast<bpf_u_int32>(packet.size());
-  pcap_dump(reinterpret_cast<u_char*>(fileOf(interface).dumper.get()), &header, packet.data());
+  captureOf(interface).add(header, packet);
 }
 
 void CaptureFolder::keep() {
-  for (auto& [name, file] : files_) {
-    if (!isWritten(file.dumper.get())) {
-      failToWrite(name, "cannot be written to the end; give a folder with room for it");
-    }
-    std::error_code unknown;
-    if (std::filesystem::is_directory(name, unknown)) {
-      failToWrite(name, "cannot be written: Is a directory; give a folder without it");
+  const HeldSignals signals;  // ends after the unfinished files are removed
+  std::vector<UnfinishedFile> unfinished;
+  unfinished.reserve(captures_.size());
+  for (auto& [name, capture] : captures_) {
+    needReplaceable(name);
+    unfinished.push_back(makeUnfinished(name, capture.bytes()));
+    if (signals.anyArrived()) failToWrite(folder_, "a signal ended the command");
+  }
+  auto file = unfinished.begin();
+  for (const auto& [name, capture] : captures_) {
+    try {
+      (file++)->renameTo(name);
+    } catch (const std::system_error& error) {
+      failToWrite(name, "cannot be written: " + error.code().message());
     }
   }
-  for (auto& [name, file] : files_) {
-    std::error_code error;
-    std::filesystem::rename(file.unfinished, name, error);
-    if (error) failToWrite(name, "cannot be written: " + error.message());
-  }
-  files_.clear();
+  captures_.clear();
 }
 
-CaptureFolder::File& CaptureFolder::fileOf(const std::string& interface) {
+CaptureFolder::Capture& CaptureFolder::captureOf(const std::string& interface) {
   const std::filesystem::path name = folder_ / fileNameOf(interface);
-  const auto present = files_.find(name);
-  if (present != files_.end()) {
-    if (present->second.interface != interface) {
-      failToWrite(name, "is wanted for two interfaces, " + inQuotes(present->second.interface) +
-                            " and " + inQuotes(interface) + "; name them apart");
-    }
-    return present->second;
+  Capture& capture = captures_.try_emplace(name, rawIp_.get(), interface).first->second;
+  if (capture.interface() != interface) {
+    failToWrite(name, "is wanted for two interfaces, " + inQuotes(capture.interface()) + " and " +
+                          inQuotes(interface) + "; name them apart");
   }
-  const std::filesystem::path unfinished = name.string() + ".unfinished";
-  std::unique_ptr<pcap_dumper, Close> dumper(pcap_dump_open(rawIp_.get(), unfinished.c_str()));
-  if (!dumper) {
-    failToWrite(name, "cannot be written: " + printable(pcap_geterr(rawIp_.get()), 1000) +
-                          "; give a folder that can be written to");
-  }
-  return files_.emplace(name, File{interface, unfinished, std::move(dumper)}).first->second;
+  return capture;
 }
 
 }  // namespace ZelAgent

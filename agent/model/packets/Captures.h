@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -11,7 +12,6 @@
 #include <vector>
 
 struct pcap;
-struct pcap_dumper;
 
 namespace ZelAgent {
 
@@ -30,10 +30,11 @@ struct CapturedPacket {
 
 /// The packets of a capture (pcap) of Ethernet or raw IP, in the order of the file.
 ///
-/// The constructor and `next` throw a `CaptureError` for a file of another kind, and for one that
-/// ends within a packet.
+/// The constructor and `next` throw a `CaptureError` for a file of another kind, for one that ends
+/// within a packet, and for one of more than `maxInputBytes`.
 class CaptureReader final {
  public:
+  /// `file` is the path of a regular file, or "-" for standard input.
   explicit CaptureReader(std::string file);
 
   /// The next packet. Nothing at the end of the file.
@@ -44,8 +45,11 @@ class CaptureReader final {
     void operator()(pcap* capture) const noexcept;
   };
 
+  void count(std::size_t packetBytes);
+
   std::string file_;
   std::unique_ptr<pcap, Close> capture_;
+  std::size_t readBytes_ = 0;  // as far as packets show
   bool isEthernet_ = false;
 };
 
@@ -59,6 +63,9 @@ class CaptureReader final {
 /// The file of an interface is INTERFACE.pcap, with "_" in place of "/" and of zero bytes. Packets
 /// are in the order in which they were written. `keep` makes the files appear. Without it no file
 /// is made, and files of the same names stay as they were.
+///
+/// The packets are in memory until `keep` writes one file after the other. So no number of
+/// interfaces needs more than one open file.
 class CaptureFolder final {
  public:
   /// Makes the folder if it does not exist. Throws a `CaptureError`, as all functions here do.
@@ -69,25 +76,21 @@ class CaptureFolder final {
 
   void write(const std::string& interface, const CaptureTime& time,
              std::span<const std::uint8_t> packet);
-  /// Gives the files their names.
+  /// Writes the files. A signal that would end the process does so after the unfinished files are
+  /// removed.
   void keep();
 
  private:
   struct Close {
     void operator()(pcap* capture) const noexcept;
-    void operator()(pcap_dumper* dumper) const noexcept;
   };
-  struct File {
-    std::string interface;
-    std::filesystem::path unfinished;
-    std::unique_ptr<pcap_dumper, Close> dumper;
-  };
+  class Capture;
 
-  File& fileOf(const std::string& interface);
+  Capture& captureOf(const std::string& interface);
 
   std::filesystem::path folder_;
   std::unique_ptr<pcap, Close> rawIp_;
-  std::map<std::filesystem::path, File> files_;  // by their final names
+  std::map<std::filesystem::path, Capture> captures_;  // by the names of their files
 };
 
 }  // namespace ZelAgent

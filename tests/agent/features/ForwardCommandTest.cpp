@@ -163,10 +163,19 @@ TEST_F(ForwardCommandTest, ACaptureThatIsNotNamedWithItsInterfaceIsRefused) {
   }
 }
 
+TEST_F(ForwardCommandTest, ACaptureIsReadFromStandardInput) {
+  const auto file = capture("a.pcap", CaptureLink::rawIp, {{plain}});
+  const AgentOutcome outcome =
+      runAgentReading(file, {"forward", configuration_, "--out", out_, "--in", "Ethernet1=-"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(readRawIpCapture(out_ / "Ethernet2.pcap"),
+              ElementsAre(CaptureFrame{asForwarded(plain)}));
+}
+
 TEST_F(ForwardCommandTest, ACaptureThatCannotBeReadIsRefused) {
   const std::string missing = in_ / "none.pcap";
   expectRefused(forward({"Ethernet1=" + missing}),
-                missing + ": No such file or directory" + captureAdvice);
+                missing + ": cannot be read: No such file or directory" + captureAdvice);
   const auto cooked = capture("cooked.pcap", CaptureLink::linuxCooked, {});
   expectRefused(forward({"Ethernet1=" + cooked}),
                 cooked + ": has link type LINUX_SLL" + captureAdvice);
@@ -184,7 +193,7 @@ TEST_F(ForwardCommandTest, ABadSecondCaptureIsRefusedBeforeAnythingIsForwarded) 
   const auto file = capture("a.pcap", CaptureLink::rawIp, {{plain}});
   const std::string missing = in_ / "none.pcap";
   expectRefused(forward({"Ethernet1=" + file, "Ethernet2=" + missing}),
-                missing + ": No such file or directory" + captureAdvice);
+                missing + ": cannot be read: No such file or directory" + captureAdvice);
 }
 
 TEST_F(ForwardCommandTest, InterfacesThatWouldShareAFileAreRefused) {

@@ -4,11 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <fstream>
 
 #include "agent/language/Errors.h"
+#include "agent/model/packets/HeldSignals.h"
 #include "tests/agent/CaptureFile.h"
 
 namespace ZelAgent {
@@ -36,6 +38,22 @@ class FileSizeLimit final {
 
  private:
   void (*handler_)(int);
+  rlimit before_{};
+};
+
+// As long as it lives the process has few descriptors.
+class DescriptorLimit final {
+ public:
+  explicit DescriptorLimit(rlim_t descriptors) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit limit{descriptors, before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+  DescriptorLimit(const DescriptorLimit&) = delete;
+  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
   rlimit before_{};
 };
 
@@ -98,14 +116,82 @@ TEST_F(CaptureFolderTest, AByteOfZeroDoesNotCutTheNameOfAFile) {
   EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet1.pcap", "Ethernet1.pcap_.pcap"));
 }
 
-TEST_F(CaptureFolderTest, AFullDiskIsToldOf) {
-  std::filesystem::create_symlink("/dev/full", folder_ / "Ethernet1.pcap.unfinished");
+TEST_F(CaptureFolderTest, ALinkInPlaceOfAnUnfinishedFileIsNotFollowed) {
+  const auto precious = folder_ / "precious";
+  std::ofstream(precious) << "keep me";
+  const auto link = folder_ / "Ethernet1.pcap.unfinished";
+  std::filesystem::create_symlink(precious, link);
   CaptureFolder captures(folder_);
-  for (int packet = 0; packet < 1000; ++packet)
-    captures.write("Ethernet1", {}, one);
+  captures.write("Ethernet1", {}, one);
+  EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+            link.string() + ": exists already; end the command that writes it, or remove it");
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(std::filesystem::file_size(precious), 7U);
+}
+
+TEST_F(CaptureFolderTest, AFifoInPlaceOfAnUnfinishedFileIsNotWaitedFor) {
+  const auto fifo = folder_ / "Ethernet1.pcap.unfinished";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1", {}, one);
+  EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+            fifo.string() + ": exists already; end the command that writes it, or remove it");
+}
+
+TEST_F(CaptureFolderTest, ANameThatIsTakenByALinkIsRefused) {
+  std::filesystem::create_symlink("elsewhere", folder_ / "Ethernet1.pcap");
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1", {}, one);
   EXPECT_EQ(refusalOf([&] { captures.keep(); }),
             (folder_ / "Ethernet1.pcap").string() +
-                ": cannot be written to the end; give a folder with room for it");
+                ": cannot be written: is a symbolic link; give a folder without it");
+  EXPECT_THAT(namesIn(folder_), ElementsAre("Ethernet1.pcap"));
+}
+
+TEST_F(CaptureFolderTest, OnlyTheOwnerCanReadTheCaptures) {
+  const mode_t before = umask(0);
+  CaptureFolder captures(folder_);
+  captures.write("Ethernet1", {}, one);
+  captures.keep();
+  umask(before);
+  EXPECT_EQ(std::filesystem::status(folder_ / "Ethernet1.pcap").permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(CaptureFolderTest, MoreInterfacesThanTheProcessMayOpenFilesHaveTheirCaptures) {
+  const DescriptorLimit limit(32);
+  CaptureFolder captures(folder_);
+  for (unsigned number = 0; number < 1200; ++number)
+    captures.write("e" + std::to_string(number), {}, one);
+  captures.keep();
+  EXPECT_EQ(namesIn(folder_).size(), 1200U);
+  EXPECT_THAT(readRawIpCapture(folder_ / "e1199.pcap"), ElementsAre(CaptureFrame{one, 0, 0}));
+}
+
+TEST_F(CaptureFolderTest, ASignalLeavesNoUnfinishedFile) {
+  static bool arrived = false;
+  const auto before = std::signal(SIGTERM, [](int) { arrived = true; });
+  {
+    // As if the signal arrived while the files are written.
+    const HeldSignals signals;
+    std::raise(SIGTERM);
+    CaptureFolder captures(folder_);
+    captures.write("Ethernet1", {}, one);
+    EXPECT_EQ(refusalOf([&] { captures.keep(); }),
+              folder_.string() + ": a signal ended the command");
+    EXPECT_THAT(namesIn(folder_), ElementsAre());
+    EXPECT_FALSE(arrived);
+  }
+  EXPECT_TRUE(arrived);
+  std::signal(SIGTERM, before);
+}
+
+TEST_F(CaptureFolderTest, ASignalThatIsIgnoredChangesNothing) {
+  const auto before = std::signal(SIGHUP, SIG_IGN);
+  const HeldSignals signals;
+  std::raise(SIGHUP);
+  EXPECT_FALSE(signals.anyArrived());
+  std::signal(SIGHUP, before);
 }
 
 TEST_F(CaptureFolderTest, InterfacesThatWouldShareAFileAreRefused) {
@@ -160,7 +246,7 @@ TEST_F(CaptureFolderTest, ANameThatIsTakenByAFolderIsRefused) {
   captures.write("Ethernet1", {}, one);
   captures.write("Ethernet2", {}, one);
   EXPECT_EQ(refusalOf([&] { captures.keep(); }), (folder_ / "Ethernet2.pcap").string() +
-                                                     ": cannot be written: Is a directory; give a "
+                                                     ": cannot be written: is a directory; give a "
                                                      "folder without it");
 }
 
@@ -171,9 +257,10 @@ TEST_F(CaptureFolderTest, ACaptureWithoutRoomIsRefusedHoweverMuchOfItIsMissing) 
     CaptureFolder captures(folder_);
     for (unsigned i = 0; i < packets; ++i)
       captures.write("Ethernet1", {}, one);
-    EXPECT_EQ(refusalOf([&] { captures.keep(); }),
-              (folder_ / "Ethernet1.pcap").string() +
-                  ": cannot be written to the end; give a folder with room for it");
+    EXPECT_EQ(
+        refusalOf([&] { captures.keep(); }),
+        (folder_ / "Ethernet1.pcap").string() +
+            ": cannot be written: File too large; give a folder with room that can be written to");
   }
   EXPECT_THAT(namesIn(folder_), ElementsAre());
 }

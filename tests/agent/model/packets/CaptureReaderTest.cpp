@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -153,13 +154,43 @@ TEST_F(CaptureReaderTest, OtherLinkTypesAreRefusedByTheirName) {
 
 TEST_F(CaptureReaderTest, AFileThatIsNotThereIsNamedOnce) {
   const std::string file = folder_ / "none.pcap";
-  EXPECT_EQ(refusalOf(file), file + ": No such file or directory" + advice);
+  EXPECT_EQ(refusalOf(file), file + ": cannot be read: No such file or directory" + advice);
 }
 
 TEST_F(CaptureReaderTest, AFileThatIsNoCaptureIsRefused) {
   const std::string file = folder_ / "text.pcap";
   std::ofstream(file) << "this is a text, and not a capture of packets";
   EXPECT_EQ(refusalOf(file), file + ": unknown file format" + advice);
+}
+
+TEST_F(CaptureReaderTest, AFifoIsRefusedAndNotWaitedFor) {
+  const std::string fifo = folder_ / "fifo.pcap";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_EQ(refusalOf(fifo), fifo + ": is a FIFO" + advice);
+}
+
+TEST_F(CaptureReaderTest, ACaptureOverTheLargestSizeIsRefused) {
+  const auto file = write(CaptureLink::rawIp, {{v4}});
+  std::filesystem::resize_file(file, (std::uintmax_t{64} << 20U) + 1);
+  EXPECT_EQ(refusalOf(file), file + ": is larger than 64 MiB" + advice);
+}
+
+TEST_F(CaptureReaderTest, ACaptureThatGrowsWhileItIsReadIsRefusedAtTheLargestSize) {
+  constexpr std::uint32_t packetBytes = 256 * 1024;
+  const auto file = write(CaptureLink::rawIp, {{v4}});
+  CaptureReader reader(file);
+  std::ofstream growing(file, std::ios::binary | std::ios::app);
+  for (int packet = 0; packet < 256; ++packet) {
+    const std::uint32_t header[] = {0, 0, packetBytes, packetBytes};
+    growing.write(reinterpret_cast<const char*>(header), sizeof header);
+    growing << std::string(packetBytes, '\0');
+  }
+  growing.close();
+  const auto readAll = [&reader] {
+    while (reader.next()) {
+    }
+  };
+  EXPECT_THROW(readAll(), CaptureError);
 }
 
 TEST_F(CaptureReaderTest, AnEmptyFileIsRefused) {
