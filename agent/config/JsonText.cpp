@@ -78,6 +78,9 @@ class StrictListener final : public nlohmann::json_sax<json> {
       : text_(text), file_(file), reached_(text.data()) {}
 
   void listen() {
+    // The parser takes a NUL byte for the end of the text.
+    const std::size_t nul = text_.find('\0');
+    if (nul != std::string::npos) failAt(nul, "malformed JSON: a NUL byte; expected text");
     const char* const begin = text_.data();
     json::sax_parse(TrackingIterator(begin, &reached_),
                     TrackingIterator(begin + text_.size(), &reached_), this);

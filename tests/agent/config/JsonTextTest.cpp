@@ -39,6 +39,13 @@ TEST(JsonText, GivesLineAndColumnOfMalformedText) {
             "input");
 }
 
+TEST(JsonText, RefusesANulByteWhereItStands) {
+  for (const std::string& text : {std::string("{}\n {}\0 {", 8), std::string("{}\n   \0", 7),
+                                  std::string("{\n  \"\0\"}", 8)}) {
+    EXPECT_EQ(errorOf(text), "f.json:2:4: malformed JSON: a NUL byte; expected text");
+  }
+}
+
 TEST(JsonText, CountsColumnsInCharacters) {
   EXPECT_EQ(errorOf("{\"åå\": ?}").substr(0, 12), "f.json:1:8: ");
 }
@@ -80,8 +87,7 @@ TEST(JsonText, TellsWhyAFileCannotBeRead) {
     (void)readJsonFile(folder);
     FAIL() << "a directory was read";
   } catch (const ConfigError& error) {
-    EXPECT_EQ(std::string(error.what()),
-              folder + ": is a directory; give a readable JSON file");
+    EXPECT_EQ(std::string(error.what()), folder + ": is a directory; give a readable JSON file");
   }
 }
 
