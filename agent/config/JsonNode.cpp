@@ -13,8 +13,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t maxNameBytes = 100;
-
 // A wrong value as a message names it.
 std::string describe(const json& value) {
   if (value.is_object()) return "an object";
@@ -44,6 +42,12 @@ std::string entryPath(const std::string& listPath, const json& entry, std::size_
     path += '[' + std::string(key) + '=' + keyText(*value) + ']';
   }
   return path;
+}
+
+void needNameBytes(const JsonNode& node, const std::string& name, const std::string& must) {
+  if (name.size() <= maxNameBytes) return;
+  node.fail(must + " have at most " + std::to_string(maxNameBytes) + " bytes, not " +
+            std::to_string(name.size()));
 }
 
 }  // namespace
@@ -156,9 +160,7 @@ std::vector<JsonNode> JsonObject::list(std::string_view container, std::string_v
 std::string readName(const JsonNode& node) {
   std::string name = node.asText();
   if (name.empty()) node.fail("must not be empty");
-  if (name.size() > maxNameBytes) {
-    node.fail("must have at most 100 bytes, not " + std::to_string(name.size()));
-  }
+  needNameBytes(node, name, "must");
   return name;
 }
 
@@ -178,8 +180,11 @@ std::string readInterface(const JsonObject& reference) {
   }
   const JsonNode* const interface = reference.find("interface");
   if (interface == nullptr) return {};
-  const std::string name = readName(*interface);
-  return number == 0 ? name : name + '.' + std::to_string(number);
+  std::string name = readName(*interface);
+  if (number == 0) return name;
+  name += '.' + std::to_string(number);
+  needNameBytes(*interface, name, "must, with its subinterface,");
+  return name;
 }
 
 }  // namespace ZelAgent

@@ -112,7 +112,7 @@ class UniqueKeys final {
 [[nodiscard]] std::string readVrfName(const JsonNode& node);
 
 /// The interface of a container with `interface` and `subinterface`: "Ethernet1", or "Ethernet1.7"
-/// for a subinterface other than 0. Empty if neither is given.
+/// for a subinterface other than 0. It has at most 100 bytes. Empty if neither is given.
 [[nodiscard]] std::string readInterface(const JsonObject& reference);
 
 }  // namespace ZelAgent

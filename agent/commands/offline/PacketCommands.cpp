@@ -6,6 +6,7 @@
 #include <ostream>
 #include <vector>
 
+#include "agent/config/Configuration.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
@@ -22,11 +23,19 @@
 namespace ZelAgent {
 namespace {
 
+// Throws an `Error` unless the name can be that of an interface.
+template <class Error>
+void needInterfaceName(const std::string& name) {
+  if (!name.empty() && name.size() <= maxNameBytes) return;
+  throw Error("--in: INTERFACE must be an interface name of 1 to " + std::to_string(maxNameBytes) +
+              " bytes, found " + inQuotes(name));
+}
+
 // A capture and its next packet.
 class Source final {
  public:
   explicit Source(const std::string& capture)
-      : interface_(capture.substr(0, equalsSign(capture))),
+      : interface_(interfaceOf(capture)),
         reader_(capture.substr(equalsSign(capture) + 1)),
         packet_(reader_.next()) {}
 
@@ -35,6 +44,11 @@ class Source final {
   void advance() { packet_ = reader_.next(); }
 
  private:
+  static std::string interfaceOf(const std::string& capture) {
+    std::string name = capture.substr(0, equalsSign(capture));
+    needInterfaceName<CaptureError>(name);
+    return name;
+  }
   static std::size_t equalsSign(const std::string& capture) {
     const std::size_t at = capture.find('=');
     if (at == std::string::npos || at == 0) {
@@ -134,6 +148,7 @@ ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std
 
 ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::ostream& err) {
   try {
+    needInterfaceName<EventError>(options.interface);
     const std::vector<std::uint8_t> packet = readWholePacket(options.packet);
     const auto agent = prepareAgent(options.configuration, options.events, err);
     const PathReport report = explain(*agent, options.interface, packet);

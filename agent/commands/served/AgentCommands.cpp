@@ -27,12 +27,9 @@ CommandOutput playEvent(const CommandCall& call) {
 
 CommandOutput explainPacket(const CommandCall& call) {
   call.arguments.formIs("explain INTERFACE PACKET");
-  const std::optional<Word> interface = call.arguments.next();
-  if (!interface || interface->text.empty()) {
-    call.arguments.fail("INTERFACE must be the name of an interface", interface);
-  }
+  const std::string interface = call.arguments.needInterface("INTERFACE");
   const std::vector<std::uint8_t> packet = readPacket(call.arguments);
-  const PathReport report = explain(call.served.agent(), interface->text, packet);
+  const PathReport report = explain(call.served.agent(), interface, packet);
   return outputOf(
       call, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });
 }

@@ -47,6 +47,16 @@ std::string EventLine::needVrf(const std::string& what) {
   return vrfOf(next(), what);
 }
 
+std::string EventLine::needInterface(const std::string& what) {
+  const std::optional<Word> word = next();
+  const std::size_t size = word ? word->text.size() : 0;
+  if (size == 0 || size > maxNameBytes) {
+    fail(what + " must be an interface name of 1 to " + std::to_string(maxNameBytes) + " bytes",
+         word);
+  }
+  return word->text;
+}
+
 void EventLine::needEnd() {
   const std::optional<Word> word = next();
   if (word) fail("the line must end here", word);

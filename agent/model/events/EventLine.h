@@ -34,6 +34,8 @@ class EventLine final {
       const std::string& what, std::uint32_t most = std::numeric_limits<std::uint32_t>::max());
   /// The VRF that the next word names. DEFAULT is refused: the default VRF is written default.
   [[nodiscard]] std::string needVrf(const std::string& what);
+  /// The interface that the next word names.
+  [[nodiscard]] std::string needInterface(const std::string& what);
   void needEnd();
 
   /// The same for a word that was taken already.

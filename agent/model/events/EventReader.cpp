@@ -93,6 +93,9 @@ Event readConfig(EventLine& line) {
   line.formIs("config FILE");
   std::optional<Word> file = line.next();
   if (!file || file->text.empty()) line.fail("FILE must be the name of a file", file);
+  if (file->text.find('\0') != std::string::npos) {
+    line.fail("FILE must be a name without NUL bytes", file);
+  }
   return ApplyConfig{std::move(file->text)};
 }
 
@@ -121,11 +124,7 @@ Event readRoute(EventLine& line) {
   line.formIs("route VRF PREFIX " + verb + (verb == "via" ? " INTERFACE" : ""));
   if (verb == "decap") return SetDecapRoute{std::move(vrf), *prefix};
   if (verb == "remove") return RemoveRoute{std::move(vrf), *prefix};
-  std::optional<Word> interface = line.next();
-  if (!interface || interface->text.empty()) {
-    line.fail("INTERFACE must be the name of an interface", interface);
-  }
-  return SetEgressRoute{std::move(vrf), *prefix, std::move(interface->text)};
+  return SetEgressRoute{std::move(vrf), *prefix, line.needInterface("INTERFACE")};
 }
 
 Event readShow(EventLine& line) {

@@ -44,6 +44,24 @@ TEST(OpenConfigErrorsBase, ANameOverHundredBytesIsNamedByItsPath) {
   }
 }
 
+TEST(OpenConfigErrorsBase, AnInterfaceWithItsSubinterfaceHasAtMostHundredBytes) {
+  json document = rightDocument();
+  auto& interface =
+      document["network-instances"]["network-instance"][1]["interfaces"]["interface"][0]["config"];
+  interface = {{"interface", std::string(98, 'e')}, {"subinterface", 7}};
+  EXPECT_NO_THROW((void)readOpenConfig(document.dump(), "f.json"));
+  interface["subinterface"] = 10;
+  try {
+    (void)readOpenConfig(document.dump(), "f.json");
+    FAIL() << "was read without an error";
+  } catch (const ConfigError& error) {
+    EXPECT_STREQ(error.what(),
+                 "f.json: /network-instances/network-instance[name=red]/interfaces/"
+                 "interface[id=e2]/config/interface: must, with its subinterface, have at most 100 "
+                 "bytes, not 101");
+  }
+}
+
 TEST(OpenConfigErrorsBase, AKeyWithLineBreaksStaysOneLine) {
   json document = rightDocument();
   document["network-instances"]["network-instance"][1]["name"] = "r\ned";

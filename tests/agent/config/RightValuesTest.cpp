@@ -98,8 +98,8 @@ std::vector<RightValue> instanceRows() {
        {{"$INTERFACE/config/subinterface", 4294967295}},
        [](C& c) { redOf(c).interfaces = {"e2.4294967295"}; }},
       {"LongestInterface",
-       {{"$INTERFACE/config/interface", longestName}},
-       [](C& c) { redOf(c).interfaces = {longestName + ".2"}; }},
+       {{"$INTERFACE/config/interface", std::string(98, 'n')}},
+       [](C& c) { redOf(c).interfaces = {std::string(98, 'n') + ".2"}; }},
       {"TwoInterfaces",
        {{"$RED/interfaces/interface/1", {{"id", "i4"}}}},
        [](C& c) {

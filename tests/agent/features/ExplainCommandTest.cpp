@@ -193,6 +193,17 @@ TEST_F(ExplainCommandTest, AFileThatIsNotThereIsRefusedInOneLine) {
                 missing + ": cannot be read: No such file or directory; give a readable JSON file");
 }
 
+TEST_F(ExplainCommandTest, AnInterfaceNameOverHundredBytesIsRefused) {
+  const std::string packet = "ipv4 198.18.0.1 to 10.0.0.1";
+  EXPECT_EQ(runAgent({"explain", configuration_, "--in", std::string(100, 'e'), "--packet", packet})
+                .status,
+            0);
+  expectRefused(
+      runAgent({"explain", configuration_, "--in", std::string(101, 'e'), "--packet", packet}),
+      "--in: INTERFACE must be an interface name of 1 to 100 bytes, found \"" +
+          std::string(100, 'e') + "...\"");
+}
+
 TEST_F(ExplainCommandTest, MissingOptionsAreRefusedInOneLine) {
   expectRefused(runAgent({"explain", configuration_, "--in", "Ethernet1"}),
                 "--packet is required; see zel-agent explain --help");

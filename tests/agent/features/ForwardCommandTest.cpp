@@ -163,6 +163,15 @@ TEST_F(ForwardCommandTest, ACaptureThatIsNotNamedWithItsInterfaceIsRefused) {
   }
 }
 
+TEST_F(ForwardCommandTest, AnInterfaceNameOverHundredBytesIsRefused) {
+  const auto file = capture("a.pcap", CaptureLink::rawIp, {{plain}});
+  EXPECT_EQ(forward({std::string(100, 'e') + '=' + file}).status, 0);
+  std::filesystem::remove(out_ / "Ethernet2.pcap");
+  expectRefused(forward({std::string(101, 'e') + '=' + file}),
+                "--in: INTERFACE must be an interface name of 1 to 100 bytes, found \"" +
+                    std::string(100, 'e') + "...\"");
+}
+
 TEST_F(ForwardCommandTest, ACaptureIsReadFromStandardInput) {
   const auto file = capture("a.pcap", CaptureLink::rawIp, {{plain}});
   const AgentOutcome outcome =

@@ -161,11 +161,19 @@ TEST_F(ShownValues, AnAttributeHasItsObjectAsLabel) {
 }
 
 TEST_F(ShownValues, ExplainNeedsAnInterfaceAndOnePacket) {
-  EXPECT_EQ(refused("explain"),
-            "explain INTERFACE PACKET: INTERFACE must be the name of an interface, found the end "
-            "of the line");
-  EXPECT_EQ(refused("explain '' ipv4 192.0.2.1 to 192.0.2.2"),
-            "explain INTERFACE PACKET: INTERFACE must be the name of an interface, found ''");
+  EXPECT_EQ(
+      refused("explain"),
+      "explain INTERFACE PACKET: INTERFACE must be an interface name of 1 to 100 bytes, found "
+      "the end of the line");
+  EXPECT_EQ(
+      refused("explain '' ipv4 192.0.2.1 to 192.0.2.2"),
+      "explain INTERFACE PACKET: INTERFACE must be an interface name of 1 to 100 bytes, found "
+      "''");
+  EXPECT_EQ(
+      refused("explain " + std::string(101, 'e') + " ipv4 192.0.2.1 to 192.0.2.2"),
+      "explain INTERFACE PACKET: INTERFACE must be an interface name of 1 to 100 bytes, found "
+      "'" +
+          std::string(100, 'e') + "'...");
   EXPECT_EQ(
       shownJson("explain e9 hex 00"),
       R"([{"step":"drop","reason":"malformed","detail":"the IP version is neither 4 nor 6"}])");

@@ -152,6 +152,8 @@ inline std::vector<BadEvent> badEvents() {
        "line"},
       {"ConfigWithAnEmptyName", "config ''",
        "config FILE: FILE must be the name of a file, found ''"},
+      {"ConfigWithANulByte", R"(config 'a.json\x00b')",
+       R"(config FILE: FILE must be a name without NUL bytes, found 'a.json\x00b')"},
       {"ConfigWithTwoFiles", "config a.json b.json",
        "config FILE: the line must end here, found 'b.json'"},
 
@@ -198,10 +200,15 @@ inline std::vector<BadEvent> badEvents() {
        "route VRF PREFIX decap|via|remove: PREFIX must be followed by decap, via or remove, found "
        "'drop'"},
       {"RouteViaNothing", "route red 192.0.2.0/24 via",
-       "route VRF PREFIX via INTERFACE: INTERFACE must be the name of an interface, found the end "
-       "of the line"},
+       "route VRF PREFIX via INTERFACE: INTERFACE must be an interface name of 1 to 100 bytes, "
+       "found the end of the line"},
       {"RouteViaAnEmptyName", "route red 192.0.2.0/24 via ''",
-       "route VRF PREFIX via INTERFACE: INTERFACE must be the name of an interface, found ''"},
+       "route VRF PREFIX via INTERFACE: INTERFACE must be an interface name of 1 to 100 bytes, "
+       "found ''"},
+      {"RouteViaANameThatIsTooLong", "route red 192.0.2.0/24 via " + std::string(101, 'e'),
+       "route VRF PREFIX via INTERFACE: INTERFACE must be an interface name of 1 to 100 bytes, "
+       "found '" +
+           std::string(100, 'e') + "'..."},
       {"RouteViaTwo", "route red 192.0.2.0/24 via e1 e2",
        "route VRF PREFIX via INTERFACE: the line must end here, found 'e2'"},
       {"RouteDecapIsFollowedByMore", "route red 192.0.2.0/24 decap e1",
