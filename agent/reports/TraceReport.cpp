@@ -33,4 +33,14 @@ OrderedJson traceJson(std::span<const Blinklog::Record> records) {
   return json;
 }
 
+void writeJsonTrace(std::ostream& out, std::span<const Blinklog::Record> records) {
+  const char* separator = "";
+  out << '[';
+  for (const Blinklog::Record& record : records) {
+    out << separator << oneLine(recordJson(record));
+    separator = ",";
+  }
+  out << ']';
+}
+
 }  // namespace ZelAgent

@@ -14,5 +14,7 @@ void writeTrace(std::ostream& out, std::span<const Blinklog::Record> records);
 
 /// The same as an array of {sequence, level, path, line, function, text}.
 [[nodiscard]] OrderedJson traceJson(std::span<const Blinklog::Record> records);
+/// Prints that array, and keeps only one message of it in memory.
+void writeJsonTrace(std::ostream& out, std::span<const Blinklog::Record> records);
 
 }  // namespace ZelAgent

@@ -20,6 +20,8 @@ namespace {
 using RingFileFormat::Header;
 
 constexpr std::uint64_t endOfYear9999 = 253402300799;
+// The messages may take this many times the size of the file when they are printed.
+constexpr std::uint64_t mostPrinted = 7;
 
 // The problem, without the name of the file.
 class Problem final : public std::runtime_error {
@@ -202,19 +204,42 @@ Record recordOf(const Slot& slot, std::size_t number, const Header& header,
   if (!areComplete(site, arguments)) {
     failAsDamaged(place + " holds an argument that is longer than what is left of the slot");
   }
-  return {slot.sequence, &site, textOf(site, arguments)};
+  Record record{slot.sequence, &site, textOf(site, arguments)};
+  record.text.shrink_to_fit();
+  return record;
+}
+
+// The size of the text when it is printed with every unusual byte escaped.
+std::uint64_t printedBytes(std::string_view text) noexcept {
+  constexpr std::uint64_t longestEscape = 6;
+  std::uint64_t bytes = 0;
+  for (const char byte : text)
+    bytes += byte >= ' ' && byte <= '~' ? 1 : longestEscape;
+  return bytes;
+}
+
+std::uint64_t printedBytes(const Record& record) noexcept {
+  return printedBytes(record.site->path) + printedBytes(record.site->function) +
+         printedBytes(record.text);
 }
 
 // Slots that are equal in two successive readings are consistent: none was written between the two.
 std::vector<Record> recordsIn(const Header& header, const std::vector<Site>& sites,
                               std::span<const std::byte> before, std::span<const std::byte> after) {
   std::vector<Record> records;
+  records.reserve(header.slots);
+  std::uint64_t printed = 0;
   for (std::size_t number = 0; number < header.slots; ++number) {
     const Slot slot = slotAt(after, number);
     const Slot earlier = slotAt(before, number);
     if (slot.sequence == Slot::noMessage || std::memcmp(&slot, &earlier, sizeof slot) != 0)
       continue;
     records.push_back(recordOf(slot, number, header, sites));
+    printed += printedBytes(records.back());
+    if (printed > mostPrinted * after.size()) {
+      failAsDamaged("its messages would take more than " + std::to_string(mostPrinted) +
+                    " times its size when they are printed");
+    }
   }
   std::sort(records.begin(), records.end(),
             [](const Record& a, const Record& b) { return a.sequence < b.sequence; });

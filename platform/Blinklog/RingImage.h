@@ -17,9 +17,9 @@ namespace Blinklog {
 ///     for (const Blinklog::Record& record : image.records())
 ///       std::cout << record.text << '\n';
 ///
-/// The file may hold any bytes: it is either read or refused. The memory used is bounded by the
-/// size of the file. An incomplete message is left out, and so is a message that a living process
-/// writes during the reading.
+/// The file may hold any bytes: it is either read or refused. The memory used is at most ten times
+/// the size of the file. An incomplete message is left out, and so is a message that a living
+/// process writes during the reading.
 class ZEL_EXPORT RingImage {
  public:
   /// Reads the file. Throws `RingFileError`.

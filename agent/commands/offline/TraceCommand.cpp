@@ -33,10 +33,10 @@ void writeText(std::ostream& out, const Blinklog::RingImage& image) {
 }
 
 void writeJson(std::ostream& out, const Blinklog::RingImage& image) {
-  out << oneLine({{"process", image.process()},
-                  {"madeAt", timeText(image.madeAt())},
-                  {"messages", traceJson(image.records())}})
-      << '\n';
+  out << R"({"process":)" << image.process() << R"(,"madeAt":")" << timeText(image.madeAt())
+      << R"(","messages":)";
+  writeJsonTrace(out, image.records());
+  out << "}\n";
 }
 
 }  // namespace

@@ -22,6 +22,16 @@ TEST(TraceReport, EachMessageHasEveryFieldOfItsSite) {
             R"("function":"~Table","text":""}])");
 }
 
+TEST(TraceReport, TheArrayIsPrintedAsItIsReturned) {
+  const Blinklog::Site site{"vrf/A.cpp", 11, "onVrf", 5, {}};
+  const std::vector<Blinklog::Record> records{{101, &site, "a\n\"b\""}, {102, &site, "\xff"}};
+  for (std::size_t count : {0U, 1U, 2U}) {
+    const auto some = std::span(records).first(count);
+    EXPECT_EQ(printedBy([&](std::ostream& out) { writeJsonTrace(out, some); }),
+              oneLine(traceJson(some)));
+  }
+}
+
 TEST(TraceReport, AMessageIsOnePrintableLineOfAnyLength) {
   const Blinklog::Site site{"p", 1, "f\x1b", 2, {}};
   const std::string longText(2000, 'x');

@@ -200,6 +200,30 @@ TEST_F(DamagedRing, IsRefusedAtEveryLengthThatIsNotItsOwn) {
 }
 
 // Where something stands that is looked at.
+constexpr std::uint32_t manySlots = 4096;
+
+// Writes a ring that is full of messages with a text of `textBytes` each.
+void writeLongMessages(const std::string& file, std::size_t textBytes) {
+  Ring ring(manySlots);
+  ring.fileIs(file);
+  const SiteId site = siteIs({"/src/long", 1, "write", 5, {std::string(textBytes, 'x')}});
+  for (std::uint32_t number = 0; number < manySlots; ++number)
+    ring.write(site, std::vector<Argument>{});
+}
+
+TEST_F(DamagedRing, MayTakeSevenTimesItsSizeWhenItIsPrinted) {
+  const std::string file = folder_.path("long");
+  writeLongMessages(file, 2000);
+  EXPECT_EQ(RingImage(file).records().size(), manySlots);
+}
+
+TEST_F(DamagedRing, IsRefusedWhenItWouldTakeMoreThanThat) {
+  const std::string file = folder_.path("longer");
+  writeLongMessages(file, 3000);
+  expectDamaged(RingFolder::read(file),
+                "its messages would take more than 7 times its size when they are printed");
+}
+
 std::size_t placeOfInterest(std::mt19937& random, std::size_t rowsEnd) {
   switch (random() % 3) {
     case 0:
