@@ -1,7 +1,9 @@
 #include "agent/serve/console/LineEditor.h"
 
 #include <editline/readline.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <cstdio>
@@ -11,6 +13,7 @@
 #include <memory>
 #include <utility>
 
+#include "agent/language/TextFile.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
@@ -45,6 +48,31 @@ char** complete(const char* text, int /*start*/, int end) {
 
 namespace fs = std::filesystem;
 
+// The history file while it is read or written. A link is not followed, and only a regular file of
+// limited size is used: no console waits for a FIFO. libedit opens files by name, so it gets the
+// name of the open descriptor.
+class HistoryAccess final {
+ public:
+  HistoryAccess(const std::string& file, int flags)
+      : descriptor_(open(file.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                         S_IRUSR | S_IWUSR)) {}
+  HistoryAccess(const HistoryAccess&) = delete;
+  HistoryAccess& operator=(const HistoryAccess&) = delete;
+  ~HistoryAccess() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+
+  [[nodiscard]] bool isAllowed() const {
+    struct stat found {};
+    return descriptor_ >= 0 && fstat(descriptor_, &found) == 0 && S_ISREG(found.st_mode) &&
+           static_cast<std::size_t>(found.st_size) <= maxInputBytes;
+  }
+  [[nodiscard]] std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+ private:
+  int descriptor_;
+};
+
 // The value of the variable if it is an absolute path; otherwise empty.
 fs::path folderIn(const char* variable) {
   const char* const value = std::getenv(variable);
@@ -63,7 +91,8 @@ LineEditor::LineEditor(std::string prompt, std::string historyFile, Completer co
   rl_basic_word_break_characters = " \t";
   using_history();
   stifle_history(linesRemembered);
-  if (!historyFile_.empty()) read_history(historyFile_.c_str());
+  const HistoryAccess access(historyFile_, O_RDONLY);
+  if (access.isAllowed()) read_history(access.path().c_str());
 }
 
 LineEditor::~LineEditor() {
@@ -84,10 +113,8 @@ void LineEditor::remember(const std::string& line) {
   if (isBlankLine(line) || line == last_) return;
   last_ = line;
   add_history(line.c_str());
-  if (historyFile_.empty()) return;
-  const mode_t before = umask(0077);
-  write_history(historyFile_.c_str());
-  umask(before);
+  const HistoryAccess access(historyFile_, O_WRONLY | O_CREAT);
+  if (access.isAllowed()) write_history(access.path().c_str());
 }
 
 std::string historyFile() {

@@ -13,7 +13,7 @@ using Completer = std::function<std::vector<std::string>(const std::string& line
 /// Reads edited lines from the terminal, with the history of earlier ones.
 ///
 /// A process has at most one editor at a time. Only the owner can read the history file. If the
-/// file cannot be written, the history ends with the process.
+/// file cannot be written, or is a link or no regular file, the history ends with the process.
 class LineEditor final {
  public:
   LineEditor(std::string prompt, std::string historyFile, Completer completer);

@@ -122,6 +122,28 @@ TEST_F(ConsoleAtATerminal, KeepsItsHistoryForItsOwnerOnly) {
   EXPECT_EQ(file.st_mode & 0777U, 0600U);
 }
 
+TEST_F(ConsoleAtATerminal, DoesNotWriteItsHistoryThroughALink) {
+  const DaemonProcess daemon(config_, path_);
+  const std::string precious = writeFile("precious", "keep me");
+  std::filesystem::create_directories(folder_.path("state/zel-agent"));
+  std::filesystem::create_symlink(precious, history_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("chip capacity 5\n");
+  console.waitFor("no hook call");
+  EXPECT_EQ(readFile(precious), "keep me");
+}
+
+TEST_F(ConsoleAtATerminal, DoesNotWaitForAFifoInPlaceOfItsHistory) {
+  const DaemonProcess daemon(config_, path_);
+  std::filesystem::create_directories(folder_.path("state/zel-agent"));
+  ASSERT_EQ(mkfifo(history_.c_str(), 0600), 0);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("chip capacity 5\n");
+  console.waitFor("no hook call");
+}
+
 TEST_F(ConsoleAtATerminal, KeepsItsHistoryInTheHomeFolderByDefault) {
   const DaemonProcess daemon(config_, path_);
   TerminalProcess console(arguments(),
