@@ -181,7 +181,10 @@ class Workbench:
         self._relink(f"bin/{name}", changed, self.place / "bin" / name)
 
     def _relink(self, output, changed, made):
-        """Links what has changed sources. Archives are searched after the changed objects."""
+        """Links what has changed sources.
+
+        Archives are searched after the changed objects, and definitions there do not count.
+        """
         words = self.folder.link_command(output)
         objects = [new for source, new in changed.items() if self.folder.is_linked(source, words)]
         if objects:
@@ -190,7 +193,8 @@ class Workbench:
 
     def _link(self, words, objects, output):
         at = words.index("-o")
-        linked = [*words[:at], "-fuse-ld=lld", *map(str, objects), "-o", str(output), *words[at + 2 :]]
+        linker = ["-fuse-ld=lld", "-Wl,-z,muldefs"]
+        linked = [*words[:at], *linker, *map(str, objects), "-o", str(output), *words[at + 2 :]]
         self.folder.call(linked)
 
     def _program(self, name):

@@ -4,6 +4,7 @@ import os
 import pathlib
 import subprocess
 import tempfile
+import time
 import unittest
 
 import processes
@@ -22,6 +23,13 @@ def is_gone(process):
 
 
 class Run(unittest.TestCase):
+    def wait_until_gone(self, process):
+        """A signal to a process that is no child takes its time."""
+        end = time.monotonic() + processes.SECONDS
+        while not is_gone(process):
+            self.assertLess(time.monotonic(), end, f"process {process} is not gone")
+            time.sleep(0.001)
+
     def test_returns_what_was_printed_and_the_status(self):
         finished = processes.run(["sh", "-c", "cat; echo failed >&2; exit 3"], given="text\n",
                                  capture_output=True, text=True)
@@ -46,7 +54,7 @@ class Run(unittest.TestCase):
             place = pathlib.Path(folder, "id")
             with self.assertRaises(AssertionError):
                 processes.run(f"{SLEEP} & echo $! >{place}; wait", shell=True, seconds=AFTER_OUTPUT)
-            self.assertTrue(is_gone(int(place.read_text())))
+            self.wait_until_gone(int(place.read_text()))
 
 
 class Start(unittest.TestCase):
