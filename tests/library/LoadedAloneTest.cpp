@@ -14,9 +14,11 @@
 
 #include "Mox/Reflection.h"
 #include "Mox/Type.h"
+#include "tests/library/LibraryPath.h"
 
 namespace {
 
+using LoadedLibrary::libraryPath;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Not;
@@ -81,13 +83,13 @@ TEST(LoadedAlone, NothingOfItIsThereBefore) {
 }
 
 TEST(LoadedAlone, BringsThePlatformAndAllItNeeds) {
-  const Loaded library(LIBRARY);
+  const Loaded library(libraryPath());
   EXPECT_TRUE(isMapped("libZelVrfSelectionPolicy"));
   EXPECT_TRUE(isMapped("libZelPlatform"));
 }
 
 TEST(LoadedAlone, ShowsEveryFactoryAndStaticCreator) {
-  const Loaded library(LIBRARY);
+  const Loaded library(libraryPath());
   const std::string space = "_ZN21ZelVrfSelectionPolicy";
   for (const char* factory :
        {"18vrfHwConfigFactoryEv", "18vrfHwStatusFactoryEv", "21policySmMountsFactoryEv",
@@ -109,13 +111,13 @@ TEST(LoadedAlone, ShowsEveryFactoryAndStaticCreator) {
 }
 
 TEST(LoadedAlone, DoesNotShowWhatIsItsOwnAffair) {
-  const Loaded library(LIBRARY);
+  const Loaded library(libraryPath());
   EXPECT_EQ(library.symbol("_ZN21ZelVrfSelectionPolicy12ActionsByVrf5clearEv"), nullptr);
   EXPECT_EQ(library.symbol("_ZTVN21ZelVrfSelectionPolicy12noSuchThing"), nullptr);
 }
 
 TEST(LoadedAlone, RegistersItsTypesByBeingLoaded) {
-  const Loaded library(LIBRARY);
+  const Loaded library(libraryPath());
   const auto findType = library.function<FindType>(findTypeName);
   const auto moduleNames = library.function<ModuleNames>(moduleNamesName);
   ASSERT_NE(findType, nullptr);
@@ -129,7 +131,7 @@ TEST(LoadedAlone, RegistersItsTypesByBeingLoaded) {
 }
 
 TEST(LoadedAlone, LetsItsTypesBeUsedByNameAndNumber) {
-  const Loaded library(LIBRARY);
+  const Loaded library(libraryPath());
   const auto findType = library.function<FindType>(findTypeName);
   ASSERT_NE(findType, nullptr);
   const Mox::Type* actionType = findType("ZelVrfSelectionPolicy::VrfAction");
@@ -169,7 +171,7 @@ TEST(LoadedAlone, TakesItsTypesAlongWhenItIsUnloaded) {
   const auto modulesBefore = moduleNames();
   EXPECT_THAT(modulesBefore, Not(Contains("ZelVrfSelectionPolicy")));
   {
-    const Loaded library(LIBRARY);
+    const Loaded library(libraryPath());
     EXPECT_THAT(moduleNames(), Contains("ZelVrfSelectionPolicy"));
   }
   EXPECT_EQ(moduleNames(), modulesBefore);
@@ -178,8 +180,8 @@ TEST(LoadedAlone, TakesItsTypesAlongWhenItIsUnloaded) {
 }
 
 TEST(LoadedAlone, LeavesNothingMappedWhenItIsUnloaded) {
-  { const Loaded library(LIBRARY); }
-  EXPECT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  { const Loaded library(libraryPath()); }
+  EXPECT_EQ(dlopen(libraryPath(), RTLD_NOW | RTLD_NOLOAD), nullptr);
   EXPECT_FALSE(isMapped("libZelVrfSelectionPolicy"));
   EXPECT_FALSE(isMapped("libZelPlatform"));
 }
@@ -190,7 +192,7 @@ TEST(LoadedAlone, MayBeLoadedAgainAndAgain) {
   ASSERT_NE(moduleNames, nullptr);
   const std::size_t modulesBefore = moduleNames().size();
   for (int i = 0; i < 20; ++i) {
-    const Loaded library(LIBRARY);
+    const Loaded library(libraryPath());
     EXPECT_EQ(moduleNames().size(), modulesBefore + 1);
   }
 }
@@ -199,9 +201,9 @@ TEST(LoadedAlone, LoadedTwiceItIsThereOnceAndUntilTheSecondIsGone) {
   const Loaded platform(PLATFORM);
   const auto moduleNames = platform.function<ModuleNames>(moduleNamesName);
   ASSERT_NE(moduleNames, nullptr);
-  const auto outer = std::make_unique<Loaded>(LIBRARY);
+  const auto outer = std::make_unique<Loaded>(libraryPath());
   const std::size_t modules = moduleNames().size();
-  { const Loaded inner(LIBRARY); }
+  { const Loaded inner(libraryPath()); }
   EXPECT_EQ(moduleNames().size(), modules);
   EXPECT_THAT(moduleNames(), Contains("ZelVrfSelectionPolicy"));
 }
@@ -225,7 +227,7 @@ void handlerOfTheProcess() {
 TEST(LoadedAlone, HasANewHandlerAsLongAsItIsThere) {
   ASSERT_EQ(std::get_new_handler(), nullptr);
   {
-    const Loaded library(LIBRARY);
+    const Loaded library(libraryPath());
     EXPECT_NE(std::get_new_handler(), nullptr);
   }
   EXPECT_EQ(std::get_new_handler(), nullptr);
@@ -234,7 +236,7 @@ TEST(LoadedAlone, HasANewHandlerAsLongAsItIsThere) {
 TEST(LoadedAlone, LeavesANewHandlerAloneThatTheProcessHadBefore) {
   const NewHandler handler(handlerOfTheProcess);
   {
-    const Loaded library(LIBRARY);
+    const Loaded library(libraryPath());
     EXPECT_EQ(std::get_new_handler(), handlerOfTheProcess);
   }
   EXPECT_EQ(std::get_new_handler(), handlerOfTheProcess);
@@ -243,7 +245,7 @@ TEST(LoadedAlone, LeavesANewHandlerAloneThatTheProcessHadBefore) {
 TEST(LoadedAlone, LeavesANewHandlerAloneThatTheProcessSetsAfterwards) {
   const NewHandler none(nullptr);
   {
-    const Loaded library(LIBRARY);
+    const Loaded library(libraryPath());
     std::set_new_handler(handlerOfTheProcess);
   }
   EXPECT_EQ(std::get_new_handler(), handlerOfTheProcess);

@@ -8,6 +8,7 @@
 
 #include "Mox/Ptr.h"
 #include "VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
+#include "tests/library/LibraryPath.h"
 
 namespace LoadedLibrary {
 
@@ -36,7 +37,7 @@ inline constexpr const char* policySmFactory =
 /// The library, loaded beside the platform that this program is linked to, and its factories.
 class Library {
  public:
-  Library() : handle_(dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
+  Library() : handle_(dlopen(libraryPath(), RTLD_NOW | RTLD_LOCAL)) {
     if (handle_ == nullptr) ADD_FAILURE() << dlerror();
   }
   Library(const Library&) = delete;
@@ -46,7 +47,7 @@ class Library {
   void unload() {
     if (handle_ == nullptr) return;
     EXPECT_EQ(dlclose(std::exchange(handle_, nullptr)), 0);
-    EXPECT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it is still loaded";
+    EXPECT_EQ(dlopen(libraryPath(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "it is still loaded";
   }
 
   template <class Factory>

@@ -22,6 +22,7 @@ LIBRARY = [
     "policy_tests --gtest_filter=*DuringRebuild.*",
 ]
 AGENT_UNITS = ["zel_agent_tests", "zel_agent_control_tests", "zel_agent_command_line_tests"]
+DAEMON = "zel_agent_daemon_tests --gtest_filter=-KilledReloads.*"
 AGENT_PROCESSES = ["zel_agent_process_tests", "zel_agent_trace_tests", "zel_agent_feature_tests"]
 
 
@@ -53,7 +54,7 @@ AREAS = [
     area("vrf", ["ZelVrfSelectionPolicy/vrf/"], "vrf_tests", "tables_tests", *LIBRARY[2:]),
     area("policy", ["ZelVrfSelectionPolicy/policy/"], LIBRARY[4], "model_tests", LIBRARY[-1]),
     area("reflection", ["ZelVrfSelectionPolicy/" + name for name in ("reflection/", "trace/", "Zel")],
-         "reflection_tests", "LoadedAloneTest", "vrf_tests", "zel_agent_control_tests"),
+         "reflection_tests", "LoadedAloneTest", "LoadedBesidePlatformTest", "vrf_tests", "zel_agent_control_tests"),
     area("testing", ["testing/"], "testing_tests", "conformance", LIBRARY[4]),
     area("chips", ["chips/"], "zel_soft_chip_tests", *AGENT_UNITS, "zel_agent_feature_tests"),
     area("agent/config", ["agent/language/", "agent/config/"], "zel_agent_config_tests", *AGENT_UNITS,
@@ -62,8 +63,7 @@ AREAS = [
          "zel_agent_process_tests"),
     area("agent/commands", ["agent/commands/"], "zel_agent_control_tests",
          "zel_agent_command_line_tests", *AGENT_PROCESSES),
-    area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_serve_tests",
-         "zel_agent_daemon_tests"),
+    area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_serve_tests", DAEMON),
     area("agent/main", ["agent/CommandLine", "agent/main"], "zel_agent_command_line_tests",
-         *AGENT_PROCESSES, "zel_agent_daemon_tests"),
+         *AGENT_PROCESSES, DAEMON),
 ]  # fmt: skip
