@@ -55,7 +55,7 @@ AREAS = [
     area("policy", ["ZelVrfSelectionPolicy/policy/"], LIBRARY[4], "model_tests", LIBRARY[-1]),
     area("reflection", ["ZelVrfSelectionPolicy/" + name for name in ("reflection/", "trace/", "Zel")],
          "reflection_tests", "LoadedAloneTest", "LoadedBesidePlatformTest", "vrf_tests", "zel_agent_control_tests"),
-    area("testing", ["testing/"], "testing_tests", "conformance", LIBRARY[4]),
+    area("testing", ["testing/"], "testing_tests", "conformance"),
     area("chips", ["chips/"], "zel_soft_chip_tests", *AGENT_UNITS, "zel_agent_feature_tests"),
     area("agent/config", ["agent/language/", "agent/config/"], "zel_agent_config_tests", *AGENT_UNITS,
          *AGENT_PROCESSES),

@@ -45,7 +45,7 @@ class Workbench:
         self.overlay = self.place / "overlay.yaml"
         self.unbroken = {}
         self.helpers = {}
-        self.passing_tests = set()  # with the headers as they are
+        self.passes_alone = {}  # by test, with the headers as they are
 
     def outcome(self, mutant, text, programs):
         """How the tests end with `mutant`; none if it does not compile or changes nothing.
@@ -54,8 +54,8 @@ class Workbench:
         """
         self._forget_last()
         is_made = False
-        if mutant.file.endswith(".h") and (stating := self._stating_test(mutant.file)):
-            self._check_test(stating)
+        stating = self._stating_test(mutant.file) if mutant.file.endswith(".h") else None
+        if stating and self._passes_alone(stating):
             objects = self._changed_objects(mutant, text, [stating])
             if objects is not None:
                 is_made = True
@@ -133,25 +133,23 @@ class Workbench:
         command = [*self.folder.compile_command(source), *COMPARABLE, *options]
         self.folder.call([*command, "-c", str(self.folder.root / source), "-o", str(made)])
 
-    def _check_test(self, test):
-        """Checks that the test passes alone."""
-        if test in self.passing_tests:
-            return
-        made = self.place / "unchanged.o"
-        self._compile_one(test, made)
-        outcome = self._test_header(test, [made])
-        if outcome.how != "survived":
-            raise RuntimeError(f"{test} alone and without a change {outcome.how}: {outcome.where}")
-        self.passing_tests.add(test)
+    def _passes_alone(self, test):
+        """Whether the test passes in a program of its own. Some need other tests of their program."""
+        if test not in self.passes_alone:
+            made = self.place / "unchanged.o"
+            try:
+                self._compile_one(test, made)
+                self.passes_alone[test] = self._test_header(test, [made]).how == "survived"
+            except subprocess.CalledProcessError:
+                self.passes_alone[test] = False
+        return self.passes_alone[test]
 
     def _test_header(self, test, objects):
         """Runs a program with this test alone, and with what the test's program shares."""
         target = self.folder.object(test).partition(".dir/")[0].rpartition("/")[2]
         words = [word for word in self.folder.link_command(f"bin/{target}") if ".dir/" not in word]
         self._link(words, [*objects, *self._shared_objects(test)], self.place / "bin" / "header")
-        # Parameterised tests of the testing kit may be linked without parameters.
-        words = ["header", "--gtest_filter=-GoogleTestVerification.*"]
-        return self._run(words, USUAL_CPU_SECONDS)
+        return self._run(["header"], USUAL_CPU_SECONDS)
 
     def _shared_objects(self, test):
         """The objects of the sources of a test program that are not tests."""
@@ -181,15 +179,23 @@ class Workbench:
         self._relink(f"bin/{name}", changed, self.place / "bin" / name)
 
     def _relink(self, output, changed, made):
-        """Links what has changed sources.
+        """Links what has changed sources. What belongs to an archive is taken from one, as needed.
 
-        Archives are searched after the changed objects, and definitions there do not count.
+        That archive is searched first. A definition that an original has too does not count.
         """
         words = self.folder.link_command(output)
-        objects = [new for source, new in changed.items() if self.folder.is_linked(source, words)]
-        if objects:
-            old = {self.folder.object(source) for source in changed}
-            self._link([word for word in words if word not in old], objects, made)
+        linked = {source: new for source, new in changed.items() if self.folder.is_linked(source, words)}
+        if not linked:
+            return
+        own = [new for source, new in linked.items() if self.folder.object(source) in words]
+        archived = [new for new in linked.values() if new not in own]
+        if archived:
+            archive = self.place / "changed.a"
+            archive.unlink(missing_ok=True)
+            self.folder.call(["ar", "rcs", str(archive), *map(str, archived)])
+            own.append(archive)
+        old = {self.folder.object(source) for source in linked}
+        self._link([word for word in words if word not in old], own, made)
 
     def _link(self, words, objects, output):
         at = words.index("-o")
@@ -214,11 +220,13 @@ class Workbench:
             command = ["/usr/bin/python3", "-B", str(self.folder.root / script), self._program(program)]
         else:
             command = [self._program(name), *arguments]
-        # A script needs to see every test that fails.
-        fail_fast = {} if name in SCRIPTS else {"GTEST_FAIL_FAST": "1"}
+        # A script needs to see every test that fails. Parameterised tests of the testing kit may be
+        # linked, and have no parameters.
+        unused = {"GTEST_FILTER": "-GoogleTestVerification.*"}
+        options = {} if name in SCRIPTS else {"GTEST_FAIL_FAST": "1", **unused}
         environment = dict(
             os.environ,
-            **fail_fast,
+            **options,
             LD_LIBRARY_PATH=f"{self.place / 'lib'}:{self.folder.path / 'lib'}",
             ASAN_OPTIONS=f"hard_rss_limit_mb={MEGABYTES}:exitcode=99:detect_leaks=1:symbolize=0",
             MOX_HASH_SEED="1",

@@ -1,0 +1,85 @@
+// The recording helper holds the rules of each interface in the order that the calls make.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "testing/Journal.h"
+#include "testing/RecordingAclHelper.h"
+#include "testing/Shown.h"
+
+namespace ZelVrfSelectionPolicy::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class RuleLists : public ::testing::Test {
+ protected:
+  static PolicyMap::AclRule rule(std::uint64_t dscps) {
+    PolicyMap::AclRule rule;
+    rule.match.dscps = dscps;
+    return rule;
+  }
+  void add(std::size_t place, std::uint64_t dscps) {
+    EXPECT_TRUE(helper_->addRule("eth1", place, rule(dscps)).accepted);
+  }
+  [[nodiscard]] std::vector<std::uint64_t> dscps() const {
+    std::vector<std::uint64_t> found;
+    for (const PolicyMap::AclRule& rule : helper_->rules("eth1"))
+      found.push_back(rule.match.dscps.value());
+    return found;
+  }
+
+  Journal journal_;
+  const Mox::Ptr<RecordingAclHelper> helper_ = Mox::makePtr<RecordingAclHelper>(journal_);
+};
+
+TEST_F(RuleLists, AnAddedRuleIsAtItsPlace) {
+  add(0, 1);
+  add(0, 2);
+  add(1, 3);
+  EXPECT_THAT(dscps(), ElementsAre(2, 3, 1));
+}
+
+TEST_F(RuleLists, AMovedRuleIsAtItsNewPlaceAndTheOthersKeepTheirOrder) {
+  for (std::size_t place = 0; place < 4; ++place)
+    add(place, place + 1);
+  helper_->moveRule("eth1", 0, 2);
+  EXPECT_THAT(dscps(), ElementsAre(2, 3, 1, 4));
+  helper_->moveRule("eth1", 3, 0);
+  EXPECT_THAT(dscps(), ElementsAre(4, 2, 3, 1));
+}
+
+TEST_F(RuleLists, ARemovedRuleIsGoneAndMakesRoom) {
+  helper_->capacity = 2;
+  add(0, 1);
+  add(1, 2);
+  EXPECT_FALSE(helper_->addRule("eth1", 2, rule(3)).accepted);
+  helper_->removeRule("eth1", 0);
+  EXPECT_THAT(dscps(), ElementsAre(2));
+  add(1, 3);
+  EXPECT_THAT(dscps(), ElementsAre(2, 3));
+}
+
+TEST_F(RuleLists, AnInterfaceWithoutRulesIsNotListed) {
+  add(0, 1);
+  EXPECT_THAT(helper_->intfs(), ElementsAre(Velo::String("eth1")));
+  helper_->removeRule("eth1", 0);
+  EXPECT_THAT(helper_->intfs(), IsEmpty());
+}
+
+TEST_F(RuleLists, APlaceOutsideTheListIsRefused) {
+  EXPECT_THROW(static_cast<void>(helper_->addRule("eth1", 1, rule(1))), std::logic_error);
+  add(0, 1);
+  EXPECT_THROW(helper_->removeRule("eth1", 1), std::logic_error);
+  EXPECT_THROW(helper_->moveRule("eth1", 0, 1), std::logic_error);
+  EXPECT_THROW(helper_->moveRule("eth1", 1, 0), std::logic_error);
+  EXPECT_THAT(dscps(), ElementsAre(1));
+}
+
+}  // namespace
+}  // namespace ZelVrfSelectionPolicy::Testing
