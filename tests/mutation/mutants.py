@@ -33,6 +33,7 @@ ROOT = HERE.parent.parent
 LEAST_OF_AREA = 0.90
 LEAST_OF_ALL = 0.95
 LEAST_OF_SAMPLE = 0.50
+SAMPLE_WALL_SECONDS = 15  # for one program
 
 
 @dataclasses.dataclass(frozen=True)
@@ -153,7 +154,8 @@ def run(texts, chosen):
     try:
         benches, cpu_seconds = queue.SimpleQueue(), {}
         for number in range(chosen.jobs):
-            benches.put(Workbench(folder, place / str(number), cpu_seconds))
+            limits = [cpu_seconds, SAMPLE_WALL_SECONDS] if chosen.seconds else [cpu_seconds]
+            benches.put(Workbench(folder, place / str(number), *limits))
         found = drawn(texts, chosen)
         if not (chosen.seconds or chosen.only):
             check_unbroken(benches.get(), found, benches)

@@ -36,9 +36,10 @@ class Outcome:
 class Workbench:
     """Builds and tests mutants, one after the other, in the folder `place`."""
 
-    def __init__(self, folder, place, cpu_seconds):
+    def __init__(self, folder, place, cpu_seconds, wall_seconds=WALL_SECONDS):
         """`cpu_seconds` has how long each program may compute, and may be filled later."""
         self.folder, self.place, self.cpu_seconds = folder, pathlib.Path(place), cpu_seconds
+        self.wall_seconds = wall_seconds
         for name in ("bin", "lib", "run"):
             (self.place / name).mkdir(parents=True)
         self.changed = self.place / "changed"
@@ -235,11 +236,13 @@ class Workbench:
             ZEL_TEST_SEED="1",
             ZEL_TEST_PERCENT="10",
         )
-        how, output = finished(command, self.place / "run", environment, cpu_seconds)
+        how, output = finished(
+            command, self.place / "run", environment, cpu_seconds, self.wall_seconds
+        )
         return Outcome(how, f"{name} {first_failure(output)}".strip())
 
 
-def finished(command, place, environment, cpu_seconds):
+def finished(command, place, environment, cpu_seconds, wall_seconds):
     """How a process ends, and what it prints."""
     process = subprocess.Popen(
         command,
@@ -252,7 +255,7 @@ def finished(command, place, environment, cpu_seconds):
         start_new_session=True,
     )
     try:
-        output = process.communicate(timeout=WALL_SECONDS)[0].decode(errors="replace")
+        output = process.communicate(timeout=wall_seconds)[0].decode(errors="replace")
     except subprocess.TimeoutExpired:
         os.killpg(process.pid, signal.SIGKILL)
         process.communicate()
