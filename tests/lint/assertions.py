@@ -15,8 +15,9 @@ import ast
 import functools
 import pathlib
 import re
-import subprocess
 import sys
+
+from tracked_files import tracked
 
 CHECK = re.compile(r"\b(?:(?:EXPECT|ASSERT)_\w+|FAIL|ADD_FAILURE\w*)\s*\(")
 TEST = re.compile(r"\b(?:TYPED_)?TEST(?:_F|_P)?\s*\(\s*(\w+)\s*,\s*(\w+)\s*\)\s*\{")
@@ -180,12 +181,6 @@ def python_faults(path, text):
             yield f"{path}:{node.lineno}: {node.name}"
 
 
-def tracked(root):
-    listed = subprocess.run(["git", "-c", f"safe.directory={root}", "-C", root, "ls-files", "-z"],
-                            check=True, stdout=subprocess.PIPE)
-    return [path for path in listed.stdout.decode().split("\0") if (pathlib.Path(root) / path).is_file()]
-
-
 def check(root, paths):
     """All tests among the sources `paths` that check nothing. The paths are relative to the folder `root`."""
     sources = Sources(root, paths)
@@ -198,13 +193,7 @@ def check(root, paths):
 
 def main(arguments):
     root = str(pathlib.Path(arguments[0] if arguments else ".").resolve())
-    try:
-        paths = tracked(root)
-    except subprocess.CalledProcessError:
-        sys.exit(f"assertions: {root} is not a repository whose sources can be listed")
-    if not paths:
-        sys.exit(f"assertions: {root} tracks no files")
-    faults = list(check(root, paths))
+    faults = list(check(root, tracked("assertions", root)))
     for fault in faults:
         print(f"{fault} checks nothing")
     return 1 if faults else 0

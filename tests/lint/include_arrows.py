@@ -10,8 +10,9 @@ root ("ZelVrfSelectionPolicy/tables/VrfHwConfig.h"). Anything else is written in
 import pathlib
 import posixpath
 import re
-import subprocess
 import sys
+
+from tracked_files import tracked
 
 STANDARD = frozenset(
     """
@@ -247,27 +248,13 @@ def faults_in(includer, text, tracked):
 
 def check(root, paths):
     """All faults in the sources `paths`, which are relative to the folder `root`."""
-    root = pathlib.Path(root)
-    tracked = {path for path in paths if (root / path).is_file()}
-    for path in sorted(tracked):
-        yield from faults_in(path, (root / path).read_text(encoding="utf-8"), tracked)
-
-
-def tracked_sources(root):
-    command = ["git", "-c", f"safe.directory={root}", "-C", root, "ls-files", "-z"]
-    listed = subprocess.run(command + ["--", "*.h", "*.cpp"], check=True, stdout=subprocess.PIPE)
-    return [path for path in listed.stdout.decode().split("\0") if path]
+    for path in sorted(paths):
+        yield from faults_in(path, (pathlib.Path(root) / path).read_text(encoding="utf-8"), set(paths))
 
 
 def main(arguments):
     root = str(pathlib.Path(arguments[0] if arguments else ".").resolve())
-    try:
-        paths = tracked_sources(root)
-    except subprocess.CalledProcessError:
-        sys.exit(f"include_arrows: {root} is not a repository whose sources can be listed")
-    if not paths:
-        sys.exit(f"include_arrows: {root} tracks no *.h and no *.cpp")
-    faults = list(check(root, paths))
+    faults = list(check(root, tracked("include_arrows", root, "*.h", "*.cpp")))
     for fault in faults:
         print(fault)
     return 1 if faults else 0

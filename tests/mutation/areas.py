@@ -6,24 +6,20 @@ Tests that take long are left out where others state the same.
 import dataclasses
 
 AGENT = "zel-agent"
-SHARED_LIBRARIES = ["libZelPlatform.so", "libZelVrfSelectionPolicy.so"]
+PLATFORM, LIBRARY = SHARED_LIBRARIES = ["libZelPlatform.so", "libZelVrfSelectionPolicy.so"]
 # Programs that a script runs.
 SCRIPTS = {
     "conformance": ("tests/testing/conformance_faults_test.py", "zel_wrong_chips"),
 }
-LIBRARY = [
-    "tables_tests",
-    "vrf_tests",
-    "fault_tests --gtest_filter=HookThrows.*",
-    "refresh_cost_tests --gtest_filter=-RefreshCost*",
-    "policy_tests --gtest_filter=-*DuringRebuild.*",
-    "vrf-soak 20000",
-    "model_tests",
-    "policy_tests --gtest_filter=*DuringRebuild.*",
-]
+TABLES_AND_VRFS = ["tables_tests", "vrf_tests"]
+POLICY = "policy_tests --gtest_filter=-*DuringRebuild.*"
+REBUILDS = "policy_tests --gtest_filter=*DuringRebuild.*"
+MODEL = "model_tests"
+MACHINES = ["fault_tests --gtest_filter=HookThrows.*", "refresh_cost_tests --gtest_filter=-RefreshCost*",
+            POLICY, "vrf-soak 20000", MODEL, REBUILDS]  # fmt: skip
 AGENT_UNITS = ["zel_agent_tests", "zel_agent_control_tests", "zel_agent_command_line_tests"]
-DAEMON = "zel_agent_daemon_tests --gtest_filter=-KilledReloads.*"
 AGENT_PROCESSES = ["zel_agent_process_tests", "zel_agent_trace_tests", "zel_agent_feature_tests"]
+DAEMON = "zel_agent_daemon_tests --gtest_filter=-KilledReloads.*"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -48,11 +44,12 @@ def area(name, folders, *programs):
 
 AREAS = [
     area("platform", ["platform/"], "platform_tests", "reflection_tests", "zel_agent_tests",
-         "zel_agent_trace_tests", *LIBRARY[:2]),
-    area("values", ["ZelVrfSelectionPolicy/values/"], "values_tests", *LIBRARY[:2], "reflection_tests"),
-    area("tables", ["ZelVrfSelectionPolicy/tables/"], *LIBRARY),
-    area("vrf", ["ZelVrfSelectionPolicy/vrf/"], "vrf_tests", "tables_tests", *LIBRARY[2:]),
-    area("policy", ["ZelVrfSelectionPolicy/policy/"], LIBRARY[4], "model_tests", LIBRARY[-1]),
+         "zel_agent_trace_tests", *TABLES_AND_VRFS),
+    area("values", ["ZelVrfSelectionPolicy/values/"], "values_tests", *TABLES_AND_VRFS,
+         "reflection_tests"),
+    area("tables", ["ZelVrfSelectionPolicy/tables/"], "tables_tests", "vrf_tests", *MACHINES),
+    area("vrf", ["ZelVrfSelectionPolicy/vrf/"], "vrf_tests", "tables_tests", *MACHINES),
+    area("policy", ["ZelVrfSelectionPolicy/policy/"], POLICY, MODEL, REBUILDS),
     area("reflection", ["ZelVrfSelectionPolicy/" + name for name in ("reflection/", "trace/", "Zel")],
          "reflection_tests", "LoadedAloneTest", "LoadedBesidePlatformTest", "vrf_tests", "zel_agent_control_tests"),
     area("testing", ["testing/"], "testing_tests", "conformance"),

@@ -6,6 +6,10 @@ import pathlib
 import re
 import shlex
 import subprocess
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
 
 
 class BuildFolder:
@@ -62,15 +66,20 @@ class BuildFolder:
         return self._links[output]
 
     def call(self, words):
-        subprocess.run(
-            words, cwd=self.path, check=True, stdin=subprocess.DEVNULL, capture_output=True
+        processes.run(
+            words,
+            seconds=processes.BUILD_SECONDS,
+            cwd=self.path,
+            check=True,
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
         )
 
     def _relative(self, name):
         return os.path.relpath(name, self.root)
 
     def _ninja(self, *words):
-        return subprocess.run(
+        return processes.run(
             ["ninja", "-C", str(self.path), "--quiet", "-t", *words],
             check=True, text=True, capture_output=True,
         ).stdout  # fmt: skip

@@ -14,13 +14,11 @@ import collections
 import concurrent.futures
 import dataclasses
 import pathlib
-import queue
 import random
 import re
 import shutil
 import sys
 import tempfile
-import threading
 import time
 
 from areas import AREAS
@@ -106,8 +104,7 @@ class Trial:
     """Tries mutants on several workbenches at a time, until there are enough or time has run out."""
 
     def __init__(self, texts, chosen, benches):
-        self.texts, self.chosen = texts, chosen
-        self.benches, self.jobs = benches, benches.qsize()
+        self.texts, self.chosen, self.benches = texts, chosen, benches
         self.end = time.monotonic() + chosen.seconds if chosen.seconds else float("inf")
 
     def results(self, found):
@@ -119,23 +116,20 @@ class Trial:
         return [result for queued in areas for result in
                 self._of_queue(queued, len(queued) if self.chosen.only else self.chosen.count)]  # fmt: skip
 
-    def _of_queue(self, waiting, enough):
-        waiting, results, lock = collections.deque(waiting), [], threading.Lock()
+    def _of_queue(self, queued, enough):
+        """The results of `enough` mutants, and of those that other workbenches try meanwhile."""
+        waiting, results = iter(queued), []  # a list's iterator may be used by several threads
 
-        def work():
-            bench = self.benches.get()
-            try:
-                while waiting and len(results) < enough and time.monotonic() < self.end:
-                    with lock:
-                        area, mutant = waiting.popleft()
-                    if result := self._result(bench, area, mutant):
-                        results.append(result)
-            finally:
-                self.benches.put(bench)
+        def work(bench):
+            while len(results) < enough and time.monotonic() < self.end:
+                area, mutant = next(waiting, (None, None))
+                if mutant is None:
+                    return
+                if result := self._result(bench, area, mutant):
+                    results.append(result)
 
-        with concurrent.futures.ThreadPoolExecutor(self.jobs) as pool:
-            for done in [pool.submit(work) for _ in range(self.jobs)]:
-                done.result()
+        with concurrent.futures.ThreadPoolExecutor(len(self.benches)) as pool:
+            list(pool.map(work, self.benches))
         return results
 
     def _result(self, bench, area, mutant):
@@ -152,25 +146,22 @@ def run(texts, chosen):
     folder = BuildFolder(ROOT, chosen.build)
     place = pathlib.Path(tempfile.mkdtemp(prefix="mutants-", dir=chosen.build))
     try:
-        benches, cpu_seconds = queue.SimpleQueue(), {}
-        for number in range(chosen.jobs):
-            limits = [cpu_seconds, SAMPLE_WALL_SECONDS] if chosen.seconds else [cpu_seconds]
-            benches.put(Workbench(folder, place / str(number), *limits))
+        limits = [{}, SAMPLE_WALL_SECONDS] if chosen.seconds else [{}]
+        benches = [Workbench(folder, place / str(number), *limits) for number in range(chosen.jobs)]
         found = drawn(texts, chosen)
         if not (chosen.seconds or chosen.only):
-            check_unbroken(benches.get(), found, benches)
+            check_unbroken(benches[0], found)
         return Trial(texts, chosen, benches).results(found)
     finally:
         shutil.rmtree(place)
 
 
-def check_unbroken(bench, found, benches):
+def check_unbroken(bench, found):
     """Exits if a program fails without a mutant."""
     for program in dict.fromkeys(program for area in found for program in area.programs):
         outcome = bench.unbroken_outcome(program)
         if outcome.how != "survived":
             sys.exit(f"mutants: without a change the tests {outcome.how}: {outcome.where}")
-    benches.put(bench)
 
 
 def report(results, texts, judged, sample):

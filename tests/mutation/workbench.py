@@ -14,8 +14,11 @@ import resource
 import shlex
 import signal
 import subprocess
+import sys
 
-from areas import AGENT, SCRIPTS, SHARED_LIBRARIES
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "waiting"))
+import processes
+from areas import AGENT, LIBRARY, SCRIPTS, SHARED_LIBRARIES
 
 # Positions in debug information and in reports of undefined behaviour change with every mutant. Without
 # them, equal objects mean that a mutant changes nothing.
@@ -49,10 +52,14 @@ class Workbench:
         self.passes_alone = {}  # by test, with the headers as they are
 
     def outcome(self, mutant, text, programs):
-        """How the tests end with `mutant`; none if it does not compile or changes nothing.
+        """How the tests end with `mutant`; none if it cannot be built or changes nothing."""
+        try:
+            return self._outcome(mutant, text, programs)
+        except subprocess.CalledProcessError:
+            return None
 
-        A header is broken for the test that states it, and then for the sources of its library.
-        """
+    def _outcome(self, mutant, text, programs):
+        """A header is broken for the test that states it, and then for the sources of its library."""
         self._forget_last()
         is_made = False
         stating = self._stating_test(mutant.file) if mutant.file.endswith(".h") else None
@@ -107,14 +114,11 @@ class Workbench:
         return including if len(including) <= MOST_INCLUDERS else []
 
     def _changed_objects(self, mutant, text, sources):
-        """The objects of `sources` with the mutant; none if it does not compile or changes nothing."""
+        """The objects of `sources` with the mutant; none if it changes nothing."""
         key = (mutant.file, *sources)
         if key not in self.unbroken:
             self.unbroken[key] = [made.read_bytes() for made in self._compile(mutant.file, text, sources)]
-        try:
-            objects = self._compile(mutant.file, mutant.applied_to(text), sources)
-        except subprocess.CalledProcessError:
-            return None
+        objects = self._compile(mutant.file, mutant.applied_to(text), sources)
         changes = [made.read_bytes() for made in objects] != self.unbroken[key]
         return objects if changes else None
 
@@ -206,7 +210,7 @@ class Workbench:
 
     def _library(self):
         """The library that tests load by its name."""
-        own = self.place / "lib" / f"{SHARED_LIBRARIES[-1]}.1"
+        own = self.place / "lib" / f"{LIBRARY}.1"
         return str(own if own.exists() else self.folder.path / "lib" / own.name)
 
     def _program(self, name):
@@ -244,22 +248,20 @@ class Workbench:
 
 def finished(command, place, environment, cpu_seconds, wall_seconds):
     """How a process ends, and what it prints."""
-    process = subprocess.Popen(
-        command,
-        cwd=place,
-        env=environment,
-        stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        preexec_fn=lambda: limit_resources(cpu_seconds),
-        start_new_session=True,
-    )
     try:
-        output = process.communicate(timeout=wall_seconds)[0].decode(errors="replace")
-    except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
-        process.communicate()
+        process = processes.run(
+            command,
+            seconds=wall_seconds,
+            cwd=place,
+            env=environment,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            preexec_fn=lambda: limit_resources(cpu_seconds),
+        )
+    except processes.Expired:
         return "hung", ""
+    output = process.stdout.decode(errors="replace")
     if process.returncode == 0:
         return "survived", output
     if process.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
