@@ -1,21 +1,24 @@
 #include "agent/serve/daemon/Connection.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace ZelAgent {
 
 Connection::Connection(std::unique_ptr<Stream> stream, Scheduler& scheduler,
-                       ControlService& service, ConnectionOwner& owner,
-                       std::chrono::milliseconds timeout)
+                       ControlService& service, AnswerRoom& room, ConnectionOwner& owner,
+                       const ServerLimits& limits)
     : stream_(std::move(stream)),
-      patience_(scheduler, *stream_, timeout, [this] { failed(); }),
+      patience_(scheduler, *stream_, limits, [this] { failed(); }),
       service_(service),
+      room_(room),
+      waiting_(room),
       owner_(owner) {
   proceed();
 }
 
 void Connection::takeTurn() {
-  Reply reply = service_.reply(lines_.next());
+  Reply reply = service_.reply(lines_.next(), room_.forNext());
   hasEnded_ = hasEnded_ || reply.isLast;
   send(std::move(reply.bytes));
 }
@@ -35,6 +38,7 @@ void Connection::receivedEnd() {
 
 void Connection::wrote() {
   patience_.stop();
+  waiting_.leave();
   proceed();
 }
 
@@ -56,8 +60,10 @@ void Connection::proceed() {
 
 // Nothing may follow a call, as for `proceed`.
 void Connection::send(std::string bytes) {
+  const std::size_t whole = bytes.size();
   bytes.erase(0, stream_->write(bytes));
   if (bytes.empty()) return proceed();
+  waiting_.enter(whole);
   patience_.start(bytes.size());
   stream_->writeLater(std::move(bytes), *this);
 }

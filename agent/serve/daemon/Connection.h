@@ -1,12 +1,13 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "agent/serve/daemon/AnswerRoom.h"
 #include "agent/serve/daemon/Patience.h"
 #include "agent/serve/daemon/Scheduler.h"
+#include "agent/serve/daemon/ServerLimits.h"
 #include "agent/serve/daemon/Stream.h"
 #include "agent/serve/daemon/Turns.h"
 #include "agent/serve/protocol/ControlService.h"
@@ -33,13 +34,13 @@ class ConnectionOwner {
 /// At each moment it does one of three things: it reads until it has a request, waits for the turn
 /// of that request, or waits until the system has accepted the whole answer. While it waits,
 /// nothing is read. So at most one answer and slightly more than the longest request are kept for a
-/// client. Requests are answered in order, one in each turn. A client that reads nothing of an
-/// answer during `timeout` is disconnected.
+/// client. Requests are answered in order, one in each turn. A client that does not read its answer
+/// in time is disconnected; see `Patience`.
 class Connection final : public TurnTaker, private StreamUser {
  public:
   /// The objects that are passed by reference must outlive this.
   Connection(std::unique_ptr<Stream> stream, Scheduler& scheduler, ControlService& service,
-             ConnectionOwner& owner, std::chrono::milliseconds timeout);
+             AnswerRoom& room, ConnectionOwner& owner, const ServerLimits& limits);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection() = default;
@@ -59,6 +60,8 @@ class Connection final : public TurnTaker, private StreamUser {
   std::unique_ptr<Stream> stream_;
   Patience patience_;
   ControlService& service_;
+  AnswerRoom& room_;
+  WaitingAnswer waiting_;
   ConnectionOwner& owner_;
   RequestLines lines_;
   bool hasEnded_ = false;  // no bytes will be read any more

@@ -1,5 +1,6 @@
 #include "agent/serve/daemon/ControlServer.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -11,12 +12,13 @@ ControlServer::ControlServer(Scheduler& scheduler, ServedAgent& served, const Se
     : scheduler_(scheduler),
       limits_(limits),
       service_(served, limits.unsentBytes),
+      room_(std::max(limits.totalUnsentBytes, limits.unsentBytes)),
       turns_(scheduler) {}
 
 void ControlServer::accept(std::unique_ptr<Stream> stream) {
   if (connections_.size() >= limits_.clients) return refuse(*stream);
   ConnectionOwner& owner = *this;  // converted here: the base is private
-  connections_.emplace_back(std::move(stream), scheduler_, service_, owner, limits_.clientTimeout);
+  connections_.emplace_back(std::move(stream), scheduler_, service_, room_, owner, limits_);
 }
 
 void ControlServer::wantsTurn(Connection& connection) {

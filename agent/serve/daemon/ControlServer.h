@@ -1,33 +1,24 @@
 #pragma once
 
-#include <chrono>
-#include <cstddef>
 #include <list>
 #include <memory>
 
+#include "agent/serve/daemon/AnswerRoom.h"
 #include "agent/serve/daemon/Connection.h"
 #include "agent/serve/daemon/Scheduler.h"
+#include "agent/serve/daemon/ServerLimits.h"
 #include "agent/serve/daemon/Stream.h"
 #include "agent/serve/daemon/Turns.h"
-#include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/ControlService.h"
 
 namespace ZelAgent {
 
-/// The limits of a daemon for its clients.
-struct ServerLimits {
-  std::size_t clients = 256;
-  /// The longest answer. At most one answer waits for each client.
-  std::size_t unsentBytes = longestAnswer;
-  /// How long a client may read nothing of an answer that waits. 0 is without a limit. Other values
-  /// are at least 2 ms.
-  std::chrono::milliseconds clientTimeout = std::chrono::seconds(30);
-};
-
 /// Serves clients, wherever their streams come from.
 ///
 /// Clients that have requests take turns, one request in each turn. Clients beyond the limit get an
-/// error and are closed.
+/// error and are closed. All other clients are answered, whatever some of them do: an answer either
+/// has room (`AnswerRoom`) or is replaced by a short error, and its room is free again within
+/// `clientTimeout` * `answerTimeouts`.
 class ControlServer final : private ConnectionOwner {
  public:
   /// The objects that are passed by reference must outlive this.
@@ -49,6 +40,7 @@ class ControlServer final : private ConnectionOwner {
   Scheduler& scheduler_;
   ServerLimits limits_;
   ControlService service_;
+  AnswerRoom room_;
   Turns turns_;
   std::list<Connection> connections_;
 };

@@ -18,16 +18,29 @@ Answer failure(const std::string& what) {
   return {ExitStatus::failure, what};
 }
 
+Answer tooLong(std::size_t size, std::size_t limit) {
+  return failure("the answer has " + std::to_string(size) + " bytes; the limit is " +
+                 std::to_string(limit) + " bytes");
+}
+
+Answer withoutRoom(std::size_t size, std::size_t room) {
+  return failure("the answer has " + std::to_string(size) +
+                 " bytes, and other answers wait; the room for it is " + std::to_string(room) +
+                 " bytes; try again later");
+}
+
 }  // namespace
 
-Reply ControlService::reply(const RequestLine& line) {
+Reply ControlService::reply(const RequestLine& line, std::size_t room) {
   const Framing framing = framingOf(line.text);
   Reply reply{toBytes(answerTo(line), framing), line.kind == RequestLine::Kind::tooLong};
-  if (reply.bytes.size() <= longestReply_) return reply;
-  const Answer tooLong =
-      failure("the answer has " + std::to_string(reply.bytes.size()) + " bytes; the limit is " +
-              std::to_string(longestReply_) + " bytes");
-  return {toBytes(tooLong, framing), reply.isLast};
+  const std::size_t size = reply.bytes.size();
+  if (size > longestReply_) {
+    reply.bytes = toBytes(tooLong(size, longestReply_), framing);
+  } else if (size > room) {
+    reply.bytes = toBytes(withoutRoom(size, room), framing);
+  }
+  return reply;
 }
 
 Answer ControlService::answerTo(const RequestLine& line) {

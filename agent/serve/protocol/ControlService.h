@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <string>
 
 #include "agent/serve/protocol/Request.h"
@@ -18,14 +19,17 @@ struct Reply {
 /// Answers request lines. Each line gets one answer, also a wrong one. No exception leaves `reply`.
 class ControlService final {
  public:
-  /// The agent must outlive this. A reply of more bytes than `longestReply` is replaced by an
-  /// error.
+  /// The agent must outlive this.
   ControlService(ServedAgent& served, std::size_t longestReply)
       : served_(served), longestReply_(longestReply) {}
 
-  [[nodiscard]] Reply reply(const RequestLine& line);
+  /// A reply of more bytes than `longestReply`, or than `room` at the moment, is replaced by an
+  /// error. The command has been run in both cases.
+  [[nodiscard]] Reply reply(const RequestLine& line, std::size_t room = anyRoom);
 
  private:
+  static constexpr std::size_t anyRoom = std::numeric_limits<std::size_t>::max();
+
   [[nodiscard]] Answer answerTo(const RequestLine& line);
 
   ServedAgent& served_;

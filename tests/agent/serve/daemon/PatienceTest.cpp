@@ -31,12 +31,13 @@ TEST_F(ClientPatience, BeginsWhenTheAnswerWaits) {
   EXPECT_FALSE(first_.isConnected());
 }
 
-TEST_F(ClientPatience, DoesNotEndForAClientThatTakesOneByteInEachHalf) {
+TEST_F(ClientPatience, DoesNotEndForAClientThatTakesAPieceInEachHalf) {
   connect(first_);
-  for (std::size_t left = blockAnswer(first_); left > 0; --left) {
+  blockAnswer(first_);
+  while (first_.waiting() > 0) {
     scheduler_.pass(timeout / 2);
-    ASSERT_TRUE(first_.isConnected()) << left;
-    first_.take(1);
+    ASSERT_TRUE(first_.isConnected()) << first_.waiting();
+    first_.take(2);
   }
   EXPECT_EQ(first_.received(), answer(1));
   EXPECT_TRUE(first_.isConnected());
@@ -44,13 +45,42 @@ TEST_F(ClientPatience, DoesNotEndForAClientThatTakesOneByteInEachHalf) {
 
 TEST_F(ClientPatience, DoesNotEndForAClientThatMissesEverySecondHalf) {
   connect(first_);
-  for (std::size_t left = blockAnswer(first_); left > 0; --left) {
+  blockAnswer(first_);
+  while (first_.waiting() > 0) {
     scheduler_.pass(timeout - milliseconds(1));
-    ASSERT_TRUE(first_.isConnected()) << left;
-    first_.take(1);
+    ASSERT_TRUE(first_.isConnected()) << first_.waiting();
+    first_.take(4);
     scheduler_.pass(milliseconds(1));
   }
   EXPECT_EQ(first_.received(), answer(1));
+}
+
+TEST_F(ClientPatience, EndsAfterTenTimeoutsForAClientThatTakesOneByteBetweenTwoChecks) {
+  connect(first_);
+  blockAnswer(first_);
+  for (int half = 1; half < 20; ++half) {
+    scheduler_.pass(timeout / 2);
+    first_.take(1);
+  }
+  scheduler_.pass(timeout / 2 - milliseconds(1));
+  EXPECT_TRUE(first_.isConnected());
+  scheduler_.pass(milliseconds(1));
+  EXPECT_FALSE(first_.isConnected());
+  EXPECT_EQ(first_.received(), answer(1).substr(0, 19));
+}
+
+TEST_F(ClientPatience, HasTenTimeoutsForEachAnswer) {
+  connect(first_);
+  for (int i = 0; i < 5; ++i) {
+    blockAnswer(first_);
+    for (int half = 1; half < 20; ++half) {
+      scheduler_.pass(timeout / 2);
+      first_.take(1);
+    }
+    first_.take(first_.waiting());
+    EXPECT_EQ(first_.received(), answer(1));
+  }
+  EXPECT_TRUE(first_.isConnected());
 }
 
 TEST_F(ClientPatience, BeginsAgainAtTheCheckAfterTheLastByteTaken) {
