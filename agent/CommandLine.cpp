@@ -1,11 +1,13 @@
 #include "agent/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <iostream>
 #include <limits>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "Mox/TraceHandle.h"
 #include "agent/commands/offline/OfflineCommands.h"
@@ -13,6 +15,7 @@
 #include "agent/language/Words.h"
 #include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/daemon/Daemon.h"
+#include "agent/serve/daemon/SignalWatch.h"
 
 namespace ZelAgent {
 namespace {
@@ -287,6 +290,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostrea
 
 ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::ostream& out,
                           std::ostream& err) {
+  if (argumentCount > 1 && std::string_view(arguments[1]) == "serve") blockSignal(SIGHUP);
   CommandLine commandLine;
   CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
   app.set_version_flag("--version", "zel-agent " ZEL_AGENT_VERSION, "Print the version and exit");

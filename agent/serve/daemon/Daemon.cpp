@@ -8,10 +8,12 @@
 
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
+#include "agent/serve/daemon/CoalescedCall.h"
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
 #include "agent/serve/daemon/PipeListener.h"
 #include "agent/serve/daemon/ReloadReport.h"
+#include "agent/serve/daemon/SignalWatch.h"
 #include "agent/serve/daemon/Stream.h"
 
 namespace ZelAgent {
@@ -31,7 +33,8 @@ ExitStatus Daemon::serve() {
   const auto end = [this] { loop_.stop(); };
   const SignalWatch onTerminate(loop_, SIGTERM, end);
   const SignalWatch onInterrupt(loop_, SIGINT, end);
-  const SignalWatch onHangUp(loop_, SIGHUP, [this] { reload(); });
+  CoalescedCall reloads(loop_, [this] { reload(); });
+  const SignalWatch onHangUp(loop_, SIGHUP, [&reloads] { reloads.request(); });
   printLines(warningLines(served_.start()));
   ListeningSocket socket(options_.socket);
   ControlServer server(loop_, served_, options_.limits);

@@ -67,12 +67,4 @@ std::unique_ptr<RepeatedCall> EventLoop::everyRound(Call call) {
   return std::make_unique<CallEveryRound>(*this, std::move(call));
 }
 
-SignalWatch::SignalWatch(EventLoop& loop, int signal, std::function<void()> handle)
-    : handle_(std::move(handle)), watch_(makeHandle<uv_signal_t>(loop, this, uv_signal_init)) {
-  const auto onSignal = [](uv_signal_t* watch, int /*signal*/) {
-    if (auto* const self = static_cast<SignalWatch*>(watch->data)) self->handle_();
-  };
-  needSuccess(uv_signal_start(watch_.get(), onSignal, signal), "a signal cannot be handled");
-}
-
 }  // namespace ZelAgent

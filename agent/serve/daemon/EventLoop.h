@@ -3,7 +3,6 @@
 #include <uv.h>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -65,19 +64,5 @@ template <class Handle, class Initialise, class... Arguments>
   handle->data = owner;
   return LoopHandle<Handle>(handle.release());
 }
-
-/// Handles a signal on the loop. A signal that arrives before the loop runs is handled when the
-/// loop runs.
-class SignalWatch final {
- public:
-  SignalWatch(EventLoop& loop, int signal, std::function<void()> handle);
-  SignalWatch(const SignalWatch&) = delete;
-  SignalWatch& operator=(const SignalWatch&) = delete;
-  ~SignalWatch() = default;
-
- private:
-  std::function<void()> handle_;
-  LoopHandle<uv_signal_t> watch_;
-};
 
 }  // namespace ZelAgent

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <utility>
 
+#include "agent/serve/daemon/SignalWatch.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/TestFiles.h"
 
@@ -59,12 +60,41 @@ TEST_F(DaemonInProcess, PrintsTheResultOfAReloadAfterOneThatCouldNotBePrinted) {
   outText_.onFlush = [] { return std::raise(SIGHUP) == 0; };
   bool isFirst = true;
   errText_.onFlush = [&isFirst] {
-    if (!std::exchange(isFirst, false)) return true;
-    std::raise(SIGHUP);
-    std::raise(SIGTERM);
-    return false;
+    const bool fails = std::exchange(isFirst, false);
+    std::raise(fails ? SIGHUP : SIGTERM);
+    return !fails;
   };
   EXPECT_EQ(serve({{{"red"}}, {"red"}, {"e1"}}), ExitStatus::success);
+  EXPECT_EQ(errText_.str(), file_ + " applied\n");
+}
+
+TEST_F(DaemonInProcess, ReloadsOnceForManyHangUps) {
+  outText_.onFlush = [] {
+    for (int i = 0; i < 60; ++i)
+      std::raise(SIGHUP);
+    return true;
+  };
+  errText_.onFlush = [] { return std::raise(SIGTERM) == 0; };
+  EXPECT_EQ(serve({{{"red"}}, {"red"}, {"e1"}}), ExitStatus::success);
+  EXPECT_EQ(errText_.str(), file_ + " applied\n");
+}
+
+TEST_F(DaemonInProcess, EndsByATerminationThatArrivesInAStormOfHangUps) {
+  outText_.onFlush = [] {
+    for (int i = 0; i < 10000; ++i)
+      std::raise(SIGHUP);
+    return std::raise(SIGTERM) == 0;
+  };
+  EXPECT_EQ(serve({{{"red"}}, {"red"}, {"e1"}}), ExitStatus::success);
+  EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(DaemonInProcess, ReloadsAfterItsStartForAHangUpThatArrivedBefore) {
+  const BlockedSignal blocked(SIGHUP);
+  std::raise(SIGHUP);
+  errText_.onFlush = [] { return std::raise(SIGTERM) == 0; };
+  EXPECT_EQ(serve({{{"red"}}, {"red"}, {"e1"}}), ExitStatus::success);
+  EXPECT_EQ(outText_.str(), "serving on " + socket_ + "\n");
   EXPECT_EQ(errText_.str(), file_ + " applied\n");
 }
 

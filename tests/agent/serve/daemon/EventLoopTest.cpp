@@ -1,9 +1,7 @@
-// Repeated calls and signals on the event loop.
+// Repeated calls on the event loop.
 #include "agent/serve/daemon/EventLoop.h"
 
 #include <gmock/gmock.h>
-
-#include <csignal>
 
 namespace ZelAgent {
 namespace {
@@ -107,22 +105,7 @@ TEST(EventLoop, StopsTheCallsThatAreDestroyed) {
   EXPECT_EQ(uv_loop_alive(loop.get()), 0);
 }
 
-TEST(EventLoop, HandlesASignalThatArrivedBeforeItRan) {
-  EventLoop loop;
-  int hangUps = 0;
-  const SignalWatch watch(loop, SIGHUP, [&] {
-    ++hangUps;
-    loop.stop();
-  });
-  std::raise(SIGHUP);
-  EXPECT_EQ(hangUps, 0);
-  loop.run();
-  EXPECT_EQ(hangUps, 1);
-}
-
 TEST(EventLoop, ReportsWhatFailed) {
-  EventLoop loop;
-  EXPECT_THROW(SignalWatch(loop, SIGKILL, [] {}), std::runtime_error);
   try {
     needSuccess(UV_EACCES, "the handle");
     ADD_FAILURE() << "nothing was thrown";
