@@ -262,8 +262,9 @@ ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::o
   return finishOutput(out, err);
 }
 
-ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostream& out,
-                      std::ostream& err) {
+ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing commands,
+                      Printing daemon) {
+  const auto& [out, err] = app.got_subcommand("serve") ? daemon : commands;
   if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
   if (commandLine.traceRing) {
     const ExitStatus kept = keepTraceIn(*commandLine.traceRing, err);
@@ -288,8 +289,8 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, std::ostrea
 
 }  // namespace
 
-ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::ostream& out,
-                          std::ostream& err) {
+ExitStatus runCommandLine(int argumentCount, const char* const* arguments, Printing commands,
+                          Printing daemon) {
   if (argumentCount > 1 && std::string_view(arguments[1]) == "serve") blockSignal(SIGHUP);
   CommandLine commandLine;
   CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
@@ -307,9 +308,9 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, std::
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
-    return reportUsage(error, app, out, err);
+    return reportUsage(error, app, commands.out, commands.err);
   }
-  return runCommand(app, commandLine, out, err);
+  return runCommand(app, commandLine, commands, daemon);
 }
 
 }  // namespace ZelAgent

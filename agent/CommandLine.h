@@ -6,12 +6,19 @@
 
 namespace ZelAgent {
 
+/// Where a command prints.
+struct Printing {
+  std::ostream& out;
+  std::ostream& err;
+};
+
 /// Reads the options, runs the command that they choose, and returns its status. A wrong command
 /// line is one line on `err`, and no command is run.
 ///
-/// With the command `serve`, SIGHUP is blocked from the beginning, and stays blocked. So one that
-/// arrives before the daemon is ready does not end the process.
+/// The command `serve` prints on `daemon`, which must not wait for a reader. With this command,
+/// SIGHUP is blocked from the beginning, and stays blocked. So one that arrives before the daemon
+/// is ready does not end the process.
 [[nodiscard]] ExitStatus runCommandLine(int argumentCount, const char* const* arguments,
-                                        std::ostream& out, std::ostream& err);
+                                        Printing commands, Printing daemon);
 
 }  // namespace ZelAgent

@@ -1,10 +1,16 @@
+#include <unistd.h>
+
 #include <iostream>
 
 #include "agent/CommandLine.h"
 #include "agent/language/StandardDescriptors.h"
+#include "agent/serve/daemon/LineStream.h"
 
 int main(int argumentCount, char** arguments) {
   using ZelAgent::ExitStatus;
   if (!ZelAgent::openStandardDescriptors()) return static_cast<int>(ExitStatus::failure);
-  return static_cast<int>(ZelAgent::runCommandLine(argumentCount, arguments, std::cout, std::cerr));
+  ZelAgent::LineStream daemonOut(STDOUT_FILENO);
+  ZelAgent::LineStream daemonErr(STDERR_FILENO);
+  return static_cast<int>(ZelAgent::runCommandLine(argumentCount, arguments, {std::cout, std::cerr},
+                                                   {daemonOut, daemonErr}));
 }

@@ -15,7 +15,7 @@ CallOutcome call(const std::vector<std::string>& arguments, bool canBeWritten) {
   std::ostringstream err;
   if (!canBeWritten) out.setstate(std::ios::badbit);
   const ExitStatus status =
-      runCommandLine(static_cast<int>(pointers.size()), pointers.data(), out, err);
+      runCommandLine(static_cast<int>(pointers.size()), pointers.data(), {out, err}, {out, err});
   return {static_cast<int>(status), out.str(), err.str()};
 }
 

@@ -30,7 +30,7 @@ class HangUpText final : public std::stringbuf {
   HangUpText text;
   std::ostream err(&text);
   const char* const arguments[] = {"zel-agent", command, "--wrong"};
-  std::exit(static_cast<int>(runCommandLine(3, arguments, err, err)));
+  std::exit(static_cast<int>(runCommandLine(3, arguments, {err, err}, {err, err})));
 }
 
 TEST(EarlyHangUp, DoesNotEndADaemonThatReadsItsCommandLine) {

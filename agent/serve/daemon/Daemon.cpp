@@ -4,8 +4,10 @@
 #include <memory>
 #include <ostream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
+#include "Mox/TraceHandle.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/daemon/CoalescedCall.h"
@@ -17,6 +19,28 @@
 #include "agent/serve/daemon/Stream.h"
 
 namespace ZelAgent {
+namespace {
+
+// Prints a line on a stream that may be closed.
+void printLine(std::ostream& err, std::string_view line) {
+  err << line << std::endl;
+  err.clear();
+}
+
+// Prints the text trace on a stream during its lifetime.
+class TraceOn final {
+ public:
+  explicit TraceOn(std::ostream& err)
+      : before_(Mox::traceSinkIs([&err](std::string_view line) { printLine(err, line); })) {}
+  TraceOn(const TraceOn&) = delete;
+  TraceOn& operator=(const TraceOn&) = delete;
+  ~TraceOn() { Mox::traceSinkIs(std::move(before_)); }
+
+ private:
+  Mox::TraceSink before_;
+};
+
+}  // namespace
 
 Daemon::Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err)
     : options_(options),
@@ -51,10 +75,8 @@ void Daemon::reload() {
 }
 
 void Daemon::printLines(const std::vector<std::string>& lines) {
-  for (const std::string& line : lines) {
-    err_ << line << std::endl;
-    err_.clear();
-  }
+  for (const std::string& line : lines)
+    printLine(err_, line);
 }
 
 bool Daemon::announce() {
@@ -65,6 +87,7 @@ bool Daemon::announce() {
 }
 
 ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err) {
+  const TraceOn traceOn(err);
   try {
     return Daemon(options, out, err).serve();
   } catch (const ConfigError& error) {

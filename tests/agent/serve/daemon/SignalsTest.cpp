@@ -131,5 +131,20 @@ TEST_F(ServeSignals, SigpipeAndAClosedStandardErrorDoNotEndIt) {
   EXPECT_EQ(daemon.end(), 0);
 }
 
+TEST_F(ServeSignals, AnUnreadStandardErrorDoesNotStopIt) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 300; ++i)
+    names.push_back("vrf" + std::to_string(i));
+  writeVrfs(names);
+  DaemonProcess daemon(config_, path_, {}, {"MOX_TRACE=*=*"});  // its trace fills the pipe
+  SocketClient client(path_);
+  for (int i = 0; i < 20; ++i) {
+    daemon.signal(SIGHUP);
+    EXPECT_EQ(client.text("vrf vrf1 id 2").find("vrf vrf1 id 2\n"), 0U);
+  }
+  EXPECT_EQ(daemon.end(), 0);
+  EXPECT_GT(daemon.restOfErr().size(), 60000U) << "it was not full";
+}
+
 }  // namespace
 }  // namespace ZelAgent
