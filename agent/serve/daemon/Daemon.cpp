@@ -2,11 +2,13 @@
 
 #include <csignal>
 #include <memory>
+#include <new>
 #include <ostream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
+#include "Duolog/OutOfMemory.h"
 #include "Mox/TraceHandle.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
@@ -90,6 +92,8 @@ ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& 
   const TraceOn traceOn(err);
   try {
     return Daemon(options, out, err).serve();
+  } catch (const std::bad_alloc&) {
+    Duolog::outOfMemory();
   } catch (const ConfigError& error) {
     return reportError(err, error.what());
   } catch (const std::runtime_error& error) {

@@ -24,7 +24,8 @@ struct DaemonOptions {
 ///
 /// Its clients and signals do not block it. Any number of SIGHUPs that arrive before a reload are
 /// one reload, and clients have their turn between two reloads. It prints lines, and the text
-/// trace, on streams that must not wait for a reader; see `LineStream`.
+/// trace, on streams that must not wait for a reader; see `LineStream`. When memory runs out, the
+/// process ends by `Duolog::outOfMemory`.
 ///
 /// At the end the clients are closed, then the socket file is removed, then the configuration is
 /// removed from the chip. A wrong configuration ends the daemon only at its start.

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <new>
 
+#include "Duolog/OutOfMemory.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
 
@@ -17,6 +19,8 @@ std::vector<std::string> reportReload(const std::string& file,
     return lines;
   } catch (const ConfigError& error) {
     return {std::string("error: ") + error.what() + "; the configuration in force is unchanged"};
+  } catch (const std::bad_alloc&) {
+    Duolog::outOfMemory();
   } catch (const std::exception& error) {
     return {"error: the reload failed: " + printable(error.what(), 1000)};
   }

@@ -1,7 +1,9 @@
 #include "agent/serve/protocol/ControlService.h"
 
 #include <exception>
+#include <new>
 
+#include "Duolog/OutOfMemory.h"
 #include "agent/commands/served/CommandDispatch.h"
 #include "agent/language/Errors.h"
 #include "agent/language/PrintableText.h"
@@ -31,7 +33,15 @@ Answer withoutRoom(std::size_t size, std::size_t room) {
 
 }  // namespace
 
-Reply ControlService::reply(const RequestLine& line, std::size_t room) {
+Reply ControlService::reply(const RequestLine& line, std::size_t room) noexcept {
+  try {
+    return replyTo(line, room);
+  } catch (const std::bad_alloc&) {
+    Duolog::outOfMemory();
+  }
+}
+
+Reply ControlService::replyTo(const RequestLine& line, std::size_t room) {
   const Framing framing = framingOf(line.text);
   Reply reply{toBytes(answerTo(line), framing), line.kind == RequestLine::Kind::tooLong};
   const std::size_t size = reply.bytes.size();
@@ -60,6 +70,8 @@ Answer ControlService::answerTo(const RequestLine& line) {
     return refusal(error.what());
   } catch (const ConfigError& error) {
     return refusal(error.what());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     return failure("the command failed: " + printable(error.what(), 1000));
   }

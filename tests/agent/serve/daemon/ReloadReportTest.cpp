@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
+#include <new>
 #include <stdexcept>
 
 #include "agent/language/Errors.h"
@@ -35,6 +37,12 @@ TEST(ReloadReport, HasALineThatAWrongConfigurationChangedNothing) {
 TEST(ReloadReport, HasALineThatTheReloadFailedForAnyOtherError) {
   EXPECT_THAT(reportReload("a.json", []() -> Lines { throw std::runtime_error("no\nmemory"); }),
               ElementsAre("error: the reload failed: no\\x0amemory"));
+}
+
+TEST(ReloadReport, IsNoneWhenMemoryRunsOut) {
+  const auto reload = []() -> Lines { throw std::bad_alloc(); };
+  EXPECT_EXIT(static_cast<void>(reportReload("a.json", reload)), ::testing::KilledBySignal(SIGABRT),
+              "^out of memory\n$");
 }
 
 TEST(ReloadReport, HasThePrintableNameOfTheFile) {
