@@ -1,6 +1,8 @@
 // `zel-agent ctl` from end to end, other than at a terminal.
 #include <gmock/gmock.h>
 
+#include <csignal>
+
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/serve/daemon/DaemonProcess.h"
@@ -90,6 +92,19 @@ TEST_F(Ctl, ReportsInOneLineThatNoDaemonAnswers) {
   EXPECT_EQ(outcome.err, "error: " + path_ +
                              ": no daemon can be reached: No such file or directory; start one "
                              "with: zel-agent serve CONFIG --socket " +
+                             path_ + "\n");
+}
+
+TEST_F(Ctl, ReportsInOneLineThatTheDaemonOfASocketWasKilled) {
+  DaemonProcess daemon(config_, path_);
+  daemon.signal(SIGKILL);
+  EXPECT_EQ(daemon.exitStatus(), -1);
+  const AgentOutcome outcome = ctl({"show", "actions"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "error: " + path_ +
+                             ": no daemon can be reached: Connection refused; start one with: "
+                             "zel-agent serve CONFIG --socket " +
                              path_ + "\n");
 }
 
