@@ -71,17 +71,18 @@ class LinesOfADaemon : public ::testing::Test {
     }
     return text;
   }
+  static std::string lineOf(int number) { return std::to_string(number) + std::string(1000, 'x'); }
   // Prints numbered lines that nobody reads, and then more until one that was just printed is read.
   // Each number must be read once and in order, or be in the number of dropped lines.
   void expectWholeLinesWithoutAReader() {
     int printed = 0;
-    while (printed < 20000)
-      print("line " + std::to_string(printed++));
+    while (printed < 2000)
+      print(lineOf(printed++));
     EXPECT_TRUE(lines_->good());
     std::string text = read();
     const Waiting::Deadline deadline;
-    while (!text.ends_with("line " + std::to_string(printed - 1) + '\n') && !deadline.hasPassed()) {
-      print("line " + std::to_string(printed++));
+    while (!text.ends_with(lineOf(printed - 1) + '\n') && !deadline.hasPassed()) {
+      print(lineOf(printed++));
       text += read();
     }
     const std::string warning = "warning: lines dropped before this one: ";
@@ -94,7 +95,7 @@ class LinesOfADaemon : public ::testing::Test {
         dropped += lines;
         accounted += lines;
       } else {
-        ASSERT_EQ(line, "line " + std::to_string(accounted++));
+        ASSERT_EQ(line, lineOf(accounted++));
       }
     }
     EXPECT_EQ(accounted, printed);
