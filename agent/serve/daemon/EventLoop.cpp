@@ -1,7 +1,11 @@
 #include "agent/serve/daemon/EventLoop.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <utility>
+
+#include "Duolog/OutOfMemory.h"
 
 namespace ZelAgent {
 namespace {
@@ -48,9 +52,27 @@ class CallEveryRound final : public RepeatedCall {
   LoopHandle<uv_idle_t> idle_;
 };
 
+// libuv itself handles some failed allocations by an abort without a message.
+void* needMemory(void* memory, std::size_t size) {
+  if (memory == nullptr) Duolog::outOfMemory(size);
+  return memory;
+}
+
+void endProcessWithoutMemory() {
+  const int result = uv_replace_allocator(
+      [](std::size_t size) { return needMemory(std::malloc(size), size); },
+      [](void* block, std::size_t size) { return needMemory(std::realloc(block, size), size); },
+      [](std::size_t count, std::size_t size) {
+        return needMemory(std::calloc(count, size), count * size);
+      },
+      std::free);
+  needSuccess(result, "the event loop");
+}
+
 }  // namespace
 
 EventLoop::EventLoop() {
+  endProcessWithoutMemory();
   needSuccess(uv_loop_init(&loop_), "the event loop");
 }
 

@@ -14,6 +14,8 @@ namespace ZelAgent {
 /// The loop that runs the callbacks of all signals, clients and timers, one after the other on one
 /// thread. The agent must not be called from two threads.
 ///
+/// When libuv gets no memory, the process ends by `Duolog::outOfMemory`.
+///
 /// A handle is closed before its memory is freed. Every handle is closed before the loop.
 class EventLoop final : public Scheduler {
  public:

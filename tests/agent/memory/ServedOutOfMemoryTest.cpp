@@ -1,16 +1,19 @@
-// When memory ends while a daemon serves: every allocation of a request and of a reload fails in
-// turn. Nobody is answered twice, and no configuration is in force in part.
+// When memory ends while a daemon serves: every third allocation of its work fails in turn. Nobody
+// is answered twice, and no configuration is in force in part.
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
 #include <csignal>
 #include <functional>
 #include <new>
+#include <ostream>
+#include <sstream>
 #include <string>
 
 #include "Mox/TraceHandle.h"
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/serve/daemon/ControlServer.h"
+#include "agent/serve/daemon/Daemon.h"
 #include "agent/serve/daemon/ReloadReport.h"
 #include "agent/serve/protocol/ControlService.h"
 #include "tests/agent/SmallConfigurations.h"
@@ -23,6 +26,7 @@ namespace ZelAgent {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 
 // What a process reports that reached the end of its work.
@@ -30,12 +34,12 @@ constexpr std::string_view noneFailed = "no allocation failed";
 
 class ServedOutOfMemory : public ::testing::Test {
  protected:
-  // Makes `work` for each number of allocations that succeed, in a new process each, until none
-  // fails. Its text goes to `check`, unless the process was aborted with the one line.
+  // Makes `work` for each third number of allocations that succeed, in a new process each, until
+  // none fails. Its text goes to `check`, unless the process was aborted with the one line.
   static int endedOf(const std::function<std::string(std::size_t passing)>& work,
                      const std::function<void(const std::string&)>& check) {
     int ended = 0;
-    for (std::size_t passing = 0; !HasFailure(); ++passing) {
+    for (std::size_t passing = 0; !HasFailure(); passing += 3) {
       SCOPED_TRACE("after " + std::to_string(passing) + " allocations");
       const Remains remains = inForkedProcess([&](const Report& report) {
         Mox::traceSinkIs([](std::string_view) {});
@@ -44,7 +48,7 @@ class ServedOutOfMemory : public ::testing::Test {
       if (remains.reported == noneFailed) break;
       if (remains.reported.empty()) {
         EXPECT_TRUE(WIFSIGNALED(remains.status) && WTERMSIG(remains.status) == SIGABRT);
-        EXPECT_EQ(remains.onStderr, "out of memory\n");
+        EXPECT_THAT(remains.onStderr, MatchesRegex("out of memory(: [0-9]+ bytes)?\n"));
         ++ended;
       } else {
         check(remains.reported);
@@ -97,6 +101,32 @@ TEST_F(ServedOutOfMemory, ReloadsWhollyOrNotAtAllOrEndsTheDaemon) {
           EXPECT_THAT(reported, HasSubstr("red"));
           EXPECT_THAT(reported, Not(HasSubstr("blue")));
         }
+      });
+  EXPECT_GT(ended, 0);
+}
+
+// A stream that sends SIGTERM to the daemon that serves.
+class EndedText final : public std::stringbuf {
+ private:
+  int sync() override { return std::raise(SIGTERM); }
+};
+
+TEST_F(ServedOutOfMemory, EndsADaemonInOneLineFromItsStartToItsEnd) {
+  const int ended = endedOf(
+      [&](std::size_t passing) -> std::string {
+        DaemonOptions options;
+        options.configuration = redFile();
+        options.socket = pathInTestFolder("s");
+        EndedText text;
+        std::ostream out(&text);
+        std::ostringstream err;
+        allocationFailsAfter(passing);
+        const ExitStatus status = serve(options, out, err);
+        if (!allocationsSucceed()) return std::string(noneFailed);
+        return status == ExitStatus::success ? "served" : err.str();
+      },
+      [](const std::string& reported) {
+        EXPECT_THAT(reported, MatchesRegex("served|error: .+\n"));
       });
   EXPECT_GT(ended, 0);
 }
