@@ -99,8 +99,10 @@ bool isAnswer(const OrderedJson& document, bool asJson) {
 // that read a document call themselves for each level.
 OrderedJson parseAnswer(const std::string& line, const std::string& path) {
   bool isTooDeep = false;
-  const auto keep = [&](int depth, OrderedJson::parse_event_t /*event*/, OrderedJson& /*value*/) {
-    isTooDeep = isTooDeep || depth > deepestAnswer;
+  const auto keep = [&](int depth, OrderedJson::parse_event_t event, OrderedJson& /*value*/) {
+    const bool opens = event == OrderedJson::parse_event_t::object_start ||
+                       event == OrderedJson::parse_event_t::array_start;
+    isTooDeep = isTooDeep || (opens && depth >= deepestAnswer);
     return !isTooDeep;
   };
   auto document = OrderedJson::parse(line, keep, false);
