@@ -11,6 +11,7 @@
 
 #include "Mox/TraceHandle.h"
 #include "agent/commands/offline/OfflineCommands.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/Words.h"
 #include "agent/serve/console/CtlCommand.h"
@@ -25,6 +26,11 @@ std::string problemWithCount(const std::string& text) {
   if (parseNumber(text)) return {};
   return "must be a whole number from 0 to " +
          std::to_string(std::numeric_limits<std::uint32_t>::max()) + ", not " + inQuotes(text);
+}
+
+// What is wrong with the text as the argument of `show`. Empty for "limits".
+std::string problemWithTopic(const std::string& text) {
+  return text == "limits" ? std::string() : "must be limits, not " + inQuotes(text);
 }
 
 constexpr const char* eventsHelp =
@@ -81,10 +87,11 @@ struct CommandLine {
   ForwardOptions forward;
   ExplainOptions explain;
   DaemonOptions serve;
-  std::uint32_t clientTimeout = 30;  // seconds
+  std::uint32_t clientTimeout = Limits::clientTimeout.count();  // seconds
   CtlOptions ctl;
-  std::uint32_t ctlTimeout = 300;  // seconds
+  std::uint32_t ctlTimeout = Limits::ctlTimeout.count();  // seconds
   TraceOptions traceFile;
+  LimitsOptions limits;
   bool trace = false;
   std::optional<std::string> traceRing;  // a file
 };
@@ -236,6 +243,17 @@ void describeTrace(CLI::App& app, CommandLine& commandLine) {
                     "the command line is wrong, or FILE cannot be read as a trace ring"}));
 }
 
+void describeShow(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const show =
+      app.add_subcommand("show", "Print the limits of the agent, without a daemon");
+  show->add_option("WHAT", "limits: each limit, and the option that changes it")
+      ->required()
+      ->check(CLI::Validator(problemWithTopic, ""));
+  show->add_flag("--json", commandLine.limits.json, "Print the limits as JSON");
+  show->footer(exitStatuses({"the limits were printed", "standard output cannot be written",
+                             "the command line is wrong"}));
+}
+
 std::string commandsOf(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::App* const command : app.get_subcommands(nullptr))
@@ -250,7 +268,7 @@ std::string usageProblem(const CLI::ParseError& error, const CLI::App& app) {
     return "a command is required, one of: " + commandsOf(app) + "; see " + app.get_name() +
            " --help";
   }
-  return printable(error.what(), 1000) + "; see " + app.get_name() + ' ' +
+  return printable(error.what(), Limits::shownTextBytes) + "; see " + app.get_name() + ' ' +
          given.front()->get_name() + " --help";
 }
 
@@ -284,6 +302,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing co
     return control(commandLine.ctl, std::cin, out, err);
   }
   if (app.got_subcommand("trace")) return showTraceFile(commandLine.traceFile, out, err);
+  if (app.got_subcommand("show")) return showLimits(commandLine.limits, out, err);
   return runConfigurations(commandLine.run, out, err);
 }
 
@@ -305,6 +324,7 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, Print
   describeServe(app, commandLine);
   describeCtl(app, commandLine);
   describeTrace(app, commandLine);
+  describeShow(app, commandLine);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {

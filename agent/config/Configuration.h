@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,9 +13,6 @@ namespace ZelAgent {
 /// The name of the default VRF. A configuration may also call it `defaultInstanceName`.
 inline constexpr const char* defaultVrfName = "default";
 inline constexpr const char* defaultInstanceName = "DEFAULT";
-
-/// A name of a configuration, an event or the command line has 1 to this many bytes.
-inline constexpr std::size_t maxNameBytes = 100;
 
 enum class InstanceType : std::uint8_t { defaultInstance, l3Vrf };
 

@@ -6,6 +6,7 @@
 
 #include "agent/config/Configuration.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
@@ -45,8 +46,8 @@ std::string entryPath(const std::string& listPath, const json& entry, std::size_
 }
 
 void needNameBytes(const JsonNode& node, const std::string& name, const std::string& must) {
-  if (name.size() <= maxNameBytes) return;
-  node.fail(must + " have at most " + std::to_string(maxNameBytes) + " bytes, not " +
+  if (name.size() <= Limits::nameBytes) return;
+  node.fail(must + " have at most " + std::to_string(Limits::nameBytes) + " bytes, not " +
             std::to_string(name.size()));
 }
 
@@ -99,11 +100,13 @@ void JsonNode::failExpecting(const std::string& what) const {
 }
 
 void JsonNode::fail(const std::string& what) const {
-  throw ConfigError(printable(findings_->file, 1000) + ": " + path_ + ": " + what);
+  throw ConfigError(printable(findings_->file, Limits::shownTextBytes) + ": " + path_ + ": " +
+                    what);
 }
 
 void JsonNode::warn(const std::string& what) const {
-  findings_->warnings.push_back(printable(findings_->file, 1000) + ": " + path_ + ": " + what);
+  findings_->warnings.push_back(printable(findings_->file, Limits::shownTextBytes) + ": " + path_ +
+                                ": " + what);
 }
 
 JsonObject::JsonObject(const JsonNode& node, std::initializer_list<std::string_view> known)

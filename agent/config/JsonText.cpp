@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 
@@ -135,7 +136,7 @@ class StrictListener final : public nlohmann::json_sax<json> {
   }
 
   [[noreturn]] void failAt(std::size_t offset, const std::string& what) const {
-    throw ConfigError(printable(file_, 1000) + ':' +
+    throw ConfigError(printable(file_, Limits::shownTextBytes) + ':' +
                       lineAndColumn(std::string_view(text_).substr(0, offset)) + ": " + what);
   }
 

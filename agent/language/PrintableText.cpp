@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "Mox/PrintableText.h"
+#include "agent/language/Limits.h"
 
 namespace ZelAgent {
 namespace {
@@ -50,7 +51,7 @@ std::string inQuotes(std::string_view text) {
 }
 
 std::string orDash(std::string_view text) {
-  return text.empty() ? "-" : printable(text, 1000);
+  return text.empty() ? "-" : printable(text, Limits::shownTextBytes);
 }
 
 }  // namespace ZelAgent

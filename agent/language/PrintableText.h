@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "agent/language/Limits.h"
+
 namespace ZelAgent {
 
 /// Text from outside (names, messages of the system, bytes of a file) as a message or report shows
@@ -11,7 +13,8 @@ namespace ZelAgent {
 ///
 /// Bytes that are not part of a printable character (`Mox::printableAtFront`) become \xNN. Text
 /// beyond `maxBytes` bytes is cut off and replaced by "...".
-[[nodiscard]] std::string printable(std::string_view text, std::size_t maxBytes = 100);
+[[nodiscard]] std::string printable(std::string_view text,
+                                    std::size_t maxBytes = Limits::shownValueBytes);
 
 /// The whole text with every line printable, and the ends of lines as they are.
 [[nodiscard]] std::string printableLines(std::string_view text);
@@ -19,7 +22,8 @@ namespace ZelAgent {
 /// `printable(text)` between double quotes.
 [[nodiscard]] std::string inQuotes(std::string_view text);
 
-/// Up to 1000 bytes of the text, printable; "-" if it is empty. For cells of tables.
+/// Up to `Limits::shownTextBytes` bytes of the text, printable; "-" if it is empty. For cells of
+/// tables.
 [[nodiscard]] std::string orDash(std::string_view text);
 
 }  // namespace ZelAgent

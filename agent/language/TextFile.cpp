@@ -9,6 +9,7 @@
 
 #include "agent/language/Errors.h"
 #include "agent/language/FileKind.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
@@ -22,13 +23,13 @@ void needUsable(int descriptor) {
   struct stat found {};
   if (fstat(descriptor, &found) != 0) throw unreadable(errno);
   if (!S_ISREG(found.st_mode)) throw InputFileError("is " + std::string(fileKind(found.st_mode)));
-  if (static_cast<std::size_t>(found.st_size) > maxInputBytes) throw inputTooLarge();
+  if (static_cast<std::size_t>(found.st_size) > Limits::inputFileBytes) throw inputTooLarge();
 }
 
 }  // namespace
 
 InputFileError inputTooLarge() {
-  return InputFileError("is larger than 64 MiB");
+  return InputFileError("is larger than " + std::to_string(Limits::inputFileBytes >> 20U) + " MiB");
 }
 
 InputFile openInputFile(const std::string& file) {
@@ -48,7 +49,7 @@ std::string readAll(const InputFile& file) {
   std::string text;
   char block[65536];
   while (const std::size_t got = std::fread(block, 1, sizeof block, file.get())) {
-    if (got > maxInputBytes - text.size()) throw inputTooLarge();
+    if (got > Limits::inputFileBytes - text.size()) throw inputTooLarge();
     text.append(block, got);
   }
   if (std::ferror(file.get()) != 0) throw unreadable(errno);
@@ -59,7 +60,8 @@ std::string readTextFile(const std::string& file, const std::string& wanted) {
   try {
     return readAll(openInputFile(file));
   } catch (const InputFileError& error) {
-    throw ConfigError(printable(file, 1000) + ": " + error.what() + "; give " + wanted);
+    throw ConfigError(printable(file, Limits::shownTextBytes) + ": " + error.what() + "; give " +
+                      wanted);
   }
 }
 

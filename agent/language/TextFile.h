@@ -1,15 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
 namespace ZelAgent {
-
-/// No input file may be larger.
-inline constexpr std::size_t maxInputBytes = std::size_t{64} * 1024 * 1024;
 
 /// An input file cannot be used. `what()` says why, and does not name the file: "is a FIFO".
 class InputFileError final : public std::runtime_error {
@@ -21,12 +17,12 @@ class InputFileError final : public std::runtime_error {
 using InputFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// Opens a configuration, an event file or a capture. It must be a regular file of at most
-/// `maxInputBytes`. So neither opening nor reading it waits for another process.
+/// `Limits::inputFileBytes`. So neither opening nor reading it waits for another process.
 ///
 /// Throws an `InputFileError`. The file may grow later, so the reader counts too.
 [[nodiscard]] InputFile openInputFile(const std::string& file);
 
-/// The error that a file has more than `maxInputBytes`.
+/// The error that a file has more than `Limits::inputFileBytes`.
 [[nodiscard]] InputFileError inputTooLarge();
 
 /// Returns the rest of the file. Throws an `InputFileError`.

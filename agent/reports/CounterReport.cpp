@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
@@ -32,7 +33,7 @@ TextTable ruleTable(const RuleStates& rules) {
 TextTable vrfTable(const ForwardCounters& counters) {
   TextTable table{{"VRF", "PACKETS", "BYTES"}};
   for (const auto& [vrf, counter] : counters.vrfs) {
-    table.push_back({printable(vrf.bytes(), 1000)});
+    table.push_back({printable(vrf.bytes(), Limits::shownTextBytes)});
     addCounter(table.back(), counter);
   }
   return table;

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/events/Event.h"
 #include "agent/reports/StateReport.h"
@@ -33,7 +34,7 @@ std::string statusText(const std::optional<HwStatus>& status) {
   std::string result = stringValue(status->status()).str();
   if (status->status() == ProgrammingResult::programmedInHw) return result;
   return result + " (" + stringValue(status->failureReason()).str() + ": " +
-         printable(status->failureDescription().bytes(), 1000) + ')';
+         printable(status->failureDescription().bytes(), Limits::shownTextBytes) + ')';
 }
 
 void writeCalls(std::ostream& out, const std::vector<HookCall>& calls) {

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
 #include "agent/model/policies/PolicyObjects.h"
@@ -11,17 +12,16 @@
 namespace ZelAgent {
 namespace {
 
-constexpr std::size_t maxBytes = 1000;
-
 // "edge", or "red: edge" for a policy of a network instance other than the default one.
 std::string policyText(const ActionUser& user) {
-  std::string policy = printable(user.policyId, maxBytes);
+  std::string policy = printable(user.policyId, Limits::shownTextBytes);
   if (user.networkInstance == defaultVrfName) return policy;
-  return printable(user.networkInstance, maxBytes) + ": " + policy;
+  return printable(user.networkInstance, Limits::shownTextBytes) + ": " + policy;
 }
 
 std::string stateText(const RuleState& rule) {
-  return rule.place ? "programmed" : "not programmed: " + printable(rule.reason, maxBytes);
+  return rule.place ? "programmed"
+                    : "not programmed: " + printable(rule.reason, Limits::shownTextBytes);
 }
 
 }  // namespace
@@ -38,7 +38,7 @@ OrderedJson actionJson(const PolicyMap::RuleAction& action) {
 }
 
 std::vector<std::string> nameCells(const RuleState& rule) {
-  return {printable(rule.user.interface, maxBytes), policyText(rule.user),
+  return {printable(rule.user.interface, Limits::shownTextBytes), policyText(rule.user),
           std::to_string(rule.user.sequenceId), toText(rule.rule.match), toText(rule.rule.action)};
 }
 
@@ -80,8 +80,8 @@ void writeTextReport(std::ostream& out, const ActionUsers& users) {
   TextTable table{{"ACTION", "INTERFACE", "POLICY", "RULE"}};
   for (const auto& [action, usersOfAction] : users) {
     for (const ActionUser& user : usersOfAction) {
-      table.push_back({toText(action), printable(user.interface, maxBytes), policyText(user),
-                       std::to_string(user.sequenceId)});
+      table.push_back({toText(action), printable(user.interface, Limits::shownTextBytes),
+                       policyText(user), std::to_string(user.sequenceId)});
     }
   }
   writeTable(out, table);

@@ -9,9 +9,6 @@ namespace {
 
 using Routing::Hardware::PrefixLensInExactMatch;
 
-// A VRF and two levels of fallback.
-constexpr std::size_t longestWalk = 3;
-
 std::uint32_t vrfIdOf(const L3::VrfName& name, const ProgramInputs& inputs) {
   if (!inputs.routeStatus) return 0;
   const auto status = inputs.routeStatus->vrfStatus(name);

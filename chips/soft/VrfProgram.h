@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <vector>
@@ -22,8 +23,11 @@ struct VrfFacts {
   friend bool operator==(const VrfFacts&, const VrfFacts&) = default;
 };
 
+/// The most VRFs of a walk: a VRF and two levels of fallback.
+inline constexpr std::size_t longestWalk = 3;
+
 /// A VRF, then the VRFs of the lookups after a miss: its fallback, the fallback's own and so on,
-/// none twice. Empty if an action names no VRF.
+/// none twice, at most `longestWalk`. Empty if an action names no VRF.
 using VrfWalk = std::vector<VrfFacts>;
 
 /// What a hardware resource is programmed with.

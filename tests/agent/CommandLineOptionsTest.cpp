@@ -1,6 +1,7 @@
 // Each option of each command with both of its values, and each exit status.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -290,6 +291,35 @@ TEST_F(CommandLineOptions, TraceReturnsTwoForWhatIsNoTrace) {
   }
 }
 
+TEST_F(CommandLineOptions, ShowPrintsTheLimitsAsTextOrJson) {
+  const CallOutcome text = callAgent({"show", "limits"});
+  EXPECT_EQ(text.status, 0);
+  EXPECT_EQ(text.err, "");
+  EXPECT_TRUE(text.out.starts_with(
+      "  LIMIT               VALUE       UNIT       OPTION                  MEANING\n"
+      "  name                100         bytes      -                       name of a VRF"))
+      << text.out;
+  const CallOutcome json = callAgent({"show", "limits", "--json"});
+  EXPECT_EQ(json.status, 0);
+  const nlohmann::json rows = json.documents().at(0);
+  EXPECT_EQ(static_cast<std::size_t>(std::count(text.out.begin(), text.out.end(), '\n')),
+            rows.size() + 1);
+  EXPECT_EQ(rows.at(0)["value"], 100);
+  EXPECT_EQ(rows.at(0)["option"], nullptr);
+  EXPECT_EQ(rows.at(2), nlohmann::json({{"name", "number"},
+                                        {"value", 4294967295U},
+                                        {"unit", nullptr},
+                                        {"option", nullptr},
+                                        {"meaning",
+                                         "a number of an event, a command or an option; a larger "
+                                         "one is an error"}}));
+  EXPECT_EQ(rows.at(6)["option"], "--chip-capacity");
+}
+
+TEST_F(CommandLineOptions, ShowThatCannotBeWrittenIsAnError) {
+  expectCall(callAgentWithoutOutput({"show", "limits"}), 1, "", unwritable);
+}
+
 TEST_F(CommandLineOptions, ATraceRingThatCannotBeMadeEndsEachCommandThatHasTheOption) {
   const std::string ring = pathInTestFolder("no-folder") + "/ring";
   const std::vector<std::vector<std::string>> commands = {
@@ -335,6 +365,7 @@ const HelpRow helpRows[] = {
      {"CONFIG"}},
     {"ctl", {"-h,--help", "--socket PATH", "--json", "--timeout UINT:N=300"}, {"COMMAND"}},
     {"trace", {"-h,--help", "--json"}, {"FILE"}},
+    {"show", {"-h,--help", "--json"}, {"WHAT"}},
 };
 
 // The lines of the help below the title, up to a blank line, without their indentation.

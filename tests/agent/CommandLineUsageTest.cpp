@@ -31,11 +31,11 @@ INSTANTIATE_TEST_SUITE_P(
         Usage{"NoCommand",
               {},
               "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
-              "trace; see zel-agent"},
+              "trace, show; see zel-agent"},
         Usage{"UnknownCommand",
               {"walk"},
               "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
-              "trace; see zel-agent"},
+              "trace, show; see zel-agent"},
         Usage{"EventsWithoutAFile",
               {"run", "x.json", "--events"},
               "--events: 1 required FILE missing; see zel-agent run"},
@@ -120,6 +120,10 @@ INSTANTIATE_TEST_SUITE_P(
         Usage{"CtlUnknownOption",
               {"ctl", "--socket", "s", "--strict", "show"},
               "The following argument was not expected: --strict; see zel-agent ctl"},
+        Usage{"ShowWithoutTopic", {"show"}, "WHAT is required; see zel-agent show"},
+        Usage{"ShowOfAnUnknownTopic",
+              {"show", "rules"},
+              "WHAT: must be limits, not \"rules\"; see zel-agent show"},
         Usage{"TraceWithoutFile", {"trace"}, "FILE is required; see zel-agent trace"},
         Usage{"TraceOfTwoFiles",
               {"trace", "x", "y"},
@@ -160,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
         Usage{"UnknownOptionWithoutACommand",
               {"--fast"},
               "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
-              "trace; see zel-agent"},
+              "trace, show; see zel-agent"},
         Usage{"OptionOfACommandInFrontOfIt",
               {"--json", "run", "x.json"},
               "The following argument was not expected: --json; see zel-agent run"},

@@ -4,6 +4,7 @@
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/reports/FallbackGraphReport.h"
@@ -13,7 +14,7 @@ namespace {
 
 void warnOfCycles(std::ostream& err, const std::string& file, const FallbackGraph& graph) {
   for (const FallbackCycle& cycle : graph.cycles) {
-    err << "warning: " << printable(file, 1000)
+    err << "warning: " << printable(file, Limits::shownTextBytes)
         << ": fallback VRFs form a cycle; a lookup uses no VRF twice: " << toText(cycle) << '\n';
   }
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "agent/language/ExitStatus.h"
+#include "agent/language/Limits.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
@@ -26,7 +27,7 @@ struct RunOptions {
   std::optional<std::string> events;  // a file
   bool json = false;
   bool strict = false;
-  std::uint32_t chipCapacity = usualChipCapacity;
+  std::uint32_t chipCapacity = Limits::chipResources;
 };
 
 /// `zel-agent run`: applies configurations, then events, and prints what each does to the chip.
@@ -85,6 +86,15 @@ struct TraceOptions {
 /// process, the time when the file was made, and the messages as TraceReport.h describes them.
 [[nodiscard]] ExitStatus showTraceFile(const TraceOptions& options, std::ostream& out,
                                        std::ostream& err);
+
+struct LimitsOptions {
+  bool json = false;
+};
+
+/// `zel-agent show limits`: prints the limits that are in force without options, as LimitsReport.h
+/// describes them.
+[[nodiscard]] ExitStatus showLimits(const LimitsOptions& options, std::ostream& out,
+                                    std::ostream& err);
 
 /// Moves the ring of this process into the file. Returns `failure` if that is not possible.
 [[nodiscard]] ExitStatus keepTraceIn(const std::string& file, std::ostream& err);

@@ -9,6 +9,7 @@
 #include "agent/config/Configuration.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventLine.h"
@@ -26,9 +27,9 @@ namespace {
 // Throws an `Error` unless the name can be that of an interface.
 template <class Error>
 void needInterfaceName(const std::string& name) {
-  if (!name.empty() && name.size() <= maxNameBytes) return;
-  throw Error("--in: INTERFACE must be an interface name of 1 to " + std::to_string(maxNameBytes) +
-              " bytes, found " + inQuotes(name));
+  if (!name.empty() && name.size() <= Limits::nameBytes) return;
+  throw Error("--in: INTERFACE must be an interface name of 1 to " +
+              std::to_string(Limits::nameBytes) + " bytes, found " + inQuotes(name));
 }
 
 // A capture and its next packet.
@@ -113,7 +114,7 @@ std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
                                               std::ostream& err) {
   const ReadConfiguration read = readOpenConfigFile(configuration);
   reportWarnings(err, read.warnings);
-  auto agent = std::make_unique<ForwardingAgent>(usualChipCapacity);
+  auto agent = std::make_unique<ForwardingAgent>(Limits::chipResources);
   agent->apply(read.configuration);
   if (!events) return agent;
   EventPlayer player(*agent, std::filesystem::path(*events).parent_path());

@@ -6,6 +6,7 @@
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventPlayer.h"
@@ -76,7 +77,9 @@ class Run final {
     if (options_.json) {
       writeJsonReport(out_, file, state);
     } else {
-      writeTextReport(out_, file ? printable(*file, 1000) + " applied" : "all removed", state);
+      writeTextReport(out_,
+                      file ? printable(*file, Limits::shownTextBytes) + " applied" : "all removed",
+                      state);
     }
     checkStrict(state);
   }

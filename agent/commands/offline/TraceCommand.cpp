@@ -6,6 +6,7 @@
 
 #include "Blinklog/Ring.h"
 #include "Blinklog/RingImage.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/reports/TraceReport.h"
 
@@ -13,7 +14,9 @@ namespace ZelAgent {
 namespace {
 
 ExitStatus fail(std::ostream& err, const Blinklog::RingFileError& error, ExitStatus status) {
-  return reportError(err, printable(error.path(), 1000) + ": " + printable(error.problem(), 1000),
+  return reportError(err,
+                     printable(error.path(), Limits::shownTextBytes) + ": " +
+                         printable(error.problem(), Limits::shownTextBytes),
                      status);
 }
 

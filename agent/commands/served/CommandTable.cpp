@@ -50,6 +50,7 @@ constexpr CommandRow rows[] = {
     {"get TYPE ATTRIBUTE [KEY...]", "An attribute of the library's objects of a type",
      getAttribute},
     {"show config", "The configuration in force, and the results of reloads", showConfig},
+    {"show limits", "The limits in force, and the option that changes each", showLimits},
     {"reload", "Read the configuration file again and apply it, as SIGHUP does", reload},
     {"config FILE", "Apply a file, from the daemon's folder, as a change of the configuration",
      playEvent},

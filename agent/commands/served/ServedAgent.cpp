@@ -5,12 +5,15 @@
 
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/events/EventPlayer.h"
 
 namespace ZelAgent {
 
-ServedAgent::ServedAgent(std::string file, std::uint32_t chipCapacity) : agent_(chipCapacity) {
+ServedAgent::ServedAgent(std::string file, std::uint32_t chipCapacity,
+                         std::chrono::milliseconds clientTimeout)
+    : agent_(chipCapacity), clientTimeout_(clientTimeout) {
   record_.file = std::move(file);
 }
 
@@ -32,7 +35,7 @@ std::vector<std::string> ServedAgent::reload() {
     refused(error.what());
     throw;
   } catch (const std::exception& error) {
-    refused("the reload failed: " + printable(error.what(), 1000) +
+    refused("the reload failed: " + printable(error.what(), Limits::shownTextBytes) +
             "; the file may be applied in part");
     throw;
   }
@@ -45,6 +48,10 @@ EventEffects ServedAgent::play(const Event& event) {
     record_.source = ConfigurationSource::event;
   }
   return effects;
+}
+
+ChangeableLimits ServedAgent::limits() noexcept {
+  return {agent_.chip().capacity(), clientTimeout_};
 }
 
 std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {

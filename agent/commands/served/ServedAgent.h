@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
+#include "agent/reports/LimitsReport.h"
 
 namespace ZelAgent {
 
@@ -28,7 +30,9 @@ struct ConfigurationRecord {
 /// part.
 class ServedAgent final {
  public:
-  ServedAgent(std::string file, std::uint32_t chipCapacity);
+  /// The timeout of clients is only shown.
+  ServedAgent(std::string file, std::uint32_t chipCapacity,
+              std::chrono::milliseconds clientTimeout = Limits::clientTimeout);
 
   /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();
@@ -38,12 +42,15 @@ class ServedAgent final {
   EventEffects play(const Event& event);
 
   [[nodiscard]] ForwardingAgent& agent() noexcept { return agent_; }
+  /// The limits in force. An event may have changed the capacity of the chip.
+  [[nodiscard]] ChangeableLimits limits() noexcept;
   [[nodiscard]] const ConfigurationRecord& record() const noexcept { return record_; }
 
  private:
   std::vector<std::string> applyFile(ConfigurationSource source);
 
   ForwardingAgent agent_;
+  std::chrono::milliseconds clientTimeout_;
   ConfigurationRecord record_;
 };
 

@@ -20,6 +20,8 @@ namespace ZelAgent {
 [[nodiscard]] CommandOutput showFallback(const CommandCall& call);
 /// `show config`: the file in force, and the results of reloads.
 [[nodiscard]] CommandOutput showConfig(const CommandCall& call);
+/// `show limits`: the limits in force, as LimitsReport.h describes them.
+[[nodiscard]] CommandOutput showLimits(const CommandCall& call);
 /// `show trace [N]`: the last N messages of this process, oldest first. It adds no message.
 [[nodiscard]] CommandOutput showTrace(const CommandCall& call);
 /// `show types`: the registered modules and their types, in the order of registration.

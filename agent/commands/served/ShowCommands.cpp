@@ -5,11 +5,13 @@
 #include <vector>
 
 #include "Blinklog/Ring.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/reports/CounterReport.h"
 #include "agent/reports/FallbackGraphReport.h"
+#include "agent/reports/LimitsReport.h"
 #include "agent/reports/RuleReport.h"
 #include "agent/reports/StateReport.h"
 #include "agent/reports/TraceReport.h"
@@ -35,8 +37,8 @@ std::string whenText(ConfigurationSource source) {
 }
 
 void writeRecord(std::ostream& out, const ConfigurationRecord& record) {
-  out << "file         " << printable(record.file, 1000) << '\n'
-      << "in force     " << printable(record.inForce, 1000) << ", applied "
+  out << "file         " << printable(record.file, Limits::shownTextBytes) << '\n'
+      << "in force     " << printable(record.inForce, Limits::shownTextBytes) << ", applied "
       << whenText(record.source) << '\n'
       << "reloads      " << record.reloadsApplied << " applied, " << record.reloadsRefused
       << " refused\n";
@@ -166,7 +168,9 @@ CommandOutput showActions(const CommandCall& call) {
   const std::string& file = call.served.record().inForce;
   return outputOf(
       call,
-      [&](std::ostream& out) { writeTextReport(out, printable(file, 1000) + " applied", state); },
+      [&](std::ostream& out) {
+        writeTextReport(out, printable(file, Limits::shownTextBytes) + " applied", state);
+      },
       [&] {
         OrderedJson report{{"configuration", file}};
         putState(report, state);
@@ -196,6 +200,10 @@ CommandOutput showFallback(const CommandCall& call) {
   const FallbackGraph graph = fallbackGraphOf(call.served.agent());
   return outputOf(
       call, [&](std::ostream& out) { writeTextReport(out, graph); }, [&] { return toJson(graph); });
+}
+
+CommandOutput showLimits(const CommandCall& call) {
+  return show(call, limitTable(call.served.limits()));
 }
 
 CommandOutput showTrace(const CommandCall& call) {

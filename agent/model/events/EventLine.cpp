@@ -8,16 +8,18 @@
 #include "Mox/QuotedString.h"
 #include "agent/config/Configuration.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 
 namespace ZelAgent {
 namespace {
 
-constexpr std::size_t shownOfWord = 100;
+static_assert(Limits::nameBytes == L3::VrfName::maxLength, "each name can be that of a VRF");
 
 std::string shown(const std::optional<Word>& word) {
   if (!word) return "the end of the line";
-  const std::string quoted = Mox::quoted(std::string_view(word->text).substr(0, shownOfWord));
-  return word->text.size() > shownOfWord ? quoted + "..." : quoted;
+  const std::string quoted =
+      Mox::quoted(std::string_view(word->text).substr(0, Limits::shownValueBytes));
+  return word->text.size() > Limits::shownValueBytes ? quoted + "..." : quoted;
 }
 
 }  // namespace
@@ -50,9 +52,10 @@ std::string EventLine::needVrf(const std::string& what) {
 std::string EventLine::needInterface(const std::string& what) {
   const std::optional<Word> word = next();
   const std::size_t size = word ? word->text.size() : 0;
-  if (size == 0 || size > maxNameBytes) {
-    fail(what + " must be an interface name of 1 to " + std::to_string(maxNameBytes) + " bytes",
-         word);
+  if (size == 0 || size > Limits::nameBytes) {
+    fail(
+        what + " must be an interface name of 1 to " + std::to_string(Limits::nameBytes) + " bytes",
+        word);
   }
   return word->text;
 }
@@ -74,8 +77,8 @@ std::uint32_t EventLine::numberOf(const std::optional<Word>& word, const std::st
 std::string EventLine::vrfOf(const std::optional<Word>& word, const std::string& what,
                              const std::string& otherwise) const {
   const std::size_t size = word ? word->text.size() : 0;
-  if (size == 0 || size > L3::VrfName::maxLength) {
-    fail(what + " must be a VRF name of 1 to " + std::to_string(L3::VrfName::maxLength) + " bytes" +
+  if (size == 0 || size > Limits::nameBytes) {
+    fail(what + " must be a VRF name of 1 to " + std::to_string(Limits::nameBytes) + " bytes" +
              otherwise,
          word);
   }

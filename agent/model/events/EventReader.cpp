@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/events/Event.h"
 #include "agent/model/events/EventLine.h"
@@ -176,7 +177,7 @@ std::optional<Event> readEvent(std::string_view text) {
 }
 
 std::string EventPlace::text() const {
-  return printable(file, 1000) + ':' + std::to_string(line);
+  return printable(file, Limits::shownTextBytes) + ':' + std::to_string(line);
 }
 
 void forEachEvent(const std::string& text, const std::string& file, const EventVisitor& visit) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/language/Limits.h"
 #include "agent/model/policies/UserCountingAclHelper.h"
 
 namespace ZelAgent {
@@ -18,9 +19,6 @@ using SoftChip::SoftAclHelper;
 using SoftChip::SoftVrfHelper;
 using TrafficPolicy::ZelTrafficPolicySm;
 using VrfSelectionPolicy::VrfSelectionFallbackVrf;
-
-// The number of rules that the classification hardware can hold.
-constexpr std::uint32_t ruleCapacity = 64 * 1024;
 
 // Suspends the notifications of a state machine. `end` resumes them, and the machine then handles
 // all changes of the pause together. That may throw. The destructor resumes them too, when another
@@ -75,7 +73,7 @@ ForwardingAgent::ForwardingAgent(std::uint32_t chipCapacity)
       policyStatus_(TrafficPolicy::Status::StatusIs("policyStatus")),
       mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
       chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chipCapacity)),
-      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), ruleCapacity)),
+      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), Limits::chipRules)),
       countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(Velo::String("userCounting"), acl_,
                                                              vrfHwConfig_)),
       forwarder_(*acl_, *chip_, routeTables_, inputs()),

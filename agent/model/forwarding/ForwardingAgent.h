@@ -20,9 +20,6 @@
 
 namespace ZelAgent {
 
-/// VRF resources of a chip if nothing else is given.
-inline constexpr std::uint32_t usualChipCapacity = 1024;
-
 /// The agent. It owns the inputs and outputs of the library (policies, tables, route status,
 /// fallback configuration, chip). It changes them in an order that the library and the chip can
 /// follow.

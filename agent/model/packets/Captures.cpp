@@ -15,6 +15,7 @@
 
 #include "agent/language/Errors.h"
 #include "agent/language/FileKind.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/packets/HeldSignals.h"
@@ -24,7 +25,8 @@ namespace ZelAgent {
 namespace {
 
 [[noreturn]] void failToRead(const std::string& file, const std::string& what) {
-  throw CaptureError(printable(file, 1000) + ": " + printable(what, 1000) +
+  throw CaptureError(printable(file, Limits::shownTextBytes) + ": " +
+                     printable(what, Limits::shownTextBytes) +
                      "; give a capture (pcap) of Ethernet or of raw IP");
 }
 
@@ -64,7 +66,7 @@ InputFile openCapture(const std::string& file) {
 }
 
 [[noreturn]] void failToWrite(const std::filesystem::path& path, const std::string& what) {
-  throw CaptureError(printable(path.string(), 1000) + ": " + what);
+  throw CaptureError(printable(path.string(), Limits::shownTextBytes) + ": " + what);
 }
 
 // Only a file is replaced, not what another program has put there.
@@ -130,7 +132,7 @@ void CaptureReader::count(std::size_t packetBytes) {
   readBytes_ += packetBytes;
   const off_t position = ftello(pcap_file(capture_.get()));
   const std::size_t read = position < 0 ? readBytes_ : static_cast<std::size_t>(position);
-  if (read > maxInputBytes) failToRead(file_, inputTooLarge().what());
+  if (read > Limits::inputFileBytes) failToRead(file_, inputTooLarge().what());
 }
 
 std::optional<std::span<const std::uint8_t>> ipPacketIn(

@@ -31,7 +31,7 @@ struct CapturedPacket {
 /// The packets of a capture (pcap) of Ethernet or raw IP, in the order of the file.
 ///
 /// The constructor and `next` throw a `CaptureError` for a file of another kind, for one that ends
-/// within a packet, and for one of more than `maxInputBytes`.
+/// within a packet, and for one of more than `Limits::inputFileBytes`.
 class CaptureReader final {
  public:
   /// `file` is the path of a regular file, or "-" for standard input.

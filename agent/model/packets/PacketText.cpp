@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "agent/config/IpPrefix.h"
+#include "agent/language/Limits.h"
 #include "chips/soft/packet/Checksum.h"
 #include "chips/soft/packet/Decapsulation.h"
 
@@ -49,9 +50,10 @@ bool readOption(EventLine& line, const Word& word, PacketFields& fields,
     const IpFamily family = readFamily(line);
     fields.protocol = family == IpFamily::v4 ? SoftChip::protocolIpv4 : SoftChip::protocolIpv6;
     fields.payload = readBuilt(line, family);
-    if (fields.payload.size() > longestPayload) {
-      line.fail("a carried PACKET must have at most " + std::to_string(longestPayload) + " bytes",
-                Word{std::to_string(fields.payload.size()), false});
+    if (fields.payload.size() > Limits::payloadBytes) {
+      line.fail(
+          "a carried PACKET must have at most " + std::to_string(Limits::payloadBytes) + " bytes",
+          Word{std::to_string(fields.payload.size()), false});
     }
     return true;
   } else {

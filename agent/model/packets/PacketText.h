@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -10,9 +9,6 @@
 namespace ZelAgent {
 
 inline constexpr std::uint8_t protocolUdp = 17;
-
-/// The most bytes of payload in a packet of either family.
-inline constexpr std::size_t longestPayload = 65535 - 20;
 
 /// What a packet is made from.
 struct PacketFields {
@@ -26,7 +22,7 @@ struct PacketFields {
 };
 
 /// An IPv4 packet without options, or an IPv6 packet without extension headers. Its lengths and
-/// checksums are right. Precondition: the payload has at most `longestPayload` bytes.
+/// checksums are right. Precondition: the payload has at most `Limits::payloadBytes` bytes.
 [[nodiscard]] std::vector<std::uint8_t> buildPacket(const PacketFields& fields);
 
 /// The bytes of the packet that the rest of the line describes. Throws an `EventError`.

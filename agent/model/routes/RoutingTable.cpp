@@ -1,4 +1,5 @@
 #include "agent/model/routes/RoutingTable.h"
+#include "agent/language/Limits.h"
 
 #include <cstdint>
 
@@ -6,9 +7,6 @@ namespace ZelAgent {
 namespace {
 
 using SoftChip::Route;
-
-// The most gateways on the way to a next hop. A longer chain counts as a loop.
-constexpr unsigned deepestGateway = 8;
 
 // Whether the next hop can be used only if its gateway is reached.
 bool isGateway(const NextHop& nextHop) {
@@ -84,7 +82,7 @@ void RoutingTable::moveUsesFrom(const IpPrefix& removed) {
 RoutingTable::Prefixes RoutingTable::dependents(const IpPrefix& prefix) const {
   Prefixes all{prefix};
   std::vector<IpPrefix> furthest{prefix};
-  for (unsigned gateways = 0; gateways < deepestGateway; ++gateways) {
+  for (unsigned gateways = 0; gateways < Limits::gateways; ++gateways) {
     std::vector<IpPrefix> next;
     for (const IpPrefix& via : furthest) {
       for (auto use = uses_.lower_bound({via, {}, {}}); use != uses_.end() && use->via == via;
@@ -128,7 +126,7 @@ RoutingTable::Resolved RoutingTable::resolve(const NextHop& nextHop, const IpPre
                                              unsigned depth, Unusable& unusable) const {
   if (nextHop.drops) return Route{Route::Kind::drop, {}};
   if (!isGateway(nextHop)) return Route{Route::Kind::egress, nextHop.interface};
-  if (depth == deepestGateway) return std::nullopt;
+  if (depth == Limits::gateways) return std::nullopt;
   const auto prefix = longestFor(*nextHop.address, of);
   return prefix ? resolve(*prefix, depth + 1, unusable) : std::nullopt;
 }

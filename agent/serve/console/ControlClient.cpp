@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Blinklog/FileHandle.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
@@ -25,9 +26,6 @@ auto uninterrupted(Call call) {
   return result;
 }
 
-// More than any answer nests.
-constexpr int deepestAnswer = 100;
-
 // Limits each wait of the socket. 0 sets no limit.
 void waitIs(const FileHandle& socket, std::chrono::milliseconds wait) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait);
@@ -45,7 +43,7 @@ FileHandle connectTo(const std::string& path, std::chrono::milliseconds wait) {
   if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
     throw SocketError(socketErrorOf(path, "no daemon can be reached", errno).what() +
                       std::string("; start one with: zel-agent serve CONFIG --socket ") +
-                      printable(path, 1000));
+                      printable(path, Limits::shownTextBytes));
   }
   return socket;
 }
@@ -62,7 +60,7 @@ void sendBytes(const FileHandle& socket, std::string_view bytes) {
 }
 
 [[noreturn]] void failAt(const std::string& path, const std::string& what) {
-  throw SocketError(printable(path, 1000) + ": " + what);
+  throw SocketError(printable(path, Limits::shownTextBytes) + ": " + what);
 }
 
 [[noreturn]] void failOnRead(const std::string& path, std::chrono::milliseconds wait) {
@@ -81,8 +79,8 @@ std::string receiveLine(const FileHandle& socket, const std::string& path,
     if (got < 0) failOnRead(path, wait);
     if (got == 0) failAt(path, "the daemon closed the connection without an answer");
     line.append(block, static_cast<std::size_t>(got));
-    if (line.size() > longestAnswer) {
-      failAt(path, "the answer is longer than " + std::to_string(longestAnswer) + " bytes");
+    if (line.size() > Limits::answerBytes) {
+      failAt(path, "the answer is longer than " + std::to_string(Limits::answerBytes) + " bytes");
     }
   }
   return line;
@@ -102,12 +100,13 @@ OrderedJson parseAnswer(const std::string& line, const std::string& path) {
   const auto keep = [&](int depth, OrderedJson::parse_event_t event, OrderedJson& /*value*/) {
     const bool opens = event == OrderedJson::parse_event_t::object_start ||
                        event == OrderedJson::parse_event_t::array_start;
-    isTooDeep = isTooDeep || (opens && depth >= deepestAnswer);
+    isTooDeep = isTooDeep || (opens && depth >= Limits::answerLevels);
     return !isTooDeep;
   };
   auto document = OrderedJson::parse(line, keep, false);
   if (isTooDeep) {
-    failAt(path, "the answer nests deeper than " + std::to_string(deepestAnswer) + " levels");
+    failAt(path,
+           "the answer nests deeper than " + std::to_string(Limits::answerLevels) + " levels");
   }
   return document;
 }

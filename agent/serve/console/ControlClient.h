@@ -14,8 +14,8 @@ struct Answer;
 /// be restarted between two requests.
 ///
 /// The process that listens at the socket need not be the daemon. An answer of more than
-/// `longestAnswer` bytes, or of more than 100 levels of JSON, is refused. The output may have any
-/// characters.
+/// `Limits::answerBytes` bytes, or of more than `Limits::answerLevels` levels of JSON, is refused.
+/// The output may have any characters.
 class ControlClient final {
  public:
   /// `wait` limits each wait: for the connection, until the daemon reads more of the request, and

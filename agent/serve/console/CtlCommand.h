@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "agent/language/ExitStatus.h"
+#include "agent/language/Limits.h"
 
 namespace ZelAgent {
 
@@ -13,7 +14,7 @@ struct CtlOptions {
   std::string socket;
   std::vector<std::string> command;  // none: commands are read from `in` or from a terminal
   bool json = false;
-  std::chrono::seconds timeout{300};  // of each wait for the daemon; 0 for none
+  std::chrono::seconds timeout = Limits::ctlTimeout;  // of each wait for the daemon; 0 for none
 };
 
 /// `zel-agent ctl`: sends commands to a daemon.

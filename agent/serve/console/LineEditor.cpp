@@ -13,13 +13,12 @@
 #include <memory>
 #include <utility>
 
+#include "agent/language/Limits.h"
 #include "agent/language/TextFile.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {
-
-constexpr int linesRemembered = 1000;
 
 // The callback of libedit has no argument that names its editor.
 Completer& activeCompleter() {
@@ -65,7 +64,7 @@ class HistoryAccess final {
   [[nodiscard]] bool isAllowed() const {
     struct stat found {};
     return descriptor_ >= 0 && fstat(descriptor_, &found) == 0 && S_ISREG(found.st_mode) &&
-           static_cast<std::size_t>(found.st_size) <= maxInputBytes;
+           static_cast<std::size_t>(found.st_size) <= Limits::inputFileBytes;
   }
   [[nodiscard]] std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
@@ -90,7 +89,7 @@ LineEditor::LineEditor(std::string prompt, std::string historyFile, Completer co
   rl_attempted_completion_function = complete;
   rl_basic_word_break_characters = " \t";
   using_history();
-  stifle_history(linesRemembered);
+  stifle_history(Limits::consoleLines);
   const HistoryAccess access(historyFile_, O_RDONLY);
   if (access.isAllowed()) read_history(access.path().c_str());
 }

@@ -7,6 +7,7 @@
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/language/ExitStatus.h"
+#include "agent/language/Limits.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/serve/daemon/ControlServer.h"
 #include "agent/serve/daemon/EventLoop.h"
@@ -16,7 +17,7 @@ namespace ZelAgent {
 struct DaemonOptions {
   std::string configuration;
   std::string socket;
-  std::uint32_t chipCapacity = usualChipCapacity;
+  std::uint32_t chipCapacity = Limits::chipResources;
   ServerLimits limits;
 };
 

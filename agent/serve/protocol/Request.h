@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "agent/language/Limits.h"
+
 namespace ZelAgent {
 
 enum class Framing { text, json };
@@ -43,7 +45,7 @@ struct RequestLine {
 /// longest line and the last piece are kept. A line that is too long is the last line.
 class RequestLines final {
  public:
-  static constexpr std::size_t longest = std::size_t{64} * 1024;
+  static constexpr std::size_t longest = Limits::requestBytes;
 
   void append(std::string_view bytes);
   /// No more bytes will arrive.
@@ -55,7 +57,7 @@ class RequestLines final {
 
  private:
   static constexpr std::size_t none = std::string::npos;
-  static constexpr std::size_t shownOfTooLong = 100;
+  static constexpr std::size_t shownOfTooLong = Limits::shownValueBytes;
 
   void findNewline();
   [[nodiscard]] RequestLine takeBeginning();

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "agent/commands/offline/OfflineCommands.h"
+#include "agent/language/Limits.h"
 #include "testing/RandomSeed.h"
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/CaptureFile.h"
@@ -192,7 +193,7 @@ TEST_F(RandomForwarding, CapturesOfManyWorldsLeaveTheBinaryAsTheReferenceSays) {
     SCOPED_TRACE("world " + std::to_string(index));
     RandomChoices choices = choicesOf(seed_, index);
     RandomWorld world = makeWorld(choices);
-    world.chipCapacity = usualChipCapacity;
+    world.chipCapacity = Limits::chipResources;
     const std::vector<RandomCapture> captures = randomCaptures(choices);
     ComparedWorld compared(world);
     EXPECT_EQ(compared.disagreement(), "") << filesOf(world);

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
@@ -53,18 +54,20 @@ TEST_F(TextFile, ADirectoryIsRefused) {
 }
 
 TEST_F(TextFile, AFileOfTheLargestSizeIsReadWhole) {
-  EXPECT_EQ(readTextFile(sparseFile(maxInputBytes), "a text").size(), std::size_t{64} << 20U);
+  EXPECT_EQ(readTextFile(sparseFile(Limits::inputFileBytes), "a text").size(),
+            std::size_t{64} << 20U);
 }
 
 TEST_F(TextFile, ALargerFileIsRefused) {
-  EXPECT_EQ(refusalOf(sparseFile(maxInputBytes + 1)), "is larger than 64 MiB; give a text");
+  EXPECT_EQ(refusalOf(sparseFile(Limits::inputFileBytes + 1)),
+            "is larger than 64 MiB; give a text");
   EXPECT_EQ(refusalOf(sparseFile(std::size_t{3} << 30U)), "is larger than 64 MiB; give a text");
 }
 
 TEST_F(TextFile, AFileThatGrewSinceItWasOpenedIsRefused) {
   const std::string file = sparseFile(10);
   const InputFile stream = openInputFile(file);
-  std::filesystem::resize_file(file, maxInputBytes + 1);
+  std::filesystem::resize_file(file, Limits::inputFileBytes + 1);
   EXPECT_THROW((void)readAll(stream), InputFileError);
 }
 

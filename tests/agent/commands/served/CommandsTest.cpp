@@ -73,6 +73,18 @@ TEST_F(Commands, ShowActionsIsTheTableThatRunPrints) {
                 "  chip: 1 of 8 VRF resources in use; 2 creates, 0 updates, 0 deletes, 1 failed\n");
 }
 
+TEST_F(Commands, ShowLimitsHasThoseInForce) {
+  const auto capacity = [this] {
+    for (const json& row : output("show limits"))
+      if (row["name"] == "chip resources") return row["value"].get<int>();
+    return -1;
+  };
+  EXPECT_EQ(capacity(), 8);
+  EXPECT_THAT(text("show limits"), HasSubstr("\n  chip resources      8 "));
+  text("chip capacity 77");
+  EXPECT_EQ(capacity(), 77);
+}
+
 TEST_F(Commands, ShowActionsAsJsonHasTheMembersOfAReport) {
   const json report = output("show actions");
   EXPECT_EQ(report["configuration"], file_);

@@ -13,6 +13,7 @@
 
 #include "Blinklog/FileHandle.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
@@ -269,7 +270,7 @@ TEST_F(ClientOfADaemon, RefusesAnAnswerThatIsTooLong) {
     static_cast<void>(requestOf(client));
     const std::string block(65536, 'x');
     ssize_t sent = 1;
-    for (std::size_t total = 0; sent > 0 && total < 2 * longestAnswer; total += block.size())
+    for (std::size_t total = 0; sent > 0 && total < 2 * Limits::answerBytes; total += block.size())
       sent = ::send(client.get(), block.data(), block.size(), MSG_NOSIGNAL);
   });
   EXPECT_EQ(error_, path_ + ": the answer is longer than 8388608 bytes");
@@ -277,7 +278,7 @@ TEST_F(ClientOfADaemon, RefusesAnAnswerThatIsTooLong) {
 
 TEST_F(ClientOfADaemon, ReadsAnAnswerOfTheGreatestLength) {
   std::string bytes = "{\"status\":0,\"output\":\"x\"}";
-  bytes.resize(longestAnswer - 1, ' ');
+  bytes.resize(Limits::answerBytes - 1, ' ');
   const Answer answered = sendFor(bytes + '\n');
   EXPECT_EQ(answered.output, "x");
   EXPECT_EQ(error_, "none");

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <sys/un.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+/// The limits of the agent. The code that keeps a limit uses its constant from here.
+///
+/// The limits of the platform and of the chip are defined there. `LimitsReport.h` lists all limits,
+/// and `zel-agent show limits` prints them. A new limit needs a row there, and a case in the test
+/// of the rows.
+namespace ZelAgent::Limits {
+
+/// A name of a configuration, an event or the command line has 1 to this many bytes.
+inline constexpr std::size_t nameBytes = 100;
+/// No configuration, event file or capture is larger.
+inline constexpr std::size_t inputFileBytes = std::size_t{64} << 20U;
+/// The longest payload of a packet that is written as text. An IPv4 header fits in front of it.
+inline constexpr std::size_t payloadBytes = 65535 - 20;
+
+/// VRF resources of a chip if nothing else is given.
+inline constexpr std::uint32_t chipResources = 1024;
+/// Rules that the classification hardware can hold, of all interfaces together.
+inline constexpr std::uint32_t chipRules = 64 * 1024;
+/// Gateways on the way to a next hop. A longer chain counts as a loop.
+inline constexpr unsigned gateways = 8;
+
+/// The longest request line, without its line end.
+inline constexpr std::size_t requestBytes = std::size_t{64} << 10U;
+/// The longest answer. The daemon sends an error instead of a longer one, and `ctl` refuses it.
+inline constexpr std::size_t answerBytes = std::size_t{8} << 20U;
+/// The most levels of JSON in an answer that `ctl` reads. No answer has as many.
+inline constexpr int answerLevels = 100;
+/// Clients of a daemon at one time.
+inline constexpr std::size_t clients = 256;
+/// How long a client of a daemon may read nothing of its answer, if nothing else is given.
+inline constexpr std::chrono::seconds clientTimeout{30};
+/// How long `ctl` waits for a daemon that sends nothing, if nothing else is given.
+inline constexpr std::chrono::seconds ctlTimeout{300};
+/// The longest path of a socket.
+inline constexpr std::size_t socketPathBytes = sizeof(sockaddr_un::sun_path) - 1;
+/// Lines that the console remembers.
+inline constexpr int consoleLines = 1000;
+
+/// What a message or a table shows of a text from outside.
+inline constexpr std::size_t shownTextBytes = 1000;
+/// What a message shows of a value or of a word.
+inline constexpr std::size_t shownValueBytes = 100;
+
+}  // namespace ZelAgent::Limits

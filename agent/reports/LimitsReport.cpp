@@ -1,0 +1,112 @@
+#include "agent/reports/LimitsReport.h"
+
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "Blinklog/Ring.h"
+#include "Blinklog/RingFileFormat.h"
+#include "Ip/Prefix.h"
+#include "agent/language/TextTable.h"
+#include "chips/soft/VrfProgram.h"
+
+namespace ZelAgent {
+namespace {
+
+void addInputs(LimitTable& table) {
+  table.push_back(
+      {"name", Limits::nameBytes, "bytes", "",
+       "name of a VRF, an interface, a policy or a next hop; a longer one is an error"});
+  table.push_back({"input file", Limits::inputFileBytes, "bytes", "",
+                   "a configuration, event file or capture; a larger one is an error"});
+  table.push_back({"number", std::numeric_limits<std::uint32_t>::max(), "", "",
+                   "a number of an event, a command or an option; a larger one is an error"});
+  table.push_back({"IPv4 prefix length", Ip::addressBits(Ip::Family::v4), "bits", "",
+                   "a longer one is an error"});
+  table.push_back({"IPv6 prefix length", Ip::addressBits(Ip::Family::v6), "bits", "",
+                   "a longer one is an error"});
+  table.push_back({"packet payload", Limits::payloadBytes, "bytes", "",
+                   "what a packet of a command carries; a longer payload is an error"});
+}
+
+void addChip(LimitTable& table, const ChangeableLimits& inForce) {
+  table.push_back({"chip resources", inForce.chipResources, "resources", "--chip-capacity",
+                   "VRF resources of the chip; an action beyond them is not programmed"});
+  table.push_back({"chip rules", Limits::chipRules, "rules", "",
+                   "rules of all interfaces together; a rule beyond them is not programmed"});
+  table.push_back({"fallback walk", SoftChip::longestWalk, "VRFs", "",
+                   "VRFs that one lookup tries; the fallback VRF of the last is not used"});
+  table.push_back({"gateways", Limits::gateways, "gateways", "",
+                   "gateways on the way to a next hop; a next hop behind more is not used"});
+}
+
+void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {
+  const auto timeout = std::chrono::duration_cast<std::chrono::seconds>(inForce.clientTimeout);
+  table.push_back({"request", Limits::requestBytes, "bytes", "",
+                   "a longer one is an error, and the connection is closed"});
+  table.push_back({"answer", Limits::answerBytes, "bytes", "",
+                   "the daemon sends an error instead of a longer one; ctl refuses it"});
+  table.push_back({"answer levels", Limits::answerLevels, "levels", "",
+                   "levels of JSON in an answer; ctl refuses more"});
+  table.push_back(
+      {"clients", Limits::clients, "clients", "", "clients of a daemon; more are refused"});
+  table.push_back({"client timeout", static_cast<std::uint64_t>(timeout.count()), "s",
+                   "serve --client-timeout",
+                   "a client that reads nothing of its answer for this time is disconnected; 0 is "
+                   "no limit"});
+  table.push_back({"ctl timeout", static_cast<std::uint64_t>(Limits::ctlTimeout.count()), "s",
+                   "ctl --timeout",
+                   "ctl gives up a daemon that sends nothing for this time; 0 is no limit"});
+  table.push_back({"socket path", Limits::socketPathBytes, "bytes", "",
+                   "a longer path of a socket is an error"});
+}
+
+void addOutput(LimitTable& table) {
+  table.push_back({"console history", Limits::consoleLines, "lines", "",
+                   "lines that the console remembers; older ones are forgotten"});
+  table.push_back({"shown text", Limits::shownTextBytes, "bytes", "",
+                   "of a name, path or error in messages and tables; ... replaces the rest"});
+  table.push_back({"shown value", Limits::shownValueBytes, "bytes", "",
+                   "of a wrong value in a message; ... replaces the rest"});
+  table.push_back({"trace ring", Blinklog::ring().slots(), "messages", "",
+                   "last messages of the library that are kept; older ones are overwritten"});
+  table.push_back({"trace message", Blinklog::Ring::slotBytes, "bytes", "",
+                   "a message with its header in the ring; ... replaces the rest of a text"});
+  table.push_back({"trace file", Blinklog::RingFileFormat::maxSlots, "messages", "",
+                   "messages of a trace file; one for more is neither written nor read"});
+}
+
+}  // namespace
+
+LimitTable limitTable(const ChangeableLimits& inForce) {
+  LimitTable table;
+  addInputs(table);
+  addChip(table, inForce);
+  addDaemon(table, inForce);
+  addOutput(table);
+  return table;
+}
+
+void writeTextReport(std::ostream& out, const LimitTable& limits) {
+  const auto orNone = [](const char* text) { return *text == '\0' ? "-" : text; };
+  TextTable table{{"LIMIT", "VALUE", "UNIT", "OPTION", "MEANING"}};
+  for (const Limit& limit : limits) {
+    table.push_back({limit.name, std::to_string(limit.value), orNone(limit.unit),
+                     orNone(limit.option), limit.meaning});
+  }
+  writeTable(out, table);
+}
+
+OrderedJson toJson(const LimitTable& limits) {
+  OrderedJson json = OrderedJson::array();
+  for (const Limit& limit : limits) {
+    json.push_back({{"name", limit.name},
+                    {"value", limit.value},
+                    {"unit", *limit.unit == '\0' ? OrderedJson() : OrderedJson(limit.unit)},
+                    {"option", *limit.option == '\0' ? OrderedJson() : OrderedJson(limit.option)},
+                    {"meaning", limit.meaning}});
+  }
+  return json;
+}
+
+}  // namespace ZelAgent
