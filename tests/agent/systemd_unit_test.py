@@ -91,6 +91,8 @@ def calls_in(group):
 
 
 class Unit:
+    """A unit, or a drop-in alone."""
+
     def __init__(self, path):
         self.path = path
         self.lines = [line.split("=", 1) for line in path.read_text().splitlines()
@@ -100,7 +102,7 @@ class Unit:
         return [value for name, value in self.lines if name == key]
 
     def value(self, key):
-        (value,) = self.values(key)
+        (value,) = (value for value in self.values(key) if value)
         return value
 
     def allowed_calls(self):
@@ -158,6 +160,7 @@ class InstalledUnit(unittest.TestCase):
         assert installed.returncode == 0, installed.stdout
         cls.agent = cls.folder / "prefix/bin/zel-agent"
         cls.unit = Unit(cls.folder / "prefix/lib/systemd/system/zel-agent.service")
+        cls.secret = Unit(cls.folder / "prefix/share/zel-agent/secret-configuration.conf")
 
 
 class SystemdUnit(InstalledUnit):
@@ -169,6 +172,28 @@ class SystemdUnit(InstalledUnit):
     def test_systemd_finds_nothing_wrong_with_it(self):
         verified = run("systemd-analyze", "--man=no", "verify", self.unit.path)
         self.assertEqual((verified.returncode, verified.stdout), (0, ""))
+
+    def test_systemd_finds_nothing_wrong_with_it_and_a_secret_configuration(self):
+        unit = self.folder / "with" / self.unit.path.name
+        drop_in = unit.with_name(unit.name + ".d") / self.secret.path.name
+        drop_in.parent.mkdir(parents=True)
+        shutil.copy(self.unit.path, unit)
+        shutil.copy(self.secret.path, drop_in)
+        verified = run("systemd-analyze", "--man=no", "verify", unit)
+        self.assertEqual((verified.returncode, verified.stdout), (0, ""))
+
+    def test_a_secret_configuration_changes_only_where_the_agent_reads_it(self):
+        command = self.unit.value("ExecStart")
+        self.assertEqual(self.secret.value("ExecStart"),
+                         command.replace("CONFIGURATION_DIRECTORY", "CREDENTIALS_DIRECTORY"))
+        self.assertEqual(self.secret.values("ExecReload"), [""])
+        self.assertEqual({name for name, _ in self.secret.lines},
+                         {"LoadCredential", "ExecStart", "ExecReload"})
+
+    def test_its_limits_are_those_of_the_document(self):
+        document = pathlib.Path(DOCUMENT).read_text()
+        for key in ["MemoryMax", "TimeoutStopSec"]:
+            self.assertIn(f"`{key}={self.unit.value(key)}`", document)
 
     def test_it_is_as_closed_as_the_document_says(self):
         report = run("systemd-analyze", "--no-pager", "security", "--offline=true", self.unit.path)
@@ -202,9 +227,9 @@ class UnderTheUnit(InstalledUnit):
         shutil.copy(EXAMPLES / example, self.configuration)
         self.configuration.chmod(0o644)
 
-    def start(self):
+    def start(self, unit=None):
         daemon = processes.start(
-            self, self.unit.command(self.environment), env=self.environment,
+            self, (unit or self.unit).command(self.environment), env=self.environment,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, preexec_fn=self.sandbox.enter)
         self.assertEqual(processes.Lines(daemon.stdout).next(), f"serving on {self.socket}\n",
                          "the agent does not serve")
@@ -251,6 +276,17 @@ class UnderTheUnit(InstalledUnit):
         self.assertNotEqual(self.ask("show", "actions")["actions"], before)
         self.end(daemon)
         self.assertFalse(self.socket.exists())
+
+    def test_the_agent_serves_a_secret_configuration(self):
+        credentials = self.home / "credentials"
+        credentials.mkdir()
+        self.environment["CREDENTIALS_DIRECTORY"] = str(credentials)
+        name, source = self.secret.value("LoadCredential").split(":")
+        self.assertEqual((name, source), ("agent.json", "/etc/zel-agent/agent.json"))
+        shutil.move(self.configuration, credentials / name)
+        daemon = self.start(self.secret)
+        self.assertTrue(self.ask("show", "actions")["actions"])
+        self.end(daemon)
 
     def test_the_agent_leaves_its_trace_and_comes_back(self):
         daemon = self.start()
