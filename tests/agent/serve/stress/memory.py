@@ -1,0 +1,33 @@
+"""The memory of a daemon over many rounds."""
+
+from crowd import Broken
+
+SLACK = 16 * 1024  # kilobytes
+
+
+class Memory:
+    """What is resident after each round. It may grow until half of the rounds are over."""
+
+    def __init__(self):
+        self.kilobytes = []
+
+    def add(self, kilobytes):
+        self.kilobytes.append(kilobytes)
+
+    def check(self):
+        """The least of the last quarter is at most the greatest of the second quarter, and a slack."""
+        quarter = len(self.kilobytes) // 4
+        if quarter < 2:
+            return
+        before = max(self.kilobytes[quarter:2 * quarter])
+        after = min(self.kilobytes[-quarter:])
+        if after > before + SLACK:
+            raise Broken(f"memory grows: at most {before} kB resident in the second quarter of "
+                         f"{len(self.kilobytes)} rounds, at least {after} kB in the last; the slack is {SLACK} kB")
+
+    def text(self):
+        return "resident after the rounds " + ", ".join(f"{self.kilobytes[i]} kB" for i in self.shown())
+
+    def shown(self):
+        last = len(self.kilobytes) - 1
+        return sorted({last * i // 4 for i in range(5)}) if last >= 0 else []
