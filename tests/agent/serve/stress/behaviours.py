@@ -10,6 +10,11 @@ def requests_of(drawn):
     return b"".join(exchange.request for exchange in drawn)
 
 
+def more_than_a_socket_keeps():
+    """Requests of which the answers wait in the daemon until the client reads: 100 times 10 kB."""
+    return [exchanges.types() for _ in range(100)]
+
+
 def usual(random, name, most):
     return [exchanges.usual(random, f"w{name}-{i}") for i in range(random.randint(1, most))]
 
@@ -73,9 +78,9 @@ def ends_in_a_request(random, name):
 
 
 def ends_in_an_answer(random, name):
-    drawn = usual(random, name, 10) + [exchanges.trace(4096)]
+    drawn = usual(random, name, 10) + [exchanges.trace(300)] + more_than_a_socket_keeps()
     return Plan("close in an answer", drawn, [Piece(requests_of(drawn))],
-                abrupt_after_bytes=random.choice([1, 20, 200, 20000]))
+                abrupt_after_bytes=random.choice([1, 20, 200, 20000, 300000]))
 
 
 def passes_descriptors(random, name):
@@ -89,14 +94,14 @@ def passes_descriptors(random, name):
 
 
 def slow_reader(random, name):
-    drawn = usual(random, name, 3) + [exchanges.trace(4096)] + usual(random, f"{name}b", 3)
+    drawn = more_than_a_socket_keeps() + [exchanges.trace(300)] + usual(random, name, 3)
+    random.shuffle(drawn)
     return Plan("a slow reader", drawn, [Piece(requests_of(drawn))],
-                block=random.choice([2000, 10000, 30000]), read_pause=random.choice([0.001, 0.003]))
+                block=random.choice([10000, 30000]), read_pause=random.choice([0.001, 0.003]))
 
 
 def never_reads(random, name):
-    # Much more than the system keeps for a socket.
-    drawn = [exchanges.trace(4096)] + [exchanges.types() for _ in range(100)]
+    drawn = [exchanges.trace(300)] + more_than_a_socket_keeps()
     return Plan("a client that never reads", drawn, [Piece(requests_of(drawn))], block=0, stays=True)
 
 

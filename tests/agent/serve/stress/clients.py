@@ -241,7 +241,8 @@ class Client:
         expected = len(self.plan.exchanges)
         if self.plan.behaves and not self.crowd.is_ending:
             if self.answers < expected:
-                self.fail(f"the daemon closed the connection after {self.answers} of {expected} answers")
+                self.fail(f"the daemon closed the connection after {self.answers} of {expected} answers; "
+                          f"the last bytes are {bytes(self.received[:300])!r}")
             if not self.plan.half_close and not self.is_closed_by_daemon:
                 self.fail("the daemon closed the connection of a client that had not ended")
             if self.received:

@@ -88,11 +88,12 @@ class File:
         self.path.write_bytes(text)
 
     def pieces(self, random, text):
-        """Rewrites the file in place, one piece at a time."""
+        """Rewrites the file in place, one of a few pieces at a time."""
         self.keep_regular()
+        least = len(text) // 8
         with open(self.path, "wb", buffering=0) as file:
             while text:
-                size = random.randint(1, len(text))
+                size = random.randint(least, 4 * least)
                 file.write(text[:size])
                 text = text[size:]
                 yield

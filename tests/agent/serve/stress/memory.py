@@ -6,7 +6,10 @@ SLACK = 16 * 1024  # kilobytes
 
 
 class Memory:
-    """What is resident after each round. It may grow until half of the rounds are over."""
+    """What is resident after each round. It may grow until half of the rounds are over.
+
+    Fewer than eight rounds are not judged.
+    """
 
     def __init__(self):
         self.kilobytes = []
@@ -16,17 +19,21 @@ class Memory:
 
     def check(self):
         """The least of the last quarter is at most the greatest of the second quarter, and a slack."""
-        quarter = len(self.kilobytes) // 4
-        if quarter < 2:
+        if not self.is_judged():
             return
+        quarter = len(self.kilobytes) // 4
         before = max(self.kilobytes[quarter:2 * quarter])
         after = min(self.kilobytes[-quarter:])
         if after > before + SLACK:
             raise Broken(f"memory grows: at most {before} kB resident in the second quarter of "
                          f"{len(self.kilobytes)} rounds, at least {after} kB in the last; the slack is {SLACK} kB")
 
+    def is_judged(self):
+        return len(self.kilobytes) >= 8
+
     def text(self):
-        return "resident after the rounds " + ", ".join(f"{self.kilobytes[i]} kB" for i in self.shown())
+        judged = "" if self.is_judged() else " (too few rounds to judge)"
+        return f"resident after the rounds {', '.join(f'{self.kilobytes[i]} kB' for i in self.shown())}{judged}"
 
     def shown(self):
         last = len(self.kilobytes) - 1

@@ -16,6 +16,8 @@ CONFIGURATION, SOCKET = "agent.json", "agent.sock"
 APPLIED = "agent.json applied"
 REFUSED = re.compile(r"error: agent\.json\b.*; the configuration in force is unchanged")
 
+SANITIZER_REPORT = re.compile(r".*(Sanitizer|runtime error: )")
+
 
 class ServedAgent:
     def __init__(self, program, folder, options=()):
@@ -67,10 +69,16 @@ class ServedAgent:
                 raise Broken(f"an unexpected line on standard error: {line[:500]!r}")
         return applied, refused
 
-    def check_alive(self):
-        if self.process.poll() is not None:
-            raise Broken(f"the daemon ended with status {self.process.returncode}; "
-                         f"it printed: {self.printed()[-3000:]}")
+    def last_words(self):
+        """Whether the daemon runs, and what it printed: a sanitizer report, or the last lines."""
+        try:
+            state = f"ended with status {self.process.wait(timeout=2)}"
+        except subprocess.TimeoutExpired:
+            state = "still runs"
+        printed = self.printed()
+        report = SANITIZER_REPORT.search(printed)
+        shown = printed[report.start():][:4000] if report else printed[-1000:]
+        return f"the daemon {state}; it printed: {shown}"
 
     def terminate(self):
         self.process.send_signal(signal.SIGTERM)
@@ -79,7 +87,7 @@ class ServedAgent:
         """After `terminate`."""
         status = processes.status_at_end(self.process)
         if status != 0:
-            raise Broken(f"SIGTERM ended the daemon with status {status}; it printed: {self.printed()[-3000:]}")
+            raise Broken(f"SIGTERM ended the daemon with status {status}")
         if self.socket.exists():
             raise Broken("the daemon has ended and left its socket file")
         if not self.printed().endswith("\n") and self.printed():

@@ -46,7 +46,7 @@ class Stress:
     def __init__(self, arguments, folder):
         self.arguments = arguments
         self.is_long = arguments.seconds is not None
-        size = 100 if self.is_long else 20
+        size = 50 if self.is_long else 20
         self.versions = [configurations.Version(number, size) for number in range(6)]
         self.force = Force(self.versions[0])
         configurations.File(f"{folder}/agent.json").replace(self.versions[0].text)
@@ -130,12 +130,11 @@ class Stress:
 
     def check_quiet(self, descriptors):
         """Nobody is connected, and the daemon has noticed it."""
-        self.agent.check_alive()
+        wait_until(lambda: self.passed.open_ones() == 0,
+                   lambda: f"{self.passed.open_ones()} passed descriptors are still open")
         wait_until(lambda: self.agent.descriptors() == descriptors,
                    lambda: f"the daemon has {self.agent.descriptors()} open descriptors without clients, "
                            f"and had {descriptors} at its start")
-        wait_until(lambda: self.passed.open_ones() == 0,
-                   lambda: f"{self.passed.open_ones()} passed descriptors are still open")
 
     def settle(self):
         """The daemon has handled all signals, and has counted and printed each result."""
@@ -232,7 +231,7 @@ def main(arguments):
             stress.report()
         except AssertionError as broken:  # also of a wait that has expired
             print(f"stress: --seed {arguments.seed}, round {stress.round}: {broken}\n"
-                  f"stress: the last that the daemon printed: {stress.agent.printed()[-3000:]}", file=sys.stderr)
+                  f"stress: {stress.agent.last_words()}", file=sys.stderr)
             return 1
         finally:
             stress.agent.kill()
