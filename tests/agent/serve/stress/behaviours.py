@@ -73,8 +73,8 @@ def ends_in_a_request(random, name):
     drawn = usual(random, name, 4)
     text = requests_of(drawn)
     text = text[:random.randrange(1, len(text))]
-    return Plan("close in a request", drawn, [Piece(piece) for piece in cut(random, text, [5, 500, 65536])],
-                abrupt_after_sending=True)
+    pieces = [Piece(piece) for piece in cut(random, text, [5, 500, 65536])]
+    return Plan("close in a request", drawn, pieces, abrupt_after_sending=True)
 
 
 def ends_in_an_answer(random, name):
@@ -85,12 +85,13 @@ def ends_in_an_answer(random, name):
 
 def passes_descriptors(random, name):
     drawn = usual(random, name, 4)
-    plan = Plan("descriptors", drawn, [Piece(piece) for piece in cut(random, requests_of(drawn), [9, 900])][:30])
-    plan.pieces.append(Piece(requests_of(drawn)[sum(len(piece.bytes) for piece in plan.pieces):]))
-    plan.pieces = [piece for piece in plan.pieces if piece.bytes]
-    plan.abrupt_after_sending = random.random() < 0.2
-    plan.half_close = not plan.abrupt_after_sending and random.random() < 0.2
-    return plan
+    text = requests_of(drawn)
+    pieces = [Piece(piece) for piece in cut(random, text[:2000], [9, 900])]
+    if text[2000:]:
+        pieces.append(Piece(text[2000:]))
+    ending = random.choice(["answered", "answered", "half-close", "abrupt"])
+    return Plan("descriptors", drawn, pieces, half_close=ending == "half-close",
+                abrupt_after_sending=ending == "abrupt")
 
 
 def slow_reader(random, name):

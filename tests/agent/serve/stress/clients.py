@@ -5,6 +5,7 @@ A client checks each whole answer that it gets. A client that behaves must get a
 
 import array
 import dataclasses
+import itertools
 import selectors
 import socket
 import time
@@ -42,6 +43,11 @@ class Plan:
         return not (self.abrupt_after_sending or self.abrupt_after_bytes is not None or self.block == 0)
 
 
+def ends_of(exchanges):
+    """For each request, how many bytes of the client the daemon needs before it answers."""
+    return list(itertools.accumulate(min(len(exchange.request), LONGEST + 1) for exchange in exchanges))
+
+
 class Client:
     def __init__(self, name, plan, crowd):
         self.name = f"client {name} ({plan.behaviour})"
@@ -54,13 +60,10 @@ class Client:
         self.received_bytes = 0
         self.left = list(plan.pieces)
         self.partial = b""  # of the piece that is being sent
-        self.may_send_at = None
-        self.may_read_at = 0
+        self.pauses_sending = False
+        self.pauses_reading = False
         self.sent_bytes = 0
-        self.ends = []  # of the requests, in bytes from the first
-        for exchange in plan.exchanges:
-            needed = LONGEST + 1 if exchange.closes else len(exchange.request)
-            self.ends.append((self.ends[-1] if self.ends else 0) + min(needed, len(exchange.request)))
+        self.ends = ends_of(plan.exchanges)
         self.sent_requests = 0
         self.force = []  # for each sent request, the point in time in the history of versions
         self.waits_since = None
@@ -69,10 +72,14 @@ class Client:
         self.on_end = None
 
     def start(self):
+        if self.is_done:
+            return  # before it began
         self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM | socket.SOCK_NONBLOCK)
         self.connect()
 
     def connect(self):
+        if self.is_done:
+            return
         try:
             self.socket.connect(self.crowd.path)
         except BlockingIOError:  # the queue of the listening socket is full
@@ -94,27 +101,23 @@ class Client:
     def update(self):
         if self.is_done:
             return
-        wanted = 0
-        if self.wants_write():
-            wanted |= WRITE
-        if self.plan.block and self.may_read_at is not None:
-            wanted |= READ
-        self.crowd.watch(self, wanted)
+        reads = self.plan.block and not self.pauses_reading
+        self.crowd.watch(self, (WRITE if self.wants_write() else 0) | (READ if reads else 0))
 
     def wants_write(self):
         if self.partial:
             return True
-        return bool(self.left) and self.may_send_at is None and self.left[0].after_answers <= self.answers
+        return bool(self.left) and not self.pauses_sending and self.left[0].after_answers <= self.answers
 
     def prepare_piece(self):
         if not self.left:
             return self.ended_sending()
         if self.left[0].pause:
-            self.may_send_at = True
+            self.pauses_sending = True
             self.crowd.later(self.left[0].pause, self.pause_over)
 
     def pause_over(self):
-        self.may_send_at = None
+        self.pauses_sending = False
         self.update()
 
     def ready(self, events):
@@ -203,7 +206,7 @@ class Client:
         if self.plan.abrupt_after_bytes is not None and self.received_bytes >= self.plan.abrupt_after_bytes:
             return self.close()
         if self.plan.read_pause:
-            self.may_read_at = None
+            self.pauses_reading = True
             self.crowd.later(self.plan.read_pause, self.read_pause_over)
         self.end_if_answered()
 
@@ -213,7 +216,7 @@ class Client:
         return min(self.plan.block, max(1, self.plan.abrupt_after_bytes - self.received_bytes))
 
     def read_pause_over(self):
-        self.may_read_at = 0
+        self.pauses_reading = False
         self.update()
 
     def check_answers(self):
@@ -260,7 +263,8 @@ class Client:
             return
         self.is_done = True
         self.crowd.forget(self)
-        self.socket.close()
+        if self.socket:
+            self.socket.close()
         for piece in self.left:
             for end in piece.descriptors:
                 end.close()

@@ -3,12 +3,9 @@
 import collections
 import heapq
 import itertools
-import pathlib
 import selectors
-import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "waiting"))
 import processes
 
 

@@ -24,11 +24,10 @@ class Exchange:
     closes: bool = False  # whether the daemon closes the connection after the answer
 
 
-def in_text(output):
-    lines = output.split("\n")[:-1] if output.endswith("\n") else output.split("\n")
-    if output == "":
-        lines = []
-    return "".join(f"{'.' if line.startswith('.') else ''}{line}\n" for line in lines).encode() + b".\n"
+def lines_in_text(output):
+    """The answer in the framing of text."""
+    lines = output.removesuffix("\n").split("\n") if output else []
+    return "".join(f"{'.' * line.startswith('.')}{line}\n" for line in lines).encode() + b".\n"
 
 
 def exactly(expected):
@@ -37,19 +36,24 @@ def exactly(expected):
     return problem
 
 
+def text_answer(status, output):
+    return exactly(lines_in_text(output if status == 0 else "error: " + output))
+
+
+def json_answer(status, output):
+    expected = {"status": status, "output": output}
+
+    def problem(answer, versions):
+        return None if json.loads(answer) == expected else f"expected {str(expected):.300}"
+    return problem
+
+
 def as_text(command, status, output):
-    """A command in the framing of text, whose answer is known."""
-    shown = output if status == 0 else "error: " + output
-    return Exchange(command + b"\n", False, exactly(in_text(shown)))
+    return Exchange(command + b"\n", False, text_answer(status, output))
 
 
 def as_json(line, status, output):
-    """A request in the framing of JSON, whose answer is known."""
-    def problem(answer, versions):
-        found = json.loads(answer)
-        expected = {"status": status, "output": output}
-        return None if found == expected else f"expected {expected!r}"
-    return Exchange(line + b"\n", True, problem)
+    return Exchange(line + b"\n", True, json_answer(status, output))
 
 
 def framed(random, command, status, output):
@@ -164,16 +168,14 @@ def too_long(random, word):
     problem = f"a request must be a line of at most {LONGEST} bytes, found more; the connection is closed"
     size = LONGEST + random.choice([1, 2, 1000, 300000])
     if random.random() < 0.5:
-        return Exchange(word.encode().ljust(size, b"y") + b"\n", False,
-                        exactly(in_text("error: " + problem)), closes=True)
-    return Exchange(b"{".ljust(size, b"y") + b"\n", True,
-                    as_json(b"", 2, problem).problem, closes=True)
+        return Exchange(word.encode().ljust(size, b"y") + b"\n", False, text_answer(2, problem), closes=True)
+    return Exchange(b"{".ljust(size, b"y") + b"\n", True, json_answer(2, problem), closes=True)
 
 
 def unfinished(random, word):
     """The end of the bytes in the middle of a request, after a half-close."""
-    return Exchange(word.encode(), False, exactly(in_text(
-        f'error: a request must end with a newline, found the end after "{word}"')))
+    return Exchange(word.encode(), False, text_answer(
+        2, f'a request must end with a newline, found the end after "{word}"'))
 
 
 LIGHT = [echo] * 8 + [path] * 3 + [constant, unknown_member, nul, not_utf8, blank]

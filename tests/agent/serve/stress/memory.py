@@ -26,14 +26,16 @@ class Memory:
         after = min(self.kilobytes[-quarter:])
         if after > before + SLACK:
             raise Broken(f"memory grows: at most {before} kB resident in the second quarter of "
-                         f"{len(self.kilobytes)} rounds, at least {after} kB in the last; the slack is {SLACK} kB")
+                         f"{len(self.kilobytes)} rounds, at least {after} kB in the last; "
+                         f"the slack is {SLACK} kB")
 
     def is_judged(self):
         return len(self.kilobytes) >= 8
 
     def text(self):
         judged = "" if self.is_judged() else " (too few rounds to judge)"
-        return f"resident after the rounds {', '.join(f'{self.kilobytes[i]} kB' for i in self.shown())}{judged}"
+        shown = ", ".join(f"{self.kilobytes[i]} kB" for i in self.shown())
+        return f"resident after the rounds {shown}{judged}"
 
     def shown(self):
         last = len(self.kilobytes) - 1

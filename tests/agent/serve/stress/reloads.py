@@ -8,8 +8,8 @@ import time
 
 import configurations
 import exchanges
+import processes
 from clients import Client, Piece, Plan
-from crowd import processes
 from exchanges import Exchange
 
 SHOWN = ["show actions", "show users", "show rules", "show vrfs", "show fallback"]

@@ -7,7 +7,8 @@ import signal
 import subprocess
 import time
 
-from crowd import Broken, processes
+import processes
+from crowd import Broken
 
 # A smaller quarantine, so that memory that was freed does not look like memory in use.
 SANITIZERS = {"ASAN_OPTIONS": "detect_leaks=1:halt_on_error=1:quarantine_size_mb=8",

@@ -3,16 +3,15 @@
 
 usage: stress.py PROGRAM [--seed N] [--rounds N | --seconds S] [--clients N]
 
-A round draws its clients and its changes of the configuration from the seed and the number of the
-round. So a round can be repeated, except for the times at which the system runs the two processes.
-These things must hold:
+The seed determines the clients, what they send, and the changes of the configuration. It does not
+determine when the system runs the two processes. These things must hold:
 
 - each whole request gets one answer, in order, and the right one
 - a client that reads is answered within ten seconds, whatever the others do
 - the configuration in force is always a whole one
 - after each round the daemon has as many descriptors as at its start, no passed descriptor is open,
   and 256 new clients are served, and no more
-- memory does not grow from round to round (with --seconds)
+- memory does not grow from round to round, and clients that never read are disconnected (with --seconds)
 - SIGTERM ends the daemon with status 0, without its socket file and without a sanitizer report
 
 Failures print the seed.
@@ -28,11 +27,13 @@ import sys
 import tempfile
 import time
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../../waiting"))
+import processes
 import behaviours
 import configurations
 import exchanges
 from clients import Client, Piece, Plan
-from crowd import Broken, Crowd, Force, processes
+from crowd import Broken, Crowd, Force
 from memory import Memory
 from reloads import Operator
 from served_agent import ServedAgent, wait_until
@@ -80,7 +81,8 @@ class Stress:
             self.ask(exchanges.Exchange(command.encode() + b"\n", False, problem))
 
     def ask(self, exchange):
-        client = self.crowd.add(Client("alone", Plan("alone", [exchange], [Piece(exchange.request)]), self.crowd))
+        plan = Plan("alone", [exchange], [Piece(exchange.request)])
+        client = self.crowd.add(Client("alone", plan, self.crowd))
         self.crowd.run_until(lambda: client.is_done, "one answer")
 
     # A round.
@@ -143,8 +145,8 @@ class Stress:
         requests = self.crowd.counts["reload requests"]
         counted = self.reloads_counted()
         wait_until(lambda: sum(self.agent.results()) + requests == counted,
-                   lambda: f"`show config` counts {counted} reloads, but {self.agent.results()} are printed as "
-                           f"applied and refused, and {requests} were requested")
+                   lambda: f"`show config` counts {counted} reloads, but {self.agent.results()} are "
+                           f"printed as applied and refused, and {requests} were requested")
         if sum(self.agent.results()) > self.agent.signals:
             raise Broken(f"{self.agent.signals} SIGHUPs were sent, and {self.agent.results()} reloads are "
                          "printed as applied and refused")
@@ -164,7 +166,8 @@ class Stress:
         self.crowd.run_until(lambda: all(client.answers == 1 for client in served),
                              f"answers to {MOST_CLIENTS} clients")
         refused = [self.crowd.add(self.excess(number)) for number in range(self.random.randint(1, 40))]
-        self.crowd.run_until(lambda: all(client.is_done for client in refused), "refusals of further clients")
+        self.crowd.run_until(lambda: all(client.is_done for client in refused),
+                             "refusals of further clients")
         self.crowd.counts["refused clients"] += len(refused)
         descriptors = self.agent.descriptors()
         self.random.choice(served).close()
@@ -177,12 +180,11 @@ class Stress:
     def guest(self, number):
         name = f"{self.round}-guest{number}"
         exchange = exchanges.echo(self.random, f"w{name}")
-        return Client(name, Plan("one of the most clients", [exchange], [Piece(exchange.request)], stays=True),
-                      self.crowd)
+        plan = Plan("one of the most clients", [exchange], [Piece(exchange.request)], stays=True)
+        return Client(name, plan, self.crowd)
 
     def excess(self, number):
-        line = exchanges.as_json(b"", 1, REFUSAL)
-        refusal = exchanges.Exchange(b"", True, line.problem, closes=True)
+        refusal = exchanges.Exchange(b"", True, exchanges.json_answer(1, REFUSAL), closes=True)
         pieces = [Piece(b"show actions\n")] if self.random.random() < 0.5 else []
         return Client(f"{self.round}-excess{number}", Plan("beyond the limit", [refusal], pieces), self.crowd)
 
