@@ -70,7 +70,7 @@ def half_closing(random, name):
 
 
 def ends_in_a_request(random, name):
-    drawn = usual(random, name, 4)
+    drawn = usual(random, name, 4) + [exchanges.echo(random, f"w{name}-last")]
     text = requests_of(drawn)
     text = text[:random.randrange(1, len(text))]
     pieces = [Piece(piece) for piece in cut(random, text, [5, 500, 65536])]

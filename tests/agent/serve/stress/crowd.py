@@ -132,8 +132,8 @@ class Crowd:
         now = time.monotonic()
         for client in self.clients:
             if self.must_be_quick(client) and client.waits_since and now - client.waits_since > limit:
-                client.fail(f"no answer to request {client.answers + 1}, "
-                            f"{client.plan.exchanges[client.answers].request[:100]!r}, within {limit:.0f} s")
+                request = client.plan.exchanges[client.answers].request[:100]
+                client.fail(f"no answer to request {client.answers + 1}, {request!r}, within {limit:.0f} s")
 
     @staticmethod
     def must_be_quick(client):

@@ -168,7 +168,8 @@ def too_long(random, word):
     problem = f"a request must be a line of at most {LONGEST} bytes, found more; the connection is closed"
     size = LONGEST + random.choice([1, 2, 1000, 300000])
     if random.random() < 0.5:
-        return Exchange(word.encode().ljust(size, b"y") + b"\n", False, text_answer(2, problem), closes=True)
+        return Exchange(word.encode().ljust(size, b"y") + b"\n", False,
+                        text_answer(2, problem), closes=True)
     return Exchange(b"{".ljust(size, b"y") + b"\n", True, json_answer(2, problem), closes=True)
 
 

@@ -51,7 +51,8 @@ class Stress:
         self.versions = [configurations.Version(number, size) for number in range(6)]
         self.force = Force(self.versions[0])
         configurations.File(f"{folder}/agent.json").replace(self.versions[0].text)
-        options = ["--client-timeout", str(IMPATIENCE)] if self.is_long else []
+        patience = round(IMPATIENCE * processes.factor())
+        options = ["--client-timeout", str(patience)] if self.is_long else []
         self.agent = ServedAgent(arguments.program, folder, options)
         self.crowd = Crowd(self.agent.socket, self.force)
         self.passed = behaviours.PassedDescriptors()
@@ -92,7 +93,8 @@ class Stress:
         operator = Operator(self.random, self.agent, self.crowd, self.versions)
         steps = self.random.randint(2, 6)
         self.crowd.run_script(operator.script(steps, flurry=self.random.random() < 0.5))
-        self.crowd.run_until(lambda: operator.is_done and not self.unfinished(clients), "the end of a round")
+        self.crowd.run_until(lambda: operator.is_done and not self.unfinished(clients),
+                             "the end of a round")
         if self.is_long and self.round % 8 == 7:
             self.await_impatience(clients)
         self.crowd.close_all()
@@ -186,7 +188,8 @@ class Stress:
     def excess(self, number):
         refusal = exchanges.Exchange(b"", True, exchanges.json_answer(1, REFUSAL), closes=True)
         pieces = [Piece(b"show actions\n")] if self.random.random() < 0.5 else []
-        return Client(f"{self.round}-excess{number}", Plan("beyond the limit", [refusal], pieces), self.crowd)
+        plan = Plan("beyond the limit", [refusal], pieces)
+        return Client(f"{self.round}-excess{number}", plan, self.crowd)
 
     # The end.
 
@@ -216,7 +219,8 @@ class Stress:
 def parsed(arguments):
     parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].splitlines()[0])
     parser.add_argument("program", type=os.path.abspath)
-    parser.add_argument("--seed", type=int, default=int(os.environ.get("ZEL_TEST_SEED", secrets.randbits(32))))
+    seed = os.environ.get("ZEL_TEST_SEED", secrets.randbits(32))
+    parser.add_argument("--seed", type=int, default=int(seed))
     length = parser.add_mutually_exclusive_group()
     length.add_argument("--rounds", type=int, default=2)
     length.add_argument("--seconds", type=float)
