@@ -31,12 +31,19 @@ inline constexpr unsigned gateways = 8;
 inline constexpr std::size_t requestBytes = std::size_t{64} << 10U;
 /// The longest answer. The daemon sends an error instead of a longer one, and `ctl` refuses it.
 inline constexpr std::size_t answerBytes = std::size_t{8} << 20U;
+/// The answers that wait for all clients of a daemon together. Shorter answers than the next limit
+/// are always sent.
+inline constexpr std::size_t waitingAnswersBytes = std::size_t{64} << 20U;
+/// An answer that never has to wait for room.
+inline constexpr std::size_t shortAnswerBytes = std::size_t{64} << 10U;
 /// The most levels of JSON in an answer that `ctl` reads. No answer has as many.
 inline constexpr int answerLevels = 100;
 /// Clients of a daemon at one time.
 inline constexpr std::size_t clients = 256;
 /// How long a client of a daemon may read nothing of its answer, if nothing else is given.
 inline constexpr std::chrono::seconds clientTimeout{30};
+/// The time in which a client must read a whole answer, as a multiple of its timeout.
+inline constexpr unsigned answerTimeouts = 10;
 /// How long `ctl` waits for a daemon that sends nothing, if nothing else is given.
 inline constexpr std::chrono::seconds ctlTimeout{300};
 /// The longest path of a socket.

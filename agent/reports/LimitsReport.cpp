@@ -46,6 +46,11 @@ void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {
                    "a longer one is an error, and the connection is closed"});
   table.push_back({"answer", Limits::answerBytes, "bytes", "",
                    "the daemon sends an error instead of a longer one; ctl refuses it"});
+  table.push_back({"waiting answers", Limits::waitingAnswersBytes, "bytes", "",
+                   "long answers that clients have not read yet, together; the daemon sends an "
+                   "error instead of one more"});
+  table.push_back({"short answer", Limits::shortAnswerBytes, "bytes", "",
+                   "an answer that is sent however many wait"});
   table.push_back({"answer levels", Limits::answerLevels, "levels", "",
                    "levels of JSON in an answer; ctl refuses more"});
   table.push_back(
@@ -54,6 +59,9 @@ void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {
                    "serve --client-timeout",
                    "a client that reads nothing of its answer for this time is disconnected; 0 is "
                    "no limit"});
+  table.push_back({"answer timeouts", Limits::answerTimeouts, "timeouts", "",
+                   "a client that has not read its answer after so many client timeouts is "
+                   "disconnected"});
   table.push_back({"ctl timeout", static_cast<std::uint64_t>(Limits::ctlTimeout.count()), "s",
                    "ctl --timeout",
                    "ctl gives up a daemon that sends nothing for this time; 0 is no limit"});

@@ -277,6 +277,20 @@ void keepsAnswers(std::uint64_t limit) {
               EndsWith("the answer is longer than " + std::to_string(limit) + " bytes"));
 }
 
+void keepsWaitingAnswers(std::uint64_t limit) {
+  EXPECT_EQ(ServerLimits().totalUnsentBytes, limit);
+  AnswerRoom room(limit);
+  EXPECT_EQ(room.forNext(), limit);
+  WaitingAnswer waiting(room);
+  waiting.enter(limit / 2 + 1);
+  EXPECT_EQ(room.forNext(), limit / 2 - 1);
+}
+
+void keepsShortAnswers(std::uint64_t limit) {
+  AnswerRoom room(0);
+  EXPECT_EQ(room.forNext(), limit);
+}
+
 // The object of the answer is a level too.
 void keepsAnswerLevels(std::uint64_t limit) {
   const auto answerOf = [](std::uint64_t levels) {
@@ -313,6 +327,26 @@ void keepsClientTimeouts(std::uint64_t limit) {
   scheduler.pass(std::chrono::seconds(limit) - step);
   EXPECT_TRUE(client.isConnected());
   scheduler.pass(step);
+  EXPECT_FALSE(client.isConnected());
+}
+
+// The client takes a byte in each half of its timeout.
+void keepsAnswerTimeouts(std::uint64_t limit) {
+  const auto half = ServerLimits().clientTimeout / 2;
+  ManualScheduler scheduler;
+  ServedAgent served("unused.json", 8);
+  ScriptedClient client;
+  ControlServer server(scheduler, served, {});
+  server.accept(client.connect());
+  client.roomIs(0);
+  client.send("show config\n");
+  scheduler.rounds();
+  for (std::uint64_t halves = 1; halves < 2 * limit; ++halves) {
+    scheduler.pass(half);
+    client.take(1);
+  }
+  EXPECT_TRUE(client.isConnected());
+  scheduler.pass(half);
   EXPECT_FALSE(client.isConnected());
 }
 
@@ -403,9 +437,12 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"gateways", keepsGateways},
       {"request", keepsRequests},
       {"answer", keepsAnswers},
+      {"waiting answers", keepsWaitingAnswers},
+      {"short answer", keepsShortAnswers},
       {"answer levels", keepsAnswerLevels},
       {"clients", keepsClients},
       {"client timeout", keepsClientTimeouts},
+      {"answer timeouts", keepsAnswerTimeouts},
       {"ctl timeout", keepsCtlTimeouts},
       {"socket path", keepsSocketPaths},
       {"console history", keepsConsoleHistories},

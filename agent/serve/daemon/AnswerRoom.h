@@ -3,18 +3,18 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "agent/language/Limits.h"
+
 namespace ZelAgent {
 
 /// The room for the answers that wait for all clients together.
 ///
-/// An answer of more than `shortAnswer` bytes is sent only if all answers that wait, with it, have
-/// at most `total` bytes. Shorter answers are always sent, so one client cannot keep another from
-/// short commands. With N clients at most `total` + N * `shortAnswer` bytes wait. Nobody waits for
-/// room. A client that is alone has the whole room.
+/// An answer of more than `shortAnswerBytes` bytes is sent only if all answers that wait, with it,
+/// have at most `total` bytes. Shorter answers are always sent, so one client cannot keep another
+/// from short commands. With N clients at most `total` + N * `shortAnswerBytes` bytes wait. Nobody
+/// waits for room. A client that is alone has the whole room.
 class AnswerRoom final {
  public:
-  static constexpr std::size_t shortAnswer = std::size_t{64} * 1024;
-
   explicit AnswerRoom(std::size_t total) noexcept : total_(total) {}
   AnswerRoom(const AnswerRoom&) = delete;
   AnswerRoom& operator=(const AnswerRoom&) = delete;
@@ -22,7 +22,7 @@ class AnswerRoom final {
 
   /// The most bytes that the next answer may have.
   [[nodiscard]] std::size_t forNext() const noexcept {
-    return std::max(total_ - std::min(total_, waiting_), shortAnswer);
+    return std::max(total_ - std::min(total_, waiting_), Limits::shortAnswerBytes);
   }
 
  private:

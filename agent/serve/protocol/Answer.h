@@ -1,18 +1,13 @@
 #pragma once
 
-#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "agent/language/ExitStatus.h"
-#include "agent/language/Limits.h"
 #include "agent/reports/StateReport.h"
 #include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
-
-/// The most bytes of an answer. The daemon sends an error instead of a longer one.
-inline constexpr std::size_t longestAnswer = Limits::answerBytes;
 
 /// The answer to a request.
 struct Answer {

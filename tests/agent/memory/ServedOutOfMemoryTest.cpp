@@ -12,6 +12,7 @@
 
 #include "Mox/TraceHandle.h"
 #include "agent/commands/served/ServedAgent.h"
+#include "agent/language/Limits.h"
 #include "agent/serve/daemon/ControlServer.h"
 #include "agent/serve/daemon/Daemon.h"
 #include "agent/serve/daemon/ReloadReport.h"
@@ -89,7 +90,7 @@ TEST_F(ServedOutOfMemory, ReloadsWhollyOrNotAtAllOrEndsTheDaemon) {
         allocationFailsAfter(passing);
         const auto lines = reportReload("it", [&] { return served.reload(); });
         if (!allocationsSucceed()) return std::string(noneFailed);
-        ControlService service(served, longestAnswer);
+        ControlService service(served, Limits::answerBytes);
         return lines.back() + '\n' + service.reply({RequestLine::Kind::whole, "show users"}).bytes;
       },
       [](const std::string& reported) {
@@ -135,7 +136,7 @@ TEST_F(ServedOutOfMemory, EndsADaemonInOneLineFromItsStartToItsEnd) {
 TEST_F(ServedOutOfMemory, IsNoAnswerWhereTheNewHandlerThrows) {
   const Remains remains = inForkedProcess([&](const Report& report) {
     ServedAgent served(redFile(), 8);
-    ControlService service(served, longestAnswer);
+    ControlService service(served, Limits::answerBytes);
     const RequestLine line{RequestLine::Kind::whole,
                            "{\"command\": \"" + std::string(1000, 'x') + "\"}"};
     std::set_new_handler([] { throw std::bad_alloc(); });

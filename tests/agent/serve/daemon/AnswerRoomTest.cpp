@@ -21,7 +21,7 @@ class LongAnswers : public ServedClients {
     for (int i = 0; i < 700; ++i)
       ask(setUp_, "vrf " + std::string(90, 'x') + std::to_string(i) + " add\n");
     long_ = ask(setUp_, longRequest);
-    EXPECT_GT(long_.size(), AnswerRoom::shortAnswer);
+    EXPECT_GT(long_.size(), Limits::shortAnswerBytes);
     setUp_.endSending();
     roomIs(2 * long_.size());
     connectAll();
@@ -125,7 +125,7 @@ TEST_F(LongAnswers, AreAnsweredOnceEachInOrderAmongManyClients) {
   int whole = 0;
   for (ScriptedClient& client : clients)
     waiting += client.waiting();
-  EXPECT_LE(waiting, 2 * long_.size() + clients.size() * AnswerRoom::shortAnswer);
+  EXPECT_LE(waiting, 2 * long_.size() + clients.size() * Limits::shortAnswerBytes);
   for (ScriptedClient& client : clients) {
     client.take(ScriptedClient::unlimited);
     scheduler_.rounds();
@@ -139,12 +139,6 @@ TEST_F(LongAnswers, AreAnsweredOnceEachInOrderAmongManyClients) {
     client.endSending();
   }
   EXPECT_EQ(whole, 2);
-}
-
-TEST(RoomForAnswers, IsSixtyFourMebibytesByDefault) {
-  EXPECT_EQ(ServerLimits().totalUnsentBytes, std::size_t{64} << 20U);
-  AnswerRoom room(ServerLimits().totalUnsentBytes);
-  EXPECT_EQ(room.forNext(), std::size_t{64} << 20U);
 }
 
 }  // namespace
