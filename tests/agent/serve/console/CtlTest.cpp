@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <map>
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/SmallConfigurations.h"
@@ -53,6 +54,17 @@ TEST_F(Ctl, PrintsJsonOnOneLineOnRequest) {
   const AgentOutcome outcome = ctl({"--json", "show", "vrfs"});
   ASSERT_EQ(outcome.documents().size(), 1U);
   EXPECT_EQ(outcome.documents()[0][1]["vrfName"], "red");
+}
+
+TEST_F(Ctl, ShowsTheLimitsThatOptionsOfTheDaemonSet) {
+  const DaemonProcess daemon(config_, path_, {"--chip-capacity", "7", "--client-timeout", "5"});
+  const auto documents = ctl({"--json", "show", "limits"}).documents();
+  ASSERT_EQ(documents.size(), 1U);
+  std::map<std::string, int> values;
+  for (const auto& limit : documents[0])
+    if (limit["option"] != nullptr) values[limit["name"]] = limit["value"];
+  EXPECT_EQ(values, (std::map<std::string, int>{
+                        {"chip resources", 7}, {"client timeout", 5}, {"ctl timeout", 300}}));
 }
 
 TEST_F(Ctl, QuotesWordsWhereNecessary) {
