@@ -209,12 +209,17 @@ Record recordOf(const Slot& slot, std::size_t number, const Header& header,
   return record;
 }
 
-// The size of the text when it is printed with every unusual byte escaped.
-std::uint64_t printedBytes(std::string_view text) noexcept {
+// The size of the byte when it is printed, escaped if it is unusual.
+std::uint64_t printedBytes(char byte) noexcept {
   constexpr std::uint64_t longestEscape = 6;
+  if (byte == '"' || byte == '\\') return 2;  // as in JSON
+  return byte >= ' ' && byte <= '~' ? 1 : longestEscape;
+}
+
+std::uint64_t printedBytes(std::string_view text) noexcept {
   std::uint64_t bytes = 0;
   for (const char byte : text)
-    bytes += byte >= ' ' && byte <= '~' ? 1 : longestEscape;
+    bytes += printedBytes(byte);
   return bytes;
 }
 

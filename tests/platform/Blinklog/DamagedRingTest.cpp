@@ -201,27 +201,41 @@ TEST_F(DamagedRing, IsRefusedAtEveryLengthThatIsNotItsOwn) {
 
 // Where something stands that is looked at.
 constexpr std::uint32_t manySlots = 4096;
+// The longest text of each message of a full ring that is not refused. A message also takes the
+// path and the function of its site, together 14 bytes.
+constexpr std::size_t longestText = 7 * (slotsOffset + manySlots * slotBytes) / manySlots - 14;
 
-// Writes a ring that is full of messages with a text of `textBytes` each.
-void writeLongMessages(const std::string& file, std::size_t textBytes) {
+// Writes a ring that is full of messages with a text of `textBytes` each, all of them `byte`.
+void writeLongMessages(const std::string& file, std::size_t textBytes, char byte = 'x') {
   Ring ring(manySlots);
   ring.fileIs(file);
-  const SiteId site = siteIs({"/src/long", 1, "write", 5, {std::string(textBytes, 'x')}});
+  const SiteId site = siteIs({"/src/long", 1, "write", 5, {std::string(textBytes, byte)}});
   for (std::uint32_t number = 0; number < manySlots; ++number)
     ring.write(site, std::vector<Argument>{});
 }
 
 TEST_F(DamagedRing, MayTakeSevenTimesItsSizeWhenItIsPrinted) {
   const std::string file = folder_.path("long");
-  writeLongMessages(file, 2000);
+  writeLongMessages(file, longestText);
   EXPECT_EQ(RingImage(file).records().size(), manySlots);
 }
 
 TEST_F(DamagedRing, IsRefusedWhenItWouldTakeMoreThanThat) {
   const std::string file = folder_.path("longer");
-  writeLongMessages(file, 3000);
+  writeLongMessages(file, longestText + 1);
   expectDamaged(RingFolder::read(file),
                 "its messages would take more than 7 times its size when they are printed");
+}
+
+TEST_F(DamagedRing, CountsQuotesAndBackslashesAsTheyAreEscapedInJson) {
+  for (const char byte : {'"', '\\'}) {
+    const std::string file = folder_.path("escaped");
+    writeLongMessages(file, longestText / 2, byte);
+    EXPECT_EQ(RingImage(file).records().size(), manySlots);
+    writeLongMessages(file, longestText / 2 + 1, byte);
+    expectDamaged(RingFolder::read(file),
+                  "its messages would take more than 7 times its size when they are printed");
+  }
 }
 
 std::size_t placeOfInterest(std::mt19937& random, std::size_t rowsEnd) {
