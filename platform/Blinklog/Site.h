@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Velo/Export.h"
@@ -20,6 +21,11 @@ struct Site {
 
   friend bool operator==(const Site&, const Site&) = default;
 };
+
+/// Whether the fragment stands for an argument.
+[[nodiscard]] constexpr bool isPlaceholder(std::string_view fragment) noexcept {
+  return fragment == "%s" || fragment == "%u" || fragment == "%b";
+}
 
 /// Number of a registered site, which each message holds. Sites are numbered from 0 in the order of
 /// their registration.

@@ -7,10 +7,6 @@
 namespace Blinklog {
 namespace {
 
-bool isPlaceholder(const std::string& fragment) noexcept {
-  return fragment.size() == 2 && fragment[0] == '%';
-}
-
 // Reads the arguments of a message.
 class Arguments final {
  public:

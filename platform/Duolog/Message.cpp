@@ -23,7 +23,7 @@ void Message::sendText(std::span<const Argument> arguments) const {
   Mox::TraceHelper helper(handle(), level_, source_.path, line_, function_);
   auto argument = arguments.begin();
   for (const std::string_view fragment : std::span(fragments_).first(fragmentCount_)) {
-    if (fragment.size() != 2 || fragment[0] != '%' || argument == arguments.end()) {
+    if (!Blinklog::isPlaceholder(fragment) || argument == arguments.end()) {
       helper.stream() << fragment;
     } else if (argument->shown().empty() && argument->kept().kind == 'u') {
       helper.stream() << (argument++)->kept().number;

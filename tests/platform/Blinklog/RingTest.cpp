@@ -59,6 +59,11 @@ TEST_F(RingTest, ShowsArgumentsInTheirPlaces) {
   EXPECT_THAT(texts(), ElementsAre("Vrf::handle: red id:4294967295 on:truefalse"));
 }
 
+TEST_F(RingTest, ShowsAnyOtherFragmentOfAPercentSignAsItIs) {
+  write(writtenSite({"100", "%%", "%d", " of ", "%s"}), {text("red")});
+  EXPECT_THAT(texts(), ElementsAre("100%%%d of red"));
+}
+
 TEST_F(RingTest, RecordsBearSequenceAndSite) {
   writeNumbers(0, 1);
   const SiteId other = siteIs({"/src/other", 77, "handleOther", 7, {"other"}});

@@ -125,6 +125,14 @@ TEST_F(MessageTest, ShowsAnEmptyTextAsNothing) {
   EXPECT_THAT(ringTexts(), ElementsAre("Vrf::handleIt: Deleting "));
 }
 
+TEST_F(MessageTest, TakesNoOtherPercentSignForAPlaceholder) {
+  static const Message message(source, 5, 44, "f", {"100", "%%", "%d", " of ", "%s"});
+  levelIs(5);
+  message("red");
+  EXPECT_THAT(lines, ElementsAre("DuologTest 5 /src/duolog:44 f 100%%%d of red"));
+  EXPECT_THAT(ringTexts(), ElementsAre("100%%%d of red"));
+}
+
 TEST_F(MessageTest, TakesNoPlaceholderFromAnArgument) {
   levelIs(7);
   deleting()(std::string_view("%s%u"));
