@@ -46,6 +46,13 @@ constexpr unsigned typeServiceVlan = 0x88a8;
 
 constexpr int longestPacket = 65535 + 40;
 
+// A pcap file has 32 bits for the seconds. libpcap reads them as a signed number, which is negative
+// from January 2038 on.
+std::int64_t secondsOf(const timeval& time) noexcept {
+  constexpr std::int64_t all32Bits = std::int64_t{1} << 32;
+  return time.tv_sec < 0 ? time.tv_sec + all32Bits : time.tv_sec;
+}
+
 std::filesystem::path fileNameOf(std::string interface) {
   const auto cannotStand = [](char byte) { return byte == '/' || byte == '\0'; };
   std::replace_if(interface.begin(), interface.end(), cannotStand, '_');
@@ -124,7 +131,7 @@ std::optional<CapturedPacket> CaptureReader::next() {
   const auto packet = isEthernet_ ? ipPacketIn(frame) : frame;
   std::optional<std::vector<std::uint8_t>> ipPacket;
   if (packet) ipPacket = std::vector<std::uint8_t>(packet->begin(), packet->end());
-  return CapturedPacket{{header->ts.tv_sec, header->ts.tv_usec}, std::move(ipPacket)};
+  return CapturedPacket{{secondsOf(header->ts), header->ts.tv_usec}, std::move(ipPacket)};
 }
 
 // A file may grow while it is read. A pipe has no position, so its bytes are counted.

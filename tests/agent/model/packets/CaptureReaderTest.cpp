@@ -143,6 +143,13 @@ TEST_F(CaptureReaderTest, TimesAreThoseOfTheCapture) {
   EXPECT_FALSE(reader.next().has_value());
 }
 
+TEST_F(CaptureReaderTest, TimesFrom2038To2106ComeAfterEarlierOnes) {
+  for (const std::int64_t seconds : {0x80000000LL, 0xffffffffLL}) {
+    CaptureReader reader(write(CaptureLink::rawIp, {{v4, seconds, 5}}));
+    EXPECT_EQ(reader.next()->time, (CaptureTime{seconds, 5}));
+  }
+}
+
 TEST_F(CaptureReaderTest, ACaptureWithoutPacketsIsAtItsEnd) {
   EXPECT_TRUE(packetsIn(write(CaptureLink::ethernet, {})).empty());
 }
