@@ -28,7 +28,7 @@ std::vector<Record> Ring::dump() const {
   const std::uint64_t oldest = written_ < slots_ ? 0 : written_ - slots_;
   for (std::uint64_t sequence = oldest; sequence < written_; ++sequence) {
     const Slot& slot = ring_[sequence % slots_];
-    if (slot.sequence != sequence) continue;
+    if (slot.sequence != sequence || slot.site == Slot::noSite) continue;
     const Site& site = siteOf(slot.site);
     records.push_back({sequence, &site, textOf(site, std::span(slot.arguments).first(slot.size))});
   }
@@ -42,6 +42,10 @@ void Ring::fileIs(const std::string& path) {
   ring_ = file->slots().data();
   file_ = std::move(file);
   ownMemory_.reset();
+}
+
+bool Ring::leaveFile(const void* address) noexcept {
+  return file_ != nullptr && file_->becomeMemory(address);
 }
 
 void Ring::clear() noexcept {

@@ -63,6 +63,13 @@ class ZEL_EXPORT Ring {
   /// `RingImage`. A file of that name is kept as FILE.previous. Writing costs the same as before.
   /// Throws `RingFileError`; the ring is then unchanged.
   void fileIs(const std::string& path);
+  /// Continues in memory, without the messages so far, if `address` is in the memory into which the
+  /// file is mapped. Otherwise returns false and changes nothing.
+  ///
+  /// For the handler of SIGBUS, which a store raises when its page of the file is gone. The store
+  /// succeeds when it is repeated. A message that was partly written before is left out. This
+  /// function only calls what such a handler may call.
+  [[nodiscard]] bool leaveFile(const void* address) noexcept;
   /// Removes all messages. The numbering continues.
   void clear() noexcept;
 
@@ -82,6 +89,7 @@ class Ring::Message {
     slot_.sequence = Slot::noMessage;
     std::atomic_signal_fence(std::memory_order_seq_cst);
     slot_.site = site;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
   }
   Message(const Message&) = delete;
   Message& operator=(const Message&) = delete;

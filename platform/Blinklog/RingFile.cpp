@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <functional>
 #include <memory>
 
 #include "Blinklog/RingFileError.h"
@@ -91,7 +92,8 @@ void RingFile::onSite(const Site& site) {
   std::string row = RingFileFormat::toRow(site);
   if (row.size() > RingFileFormat::maxSiteBytes) row = RingFileFormat::toRow(placeholderFor(site));
   // Rows are found by their number, so no row may follow a missing one.
-  if (header().sitesLeftOut != 0 || RingFileFormat::slotsOffset - rowsEnd_ < row.size()) {
+  isTableFull_ = isTableFull_ || RingFileFormat::slotsOffset - rowsEnd_ < row.size();
+  if (isTableFull_) {
     ++header().sitesLeftOut;
     return;
   }
@@ -99,6 +101,19 @@ void RingFile::onSite(const Site& site) {
   rowsEnd_ += row.size();
   std::atomic_signal_fence(std::memory_order_seq_cst);
   ++header().sites;
+}
+
+bool RingFile::becomeMemory(const void* address) noexcept {
+  const auto* const at = static_cast<const std::byte*>(address);
+  if (std::less<>()(at, memory_) || !std::less<>()(at, memory_ + bytes_)) return false;
+  void* const memory =
+      mmap(memory_, bytes_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+  if (memory == MAP_FAILED) return false;
+  for (Slot& slot : slots()) {
+    slot.sequence = Slot::noMessage;
+    slot.site = Slot::noSite;
+  }
+  return true;
 }
 
 }  // namespace Blinklog

@@ -16,7 +16,7 @@ namespace Blinklog {
 ///
 /// Invariant: a registered site is in the table of the file, or counted as left out, before a
 /// message of it can be written. All blocks of the file are allocated, so no store fails because
-/// the disk is full.
+/// the disk is full. What the object decides never depends on the content of the file.
 class RingFile final : public SiteNotifiee {
  public:
   /// Creates FILE.new with `slots` empty slots. Throws `RingFileError`.
@@ -30,6 +30,10 @@ class RingFile final : public SiteNotifiee {
 
   void onSite(const Site& site) override;
 
+  /// Replaces the mapping by memory with empty slots if `address` is in it. Returns whether it has
+  /// done so. May be called by a signal handler.
+  [[nodiscard]] bool becomeMemory(const void* address) noexcept;
+
  private:
   void allocate(std::size_t slots);
   void map();
@@ -39,6 +43,7 @@ class RingFile final : public SiteNotifiee {
   std::size_t bytes_;
   std::byte* memory_ = nullptr;
   std::size_t rowsEnd_ = RingFileFormat::headerBytes;
+  bool isTableFull_ = false;
 };
 
 }  // namespace Blinklog

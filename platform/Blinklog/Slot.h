@@ -18,6 +18,8 @@ namespace Blinklog {
 struct Slot {
   static constexpr std::size_t bytes = 256;
   static constexpr std::uint64_t noMessage = ~std::uint64_t{0};
+  /// The site of a message whose beginning was lost with a file.
+  static constexpr SiteId noSite = ~SiteId{0};
 
   std::uint64_t sequence = noMessage;
   SiteId site = 0;

@@ -96,7 +96,8 @@ struct LimitsOptions {
 [[nodiscard]] ExitStatus showLimits(const LimitsOptions& options, std::ostream& out,
                                     std::ostream& err);
 
-/// Moves the ring of this process into the file. Returns `failure` if that is not possible.
+/// Moves the ring of this process into the file. Returns `failure` if that is not possible. A later
+/// truncation of the file does not end the process.
 [[nodiscard]] ExitStatus keepTraceIn(const std::string& file, std::ostream& err);
 
 }  // namespace ZelAgent

@@ -6,6 +6,7 @@
 
 #include "Blinklog/Ring.h"
 #include "Blinklog/RingImage.h"
+#include "agent/commands/offline/TruncatedRing.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/reports/TraceReport.h"
@@ -61,6 +62,7 @@ ExitStatus showTraceFile(const TraceOptions& options, std::ostream& out, std::os
 ExitStatus keepTraceIn(const std::string& file, std::ostream& err) {
   try {
     Blinklog::ring().fileIs(file);
+    surviveTruncationOf(file);
     return ExitStatus::success;
   } catch (const Blinklog::RingFileError& error) {
     return fail(err, error, ExitStatus::failure);

@@ -1,13 +1,18 @@
 // The trace in the file of a process that has ended.
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "Blinklog/Ring.h"
+#include "agent/commands/offline/OfflineCommands.h"
 #include "agent/reports/TraceReport.h"
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/SmallConfigurations.h"
@@ -114,6 +119,19 @@ TEST_F(TraceOfADaemon, IsNotReplacedByAnotherProcess) {
   EXPECT_EQ(messagesIn(file_), SocketClient(socket_).text(allOfIt));
 }
 
+TEST_F(TraceOfADaemon, ContinuesInMemoryWhenItsFileIsTruncated) {
+  DaemonProcess daemon(config_, socket_, {"--trace-ring", file_});
+  SocketClient client(socket_);
+  std::filesystem::resize_file(file_, 0);
+  EXPECT_EQ(client.text(allOfIt), "");
+  client.text("vrf red id 5");
+  EXPECT_THAT(client.text(allOfIt), EndsWith("Updating VRF HW instance for: red\n"));
+  EXPECT_EQ(daemon.end(), 0);
+  EXPECT_EQ(daemon.restOfErr(),
+            "warning: " + file_ +
+                ": was truncated, or its disk failed; the trace is in memory only from now on\n");
+}
+
 class TraceOfARun : public ::testing::Test {
  protected:
   std::string file_ = newPath("ring");
@@ -175,6 +193,43 @@ TEST_F(TraceOfARun, ReportsThatStandardOutputCannotBeWritten) {
   const AgentOutcome outcome = runAgentInto("/dev/full", {"trace", file_});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
+}
+
+// A SIGBUS that the ring of the process does not cause ends the process as before.
+class BusErrorBesideATrace : public ::testing::Test {
+ protected:
+  // Runs in the process that will end.
+  void keepTrace() const {
+    std::signal(SIGBUS, SIG_DFL);
+    std::ostringstream err;
+    if (keepTraceIn(file_, err) != ExitStatus::success) std::abort();
+  }
+
+  std::string file_ = newPath("ring");
+};
+
+TEST_F(BusErrorBesideATrace, EndsTheProcessWhenAnotherFileIsTruncated) {
+  const std::string other = writeFile("other", std::string(4096, 'x'));
+  EXPECT_EXIT(
+      {
+        keepTrace();
+        const int descriptor = open(other.c_str(), O_RDWR);
+        auto* const bytes = static_cast<volatile char*>(
+            mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0));
+        if (ftruncate(descriptor, 0) != 0) std::abort();
+        *bytes = 'y';
+      },
+      KilledBySignal(SIGBUS), "^$");
+}
+
+TEST_F(BusErrorBesideATrace, EndsTheProcessWhenAProcessSendsIt) {
+  EXPECT_EXIT(
+      {
+        keepTrace();
+        kill(getpid(), SIGBUS);
+        pause();
+      },
+      KilledBySignal(SIGBUS), "^$");
 }
 
 std::string* expectedAtAbort = nullptr;

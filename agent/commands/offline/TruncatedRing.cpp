@@ -1,0 +1,49 @@
+#include "agent/commands/offline/TruncatedRing.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "Blinklog/Ring.h"
+#include "agent/language/PrintableText.h"
+
+namespace ZelAgent {
+namespace {
+
+// Never freed, since messages are sent until the process ends.
+const std::string* warning = nullptr;
+struct sigaction before {};
+
+void printWarning() {
+  const ssize_t written = write(STDERR_FILENO, warning->data(), warning->size());
+  static_cast<void>(written);  // there is nowhere else to report to
+}
+
+void handle(int signal, siginfo_t* info, void* /*context*/) {
+  const int error = errno;
+  const bool isByProcess = info->si_code <= 0;  // such a signal has no address
+  if (!isByProcess && Blinklog::ring().leaveFile(info->si_addr)) {
+    printWarning();
+    errno = error;
+    return;
+  }
+  // Otherwise the access is repeated, and raises the signal again.
+  sigaction(signal, &before, nullptr);
+  if (isByProcess) raise(signal);
+}
+
+}  // namespace
+
+void surviveTruncationOf(const std::string& file) {
+  warning = new std::string(
+      "warning: " + printable(file, 1000) +
+      ": was truncated, or its disk failed; the trace is in memory only from now on\n");
+  struct sigaction action {};
+  action.sa_sigaction = &handle;
+  action.sa_flags = SA_SIGINFO;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGBUS, &action, &before);
+}
+
+}  // namespace ZelAgent
