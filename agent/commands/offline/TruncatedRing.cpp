@@ -6,6 +6,7 @@
 #include <csignal>
 
 #include "Blinklog/Ring.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
@@ -37,7 +38,7 @@ void handle(int signal, siginfo_t* info, void* /*context*/) {
 
 void surviveTruncationOf(const std::string& file) {
   warning = new std::string(
-      "warning: " + printable(file, 1000) +
+      "warning: " + printable(file, Limits::shownTextBytes) +
       ": was truncated, or its disk failed; the trace is in memory only from now on\n");
   struct sigaction action {};
   action.sa_sigaction = &handle;

@@ -11,6 +11,7 @@
 #include "Duolog/OutOfMemory.h"
 #include "Mox/TraceHandle.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/daemon/CoalescedCall.h"
 #include "agent/serve/daemon/EventLoop.h"
@@ -82,7 +83,7 @@ void Daemon::printLines(const std::vector<std::string>& lines) {
 }
 
 bool Daemon::announce() {
-  out_ << "serving on " << printable(options_.socket, 1000) << std::endl;
+  out_ << "serving on " << printable(options_.socket, Limits::shownTextBytes) << std::endl;
   if (out_) return true;
   printLines({"error: standard output cannot be written"});
   return false;

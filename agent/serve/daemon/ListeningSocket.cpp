@@ -8,6 +8,7 @@
 #include <chrono>
 #include <thread>
 
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/protocol/SocketAddress.h"
 
@@ -59,7 +60,7 @@ FileHandle lockFor(const std::string& path, milliseconds wait) {
     if (flock(file.get(), LOCK_EX | LOCK_NB) == 0) return file;
     std::this_thread::sleep_for(lockPause);
   }
-  throw SocketError(printable(path, 1000) +
+  throw SocketError(printable(path, Limits::shownTextBytes) +
                     ": another process locks its lock file; end it, or give another path");
 }
 
@@ -67,7 +68,7 @@ FileHandle lockFor(const std::string& path, milliseconds wait) {
 void requireStale(const std::string& path) {
   const FileHandle probe = makeSocket(path);
   if (callWithAddress(connect, probe, path) == 0 || errno == EAGAIN) {
-    throw SocketError(printable(path, 1000) +
+    throw SocketError(printable(path, Limits::shownTextBytes) +
                       ": a daemon listens there already; end it, or give another path");
   }
   if (errno != ECONNREFUSED) throw socketErrorOf(path, "the socket there cannot be probed", errno);
@@ -81,7 +82,7 @@ void clearPath(const std::string& path) {
     throw socketErrorOf(path, "cannot be examined", errno);
   }
   if (!S_ISSOCK(file.st_mode)) {
-    throw SocketError(printable(path, 1000) +
+    throw SocketError(printable(path, Limits::shownTextBytes) +
                       ": is a file that is not a socket; give the path of a socket");
   }
   requireStale(path);

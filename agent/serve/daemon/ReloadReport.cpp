@@ -7,6 +7,7 @@
 
 #include "Duolog/OutOfMemory.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
@@ -15,14 +16,14 @@ std::vector<std::string> reportReload(const std::string& file,
                                       const std::function<std::vector<std::string>()>& reload) {
   try {
     std::vector<std::string> lines = warningLines(reload());
-    lines.push_back(printable(file, 1000) + " applied");
+    lines.push_back(printable(file, Limits::shownTextBytes) + " applied");
     return lines;
   } catch (const ConfigError& error) {
     return {std::string("error: ") + error.what() + "; the configuration in force is unchanged"};
   } catch (const std::bad_alloc&) {
     Duolog::outOfMemory();
   } catch (const std::exception& error) {
-    return {"error: the reload failed: " + printable(error.what(), 1000)};
+    return {"error: the reload failed: " + printable(error.what(), Limits::shownTextBytes)};
   }
 }
 

@@ -6,6 +6,7 @@
 #include "Duolog/OutOfMemory.h"
 #include "agent/commands/served/CommandDispatch.h"
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/serve/protocol/Answer.h"
 
@@ -73,7 +74,7 @@ Answer ControlService::answerTo(const RequestLine& line) {
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    return failure("the command failed: " + printable(error.what(), 1000));
+    return failure("the command failed: " + printable(error.what(), Limits::shownTextBytes));
   }
 }
 

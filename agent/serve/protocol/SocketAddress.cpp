@@ -22,7 +22,8 @@ sockaddr_un socketAddressOf(const std::string& path) {
 }
 
 SocketError socketErrorOf(const std::string& path, const std::string& what, int error) {
-  return SocketError(printable(path, 1000) + ": " + what + ": " + std::strerror(error));
+  return SocketError(printable(path, Limits::shownTextBytes) + ": " + what + ": " +
+                     std::strerror(error));
 }
 
 }  // namespace ZelAgent
