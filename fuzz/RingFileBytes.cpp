@@ -19,7 +19,7 @@ constexpr std::uint64_t endOfYear9999 = 253402300799;
 constexpr unsigned mostSites = 6;
 constexpr unsigned mostFragments = 6;
 constexpr unsigned mostSlots = 8;
-constexpr unsigned manySlots = 1024;
+constexpr unsigned manySlots = 480;
 
 template <class Number>
 void append(std::string& bytes, Number number) {
@@ -242,7 +242,7 @@ RingFileBytes ringFileOf(FuzzedBytes& input) {
   RingFileBytes file;
   file.process = numberOf(input);
   file.madeAt = std::uint64_t{numberOf(input)} * (1 + input.below(59)) % (endOfYear9999 + 1);
-  const bool isBig = input.below(16) == 15;
+  const bool isBig = input.below(64) == 63;
   const unsigned slots = isBig ? manySlots : 1 + input.below(mostSlots);
   std::vector<RingSite> sites(1 + input.below(mostSites));
   std::generate(sites.begin(), sites.end(), [&] { return siteOf(input); });
