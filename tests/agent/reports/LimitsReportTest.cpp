@@ -15,9 +15,10 @@ TEST(LimitsReport, HasEachLimitInItsPlace) {
   EXPECT_THAT(names, ::testing::ElementsAre(
                          "name", "input file", "number", "IPv4 prefix length", "IPv6 prefix length",
                          "packet payload", "chip resources", "chip rules", "fallback walk",
-                         "gateways", "request", "answer", "answer levels", "clients",
-                         "client timeout", "ctl timeout", "socket path", "console history",
-                         "shown text", "shown value", "trace ring", "trace message", "trace file"));
+                         "gateways", "request", "answer", "waiting answers", "short answer",
+                         "answer levels", "clients", "client timeout", "answer timeouts",
+                         "ctl timeout", "socket path", "console history", "shown text",
+                         "shown value", "trace ring", "trace message", "trace file"));
 }
 
 TEST(LimitsReport, PrintsADashForWhatALimitDoesNotHave) {
