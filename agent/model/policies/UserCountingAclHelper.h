@@ -7,8 +7,10 @@ namespace ZelAgent {
 
 /// Counts the users of VRF actions: the rules that the classification hardware holds.
 ///
-/// The count of an action goes up after the hardware has accepted a rule with it, and down after
-/// such a rule has been removed. Counts and rules agree whenever no call is under way.
+/// A rule is on the hardware only while its action is counted, so the action's resource exists
+/// before a packet can match the rule. The count goes up before the hardware gets the rule, and
+/// down again if the hardware refuses it or the call throws. When a rule leaves, the count goes
+/// down after the hardware has removed it. Counts and rules agree whenever no call is under way.
 class UserCountingAclHelper final : public PolicyMap::PolicyMapAclHelper {
  public:
   /// Passes every call on to `hardware`, and counts in `users`.

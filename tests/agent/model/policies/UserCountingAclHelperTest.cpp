@@ -4,9 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "agent/model/policies/VrfActions.h"
 #include "testing/Journal.h"
+#include "testing/RecordingAclHelper.h"
+#include "testing/RecordingVrfHelper.h"
 #include "testing/TableJournal.h"
 
 namespace ZelAgent {
@@ -16,52 +20,11 @@ using PolicyMap::AclResult;
 using PolicyMap::AclRule;
 using PolicyMap::ActionType;
 using ::testing::ElementsAre;
+using ZelVrfSelectionPolicy::VrfSm;
 using ZelVrfSelectionPolicy::Testing::Journal;
+using ZelVrfSelectionPolicy::Testing::RecordingAclHelper;
+using ZelVrfSelectionPolicy::Testing::RecordingVrfHelper;
 using ZelVrfSelectionPolicy::Testing::TableJournal;
-
-// Hardware that writes down what it is asked, and refuses what it is told to refuse.
-class RecordingAclHelper final : public PolicyMap::PolicyMapAclHelper {
- public:
-  explicit RecordingAclHelper(Journal& journal)
-      : PolicyMapAclHelper("recorder"), journal_(journal) {}
-
-  AclResult addRule(const Velo::String& intf, std::size_t place, const AclRule& rule) override {
-    journal_.write("add " + intf.str() + ' ' + std::to_string(place));
-    if (refuses) return {false, "no room"};
-    Rules& present = rules_[intf.str()];
-    present.insert(present.begin() + static_cast<std::ptrdiff_t>(place), rule);
-    return {};
-  }
-  void removeRule(const Velo::String& intf, std::size_t place) override {
-    journal_.write("remove " + intf.str() + ' ' + std::to_string(place));
-    Rules& present = rules_[intf.str()];
-    present.erase(present.begin() + static_cast<std::ptrdiff_t>(place));
-  }
-  void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) override {
-    journal_.write("move " + intf.str() + ' ' + std::to_string(from) + ' ' + std::to_string(to));
-    Rules& present = rules_[intf.str()];
-    const AclRule rule = present[from];
-    present.erase(present.begin() + static_cast<std::ptrdiff_t>(from));
-    present.insert(present.begin() + static_cast<std::ptrdiff_t>(to), rule);
-  }
-  const Rules& rules(const Velo::String& intf) const override {
-    static const Rules none;
-    const auto found = rules_.find(intf.str());
-    return found == rules_.end() ? none : found->second;
-  }
-  std::vector<Velo::String> intfs() const override {
-    std::vector<Velo::String> names;
-    for (const auto& [name, rules] : rules_)
-      if (!rules.empty()) names.emplace_back(name);
-    return names;
-  }
-
-  bool refuses = false;
-
- private:
-  Journal& journal_;
-  std::map<std::string, Rules> rules_;
-};
 
 AclRule into(const char* vrf) {
   return {{}, {ActionType::vrf, vrf, {}, {}}};
@@ -78,29 +41,43 @@ class UserCountingAclHelperTest : public ::testing::Test {
     return count == nullptr ? 0 : *count;
   }
 
+  // The library on both tables, which creates resources on `chip`.
+  [[nodiscard]] Mox::Ptr<VrfSm> vrfSmOf(const Mox::Ptr<RecordingVrfHelper>& chip) const {
+    return VrfSm::VrfSmIs(users_, statuses_, chip, fallbacks_, nullptr, nullptr);
+  }
+
   Journal journal_;
+  Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbacks_ =
+      VrfSelectionPolicy::VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs();
+  Mox::Ptr<ZelVrfSelectionPolicy::VrfHwStatus> statuses_ =
+      ZelVrfSelectionPolicy::vrfHwStatusFactory();
   Mox::Ptr<ZelVrfSelectionPolicy::VrfHwConfig> users_ = ZelVrfSelectionPolicy::vrfHwConfigFactory();
-  Mox::Ptr<RecordingAclHelper> hardware_ = Mox::makeActivePtr<RecordingAclHelper>(journal_);
+  Mox::Ptr<RecordingAclHelper> hardware_ = Mox::makePtr<RecordingAclHelper>(journal_);
   Mox::Ptr<UserCountingAclHelper> helper_ =
       Mox::makeActivePtr<UserCountingAclHelper>(Velo::String("counting"), hardware_, users_);
 };
 
-TEST_F(UserCountingAclHelperTest, AUserIsCountedAfterTheHardwareTookTheRule) {
+TEST_F(UserCountingAclHelperTest, AUserIsCountedBeforeTheHardwareGetsTheRule) {
   const TableJournal followed(journal_, users_, nullptr);
   add("e1", 0, into("red"));
-  ASSERT_EQ(journal_.lines().size(), 2U);
-  EXPECT_EQ(journal_.lines()[0], "add e1 0");
-  EXPECT_THAT(journal_.lines()[1], ::testing::HasSubstr(" = 1"));
+  EXPECT_THAT(journal_.lines(), ElementsAre("vrfRefCount red = 1", "addRule e1 0 any->red"));
 }
 
-TEST_F(UserCountingAclHelperTest, ARefusedRuleIsNoUser) {
-  const TableJournal followed(journal_, users_, nullptr);
-  hardware_->refuses = true;
-  EXPECT_EQ(helper_->addRule("e1", 0, into("red")), (AclResult{false, "no room"}));
-  EXPECT_THAT(journal_.lines(), ElementsAre("add e1 0"));
-  EXPECT_EQ(users_->vrfRefCount().count(), 0U);
-  hardware_->refuses = false;
+TEST_F(UserCountingAclHelperTest, TheUserOfARefusedRuleIsTakenBack) {
+  hardware_->capacity = 0;
+  EXPECT_EQ(helper_->addRule("e1", 0, into("red")), (AclResult{false, "no room for more than 0"}));
+  EXPECT_EQ(usersOf(into("red")), 0U);
+  hardware_->capacity = 1;
   add("e1", 0, into("red"));
+  EXPECT_EQ(usersOf(into("red")), 1U);
+}
+
+TEST_F(UserCountingAclHelperTest, TheUserOfARuleWhoseAdditionThrowsIsTakenBack) {
+  add("e1", 0, into("red"));
+  hardware_->onAdd = [](const Velo::String&, const AclRule&) -> AclResult {
+    throw std::runtime_error("hardware lost");
+  };
+  EXPECT_THROW(add("e1", 1, into("red")), std::runtime_error);
   EXPECT_EQ(usersOf(into("red")), 1U);
 }
 
@@ -109,9 +86,34 @@ TEST_F(UserCountingAclHelperTest, AUserIsGoneAfterTheHardwareRemovedTheRule) {
   (void)journal_.take();
   const TableJournal followed(journal_, users_, nullptr);
   helper_->removeRule("e1", 0);
-  ASSERT_EQ(journal_.lines().size(), 2U);
-  EXPECT_EQ(journal_.lines()[0], "remove e1 0");
-  EXPECT_THAT(journal_.lines()[1], ::testing::HasSubstr(" = 0"));
+  EXPECT_THAT(journal_.lines(), ElementsAre("removeRule e1 0 any->red", "vrfRefCount red = 0"));
+}
+
+TEST_F(UserCountingAclHelperTest, ARuleWhoseRemovalThrowsStaysAUser) {
+  add("e1", 0, into("red"));
+  hardware_->onRemove = [](const Velo::String&, const AclRule&) {
+    throw std::runtime_error("hardware lost");
+  };
+  EXPECT_THROW(helper_->removeRule("e1", 0), std::runtime_error);
+  EXPECT_EQ(usersOf(into("red")), 1U);
+}
+
+// A rule on the hardware before its resource would drop the packets that it matches.
+TEST_F(UserCountingAclHelperTest, ResourceBeforeRule) {
+  const auto vrfSm = vrfSmOf(Mox::makePtr<RecordingVrfHelper>(journal_));
+  add("e1", 0, into("red"));
+  helper_->removeRule("e1", 0);
+  EXPECT_THAT(journal_.lines(), ElementsAre("createVrf red", "addRule e1 0 any->red",
+                                            "removeRule e1 0 any->red", "deleteVrf red"));
+}
+
+TEST_F(UserCountingAclHelperTest, TheResourceOfARefusedRuleIsDeletedAgain) {
+  const auto vrfSm = vrfSmOf(Mox::makePtr<RecordingVrfHelper>(journal_));
+  hardware_->capacity = 0;
+  EXPECT_FALSE(helper_->addRule("e1", 0, into("red")).accepted);
+  EXPECT_THAT(journal_.lines(),
+              ElementsAre("createVrf red", "addRule e1 0 any->red", "deleteVrf red"));
+  EXPECT_EQ(statuses_->hwStatus().count(), 0U);
 }
 
 TEST_F(UserCountingAclHelperTest, EachPairOfInterfaceAndRuleIsAUser) {
@@ -145,7 +147,7 @@ TEST_F(UserCountingAclHelperTest, AMoveChangesNoCount) {
   (void)journal_.take();
   const TableJournal followed(journal_, users_, nullptr);
   helper_->moveRule("e1", 1, 0);
-  EXPECT_THAT(journal_.lines(), ElementsAre("move e1 1 0"));
+  EXPECT_THAT(journal_.lines(), ElementsAre("moveRule e1 1 0 any->blue"));
   EXPECT_EQ(helper_->rules("e1").at(0), into("blue"));
 }
 
