@@ -51,6 +51,8 @@ The name of the default VRF is default.
                                         change of the configuration in force. What is equal in both
                                         keeps the state that events gave it
   chip capacity N                       set the number of VRF resources of the chip
+  chip rules N                          set the number of rule entries of the chip, and ask again
+                                        for rules that it refused
   chip fail VRF|any COUNT               make the next COUNT creations and updates fail
   route VRF PREFIX decap                add a route that decapsulates; it hides a configured one
   route VRF PREFIX via INTERFACE        add a route through the interface; it hides a configured one
@@ -62,6 +64,26 @@ void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
   command.add_option(name, count, description)
       ->capture_default_str()
       ->check(CLI::Validator(problemWithCount, "N"));
+}
+
+void addChip(CLI::App& command, ChipOptions& chip) {
+  using PolicyMap::WhenFull;
+  addCount(command, "--chip-capacity", chip.capacity, "Number of VRF resources of the chip");
+  addCount(command, "--rule-capacity", chip.ruleCapacity, "Number of rule entries of the chip");
+  command
+      .add_option_function<std::string>(
+          "--when-full",
+          [&chip](const std::string& text) {
+            chip.whenFull = text == "open" ? WhenFull::open : WhenFull::closed;
+          },
+          "An interface that has no rules in force, since those of its policy do not fit: closed "
+          "drops its packets, open forwards them as without a policy")
+      ->default_str("closed")
+      ->type_name("closed|open")
+      ->check([](const std::string& text) {
+        return text == "closed" || text == "open" ? std::string()
+                                                  : "must be closed or open, not " + inQuotes(text);
+      });
 }
 
 // What each exit status of a command means.
@@ -111,16 +133,17 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
                   "An event file, played after the configurations")
       ->type_name("FILE");
   run->add_flag("--json", commandLine.run.json, "Print JSON, one document per line");
-  run->add_flag("--strict", commandLine.run.strict,
-                "Exit with status 1 if an action was not programmed on the chip");
+  run->add_flag(
+      "--strict", commandLine.run.strict,
+      "Exit with status 1 if a rule or an action was not programmed on the chip, and print "
+      "what is missing at the end");
   run->add_flag("--trace", commandLine.trace, "Print the library's trace to standard error");
-  addCount(*run, "--chip-capacity", commandLine.run.chipCapacity,
-           "Number of VRF resources of the chip");
+  addChip(*run, commandLine.run.chip);
   addTraceRing(*run, commandLine);
   run->footer(std::string(eventsHelp) + "\n\n" +
               exitStatuses({"every configuration and event was applied",
-                            "with --strict, an action was not programmed on the chip; or standard "
-                            "output or FILE of --trace-ring cannot be written",
+                            "with --strict, a rule or an action was not programmed on the chip; or "
+                            "standard output or FILE of --trace-ring cannot be written",
                             "the command line, a configuration or the event file is wrong"}));
 }
 
@@ -200,8 +223,7 @@ void describeServe(CLI::App& app, CommandLine& commandLine) {
   serve->add_option("--socket", commandLine.serve.socket, "The Unix socket to create")
       ->type_name("PATH")
       ->required();
-  addCount(*serve, "--chip-capacity", commandLine.serve.chipCapacity,
-           "Number of VRF resources of the chip");
+  addChip(*serve, commandLine.serve.chip);
   addCount(
       *serve, "--client-timeout", commandLine.clientTimeout,
       "Seconds after which a client that does not read its answer is disconnected; 0 for never");

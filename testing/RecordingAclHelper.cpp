@@ -72,6 +72,37 @@ void RecordingAclHelper::moveRule(const Velo::String& intf, std::size_t from, st
   list.insert(list.begin() + offset(to), std::move(moved));
 }
 
+RecordingAclHelper::AclResult RecordingAclHelper::replaceRule(const Velo::String& intf,
+                                                              std::size_t place,
+                                                              const AclRule& rule) {
+  const std::string call = "replaceRule " + intf.str() + " " + std::to_string(place);
+  const std::size_t count = held(intf).size();
+  require(!isInCall_, call, "comes from inside another call");
+  require(place < count, call, "is outside a list of " + std::to_string(count));
+  require(held(intf)[place].match == rule.match, call, "has another match");
+  journal_.write(call + " " + shown(rule));
+  const Call present(*this);
+  AclResult result = onReplace ? onReplace(intf, rule) : AclResult();
+  if (result.accepted) rules_[intf][place] = rule;
+  return result;
+}
+
+void RecordingAclHelper::intfClosedIs(const Velo::String& intf, bool closed) {
+  const std::string call = (closed ? "close " : "open ") + intf.str();
+  require(!isInCall_, call, "comes from inside another call");
+  journal_.write(call);
+  if (closed) {
+    closed_.insert(intf);
+  } else {
+    closed_.erase(intf);
+  }
+}
+
+bool RecordingAclHelper::intfClosed(const Velo::String& intf) const {
+  require(!isInCall_, "intfClosed " + intf.str(), "comes from inside another call");
+  return closed_.contains(intf);
+}
+
 const RecordingAclHelper::Rules& RecordingAclHelper::rules(const Velo::String& intf) const {
   require(!isInCall_, "rules " + intf.str(), "comes from inside another call");
   return held(intf);
@@ -79,11 +110,10 @@ const RecordingAclHelper::Rules& RecordingAclHelper::rules(const Velo::String& i
 
 std::vector<Velo::String> RecordingAclHelper::intfs() const {
   require(!isInCall_, "intfs", "comes from inside another call");
-  std::vector<Velo::String> names;
-  names.reserve(rules_.size());
+  std::set<Velo::String> names = closed_;
   for (const auto& [intf, list] : rules_)
-    names.push_back(intf);
-  return names;
+    names.insert(intf);
+  return {names.begin(), names.end()};
 }
 
 const RecordingAclHelper::Rules& RecordingAclHelper::held(const Velo::String& intf) const {

@@ -3,6 +3,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,13 +15,15 @@ namespace ZelVrfSelectionPolicy::Testing {
 /// Classification hardware in memory, for tests of code that programs rules.
 ///
 /// Each call that changes a list is written to the journal, as "addRule INTF PLACE RULE",
-/// "removeRule INTF PLACE RULE" or "moveRule INTF FROM TO RULE", with rules in the form of `shown`.
+/// "removeRule INTF PLACE RULE", "moveRule INTF FROM TO RULE", "replaceRule INTF PLACE RULE" or
+/// "close INTF" and "open INTF", with rules in the form of `shown`.
 /// Use it to check the calls that change one policy into another, and the lists after each call. To
 /// classify packets use the software chip.
 ///
-/// It checks the guarantees of `PolicyMapAclHelper` for implementers: valid places, and no call
-/// during another one. A violation throws `std::logic_error`, and the journal gets the same line,
-/// so that the test fails also if the exception is caught. The lists are then unchanged.
+/// It checks the guarantees of `PolicyMapAclHelper` for implementers: valid places, replacements
+/// with the same match, and no call during another one. A violation throws `std::logic_error`, and
+/// the journal gets the same line, so that the test fails also if the exception is caught. The
+/// lists are then unchanged.
 ///
 ///     const auto hardware = Mox::makePtr<RecordingAclHelper>(journal);
 ///     hardware->capacity = 2;  // the third rule is refused
@@ -42,6 +45,9 @@ class RecordingAclHelper final : public PolicyMap::PolicyMapAclHelper {
   AclResult addRule(const Velo::String& intf, std::size_t place, const AclRule& rule) override;
   void removeRule(const Velo::String& intf, std::size_t place) override;
   void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) override;
+  AclResult replaceRule(const Velo::String& intf, std::size_t place, const AclRule& rule) override;
+  void intfClosedIs(const Velo::String& intf, bool closed) override;
+  [[nodiscard]] bool intfClosed(const Velo::String& intf) const override;
   [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
   [[nodiscard]] std::vector<Velo::String> intfs() const override;
 
@@ -51,8 +57,10 @@ class RecordingAclHelper final : public PolicyMap::PolicyMapAclHelper {
   /// The maximum number of rules on all interfaces together. Further rules are refused.
   std::size_t capacity = std::numeric_limits<std::size_t>::max();
   /// Called during a call, after it was written to the journal and before the list changes. `onAdd`
-  /// returns whether the rule is accepted. If one throws, the list is unchanged. May be empty.
+  /// and `onReplace` return whether the rule is accepted. If one throws, the list is unchanged. May
+  /// be empty.
   Outcome onAdd;
+  Outcome onReplace;
   Work onRemove;
   Work onMove;
 
@@ -63,7 +71,8 @@ class RecordingAclHelper final : public PolicyMap::PolicyMapAclHelper {
 
   Journal& journal_;
   std::map<Velo::String, Rules> rules_;  // without empty lists
-  std::size_t held_ = 0;                 // rules on all interfaces
+  std::set<Velo::String> closed_;
+  std::size_t held_ = 0;  // rules on all interfaces
   bool isInCall_ = false;
 };
 

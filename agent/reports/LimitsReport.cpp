@@ -32,8 +32,9 @@ void addInputs(LimitTable& table) {
 void addChip(LimitTable& table, const ChangeableLimits& inForce) {
   table.push_back({"chip resources", inForce.chipResources, "resources", "--chip-capacity",
                    "VRF resources of the chip; an action beyond them is not programmed"});
-  table.push_back({"chip rules", Limits::chipRules, "rules", "",
-                   "rules of all interfaces together; a rule beyond them is not programmed"});
+  table.push_back({"chip rules", inForce.chipRules, "rules", "--rule-capacity",
+                   "rules of all interfaces together; rules of an interface that need more are not "
+                   "programmed"});
   table.push_back({"fallback walk", SoftChip::longestWalk, "VRFs", "",
                    "VRFs that one lookup tries; the fallback VRF of the last is not used"});
   table.push_back({"gateways", Limits::gateways, "gateways", "",

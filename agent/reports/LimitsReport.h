@@ -13,6 +13,7 @@ namespace ZelAgent {
 /// The limits that an option or an event changes, with the values that are in force.
 struct ChangeableLimits {
   std::uint32_t chipResources = Limits::chipResources;
+  std::uint32_t chipRules = Limits::chipRules;
   std::chrono::milliseconds clientTimeout = Limits::clientTimeout;
 };
 

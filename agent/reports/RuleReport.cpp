@@ -12,19 +12,19 @@
 namespace ZelAgent {
 namespace {
 
-// "edge", or "red: edge" for a policy of a network instance other than the default one.
-std::string policyText(const ActionUser& user) {
-  std::string policy = printable(user.policyId, Limits::shownTextBytes);
-  if (user.networkInstance == defaultVrfName) return policy;
-  return printable(user.networkInstance, Limits::shownTextBytes) + ": " + policy;
-}
-
 std::string stateText(const RuleState& rule) {
+  if (rule.isPrevious) return "programmed, of the previous policy";
   return rule.place ? "programmed"
                     : "not programmed: " + printable(rule.reason, Limits::shownTextBytes);
 }
 
 }  // namespace
+
+std::string policyText(const ActionUser& user) {
+  std::string policy = printable(user.policyId, Limits::shownTextBytes);
+  if (user.networkInstance == defaultVrfName) return policy;
+  return printable(user.networkInstance, Limits::shownTextBytes) + ": " + policy;
+}
 
 std::string toText(const PolicyMap::RuleAction& action) {
   if (const auto vrfAction = vrfActionOf(action)) return toText(*vrfAction);
@@ -47,6 +47,7 @@ OrderedJson ruleJson(const RuleState& rule) {
   json["match"] = toText(rule.rule.match);
   json["action"] = actionJson(rule.rule.action);
   json["programmed"] = rule.place.has_value();
+  if (rule.isPrevious) json["previous"] = true;
   return json;
 }
 

@@ -61,6 +61,13 @@ OrderedJson chipJson(const ChipState& chip) {
           {"deletes", chip.hookCounts.deletes}, {"failures", chip.hookCounts.failures}};
 }
 
+OrderedJson ruleTableJson(const RuleTableState& table) {
+  return {{"capacity", table.capacity},
+          {"used", table.used},
+          {"mostUsed", table.mostUsed},
+          {"refused", table.refused}};
+}
+
 std::string resourceText(const ActionState& state) {
   if (!state.resource) return "-";
   const std::string index = std::to_string(state.resource->index);
@@ -83,6 +90,11 @@ void writeChip(std::ostream& out, const ChipState& chip) {
   out << "  chip: " << chip.used << " of " << chip.capacity << " VRF resources in use; "
       << chip.hookCounts.creates << " creates, " << chip.hookCounts.updates << " updates, "
       << chip.hookCounts.deletes << " deletes, " << chip.hookCounts.failures << " failed\n";
+}
+
+void writeRuleTable(std::ostream& out, const RuleTableState& table) {
+  out << "  rules: " << table.used << " of " << table.capacity << " rule entries in use, at most "
+      << table.mostUsed << "; " << table.refused << " refused\n";
 }
 
 std::string programText(const SoftChip::VrfProgram& program) {
@@ -119,6 +131,7 @@ void putState(OrderedJson& report, const AgentState& state) {
     actions.push_back(actionJson(action));
   report["actions"] = std::move(actions);
   report["chip"] = chipJson(state.chip);
+  report["ruleTable"] = ruleTableJson(state.ruleTable);
 }
 
 std::string oneLine(const OrderedJson& document) {
@@ -136,6 +149,7 @@ void writeTextReport(std::ostream& out, const std::string& title, const AgentSta
     writeTable(out, rows);
   }
   writeChip(out, state.chip);
+  writeRuleTable(out, state.ruleTable);
 }
 
 void writeResourceReport(std::ostream& out, const AgentState& state) {

@@ -16,8 +16,8 @@ using OrderedJson = nlohmann::ordered_json;
 /// "actionVrf red", "actionDecapVrf decap fallback transit post-decap default".
 [[nodiscard]] std::string toText(const VrfAction& action);
 
-/// Prints the title, a table with one row for each action, and a line for the chip. Names are
-/// printable; absent ones are "-".
+/// Prints the title, a table with one row for each action, and lines for the chip and its rule
+/// entries. Names are printable; absent ones are "-".
 void writeTextReport(std::ostream& out, const std::string& title, const AgentState& state);
 
 /// Prints the program of each resource, in the order of the actions, on two lines. A stale resource
@@ -38,10 +38,11 @@ void writeResourceReport(std::ostream& out, const AgentState& state);
 ///                  {vrfName, vrfId, exactMatchLens, exactMatchLensV6}; current is false if an
 ///                  update would write another program
 ///   chip            {capacity, used, creates, updates, deletes, failures}
+///   ruleTable       {capacity, used, mostUsed, refused}
 void writeJsonReport(std::ostream& out, const std::optional<std::string>& configuration,
                      const AgentState& state);
 
-/// Adds the members `actions` and `chip` to the report.
+/// Adds the members `actions`, `chip` and `ruleTable` to the report.
 void putState(OrderedJson& report, const AgentState& state);
 
 /// The members that name an action.

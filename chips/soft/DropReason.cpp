@@ -15,6 +15,7 @@ constexpr std::array<Texts, dropReasons> texts{{
     {"malformed", "the IP header is malformed"},
     {"badChecksum", "the checksum of the IPv4 header is wrong"},
     {"discardedByRule", "the rule discards it"},
+    {"intfClosed", "the rules of the policy do not fit the chip, so the interface is closed"},
     {"noVrfResource", "the action of the rule has no resource on the chip"},
     {"noVrfId", "no VRF that it was to be looked up in has a hardware id"},
     {"noRoute", "no VRF that it was looked up in has a route"},

@@ -13,6 +13,7 @@ enum class DropReason : std::uint8_t {
   malformed,         // the packet that arrived has no valid header
   badChecksum,       // the IPv4 header that arrived has a wrong checksum
   discardedByRule,   // the action of the rule is `discard`
+  intfClosed,        // no rule matched, and the interface is closed
   noVrfResource,     // the rule's action has no resource on the chip
   noVrfId,           // no VRF of the lookup has a hardware id
   noRoute,           // no VRF of the lookup has a route

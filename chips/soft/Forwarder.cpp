@@ -62,7 +62,7 @@ class Forwarder::Passage final {
     arrivedBytes_ = header_.totalLength;
     if (way_ != nullptr) way_->parsed(header_);
     const RuleAction* const action = actionOfFirstMatch();
-    if (action == nullptr) return takeOwnVrf(OwnVrfReason::noRuleMatched);
+    if (action == nullptr) return takeNoRule();
     return take(*action);
   }
 
@@ -88,6 +88,11 @@ class Forwarder::Passage final {
       if (!difference) return place;
     }
     return std::nullopt;
+  }
+
+  Verdict takeNoRule() {
+    if (forwarder_.rules_.intfClosed(Velo::String(intf_))) return drop(DropReason::intfClosed);
+    return takeOwnVrf(OwnVrfReason::noRuleMatched);
   }
 
   Verdict take(const RuleAction& action) {

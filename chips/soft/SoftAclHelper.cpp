@@ -11,9 +11,9 @@ namespace {
 using PolicyMap::AclResult;
 using PolicyMap::AclRule;
 
-AclResult exhausted(std::size_t used, std::uint32_t capacity) {
-  return {false, "all rule entries of the chip are in use (" + std::to_string(used) + " of " +
-                     std::to_string(capacity) + "); remove rules or interfaces of a policy"};
+AclResult exhausted(std::uint32_t capacity) {
+  return {false, "the rules do not fit into the " + std::to_string(capacity) +
+                     " rule entries of the chip; remove rules or interfaces of a policy"};
 }
 
 template <class Element>
@@ -38,12 +38,12 @@ SoftAclHelper::SoftAclHelper(const Velo::String& name, std::uint32_t capacity)
 SoftAclHelper::~SoftAclHelper() = default;
 
 AclResult SoftAclHelper::addRule(const Velo::String& intf, std::size_t place, const AclRule& rule) {
-  if (rulesInUse_ >= capacity_) return exhausted(rulesInUse_, capacity_);
+  if (rulesInUse_ >= capacity_) return exhausted(capacity_);
   IntfRules& present = intfs_[intf];
   present.rules.insert(at(present.rules, place), rule);
   present.counters.insert(at(present.counters, place), RuleCounter());
   present.classifier.reset();
-  ++rulesInUse_;
+  mostRulesInUse_ = std::max(mostRulesInUse_, ++rulesInUse_);
   return {};
 }
 
@@ -54,7 +54,7 @@ void SoftAclHelper::removeRule(const Velo::String& intf, std::size_t place) {
   present.counters.erase(at(present.counters, place));
   present.classifier.reset();
   --rulesInUse_;
-  if (present.rules.empty()) intfs_.erase(found);
+  if (present.rules.empty() && !present.isClosed) intfs_.erase(found);
 }
 
 void SoftAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::size_t to) {
@@ -62,6 +62,24 @@ void SoftAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::si
   moveElement(present.rules, from, to);
   moveElement(present.counters, from, to);
   present.classifier.reset();
+}
+
+AclResult SoftAclHelper::replaceRule(const Velo::String& intf, std::size_t place,
+                                     const AclRule& rule) {
+  IntfRules& present = intfs_.find(intf)->second;
+  present.rules[place] = rule;
+  present.counters[place] = RuleCounter();
+  return {};
+}
+
+void SoftAclHelper::intfClosedIs(const Velo::String& intf, bool closed) {
+  IntfRules& present = intfs_[intf];
+  present.isClosed = closed;
+  if (present.rules.empty() && !closed) intfs_.erase(intf);
+}
+
+bool SoftAclHelper::intfClosed(const Velo::String& intf) const {
+  return rulesOf(intf).isClosed;
 }
 
 const SoftAclHelper::Rules& SoftAclHelper::rules(const Velo::String& intf) const {

@@ -33,6 +33,11 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   void removeRule(const Velo::String& intf, std::size_t place) override;
   void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) override;
 
+  [[nodiscard]] PolicyMap::AclResult replaceRule(const Velo::String& intf, std::size_t place,
+                                                 const PolicyMap::AclRule& rule) override;
+  void intfClosedIs(const Velo::String& intf, bool closed) override;
+  [[nodiscard]] bool intfClosed(const Velo::String& intf) const override;
+
   [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
   [[nodiscard]] std::vector<Velo::String> intfs() const override;
 
@@ -40,6 +45,8 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   /// A capacity below the number of rules removes none. It only admits no more.
   void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
   [[nodiscard]] std::size_t rulesInUse() const noexcept { return rulesInUse_; }
+  /// The highest number of rules that were in use at one time.
+  [[nodiscard]] std::size_t mostRulesInUse() const noexcept { return mostRulesInUse_; }
 
   /// By place, like `rules`.
   [[nodiscard]] const std::vector<RuleCounter>& counters(const Velo::String& intf) const;
@@ -59,7 +66,8 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   };
   struct IntfRules {
     Rules rules;
-    std::vector<RuleCounter> counters;                   // by place
+    std::vector<RuleCounter> counters;  // by place
+    bool isClosed = false;
     mutable std::unique_ptr<RuleClassifier> classifier;  // null after a change
   };
 
@@ -67,7 +75,8 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
 
   std::uint32_t capacity_;
   std::size_t rulesInUse_ = 0;
-  std::unordered_map<Velo::String, IntfRules, NameHash> intfs_;  // none without rules
+  std::size_t mostRulesInUse_ = 0;
+  std::unordered_map<Velo::String, IntfRules, NameHash> intfs_;  // none that is open without rules
 };
 
 }  // namespace SoftChip

@@ -115,6 +115,13 @@ void moveOthers(std::span<const AclRule> after, const Middle& middle, Occurrence
   }
 }
 
+std::vector<AclRule> withoutActions(std::span<const AclRule> rules) {
+  std::vector<AclRule> matches(rules.begin(), rules.end());
+  for (AclRule& rule : matches)
+    rule.action = {};
+  return matches;
+}
+
 }  // namespace
 
 RuleListChange changeOfRules(std::span<const AclRule> before, std::span<const AclRule> after) {
@@ -130,6 +137,16 @@ RuleListChange changeOfRules(std::span<const AclRule> before, std::span<const Ac
     old.value(old.insert(before[at]).first).places.push_back(at);
   keepLongestCommon(after, middle, old, change);
   moveOthers(after, middle, old, change);
+  return change;
+}
+
+RuleListChange changeOfRulesInPlace(std::span<const AclRule> before,
+                                    std::span<const AclRule> after) {
+  RuleListChange change = changeOfRules(withoutActions(before), withoutActions(after));
+  for (std::size_t at = 0; at < after.size(); ++at) {
+    std::size_t& from = change.from[at];
+    if (from != none && !change.stays[from] && before[from] != after[at]) from = none;
+  }
   return change;
 }
 

@@ -32,4 +32,9 @@ struct RuleListChange {
 [[nodiscard]] ZEL_EXPORT RuleListChange changeOfRules(std::span<const PolicyMap::AclRule> before,
                                                       std::span<const PolicyMap::AclRule> after);
 
+/// Computes a change that adds as few rules with a new match as it can. A rule that stays may have
+/// another action in the list `after`; its action is to be replaced in place.
+[[nodiscard]] ZEL_EXPORT RuleListChange changeOfRulesInPlace(
+    std::span<const PolicyMap::AclRule> before, std::span<const PolicyMap::AclRule> after);
+
 }  // namespace TrafficPolicy

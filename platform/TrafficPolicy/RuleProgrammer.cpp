@@ -1,118 +1,283 @@
 #include "TrafficPolicy/RuleProgrammer.h"
 
-#include <algorithm>
-#include <numeric>
+#include <utility>
 
-#include "TrafficPolicy/RuleListChange.h"
+#include "TrafficPolicy/MergedRules.h"
 
 namespace TrafficPolicy {
 namespace {
 
 using PolicyMap::AclResult;
+using PolicyMap::AclRule;
 using PolicyMap::PolicyMapAclHelper;
-constexpr std::size_t none = RuleListChange::none;
+using PolicyMap::WhenFull;
 
-// Programs the change of one list, and records the places of the old rules during it.
+// The change of one list. Why each of its calls keeps the promise: let the rules held be the old
+// list and some new rules, or the new list and some old rules, all in the order of `MergedRules`.
+//
+// - While rules are added, the new ones held are the first ones of the new list. The first rule
+// that
+//   matches a packet is then the first match of the old list or of the new one.
+// - While rules are removed, the old ones held are the first ones of the old list. The same holds.
+// - A rule behind an equal one never matches first. So a rule that moves up may leave its old place
+//   when it gets its new one, and one that moves down may get its new place when its old one goes.
+// - A rule behind one with the same match never matches first. So a rule may be replaced by one
+// with
+//   the same match when that would be added in front of it.
 class Change {
  public:
-  Change(PolicyMapAclHelper& helper, RuleList& wanted) : helper_(helper), wanted_(wanted) {
-    const PolicyMapAclHelper::Rules& present = helper.rules(wanted.intf);
-    change_ = changeOfRules(present, wanted.rules);
-    list_.resize(present.size());
-    std::iota(list_.begin(), list_.end(), std::size_t{0});
-    unplaced_ = change_.stays;
-    unplaced_.flip();
-    wanted_.results.assign(wanted.rules.size(), {});
-  }
+  // With `inPlace`, rules that stay get the wanted action.
+  Change(PolicyMapAclHelper& helper, const RuleList& wanted, const RuleListChange& change,
+         bool inPlace = false)
+      : helper_(helper), wanted_(wanted), merged_(change), inPlace_(inPlace) {}
 
-  // Returns whether a rule was added or moved.
-  bool addAndMove() {
-    std::size_t place = 0;
-    for (std::size_t at = 0; at < wanted_.rules.size(); ++at) {
-      while (place < list_.size() && isUnplaced(list_[place]))
-        ++place;
-      place = programRule(at, place);
+  // Adds the new rules. Returns the refusal of one, after the list is as before.
+  AclResult add() {
+    std::size_t at = 0;
+    try {
+      for (; at < merged_.size(); ++at) {
+        AclResult result = addEntry(at);
+        if (result.accepted) continue;
+        undo(at);
+        return result;
+      }
+    } catch (...) {
+      undoAfterFailure(at);
+      throw;
     }
-    return isDifferent_;
+    return {};
   }
 
-  // Returns whether a rule was removed.
+  // Removes the old rules. Returns whether there was one.
   bool removeOldRules() {
     bool removed = false;
-    for (std::size_t place = list_.size(); place-- > 0;) {
-      if (!isUnplaced(list_[place])) continue;
-      helper_.removeRule(wanted_.intf, place);
-      removed = true;
+    for (std::size_t at = merged_.size(); at-- > 0;) {
+      if (!merged_[at].isOld() || !merged_.isHeld(at)) continue;
+      isDifferent_ = true;
+      if (merged_[at].moves()) {
+        move(at, merged_[at].other);
+      } else {
+        remove(at);
+        removed = true;
+      }
     }
     return removed;
   }
 
+  // Whether any call was needed.
+  [[nodiscard]] bool isDifferent() const noexcept { return isDifferent_; }
+
  private:
-  // Programs the wanted rule `at` at `place`. Returns the next place.
-  std::size_t programRule(std::size_t at, std::size_t place) {
-    const std::size_t from = change_.from[at];
-    if (from != none && change_.stays[from]) return place + 1;
+  struct Replaced {
+    std::size_t at;
+    AclRule rule;
+  };
+
+  AclResult addEntry(std::size_t at) {
+    const MergedRules::Entry& entry = merged_[at];
+    if (entry.isOld()) return {};
+    if (entry.stays()) return inPlace_ ? replace(at) : AclResult();
+    if (!entry.moves()) return addRule(at);
+    if (entry.other > at) {
+      isDifferent_ = true;
+      move(entry.other, at);
+    }
+    return {};
+  }
+
+  AclResult addRule(std::size_t at) {
     isDifferent_ = true;
-    return from == none ? add(at, place) : move(from, place);
+    AclResult result =
+        helper_.addRule(wanted_.intf, merged_.place(at), wanted_.rules[merged_[at].after]);
+    if (result.accepted) merged_.heldIs(at, true);
+    return result;
   }
 
-  std::size_t add(std::size_t at, std::size_t place) {
-    AclResult& result = wanted_.results[at];
-    result = helper_.addRule(wanted_.intf, place, wanted_.rules[at]);
-    if (!result.accepted) return place;
-    list_.insert(list_.begin() + static_cast<std::ptrdiff_t>(place), none);
-    return place + 1;
+  AclResult replace(std::size_t at) {
+    const std::size_t place = merged_.place(at);
+    const AclRule& next = wanted_.rules[merged_[at].after];
+    const AclRule& present = helper_.rules(wanted_.intf)[place];
+    if (present == next) return {};
+    isDifferent_ = true;
+    Replaced replaced{at, present};
+    AclResult result = helper_.replaceRule(wanted_.intf, place, next);
+    if (result.accepted) replaced_.push_back(std::move(replaced));
+    return result;
   }
 
-  std::size_t move(std::size_t old, std::size_t place) {
-    const auto present = std::find(list_.begin(), list_.end(), old);
-    const auto from = static_cast<std::size_t>(present - list_.begin());
-    const std::size_t to = from < place ? place - 1 : place;
-    unplaced_[old] = false;
-    if (from != to) helper_.moveRule(wanted_.intf, from, to);
-    list_.erase(present);
-    list_.insert(list_.begin() + static_cast<std::ptrdiff_t>(to), old);
-    return to + 1;
+  void remove(std::size_t at) {
+    helper_.removeRule(wanted_.intf, merged_.place(at));
+    merged_.heldIs(at, false);
   }
 
-  // Whether the rule is an old one that has no new place yet.
-  [[nodiscard]] bool isUnplaced(std::size_t old) const { return old != none && unplaced_[old]; }
+  void move(std::size_t from, std::size_t to) {
+    const std::size_t present = merged_.place(from);
+    const std::size_t next = merged_.place(to) - (from < to ? 1 : 0);
+    if (present != next) helper_.moveRule(wanted_.intf, present, next);
+    merged_.heldIs(from, false);
+    merged_.heldIs(to, true);
+  }
+
+  // Undoes the calls for the entries in front of `last`, in the opposite order.
+  void undo(std::size_t last) {
+    for (std::size_t at = last; at-- > 0;) {
+      const MergedRules::Entry& entry = merged_[at];
+      if (entry.stays()) {
+        restore(at);
+      } else if (!entry.isOld() && merged_.isHeld(at)) {
+        entry.moves() ? move(at, entry.other) : remove(at);
+      }
+    }
+  }
+
+  void restore(std::size_t at) {
+    if (replaced_.empty() || replaced_.back().at != at) return;
+    // The hardware accepts the action that it had before.
+    static_cast<void>(helper_.replaceRule(wanted_.intf, merged_.place(at), replaced_.back().rule));
+    replaced_.pop_back();
+  }
+
+  void undoAfterFailure(std::size_t last) noexcept {
+    try {
+      undo(last);
+    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
+    }
+  }
 
   PolicyMapAclHelper& helper_;
-  RuleList& wanted_;
-  RuleListChange change_;
-  std::vector<std::size_t> list_;  // old places of the rules that the hardware holds now
-  std::vector<bool> unplaced_;     // by old place
+  const RuleList& wanted_;
+  MergedRules merged_;
+  const bool inPlace_;
+  std::vector<Replaced> replaced_;  // in the order of the entries
   bool isDifferent_ = false;
 };
 
-bool isRefused(const AclResult& result) {
-  return !result.accepted;
-}
+// An interface whose rules do not fit, the refusal, and the removals so far when it was tried last.
+struct Refused {
+  RuleList* list;
+  AclResult reason;
+  std::size_t removals;
+};
 
-bool hasRefusal(const RuleList& list) {
-  return std::any_of(list.results.begin(), list.results.end(), isRefused);
-}
+class Programming {
+ public:
+  Programming(PolicyMapAclHelper& helper, std::vector<RuleList>& lists)
+      : helper_(helper), lists_(lists) {}
+
+  RuleChanges run() {
+    changeAll();
+    bool progress = true;
+    for (bool inPlace = true; progress && !refused_.empty(); inPlace = false)
+      progress = tryRefused(inPlace);
+    for (const Refused& refused : refused_)
+      leave(refused);
+    return {isDifferent_, removals_ > 0};
+  }
+
+ private:
+  void changeAll() {
+    std::vector<Change> accepted;
+    std::vector<RuleList*> acceptedLists;
+    accepted.reserve(lists_.size());
+    for (RuleList& list : lists_) {
+      list.results.assign(list.rules.size(), {});
+      Change change(helper_, list, changeOfRules(helper_.rules(list.intf), list.rules));
+      AclResult result = change.add();
+      isDifferent_ |= change.isDifferent();
+      if (result.accepted) {
+        accepted.push_back(std::move(change));
+        acceptedLists.push_back(&list);
+      } else {
+        refused_.push_back({&list, std::move(result), removals_});
+      }
+    }
+    for (std::size_t at = 0; at < accepted.size(); ++at)
+      complete(accepted[at], *acceptedLists[at]);
+  }
+
+  // What `add` began. Then the rules are those of the list.
+  void complete(Change& change, const RuleList& list) {
+    if (helper_.intfClosed(list.intf)) {
+      isDifferent_ = true;
+      helper_.intfClosedIs(list.intf, false);
+    }
+    if (change.removeOldRules()) ++removals_;
+    isDifferent_ |= change.isDifferent();
+  }
+
+  // Returns whether there may be room now that was not there before.
+  bool tryRefused(bool isFirst) {
+    const std::size_t before = removals_;
+    std::vector<Refused> rest;
+    for (Refused& refused : refused_) {
+      if (!isFirst && refused.removals == removals_) {
+        rest.push_back(std::move(refused));
+      } else if (!tryAgain(refused)) {
+        rest.push_back(std::move(refused));
+      }
+    }
+    refused_ = std::move(rest);
+    return removals_ > before;
+  }
+
+  // Tries by additions if there may be more room than before, then with actions replaced in place.
+  bool tryAgain(Refused& refused) {
+    RuleList& list = *refused.list;
+    if (refused.removals != removals_) {
+      refused.removals = removals_;
+      if (succeeds(refused, changeOfRules(helper_.rules(list.intf), list.rules), false))
+        return true;
+    }
+    const RuleListChange inPlace = changeOfRulesInPlace(helper_.rules(list.intf), list.rules);
+    return hasReplacement(inPlace, list) && succeeds(refused, inPlace, true);
+  }
+
+  bool succeeds(Refused& refused, const RuleListChange& steps, bool inPlace) {
+    Change change(helper_, *refused.list, steps, inPlace);
+    AclResult result = change.add();
+    if (!result.accepted) {
+      refused.reason = std::move(result);
+      return false;
+    }
+    complete(change, *refused.list);
+    return true;
+  }
+
+  [[nodiscard]] bool hasReplacement(const RuleListChange& change, const RuleList& list) const {
+    const PolicyMapAclHelper::Rules& present = helper_.rules(list.intf);
+    for (std::size_t at = 0; at < list.rules.size(); ++at) {
+      const std::size_t from = change.from[at];
+      if (from != RuleListChange::none && change.stays[from] && present[from] != list.rules[at])
+        return true;
+    }
+    return false;
+  }
+
+  // The rules do not fit. What is held stays.
+  void leave(const Refused& refused) {
+    RuleList& list = *refused.list;
+    std::string outcome = "the previous rules stay in force";
+    if (helper_.rules(list.intf).empty()) {
+      const bool closed = helper_.whenFull() == WhenFull::closed;
+      if (helper_.intfClosed(list.intf) != closed) helper_.intfClosedIs(list.intf, closed);
+      outcome = closed ? "all packets of the interface are dropped"
+                       : "the interface has no rules in force";
+    }
+    const AclResult result{false, refused.reason.reason.str() + "; " + outcome};
+    list.results.assign(list.rules.size(), result);
+  }
+
+  PolicyMapAclHelper& helper_;
+  std::vector<RuleList>& lists_;
+  std::vector<Refused> refused_;
+  std::size_t removals_ = 0;  // interfaces on which rules were removed
+  bool isDifferent_ = false;
+};
 
 }  // namespace
 
-bool programRules(PolicyMapAclHelper& helper, std::vector<RuleList>& lists) {
-  std::vector<Change> changes;
-  changes.reserve(lists.size());
-  for (RuleList& list : lists)
-    changes.emplace_back(helper, list);
-  bool different = false;
-  for (Change& change : changes)
-    different |= change.addAndMove();
-  bool removed = false;
-  for (Change& change : changes)
-    removed |= change.removeOldRules();
-  if (removed) {
-    for (RuleList& list : lists) {
-      if (hasRefusal(list)) Change(helper, list).addAndMove();
-    }
-  }
-  return different || removed;
+RuleChanges programRules(PolicyMapAclHelper& helper, std::vector<RuleList>& lists) {
+  return Programming(helper, lists).run();
 }
 
 }  // namespace TrafficPolicy

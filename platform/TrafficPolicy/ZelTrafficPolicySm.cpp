@@ -169,6 +169,20 @@ void ZelTrafficPolicySm::pausedIs(bool paused) {
   synchronize();
 }
 
+void ZelTrafficPolicySm::retry() {
+  const Mox::Ptr<ZelTrafficPolicySm> alive(this);
+  for (const auto& [intf, refusal] : refusedIntfs_)
+    changedIntfs_.insert(intf);
+  synchronize();
+}
+
+std::vector<Velo::String> ZelTrafficPolicySm::refusedIntfs() const {
+  std::vector<Velo::String> intfs;
+  for (const auto& [intf, refusal] : refusedIntfs_)
+    intfs.push_back(intf);
+  return intfs;
+}
+
 void ZelTrafficPolicySm::subscriptionsAre(bool subscribed) {
   subscriptionIs(inputs_.intfConfig, intfConfigSubscriber_, &intfConfigDispatch, subscribed);
   subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_, &policyConfigDispatch, subscribed);
@@ -284,7 +298,7 @@ void ZelTrafficPolicySm::synchronizeNext() {
 void ZelTrafficPolicySm::synchronizeIntfs(const std::set<Velo::String>& intfs) {
   std::vector<WantedRules> wanted;
   wanted.reserve(intfs.size());
-  for (const Velo::String& intf : intfs)
+  for (const Velo::String& intf : oldestRefusalFirst(intfs))
     wanted.push_back(wantedRules(intf));
   program(wanted);
   for (const WantedRules& rules : wanted)
@@ -327,13 +341,57 @@ void ZelTrafficPolicySm::program(std::vector<WantedRules>& wanted) {
   }
   if (inputs_.aclHelper && !inputs_.compileOnly) {
     const bool wasReady = std::exchange(ready_, false);  // and stays false if a call throws
-    if (!programRules(*inputs_.aclHelper, lists)) ready_ = wasReady;
+    const RuleChanges changes = programOrMarkRefused(lists);
+    if (!changes.isDifferent) ready_ = wasReady;
+    for (std::size_t list = 0; list < lists.size(); ++list)
+      noteResult(wanted[list], lists[list].isRefused());
+    if (changes.madeRoom) retryOthers(wanted);
   }
   for (std::size_t list = 0; list < lists.size(); ++list) {
     const std::vector<AclResult>& results = lists[list].results;
     for (std::size_t at = 0; at < results.size(); ++at)
       wanted[list].statuses[wanted[list].places[at]] = {results[at].accepted, results[at].reason};
   }
+}
+
+RuleChanges ZelTrafficPolicySm::programOrMarkRefused(std::vector<RuleList>& lists) {
+  try {
+    return programRules(*inputs_.aclHelper, lists);
+  } catch (...) {
+    retryOthers({});  // rules may have been removed before
+    throw;
+  }
+}
+
+void ZelTrafficPolicySm::noteResult(const WantedRules& wanted, bool isRefused) {
+  if (isRefused) {
+    if (refusedIntfs_.emplace(wanted.intf, refusals_).second) ++refusals_;
+  } else {
+    refusedIntfs_.erase(wanted.intf);
+  }
+}
+
+// There may be room for the refused rules of interfaces that were not programmed now.
+void ZelTrafficPolicySm::retryOthers(const std::vector<WantedRules>& programmed) {
+  std::set<Velo::String> others;
+  for (const auto& [intf, refusal] : refusedIntfs_)
+    others.insert(intf);
+  for (const WantedRules& rules : programmed)
+    others.erase(rules.intf);
+  changedIntfs_.merge(others);
+}
+
+std::vector<Velo::String> ZelTrafficPolicySm::oldestRefusalFirst(
+    const std::set<Velo::String>& intfs) const {
+  std::vector<Velo::String> ordered(intfs.begin(), intfs.end());
+  const auto refusalOf = [this](const Velo::String& intf) {
+    const auto refused = refusedIntfs_.find(intf);
+    return refused == refusedIntfs_.end() ? refusals_ : refused->second;
+  };
+  std::stable_sort(ordered.begin(), ordered.end(), [&](const auto& one, const auto& other) {
+    return refusalOf(one) < refusalOf(other);
+  });
+  return ordered;
 }
 
 void ZelTrafficPolicySm::writeIntfStatus(const WantedRules& wanted) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <set>
 #include <vector>
@@ -13,17 +14,33 @@
 
 namespace TrafficPolicy {
 
+struct RuleChanges;
+struct RuleList;
+
 /// The traffic-policy state machine of the forwarding layer. It compiles the policy map of each
 /// interface into classification rules, and programs them into the hardware.
 ///
 /// The rules of an interface are those of its policy map, in order, each with the match of its
-/// class map. Management interfaces, and interfaces that forward by MAC address, have rules only if
-/// they are allowed. On every change of the configuration the machine makes the fewest additions,
-/// moves and removals of rules, and writes the result into the status: one entry per configured
-/// policy map, and one per rule and interface. A rule that cannot be programmed, because its class
-/// map does not exist or the hardware refuses it, does not affect the others. It is tried again at
-/// the next change of its interface's policy. All rules of one change are added before any is
-/// removed.
+/// class map. A rule whose class map does not exist is left out. Management interfaces, and
+/// interfaces that forward by MAC address, have rules only if they are allowed. The machine writes
+/// the result into the status: one entry per configured policy map, and one per rule and interface.
+///
+/// The hardware has all rules of an interface or none. If it refuses one, the interface keeps the
+/// rules that it had, and the status of each rule contains the reason. If it had none,
+/// `PolicyMapAclHelper::whenFull` decides. Such an interface is programmed again, the oldest one
+/// first, at the next change of its policy, when rules of another interface are removed, and by
+/// `retry`.
+///
+/// What a packet meets during a change: let its treatment be the action of the first rule that
+/// matches it, or the VRF of its interface without a match. After each call of the helper, whatever
+/// it refuses, each packet has its treatment by the rules before or by the rules after the change.
+/// So a packet with the same treatment by both has no other. The only exception is an interface
+/// without rules that is closed, since its policy does not fit. A helper keeps the promise if
+/// each of its calls is one step for packets, as `PolicyMapAclHelper` requires.
+///
+/// Without a refusal a change costs the fewest additions, moves and removals of rules, and rules
+/// are added on every interface before they are removed on any. So an action that is used before
+/// and after always has a user. A rule that is in both lists keeps its counter.
 ///
 /// The machine reads the programmed rules from the hardware and keeps no copy, so a new machine
 /// replaces an old one without a change of rules. The destructor leaves the rules in place.
@@ -80,6 +97,11 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   /// successor is created. It can be resumed if that fails.
   void pausedIs(bool paused);
   [[nodiscard]] bool isPaused() const noexcept { return paused_; }
+  /// Programs each interface again whose rules were refused. To be called when the hardware may
+  /// have room for more rules.
+  void retry();
+  /// The interfaces whose rules were refused, in alphabetical order.
+  [[nodiscard]] std::vector<Velo::String> refusedIntfs() const;
   [[nodiscard]] const Mox::Type* fwkType() const override;
 
   /// The inputs that it was created with.
@@ -126,7 +148,12 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   [[nodiscard]] ZEL_HIDDEN PolicyMap::PolicyStatus policyStatus(
       const Velo::String& policyMap) const;
   [[nodiscard]] ZEL_HIDDEN WantedRules wantedRules(const Velo::String& intf) const;
+  [[nodiscard]] ZEL_HIDDEN std::vector<Velo::String> oldestRefusalFirst(
+      const std::set<Velo::String>& intfs) const;
   ZEL_HIDDEN void program(std::vector<WantedRules>& wanted);
+  ZEL_HIDDEN RuleChanges programOrMarkRefused(std::vector<RuleList>& lists);
+  ZEL_HIDDEN void noteResult(const WantedRules& wanted, bool isRefused);
+  ZEL_HIDDEN void retryOthers(const std::vector<WantedRules>& programmed);
   ZEL_HIDDEN void writeIntfStatus(const WantedRules& wanted);
   ZEL_HIDDEN void writeRuleStatuses(const std::vector<PolicyMap::RuleKey>& before,
                                     const WantedRules& wanted);
@@ -141,6 +168,8 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   std::set<Velo::String> changedPolicyMaps_;
   ClassMapUsers classMapUsers_;
   std::map<Velo::String, IntfStatus> intfStatus_;
+  std::map<Velo::String, std::uint64_t> refusedIntfs_;  // with the number of the refusal
+  std::uint64_t refusals_ = 0;
   Subscriber intfConfigSubscriber_{*this};
   Subscriber policyConfigSubscriber_{*this};
   Subscriber classTypeConfigSubscriber_{*this};

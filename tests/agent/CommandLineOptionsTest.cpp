@@ -21,12 +21,17 @@ class CommandLineOptions : public ::testing::Test {
   const std::string empty_ = writeSmall("empty.json", {{}, {}, {}});
   const std::string wrong_ = writeFile("wrong.json", "7");
   const std::string noFile_ = pathInTestFolder("missing");
+  const std::string exhausted_ =
+      "all VRF resources of the chip are in use (1 of 1); free one, and the action is programmed "
+      "at "
+      "the next change of its VRFs\n";
   const std::string wrongError_ = "error: " + wrong_ + ": /: must be an object, not 7\n";
 };
 
 std::string chipLine(const std::string& capacity) {
   return "  chip: 0 of " + capacity +
-         " VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n";
+         " VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n"
+         "  rules: 0 of 65536 rule entries in use, at most 0; 0 refused\n";
 }
 
 void expectCall(const CallOutcome& outcome, int status, const std::string& out,
@@ -45,7 +50,7 @@ TEST_F(CommandLineOptions, RunPrintsTextOrJson) {
   expectCall(callAgent({"run", empty_}), 0, emptyRun(empty_, "1024"), "");
   const std::string rest =
       R"("actions":[],"chip":{"capacity":1024,"used":0,"creates":0,"updates":0,"deletes":0,)"
-      R"("failures":0}})"
+      R"("failures":0},"ruleTable":{"capacity":65536,"used":0,"mostUsed":0,"refused":0}})"
       "\n";
   expectCall(callAgent({"run", "--json", empty_}), 0,
              R"({"configuration":")" + empty_ + "\"," + rest + R"({"configuration":null,)" + rest,
@@ -113,8 +118,10 @@ TEST_F(CommandLineOptions, RunReturnsTheHighestStatus) {
     const CallOutcome outcome =
         row.canBeWritten ? callAgent(arguments) : callAgentWithoutOutput(arguments);
     EXPECT_EQ(outcome.status, row.status);
-    EXPECT_EQ(outcome.err,
-              (row.hasWrongFile ? wrongError_ : "") + (row.canBeWritten ? "" : unwritable));
+    const bool isMissing = row.options.size() > 1;
+    const std::string missing = isMissing ? "not programmed: actionVrf red: " + exhausted_ : "";
+    EXPECT_EQ(outcome.err, (row.hasWrongFile ? wrongError_ : "") + missing +
+                               (row.canBeWritten ? "" : unwritable));
   }
 }
 
@@ -348,7 +355,7 @@ const HelpRow helpRows[] = {
     {"", {"-h,--help", "--version"}, {}},
     {"run",
      {"-h,--help", "--events FILE", "--json", "--strict", "--trace", "--chip-capacity UINT:N=1024",
-      "--trace-ring FILE"},
+      "--rule-capacity UINT:N=65536", "--when-full closed|open=closed", "--trace-ring FILE"},
      {"CONFIG"}},
     {"fallback-graph", {"-h,--help", "--dot"}, {"CONFIG"}},
     {"forward",
@@ -360,8 +367,8 @@ const HelpRow helpRows[] = {
       "--trace-ring FILE"},
      {"CONFIG"}},
     {"serve",
-     {"-h,--help", "--socket PATH", "--chip-capacity UINT:N=1024", "--client-timeout UINT:N=30",
-      "--trace-ring FILE"},
+     {"-h,--help", "--socket PATH", "--chip-capacity UINT:N=1024", "--rule-capacity UINT:N=65536",
+      "--when-full closed|open=closed", "--client-timeout UINT:N=30", "--trace-ring FILE"},
      {"CONFIG"}},
     {"ctl", {"-h,--help", "--socket PATH", "--json", "--timeout UINT:N=300"}, {"COMMAND"}},
     {"trace", {"-h,--help", "--json"}, {"FILE"}},

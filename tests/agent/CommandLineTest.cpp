@@ -57,8 +57,8 @@ INSTANTIATE_TEST_SUITE_P(
              "  2  the command line, a configuration or another input file is wrong\n"},
         Help{"run",
              "  0  every configuration and event was applied\n"
-             "  1  with --strict, an action was not programmed on the chip; or standard output or "
-             "FILE of --trace-ring cannot be written\n"
+             "  1  with --strict, a rule or an action was not programmed on the chip; or standard "
+             "output or FILE of --trace-ring cannot be written\n"
              "  2  the command line, a configuration or the event file is wrong\n"},
         Help{"fallback-graph",
              "  0  the graph was printed\n"

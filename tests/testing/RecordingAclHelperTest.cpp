@@ -65,6 +65,45 @@ TEST_F(RuleLists, ARemovedRuleIsGoneAndMakesRoom) {
   EXPECT_THAT(dscps(), ElementsAre(2, 3));
 }
 
+TEST_F(RuleLists, AReplacedRuleHasTheNewActionAndNeedsNoRoom) {
+  helper_->capacity = 2;
+  add(0, 1);
+  add(1, 2);
+  PolicyMap::AclRule next = rule(2);
+  next.action.vrfName = "red";
+  EXPECT_TRUE(helper_->replaceRule("eth1", 1, next).accepted);
+  EXPECT_EQ(helper_->rules("eth1")[1], next);
+  EXPECT_THAT(dscps(), ElementsAre(1, 2));
+}
+
+TEST_F(RuleLists, AReplacementIsRefusedOnRequest) {
+  add(0, 1);
+  helper_->onReplace = [](const Velo::String&, const PolicyMap::AclRule&) {
+    return PolicyMap::AclResult{false, "no such action"};
+  };
+  PolicyMap::AclRule next = rule(1);
+  next.action.vrfName = "red";
+  EXPECT_FALSE(helper_->replaceRule("eth1", 0, next).accepted);
+  EXPECT_EQ(helper_->rules("eth1")[0], rule(1));
+}
+
+TEST_F(RuleLists, AReplacementWithAnotherMatchOrOutsideTheListBreaksThePromise) {
+  add(0, 1);
+  EXPECT_THROW(static_cast<void>(helper_->replaceRule("eth1", 0, rule(2))), std::logic_error);
+  EXPECT_THROW(static_cast<void>(helper_->replaceRule("eth1", 1, rule(1))), std::logic_error);
+  EXPECT_THAT(dscps(), ElementsAre(1));
+}
+
+TEST_F(RuleLists, AClosedInterfaceIsListed) {
+  helper_->intfClosedIs("eth1", true);
+  EXPECT_TRUE(helper_->intfClosed("eth1"));
+  EXPECT_FALSE(helper_->intfClosed("eth2"));
+  EXPECT_THAT(helper_->intfs(), ElementsAre(Velo::String("eth1")));
+  helper_->intfClosedIs("eth1", false);
+  EXPECT_THAT(helper_->intfs(), IsEmpty());
+  EXPECT_THAT(journal_.lines(), ElementsAre("close eth1", "open eth1"));
+}
+
 TEST_F(RuleLists, AnInterfaceWithoutRulesIsNotListed) {
   add(0, 1);
   EXPECT_THAT(helper_->intfs(), ElementsAre(Velo::String("eth1")));

@@ -27,13 +27,15 @@ struct RunOptions {
   std::optional<std::string> events;  // a file
   bool json = false;
   bool strict = false;
-  std::uint32_t chipCapacity = Limits::chipResources;
+  ChipOptions chip;
 };
 
 /// `zel-agent run`: applies configurations, then events, and prints what each does to the chip.
 ///
 /// A report is printed after each configuration and event. A wrong one ends the run. At the end,
-/// also after a wrong one, everything is removed and the empty agent is reported.
+/// also after a wrong one, everything is removed and the empty agent is reported. With `strict` the
+/// status is `failure` if a rule or an action was missing on the chip in a report. Each one that is
+/// missing at the end is printed on `err`.
 [[nodiscard]] ExitStatus runConfigurations(const RunOptions& options, std::ostream& out,
                                            std::ostream& err);
 

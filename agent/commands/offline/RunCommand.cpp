@@ -12,6 +12,7 @@
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/EventReport.h"
+#include "agent/reports/MissingReport.h"
 #include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
@@ -20,7 +21,7 @@ namespace {
 class Run final {
  public:
   Run(const RunOptions& options, std::ostream& out, std::ostream& err)
-      : options_(options), out_(out), err_(err), agent_(options.chipCapacity) {}
+      : options_(options), out_(out), err_(err), agent_(options.chip) {}
 
   [[nodiscard]] ExitStatus runAll() {
     try {
@@ -30,6 +31,7 @@ class Run final {
     } catch (const EventError& error) {
       reportBadInput(error.what());
     }
+    if (options_.strict) reportMissing();
     agent_.removeAll();
     report(std::nullopt);
     raiseStatus(finishOutput(out_, err_));
@@ -95,7 +97,12 @@ class Run final {
   }
 
   void checkStrict(const AgentState& state) {
-    if (options_.strict && hasFailedAction(state)) raiseStatus(ExitStatus::failure);
+    if (options_.strict && !isProgrammed(state)) raiseStatus(ExitStatus::failure);
+  }
+
+  void reportMissing() {
+    out_.flush();
+    writeMissing(err_, agent_.state(), agent_.rules());
   }
 
   void raiseStatus(ExitStatus status) {

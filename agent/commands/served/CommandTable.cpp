@@ -67,6 +67,7 @@ constexpr CommandRow rows[] = {
     {"prefix-lens ipv4|ipv6 NAME remove", "Remove all prefix lengths of the VRF from exact match",
      playEvent},
     {"chip capacity N", "Set the number of VRF resources of the chip", playEvent},
+    {"chip rules N", "Set the number of rule entries of the chip", playEvent},
     {"chip fail VRF|any COUNT", "Make the next COUNT creations and updates fail", playEvent},
     {"route VRF PREFIX decap", "Add a route to the prefix that decapsulates", playEvent},
     {"route VRF PREFIX via INTERFACE", "Add a route to the prefix through the interface",

@@ -11,9 +11,9 @@
 
 namespace ZelAgent {
 
-ServedAgent::ServedAgent(std::string file, std::uint32_t chipCapacity,
+ServedAgent::ServedAgent(std::string file, const ChipOptions& chip,
                          std::chrono::milliseconds clientTimeout)
-    : agent_(chipCapacity), clientTimeout_(clientTimeout) {
+    : agent_(chip), clientTimeout_(clientTimeout) {
   record_.file = std::move(file);
 }
 
@@ -51,7 +51,7 @@ EventEffects ServedAgent::play(const Event& event) {
 }
 
 ChangeableLimits ServedAgent::limits() noexcept {
-  return {agent_.chip().capacity(), clientTimeout_};
+  return {agent_.chip().capacity(), agent_.acl().capacity(), clientTimeout_};
 }
 
 std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "agent/model/events/EventPlayer.h"
@@ -31,8 +32,11 @@ struct ConfigurationRecord {
 class ServedAgent final {
  public:
   /// The timeout of clients is only shown.
-  ServedAgent(std::string file, std::uint32_t chipCapacity,
+  ServedAgent(std::string file, const ChipOptions& chip,
               std::chrono::milliseconds clientTimeout = Limits::clientTimeout);
+  ServedAgent(std::string file, std::uint32_t chipCapacity,
+              std::chrono::milliseconds clientTimeout = Limits::clientTimeout)
+      : ServedAgent(std::move(file), ChipOptions{.capacity = chipCapacity}, clientTimeout) {}
 
   /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();

@@ -56,6 +56,9 @@ struct Writer {
   std::string operator()(const SetChipCapacity& event) const {
     return "chip capacity " + std::to_string(event.capacity);
   }
+  std::string operator()(const SetChipRules& event) const {
+    return "chip rules " + std::to_string(event.capacity);
+  }
   std::string operator()(const PlanChipFaults& event) const {
     return "chip fail " + vrfOrAny(event.vrf) + ' ' + std::to_string(event.count);
   }

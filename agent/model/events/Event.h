@@ -93,6 +93,13 @@ struct SetChipCapacity {
   bool operator==(const SetChipCapacity&) const = default;
 };
 
+/// chip rules N: the number of rule entries of the chip. Refused rules are asked for again.
+struct SetChipRules {
+  std::uint32_t capacity = 0;
+
+  bool operator==(const SetChipRules&) const = default;
+};
+
 /// chip fail VRF|any COUNT: the next COUNT creations or updates of actions into the VRF fail.
 struct PlanChipFaults {
   std::optional<std::string> vrf;  // none: those of any action
@@ -140,7 +147,7 @@ struct Show {
 using Event =
     std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
                  SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig, SetChipCapacity,
-                 PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Show>;
+                 SetChipRules, PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Show>;
 
 /// The event as a line of an event file. Reading the line returns an equal event.
 [[nodiscard]] std::string toText(const Event& event);

@@ -132,6 +132,8 @@ class Change final {
 
   void operator()(const SetChipCapacity& event) const { agent_.chip().capacityIs(event.capacity); }
 
+  void operator()(const SetChipRules& event) const { agent_.ruleCapacityIs(event.capacity); }
+
   void operator()(const PlanChipFaults& event) const {
     SoftChip::FaultPlan& plan = agent_.chip().faultPlan();
     if (event.vrf) {

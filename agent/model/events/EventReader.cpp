@@ -101,10 +101,13 @@ Event readConfig(EventLine& line) {
 }
 
 Event readChip(EventLine& line) {
-  line.formIs("chip capacity|fail");
-  if (line.needOneOf("chip must be followed by", {"capacity", "fail"}) == "capacity") {
-    line.formIs("chip capacity N");
-    return SetChipCapacity{line.needNumber("N")};
+  line.formIs("chip capacity|rules|fail");
+  const std::string what =
+      line.needOneOf("chip must be followed by", {"capacity", "rules", "fail"});
+  if (what != "fail") {
+    line.formIs("chip " + what + " N");
+    const std::uint32_t count = line.needNumber("N");
+    return what == "rules" ? Event(SetChipRules{count}) : Event(SetChipCapacity{count});
   }
   line.formIs("chip fail VRF|any COUNT");
   const std::optional<Word> vrf = line.next();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -37,9 +38,20 @@ struct RuleState {
   std::optional<std::size_t> place;
   std::string reason;  // why the chip does not hold it
   SoftChip::RuleCounter counter;
+  /// Whether it is a rule of an earlier policy, which the chip holds since it refused the present
+  /// one.
+  bool isPrevious = false;
 };
 
 using RuleStates = std::vector<RuleState>;
+
+/// The use of the chip's rule entries.
+struct RuleTableState {
+  std::uint32_t capacity = 0;
+  std::size_t used = 0;
+  std::size_t mostUsed = 0;  // at one time
+  std::size_t refused = 0;   // rules of applied policies that the chip does not hold
+};
 
 struct ChipState {
   std::uint32_t capacity = 0;
@@ -52,16 +64,22 @@ struct ChipState {
 struct AgentState {
   std::vector<ActionState> actions;
   ChipState chip;
+  RuleTableState ruleTable;
 };
+
+/// Whether the action is not programmed on the chip.
+[[nodiscard]] inline bool hasFailed(const ActionState& action) {
+  return action.status.status() == ZelVrfSelectionPolicy::ProgrammingResult::programmingFailure;
+}
 
 /// Whether any action is not programmed on the chip.
 [[nodiscard]] inline bool hasFailedAction(const AgentState& state) {
-  for (const ActionState& action : state.actions) {
-    if (action.status.status() == ZelVrfSelectionPolicy::ProgrammingResult::programmingFailure) {
-      return true;
-    }
-  }
-  return false;
+  return std::any_of(state.actions.begin(), state.actions.end(), hasFailed);
+}
+
+/// Whether all actions and all rules of applied policies are programmed on the chip.
+[[nodiscard]] inline bool isProgrammed(const AgentState& state) {
+  return !hasFailedAction(state) && state.ruleTable.refused == 0;
 }
 
 }  // namespace ZelAgent

@@ -51,6 +51,16 @@ const std::set<ActionUser>& usersIn(const ActionUsers& users, const VrfAction& a
   return found == users.end() ? noUsers : found->second;
 }
 
+// The users of each action among the rules that the chip holds.
+ActionUsers usersOf(const RuleStates& rules) {
+  ActionUsers users;
+  for (const RuleState& rule : rules) {
+    const auto action = vrfActionOf(rule.rule.action);
+    if (rule.place && action) users[*action].insert(rule.user);
+  }
+  return users;
+}
+
 // Calls `remove` with each key of `before` that `after` does not have.
 template <class Map, class Remove>
 void forEachGone(const Map& before, const Map& after, Remove remove) {
@@ -61,7 +71,7 @@ void forEachGone(const Map& before, const Map& after, Remove remove) {
 
 }  // namespace
 
-ForwardingAgent::ForwardingAgent(std::uint32_t chipCapacity)
+ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
     : fallbackConfig_(VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs()),
       routeStatus_(RoutingRouteStatus::RouteStatusIs()),
       routeStatusV6_(Routing6RouteStatus::RouteStatusIs()),
@@ -72,14 +82,15 @@ ForwardingAgent::ForwardingAgent(std::uint32_t chipCapacity)
       classMapConfig_(PolicyMap::ClassMapTypeConfig::ClassMapTypeConfigIs("classMapConfig")),
       policyStatus_(TrafficPolicy::Status::StatusIs("policyStatus")),
       mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
-      chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chipCapacity)),
-      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), Limits::chipRules)),
+      chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chip.capacity)),
+      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), chip.ruleCapacity)),
       countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(Velo::String("userCounting"), acl_,
                                                              vrfHwConfig_)),
       forwarder_(*acl_, *chip_, routeTables_, inputs()),
       routes_(routeTables_, inputs()),
       policySm_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(
           countingAcl_, mounts_, chip_, fallbackConfig_, routeStatus_, routeStatusV6_)) {
+  countingAcl_->whenFullIs(chip.whenFull);
   mounts_->intfConfigIs(intfConfig_);
   mounts_->policyConfigIs(policyConfig_);
   mounts_->policyStatusIs(policyStatus_);
@@ -124,7 +135,8 @@ std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses()
 
 AgentState ForwardingAgent::state() const {
   AgentState state;
-  const ActionUsers allUsers = users();
+  const RuleStates allRules = rules();
+  const ActionUsers allUsers = usersOf(allRules);
   const auto& counts = vrfHwConfig_->vrfRefCount();
   for (auto entry = counts.iterator(); entry; ++entry) {
     state.actions.push_back(stateOf(entry.key(), entry.value(), allUsers));
@@ -133,40 +145,90 @@ AgentState ForwardingAgent::state() const {
             [](const ActionState& a, const ActionState& b) { return a.action < b.action; });
   state.chip = {chip_->capacity(), static_cast<std::uint32_t>(chip_->resources().size()),
                 chip_->hookCounts()};
+  const auto refused = std::count_if(allRules.begin(), allRules.end(),
+                                     [](const RuleState& rule) { return !rule.place; });
+  state.ruleTable = {acl_->capacity(), acl_->rulesInUse(), acl_->mostRulesInUse(),
+                     static_cast<std::size_t>(refused)};
   return state;
 }
 
 ActionUsers ForwardingAgent::users() const {
-  ActionUsers users;
-  for (const RuleState& rule : rules()) {
-    const auto action = vrfActionOf(rule.rule.action);
-    if (rule.place && action) users[*action].insert(rule.user);
-  }
-  return users;
+  return usersOf(rules());
 }
 
 RuleStates ForwardingAgent::rules() const {
   RuleStates states;
   for (const auto& [intf, applied] : policies_.intfs) {
-    const PolicyOrigin& origin = policies_.origins.at(applied.policyMap);
-    const auto& counters = acl_->counters(intf);
-    std::size_t place = 0;
-    for (const PolicyMap::PolicyMapRule& rule : policies_.policyMaps.at(applied.policyMap)) {
-      const RuleStatus* const status =
-          policyStatus_->ruleStatus({intf, applied.policyMap, rule.sequence});
-      RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
-                      {policies_.classMaps.at(rule.classMap), rule.action},
-                      {},
-                      status == nullptr ? "not told yet" : status->reason.str(),
-                      {}};
-      if (status != nullptr && status->programmed) {
-        state.counter = counters[place];
-        state.place = place++;
-      }
-      states.push_back(std::move(state));
+    RuleStates ofIntf = rulesOf(intf, applied);
+    if (std::none_of(ofIntf.begin(), ofIntf.end(),
+                     [](const RuleState& rule) { return rule.place.has_value(); })) {
+      const RuleStates previous = previousRulesOf(intf);
+      ofIntf.insert(ofIntf.end(), previous.begin(), previous.end());
     }
+    states.insert(states.end(), ofIntf.begin(), ofIntf.end());
   }
   return states;
+}
+
+// The rules of the policy that is applied to the interface.
+RuleStates ForwardingAgent::rulesOf(const Velo::String& intf,
+                                    const PolicyMap::IntfPolicy& applied) const {
+  RuleStates states;
+  const PolicyOrigin& origin = policies_.origins.at(applied.policyMap);
+  const auto& counters = acl_->counters(intf);
+  std::size_t place = 0;
+  for (const PolicyMap::PolicyMapRule& rule : policies_.policyMaps.at(applied.policyMap)) {
+    const RuleStatus* const status =
+        policyStatus_->ruleStatus({intf, applied.policyMap, rule.sequence});
+    RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
+                    {policies_.classMaps.at(rule.classMap), rule.action},
+                    {},
+                    status == nullptr ? "not told yet" : status->reason.str(),
+                    {}};
+    if (status != nullptr && status->programmed) {
+      state.counter = counters[place];
+      state.place = place++;
+    }
+    states.push_back(std::move(state));
+  }
+  return states;
+}
+
+// The rules that the chip holds for the interface although its policy is another one.
+RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf) const {
+  RuleStates states;
+  const auto users = rulesInForce_.find(intf);
+  if (users == rulesInForce_.end()) return states;
+  const auto& rules = acl_->rules(intf);
+  const std::size_t count = std::min(rules.size(), users->second.size());
+  for (std::size_t place = 0; place < count; ++place) {
+    states.push_back(
+        {users->second[place], rules[place], place, "", acl_->counters(intf)[place], true});
+  }
+  return states;
+}
+
+// An interface whose rules were refused keeps its record.
+void ForwardingAgent::recordRulesInForce() {
+  std::erase_if(rulesInForce_,
+                [this](const auto& entry) { return !policies_.intfs.contains(entry.first); });
+  for (const auto& [intf, applied] : policies_.intfs) {
+    std::vector<ActionUser> users;
+    for (const RuleState& rule : rulesOf(intf, applied)) {
+      if (rule.place) users.push_back(rule.user);
+    }
+    if (!users.empty() || acl_->rules(intf).empty()) rulesInForce_[intf] = std::move(users);
+  }
+}
+
+void ForwardingAgent::retryRules() {
+  policySm_->policySm()->retry();
+  recordRulesInForce();
+}
+
+void ForwardingAgent::ruleCapacityIs(std::uint32_t capacity) {
+  acl_->capacityIs(capacity);
+  retryRules();
 }
 
 SoftChip::ProgramInputs ForwardingAgent::inputs() const {
@@ -241,6 +303,7 @@ void ForwardingAgent::changePolicies(const Configuration& next) {
               [this](const Velo::String& name) { classMapConfig_->classMapDel(name); });
   policies_ = std::move(policies);
   pause.end();
+  recordRulesInForce();
 }
 
 void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "TrafficPolicy/Status.h"
 #include "TrafficPolicy/TrafficPolicyConfig.h"
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "agent/config/Configuration.h"
+#include "agent/language/Limits.h"
 #include "agent/model/forwarding/AgentState.h"
 #include "agent/model/forwarding/VrfIds.h"
 #include "agent/model/policies/PolicyObjects.h"
@@ -20,17 +22,27 @@
 
 namespace ZelAgent {
 
+/// The size of the chip's tables, and what it does if the rules of a policy do not fit.
+struct ChipOptions {
+  std::uint32_t capacity = Limits::chipResources;
+  std::uint32_t ruleCapacity = Limits::chipRules;
+  PolicyMap::WhenFull whenFull = PolicyMap::WhenFull::closed;
+};
+
 /// The agent. It owns the inputs and outputs of the library (policies, tables, route status,
 /// fallback configuration, chip). It changes them in an order that the library and the chip can
 /// follow.
 ///
-/// The chip holds the rules of the configuration that was applied last, as far as it accepts them.
-/// The counted users are exactly these rules. A change of configuration reaches the library and the
+/// The chip holds the rules of the configuration that was applied last. If it has no room for all
+/// rules of an interface, it holds the previous ones of that interface, or none. The counted users
+/// are exactly the rules that it holds. A change of configuration reaches the library and the
 /// chip as differences. An action that stays in use has users throughout the change. A value that
 /// is equal in two consecutive configurations is not set again, even if an event has changed it.
 class ForwardingAgent final {
  public:
-  explicit ForwardingAgent(std::uint32_t chipCapacity);
+  explicit ForwardingAgent(const ChipOptions& chip);
+  explicit ForwardingAgent(std::uint32_t chipCapacity)
+      : ForwardingAgent(ChipOptions{.capacity = chipCapacity}) {}
 
   /// Makes `next` the configuration in force. The order is: statuses and hardware ids of new
   /// instances; new and changed routes; new and changed fallback VRFs; the VRFs of interfaces; new
@@ -41,13 +53,19 @@ class ForwardingAgent final {
   /// prefix length.
   void removeAll();
 
+  /// Asks the chip again for rules that it refused.
+  void retryRules();
+  /// Changes the number of the chip's rule entries, then calls `retryRules`.
+  void ruleCapacityIs(std::uint32_t capacity);
+
   /// The configuration in force.
   [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
   [[nodiscard]] AgentState state() const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
   /// Who uses each action: the rules that the chip holds.
   [[nodiscard]] ActionUsers users() const;
-  /// Every rule of an applied policy, by interface, in the order in which rules are tried.
+  /// Every rule of an applied policy, by interface, in the order in which rules are tried. If the
+  /// chip refused them, the rules that it holds instead follow.
   [[nodiscard]] RuleStates rules() const;
   /// Sends packets through the chip.
   [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
@@ -85,6 +103,10 @@ class ForwardingAgent final {
   void changeInterfaces(const Configuration& next);
   void changePolicies(const Configuration& next);
   void takeDownInstances(const FallbackByInstance& next);
+  void recordRulesInForce();
+  [[nodiscard]] RuleStates rulesOf(const Velo::String& intf,
+                                   const PolicyMap::IntfPolicy& applied) const;
+  [[nodiscard]] RuleStates previousRulesOf(const Velo::String& intf) const;
   [[nodiscard]] ActionState stateOf(const VrfAction& action, std::uint32_t count,
                                     const ActionUsers& users) const;
 
@@ -107,6 +129,7 @@ class ForwardingAgent final {
   Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> policySm_;
   VrfIds vrfIds_;
   PolicyObjects policies_;
+  std::map<Velo::String, std::vector<ActionUser>> rulesInForce_;  // by interface, then by place
   FallbackByInstance instances_;
   VrfByInterface interfaceVrfs_;
   Configuration configuration_;

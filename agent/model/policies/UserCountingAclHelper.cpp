@@ -59,6 +59,25 @@ void UserCountingAclHelper::moveRule(const Velo::String& intf, std::size_t from,
   hardware_->moveRule(intf, from, to);
 }
 
+PolicyMap::AclResult UserCountingAclHelper::replaceRule(const Velo::String& intf, std::size_t place,
+                                                        const PolicyMap::AclRule& rule) {
+  const auto old = vrfActionOf(rules(intf)[place].action);
+  NewUser user(*users_, vrfActionOf(rule.action));
+  PolicyMap::AclResult result = hardware_->replaceRule(intf, place, rule);
+  if (!result.accepted) return result;
+  user.stays();
+  if (old) users_->vrfRefCountDec(*old, 1);
+  return result;
+}
+
+void UserCountingAclHelper::intfClosedIs(const Velo::String& intf, bool closed) {
+  hardware_->intfClosedIs(intf, closed);
+}
+
+bool UserCountingAclHelper::intfClosed(const Velo::String& intf) const {
+  return hardware_->intfClosed(intf);
+}
+
 const PolicyMap::PolicyMapAclHelper::Rules& UserCountingAclHelper::rules(
     const Velo::String& intf) const {
   return hardware_->rules(intf);

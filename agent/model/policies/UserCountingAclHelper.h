@@ -10,7 +10,8 @@ namespace ZelAgent {
 /// A rule is on the hardware only while its action is counted, so the action's resource exists
 /// before a packet can match the rule. The count goes up before the hardware gets the rule, and
 /// down again if the hardware refuses it or the call throws. When a rule leaves, the count goes
-/// down after the hardware has removed it. Counts and rules agree whenever no call is under way.
+/// down after the hardware has removed it. A replaced rule does both, in this order. Counts and
+/// rules agree whenever no call is under way.
 class UserCountingAclHelper final : public PolicyMap::PolicyMapAclHelper {
  public:
   /// Passes every call on to `hardware`, and counts in `users`.
@@ -21,6 +22,10 @@ class UserCountingAclHelper final : public PolicyMap::PolicyMapAclHelper {
                                              const PolicyMap::AclRule& rule) override;
   void removeRule(const Velo::String& intf, std::size_t place) override;
   void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) override;
+  [[nodiscard]] PolicyMap::AclResult replaceRule(const Velo::String& intf, std::size_t place,
+                                                 const PolicyMap::AclRule& rule) override;
+  void intfClosedIs(const Velo::String& intf, bool closed) override;
+  [[nodiscard]] bool intfClosed(const Velo::String& intf) const override;
   [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
   [[nodiscard]] std::vector<Velo::String> intfs() const override;
 

@@ -17,7 +17,7 @@ namespace ZelAgent {
 struct DaemonOptions {
   std::string configuration;
   std::string socket;
-  std::uint32_t chipCapacity = Limits::chipResources;
+  ChipOptions chip;
   ServerLimits limits;
 };
 

@@ -115,6 +115,7 @@ class ReferenceForwarder final {
   void change(const SetPrefixLens& event);
   void change(const RemovePrefixLens& event);
   void change(const ApplyConfig& event);
+  void change(const SetChipRules& /*event*/) {}  // there is room for all rules
   void change(const SetChipCapacity& event) { capacity_ = event.capacity; }
   void change(const PlanChipFaults& event);
   void change(const SetDecapRoute& event);

@@ -15,9 +15,9 @@ std::string countersText(const ForwardCounters& counters) {
 }
 
 constexpr const char* namesOfDrops[] = {
-    "malformed",      "badChecksum", "discardedByRule", "noVrfResource", "noVrfId",
-    "noRoute",        "dropRoute",   "decapDisabled",   "notATunnel",    "fragmentedTunnel",
-    "innerMalformed", "congestion",  "nestedDecap",     "ttlExpired"};
+    "malformed",        "badChecksum",    "discardedByRule", "intfClosed",    "noVrfResource",
+    "noVrfId",          "noRoute",        "dropRoute",       "decapDisabled", "notATunnel",
+    "fragmentedTunnel", "innerMalformed", "congestion",      "nestedDecap",   "ttlExpired"};
 static_assert(std::size(namesOfDrops) == SoftChip::dropReasons);
 
 TEST(CounterTables, EachReasonForADropHasItsCounters) {

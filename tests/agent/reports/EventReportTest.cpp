@@ -31,7 +31,7 @@ std::string jsonOfEvent(const PlayedEvent& played) {
 
 constexpr const char* emptyState =
     R"("actions":[],"chip":{"capacity":0,"used":0,"creates":0,"updates":0,"deletes":0,)"
-    R"("failures":0}})"
+    R"("failures":0},"ruleTable":{"capacity":0,"used":0,"mostUsed":0,"refused":0}})"
     "\n";
 
 TEST(EventReport, AnEventOfAFileHasItsPlace) {
@@ -141,6 +141,7 @@ TEST(EventReport, ShowIsAnsweredWithTheStateInPlaceOfCalls) {
             "  red  -         -           actionVrf  0      1         programmedInHw  failureNone  "
             "-\n"
             "  chip: 0 of 0 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n"
+            "  rules: 0 of 0 rule entries in use, at most 0; 0 refused\n"
             "  resource 1 of actionVrf red:\n"
             "    look up none; fallback none; post-decap none; decap-nh off; decap-nh-fallback "
             "off\n");

@@ -37,6 +37,8 @@ constexpr std::array<DropRow, SoftChip::dropReasons> dropRows{{
     {DropReason::malformed, "malformed", "the IP header is malformed"},
     {DropReason::badChecksum, "badChecksum", "the checksum of the IPv4 header is wrong"},
     {DropReason::discardedByRule, "discardedByRule", "the rule discards it"},
+    {DropReason::intfClosed, "intfClosed",
+     "the rules of the policy do not fit the chip, so the interface is closed"},
     {DropReason::noVrfResource, "noVrfResource",
      "the action of the rule has no resource on the chip"},
     {DropReason::noVrfId, "noVrfId", "no VRF that it was to be looked up in has a hardware id"},

@@ -95,21 +95,29 @@ TEST(RuleReport, WithoutUsersThereIsOneLine) {
 }
 
 TEST(RuleReport, ARuleThatTheChipDoesNotHoldIsShownWithTheReason) {
-  ForwardingAgent agent(16);
-  agent.acl().capacityIs(1);
-  OpenConfigBuilder configuration;
-  configuration.vrf("red").policy(
-      "P", {ruleOf(1, "", {}, toVrf("red")), ruleOf(2, "ipv4", {}, toDiscard())}, {"e1"});
-  agent.apply(configuration.configuration());
+  ForwardingAgent agent(ChipOptions{.ruleCapacity = 1});
+  OpenConfigBuilder both;
+  both.vrf("red").policy("P", {ruleOf(1, "", {}, toVrf("red")), ruleOf(2, "ipv4", {}, toDiscard())},
+                         {"e1"});
+  OpenConfigBuilder one;
+  one.vrf("red").policy("P", {ruleOf(1, "", {}, toVrf("red"))}, {"e1"});
+  agent.apply(one.configuration());
+  agent.apply(both.configuration());
   const RuleStates rules = agent.rules();
-  ASSERT_EQ(rules.size(), 2U);
+  ASSERT_EQ(rules.size(), 3U);
   const nlohmann::json json = toJson(rules);
-  EXPECT_EQ(json[0]["programmed"], true);
+  EXPECT_EQ(json[0]["programmed"], false);
   EXPECT_EQ(json[1]["programmed"], false);
+  EXPECT_FALSE(json[1].contains("previous"));
   EXPECT_NE(json[1]["reason"], "");
+  EXPECT_EQ(json[2]["programmed"], true);
+  EXPECT_EQ(json[2]["previous"], true);
   const std::string text = textOf(rules);
   EXPECT_NE(text.find("ipv4   discard        not programmed: " +
                       json[1]["reason"].get<std::string>() + '\n'),
+            std::string::npos)
+      << text;
+  EXPECT_NE(text.find("any    actionVrf red  programmed, of the previous policy\n"),
             std::string::npos)
       << text;
 }

@@ -28,6 +28,7 @@ AgentState agentWith(std::vector<ActionState> actions) {
   AgentState state;
   state.actions = std::move(actions);
   state.chip = {11, 12, {13, 14, 15, 16}};
+  state.ruleTable = {17, 18, 19, 20};
   return state;
 }
 
@@ -44,9 +45,11 @@ std::string resourcesOf(const AgentState& state) {
 }
 
 constexpr const char* chipLine =
-    "  chip: 12 of 11 VRF resources in use; 13 creates, 14 updates, 15 deletes, 16 failed\n";
+    "  chip: 12 of 11 VRF resources in use; 13 creates, 14 updates, 15 deletes, 16 failed\n"
+    "  rules: 18 of 17 rule entries in use, at most 19; 20 refused\n";
 constexpr const char* chipMember =
-    R"("chip":{"capacity":11,"used":12,"creates":13,"updates":14,"deletes":15,"failures":16})";
+    R"("chip":{"capacity":11,"used":12,"creates":13,"updates":14,"deletes":15,"failures":16},)"
+    R"("ruleTable":{"capacity":17,"used":18,"mostUsed":19,"refused":20})";
 
 TEST(StateReport, WithoutActionsThereIsTheChipOnly) {
   EXPECT_EQ(textOfState(agentWith({})), std::string("title\n  no VRF actions\n") + chipLine);
@@ -58,11 +61,13 @@ TEST(StateReport, AConfigurationThatWasRemovedIsNull) {
   const std::string json =
       printedBy([](std::ostream& out) { writeJsonReport(out, std::nullopt, AgentState()); });
   EXPECT_EQ(json, R"({"configuration":null,"actions":[],"chip":{"capacity":0,"used":0,"creates":0,)"
-                  R"("updates":0,"deletes":0,"failures":0}})"
+                  R"("updates":0,"deletes":0,"failures":0},)"
+                  R"("ruleTable":{"capacity":0,"used":0,"mostUsed":0,"refused":0}})"
                   "\n");
   EXPECT_EQ(textOfState(AgentState()),
             "title\n  no VRF actions\n"
-            "  chip: 0 of 0 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n");
+            "  chip: 0 of 0 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n"
+            "  rules: 0 of 0 rule entries in use, at most 0; 0 refused\n");
 }
 
 TEST(StateReport, EachNameOfAnActionHasItsColumn) {

@@ -132,6 +132,14 @@ TEST_F(ForwarderTest, DropsByADiscardingRule) {
   EXPECT_EQ(world_.where(packetTo("10.0.0.1"), "other"), "ownV4");
 }
 
+TEST_F(ForwarderTest, DropsOnAClosedInterfaceWhatNoRuleMatches) {
+  world_.acl->intfClosedIs("in", true);
+  EXPECT_EQ(world_.where("10.0.0.1"), "intfClosed");
+  EXPECT_EQ(world_.where(packetTo("10.0.0.1"), "other"), "ownV4");
+  world_.ruleIs("in", always({}));
+  EXPECT_EQ(world_.where("10.0.0.1"), "ownV4");
+}
+
 TEST_F(ForwarderTest, DropsWithoutTheResourceOfTheAction) {
   world_.ruleWithoutResourceIs("in", always(lookUpIn("red")));
   world_.routeIs("red", "0.0.0.0/0", "red1");

@@ -94,9 +94,10 @@ TEST_F(SoftAclHelperTest, RefusesWhatThereIsNoRoomFor) {
   add(eth2, 0, ruleOf("x", 1));
   const AclResult refused = acl_->addRule(eth2, 0, ruleOf("y", 1));
   EXPECT_FALSE(refused.accepted);
-  EXPECT_EQ(refused.reason.str(),
-            "all rule entries of the chip are in use (4 of 4); remove rules or interfaces of a "
-            "policy");
+  EXPECT_EQ(
+      refused.reason.str(),
+      "the rules do not fit into the 4 rule entries of the chip; remove rules or interfaces of "
+      "a policy");
   EXPECT_EQ(shown(eth2), "x0 ");
   EXPECT_EQ(acl_->rulesInUse(), 4U);
   acl_->removeRule(eth1, 1);
@@ -117,6 +118,52 @@ TEST_F(SoftAclHelperTest, ALowerCapacityTakesNoRuleAway) {
   EXPECT_FALSE(acl_->addRule(eth1, 0, ruleOf("d", 4)).accepted);
   acl_->capacityIs(4);
   EXPECT_TRUE(acl_->addRule(eth1, 0, ruleOf("d", 4)).accepted);
+}
+
+TEST_F(SoftAclHelperTest, ReplacesAnActionWithoutRoomForAnother) {
+  addThree();
+  acl_->capacityIs(3);
+  acl_->count(eth1, 1, 100);
+  AclRule rule = acl_->rules(eth1)[1];
+  const auto place = acl_->classify(eth1, headerOf(2));
+  rule.action.vrfName = "other";
+  EXPECT_EQ(acl_->replaceRule(eth1, 1, rule), AclResult());
+  EXPECT_EQ(acl_->rules(eth1)[1], rule);
+  EXPECT_EQ(acl_->counters(eth1)[1], RuleCounter()) << "it is another rule";
+  EXPECT_EQ(acl_->classify(eth1, headerOf(2)), place);
+  EXPECT_EQ(acl_->rulesInUse(), 3U);
+}
+
+TEST_F(SoftAclHelperTest, AClosedInterfaceNeedsNoRule) {
+  acl_->capacityIs(0);
+  EXPECT_FALSE(acl_->intfClosed(eth1));
+  acl_->intfClosedIs(eth1, true);
+  EXPECT_TRUE(acl_->intfClosed(eth1));
+  EXPECT_FALSE(acl_->intfClosed(eth2));
+  EXPECT_EQ(acl_->intfs(), (std::vector<Velo::String>{eth1}));
+  acl_->intfClosedIs(eth1, false);
+  EXPECT_TRUE(acl_->intfs().empty());
+}
+
+TEST_F(SoftAclHelperTest, AnInterfaceStaysClosedWhenItsRulesGo) {
+  addThree();
+  acl_->intfClosedIs(eth1, true);
+  for (int rule = 0; rule < 3; ++rule)
+    acl_->removeRule(eth1, 0);
+  EXPECT_TRUE(acl_->intfClosed(eth1));
+  addThree();
+  acl_->intfClosedIs(eth1, false);
+  EXPECT_EQ(acl_->rules(eth1).size(), 3U);
+}
+
+TEST_F(SoftAclHelperTest, RemembersTheMostRulesThatWereInUse) {
+  addThree();
+  acl_->removeRule(eth1, 0);
+  EXPECT_EQ(acl_->mostRulesInUse(), 3U);
+  add(eth1, 0, ruleOf("a", 1));
+  EXPECT_EQ(acl_->mostRulesInUse(), 3U);
+  add(eth1, 0, ruleOf("d", 4));
+  EXPECT_EQ(acl_->mostRulesInUse(), 4U);
 }
 
 TEST_F(SoftAclHelperTest, CountsByRule) {

@@ -11,6 +11,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "TrafficPolicyFixture.h"
@@ -40,6 +41,7 @@ struct Model {
     std::map<std::uint32_t, std::string> rules;
     std::string policyMap;  // where the interface is served
     bool isServed = false;
+    bool isRefused = false;
 
     [[nodiscard]] bool isComplete() const {
       return std::all_of(rules.begin(), rules.end(),
@@ -65,8 +67,8 @@ struct Model {
            (applied->second.kind == IntfKind::mgmt && allowMgmtIntf);
   }
 
-  /// The interface is programmed for what is configured now.
-  void program(const std::string& intf) {
+  /// The interface is programmed for what is configured now. Returns whether rules were removed.
+  bool program(const std::string& intf) {
     Outcome& outcome = outcomes[intf];
     const Rules before = outcome.held;
     outcome = {};
@@ -80,7 +82,19 @@ struct Model {
           programRule(rule, before, wanted, outcome);
       }
     }
+    if (outcome.held != wanted) refuse(before, outcome);
     if (before != wanted || !outcome.isComplete()) ready = false;
+    return std::any_of(before.begin(), before.end(), [&](const AclRule& rule) {
+      return std::find(outcome.held.begin(), outcome.held.end(), rule) == outcome.held.end();
+    });
+  }
+
+  /// Rules were removed somewhere, so the refused rules of all other interfaces are tried again.
+  void programRefused(const std::vector<std::string>& except) {
+    for (auto& [intf, outcome] : outcomes) {
+      const bool isExcepted = std::find(except.begin(), except.end(), intf) != except.end();
+      if (!isExcepted && outcome.isRefused) program(intf);
+    }
   }
 
   /// All interfaces that a change reached have been programmed.
@@ -124,6 +138,17 @@ struct Model {
     told = "programmed";
     outcome.held.push_back(acl);
   }
+
+  /// One rule is refused, so all are.
+  static void refuse(const Rules& before, Outcome& outcome) {
+    outcome.held = before;
+    outcome.isRefused = true;
+    for (auto& [sequence, told] : outcome.rules) {
+      if (told == "programmed" || told == "refused")
+        told = before.empty() ? "refused; all packets of the interface are dropped"
+                              : "refused; the previous rules stay in force";
+    }
+  }
 };
 
 class ModelTest : public TrafficPolicyFixture {
@@ -135,6 +160,13 @@ class ModelTest : public TrafficPolicyFixture {
       failIfDue();
       const bool refused = model_.refused.contains(rule.action.vrfName.str());
       return AclResult{!refused, refused ? "refused" : ""};
+    };
+    hardware_->onReplace = [this](const Velo::String& intf, const AclRule& rule) {
+      const Rules& present = hardware_->held(intf);
+      replaced_.insert(replaced_.end(), present.begin(), present.end());
+      if (std::find(replaced_.begin(), replaced_.end(), rule) != replaced_.end())
+        return AclResult();
+      return hardware_->onAdd(intf, rule);
     };
     hardware_->onRemove = [this](const Velo::String&, const AclRule&) { failIfDue(); };
     hardware_->onMove = hardware_->onRemove;
@@ -170,10 +202,12 @@ class ModelTest : public TrafficPolicyFixture {
   // Makes a change; if the helper throws, another change of no consequence has to mend it.
   template <class Change>
   void make(Change change) {
+    replaced_.clear();
     callsToFailure_ = oneIn(5) ? 1 + upTo(5) : 0;
     try {
       change();
     } catch (const std::runtime_error&) {
+      threw_ = true;
       classMaps_->classMapIs("unused", protocol(++unused_));
     }
     callsToFailure_ = 0;
@@ -301,8 +335,10 @@ class ModelTest : public TrafficPolicyFixture {
   }
   void reached(const std::vector<std::string>& intfs) {
     if (!sm_->hasNotificationActive()) return;
+    bool removed = std::exchange(threw_, false);
     for (const std::string& intf : intfs)
-      model_.program(intf);
+      removed |= model_.program(intf);
+    if (removed) model_.programRefused(intfs);
     model_.settle();
   }
 
@@ -342,6 +378,8 @@ class ModelTest : public TrafficPolicyFixture {
   Mox::Ptr<ZelTrafficPolicySm> sm_;
   std::unique_ptr<Listener> listener_;
   unsigned readies_ = 0;
+  Rules replaced_;  // rules whose actions are accepted again
+  bool threw_ = false;
   std::size_t callsToFailure_ = 0;  // none is due at 0
   unsigned unused_ = 0;
 };

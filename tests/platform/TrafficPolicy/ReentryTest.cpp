@@ -100,12 +100,15 @@ TEST_F(Reentry, AHelperMayAllowL2Interfaces) {
 }
 
 TEST_F(Reentry, AHelperMayAddTheRoomThatItLacked) {
-  hardware_->capacity = 2;
+  policyIs("Q", "y");
+  intfIs("eth2", "Q");
+  hardware_->capacity = 4;
   sm_ = makeSm();
-  EXPECT_EQ(held("eth1"), "ab");
+  policyIs("P", "abcxy");
+  EXPECT_EQ(held("eth1"), "abc");
   hardware_->onRemove = [this](const Velo::String&, const AclRule&) { hardware_->capacity = 9; };
-  policyIs("P", "bcxy");
-  EXPECT_EQ(held("eth1"), "bcxy");
+  intfs_->intfDel("eth2");
+  EXPECT_EQ(held("eth1"), "abcxy");
   expectInStep();
 }
 

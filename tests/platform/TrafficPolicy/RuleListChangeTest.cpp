@@ -157,6 +157,32 @@ TEST(RuleListChange, TellsRulesApartByEveryField) {
   }
 }
 
+// In place.
+
+// The rule of VRF `vrf` for packets of DSCP `dscp`.
+PolicyMap::AclRule ruleOnDscp(unsigned dscp, const char* vrf) {
+  PolicyMap::AclRule rule = ruleNamed(vrf);
+  rule.match.dscps = std::uint64_t{1} << dscp;
+  return rule;
+}
+
+TEST(RuleListChangeInPlace, KeepsThePlaceOfARuleWithAnotherAction) {
+  const Rules before{ruleOnDscp(1, "a"), ruleOnDscp(2, "b")};
+  const Rules after{ruleOnDscp(1, "a"), ruleOnDscp(2, "c"), ruleOnDscp(3, "c")};
+  const RuleListChange change = changeOfRulesInPlace(before, after);
+  EXPECT_THAT(change.from, ElementsAre(0, 1, none));
+  EXPECT_THAT(change.stays, ElementsAre(true, true));
+}
+
+TEST(RuleListChangeInPlace, MovesARuleOnlyIfItsActionIsTheSame) {
+  const Rules before{ruleOnDscp(1, "a"), ruleOnDscp(2, "b"), ruleOnDscp(3, "c")};
+  const Rules moved{ruleOnDscp(3, "c"), ruleOnDscp(1, "a"), ruleOnDscp(2, "x")};
+  EXPECT_THAT(changeOfRulesInPlace(before, moved).from, ElementsAre(2, 0, 1));
+  EXPECT_THAT(changeOfRulesInPlace(before, moved).stays, ElementsAre(true, true, false));
+  const Rules changed{ruleOnDscp(3, "x"), ruleOnDscp(1, "a"), ruleOnDscp(2, "b")};
+  EXPECT_THAT(changeOfRulesInPlace(before, changed).from, ElementsAre(none, 0, 1));
+}
+
 // By trying everything: how many steps it takes from one list to each other one that is not longer
 // than `longest`.
 std::map<std::string, std::size_t> stepsFrom(const std::string& start, std::size_t longest) {

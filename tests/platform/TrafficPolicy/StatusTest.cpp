@@ -110,7 +110,7 @@ TEST_F(StatusOfPolicy, CountsRulesThatAreNotProgrammed) {
   refuse("b");
   policyIs("P", "abcx");
   const auto sm = makeSm();
-  EXPECT_EQ(*status_->policyStatus("P"), (PolicyStatus{1, 4, 2}));
+  EXPECT_EQ(*status_->policyStatus("P"), (PolicyStatus{1, 4, 0}));
   EXPECT_FALSE(status_->policyStatus("P")->isProgrammed());
   EXPECT_EQ(ruleStatus("eth1", "P", 40), (RuleStatus{false, "class map 'x' does not exist"}));
 }
@@ -121,8 +121,8 @@ TEST_F(StatusOfPolicy, TellsOfARuleThatIsRefusedAndThenTaken) {
   hardware_->onAdd = nullptr;
   forgetJournal();
   policyIs("P", "ab");
-  EXPECT_THAT(takeStatusLines(), ElementsAre("rule eth1 P 30 gone", "rule eth1 P 20 = programmed",
-                                             "policy P = 1 2/2"));
+  EXPECT_THAT(takeStatusLines(), ElementsAre("rule eth1 P 30 gone", "rule eth1 P 10 = programmed",
+                                             "rule eth1 P 20 = programmed", "policy P = 1 2/2"));
 }
 
 TEST_F(StatusOfPolicy, StaysAsItIsWhenAnotherMachineTakesOver) {

@@ -464,32 +464,134 @@ TEST_F(TrafficPolicySm, MayHaveNoInputsAtAll) {
 
 // Refusals and failures.
 
-TEST_F(PolicyOnEth1, LeavesTheOthersInPlaceWhileOneIsRefused) {
-  refuse("b");
-  const auto sm = makeSm();
-  EXPECT_EQ(held("eth1"), "ac");
-  EXPECT_EQ(ruleStatus("eth1", "P", 10), programmed_);
-  EXPECT_EQ(ruleStatus("eth1", "P", 20), (RuleStatus{false, "refused"}));
-  EXPECT_EQ(ruleStatus("eth1", "P", 30), programmed_);
+TEST_F(RunningSm, KeepsTheOldPolicyWhereTheNewOneDoesNotFit) {
+  classMapsAre("xy");
+  hardware_->capacity = 4;
+  policyIs("P", "xyb");
+  EXPECT_EQ(held("eth1"), "abc");
+  const RuleStatus refused{false, "no room for more than 4; the previous rules stay in force"};
+  EXPECT_EQ(ruleStatus("eth1", "P", 10), refused);
+  EXPECT_EQ(ruleStatus("eth1", "P", 30), refused) << "although the hardware has a rule like it";
+  EXPECT_FALSE(sm_->ready());
+  EXPECT_THAT(sm_->refusedIntfs(), ElementsAre(Velo::String("eth1")));
 }
 
-TEST_F(PolicyOnEth1, TriesTheRefusedAgainWithTheNextChangeOfThePolicy) {
+TEST_F(PolicyOnEth1, ClosesTheInterfaceWhereItDoesNotFit) {
+  refuse("b");
+  const auto sm = makeSm();
+  EXPECT_EQ(held("eth1"), "");
+  EXPECT_TRUE(hardware_->intfClosed("eth1"));
+  EXPECT_EQ(ruleStatus("eth1", "P", 10),
+            (RuleStatus{false, "refused; all packets of the interface are dropped"}));
+}
+
+TEST_F(PolicyOnEth1, LeavesTheInterfaceOpenIfThatIsChosen) {
+  hardware_->whenFullIs(PolicyMap::WhenFull::open);
+  refuse("b");
+  const auto sm = makeSm();
+  EXPECT_THAT(hardware_->intfs(), IsEmpty());
+  EXPECT_EQ(ruleStatus("eth1", "P", 10),
+            (RuleStatus{false, "refused; the interface has no rules in force"}));
+}
+
+TEST_F(PolicyOnEth1, OpensTheInterfaceThatAnotherMachineClosed) {
+  refuse("b");
+  auto sm = makeSm();
+  sm = nullptr;
+  intfs_->intfDel("eth1");
+  sm = makeSm();
+  EXPECT_FALSE(hardware_->intfClosed("eth1"));
+}
+
+TEST_F(PolicyOnEth1, IsTriedAgainWithItsNextChange) {
   refuse("b");
   const auto sm = makeSm();
   hardware_->onAdd = nullptr;
   classMapsAre("x");
-  EXPECT_EQ(held("eth1"), "ac") << "no change of its own";
+  EXPECT_EQ(held("eth1"), "") << "no change of its own";
   policyIs("P", "abcx");
   EXPECT_EQ(held("eth1"), "abcx");
+  EXPECT_FALSE(hardware_->intfClosed("eth1"));
 }
 
-TEST_F(PolicyOnEth1, UsesTheRoomThatItsOwnRemovalsMake) {
+TEST_F(RunningSm, TriesRefusedRulesAgainWhenAnotherInterfaceMakesRoom) {
+  hardware_->capacity = 4;
+  intfIs("eth2", "P");
+  intfIs("eth3", "P");
+  EXPECT_EQ(held("eth2"), "");
+  intfs_->intfDel("eth1");
+  EXPECT_EQ(held("eth2"), "abc");
+  EXPECT_EQ(held("eth3"), "") << "it was refused later";
+  EXPECT_THAT(sm_->refusedIntfs(), ElementsAre(Velo::String("eth3")));
+  intfs_->intfDel("eth2");
+  EXPECT_EQ(held("eth3"), "abc");
+  EXPECT_TRUE(sm_->ready());
+}
+
+TEST_F(RunningSm, TriesTheOldestRefusalFirst) {
   hardware_->capacity = 3;
-  const auto sm = makeSm();
-  classMapsAre("xyz");
-  policyIs("P", "xyz");
-  EXPECT_EQ(held("eth1"), "xyz");
-  EXPECT_TRUE(sm->ready());
+  intfIs("eth3", "P");
+  intfIs("eth2", "P");
+  intfs_->intfDel("eth1");
+  EXPECT_EQ(held("eth3"), "abc");
+  EXPECT_EQ(held("eth2"), "");
+}
+
+TEST_F(RunningSm, AsksForNothingAgainWhileNoRuleIsRemoved) {
+  hardware_->capacity = 3;
+  intfIs("eth2", "P");
+  policyIs("Q", "");
+  forgetJournal();
+  intfIs("eth3", "Q");
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+TEST_F(RunningSm, TriesRefusedRulesAgainWhenAskedTo) {
+  hardware_->capacity = 3;
+  intfIs("eth2", "P");
+  forgetJournal();
+  sm_->retry();
+  EXPECT_EQ(journal_.take().size(), 1U) << "one addition is refused";
+  hardware_->capacity = 6;
+  sm_->retry();
+  EXPECT_EQ(held("eth2"), "abc");
+  EXPECT_TRUE(sm_->ready());
+  forgetJournal();
+  sm_->retry();
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+}
+
+TEST_F(RunningSm, TriesNothingAgainWhileItIsInactive) {
+  hardware_->capacity = 3;
+  intfIs("eth2", "P");
+  sm_->hasNotificationActiveIs(false);
+  hardware_->capacity = 6;
+  sm_->retry();
+  EXPECT_EQ(held("eth2"), "");
+}
+
+TEST_F(RunningSm, TriesRefusedRulesAgainAfterAFailureThatMayHaveMadeRoom) {
+  hardware_->capacity = 3;
+  intfIs("eth2", "P");
+  hardware_->onRemove = [this](const Velo::String&, const AclRule&) {
+    if (held("eth1").size() == 1) throw std::runtime_error("hardware lost");
+  };
+  EXPECT_THROW(intfs_->intfDel("eth1"), std::runtime_error);
+  hardware_->onRemove = nullptr;
+  hardware_->capacity = 4;  // a rule of eth1 is left
+  policyIs("Q", "");        // any change at all
+  EXPECT_EQ(held("eth2"), "abc");
+}
+
+TEST_F(RunningSm, ReplacesAnActionInPlaceWhereThereIsNoRoom) {
+  hardware_->capacity = 3;
+  forgetJournal();
+  PolicyRules rules = rulesOn("abc");
+  rules[1].action.vrfName = "x";
+  policies_->policyMapIs("P", rules);
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 2 v4,protocol=1->x",
+                                            "replaceRule eth1 1 v4,protocol=1->x"));
+  EXPECT_TRUE(sm_->ready());
 }
 
 TEST_F(PolicyOnEth1, IsMendedByTheNextChangeAfterAHelperThrewOnce) {

@@ -13,7 +13,8 @@ namespace {
 
 constexpr const char* nothingApplied =
     "all removed\n  no VRF actions\n"
-    "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n";
+    "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n"
+    "  rules: 0 of 65536 rule entries in use, at most 0; 0 refused\n";
 
 void expectRefused(const std::string& file, const std::string& message) {
   const CallOutcome outcome = callAgent({"run", file});

@@ -41,9 +41,11 @@ TEST(RunCommand, ShowsATable) {
           "  voice  -         -           actionVrf  6      1         programmedInHw  failureNone  "
           "-\n"
           "  chip: 2 of 1024 VRF resources in use; 2 creates, 0 updates, 0 deletes, 0 failed\n"
+          "  rules: 12 of 65536 rule entries in use, at most 12; 0 refused\n"
           "all removed\n"
           "  no VRF actions\n"
-          "  chip: 0 of 1024 VRF resources in use; 2 creates, 0 updates, 2 deletes, 0 failed\n");
+          "  chip: 0 of 1024 VRF resources in use; 2 creates, 0 updates, 2 deletes, 0 failed\n"
+          "  rules: 0 of 65536 rule entries in use, at most 12; 0 refused\n");
 }
 
 TEST(RunCommand, JsonShowsEverything) {
@@ -66,11 +68,13 @@ TEST(RunCommand, JsonShowsEverything) {
           {"vrfName": "blue", "vrfId": 3, "exactMatchLens": [], "exactMatchLensV6": []}],
         "fallback": [], "postDecap": [],
         "decapNhEnabled": false, "decapNhFallbackEnabled": false}}],
-    "chip": {"capacity": 5, "used": 1, "creates": 1, "updates": 0, "deletes": 0, "failures": 0}
+    "chip": {"capacity": 5, "used": 1, "creates": 1, "updates": 0, "deletes": 0, "failures": 0},
+    "ruleTable": {"capacity": 65536, "used": 2, "mostUsed": 2, "refused": 0}
   })"));
   EXPECT_EQ(documents[1], json::parse(R"({
     "configuration": null, "actions": [],
-    "chip": {"capacity": 5, "used": 0, "creates": 1, "updates": 0, "deletes": 1, "failures": 0}
+    "chip": {"capacity": 5, "used": 0, "creates": 1, "updates": 0, "deletes": 1, "failures": 0},
+    "ruleTable": {"capacity": 65536, "used": 0, "mostUsed": 2, "refused": 0}
   })"));
 }
 

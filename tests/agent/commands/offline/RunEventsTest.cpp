@@ -17,7 +17,8 @@ using nlohmann::json;
 
 constexpr const char* removedFromEmpty =
     "all removed\n  no VRF actions\n"
-    "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n";
+    "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n"
+    "  rules: 0 of 65536 rule entries in use, at most 0; 0 refused\n";
 
 // A text in which each `what` is replaced.
 std::string replaced(std::string text, const std::string& what, const std::string& by) {
@@ -85,7 +86,8 @@ TEST(RunEvents, EachEventIsOneJsonDocument) {
           {"vrfName": "red", "vrfId": 7, "exactMatchLens": [], "exactMatchLensV6": []}],
         "fallback": [], "postDecap": [],
         "decapNhEnabled": false, "decapNhFallbackEnabled": false}}],
-    "chip": {"capacity": 1024, "used": 1, "creates": 1, "updates": 1, "deletes": 0, "failures": 1}
+    "chip": {"capacity": 1024, "used": 1, "creates": 1, "updates": 1, "deletes": 0, "failures": 1},
+    "ruleTable": {"capacity": 65536, "used": 1, "mostUsed": 1, "refused": 0}
   })"));
   EXPECT_EQ(documents[1]["calls"], json::array());
   EXPECT_EQ(documents[1]["statuses"], json::array());
@@ -108,7 +110,8 @@ TEST(RunEvents, ActionsThatComeAndGoHaveNoStatusBeforeAndAfter) {
       outcome.out,
       without +
           " applied\n  no VRF actions\n"
-          "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n" +
+          "  chip: 0 of 1024 VRF resources in use; 0 creates, 0 updates, 0 deletes, 0 failed\n"
+          "  rules: 0 of 65536 rule entries in use, at most 0; 0 refused\n" +
           events +
           ":1: config with.json\n"
           "  createVrf actionVrf red\n"
@@ -118,7 +121,8 @@ TEST(RunEvents, ActionsThatComeAndGoHaveNoStatusBeforeAndAfter) {
           "  deleteVrf actionVrf red\n"
           "  status of actionVrf red: programmedInHw -> none\n"
           "all removed\n  no VRF actions\n"
-          "  chip: 0 of 1024 VRF resources in use; 1 creates, 0 updates, 1 deletes, 0 failed\n");
+          "  chip: 0 of 1024 VRF resources in use; 1 creates, 0 updates, 1 deletes, 0 failed\n"
+          "  rules: 0 of 65536 rule entries in use, at most 1; 0 refused\n");
 }
 
 TEST(RunEvents, ShowsNamesAsWords) {
@@ -211,13 +215,15 @@ TEST(BadEvents, WhatWentBeforeIsShownAndRemovedInOrder) {
           "DESCRIPTION\n"
           "  red  -         -           actionVrf  1      1         programmedInHw  failureNone  "
           "-\n"
-          "  chip: 1 of 1024 VRF resources in use; 1 creates, 0 updates, 0 deletes, 0 failed\n" +
+          "  chip: 1 of 1024 VRF resources in use; 1 creates, 0 updates, 0 deletes, 0 failed\n"
+          "  rules: 1 of 65536 rule entries in use, at most 1; 0 refused\n" +
           events +
           ":1: vrf red id 7\n"
           "  updateVrf actionVrf red\n"
           "all removed\n"
           "  no VRF actions\n"
-          "  chip: 0 of 1024 VRF resources in use; 1 creates, 1 updates, 1 deletes, 0 failed\n");
+          "  chip: 0 of 1024 VRF resources in use; 1 creates, 1 updates, 1 deletes, 0 failed\n"
+          "  rules: 0 of 65536 rule entries in use, at most 1; 0 refused\n");
 }
 
 TEST(BadEvents, ABadConfigurationNamesTheEventAndThePlaceInTheConfiguration) {

@@ -70,7 +70,8 @@ TEST_F(Commands, ShowActionsIsTheTableThatRunPrints) {
                 "programmed when it gets one\n"
                 "  red    -         -           actionVrf  2      1         programmedInHw      "
                 "failureNone              -\n"
-                "  chip: 1 of 8 VRF resources in use; 2 creates, 0 updates, 0 deletes, 1 failed\n");
+                "  chip: 1 of 8 VRF resources in use; 2 creates, 0 updates, 0 deletes, 1 failed\n"
+                "  rules: 4 of 65536 rule entries in use, at most 4; 0 refused\n");
 }
 
 TEST_F(Commands, ShowLimitsHasThoseInForce) {
@@ -90,6 +91,7 @@ TEST_F(Commands, ShowActionsAsJsonHasTheMembersOfAReport) {
   EXPECT_EQ(report["configuration"], file_);
   EXPECT_THAT(report["actions"], SizeIs(2));
   EXPECT_EQ(report["chip"]["capacity"], 8);
+  EXPECT_EQ(report["ruleTable"]["mostUsed"], 4);
 }
 
 TEST_F(Commands, ShowVrfsHasARowForEveryKnownVrf) {

@@ -248,6 +248,7 @@ constexpr FormExample formExamples[] = {
      "prefix-lens ipv4 red remove", R"({"event":{"text":"prefix-lens ipv4 red remove"})"},
     {"chip capacity N", "chip capacity 3", "chip capacity 3",
      R"({"event":{"text":"chip capacity 3"})"},
+    {"chip rules N", "chip rules 9", "chip rules 9", R"({"event":{"text":"chip rules 9"})"},
     {"chip fail VRF|any COUNT", "chip fail any 2", "chip fail any 2",
      R"({"event":{"text":"chip fail any 2"})"},
     {"route VRF PREFIX decap", "route red 10.0.0.0/8 decap", "route red 10.0.0.0/8 decap",

@@ -158,9 +158,11 @@ inline std::vector<BadEvent> badEvents() {
        "config FILE: the line must end here, found 'b.json'"},
 
       {"ChipAlone", "chip",
-       "chip capacity|fail: chip must be followed by capacity or fail, found the end of the line"},
+       "chip capacity|rules|fail: chip must be followed by capacity, rules or fail, found the end "
+       "of "
+       "the line"},
       {"ChipWithAnUnknownVerb", "chip break",
-       "chip capacity|fail: chip must be followed by capacity or fail, found 'break'"},
+       "chip capacity|rules|fail: chip must be followed by capacity, rules or fail, found 'break'"},
       {"ChipCapacityWithoutANumber", "chip capacity",
        "chip capacity N: N must be a number from 0 to 4294967295, found the end of the line"},
       {"ChipCapacityIsNoNumber", "chip capacity many",

@@ -73,6 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
         GoodEvent{"Config", "config next.json", ApplyConfig{"next.json"}},
         GoodEvent{"ConfigWithBlanks", "config 'next one.json'", ApplyConfig{"next one.json"}},
         GoodEvent{"ChipCapacity", "chip capacity 0", SetChipCapacity{0}},
+        GoodEvent{"RuleCapacity", "chip rules 7", SetChipRules{7}},
         GoodEvent{"ChipFailVrf", "chip fail red 2", PlanChipFaults{"red", 2}},
         GoodEvent{"ChipFailAny", "chip fail any 0", PlanChipFaults{std::nullopt, 0}},
         GoodEvent{"ChipFailVrfCalledAny", "chip fail 'any' 1", PlanChipFaults{"any", 1}},

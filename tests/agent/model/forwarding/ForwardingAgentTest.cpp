@@ -148,30 +148,73 @@ TEST_F(ForwardingAgentTest, UsersAreThePairsOfInterfaceAndRule) {
             (std::set<ActionUser>{{"e1", "default", "P", 2}, {"e2", "default", "P", 2}}));
 }
 
-TEST_F(ForwardingAgentTest, ARuleThatTheChipDoesNotTakeIsNoUser) {
-  agent_.acl().capacityIs(1);
+TEST_F(ForwardingAgentTest, RulesThatDoNotFitAreNoUsers) {
+  agent_.ruleCapacityIs(1);
   apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
-  EXPECT_EQ(newCalls(), (HookCounts{1, 0, 0, 0}));
-  EXPECT_EQ(agent_.users().size(), 1U);
-  EXPECT_TRUE(agent_.users().contains(red));
-  EXPECT_EQ(agent_.chip().resource(blue), nullptr);
+  EXPECT_TRUE(agent_.users().empty());
+  EXPECT_EQ(agent_.chip().resource(red), nullptr);
   const RuleStates rules = agent_.rules();
   ASSERT_EQ(rules.size(), 2U);
-  EXPECT_EQ(rules[0].place, 0U);
-  EXPECT_FALSE(rules[1].place.has_value());
-  EXPECT_NE(rules[1].reason, "");
+  for (const RuleState& rule : rules) {
+    EXPECT_FALSE(rule.place.has_value());
+    EXPECT_EQ(
+        rule.reason,
+        "the rules do not fit into the 1 rule entries of the chip; remove rules or interfaces "
+        "of a policy; all packets of the interface are dropped");
+  }
+  EXPECT_TRUE(agent_.acl().intfClosed("e1"));
 }
 
-TEST_F(ForwardingAgentTest, ARuleThatTheChipTakesLaterIsAUserThen) {
-  agent_.acl().capacityIs(1);
+TEST_F(ForwardingAgentTest, RulesThatDoNotFitAreAskedForAgainWhenThereIsRoom) {
+  agent_.ruleCapacityIs(1);
   apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1"}});
-  agent_.acl().capacityIs(2);
+  agent_.ruleCapacityIs(2);
+  EXPECT_EQ(agent_.acl().rulesInUse(), 2U);
+  EXPECT_FALSE(agent_.acl().intfClosed("e1"));
   apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e1", "e2"}});
   EXPECT_EQ(agent_.acl().rulesInUse(), 2U);
   apply({{{"red"}, {"blue"}}, {"red", "blue"}, {"e2"}});
   EXPECT_EQ(agent_.users().at(red).size(), 1U);
   EXPECT_EQ(agent_.users().at(blue).size(), 1U);
   EXPECT_EQ(agent_.users().at(blue).begin()->interface, "e2");
+}
+
+TEST_F(ForwardingAgentTest, APolicyThatDoesNotFitReplacesNone) {
+  agent_.ruleCapacityIs(2);
+  apply({{{"red"}, {"blue"}}, {"red", "red"}, {"e1"}});
+  apply({{{"red"}, {"blue"}}, {"blue", "red", "red"}, {"e1"}});
+  const RuleStates rules = agent_.rules();
+  ASSERT_EQ(rules.size(), 5U);
+  for (std::size_t at = 0; at < 3; ++at)
+    EXPECT_FALSE(rules[at].place.has_value());
+  for (std::size_t at = 3; at < 5; ++at) {
+    EXPECT_EQ(rules[at].place, at - 3);
+    EXPECT_TRUE(rules[at].isPrevious);
+    EXPECT_EQ(rules[at].user, (ActionUser{"e1", "default", "P", static_cast<unsigned>(at - 2)}));
+  }
+  EXPECT_EQ(agent_.users().at(red).size(), 2U);
+  EXPECT_EQ(agent_.state().actions.size(), 1U) << "blue is not used";
+  agent_.ruleCapacityIs(4);
+  EXPECT_EQ(agent_.rules().size(), 3U);
+  EXPECT_EQ(agent_.users().at(blue).size(), 1U);
+}
+
+TEST_F(ForwardingAgentTest, AnActionChangesInPlaceWhileTheRuleTableIsFull) {
+  agent_.ruleCapacityIs(1);
+  apply({{{"red"}, {"blue"}}, {"red"}, {"e1"}});
+  (void)newCalls();
+  apply({{{"red"}, {"blue"}}, {"blue"}, {"e1"}});
+  EXPECT_EQ(agent_.users().size(), 1U);
+  EXPECT_EQ(agent_.users().at(blue).size(), 1U);
+  EXPECT_NE(agent_.chip().resource(blue), nullptr);
+  EXPECT_EQ(agent_.chip().resource(red), nullptr);
+}
+
+TEST(ForwardingAgent, LeavesAnInterfaceOpenWhoseRulesDoNotFitIfThatIsChosen) {
+  ForwardingAgent agent(ChipOptions{.ruleCapacity = 0, .whenFull = PolicyMap::WhenFull::open});
+  agent.apply(configurationOf({{{"red"}}, {"red"}, {"e1"}}));
+  EXPECT_FALSE(agent.acl().intfClosed("e1"));
+  EXPECT_FALSE(agent.rules().at(0).place.has_value());
 }
 
 // Throws at the first status of a rule that an agent writes.

@@ -189,6 +189,7 @@ bool KeptFacts::take(const Event& event) {
       return facts.prefixLens_.erase({remove.family, remove.vrf}) != 0;
     }
     bool operator()(const ApplyConfig& /*apply*/) const { return true; }
+    bool operator()(const SetChipRules& /*set*/) const { return true; }
     bool operator()(const SetChipCapacity& set) const {
       facts.chipCapacity_ = set.capacity;
       return true;

@@ -151,6 +151,32 @@ TEST_F(UserCountingAclHelperTest, AMoveChangesNoCount) {
   EXPECT_EQ(helper_->rules("e1").at(0), into("blue"));
 }
 
+TEST_F(UserCountingAclHelperTest, AReplacedRuleHasTheNewResourceBeforeAndTheOldOneUntilAfter) {
+  const auto vrfSm = vrfSmOf(Mox::makePtr<RecordingVrfHelper>(journal_));
+  add("e1", 0, into("red"));
+  (void)journal_.take();
+  EXPECT_TRUE(helper_->replaceRule("e1", 0, into("blue")).accepted);
+  EXPECT_THAT(journal_.lines(),
+              ElementsAre("createVrf blue", "replaceRule e1 0 any->blue", "deleteVrf red"));
+}
+
+TEST_F(UserCountingAclHelperTest, ARefusedReplacementChangesNoCount) {
+  add("e1", 0, into("red"));
+  hardware_->onReplace = [](const Velo::String&, const AclRule&) {
+    return AclResult{false, "no such action"};
+  };
+  EXPECT_EQ(helper_->replaceRule("e1", 0, into("blue")), (AclResult{false, "no such action"}));
+  EXPECT_EQ(usersOf(into("red")), 1U);
+  EXPECT_EQ(usersOf(into("blue")), 0U);
+}
+
+TEST_F(UserCountingAclHelperTest, PassesClosedInterfacesOn) {
+  helper_->intfClosedIs("e1", true);
+  EXPECT_TRUE(hardware_->intfClosed("e1"));
+  EXPECT_TRUE(helper_->intfClosed("e1"));
+  EXPECT_FALSE(helper_->intfClosed("e2"));
+}
+
 TEST_F(UserCountingAclHelperTest, RulesWithoutAVrfActionAreNoUsers) {
   add("e1", 0, {{}, {ActionType::discard, {}, {}, {}}});
   add("e1", 0, {});

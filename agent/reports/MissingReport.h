@@ -1,0 +1,17 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "agent/model/forwarding/AgentState.h"
+
+namespace ZelAgent {
+
+/// Prints one line for each rule and each action that is configured and not programmed on the chip:
+///
+///     not programmed: rule 10 of edge on Ethernet1: the rules do not fit ...
+///     not programmed: actionVrf red: all VRF resources of the chip are in use ...
+///
+/// Prints at most 20 lines, and then the number of the others.
+void writeMissing(std::ostream& err, const AgentState& state, const RuleStates& rules);
+
+}  // namespace ZelAgent
