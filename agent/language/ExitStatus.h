@@ -10,8 +10,8 @@ namespace ZelAgent {
 /// The exit status of every command. Where several apply, the highest is returned.
 enum class ExitStatus : int {
   success = 0,
-  /// With --strict: a rule or an action was not programmed on the chip. Also: the output could not be
-  /// written, a socket could not be made, or no daemon could be reached.
+  /// With --strict: a rule or an action was not programmed on the chip. Also: the output could not
+  /// be written, a socket could not be made, or no daemon could be reached.
   failure = 1,
   /// A configuration, another input file or the command line is wrong. Nothing of the wrong input
   /// was applied.
