@@ -216,15 +216,21 @@ TEST_F(RuleProgrammer, UsesTheRoomThatTheRemovalsOnAnotherInterfaceMake) {
   EXPECT_EQ(held(), "axy");
 }
 
-TEST_F(RuleProgrammer, UsesTheRoomOfAnInterfaceThatUsedTheRoomOfAnother) {
-  hardware_->capacity = 3;
-  program("ab", "c");
-  static_cast<void>(journal_.take());
-  // eth1 has room for one rule only after eth2, which has none before eth1 was asked first.
-  const std::vector<RuleList> lists = program("abx", "");
+TEST_F(RuleProgrammer, AsksAgainAfterTheRemovalsOfAnInterfaceThatWasAskedAgainItself) {
+  const auto listsOf = [](const char* eth1, const char* eth2, const char* eth3) {
+    return std::vector<RuleList>{{"eth1", rulesByMatch(eth1), {}},
+                                 {"eth2", rulesByMatch(eth2), {}},
+                                 {"eth3", rulesByMatch(eth3), {}}};
+  };
+  hardware_->capacity = 5;
+  std::vector<RuleList> lists = listsOf("a", "bcd", "f");
+  programRules(*hardware_, lists);
+  // There is room for eth1 only after eth2 has changed, and for eth2 only after eth3 has.
+  lists = listsOf("axy", "e", "");
+  EXPECT_TRUE(programRules(*hardware_, lists).madeRoom);
+  EXPECT_EQ(held(), "axy");
+  EXPECT_EQ(namesOf(hardware_->held("eth2")), "e");
   EXPECT_THAT(lists[0].results, Each(accepted));
-  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 2 any->x", "removeRule eth2 0 any->c",
-                                            "addRule eth1 2 any->x"));
 }
 
 TEST_F(RuleProgrammer, LeavesOtherInterfacesAloneWhileOneIsRefused) {
