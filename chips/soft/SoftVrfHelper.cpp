@@ -72,6 +72,7 @@ HwStatus SoftVrfHelper::updateVrf(const VrfAction& action) {
 void SoftVrfHelper::deleteVrf(const VrfAction& action) {
   ++hookCounts_.deletes;
   release(action);
+  asked_.programDel(action);
   notifyObserver({Hook::deleteVrf, action, false});
 }
 
@@ -84,6 +85,11 @@ VrfProgram SoftVrfHelper::currentProgram(const VrfAction& action) const {
   return programOf(action, {vrfFallbackConfig(), routingHwRouteStatus(), routing6HwRouteStatus()});
 }
 
+bool SoftVrfHelper::isOutOfDate(const VrfAction& action) const {
+  const VrfProgram* const asked = asked_.program(action);
+  return asked != nullptr && *asked != currentProgram(action);
+}
+
 HwStatus SoftVrfHelper::program(Hook hook, const VrfAction& action) {
   HwStatus status = programNow(action);
   const bool failed = status.status() == ProgrammingResult::programmingFailure;
@@ -93,8 +99,9 @@ HwStatus SoftVrfHelper::program(Hook hook, const VrfAction& action) {
 }
 
 HwStatus SoftVrfHelper::programNow(const VrfAction& action) {
-  if (faultPlan_.takeFault(action.vrfName())) return faultFailure();
   VrfProgram wanted = currentProgram(action);
+  asked_.programIs(action, wanted);
+  if (faultPlan_.takeFault(action.vrfName())) return faultFailure();
   if (const L3::VrfName vrf = vrfWithoutId(wanted); !vrf.empty()) {
     release(action);
     return noIdFailure(vrf);

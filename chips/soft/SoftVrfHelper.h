@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ZelVrfSelectionPolicy/tables/VrfHelper.h"
+#include "chips/soft/AskedPrograms.h"
 #include "chips/soft/FaultPlan.h"
 #include "chips/soft/FreeNumbers.h"
 #include "chips/soft/HookCall.h"
@@ -77,6 +78,11 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   [[nodiscard]] const VrfResource* resource(const VrfAction& action) const;
   /// What the resource of the action would be programmed with now.
   [[nodiscard]] VrfProgram currentProgram(const VrfAction& action) const;
+  /// What the last hook call for each action asked for, accepted or refused.
+  [[nodiscard]] const AskedPrograms& askedPrograms() const noexcept { return asked_; }
+  /// Whether the last hook call for the action used other facts than the current ones. Then the
+  /// resource may be stale, and the reason of a refusal may be out of date.
+  [[nodiscard]] bool isOutOfDate(const VrfAction& action) const;
   [[nodiscard]] const HookCounts& hookCounts() const noexcept { return hookCounts_; }
   /// Replaces the observer, which is called after each hook call. An empty one ends observation.
   void hookObserverIs(HookObserver observer) { hookObserver_ = std::move(observer); }
@@ -90,6 +96,7 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   std::uint32_t capacity_;
   FaultPlan faultPlan_;
   Resources resources_;
+  AskedPrograms asked_;
   FreeNumbers indexes_;
   HookCounts hookCounts_;
   HookObserver hookObserver_;
