@@ -8,6 +8,8 @@
 namespace Fuzz {
 namespace {
 
+using ZelVrfSelectionPolicy::ProgrammingResult;
+
 ZelAgent::Probes probesOf(const ZelAgent::Configuration& configuration) {
   ZelAgent::Probes probes;
   std::uint32_t vrfId = 0;
@@ -34,6 +36,9 @@ void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfH
     must(action.users > 0, "an action without users has no entry");
     must(action.users == action.usedBy.size(), "users are the rules that the chip holds");
     must(statuses.contains(action.action), "an action with users has a status");
+    if (action.status.status() == ProgrammingResult::programmedInHw) {
+      must(action.resource && !action.resourceIsStale(), "a programmed action is up to date");
+    }
   }
   for (const auto& [action, resource] : chip.resources()) {
     must(statuses.contains(action), "a resource on the chip is that of an action with a status");

@@ -143,7 +143,7 @@ void applyOneAfterTheOther(const std::vector<Configuration>& configurations) {
     facts.configurationIs(configuration);
     Fuzz::checkAgent(agent, agent.chip());
   }
-  Fuzz::checkAsFresh(served, facts, facts.mayHaveStaleActions() ? Scope::rules : Scope::everything);
+  Fuzz::checkAsFresh(served, facts, Scope::everything);
   agent.removeAll();
   must(agent.statuses().empty() && agent.chip().resources().empty() && agent.rules().empty(),
        "without a configuration nothing is left");

@@ -5,7 +5,7 @@
 // to the first refused line. An event that cannot be played is refused in the same way and changes
 // nothing. After each event `checkAgent` holds. At the end of one input in eight the agent is as a
 // fresh one with the facts that are kept: at once without its resources, and wholly after the
-// faults are over and every action was updated.
+// faults are over and `retry`.
 
 #include <cstdint>
 #include <numeric>
@@ -72,9 +72,7 @@ class Player final {
     for (const std::optional<std::string>& vrf : vrfsWithFaults_)
       play(PlanChipFaults{vrf, 0});
     play(SetChipCapacity{roomyChip});
-    const bool decapNh = facts_.decapNh();
-    play(SetDecapNh{!decapNh});
-    play(SetDecapNh{decapNh});
+    play(Retry{});
     Fuzz::checkAsFresh(served_, facts_, Scope::everything);
   }
 

@@ -26,6 +26,10 @@ inline constexpr std::uint32_t chipResources = 1024;
 inline constexpr std::uint32_t chipRules = 64 * 1024;
 /// Gateways on the way to a next hop. A longer chain counts as a loop.
 inline constexpr unsigned gateways = 8;
+/// Hook calls by which one step of the agent's recovery repeats refused requests.
+inline constexpr std::size_t retriesOfAStep = 64;
+/// Steps of the agent's recovery between two requests for a refused action.
+inline constexpr std::uint64_t pauseSteps = 32;
 
 /// The longest request line, without its line end.
 inline constexpr std::size_t requestBytes = std::size_t{64} << 10U;

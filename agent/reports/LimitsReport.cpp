@@ -39,6 +39,10 @@ void addChip(LimitTable& table, const ChangeableLimits& inForce) {
                    "VRFs that one lookup tries; the fallback VRF of the last is not used"});
   table.push_back({"gateways", Limits::gateways, "gateways", "",
                    "gateways on the way to a next hop; a next hop behind more is not used"});
+  table.push_back({"retries", Limits::retriesOfAStep, "calls", "",
+                   "refused actions that are requested again at one event; others wait longer"});
+  table.push_back({"retry pause", Limits::pauseSteps, "steps", "",
+                   "events, or seconds of a daemon, between two requests for a refused action"});
 }
 
 void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {

@@ -33,17 +33,14 @@ HwStatus noIdFailure(const L3::VrfName& vrf) {
                      " has no hardware VRF id; the action is programmed when it gets one");
 }
 
-HwStatus exhaustedFailure(std::size_t used, std::uint32_t capacity) {
+HwStatus exhaustedFailure() {
   return failure(FailureCode::failureVrfResourceExhausted,
-                 "all VRF resources of the chip are in use (" + std::to_string(used) + " of " +
-                     std::to_string(capacity) +
-                     "); free one, and the action is programmed at the next change of its VRFs");
+                 "the chip had no free VRF resource; the action is programmed when it gets one");
 }
 
 HwStatus faultFailure() {
   return failure(FailureCode::failureVrfResourceAlloc,
-                 "the chip refused the request (a planned fault); the action is programmed at the "
-                 "next change of its VRFs");
+                 "the chip refused the request (a planned fault); it is repeated after a pause");
 }
 
 }  // namespace
@@ -111,7 +108,7 @@ HwStatus SoftVrfHelper::programNow(const VrfAction& action) {
     present->second.program = std::move(wanted);
     return {};
   }
-  if (resources_.size() >= capacity_) return exhaustedFailure(resources_.size(), capacity_);
+  if (resources_.size() >= capacity_) return exhaustedFailure();
   resources_.emplace(action, VrfResource{indexes_.take(), std::move(wanted)});
   return {};
 }

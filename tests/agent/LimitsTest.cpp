@@ -156,8 +156,36 @@ void keepsChipResources(std::uint64_t limit) {
   for (const ActionState& action : full.actions) {
     if (!action.resource) failures.push_back(action.status.failureDescription().str());
   }
-  EXPECT_THAT(failures,
-              ::testing::ElementsAre(HasSubstr("all VRF resources of the chip are in use")));
+  EXPECT_THAT(failures, ::testing::ElementsAre(HasSubstr("no free VRF resource")));
+  agent.removeAll();
+}
+
+void keepsRetries(std::uint64_t limit) {
+  ForwardingAgent agent(0);
+  agent.apply(oneActionForEachOf(limit + 1));
+  agent.chip().capacityIs(Limits::chipResources);
+  agent.complete();
+  EXPECT_EQ(agent.chip().resources().size(), limit);
+  agent.complete();
+  EXPECT_EQ(agent.chip().resources().size(), limit + 1);
+  agent.removeAll();
+}
+
+void keepsRetryPauses(std::uint64_t limit) {
+  ForwardingAgent agent(1);
+  agent.chip().faultPlan().anyFaultsIs(100);
+  agent.apply(oneActionForEachOf(1));
+  std::uint64_t pause = 0;
+  std::uint64_t longest = 0;
+  for (std::uint64_t step = 0; step < 8 * limit; ++step) {
+    const std::uint64_t before = agent.chip().hookCounts().updates;
+    agent.complete();
+    ++pause;
+    if (agent.chip().hookCounts().updates == before) continue;
+    longest = std::max(longest, pause);
+    pause = 0;
+  }
+  EXPECT_EQ(longest, limit);
   agent.removeAll();
 }
 
@@ -435,6 +463,8 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"chip rules", keepsChipRules},
       {"fallback walk", keepsFallbackWalks},
       {"gateways", keepsGateways},
+      {"retries", keepsRetries},
+      {"retry pause", keepsRetryPauses},
       {"request", keepsRequests},
       {"answer", keepsAnswers},
       {"waiting answers", keepsWaitingAnswers},

@@ -73,6 +73,7 @@ constexpr CommandRow rows[] = {
     {"route VRF PREFIX via INTERFACE", "Add a route to the prefix through the interface",
      playEvent},
     {"route VRF PREFIX remove", "Remove a route that an event has set", playEvent},
+    {"retry", "Ask the chip again for all that it has refused", playEvent},
     {"explain INTERFACE PACKET...",
      "Show the path of a packet: ipv4|ipv6 SOURCE to DESTINATION ...", explainPacket},
     {"show", "The actions, and each resource of the chip in full", playEvent},

@@ -47,6 +47,7 @@ EventEffects ServedAgent::play(const Event& event) {
     record_.inForce = config->file;
     record_.source = ConfigurationSource::event;
   }
+  notifyObserver();
   return effects;
 }
 
@@ -59,7 +60,12 @@ std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {
   agent_.apply(read.configuration);
   record_.inForce = record_.file;
   record_.source = source;
+  notifyObserver();
   return std::move(read.warnings);
+}
+
+void ServedAgent::notifyObserver() const {
+  if (changeObserver_) changeObserver_();
 }
 
 }  // namespace ZelAgent

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -44,6 +45,9 @@ class ServedAgent final {
   std::vector<std::string> reload();
   /// Throws an `EventError`.
   EventEffects play(const Event& event);
+  /// Replaces the observer, which is called after each of the above that succeeded. An empty one
+  /// ends observation.
+  void changeObserverIs(std::function<void()> observer) { changeObserver_ = std::move(observer); }
 
   [[nodiscard]] ForwardingAgent& agent() noexcept { return agent_; }
   /// The limits in force. An event may have changed the capacity of the chip.
@@ -52,10 +56,12 @@ class ServedAgent final {
 
  private:
   std::vector<std::string> applyFile(ConfigurationSource source);
+  void notifyObserver() const;
 
   ForwardingAgent agent_;
   std::chrono::milliseconds clientTimeout_;
   ConfigurationRecord record_;
+  std::function<void()> changeObserver_;
 };
 
 }  // namespace ZelAgent

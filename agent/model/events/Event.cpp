@@ -67,6 +67,7 @@ struct Writer {
     return routeTo(event) + " via " + toWord(event.interface);
   }
   std::string operator()(const RemoveRoute& event) const { return routeTo(event) + " remove"; }
+  std::string operator()(const Retry& /*event*/) const { return "retry"; }
   std::string operator()(const Show& /*event*/) const { return "show"; }
 };
 

@@ -135,6 +135,11 @@ struct RemoveRoute {
   bool operator==(const RemoveRoute&) const = default;
 };
 
+/// retry: the chip is asked again for every action and rule that it has refused.
+struct Retry {
+  bool operator==(const Retry&) const = default;
+};
+
 /// show
 struct Show {
   bool operator==(const Show&) const = default;
@@ -147,7 +152,8 @@ struct Show {
 using Event =
     std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
                  SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig, SetChipCapacity,
-                 SetChipRules, PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Show>;
+                 SetChipRules, PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Retry,
+                 Show>;
 
 /// The event as a line of an event file. Reading the line returns an equal event.
 [[nodiscard]] std::string toText(const Event& event);

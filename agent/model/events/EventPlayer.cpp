@@ -54,6 +54,11 @@ std::vector<StatusChange> changesBetween(const Statuses& before, const Statuses&
                    advice);
 }
 
+// `show` changes nothing, and `apply` makes the step for a configuration.
+bool needsStep(const Event& event) {
+  return !std::holds_alternative<Show>(event) && !std::holds_alternative<ApplyConfig>(event);
+}
+
 // Applies one event to the agent.
 class Change final {
  public:
@@ -159,6 +164,8 @@ class Change final {
     }
   }
 
+  void operator()(const Retry& /*event*/) const { agent_.retry(); }
+
   void operator()(const Show& /*event*/) const {}
 
  private:
@@ -188,6 +195,7 @@ EventEffects EventPlayer::play(const Event& event) {
   const CallRecorder recorder(agent_.chip(), effects.calls);
   const Statuses before = agent_.statuses();
   std::visit(Change(agent_, folder_, effects.warnings), event);
+  if (needsStep(event)) agent_.complete();
   agent_.routes().program();
   effects.statusChanges = changesBetween(before, agent_.statuses());
   return effects;

@@ -31,7 +31,7 @@ struct EventEffects {
   std::vector<std::string> warnings;  // of a configuration that was read
 };
 
-/// Plays events on a running agent.
+/// Plays events on a running agent. Each event but `show` ends with a step of the agent's recovery.
 class EventPlayer final {
  public:
   /// The agent must outlive the player. Files that events name are in `folder`.

@@ -131,6 +131,11 @@ Event readRoute(EventLine& line) {
   return SetEgressRoute{std::move(vrf), *prefix, line.needInterface("INTERFACE")};
 }
 
+Event readRetry(EventLine& line) {
+  line.formIs("retry");
+  return Retry{};
+}
+
 Event readShow(EventLine& line) {
   line.formIs("show");
   return Show{};
@@ -149,6 +154,7 @@ constexpr Kind kinds[] = {{"vrf", readVrf},
                           {"config", readConfig},
                           {"chip", readChip},
                           {"route", readRoute},
+                          {"retry", readRetry},
                           {"show", readShow}};
 
 void visitLine(std::string_view line, const EventPlace& place, const EventVisitor& visit) {
@@ -171,7 +177,7 @@ std::optional<Event> readEvent(std::string_view text) {
   if (kind == std::end(kinds)) {
     line.fail(
         "an event must begin with vrf, fallback, decap-nh, decap-nh-fallback, prefix-lens, config, "
-        "chip, route or show",
+        "chip, route, retry or show",
         name);
   }
   Event event = kind->read(line);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "agent/language/Limits.h"
+#include "agent/model/forwarding/Reprogrammer.h"
 #include "agent/model/policies/UserCountingAclHelper.h"
 
 namespace ZelAgent {
@@ -96,8 +97,11 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
   mounts_->policyStatusIs(policyStatus_);
   policySm_->vrfSmIs(vrfHwConfig_, vrfHwStatus_, chip_, fallbackConfig_, routeStatus_,
                      routeStatusV6_);
+  reprogrammer_ = std::make_unique<Reprogrammer>(chip_, inputs(), policySm_->vrfSm());
   bindPolicySm();
 }
+
+ForwardingAgent::~ForwardingAgent() = default;
 
 void ForwardingAgent::apply(const Configuration& next) {
   FallbackByInstance instances;
@@ -112,7 +116,21 @@ void ForwardingAgent::apply(const Configuration& next) {
   takeDownInstances(instances);
   instances_ = std::move(instances);
   configuration_ = next;
+  complete();
   routes_.program();
+}
+
+void ForwardingAgent::complete() {
+  reprogrammer_->step();
+}
+
+bool ForwardingAgent::isRecovering() const {
+  return reprogrammer_->isPending();
+}
+
+void ForwardingAgent::retry() {
+  reprogrammer_->retry();
+  retryRules();
 }
 
 void ForwardingAgent::removeAll() {

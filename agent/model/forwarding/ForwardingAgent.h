@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,8 @@ struct ChipOptions {
   PolicyMap::WhenFull whenFull = PolicyMap::WhenFull::closed;
 };
 
+class Reprogrammer;
+
 /// The agent. It owns the inputs and outputs of the library (policies, tables, route status,
 /// fallback configuration, chip). It changes them in an order that the library and the chip can
 /// follow.
@@ -43,19 +46,26 @@ class ForwardingAgent final {
   explicit ForwardingAgent(const ChipOptions& chip);
   explicit ForwardingAgent(std::uint32_t chipCapacity)
       : ForwardingAgent(ChipOptions{.capacity = chipCapacity}) {}
+  ForwardingAgent(const ForwardingAgent&) = delete;
+  ForwardingAgent& operator=(const ForwardingAgent&) = delete;
+  ~ForwardingAgent();
 
   /// Makes `next` the configuration in force. The order is: statuses and hardware ids of new
   /// instances; new and changed routes; new and changed fallback VRFs; the VRFs of interfaces; new
   /// rules with their users; rules that are gone; fallback VRFs and statuses of instances that are
-  /// gone; routes that are gone.
+  /// gone; what the library did not program; routes that are gone.
   void apply(const Configuration& next);
   /// Applies the empty configuration, then removes every other route, VRF status, fallback VRF and
   /// prefix length.
   void removeAll();
-
-  /// Asks the chip again for rules that it refused.
-  void retryRules();
-  /// Changes the number of the chip's rule entries, then calls `retryRules`.
+  /// Makes a step of the recovery that Reprogrammer.h describes. Call it after each change of facts
+  /// or of the chip. `apply` calls it.
+  void complete();
+  /// Whether `complete` has something to do, even if nothing changes until then.
+  [[nodiscard]] bool isRecovering() const;
+  /// Asks the chip again for every action and then for every rule that it has refused.
+  void retry();
+  /// Changes the number of the chip's rule entries, then asks again for refused rules.
   void ruleCapacityIs(std::uint32_t capacity);
 
   /// The configuration in force.
@@ -98,6 +108,7 @@ class ForwardingAgent final {
 
   [[nodiscard]] SoftChip::ProgramInputs inputs() const;
   void bindPolicySm();
+  void retryRules();
   void bringUpInstances(const Configuration& next);
   void changeFallbacks(const Configuration& next);
   void changeInterfaces(const Configuration& next);
@@ -127,6 +138,7 @@ class ForwardingAgent final {
   SoftChip::Forwarder forwarder_;
   RouteProgrammer routes_;
   Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> policySm_;
+  std::unique_ptr<Reprogrammer> reprogrammer_;
   VrfIds vrfIds_;
   PolicyObjects policies_;
   std::map<Velo::String, std::vector<ActionUser>> rulesInForce_;  // by interface, then by place

@@ -17,6 +17,7 @@
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
 #include "agent/serve/daemon/PipeListener.h"
+#include "agent/serve/daemon/RecoveryTimer.h"
 #include "agent/serve/daemon/ReloadReport.h"
 #include "agent/serve/daemon/SignalWatch.h"
 #include "agent/serve/daemon/Stream.h"
@@ -62,6 +63,7 @@ ExitStatus Daemon::serve() {
   const SignalWatch onInterrupt(loop_, SIGINT, end);
   CoalescedCall reloads(loop_, [this] { reload(); });
   const SignalWatch onHangUp(loop_, SIGHUP, [&reloads] { reloads.request(); });
+  const RecoveryTimer recovery(loop_, served_);
   printLines(warningLines(served_.start()));
   ListeningSocket socket(options_.socket);
   ControlServer server(loop_, served_, options_.limits);

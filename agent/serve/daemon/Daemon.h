@@ -21,7 +21,8 @@ struct DaemonOptions {
   ServerLimits limits;
 };
 
-/// An agent that applies its configuration and serves clients until a signal ends it.
+/// An agent that applies its configuration and serves clients until a signal ends it. While the
+/// chip refuses actions, it asks again once a second, as RecoveryTimer.h describes.
 ///
 /// Its clients and signals do not block it. Any number of SIGHUPs that arrive before a reload are
 /// one reload, and clients have their turn between two reloads. It prints lines, and the text

@@ -121,6 +121,7 @@ class ReferenceForwarder final {
   void change(const SetDecapRoute& event);
   void change(const SetEgressRoute& event);
   void change(const RemoveRoute& event) { routes_[event.vrf].takeBack(event.prefix); }
+  void change(const Retry&) {}
   void change(const Show&) {}
 
   Configuration configuration_;

@@ -146,9 +146,9 @@ TEST_F(PathReportTest, AnActionWithoutAResource) {
 }
 
 TEST_F(PathReportTest, AStaleResourceAndAVrfWithoutAnId) {
-  play("vrf blue id 0");
   play("fallback red to blue");
   play("chip fail any 100");
+  play("vrf blue id 0");
   play("fallback red to default");
   play("prefix-lens ipv4 red 16");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet3"),

@@ -249,6 +249,7 @@ constexpr FormExample formExamples[] = {
     {"chip capacity N", "chip capacity 3", "chip capacity 3",
      R"({"event":{"text":"chip capacity 3"})"},
     {"chip rules N", "chip rules 9", "chip rules 9", R"({"event":{"text":"chip rules 9"})"},
+    {"retry", "retry", "retry", R"({"event":{"text":"retry"})"},
     {"chip fail VRF|any COUNT", "chip fail any 2", "chip fail any 2",
      R"({"event":{"text":"chip fail any 2"})"},
     {"route VRF PREFIX decap", "route red 10.0.0.0/8 decap", "route red 10.0.0.0/8 decap",

@@ -24,10 +24,10 @@ inline std::vector<BadEvent> badEvents() {
   return {
       {"UnknownEvent", "paint red",
        "an event must begin with vrf, fallback, decap-nh, decap-nh-fallback, prefix-lens, config, "
-       "chip, route or show, found 'paint'"},
+       "chip, route, retry or show, found 'paint'"},
       {"UnknownEventInUpperCase", "SHOW",
        "an event must begin with vrf, fallback, decap-nh, decap-nh-fallback, prefix-lens, config, "
-       "chip, route or show, found 'SHOW'"},
+       "chip, route, retry or show, found 'SHOW'"},
       {"QuoteInWord", "vrf it's remove",
        "vrf NAME id|remove|add: expected the word in quotes, as 'it\\'s' at byte 4, found "
        "'it\\'s remove'"},
@@ -218,6 +218,7 @@ inline std::vector<BadEvent> badEvents() {
       {"RouteRemoveIsFollowedByMore", "route red 192.0.2.0/24 remove now",
        "route VRF PREFIX remove: the line must end here, found 'now'"},
 
+      {"RetryIsFollowedByMore", "retry red", "retry: the line must end here, found 'red'"},
       {"ShowIsFollowedByMore", "show all", "show: the line must end here, found 'all'"},
   };
 }

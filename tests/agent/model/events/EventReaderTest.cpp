@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
                   RemoveRoute{"red", prefixOf("2001:db8::/32")}},
         GoodEvent{"RouteOfAVrfCalledLikeAVerb", "route via 10.0.0.0/8 remove",
                   RemoveRoute{"via", prefixOf("10.0.0.0/8")}},
-        GoodEvent{"Show", "show", Show{}}),
+        GoodEvent{"Retry", "retry", Retry{}}, GoodEvent{"Show", "show", Show{}}),
     [](const auto& good) { return std::string(good.param.name); });
 
 class BadEventTest : public ::testing::TestWithParam<BadEvent> {};

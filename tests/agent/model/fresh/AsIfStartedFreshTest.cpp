@@ -9,10 +9,10 @@
 //                              room when the last configuration was applied, and then has that
 //                              reason as status; the users are the rules on the chip
 //   if every rule had room     Scope::rules
-//   if no hook call had to fail and no change came on which the library does not act
+//   if no hook call had to fail by a planned fault or for lack of room
 //                              Scope::everything
-//   at the end of a history    Scope::everything, after the faults are over, the chip has room, the
-//                              configuration was applied again, and every action was updated once
+//   at the end of a history    Scope::everything, after the faults are over, the chip has room, it
+//                              was asked again, and the configuration was applied again
 //   after `removeAll`          Scope::everything, without a configuration, and with the last one
 //                              again
 #include <gtest/gtest.h>
@@ -63,8 +63,8 @@ class AgedAgent final {
       return firstDifference("== facts\n" + KeptFacts::textOf(agent()),
                              "== facts\n" + facts_.text());
     }
-    for (const std::string& wrong : {answers_.take(calls_, facts_.mayHaveStaleActions(), agent()),
-                                     wrongShowConfig(), wrongRules()}) {
+    for (const std::string& wrong :
+         {answers_.take(calls_, agent()), wrongShowConfig(), wrongRules()}) {
       if (!wrong.empty()) return wrong;
     }
     return differenceFromFresh();
@@ -169,13 +169,9 @@ class AgedAgent final {
 
   void operator()(const Recover& /*recover*/) {
     agent().acl().capacityIs(roomForRules);
-    for (const Event& event : recoveringEvents(facts_.decapNh()))
+    for (const Event& event : recoveringEvents())
       (*this)(event);
     observe([&] { agent().apply(facts_.configuration()); });
-    const bool decapNh = facts_.decapNh();
-    (*this)(SetDecapNh{!decapNh});
-    (*this)(SetDecapNh{decapNh});
-    facts_.allAreUpdated();
     rulesMayBeMissing_ = false;
     callsMayFail_ = false;
   }
@@ -228,7 +224,7 @@ class AgedAgent final {
 
   [[nodiscard]] Scope scope() const {
     if (rulesMayBeMissing_) return Scope::facts;
-    return callsMayFail_ || facts_.mayHaveStaleActions() ? Scope::rules : Scope::everything;
+    return callsMayFail_ ? Scope::rules : Scope::everything;
   }
 
   [[nodiscard]] std::string differenceFromFresh() {

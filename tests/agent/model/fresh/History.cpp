@@ -30,12 +30,7 @@ class HistoryMaker final {
   }
 
  private:
-  Configuration makeConfiguration() {
-    Configuration configuration = makeWorld(choices_).configuration;
-    // The library does not follow what is behind the default VRF.
-    if (isCalm_) configuration.networkInstances.front().fallback.clear();
-    return configuration;
-  }
+  Configuration makeConfiguration() { return makeWorld(choices_).configuration; }
 
   void addStep(std::vector<Step>& steps) {
     if (choices_.percent(40)) return addConfiguration(steps);
@@ -106,22 +101,13 @@ class HistoryMaker final {
     const std::vector<Event> events = makeWorld(choices_).events;
     const std::size_t first = choices_.below(static_cast<unsigned>(events.size()));
     for (std::size_t at = first; at < std::min(first + 3, events.size()); ++at) {
-      if (!isCalm_ || isActedOn(events[at])) steps.emplace_back(events[at]);
+      if (!isCalm_ || !makesTheChipRefuse(events[at])) steps.emplace_back(events[at]);
     }
   }
 
-  // Whether the library updates every action that the event concerns.
-  static bool isActedOn(const Event& event) {
-    const auto isOther = [](const auto& fact) { return fact.vrf != defaultVrfName; };
-    if (const auto* const set = std::get_if<SetVrfId>(&event)) return set->id != 0 && isOther(*set);
-    if (const auto* const set = std::get_if<SetFallback>(&event)) return isOther(*set);
-    if (const auto* const set = std::get_if<RemoveFallback>(&event)) return isOther(*set);
-    if (const auto* const set = std::get_if<SetPrefixLens>(&event)) return isOther(*set);
-    if (const auto* const set = std::get_if<RemovePrefixLens>(&event)) return isOther(*set);
-    if (const auto* const remove = std::get_if<RemoveVrf>(&event)) return isOther(*remove);
-    return !std::holds_alternative<AddVrf>(event) &&
-           !std::holds_alternative<SetChipCapacity>(event) &&
-           !std::holds_alternative<PlanChipFaults>(event);
+  static bool makesTheChipRefuse(const Event& event) {
+    return std::holds_alternative<SetChipCapacity>(event) ||
+           std::holds_alternative<PlanChipFaults>(event);
   }
 
   Probes makeProbes() {
@@ -151,12 +137,11 @@ std::string inOneLine(const std::string& document) {
 
 }  // namespace
 
-std::vector<Event> recoveringEvents(bool decapNh) {
+std::vector<Event> recoveringEvents() {
   std::vector<Event> events{SetChipCapacity{roomyChip}, PlanChipFaults{{}, 0}};
   for (const std::string& vrf : historyVrfs())
     events.emplace_back(PlanChipFaults{vrf, 0});
-  events.emplace_back(SetDecapNh{!decapNh});
-  events.emplace_back(SetDecapNh{decapNh});
+  events.emplace_back(Retry{});
   return events;
 }
 
@@ -182,7 +167,7 @@ std::string textOf(const History& history) {
     }
     std::string operator()(const Recover& /*recover*/) const {
       std::string text = "# room for every rule; the last configuration again; then:";
-      for (const Event& event : recoveringEvents(false))
+      for (const Event& event : recoveringEvents())
         text += '\n' + toText(event);
       return text;
     }

@@ -24,8 +24,8 @@ struct Configure {
 struct SetRuleCapacity {
   std::uint32_t rules = 0;
 };
-// The chip has room for everything and no planned fault. Then the configuration is applied again,
-// and every action is updated.
+// The chip has room for everything and no planned fault. It is asked again for all that it has
+// refused. Then the configuration is applied again.
 struct Recover {};
 
 using Step = std::variant<Event, Reload, Configure, SetRuleCapacity, Recover>;
@@ -39,12 +39,11 @@ struct History {
 inline constexpr std::uint32_t roomyChip = 1000;
 inline constexpr std::uint32_t roomForRules = 10000;
 
-// The events by which the agent recovers: no planned faults, room, and an update of every action,
-// if the flag of decapsulation is switched and switched back.
-[[nodiscard]] std::vector<Event> recoveringEvents(bool decapNh);
+// The events by which the agent recovers: room, no planned faults, and `retry`.
+[[nodiscard]] std::vector<Event> recoveringEvents();
 
-// A history. About half of the histories have only events on which the library acts, so that the
-// whole state of the agent can be compared after each step.
+// A history. About half of the histories have no event by which the chip refuses something that a
+// fresh chip accepts, so that the whole state of the agent can be compared after each step.
 [[nodiscard]] History randomHistory(RandomChoices& choices);
 
 // The history as event lines and documents. Reloads are written as `config FILE`.

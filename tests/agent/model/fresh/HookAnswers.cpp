@@ -22,8 +22,7 @@ bool isPresentFailure(const HwStatus& status, const VrfAction& action, Forwardin
   if (!vrfWithoutId(agent.chip().currentProgram(action)).empty()) {
     return isFailure(status, FailureCode::failureVrfResourceAlloc, "has no hardware VRF id");
   }
-  return isFailure(status, FailureCode::failureVrfResourceExhausted,
-                   "of " + std::to_string(agent.chip().capacity()) + ')');
+  return isFailure(status, FailureCode::failureVrfResourceExhausted, "no free VRF resource");
 }
 
 }  // namespace
@@ -56,8 +55,7 @@ HookAnswers::Outcome HookAnswers::outcomeOf(const VrfAction& action, ForwardingA
 }
 
 std::string HookAnswers::differenceOf(const VrfAction& action, const Outcome& before,
-                                      const Answers& answers, bool mayBeStale,
-                                      ForwardingAgent& agent) {
+                                      const Answers& answers, ForwardingAgent& agent) {
   const Outcome now = outcomeOf(action, agent);
   if (answers.last == Answer::none) {
     return now == before ? "" : "changed without a hook call";
@@ -78,7 +76,7 @@ std::string HookAnswers::differenceOf(const VrfAction& action, const Outcome& be
   }
   switch (answers.lastReal) {
     case Answer::success:
-      if (!mayBeStale && answers.last == Answer::success && now.program &&
+      if (answers.last == Answer::success && now.program &&
           now.program != agent.chip().currentProgram(action)) {
         return "has a resource with another program than its update made";
       }
@@ -91,7 +89,7 @@ std::string HookAnswers::differenceOf(const VrfAction& action, const Outcome& be
   }
 }
 
-std::string HookAnswers::take(const std::vector<SoftChip::HookCall>& calls, bool mayBeStale,
+std::string HookAnswers::take(const std::vector<SoftChip::HookCall>& calls,
                               ForwardingAgent& agent) {
   std::map<VrfAction, Answers> answers;
   std::string wrong;
@@ -109,8 +107,7 @@ std::string HookAnswers::take(const std::vector<SoftChip::HookCall>& calls, bool
     ofAction.lastReal = ofAction.last;
   }
   for (const auto& [action, ofAction] : answers) {
-    const std::string difference =
-        differenceOf(action, before_[action], ofAction, mayBeStale, agent);
+    const std::string difference = differenceOf(action, before_[action], ofAction, agent);
     if (!difference.empty()) {
       std::ostringstream text;
       text << action << ' ' << difference;

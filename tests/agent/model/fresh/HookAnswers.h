@@ -18,9 +18,7 @@ namespace ZelAgent {
 //   deleted                       there is no status and no resource
 //   last call a planned fault     the status is that failure; the resource stays as it was before
 //   last call failed otherwise    the status has the reason; there is no resource
-//   last call succeeded           the status is success; the resource has the current program, if
-//   no
-//                                 change came on which the library does not act
+//   last call succeeded           the status is success; the resource has the current program
 //
 // Each planned fault makes one call fail. The chip has resources only for actions with a status,
 // and a full chip gets no more.
@@ -28,9 +26,8 @@ class HookAnswers final {
  public:
   // Plans faults as the event does.
   void take(const PlanChipFaults& plan);
-  // Takes the calls of a step. Returns what is wrong; empty if nothing is. `mayBeStale` is
-  // whether a change came on which the library does not act.
-  [[nodiscard]] std::string take(const std::vector<SoftChip::HookCall>& calls, bool mayBeStale,
+  // Takes the calls of a step. Returns what is wrong; empty if nothing is.
+  [[nodiscard]] std::string take(const std::vector<SoftChip::HookCall>& calls,
                                  ForwardingAgent& agent);
 
  private:
@@ -51,8 +48,7 @@ class HookAnswers final {
   [[nodiscard]] bool isPlanned(const SoftChip::HookCall& call);
   [[nodiscard]] static Outcome outcomeOf(const VrfAction& action, ForwardingAgent& agent);
   [[nodiscard]] static std::string differenceOf(const VrfAction& action, const Outcome& before,
-                                                const Answers& answers, bool mayBeStale,
-                                                ForwardingAgent& agent);
+                                                const Answers& answers, ForwardingAgent& agent);
 
   [[nodiscard]] std::string wrongResources(ForwardingAgent& agent) const;
 

@@ -81,15 +81,6 @@ bool KeptFacts::isConfigured(const std::string& vrf) const {
   return instanceIn(configuration_, vrf) != nullptr;
 }
 
-// Actions of other VRFs than the default one are not updated when facts about it change.
-void KeptFacts::changed(const std::string& vrf) {
-  if (vrf == defaultVrfName || fallbacks_.contains(defaultVrfName)) mayHaveStaleActions_ = true;
-}
-
-void KeptFacts::allAreUpdated() {
-  mayHaveStaleActions_ = fallbacks_.contains(defaultVrfName);
-}
-
 void KeptFacts::bringUp(const NetworkInstance& instance) {
   std::uint32_t id = 1;
   while (std::any_of(givenIds_.begin(), givenIds_.end(),
@@ -98,13 +89,11 @@ void KeptFacts::bringUp(const NetworkInstance& instance) {
   }
   givenIds_[instance.name] = id;
   vrfIds_[instance.name] = id;
-  changed(instance.name);
 }
 
 void KeptFacts::takeDown(const std::string& vrf) {
   givenIds_.erase(vrf);
   vrfIds_.erase(vrf);
-  changed(vrf);
   fallbacks_.erase(vrf);
 }
 
@@ -117,7 +106,6 @@ void KeptFacts::configurationIs(const Configuration& next) {
     } else {
       fallbacks_[instance.name] = instance.fallback;
     }
-    changed(instance.name);
   }
   for (const NetworkInstance& instance : configuration_.networkInstances) {
     if (instanceIn(next, instance.name) == nullptr) takeDown(instance.name);
@@ -136,17 +124,8 @@ void KeptFacts::removeAll() {
 bool KeptFacts::takeId(const std::string& vrf, std::uint32_t id) {
   const auto status = vrfIds_.find(vrf);
   if (status == vrfIds_.end()) return false;
-  if (status->second != id && id == 0) mayHaveStaleActions_ = true;
   status->second = id;
-  changed(vrf);
   return true;
-}
-
-void KeptFacts::add(const AddVrf& event) {
-  const bool isNew = !vrfIds_.contains(event.vrf);
-  if (isNew == (event.id != 0)) mayHaveStaleActions_ = true;
-  vrfIds_[event.vrf] = event.id;
-  changed(event.vrf);
 }
 
 bool KeptFacts::take(const Event& event) {
@@ -154,21 +133,16 @@ bool KeptFacts::take(const Event& event) {
     KeptFacts& facts;
 
     bool operator()(const SetVrfId& set) const { return facts.takeId(set.vrf, set.id); }
-    bool operator()(const RemoveVrf& remove) const {
-      facts.changed(remove.vrf);
-      return facts.vrfIds_.erase(remove.vrf) != 0;
-    }
+    bool operator()(const RemoveVrf& remove) const { return facts.vrfIds_.erase(remove.vrf) != 0; }
     bool operator()(const AddVrf& add) const {
-      facts.add(add);
+      facts.vrfIds_[add.vrf] = add.id;
       return true;
     }
     bool operator()(const SetFallback& set) const {
       facts.fallbacks_[set.vrf] = set.fallback;
-      facts.changed(set.vrf);
       return true;
     }
     bool operator()(const RemoveFallback& remove) const {
-      facts.changed(remove.vrf);
       return facts.fallbacks_.erase(remove.vrf) != 0;
     }
     bool operator()(const SetDecapNh& set) const {
@@ -181,11 +155,9 @@ bool KeptFacts::take(const Event& event) {
     }
     bool operator()(const SetPrefixLens& set) const {
       facts.prefixLens_[{set.family, set.vrf}] = set.lengths;
-      facts.changed(set.vrf);
       return true;
     }
     bool operator()(const RemovePrefixLens& remove) const {
-      facts.changed(remove.vrf);
       return facts.prefixLens_.erase({remove.family, remove.vrf}) != 0;
     }
     bool operator()(const ApplyConfig& /*apply*/) const { return true; }
@@ -206,6 +178,7 @@ bool KeptFacts::take(const Event& event) {
     bool operator()(const RemoveRoute& remove) const {
       return facts.routes_.erase({remove.vrf, remove.prefix}) != 0;
     }
+    bool operator()(const Retry& /*retry*/) const { return true; }
     bool operator()(const Show& /*show*/) const { return true; }
   };
   return std::visit(Visitor{*this}, event);

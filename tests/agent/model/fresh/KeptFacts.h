@@ -45,12 +45,6 @@ class KeptFacts final {
   void removeAll();
 
   [[nodiscard]] const Configuration& configuration() const { return configuration_; }
-  [[nodiscard]] bool decapNh() const { return decapNh_; }
-  // Whether an action may not know a change of its VRFs. The library does not act on an id that
-  // becomes 0, on a status that arrives with its id, and on changes of the default VRF that concern
-  // actions of other VRFs. Cleared by `allAreUpdated`.
-  [[nodiscard]] bool mayHaveStaleActions() const { return mayHaveStaleActions_; }
-  void allAreUpdated();
 
   // The facts, and the same read from an agent.
   [[nodiscard]] std::string text() const;
@@ -67,9 +61,7 @@ class KeptFacts final {
   [[nodiscard]] bool isConfigured(const std::string& vrf) const;
   void bringUp(const NetworkInstance& instance);
   void takeDown(const std::string& vrf);
-  void changed(const std::string& vrf);
   [[nodiscard]] bool takeId(const std::string& vrf, std::uint32_t id);
-  void add(const AddVrf& event);
   void playVrfs(ServedAgent& agent) const;
   void playFallbacks(ServedAgent& agent) const;
 
@@ -82,7 +74,6 @@ class KeptFacts final {
   std::map<std::string, std::uint32_t> vrfIds_;    // of VRFs with a status
   std::map<std::string, std::uint32_t> givenIds_;  // by configurations
   std::map<std::string, std::string> fallbacks_;
-  bool mayHaveStaleActions_ = false;
 };
 
 }  // namespace ZelAgent

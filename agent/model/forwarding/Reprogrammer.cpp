@@ -1,0 +1,108 @@
+#include "agent/model/forwarding/Reprogrammer.h"
+
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "agent/language/Limits.h"
+
+namespace ZelAgent {
+
+using ZelVrfSelectionPolicy::FailureCode;
+using ZelVrfSelectionPolicy::HwStatus;
+using ZelVrfSelectionPolicy::ProgrammingResult;
+
+Reprogrammer::Reprogrammer(Mox::Ptr<SoftChip::SoftVrfHelper> chip, SoftChip::ProgramInputs inputs,
+                           Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm)
+    : chip_(std::move(chip)), vrfSm_(std::move(vrfSm)), changedVrfs_(std::move(inputs)) {
+  statusSubscriber_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short,
+                                  const void* key, const void*) {
+    Velo::MemberSubscriber<Reprogrammer>::ownerOf(subscriber)
+        .follow(*static_cast<const VrfAction*>(key));
+  };
+  vrfSm_->vrfHwStatus()->publisher().subscriberIs(statusSubscriber_);
+}
+
+Reprogrammer::~Reprogrammer() {
+  vrfSm_->vrfHwStatus()->publisher().subscriberDel(statusSubscriber_);
+}
+
+void Reprogrammer::step() {
+  updateOutOfDate();
+  const std::size_t calls = askForRoom(Limits::retriesOfAStep);
+  askThoseDue(Limits::retriesOfAStep - calls);
+  ++step_;
+}
+
+void Reprogrammer::retry() {
+  for (const VrfAction& action : refused_.all())
+    ask(action);
+}
+
+bool Reprogrammer::isPending() const {
+  return refused_.anyWaitsForTime() || (refused_.anyWaitsForRoom() && hasRoom());
+}
+
+// An action that is up to date may have been refused again for another reason, with an equal
+// status, which is not published.
+void Reprogrammer::updateOutOfDate() {
+  std::set<VrfAction> candidates;
+  for (const L3::VrfName& vrf : changedVrfs_.take()) {
+    const std::set<VrfAction>& actions = chip_->askedPrograms().actionsWith(vrf);
+    candidates.insert(actions.begin(), actions.end());
+  }
+  for (const VrfAction& action : candidates) {
+    if (chip_->isOutOfDate(action)) {
+      ask(action);
+    } else if (refused_.has(action)) {
+      follow(action);
+    }
+  }
+}
+
+std::size_t Reprogrammer::askForRoom(std::size_t most) {
+  if (!hasRoom()) return 0;
+  std::size_t calls = 0;
+  for (const VrfAction& action : refused_.waitingForRoom(most)) {
+    if (!hasRoom()) break;
+    ask(action);
+    ++calls;
+  }
+  return calls;
+}
+
+std::size_t Reprogrammer::askThoseDue(std::size_t most) {
+  const std::vector<VrfAction> due = refused_.due(step_, most);
+  for (const VrfAction& action : due)
+    ask(action);
+  return due.size();
+}
+
+bool Reprogrammer::hasRoom() const {
+  return chip_->resources().size() < chip_->capacity();
+}
+
+void Reprogrammer::ask(const VrfAction& action) {
+  const bool waitedForTime = refused_.waitsForTime(action);
+  vrfSm_->updateVrfAction(action);
+  follow(action);
+  if (waitedForTime) refused_.postpone(action, step_);
+}
+
+void Reprogrammer::follow(const VrfAction& action) {
+  const ZelVrfSelectionPolicy::VrfHwStatus& statuses = *vrfSm_->vrfHwStatus();
+  const HwStatus status = statuses.hwStatus(action);
+  if (status.status() == ProgrammingResult::programmingFailure) {
+    refused_.actionIs(action, reasonOf(action, status), step_);
+  } else {
+    refused_.actionDel(action);
+  }
+}
+
+WaitsFor Reprogrammer::reasonOf(const VrfAction& action, const HwStatus& refusal) const {
+  if (refusal.failureReason() == FailureCode::failureVrfResourceExhausted) return WaitsFor::room;
+  const bool lacksId = !vrfWithoutId(chip_->currentProgram(action)).empty();
+  return lacksId ? WaitsFor::facts : WaitsFor::time;
+}
+
+}  // namespace ZelAgent
