@@ -1,17 +1,21 @@
 // Clients of a daemon that is a process: many at once, and one that reads nothing.
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <deque>
+#include <thread>
 
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/TestFiles.h"
 #include "tests/agent/serve/daemon/DaemonProcess.h"
 #include "tests/agent/serve/daemon/SocketClient.h"
+#include "tests/waiting/Wait.h"
 
 namespace ZelAgent {
 namespace {
 
 using ::testing::StartsWith;
+using Waiting::waitUntil;
 
 constexpr const char* idSet = "vrf red id 2\n  no hook call\n";
 
@@ -39,6 +43,22 @@ TEST_F(ServeClients, FiftyAtOnceEachGetTheirOwnAnswers) {
     client.send("rfs\n");
   for (SocketClient& client : clients)
     EXPECT_THAT(client.receiveText(), StartsWith("  VRF "));
+}
+
+TEST_F(ServeClients, SeeThatARefusedActionIsProgrammedWithoutACommand) {
+  const DaemonProcess daemon(config_, path_);
+  SocketClient client(path_);
+  (void)client.text("chip fail red 1");
+  (void)client.text("vrf red id 9");
+  std::string status;
+  EXPECT_TRUE(waitUntil(
+      "the action to be programmed",
+      [&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        status = client.output("show actions")["actions"][0]["status"];
+        return status == "programmedInHw";
+      },
+      [&] { return status; }));
 }
 
 TEST_F(ServeClients, AClientThatNeverReadsIsDisconnected) {
