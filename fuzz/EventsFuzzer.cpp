@@ -67,7 +67,7 @@ class Player final {
   }
 
   void end() {
-    play(SetChipRules{usualRuleCapacity});  // programs rules that were refused
+    play(SetChipRules{Limits::chipRules});  // programs rules that were refused
     Fuzz::checkAsFresh(served_, facts_, Scope::rules);
     for (const std::optional<std::string>& vrf : vrfsWithFaults_)
       play(PlanChipFaults{vrf, 0});

@@ -144,8 +144,8 @@ Configuration oneActionForEachOf(std::uint64_t vrfs) {
 }
 
 void keepsChipResources(std::uint64_t limit) {
-  EXPECT_EQ(RunOptions().chipCapacity, limit);
-  EXPECT_EQ(DaemonOptions().chipCapacity, limit);
+  EXPECT_EQ(RunOptions().chip.capacity, limit);
+  EXPECT_EQ(DaemonOptions().chip.capacity, limit);
   ForwardingAgent agent(static_cast<std::uint32_t>(limit));
   agent.apply(oneActionForEachOf(limit));
   EXPECT_FALSE(hasFailedAction(agent.state()));
@@ -210,6 +210,8 @@ std::vector<std::string> reasonsOfMissingRules(const ForwardingAgent& agent) {
 }
 
 void keepsChipRules(std::uint64_t limit) {
+  EXPECT_EQ(RunOptions().chip.ruleCapacity, limit);
+  EXPECT_EQ(DaemonOptions().chip.ruleCapacity, limit);
   ASSERT_EQ(limit % 256, 0U);
   ForwardingAgent agent(8);
   agent.apply(rulesOnInterfaces(limit / 256, false));
