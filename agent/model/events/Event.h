@@ -149,11 +149,10 @@ struct Show {
 /// changes, a chip has no room. An event file has one event a line.
 ///
 /// Events are plain values. VRF names have 1 to 100 bytes. Prefix lengths are valid for the family.
-using Event =
-    std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
-                 SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig, SetChipCapacity,
-                 SetChipRules, PlanChipFaults, SetDecapRoute, SetEgressRoute, RemoveRoute, Retry,
-                 Show>;
+using Event = std::variant<SetVrfId, RemoveVrf, AddVrf, SetFallback, RemoveFallback, SetDecapNh,
+                           SetDecapNhFallback, SetPrefixLens, RemovePrefixLens, ApplyConfig,
+                           SetChipCapacity, SetChipRules, PlanChipFaults, SetDecapRoute,
+                           SetEgressRoute, RemoveRoute, Retry, Show>;
 
 /// The event as a line of an event file. Reading the line returns an equal event.
 [[nodiscard]] std::string toText(const Event& event);
