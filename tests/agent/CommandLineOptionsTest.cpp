@@ -22,9 +22,7 @@ class CommandLineOptions : public ::testing::Test {
   const std::string wrong_ = writeFile("wrong.json", "7");
   const std::string noFile_ = pathInTestFolder("missing");
   const std::string exhausted_ =
-      "all VRF resources of the chip are in use (1 of 1); free one, and the action is programmed "
-      "at "
-      "the next change of its VRFs\n";
+      "the chip had no free VRF resource; the action is programmed when it gets one\n";
   const std::string wrongError_ = "error: " + wrong_ + ": /: must be an object, not 7\n";
 };
 

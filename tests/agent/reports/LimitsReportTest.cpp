@@ -12,13 +12,14 @@ TEST(LimitsReport, HasEachLimitInItsPlace) {
   std::vector<std::string> names;
   for (const Limit& limit : limitTable())
     names.emplace_back(limit.name);
-  EXPECT_THAT(names, ::testing::ElementsAre(
-                         "name", "input file", "number", "IPv4 prefix length", "IPv6 prefix length",
-                         "packet payload", "chip resources", "chip rules", "fallback walk",
-                         "gateways", "request", "answer", "waiting answers", "short answer",
-                         "answer levels", "clients", "client timeout", "answer timeouts",
-                         "ctl timeout", "socket path", "console history", "shown text",
-                         "shown value", "trace ring", "trace message", "trace file"));
+  EXPECT_THAT(names,
+              ::testing::ElementsAre(
+                  "name", "input file", "number", "IPv4 prefix length", "IPv6 prefix length",
+                  "packet payload", "chip resources", "chip rules", "fallback walk", "gateways",
+                  "retries", "retry pause", "request", "answer", "waiting answers", "short answer",
+                  "answer levels", "clients", "client timeout", "answer timeouts", "ctl timeout",
+                  "socket path", "console history", "shown text", "shown value", "trace ring",
+                  "trace message", "trace file"));
 }
 
 TEST(LimitsReport, PrintsADashForWhatALimitDoesNotHave) {

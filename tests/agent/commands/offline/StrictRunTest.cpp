@@ -15,7 +15,7 @@ TEST(StrictRun, PrintsALineForEachActionThatIsNotProgrammed) {
   const std::string full = writeSmall("full.json", {{{"red"}, {"blue"}}, {"blue", "red"}, {"e1"}});
   const CallOutcome outcome = callAgent({"run", "--strict", "--chip-capacity", "1", full});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(outcome.err.starts_with("not programmed: actionVrf red: all VRF resources"))
+  EXPECT_TRUE(outcome.err.starts_with("not programmed: actionVrf red: the chip had no free VRF "))
       << outcome.err;
   EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
 }
