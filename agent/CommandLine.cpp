@@ -57,6 +57,7 @@ The name of the default VRF is default.
   route VRF PREFIX decap                add a route that decapsulates; it hides a configured one
   route VRF PREFIX via INTERFACE        add a route through the interface; it hides a configured one
   route VRF PREFIX remove               remove a route that an event has set
+  retry                                 ask the chip again for all that it has refused
   show                                  print the actions, and each resource of the chip in full)";
 
 void addCount(CLI::App& command, const std::string& name, std::uint32_t& count,
