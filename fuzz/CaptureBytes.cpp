@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "agent/language/Limits.h"
 #include "agent/model/packets/PacketText.h"
 
 namespace Fuzz {
@@ -104,7 +105,7 @@ Bytes builtPacket(FuzzedBytes& input, unsigned depth = 0) {
   } else if ((how & 16U) != 0) {
     constexpr std::size_t headers = 2 * 40;  // of the packets that carry this one
     fields.payload.resize(
-        input.below(static_cast<unsigned>(ZelAgent::longestPayload - headers + 1)));
+        input.below(static_cast<unsigned>(ZelAgent::Limits::payloadBytes - headers + 1)));
   }
   return ZelAgent::buildPacket(fields);
 }

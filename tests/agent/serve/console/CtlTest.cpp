@@ -57,14 +57,17 @@ TEST_F(Ctl, PrintsJsonOnOneLineOnRequest) {
 }
 
 TEST_F(Ctl, ShowsTheLimitsThatOptionsOfTheDaemonSet) {
-  const DaemonProcess daemon(config_, path_, {"--chip-capacity", "7", "--client-timeout", "5"});
+  const DaemonProcess daemon(
+      config_, path_, {"--chip-capacity", "7", "--rule-capacity", "8", "--client-timeout", "5"});
   const auto documents = ctl({"--json", "show", "limits"}).documents();
   ASSERT_EQ(documents.size(), 1U);
   std::map<std::string, int> values;
   for (const auto& limit : documents[0])
     if (limit["option"] != nullptr) values[limit["name"]] = limit["value"];
-  EXPECT_EQ(values, (std::map<std::string, int>{
-                        {"chip resources", 7}, {"client timeout", 5}, {"ctl timeout", 300}}));
+  EXPECT_EQ(
+      values,
+      (std::map<std::string, int>{
+          {"chip resources", 7}, {"chip rules", 8}, {"client timeout", 5}, {"ctl timeout", 300}}));
 }
 
 TEST_F(Ctl, QuotesWordsWhereNecessary) {
