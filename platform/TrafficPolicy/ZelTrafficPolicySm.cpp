@@ -383,14 +383,15 @@ void ZelTrafficPolicySm::retryOthers(const std::vector<WantedRules>& programmed)
 
 std::vector<Velo::String> ZelTrafficPolicySm::oldestRefusalFirst(
     const std::set<Velo::String>& intfs) const {
-  std::vector<Velo::String> ordered(intfs.begin(), intfs.end());
-  const auto refusalOf = [this](const Velo::String& intf) {
+  std::multimap<std::uint64_t, Velo::String> byAge;
+  for (const Velo::String& intf : intfs) {
     const auto refused = refusedIntfs_.find(intf);
-    return refused == refusedIntfs_.end() ? refusals_ : refused->second;
-  };
-  std::stable_sort(ordered.begin(), ordered.end(), [&](const auto& one, const auto& other) {
-    return refusalOf(one) < refusalOf(other);
-  });
+    byAge.emplace(refused == refusedIntfs_.end() ? refusals_ : refused->second, intf);
+  }
+  std::vector<Velo::String> ordered;
+  ordered.reserve(byAge.size());
+  for (const auto& [age, intf] : byAge)
+    ordered.push_back(intf);
   return ordered;
 }
 
