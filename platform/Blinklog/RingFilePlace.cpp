@@ -87,7 +87,6 @@ void removeLeftover(const std::string& path) {
 FileHandle makeNew(const std::string& path) {
   FileHandle file(
       open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
-  if (!file.isOpen() && errno == EEXIST) failAsInUse(path);
   if (!file.isOpen()) fail(path, "cannot be made", errno);
   lock(file, path);
   if (!isNamed(file, path)) failAsInUse(path);

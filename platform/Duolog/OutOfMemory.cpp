@@ -1,5 +1,6 @@
 #include "Duolog/OutOfMemory.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -56,10 +57,22 @@ void writeToRing(const Line& line) noexcept {
   message.put({'s', 0, line.size()});
 }
 
+// The process must end although nobody reads stderr. A pipe that can be written to takes the whole
+// line without a wait.
+bool isStderrWritable() noexcept {
+  constexpr int milliseconds = 100;
+  pollfd stderrEvents{STDERR_FILENO, POLLOUT, 0};
+  int ready = -1;
+  do {
+    ready = poll(&stderrEvents, 1, milliseconds);
+  } while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
 void writeToStderr(const Line& line) noexcept {
   std::signal(SIGPIPE, SIG_IGN);  // stderr may be a closed pipe, and the process must abort
   std::string_view left = line.bytes();
-  while (!left.empty()) {
+  while (!left.empty() && isStderrWritable()) {
     const ssize_t written = write(STDERR_FILENO, left.data(), left.size());
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return;

@@ -7,7 +7,7 @@
 namespace Duolog {
 
 /// Aborts the process because memory ran out. It writes "out of memory", and the requested size if
-/// known, to the ring of the process and to stderr. It does not allocate.
+/// known, to the ring of the process and to stderr. It does not allocate, and waits for no reader.
 ///
 /// A failed `operator new` calls it, so no code handles a failed allocation. The platform installs
 /// it as the new-handler when it is loaded, unless the process has one, and removes it when it is

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 #include <random>
 #include <string>
@@ -38,8 +39,10 @@ class DamagedRing : public ::testing::Test {
   // What is wrong with a file of these bytes; nothing where it can be told. Whatever is told is in
   // order, and of a length that the bytes bound.
   std::optional<std::string> problemWith(const std::string& bytes) const {
-    const std::string path = folder_.path("damaged");
-    RingFolder::write(path, bytes);
+    RingFolder::write(damaged_, bytes);
+    return problemOf(damaged_);
+  }
+  static std::optional<std::string> problemOf(const std::string& path) {
     try {
       const RingImage image(path);
       checkTold(image);
@@ -82,6 +85,7 @@ class DamagedRing : public ::testing::Test {
 
   RingFolder folder_;
   std::string file_ = folder_.path("ring");
+  std::string damaged_ = folder_.path("damaged");
   std::string bytes_;
 };
 
@@ -197,6 +201,13 @@ TEST_F(DamagedRing, IsRefusedAtEveryLengthThatIsNotItsOwn) {
   EXPECT_NE(problemWith(bytes_ + '\0'), std::nullopt);
   EXPECT_NE(problemWith(bytes_ + bytes_), std::nullopt);
   RecordProperty("lengths", static_cast<int>(refused + 2));
+}
+
+// More than any process may have as memory, in a file that takes no space.
+TEST_F(DamagedRing, IsRefusedByItsSizeBeforeItIsRead) {
+  RingFolder::write(damaged_, bytes_);
+  std::filesystem::resize_file(damaged_, std::uintmax_t{1} << 43U);
+  EXPECT_NE(problemOf(damaged_), std::nullopt);
 }
 
 // Where something stands that is looked at.

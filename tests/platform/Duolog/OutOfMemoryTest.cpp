@@ -2,6 +2,7 @@
 // is tested where allocations fail.
 #include "Duolog/OutOfMemory.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -92,6 +93,19 @@ TEST_F(OutOfMemoryDeathTest, AbortsThoughNobodyReadsStderr) {
                 if (pipe(ends.data()) != 0) _exit(1);
                 dup2(ends[1], STDERR_FILENO);
                 close(ends[0]);
+              }),
+              KilledBySignal(SIGABRT), "^$");
+  EXPECT_EQ(lastMessage(), "out of memory");
+}
+
+TEST_F(OutOfMemoryDeathTest, AbortsThoughStderrIsAFullPipeThatNobodyReads) {
+  EXPECT_EXIT(endAfter([] {
+                std::array<int, 2> ends{};
+                if (pipe2(ends.data(), O_NONBLOCK) != 0) _exit(1);
+                while (write(ends[1], "full", 4) > 0) {
+                }
+                fcntl(ends[1], F_SETFL, 0);
+                dup2(ends[1], STDERR_FILENO);
               }),
               KilledBySignal(SIGABRT), "^$");
   EXPECT_EQ(lastMessage(), "out of memory");

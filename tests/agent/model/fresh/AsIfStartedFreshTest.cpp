@@ -38,7 +38,7 @@ using SoftChip::HookCall;
 using ZelVrfSelectionPolicy::Testing::randomRounds;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
-constexpr std::size_t historiesByDefault = 32;
+constexpr std::size_t historiesByDefault = 12;
 
 // One agent during a history, and all that it is compared with.
 class AgedAgent final {
