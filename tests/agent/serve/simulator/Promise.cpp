@@ -1,0 +1,59 @@
+#include "tests/agent/serve/simulator/Promise.h"
+
+#include "agent/reports/StateReport.h"
+
+namespace ZelAgent {
+namespace {
+
+using ZelVrfSelectionPolicy::FailureCode;
+
+bool hasReason(const ActionState& action, const ChipState& chip) {
+  if (action.status.failureReason() == FailureCode::failureVrfResourceExhausted) {
+    return chip.used >= chip.capacity;
+  }
+  const bool isPlanned =
+      action.status.failureDescription().str().find("a planned fault") != std::string::npos;
+  return isPlanned || !vrfWithoutId(action.currentProgram).empty();
+}
+
+std::string brokenFor(const ActionState& action, const ChipState& chip) {
+  if (hasFailed(action)) {
+    return hasReason(action, chip)
+               ? ""
+               : "is refused without a reason: " + action.status.failureDescription().str();
+  }
+  if (!action.resource) return "has no resource";
+  return action.resourceIsStale() ? "has a stale resource" : "";
+}
+
+std::string brokenActions(const AgentState& state) {
+  for (const ActionState& action : state.actions) {
+    const std::string broken = brokenFor(action, state.chip);
+    if (!broken.empty()) return toText(action.action) + ' ' + broken;
+    if (action.users != action.usedBy.size()) return toText(action.action) + " counts other users";
+  }
+  return "";
+}
+
+std::string brokenRules(ForwardingAgent& agent) {
+  std::size_t held = 0;
+  for (const RuleState& rule : agent.rules()) {
+    if (!rule.place) continue;
+    ++held;
+    const auto& rules = agent.acl().rules(rule.user.interface);
+    if (*rule.place >= rules.size() || rules[*rule.place] != rule.rule) {
+      return "the chip does not hold rule " + std::to_string(rule.user.sequenceId) + " of " +
+             rule.user.interface + " at its place";
+    }
+  }
+  return held == agent.acl().rulesInUse() ? "" : "the chip holds other rules";
+}
+
+}  // namespace
+
+std::string brokenPromise(ForwardingAgent& agent) {
+  const std::string broken = brokenActions(agent.state());
+  return broken.empty() ? brokenRules(agent) : broken;
+}
+
+}  // namespace ZelAgent

@@ -1,0 +1,285 @@
+#include "tests/agent/serve/simulator/Simulation.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "Mox/QuotedString.h"
+#include "tests/agent/model/fresh/VisibleState.h"
+#include "tests/agent/serve/simulator/Promise.h"
+
+namespace ZelAgent {
+
+using std::chrono::milliseconds;
+
+Simulation::Simulation(std::uint32_t seed, const std::string& folder)
+    : folder_(folder),
+      choices_(seed),
+      served_(folder + "served.json"),
+      other_(folder + "other.json"),
+      daemon_(served_.path(), roomyChip),
+      reference_(served_, other_, roomyChip) {
+  clients_.reserve(2);
+  clients_.emplace_back("client 1", turns_);
+  clients_.emplace_back("client 2", turns_);
+  documentIs(served_, material_.start());
+  documentIs(other_, material_.start());
+  daemon_.start();
+  reference_.start();
+  for (SimulatedClient& client : clients_)
+    connect(client);
+  check();
+}
+
+std::string Simulation::run(unsigned steps) {
+  for (unsigned made = 0; made < steps && wrong_.empty(); ++made) {
+    step();
+    check();
+  }
+  if (wrong_.empty()) endFaults();
+  if (wrong_.empty()) recover();
+  if (wrong_.empty()) finish();
+  return wrong_;
+}
+
+void Simulation::step() {
+  const unsigned kind = choices_.below(100);
+  if (kind < 50) return clientStep(anyClient());
+  if (kind < 78) return round();
+  if (kind < 86) return takeMaterial();
+  if (kind < 89) return breakFile();
+  if (kind < 93) return hangUp();
+  pass(milliseconds(choices_.percent(70) ? 1 + choices_.below(3000) : choices_.below(20000)));
+}
+
+void Simulation::clientStep(SimulatedClient& client) {
+  if (!client.isConnected()) return connect(client);
+  const unsigned kind = choices_.below(100);
+  if (kind < 2) return loseClient(client);
+  if (kind < 12 || client.answerWaits()) return makeRoom(client);
+  if (!client.maySend()) return client.deliver();
+  if (kind < 60 || client.unsent() == 0) addRequest(client);
+  if (kind >= 30) sendPiece(client, choices_.percent(50) ? client.unsent() : choices_.below(40));
+}
+
+void Simulation::connect(SimulatedClient& client) {
+  write(client.name() + " connects");
+  client.connect(daemon_);
+}
+
+void Simulation::addRequest(SimulatedClient& client) {
+  addRequest(client, material_.framed(material_.request()));
+}
+
+void Simulation::addRequest(SimulatedClient& client, SimulatedRequest request) {
+  write(client.name() + " has the request " + Mox::quoted(request.bytes.substr(0, 300)));
+  client.add(std::move(request));
+}
+
+void Simulation::sendPiece(SimulatedClient& client, std::size_t bytes) {
+  const std::string piece = client.send(bytes);
+  write(client.name() + " sends " + std::to_string(piece.size()) + " bytes");
+}
+
+void Simulation::makeRoom(SimulatedClient& client) {
+  const unsigned bytes = choices_.percent(50) ? 1 + choices_.below(100) : 100000;
+  if (client.answerWaits()) {
+    write(client.name() + " takes " + std::to_string(bytes) + " bytes");
+    client.take(bytes);
+  } else {
+    write(client.name() + " has room for " + std::to_string(bytes) + " bytes");
+    client.roomIs(bytes);
+  }
+  client.deliver();
+}
+
+void Simulation::loseClient(SimulatedClient& client) {
+  if (client.waitsForTurn() || choices_.percent(70)) {
+    write(client.name() + " sends no more");
+    return client.endSending();
+  }
+  write(client.name() + " loses its connection");
+  client.breakConnection();
+}
+
+void Simulation::takeMaterial() {
+  struct Visitor {
+    Simulation& simulation;
+
+    void operator()(const Event& event) const { request(event); }
+    void operator()(const Reload& reload) const {
+      simulation.documentIs(simulation.served_, reload.document);
+      if (simulation.choices_.percent(50)) return simulation.hangUp();
+      request(ReloadCommand{});
+    }
+    void operator()(const Configure& configure) const {
+      simulation.documentIs(simulation.other_, configure.document);
+      request(Event(ApplyConfig{simulation.other_.path()}));
+    }
+    void operator()(const SetRuleCapacity& set) const { request(Event(SetChipRules{set.rules})); }
+    void operator()(const Recover& /*recover*/) const { request(Event(Retry{})); }
+
+    void request(const RequestKind& kind) const {
+      SimulatedClient& client = simulation.anyClient();
+      if (client.maySend()) {
+        simulation.addRequest(client, simulation.material_.framed(kind));
+      }
+    }
+  };
+  std::visit(Visitor{*this}, material_.nextStep());
+}
+
+void Simulation::documentIs(SimulatedFile& file, const std::string& document) {
+  file.documentIs(document);
+  write(file.path() + " has " + (file.configuration() ? "a right" : "a wrong") + " document of " +
+        std::to_string(document.size()) + " bytes");
+}
+
+void Simulation::breakFile() {
+  SimulatedFile& file = choices_.percent(50) ? served_ : other_;
+  const auto fault = static_cast<FileFault>(choices_.below(fileFaults));
+  file.faultIs(fault);
+  write(file.path() + ' ' + toText(fault));
+}
+
+void Simulation::hangUp() {
+  const unsigned times = choices_.percent(50) ? 1 : 60;
+  write("the daemon gets " + std::to_string(times) + " hang-ups");
+  for (unsigned time = 0; time < times; ++time)
+    daemon_.hangUp();
+  isReloadRequested_ = true;
+}
+
+// A reload comes first, then each client that waits has one turn.
+void Simulation::round() {
+  write("a round");
+  const bool isReload = std::exchange(isReloadRequested_, false);
+  if (isReload) reference_.reload();
+  const std::string lastReload = isReload ? reference_.printed() : "";
+  std::vector<std::pair<SimulatedClient*, ExpectedAnswer>> answers;
+  for (SimulatedClient* const client : std::exchange(turns_, {}))
+    answers.emplace_back(client, reference_.answer(client->beginTurn()));
+  daemon_.scheduler().round();
+  const std::vector<std::string> printed = daemon_.printed();
+  const bool isPrinted =
+      isReload ? !printed.empty() && printed.back().starts_with(lastReload) : printed.empty();
+  if (!isPrinted) {
+    wrong_ = "the daemon printed " + Mox::quoted(printed.empty() ? "" : printed.back()) +
+             ", expected " + Mox::quoted(lastReload);
+  }
+  for (const auto& [client, answer] : answers)
+    client->endTurn(answer);
+  answers_ += static_cast<unsigned>(answers.size());
+  hasRun_ = hasRun_ || isReload || !answers.empty();
+}
+
+void Simulation::pass(milliseconds time) {
+  write(std::to_string(time.count()) + " ms pass");
+  daemon_.scheduler().pass(time);
+  for (SimulatedClient& client : clients_)
+    client.passed(time);
+  hasRun_ = true;
+}
+
+// A client requests room and the end of the planned faults, and that each VRF has an id.
+void Simulation::endFaults() {
+  SimulatedClient& client = clients_.front();
+  write("the faults end");
+  if (client.isConnected()) {
+    while (client.waitsForTurn())
+      round();
+    if (client.isConnected()) client.breakConnection();
+  }
+  connect(client);
+  std::vector<Event> events = recoveringEvents();
+  std::erase_if(events, [](const Event& event) { return std::holds_alternative<Retry>(event); });
+  events.emplace_back(SetChipRules{roomForRules});
+  std::uint32_t id = 100;
+  std::set<std::string> lacking;
+  while (true) {
+    for (const Event& event : std::exchange(events, {}))
+      addRequest(client, requestOf(event));
+    sendPiece(client, client.unsent());
+    while (client.waitsForTurn() && wrong_.empty()) {
+      round();
+      client.deliver();
+      check();
+    }
+    for (const ActionState& action : daemon_.served().agent().state().actions) {
+      const std::string vrf = vrfWithoutId(action.currentProgram).str();
+      if (!vrf.empty() && lacking.insert(vrf).second) events.emplace_back(AddVrf{vrf, id++});
+    }
+    if (events.empty() || !wrong_.empty()) return;
+  }
+}
+
+// Only time passes.
+void Simulation::recover() {
+  ForwardingAgent& agent = daemon_.served().agent();
+  const auto mostSeconds = static_cast<unsigned>(Limits::pauseSteps) + 1;
+  while (!isComplete(agent) && wrong_.empty()) {
+    if (recoverySeconds_++ == mostSeconds) {
+      wrong_ = "not everything is programmed " + std::to_string(mostSeconds) +
+               " seconds after the faults have ended";
+      return;
+    }
+    pass(RecoveryTimer::period);
+    check();
+  }
+  if (wrong_.empty() && agent.isRecovering()) wrong_ = "the agent recovers from nothing";
+}
+
+void Simulation::finish() {
+  write("the daemon is terminated");
+  daemon_.terminate();
+  ForwardingAgent& agent = daemon_.served().agent();
+  if (!agent.chip().resources().empty() || agent.acl().rulesInUse() != 0) {
+    wrong_ = "the chip holds something after the end";
+  }
+}
+
+SimulatedClient& Simulation::anyClient() {
+  return clients_[choices_.below(static_cast<unsigned>(clients_.size()))];
+}
+
+// Without the folder, since the lines are then short, and equal in each run of the seed.
+void Simulation::write(std::string line) {
+  const std::size_t at = line.find(folder_);
+  if (at != std::string::npos) line.erase(at, folder_.size());
+  text_ += line + '\n';
+}
+
+void Simulation::check() {
+  if (wrong_.empty()) wrong_ = firstWrong();
+}
+
+std::string Simulation::firstWrong() {
+  for (SimulatedClient& client : clients_) {
+    const std::string wrong = client.check();
+    if (!wrong.empty()) return wrong;
+  }
+  if (!std::exchange(hasRun_, false)) return "";
+  ServedAgent& served = daemon_.served();
+  const std::string wrongRecord = reference_.differenceOf(served.record());
+  if (!wrongRecord.empty()) return wrongRecord;
+  const std::string facts = KeptFacts::textOf(served.agent());
+  if (facts != reference_.facts().text()) {
+    return firstDifference("== facts\n" + facts, "== facts\n" + reference_.facts().text());
+  }
+  const std::string broken = brokenPromise(served.agent());
+  return broken.empty() ? differenceFromFresh() : broken;
+}
+
+// What the chip refuses depends on the past, so only the rest is compared.
+std::string Simulation::differenceFromFresh() {
+  ServedAgent& served = daemon_.served();
+  const auto fresh = reference_.facts().freshAgent();
+  const AgentState state = served.agent().state();
+  Scope scope = Scope::facts;
+  if (state.ruleTable.refused == 0) scope = Scope::rules;
+  if (isComplete(served.agent()) && isComplete(fresh->agent())) scope = Scope::everything;
+  return firstDifference(visibleState(served, material_.probes(), scope),
+                         visibleState(*fresh, material_.probes(), scope));
+}
+
+}  // namespace ZelAgent
