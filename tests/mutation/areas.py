@@ -60,7 +60,8 @@ AREAS = [
          "zel_agent_process_tests"),
     area("agent/commands", ["agent/commands/"], "zel_agent_control_tests",
          "zel_agent_command_line_tests", *AGENT_PROCESSES),
-    area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_serve_tests", DAEMON),
+    area("agent/serve", ["agent/serve/"], "zel_agent_control_tests", "zel_agent_serve_tests",
+         "zel_agent_simulator_tests", DAEMON),
     area("agent/main", ["agent/CommandLine", "agent/main"], "zel_agent_command_line_tests",
          *AGENT_PROCESSES, DAEMON),
 ]  # fmt: skip

@@ -51,6 +51,21 @@ std::string brokenRules(ForwardingAgent& agent) {
 
 }  // namespace
 
+std::string missing(ForwardingAgent& agent) {
+  for (const ActionState& action : agent.state().actions) {
+    if (hasFailed(action)) {
+      return toText(action.action) + ": " + action.status.failureDescription().str();
+    }
+  }
+  for (const RuleState& rule : agent.rules()) {
+    if (!rule.place) {
+      return "rule " + std::to_string(rule.user.sequenceId) + " of " + rule.user.interface + ": " +
+             rule.reason;
+    }
+  }
+  return "";
+}
+
 std::string brokenPromise(ForwardingAgent& agent) {
   const std::string broken = brokenActions(agent.state());
   return broken.empty() ? brokenRules(agent) : broken;

@@ -19,9 +19,7 @@ namespace ZelAgent {
 // Returns what is broken; empty if nothing is.
 [[nodiscard]] std::string brokenPromise(ForwardingAgent& agent);
 
-// Whether every action is programmed and every rule is on the chip.
-[[nodiscard]] inline bool isComplete(ForwardingAgent& agent) {
-  return isProgrammed(agent.state());
-}
+// An action or a rule that is not on the chip; empty if there is none.
+[[nodiscard]] std::string missing(ForwardingAgent& agent);
 
 }  // namespace ZelAgent

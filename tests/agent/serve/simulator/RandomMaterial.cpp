@@ -60,10 +60,11 @@ RequestKind RandomMaterial::fault() {
 
 RequestKind RandomMaterial::otherCommand() {
   static const std::vector<OtherCommand> commands{
-      {"show actions", "applied"}, {"show vrfs", "default"}, {"show rules", ""},
-      {"show users", ""},          {"show fallback", ""},    {"show counters", ""},
-      {"show limits", "chip"},     {"help show", "config"},  {"show trace 3", ""},
+      {"show vrfs", "default"}, {"show rules", ""},    {"show users", ""},
+      {"show fallback", ""},    {"show counters", ""}, {"show limits", "chip"},
+      {"help show", "config"},  {"show trace 3", ""},
   };
+  if (choices_.percent(10)) return ShowActions{};
   if (choices_.percent(15)) return NoCommand{choices_.percent(50) ? "" : "# nothing"};
   return choices_.oneOf(commands);
 }

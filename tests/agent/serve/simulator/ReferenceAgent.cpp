@@ -26,12 +26,14 @@ class ReferenceAgent::Answerer final {
     if (std::holds_alternative<ApplyConfig>(event)) return applyOther(event);
     if (!agent_.facts_.take(event)) return refuse("must");
     answer_.event = toText(event);
+    ++agent_.changes_;
   }
   void operator()(const ReloadCommand& /*reload*/) const {
     if (!agent_.reload()) return refuse(agent_.served_.error());
     answer_.part = agent_.inForce_;
   }
   void operator()(const ShowConfig& /*show*/) const { answer_.part = agent_.shownConfig(); }
+  void operator()(const ShowActions& /*show*/) const { answer_.part = agent_.inForce_; }
   void operator()(const OtherCommand& command) const { answer_.part = command.part; }
   void operator()(const NoCommand& /*command*/) const { answer_.isEmpty = true; }
   void operator()(const WrongRequest& wrong) const { refuse(wrong.part); }
@@ -109,6 +111,7 @@ std::string ReferenceAgent::printed() const {
 
 void ReferenceAgent::configurationIs(const SimulatedFile& file, ConfigurationSource source) {
   facts_.configurationIs(file.configuration().value());
+  ++changes_;
   inForce_ = file.path();
   source_ = source;
 }

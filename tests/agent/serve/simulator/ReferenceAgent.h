@@ -26,6 +26,8 @@ class ReferenceAgent final {
   [[nodiscard]] ExpectedAnswer answer(const SimulatedRequest& request);
 
   [[nodiscard]] const KeptFacts& facts() const { return facts_; }
+  // How often the facts may have changed.
+  [[nodiscard]] unsigned changes() const { return changes_; }
   // How the record of a daemon differs; empty if it does not.
   [[nodiscard]] std::string differenceOf(const ConfigurationRecord& record) const;
   // What the last line about the last reload begins with.
@@ -40,6 +42,7 @@ class ReferenceAgent final {
   const SimulatedFile& served_;
   const SimulatedFile& other_;
   KeptFacts facts_;
+  unsigned changes_ = 0;
   std::string inForce_;
   ConfigurationSource source_ = ConfigurationSource::start;
   std::uint64_t applied_ = 0;

@@ -15,7 +15,7 @@ namespace {
 using ZelVrfSelectionPolicy::Testing::randomRounds;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 
-constexpr std::size_t historiesByDefault = 20;
+constexpr std::size_t historiesByDefault = 5;
 constexpr unsigned stepsOfAHistory = 200;
 
 TEST(SimulatedDaemonHistories, AnswerEachRequestOnceAndKeepThePromiseAfterEveryStep) {

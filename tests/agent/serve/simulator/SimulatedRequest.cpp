@@ -10,6 +10,7 @@ std::string commandOf(const RequestKind& kind) {
     std::string operator()(const Event& event) const { return toText(event); }
     std::string operator()(const ReloadCommand& /*reload*/) const { return "reload"; }
     std::string operator()(const ShowConfig& /*show*/) const { return "show config"; }
+    std::string operator()(const ShowActions& /*show*/) const { return "show actions"; }
     std::string operator()(const OtherCommand& command) const { return command.text; }
     std::string operator()(const NoCommand& command) const { return command.text; }
     std::string operator()(const WrongRequest& wrong) const { return wrong.text; }

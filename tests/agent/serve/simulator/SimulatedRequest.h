@@ -11,6 +11,7 @@ namespace ZelAgent {
 
 struct ReloadCommand {};
 struct ShowConfig {};
+struct ShowActions {};
 // Another command. Its answer contains `part`.
 struct OtherCommand {
   std::string text;
@@ -30,8 +31,8 @@ struct TooLongLine {};
 // The bytes end within a line.
 struct UnfinishedLine {};
 
-using RequestKind = std::variant<Event, ReloadCommand, ShowConfig, OtherCommand, NoCommand,
-                                 WrongRequest, TooLongLine, UnfinishedLine>;
+using RequestKind = std::variant<Event, ReloadCommand, ShowConfig, ShowActions, OtherCommand,
+                                 NoCommand, WrongRequest, TooLongLine, UnfinishedLine>;
 
 struct SimulatedRequest {
   RequestKind kind;

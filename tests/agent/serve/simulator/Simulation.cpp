@@ -1,11 +1,9 @@
 #include "tests/agent/serve/simulator/Simulation.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 #include "Mox/QuotedString.h"
-#include "tests/agent/model/fresh/VisibleState.h"
 #include "tests/agent/serve/simulator/Promise.h"
 
 namespace ZelAgent {
@@ -36,6 +34,7 @@ std::string Simulation::run(unsigned steps) {
     step();
     check();
   }
+  closeClients();
   if (wrong_.empty()) endFaults();
   if (wrong_.empty()) recover();
   if (wrong_.empty()) finish();
@@ -98,6 +97,10 @@ void Simulation::loseClient(SimulatedClient& client) {
     write(client.name() + " sends no more");
     return client.endSending();
   }
+  loseConnection(client);
+}
+
+void Simulation::loseConnection(SimulatedClient& client) {
   write(client.name() + " loses its connection");
   client.breakConnection();
 }
@@ -181,35 +184,41 @@ void Simulation::pass(milliseconds time) {
   hasRun_ = true;
 }
 
-// A client requests room and the end of the planned faults, and that each VRF has an id.
-void Simulation::endFaults() {
-  SimulatedClient& client = clients_.front();
-  write("the faults end");
-  if (client.isConnected()) {
-    while (client.waitsForTurn())
-      round();
-    if (client.isConnected()) client.breakConnection();
+// Nothing is left to do that was requested before.
+void Simulation::closeClients() {
+  while (wrong_.empty() && !daemon_.scheduler().isIdle()) {
+    round();
+    check();
   }
+  for (SimulatedClient& client : clients_) {
+    if (wrong_.empty() && client.isConnected()) loseConnection(client);
+  }
+}
+
+// A client requests room, no planned faults, and an id for each VRF that has none.
+void Simulation::endFaults() {
+  write("the faults end");
+  SimulatedClient& client = clients_.front();
   connect(client);
   std::vector<Event> events = recoveringEvents();
   std::erase_if(events, [](const Event& event) { return std::holds_alternative<Retry>(event); });
   events.emplace_back(SetChipRules{roomForRules});
-  std::uint32_t id = 100;
-  std::set<std::string> lacking;
-  while (true) {
-    for (const Event& event : std::exchange(events, {}))
-      addRequest(client, requestOf(event));
-    sendPiece(client, client.unsent());
-    while (client.waitsForTurn() && wrong_.empty()) {
-      round();
-      client.deliver();
-      check();
-    }
+  for (std::uint32_t id = 100; !events.empty() && wrong_.empty(); ++id) {
+    request(client, std::exchange(events, {}));
     for (const ActionState& action : daemon_.served().agent().state().actions) {
-      const std::string vrf = vrfWithoutId(action.currentProgram).str();
-      if (!vrf.empty() && lacking.insert(vrf).second) events.emplace_back(AddVrf{vrf, id++});
+      const L3::VrfName vrf = vrfWithoutId(action.currentProgram);
+      if (!vrf.empty()) events = {AddVrf{vrf.str(), id}};
     }
-    if (events.empty() || !wrong_.empty()) return;
+  }
+}
+
+void Simulation::request(SimulatedClient& client, const std::vector<Event>& events) {
+  for (const Event& event : events)
+    addRequest(client, requestOf(event));
+  sendPiece(client, client.unsent());
+  while (client.waitsForTurn() && wrong_.empty()) {
+    round();
+    check();
   }
 }
 
@@ -217,10 +226,9 @@ void Simulation::endFaults() {
 void Simulation::recover() {
   ForwardingAgent& agent = daemon_.served().agent();
   const auto mostSeconds = static_cast<unsigned>(Limits::pauseSteps) + 1;
-  while (!isComplete(agent) && wrong_.empty()) {
+  for (std::string left = missing(agent); !left.empty() && wrong_.empty(); left = missing(agent)) {
     if (recoverySeconds_++ == mostSeconds) {
-      wrong_ = "not everything is programmed " + std::to_string(mostSeconds) +
-               " seconds after the faults have ended";
+      wrong_ = std::to_string(mostSeconds) + " seconds after the faults have ended: " + left;
       return;
     }
     pass(RecoveryTimer::period);
@@ -273,13 +281,18 @@ std::string Simulation::firstWrong() {
 // What the chip refuses depends on the past, so only the rest is compared.
 std::string Simulation::differenceFromFresh() {
   ServedAgent& served = daemon_.served();
-  const auto fresh = reference_.facts().freshAgent();
+  if (freshChanges_ != reference_.changes()) {
+    freshChanges_ = reference_.changes();
+    fresh_ = reference_.facts().freshAgent();
+    freshState_.clear();
+  }
   const AgentState state = served.agent().state();
   Scope scope = Scope::facts;
   if (state.ruleTable.refused == 0) scope = Scope::rules;
-  if (isComplete(served.agent()) && isComplete(fresh->agent())) scope = Scope::everything;
-  return firstDifference(visibleState(served, material_.probes(), scope),
-                         visibleState(*fresh, material_.probes(), scope));
+  if (isProgrammed(state) && isProgrammed(fresh_->agent().state())) scope = Scope::everything;
+  std::string& wanted = freshState_[scope];
+  if (wanted.empty()) wanted = visibleState(*fresh_, material_.probes(), scope);
+  return firstDifference(visibleState(served, material_.probes(), scope), wanted);
 }
 
 }  // namespace ZelAgent

@@ -1,10 +1,13 @@
 // A daemon, two clients, two files and a chip, under one seed.
 #pragma once
 
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "tests/agent/features/RandomWorld.h"
+#include "tests/agent/model/fresh/VisibleState.h"
 #include "tests/agent/serve/simulator/RandomMaterial.h"
 #include "tests/agent/serve/simulator/ReferenceAgent.h"
 #include "tests/agent/serve/simulator/SimulatedClient.h"
@@ -56,6 +59,7 @@ class Simulation final {
   void sendPiece(SimulatedClient& client, std::size_t bytes);
   void makeRoom(SimulatedClient& client);
   void loseClient(SimulatedClient& client);
+  void loseConnection(SimulatedClient& client);
   void takeMaterial();
   void documentIs(SimulatedFile& file, const std::string& document);
   void breakFile();
@@ -63,7 +67,10 @@ class Simulation final {
   void round();
   void pass(std::chrono::milliseconds time);
 
+  void closeClients();
   void endFaults();
+  // Sends the events, and waits for the answers.
+  void request(SimulatedClient& client, const std::vector<Event>& events);
   void recover();
   void finish();
 
@@ -85,6 +92,10 @@ class Simulation final {
   ReferenceAgent reference_;
   bool isReloadRequested_ = false;
   bool hasRun_ = true;  // since the last check
+  // What the daemon is compared with, and the number of changes by which it was made.
+  std::unique_ptr<ServedAgent> fresh_;
+  unsigned freshChanges_ = 0;
+  std::map<Scope, std::string> freshState_;
   unsigned recoverySeconds_ = 0;
   unsigned answers_ = 0;
   std::string text_;
