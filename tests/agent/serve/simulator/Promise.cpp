@@ -1,5 +1,7 @@
 #include "tests/agent/serve/simulator/Promise.h"
 
+#include <map>
+
 #include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
@@ -49,6 +51,19 @@ std::string brokenRules(ForwardingAgent& agent) {
   return held == agent.acl().rulesInUse() ? "" : "the chip holds other rules";
 }
 
+std::string refusedDespiteRoom(ForwardingAgent& agent) {
+  std::map<std::string, std::size_t> missing;  // rules by interface
+  for (const RuleState& rule : agent.rules()) {
+    if (!rule.place) ++missing[rule.user.interface];
+  }
+  for (const auto& [interface, rules] : missing) {
+    if (agent.acl().rulesInUse() + rules <= agent.acl().capacity()) {
+      return "the rules of " + interface + " are refused although there is room";
+    }
+  }
+  return "";
+}
+
 }  // namespace
 
 std::string missing(ForwardingAgent& agent) {
@@ -67,8 +82,9 @@ std::string missing(ForwardingAgent& agent) {
 }
 
 std::string brokenPromise(ForwardingAgent& agent) {
-  const std::string broken = brokenActions(agent.state());
-  return broken.empty() ? brokenRules(agent) : broken;
+  std::string broken = brokenActions(agent.state());
+  if (broken.empty()) broken = brokenRules(agent);
+  return broken.empty() ? refusedDespiteRoom(agent) : broken;
 }
 
 }  // namespace ZelAgent

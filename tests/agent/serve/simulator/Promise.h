@@ -13,8 +13,9 @@ namespace ZelAgent {
 //   its status is a failure the chip has a reason now: there is no free resource, a VRF has no id,
 //                           or a planned fault has refused the last request
 //
-// The rules that are shown as on the chip are there, and no others. The counted users of an action
-// are its rules on the chip.
+// No interface lacks its rules while there is room for all of them beside those that the chip
+// holds. The rules that are shown as on the chip are there, and no others. The counted users of an
+// action are its rules on the chip.
 //
 // Returns what is broken; empty if nothing is.
 [[nodiscard]] std::string brokenPromise(ForwardingAgent& agent);

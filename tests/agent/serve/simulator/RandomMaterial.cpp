@@ -62,7 +62,7 @@ RequestKind RandomMaterial::otherCommand() {
   static const std::vector<OtherCommand> commands{
       {"show vrfs", "default"}, {"show rules", ""},    {"show users", ""},
       {"show fallback", ""},    {"show counters", ""}, {"show limits", "chip"},
-      {"help show", "config"},  {"show trace 3", ""},
+      {"help show", "config"},
   };
   if (choices_.percent(10)) return ShowActions{};
   if (choices_.percent(15)) return NoCommand{choices_.percent(50) ? "" : "# nothing"};

@@ -38,7 +38,7 @@ std::string Simulation::run(unsigned steps) {
   if (wrong_.empty()) endFaults();
   if (wrong_.empty()) recover();
   if (wrong_.empty()) finish();
-  return wrong_;
+  return withoutFolder(wrong_);
 }
 
 void Simulation::step() {
@@ -250,11 +250,15 @@ SimulatedClient& Simulation::anyClient() {
   return clients_[choices_.below(static_cast<unsigned>(clients_.size()))];
 }
 
-// Without the folder, since the lines are then short, and equal in each run of the seed.
-void Simulation::write(std::string line) {
-  const std::size_t at = line.find(folder_);
-  if (at != std::string::npos) line.erase(at, folder_.size());
-  text_ += line + '\n';
+void Simulation::write(const std::string& line) {
+  text_ += withoutFolder(line) + '\n';
+}
+
+// Lines are then short, and equal in each run of the seed.
+std::string Simulation::withoutFolder(std::string text) const {
+  for (std::size_t at = text.find(folder_); at != std::string::npos; at = text.find(folder_, at))
+    text.erase(at, folder_.size());
+  return text;
 }
 
 void Simulation::check() {

@@ -75,7 +75,8 @@ class Simulation final {
   void finish();
 
   [[nodiscard]] SimulatedClient& anyClient();
-  void write(std::string line);
+  void write(const std::string& line);
+  [[nodiscard]] std::string withoutFolder(std::string text) const;
   // Checks everything, and records what is wrong.
   void check();
   [[nodiscard]] std::string firstWrong();
