@@ -258,6 +258,8 @@ void ZelTrafficPolicySm::markEverythingChanged() {
     for (const Velo::String& intf : inputs_.aclHelper->intfs())
       changedIntfs_.insert(intf);
   }
+  for (const auto& [intf, refusal] : refusedIntfs_)
+    changedIntfs_.insert(intf);
   if (inputs_.status) {
     for (auto entry = inputs_.status->policyStatus().iterator(); entry; ++entry)
       changedPolicyMaps_.insert(entry.key());

@@ -570,6 +570,22 @@ TEST_F(RunningSm, TriesNothingAgainWhileItIsInactive) {
   EXPECT_EQ(held("eth2"), "");
 }
 
+TEST_F(PolicyOnEth1, IsNotRefusedOnAnInterfaceThatLeftWhileTheMachineWasInactive) {
+  hardware_->whenFullIs(PolicyMap::WhenFull::open);
+  refuse("b");
+  TrafficPolicyInputs inputs;  // without a status, which would name the interface, too
+  inputs.intfConfig = intfs_;
+  inputs.policyConfig = policies_;
+  inputs.classTypeConfig = classMaps_;
+  inputs.aclHelper = hardware_;
+  const auto sm = ZelTrafficPolicySm::ZelTrafficPolicySmIs(inputs, false);
+  EXPECT_THAT(sm->refusedIntfs(), ElementsAre(Velo::String("eth1")));
+  sm->hasNotificationActiveIs(false);
+  intfs_->intfDel("eth1");
+  sm->hasNotificationActiveIs(true);
+  EXPECT_THAT(sm->refusedIntfs(), IsEmpty());
+}
+
 TEST_F(RunningSm, TriesRefusedRulesAgainAfterAFailureThatMayHaveMadeRoom) {
   hardware_->capacity = 3;
   intfIs("eth2", "P");
