@@ -82,7 +82,9 @@ bool Reprogrammer::hasRoom() const {
   return chip_->resources().size() < chip_->capacity();
 }
 
+// A subscriber of the statuses may have removed the users of the action meanwhile.
 void Reprogrammer::ask(const VrfAction& action) {
+  if (!vrfSm_->vrfHwStatus()->hwStatusHas(action)) return;
   const bool waitedForTime = refused_.waitsForTime(action);
   vrfSm_->updateVrfAction(action);
   follow(action);

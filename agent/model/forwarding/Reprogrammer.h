@@ -24,9 +24,9 @@ namespace ZelAgent {
 ///      RefusedActions.h describes.
 ///
 /// After a step no resource of a used action is stale unless the chip refused the last update. A
-/// step asks at most once for an action, and 2. and 3. together make at most `retriesOfAStep` hook
-/// calls. So if the chip accepts every request and has room, n refused actions are programmed after
-/// at most `pauseSteps` + n / `retriesOfAStep` + 1 steps.
+/// step asks at most once for an action in 2. and 3., which make at most `retriesOfAStep` hook
+/// calls together. So if the chip accepts every request and has room, n refused actions are
+/// programmed after at most `pauseSteps` + n / `retriesOfAStep` + 1 steps.
 ///
 /// It asks by `VrfSm::updateVrfAction`: the library makes the hook call and stores the outcome, and
 /// users and counts are not touched. Subscribers of the statuses see each change of an outcome, and
@@ -52,7 +52,7 @@ class Reprogrammer final {
   using VrfAction = ZelVrfSelectionPolicy::VrfAction;
 
   void updateOutOfDate();
-  // Return the number of hook calls.
+  // Return the number of actions that they chose.
   std::size_t askForRoom(std::size_t most);
   std::size_t askThoseDue(std::size_t most);
 
