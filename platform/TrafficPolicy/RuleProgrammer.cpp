@@ -1,5 +1,6 @@
 #include "TrafficPolicy/RuleProgrammer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "TrafficPolicy/MergedRules.h"
@@ -15,15 +16,16 @@ using PolicyMap::WhenFull;
 // The change of one list. Why each of its calls keeps the promise: let the rules held be the old
 // list and some new rules, or the new list and some old rules, all in the order of `MergedRules`.
 //
-// - While rules are added, the new ones held are the first ones of the new list. The first rule
-// that
-//   matches a packet is then the first match of the old list or of the new one.
-// - While rules are removed, the old ones held are the first ones of the old list. The same holds.
-// - A rule behind an equal one never matches first. So a rule that moves up may leave its old place
-//   when it gets its new one, and one that moves down may get its new place when its old one goes.
-// - A rule behind one with the same match never matches first. So a rule may be replaced by one
-// with
-//   the same match when that would be added in front of it.
+// While rules are added, the new ones held are the first ones of the new list. The first rule that
+// matches a packet is then the first match of the old list or of the new one.
+//
+// While rules are removed, the old ones held are the first ones of the old list. The same holds.
+//
+// A rule behind an equal one never matches first. So a rule that moves up may leave its old place
+// when it gets its new one, and one that moves down may get its new place when its old one goes.
+//
+// A rule behind one with the same match never matches first. So a rule may be replaced by one with
+// the same match when that would be added in front of it.
 class Change {
  public:
   // With `inPlace`, rules that stay get the wanted action.
@@ -66,6 +68,8 @@ class Change {
 
   // Whether any call was needed.
   [[nodiscard]] bool isDifferent() const noexcept { return isDifferent_; }
+  // How many rules were added. Those that were undone count.
+  [[nodiscard]] std::size_t added() const noexcept { return added_; }
 
  private:
   struct Replaced {
@@ -89,7 +93,9 @@ class Change {
     isDifferent_ = true;
     AclResult result =
         helper_.addRule(wanted_.intf, merged_.place(at), wanted_.rules[merged_[at].after]);
-    if (result.accepted) merged_.heldIs(at, true);
+    if (!result.accepted) return result;
+    merged_.heldIs(at, true);
+    ++added_;
     return result;
   }
 
@@ -149,15 +155,22 @@ class Change {
   MergedRules merged_;
   const bool inPlace_;
   std::vector<Replaced> replaced_;  // in the order of the entries
+  std::size_t added_ = 0;
   bool isDifferent_ = false;
 };
 
-// An interface whose rules do not fit, the refusal, and the removals so far when it was tried last.
+// An interface whose rules do not fit, and what is known from the last attempt.
 struct Refused {
   RuleList* list;
   AclResult reason;
-  std::size_t removals;
+  std::size_t removals;  // so far
+  std::size_t room;      // the rules that were added before the refusal
 };
+
+std::size_t additionsOf(const RuleListChange& change) {
+  const auto count = std::count(change.from.begin(), change.from.end(), RuleListChange::none);
+  return static_cast<std::size_t>(count);
+}
 
 class Programming {
  public:
@@ -167,8 +180,8 @@ class Programming {
   RuleChanges run() {
     changeAll();
     bool progress = true;
-    for (bool inPlace = true; progress && !refused_.empty(); inPlace = false)
-      progress = tryRefused(inPlace);
+    for (bool isFirst = true; progress && !refused_.empty(); isFirst = false)
+      progress = tryRefused(isFirst);
     for (const Refused& refused : refused_)
       leave(refused);
     return {isDifferent_, removals_ > 0};
@@ -188,7 +201,7 @@ class Programming {
         accepted.push_back(std::move(change));
         acceptedLists.push_back(&list);
       } else {
-        refused_.push_back({&list, std::move(result), removals_});
+        refused_.push_back({&list, std::move(result), removals_, change.added()});
       }
     }
     for (std::size_t at = 0; at < accepted.size(); ++at)
@@ -220,7 +233,9 @@ class Programming {
     return removals_ > before;
   }
 
-  // Tries by additions if there may be more room than before, then with actions replaced in place.
+  // Tries by additions if there may be more room than before. Then it tries with actions replaced
+  // in place, if there is room for the rest. To replace actions and then undo that would do harm:
+  // the rules in force would lose their counters, and their actions may lose their resources.
   bool tryAgain(Refused& refused) {
     RuleList& list = *refused.list;
     if (refused.removals != removals_) {
@@ -229,7 +244,8 @@ class Programming {
         return true;
     }
     const RuleListChange inPlace = changeOfRulesInPlace(helper_.rules(list.intf), list.rules);
-    return hasReplacement(inPlace, list) && succeeds(refused, inPlace, true);
+    return additionsOf(inPlace) <= refused.room && hasReplacement(inPlace, list) &&
+           succeeds(refused, inPlace, true);
   }
 
   bool succeeds(Refused& refused, const RuleListChange& steps, bool inPlace) {
@@ -237,6 +253,7 @@ class Programming {
     AclResult result = change.add();
     if (!result.accepted) {
       refused.reason = std::move(result);
+      refused.room = change.added();
       return false;
     }
     complete(change, *refused.list);

@@ -36,8 +36,9 @@ struct RuleChanges {
 /// 2. On every other interface, from the last rule on: old rules are removed, and rules that move
 ///    down are moved. So a resource that is used before and after always has a user.
 /// 3. Both for each interface with a refused rule, again if rules were removed since. If that does
-///    not help, again with actions replaced in place, so that only rules with a new match need
-///    room.
+///    not help, again with actions replaced in place. Then only rules with a new match, and rules
+///    that move and get another action, need room. If the attempts before found too little room for
+///    them, nothing is replaced.
 /// 4. An interface whose rules are refused keeps its rules. If it has none, `helper.whenFull()`
 ///    decides.
 ///

@@ -252,15 +252,39 @@ TEST_F(RuleProgrammer, ReplacesAnActionInPlaceWhereThereIsNoRoom) {
                                             "replaceRule eth1 1 v4,protocol=1->B"));
 }
 
-TEST_F(RuleProgrammer, TakesReplacementsBackIfTheRestDoesNotFit) {
+TEST_F(RuleProgrammer, ReplacesNothingIfTheRestDoesNotFit) {
   hardware_->capacity = 2;
   program(rulesByMatch("ab"));
   static_cast<void>(journal_.take());
   EXPECT_THAT(program(rulesByMatch("Abc")), Each(keptFor("no room for more than 2")));
+  EXPECT_THAT(journal_.lines(), ElementsAre("addRule eth1 1 v4,protocol=0->A"));
+}
+
+TEST_F(RuleProgrammer, ReplacesAnActionInPlaceWhereThereIsRoomForTheRestOnly) {
+  hardware_->capacity = 3;
+  program(rulesByMatch("ab"));
+  EXPECT_THAT(program(rulesByMatch("Abc")), Each(accepted));
+  EXPECT_EQ(held(), "Abc");
+}
+
+TEST_F(RuleProgrammer, TakesReplacementsBackIfTheRestIsRefused) {
+  program(rulesByMatch("ab"));
+  static_cast<void>(journal_.take());
+  refuse("c");
+  EXPECT_THAT(program(rulesByMatch("Abc")), Each(keptFor("refused")));
   EXPECT_THAT(
       journal_.lines(),
-      ElementsAre("addRule eth1 1 v4,protocol=0->A", "replaceRule eth1 0 v4,protocol=0->A",
+      ElementsAre("addRule eth1 1 v4,protocol=0->A", "addRule eth1 3 v4,protocol=2->c",
+                  "removeRule eth1 1 v4,protocol=0->A", "replaceRule eth1 0 v4,protocol=0->A",
                   "addRule eth1 2 v4,protocol=2->c", "replaceRule eth1 0 v4,protocol=0->a"));
+}
+
+// The rule that moves is added at its new place before its old copy is removed.
+TEST_F(RuleProgrammer, KeepsTheOldRulesIfThereIsNoRoomForOneThatMovesAndGetsAnotherAction) {
+  hardware_->capacity = 2;
+  program(rulesByMatch("ab"));
+  EXPECT_THAT(program(rulesByMatch("Ba")), Each(keptFor("no room for more than 2")));
+  EXPECT_EQ(held(), "ab");
 }
 
 TEST_F(RuleProgrammer, ReportsARefusedReplacement) {

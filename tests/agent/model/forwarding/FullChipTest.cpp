@@ -149,6 +149,18 @@ TEST_F(FullChip, ForgetsARefusedActionThatIsNoLongerUsed) {
   EXPECT_EQ(newCalls(), "update blue");
 }
 
+// There is no room for the second rule, so the first one is not replaced for it.
+TEST_F(FullChip, KeepsTheResourceOfARuleWhileThePolicyThatReplacesItDoesNotFit) {
+  agent_.ruleCapacityIs(1);
+  select({"red"});
+  agent_.chip().capacityIs(0);
+  (void)newCalls();
+  select({"green", "blue"});
+  EXPECT_EQ(newCalls(), "create green!, delete green");
+  EXPECT_EQ(reasonOf(red), "failureNone");
+  EXPECT_EQ(agent_.state().ruleTable.refused, 2U);
+}
+
 TEST_F(FullChip, GivesRoomThatAnActionDoesNotGetToTheNextOne) {
   select({"red", "green", "blue"});
   (void)newCalls();
