@@ -164,7 +164,7 @@ struct Refused {
   RuleList* list;
   AclResult reason;
   std::size_t removals;  // so far
-  std::size_t room;      // the rules that were added before the refusal
+  std::size_t room;      // for rules, with those that other interfaces had added so far
 };
 
 std::size_t additionsOf(const RuleListChange& change) {
@@ -198,10 +198,11 @@ class Programming {
       AclResult result = change.add();
       isDifferent_ |= change.isDifferent();
       if (result.accepted) {
+        added_ += change.added();
         accepted.push_back(std::move(change));
         acceptedLists.push_back(&list);
       } else {
-        refused_.push_back({&list, std::move(result), removals_, change.added()});
+        refused_.push_back({&list, std::move(result), removals_, added_ + change.added()});
       }
     }
     for (std::size_t at = 0; at < accepted.size(); ++at)
@@ -244,7 +245,7 @@ class Programming {
         return true;
     }
     const RuleListChange inPlace = changeOfRulesInPlace(helper_.rules(list.intf), list.rules);
-    return additionsOf(inPlace) <= refused.room && hasReplacement(inPlace, list) &&
+    return added_ + additionsOf(inPlace) <= refused.room && hasReplacement(inPlace, list) &&
            succeeds(refused, inPlace, true);
   }
 
@@ -253,9 +254,10 @@ class Programming {
     AclResult result = change.add();
     if (!result.accepted) {
       refused.reason = std::move(result);
-      refused.room = change.added();
+      refused.room = added_ + change.added();
       return false;
     }
+    added_ += change.added();
     complete(change, *refused.list);
     return true;
   }
@@ -288,6 +290,7 @@ class Programming {
   std::vector<RuleList>& lists_;
   std::vector<Refused> refused_;
   std::size_t removals_ = 0;  // interfaces on which rules were removed
+  std::size_t added_ = 0;     // rules of accepted lists
   bool isDifferent_ = false;
 };
 

@@ -21,7 +21,9 @@ using PolicyMap::AclResult;
 using PolicyMap::AclRule;
 using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ZelVrfSelectionPolicy::Testing::Journal;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 using ZelVrfSelectionPolicy::Testing::RecordingAclHelper;
@@ -265,6 +267,17 @@ TEST_F(RuleProgrammer, ReplacesAnActionInPlaceWhereThereIsRoomForTheRestOnly) {
   program(rulesByMatch("ab"));
   EXPECT_THAT(program(rulesByMatch("Abc")), Each(accepted));
   EXPECT_EQ(held(), "Abc");
+}
+
+TEST_F(RuleProgrammer, ReplacesNothingIfAnotherInterfaceTookTheRoomForTheRest) {
+  hardware_->capacity = 5;
+  program(rulesByMatch("ab"));
+  static_cast<void>(journal_.take());
+  std::vector<RuleList> lists{{"eth1", rulesByMatch("ABcd"), {}}, {"eth2", rulesNamed("xy"), {}}};
+  programRules(*hardware_, lists);
+  EXPECT_EQ(held(), "ab");
+  EXPECT_EQ(namesOf(hardware_->held("eth2")), "xy");
+  EXPECT_THAT(journal_.lines(), Each(Not(HasSubstr("replaceRule"))));
 }
 
 TEST_F(RuleProgrammer, TakesReplacementsBackIfTheRestIsRefused) {
