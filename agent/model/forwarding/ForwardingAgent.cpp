@@ -201,7 +201,7 @@ RuleStates ForwardingAgent::rulesOf(const Velo::String& intf,
     RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
                     {policies_.classMaps.at(rule.classMap), rule.action},
                     {},
-                    status == nullptr ? "not told yet" : status->reason.str(),
+                    status == nullptr ? "not programmed yet" : status->reason.str(),
                     {}};
     if (status != nullptr && status->programmed) {
       state.counter = counters[place];

@@ -1,7 +1,8 @@
 #include "agent/model/routes/RoutingTable.h"
-#include "agent/language/Limits.h"
 
 #include <cstdint>
+
+#include "agent/language/Limits.h"
 
 namespace ZelAgent {
 namespace {
