@@ -116,7 +116,7 @@ void ForwardingAgent::apply(const Configuration& next) {
   takeDownInstances(instances);
   instances_ = std::move(instances);
   configuration_ = next;
-  complete();
+  reprogrammer_->stepOfConfiguration();
   routes_.program();
 }
 

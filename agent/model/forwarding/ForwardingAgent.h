@@ -59,7 +59,7 @@ class ForwardingAgent final {
   /// prefix length.
   void removeAll();
   /// Makes a step of the recovery that Reprogrammer.h describes. Call it after each change of facts
-  /// or of the chip. `apply` calls it.
+  /// or of the chip. `apply` makes a step, too.
   void complete();
   /// Whether `complete` has something to do, even if nothing changes until then.
   [[nodiscard]] bool isRecovering() const;

@@ -1,5 +1,7 @@
 #include "agent/model/forwarding/Reprogrammer.h"
 
+#include <algorithm>
+#include <limits>
 #include <set>
 #include <utility>
 #include <vector>
@@ -28,9 +30,17 @@ Reprogrammer::~Reprogrammer() {
 }
 
 void Reprogrammer::step() {
+  makeStep(Limits::retriesOfAStep);
+}
+
+void Reprogrammer::stepOfConfiguration() {
+  makeStep(std::numeric_limits<std::size_t>::max());
+}
+
+void Reprogrammer::makeStep(std::size_t mostForRoom) {
   updateOutOfDate();
-  const std::size_t calls = askForRoom(Limits::retriesOfAStep);
-  askThoseDue(Limits::retriesOfAStep - calls);
+  const std::size_t chosen = askForRoom(mostForRoom);
+  askThoseDue(Limits::retriesOfAStep - std::min(chosen, Limits::retriesOfAStep));
   ++step_;
 }
 

@@ -25,8 +25,10 @@ namespace ZelAgent {
 ///
 /// After a step no resource of a used action is stale unless the chip refused the last update. A
 /// step asks at most once for an action in 2. and 3., which make at most `retriesOfAStep` hook
-/// calls together. So if the chip accepts every request and has room, n refused actions are
-/// programmed after at most `pauseSteps` + n / `retriesOfAStep` + 1 steps.
+/// calls together. The step of a configuration makes 2. without this bound: the configuration may
+/// have replaced as many actions as the chip has resources. So if the chip accepts every request
+/// and has room, n refused actions are programmed after at most `pauseSteps` + n / `retriesOfAStep`
+/// + 1 steps.
 ///
 /// It asks by `VrfSm::updateVrfAction`: the library makes the hook call and stores the outcome, and
 /// users and counts are not touched. Subscribers of the statuses see each change of an outcome, and
@@ -42,6 +44,8 @@ class Reprogrammer final {
 
   /// Makes a step.
   void step();
+  /// Makes the step of a configuration.
+  void stepOfConfiguration();
   /// Asks for every refused action now, oldest first.
   void retry();
 
@@ -51,6 +55,7 @@ class Reprogrammer final {
  private:
   using VrfAction = ZelVrfSelectionPolicy::VrfAction;
 
+  void makeStep(std::size_t mostForRoom);
   void updateOutOfDate();
   // Return the number of actions that they chose.
   std::size_t askForRoom(std::size_t most);

@@ -190,6 +190,20 @@ TEST_F(FullChip, GetsABoundedNumberOfCallsInAStepWhenMuchRoomAppears) {
   EXPECT_FALSE(agent_.isRecovering());
 }
 
+TEST_F(FullChip, EndsWithAllNewActionsOfAConfigurationThatReplacesMany) {
+  constexpr std::size_t many = Limits::retriesOfAStep + 2;
+  agent_.chip().capacityIs(many);
+  for (const std::string name : {"old", "new"}) {
+    SmallConfiguration small{{}, {}, {"e1"}};
+    for (std::size_t vrf = 0; vrf < many; ++vrf) {
+      small.vrfs.push_back({name + std::to_string(vrf)});
+      small.rules.push_back(small.vrfs.back().name);
+    }
+    apply(small);
+    EXPECT_TRUE(isProgrammed(agent_.state())) << name;
+  }
+}
+
 TEST_F(FullChip, AsksForAllAtOnceByTheCommand) {
   select({"red", "green", "blue"});
   (void)newCalls();
