@@ -75,6 +75,17 @@ TEST_F(ChangedVrfsTest, PrefixLengthsOfBothFamiliesAreFacts) {
   }
 }
 
+TEST_F(ChangedVrfsTest, PrefixLengthsThatReplaceOthersAreFollowed) {
+  const auto first = routes_->vrfPrefixLensInExactMatchIs("red");
+  const auto second = Routing::Hardware::PrefixLensInExactMatch::PrefixLensInExactMatchIs("red");
+  routes_->vrfPrefixLensInExactMatchIs(second);
+  EXPECT_THAT(changes(), ElementsAre("red"));
+  first->prefixLenIs(24);
+  EXPECT_THAT(changes(), IsEmpty());
+  second->prefixLenIs(24);
+  EXPECT_THAT(changes(), ElementsAre("red"));
+}
+
 TEST_F(ChangedVrfsTest, AFallbackIsAFactOfTheVrfThatHasIt) {
   fallbacks_->fallbackVrfIs("red", "blue");
   EXPECT_THAT(changes(), ElementsAre("red"));
