@@ -27,12 +27,6 @@ std::string inQuotes(const L3::VrfName& vrf) {
   return '"' + quoted.substr(1, quoted.size() - 2) + '"';
 }
 
-HwStatus noIdFailure(const L3::VrfName& vrf) {
-  return failure(FailureCode::failureVrfResourceAlloc,
-                 "VRF " + inQuotes(vrf) +
-                     " has no hardware VRF id; the action is programmed when it gets one");
-}
-
 HwStatus exhaustedFailure() {
   return failure(FailureCode::failureVrfResourceExhausted,
                  "the chip had no free VRF resource; the action is programmed when it gets one");
@@ -64,6 +58,12 @@ HwStatus SoftVrfHelper::createVrf(const VrfAction& action) {
 HwStatus SoftVrfHelper::updateVrf(const VrfAction& action) {
   ++hookCounts_.updates;
   return program(Hook::updateVrf, action);
+}
+
+HwStatus SoftVrfHelper::outcomeWithoutId(const L3::VrfName& vrf) {
+  return failure(FailureCode::failureVrfResourceAlloc,
+                 "VRF " + inQuotes(vrf) +
+                     " has no hardware VRF id; the action is programmed when it gets one");
 }
 
 void SoftVrfHelper::deleteVrf(const VrfAction& action) {
@@ -101,7 +101,7 @@ HwStatus SoftVrfHelper::programNow(const VrfAction& action) {
   if (faultPlan_.takeFault(action.vrfName())) return faultFailure();
   if (const L3::VrfName vrf = vrfWithoutId(wanted); !vrf.empty()) {
     release(action);
-    return noIdFailure(vrf);
+    return outcomeWithoutId(vrf);
   }
   const auto present = resources_.find(action);
   if (present != resources_.end()) {

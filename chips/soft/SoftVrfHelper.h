@@ -71,6 +71,9 @@ class SoftVrfHelper final : public ZelVrfSelectionPolicy::VrfHelper {
   /// A capacity below the number of resources removes none. It only admits no more.
   void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
 
+  /// The outcome of a request for an action that names this VRF, while it has no hardware id.
+  [[nodiscard]] static HwStatus outcomeWithoutId(const L3::VrfName& vrf);
+
   [[nodiscard]] FaultPlan& faultPlan() noexcept { return faultPlan_; }
 
   [[nodiscard]] const Resources& resources() const noexcept { return resources_; }

@@ -38,7 +38,6 @@ class RefusedActions final {
   /// An action that waited for time was refused again. Does nothing if it no longer waits for time.
   void postpone(const VrfAction& action, Step now);
 
-  [[nodiscard]] bool has(const VrfAction& action) const { return entries_.contains(action); }
   [[nodiscard]] bool waitsForTime(const VrfAction& action) const;
   [[nodiscard]] bool anyWaitsForRoom() const noexcept { return !forRoom_.empty(); }
   [[nodiscard]] bool anyWaitsForTime() const noexcept { return !forTime_.empty(); }

@@ -53,8 +53,6 @@ bool Reprogrammer::isPending() const {
   return refused_.anyWaitsForTime() || (refused_.anyWaitsForRoom() && hasRoom());
 }
 
-// An action that is up to date may have been refused again for another reason, with an equal
-// status, which is not published.
 void Reprogrammer::updateOutOfDate() {
   std::set<VrfAction> candidates;
   for (const L3::VrfName& vrf : changedVrfs_.take()) {
@@ -62,11 +60,7 @@ void Reprogrammer::updateOutOfDate() {
     candidates.insert(actions.begin(), actions.end());
   }
   for (const VrfAction& action : candidates) {
-    if (chip_->isOutOfDate(action)) {
-      ask(action);
-    } else if (refused_.has(action)) {
-      follow(action);
-    }
+    if (chip_->isOutOfDate(action)) ask(action);
   }
 }
 
@@ -111,9 +105,11 @@ void Reprogrammer::follow(const VrfAction& action) {
   }
 }
 
+// A fault may hide that a VRF has no id. The repeated request shows it.
 WaitsFor Reprogrammer::reasonOf(const VrfAction& action, const HwStatus& refusal) const {
   if (refusal.failureReason() == FailureCode::failureVrfResourceExhausted) return WaitsFor::room;
-  const bool lacksId = !vrfWithoutId(chip_->currentProgram(action)).empty();
+  const L3::VrfName vrf = vrfWithoutId(chip_->currentProgram(action));
+  const bool lacksId = !vrf.empty() && refusal == SoftChip::SoftVrfHelper::outcomeWithoutId(vrf);
   return lacksId ? WaitsFor::facts : WaitsFor::time;
 }
 

@@ -81,9 +81,8 @@ TEST_F(RefusedRequest, IsNotRepeatedWhileAVrfHasNoId) {
 }
 
 TEST_F(RefusedRequest, IsRepeatedAfterAnEqualRefusalWhenTheIdArrived) {
-  agent_.chip().faultPlan().anyFaultsIs(2);
+  agent_.chip().faultPlan().anyFaultsIs(3);
   apply({{}, {"red"}, {"e1"}});
-  EXPECT_FALSE(agent_.isRecovering());
   play("vrf red add");
   play("vrf red id 7");
   EXPECT_FALSE(isProgrammed());
@@ -122,6 +121,19 @@ TEST_F(RefusedRequest, LeavesAStaleResourceOnlyUntilItIsRepeated) {
   agent_.complete();
   EXPECT_FALSE(agent_.state().actions.at(0).resourceIsStale());
   EXPECT_TRUE(isProgrammed());
+}
+
+// The fault hides that the VRF has no id. The repeated request shows it.
+TEST_F(RefusedRequest, IsRepeatedAfterAFaultAlthoughTheVrfHasNoId) {
+  apply({{{"red"}}, {"red"}, {"e1"}});
+  play("vrf red id 0");
+  const auto lacksId = agent_.statuses();
+  play("chip fail red 1");
+  play("decap-nh on");
+  EXPECT_NE(agent_.statuses(), lacksId);
+  EXPECT_TRUE(agent_.isRecovering());
+  EXPECT_EQ(stepsWithCalls(100), std::vector<int>{1});
+  EXPECT_EQ(agent_.statuses(), lacksId);
 }
 
 }  // namespace
