@@ -30,7 +30,7 @@ std::string brokenFor(const ActionState& action, const ChipState& chip) {
 
 std::string brokenActions(const AgentState& state) {
   for (const ActionState& action : state.actions) {
-    const std::string broken = brokenFor(action, state.chip);
+    std::string broken = brokenFor(action, state.chip);
     if (!broken.empty()) return toText(action.action) + ' ' + broken;
     if (action.users != action.usedBy.size()) return toText(action.action) + " counts other users";
   }

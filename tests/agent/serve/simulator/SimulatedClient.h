@@ -31,6 +31,8 @@ class SimulatedClient final {
   [[nodiscard]] bool isConnected() const { return state_ != State::closed; }
   [[nodiscard]] bool waitsForTurn() const { return state_ == State::waitsForTurn; }
   [[nodiscard]] bool answerWaits() const { return state_ == State::answerWaits; }
+  // Whether the daemon has a connection to it.
+  [[nodiscard]] bool isServed() const { return client_ != nullptr && client_->isConnected(); }
   // Whether the client may send something.
   [[nodiscard]] bool maySend() const { return isConnected() && !hasEnded_; }
   [[nodiscard]] std::size_t unsent() const { return unsent_.size(); }

@@ -23,20 +23,24 @@ std::optional<Configuration> configurationIn(const std::string& document) {
 
 }  // namespace
 
-void SimulatedFile::replace() const {
+void SimulatedFile::remove() const {
   std::filesystem::remove_all(path_);
 }
 
+void SimulatedFile::contentIs(const std::string& content) const {
+  std::ofstream(path_, std::ios::binary) << content;
+}
+
 void SimulatedFile::documentIs(const std::string& document) {
-  replace();
-  std::ofstream(path_, std::ios::binary) << document;
+  remove();
+  contentIs(document);
   configuration_.reset();
   configuration_ = configurationIn(document);
   error_ = path_ + ":";
 }
 
 void SimulatedFile::faultIs(FileFault fault) {
-  replace();
+  remove();
   configuration_.reset();
   error_ = path_ + ": cannot be read: ";
   switch (fault) {
@@ -44,7 +48,7 @@ void SimulatedFile::faultIs(FileFault fault) {
       break;
     case FileFault::empty:
       error_ = path_ + ":";
-      std::ofstream{path_};
+      contentIs("");
       break;
     case FileFault::directory:
       error_ = path_ + ": is a directory";
@@ -63,7 +67,7 @@ void SimulatedFile::faultIs(FileFault fault) {
       break;
     case FileFault::tooLarge:
       error_ = path_ + ": is larger than ";
-      std::ofstream{path_};
+      contentIs("");
       std::filesystem::resize_file(path_, Limits::inputFileBytes + 1);
       break;
   }

@@ -28,7 +28,8 @@ class SimulatedFile final {
   [[nodiscard]] const std::string& error() const { return error_; }
 
  private:
-  void replace() const;
+  void remove() const;
+  void contentIs(const std::string& content) const;
 
   std::string path_;
   std::optional<Configuration> configuration_;

@@ -35,6 +35,7 @@ std::string Simulation::run(unsigned steps) {
     check();
   }
   closeClients();
+  if (wrong_.empty()) refuseAll();
   if (wrong_.empty()) endFaults();
   if (wrong_.empty()) recover();
   if (wrong_.empty()) finish();
@@ -44,8 +45,8 @@ std::string Simulation::run(unsigned steps) {
 void Simulation::step() {
   const unsigned kind = choices_.below(100);
   if (kind < 50) return clientStep(anyClient());
-  if (kind < 78) return round();
-  if (kind < 86) return takeMaterial();
+  if (kind < 77) return round();
+  if (kind < 87) return takeMaterial();
   if (kind < 89) return breakFile();
   if (kind < 93) return hangUp();
   pass(milliseconds(choices_.percent(70) ? 1 + choices_.below(3000) : choices_.below(20000)));
@@ -56,7 +57,7 @@ void Simulation::clientStep(SimulatedClient& client) {
   const unsigned kind = choices_.below(100);
   if (kind < 2) return loseClient(client);
   if (kind < 12 || client.answerWaits()) return makeRoom(client);
-  if (!client.maySend()) return client.deliver();
+  if (!client.maySend()) return deliver(client);
   if (kind < 60 || client.unsent() == 0) addRequest(client);
   if (kind >= 30) sendPiece(client, choices_.percent(50) ? client.unsent() : choices_.below(40));
 }
@@ -80,6 +81,11 @@ void Simulation::sendPiece(SimulatedClient& client, std::size_t bytes) {
   write(client.name() + " sends " + std::to_string(piece.size()) + " bytes");
 }
 
+void Simulation::deliver(SimulatedClient& client) {
+  write("what " + client.name() + " has sent arrives");
+  client.deliver();
+}
+
 void Simulation::makeRoom(SimulatedClient& client) {
   const unsigned bytes = choices_.percent(50) ? 1 + choices_.below(100) : 100000;
   if (client.answerWaits()) {
@@ -89,7 +95,7 @@ void Simulation::makeRoom(SimulatedClient& client) {
     write(client.name() + " has room for " + std::to_string(bytes) + " bytes");
     client.roomIs(bytes);
   }
-  client.deliver();
+  deliver(client);
 }
 
 void Simulation::loseClient(SimulatedClient& client) {
@@ -186,7 +192,7 @@ void Simulation::pass(milliseconds time) {
 
 // Nothing is left to do that was requested before.
 void Simulation::closeClients() {
-  while (wrong_.empty() && !daemon_.scheduler().isIdle()) {
+  while (wrong_.empty() && (isReloadRequested_ || !turns_.empty())) {
     round();
     check();
   }
@@ -195,11 +201,19 @@ void Simulation::closeClients() {
   }
 }
 
+void Simulation::refuseAll() {
+  SimulatedClient& client = clients_.front();
+  connect(client);
+  const bool isOn = daemon_.served().agent().routeStatus().decapNhEnabled();
+  request(client, {PlanChipFaults{{}, 100 + choices_.below(200)}, SetDecapNh{!isOn}});
+  pass(milliseconds(choices_.below(60000)));
+  check();
+}
+
 // A client requests room, no planned faults, and an id for each VRF that has none.
 void Simulation::endFaults() {
   write("the faults end");
   SimulatedClient& client = clients_.front();
-  connect(client);
   std::vector<Event> events = recoveringEvents();
   std::erase_if(events, [](const Event& event) { return std::holds_alternative<Retry>(event); });
   events.emplace_back(SetChipRules{roomForRules});
@@ -234,7 +248,7 @@ void Simulation::recover() {
     pass(RecoveryTimer::period);
     check();
   }
-  if (wrong_.empty() && agent.isRecovering()) wrong_ = "the agent recovers from nothing";
+  if (agent.isRecovering() && wrong_.empty()) wrong_ = "the agent recovers from nothing";
 }
 
 void Simulation::finish() {
@@ -243,6 +257,9 @@ void Simulation::finish() {
   ForwardingAgent& agent = daemon_.served().agent();
   if (!agent.chip().resources().empty() || agent.acl().rulesInUse() != 0) {
     wrong_ = "the chip holds something after the end";
+  }
+  for (const SimulatedClient& client : clients_) {
+    if (client.isServed()) wrong_ = client.name() + " is connected after the end";
   }
 }
 
@@ -267,19 +284,36 @@ void Simulation::check() {
 
 std::string Simulation::firstWrong() {
   for (SimulatedClient& client : clients_) {
-    const std::string wrong = client.check();
+    std::string wrong = client.check();
     if (!wrong.empty()) return wrong;
   }
-  if (!std::exchange(hasRun_, false)) return "";
+  std::string wrong = wrongSleep();
+  if (!wrong.empty() || !std::exchange(hasRun_, false)) return wrong;
   ServedAgent& served = daemon_.served();
-  const std::string wrongRecord = reference_.differenceOf(served.record());
+  std::string wrongRecord = reference_.differenceOf(served.record());
   if (!wrongRecord.empty()) return wrongRecord;
   const std::string facts = KeptFacts::textOf(served.agent());
   if (facts != reference_.facts().text()) {
     return firstDifference("== facts\n" + facts, "== facts\n" + reference_.facts().text());
   }
-  const std::string broken = brokenPromise(served.agent());
+  std::string broken = brokenPromise(served.agent());
   return broken.empty() ? differenceFromFresh() : broken;
+}
+
+// The loop sleeps while nothing is requested, and is woken only by those who wait for time.
+std::string Simulation::wrongSleep() {
+  const ManualScheduler& scheduler = daemon_.scheduler();
+  if (scheduler.isIdle() != (turns_.empty() && !isReloadRequested_)) {
+    return scheduler.isIdle() ? "the loop sleeps, and something is requested"
+                              : "the loop does not sleep, and nothing is requested";
+  }
+  const auto slowClients =
+      std::count_if(clients_.begin(), clients_.end(),
+                    [](const SimulatedClient& client) { return client.answerWaits(); });
+  const std::size_t wanted =
+      static_cast<std::size_t>(slowClients) + (daemon_.served().agent().isRecovering() ? 1 : 0);
+  if (scheduler.running() == wanted) return "";
+  return std::to_string(scheduler.running()) + " timers run, expected " + std::to_string(wanted);
 }
 
 // What the chip refuses depends on the past, so only the rest is compared.

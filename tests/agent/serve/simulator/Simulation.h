@@ -31,6 +31,8 @@ namespace ZelAgent {
 //                 are kept. As far as the chip holds everything, it is as if it had been started
 //                 fresh.
 //   promise       Promise.h
+//   loop          it sleeps exactly while nothing is requested. A timer runs for each client that
+//                 does not take its answer, and one while the agent has something to recover.
 //
 // At the end the faults are over and the chip has room. Then every used action is programmed and
 // every rule is on the chip after the number of seconds that Reprogrammer.h promises.
@@ -49,6 +51,8 @@ class Simulation final {
   [[nodiscard]] unsigned recoverySeconds() const { return recoverySeconds_; }
   // How many requests were answered.
   [[nodiscard]] unsigned answers() const { return answers_; }
+  // The reloads.
+  [[nodiscard]] const ConfigurationRecord& record() { return daemon_.served().record(); }
 
  private:
   void step();
@@ -56,6 +60,7 @@ class Simulation final {
   void connect(SimulatedClient& client);
   void addRequest(SimulatedClient& client);
   void addRequest(SimulatedClient& client, SimulatedRequest request);
+  void deliver(SimulatedClient& client);
   void sendPiece(SimulatedClient& client, std::size_t bytes);
   void makeRoom(SimulatedClient& client);
   void loseClient(SimulatedClient& client);
@@ -68,6 +73,8 @@ class Simulation final {
   void pass(std::chrono::milliseconds time);
 
   void closeClients();
+  // The chip refuses every action, and some time passes.
+  void refuseAll();
   void endFaults();
   // Sends the events, and waits for the answers.
   void request(SimulatedClient& client, const std::vector<Event>& events);
@@ -80,6 +87,7 @@ class Simulation final {
   // Checks everything, and records what is wrong.
   void check();
   [[nodiscard]] std::string firstWrong();
+  [[nodiscard]] std::string wrongSleep();
   [[nodiscard]] std::string differenceFromFresh();
 
   std::string folder_;
