@@ -40,7 +40,8 @@ void addChip(LimitTable& table, const ChangeableLimits& inForce) {
   table.push_back({"gateways", Limits::gateways, "gateways", "",
                    "gateways on the way to a next hop; a next hop behind more is not used"});
   table.push_back({"retries", Limits::retriesOfAStep, "calls", "",
-                   "refused actions that are requested again at one event; others wait longer"});
+                   "refused actions that are requested again at one event but a configuration; "
+                   "others wait longer"});
   table.push_back({"retry pause", Limits::pauseSteps, "steps", "",
                    "events, or seconds of a daemon, between two requests for a refused action"});
 }

@@ -34,8 +34,8 @@ struct RunOptions {
 ///
 /// A report is printed after each configuration and event. A wrong one ends the run. At the end,
 /// also after a wrong one, everything is removed and the empty agent is reported. With `strict` the
-/// status is `failure` if a rule or an action was missing on the chip in a report. Each one that is
-/// missing at the end is printed on `err`.
+/// status is `failure` if a rule or an action was missing on the chip in a report. What is
+/// missing at the end is printed on `err`, as MissingReport.h describes.
 [[nodiscard]] ExitStatus runConfigurations(const RunOptions& options, std::ostream& out,
                                            std::ostream& err);
 
