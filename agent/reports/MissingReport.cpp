@@ -2,7 +2,6 @@
 
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
@@ -12,8 +11,6 @@
 namespace ZelAgent {
 namespace {
 
-constexpr std::size_t maxLines = 20;
-
 std::string nameOf(const ActionUser& user) {
   return "rule " + std::to_string(user.sequenceId) + " of " + policyText(user) + " on " +
          printable(user.interface, Limits::shownTextBytes);
@@ -22,20 +19,14 @@ std::string nameOf(const ActionUser& user) {
 }  // namespace
 
 void writeMissing(std::ostream& err, const AgentState& state, const RuleStates& rules) {
-  std::vector<std::string> missing;
+  const auto write = [&err](const std::string& name, const std::string& reason) {
+    err << "not programmed: " << name << ": " << printable(reason, Limits::shownTextBytes) << '\n';
+  };
   for (const RuleState& rule : rules) {
-    if (!rule.place)
-      missing.push_back(nameOf(rule.user) + ": " + printable(rule.reason, Limits::shownTextBytes));
+    if (!rule.place) write(nameOf(rule.user), rule.reason);
   }
   for (const ActionState& action : state.actions) {
-    if (!hasFailed(action)) continue;
-    const std::string reason = action.status.failureDescription().str();
-    missing.push_back(toText(action.action) + ": " + printable(reason, Limits::shownTextBytes));
-  }
-  for (std::size_t line = 0; line < missing.size() && line < maxLines; ++line)
-    err << "not programmed: " << missing[line] << '\n';
-  if (missing.size() > maxLines) {
-    err << "not programmed: " << missing.size() - maxLines << " more\n";
+    if (hasFailed(action)) write(toText(action.action), action.status.failureDescription().str());
   }
 }
 

@@ -10,8 +10,6 @@ namespace ZelAgent {
 ///
 ///     not programmed: rule 10 of edge on Ethernet1: the rules do not fit ...
 ///     not programmed: actionVrf red: the chip had no free VRF resource ...
-///
-/// Prints at most 20 lines, and then the number of the others.
 void writeMissing(std::ostream& err, const AgentState& state, const RuleStates& rules);
 
 }  // namespace ZelAgent
