@@ -28,8 +28,9 @@ namespace ZelAgent {
 //   requests      each one is answered once, in order, to its client (SimulatedClient.h), with what
 //                 it must report (ReferenceAgent.h)
 //   configuration the agent has wholly one configuration, the last right one, and the facts that
-//                 are kept. As far as the chip holds everything, it is as if it had been started
-//                 fresh.
+//                 are kept, as if it had been started fresh (VisibleState.h). The rules are
+//                 compared if the chip holds all of them, and everything if every action is
+//                 programmed too.
 //   promise       Promise.h
 //   loop          it sleeps exactly while nothing is requested. A timer runs for each client that
 //                 does not take its answer, and one while the agent has something to recover.
