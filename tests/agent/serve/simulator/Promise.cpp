@@ -9,18 +9,19 @@ namespace {
 
 using ZelVrfSelectionPolicy::FailureCode;
 
-bool hasReason(const ActionState& action, const ChipState& chip) {
+// A repeated request may free a resource at the end of a step. The next step uses it.
+bool hasReason(const ActionState& action, const ChipState& chip, bool isRecovering) {
   if (action.status.failureReason() == FailureCode::failureVrfResourceExhausted) {
-    return chip.used >= chip.capacity;
+    return chip.used >= chip.capacity || isRecovering;
   }
   const bool isPlanned =
       action.status.failureDescription().str().find("a planned fault") != std::string::npos;
   return isPlanned || !vrfWithoutId(action.currentProgram).empty();
 }
 
-std::string brokenFor(const ActionState& action, const ChipState& chip) {
+std::string brokenFor(const ActionState& action, const ChipState& chip, bool isRecovering) {
   if (hasFailed(action)) {
-    return hasReason(action, chip)
+    return hasReason(action, chip, isRecovering)
                ? ""
                : "is refused without a reason: " + action.status.failureDescription().str();
   }
@@ -28,9 +29,10 @@ std::string brokenFor(const ActionState& action, const ChipState& chip) {
   return action.resourceIsStale() ? "has a stale resource" : "";
 }
 
-std::string brokenActions(const AgentState& state) {
+std::string brokenActions(ForwardingAgent& agent) {
+  const AgentState state = agent.state();
   for (const ActionState& action : state.actions) {
-    std::string broken = brokenFor(action, state.chip);
+    std::string broken = brokenFor(action, state.chip, agent.isRecovering());
     if (!broken.empty()) return toText(action.action) + ' ' + broken;
     if (action.users != action.usedBy.size()) return toText(action.action) + " counts other users";
   }
@@ -82,7 +84,7 @@ std::string missing(ForwardingAgent& agent) {
 }
 
 std::string brokenPromise(ForwardingAgent& agent) {
-  std::string broken = brokenActions(agent.state());
+  std::string broken = brokenActions(agent);
   if (broken.empty()) broken = brokenRules(agent);
   return broken.empty() ? refusedDespiteRoom(agent) : broken;
 }
