@@ -35,7 +35,7 @@ std::string Simulation::run(unsigned steps) {
     check();
   }
   closeClients();
-  if (wrong_.empty()) refuseAll();
+  if (wrong_.empty() && choices_.percent(50)) refuseAll();
   if (wrong_.empty()) endFaults();
   if (wrong_.empty()) recover();
   if (wrong_.empty()) finish();
@@ -214,6 +214,7 @@ void Simulation::refuseAll() {
 void Simulation::endFaults() {
   write("the faults end");
   SimulatedClient& client = clients_.front();
+  if (!client.isConnected()) connect(client);
   std::vector<Event> events = recoveringEvents();
   std::erase_if(events, [](const Event& event) { return std::holds_alternative<Retry>(event); });
   events.emplace_back(SetChipRules{roomForRules});
