@@ -52,7 +52,7 @@ RequestKind RandomMaterial::fault() {
     case 2:
       return Event(SetChipRules{choices_.percent(50) ? roomForRules : choices_.below(20)});
     case 3:
-      return Event(SetVrfId{"red", choices_.below(2)});
+      return Event(SetVrfId{"red", choices_.percent(50) ? 0U : 50U});  // 50 is no other's
     default:
       return Event(PlanChipFaults{"blue", choices_.below(4)});
   }
