@@ -40,7 +40,8 @@ void Reprogrammer::stepOfConfiguration() {
 void Reprogrammer::makeStep(std::size_t mostForRoom) {
   updateOutOfDate();
   const std::size_t chosen = askForRoom(mostForRoom);
-  askThoseDue(Limits::retriesOfAStep - std::min(chosen, Limits::retriesOfAStep));
+  const std::size_t left = Limits::retriesOfAStep - std::min(chosen, Limits::retriesOfAStep);
+  askForRoom(left - askThoseDue(left));  // one that was due may have freed its resource
   ++step_;
 }
 

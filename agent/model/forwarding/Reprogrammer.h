@@ -21,10 +21,10 @@ namespace ZelAgent {
 ///   2. While the chip has a free resource, it asks again for actions that were refused for lack of
 ///      room, oldest first.
 ///   3. It asks again for actions that were refused otherwise, each after a pause. Pauses grow, as
-///      RefusedActions.h describes.
+///      RefusedActions.h describes. If one of them has freed its resource, 2. follows again.
 ///
-/// After a step no resource of a used action is stale unless the chip refused the last update. A
-/// step asks at most once for an action in 2. and 3., which make at most `retriesOfAStep` hook
+/// After a step no resource of a used action is stale unless the chip refused the last update. 2.,
+/// 3. and 2. again ask for an action at most once each, and make at most `retriesOfAStep` hook
 /// calls together. The step of a configuration makes 2. without this bound: the configuration may
 /// have replaced as many actions as the chip has resources. So if the chip accepts every request
 /// and has room, n refused actions are programmed after at most `pauseSteps` + n / `retriesOfAStep`

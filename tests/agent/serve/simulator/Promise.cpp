@@ -9,19 +9,18 @@ namespace {
 
 using ZelVrfSelectionPolicy::FailureCode;
 
-// A repeated request may free a resource at the end of a step. The next step uses it.
-bool hasReason(const ActionState& action, const ChipState& chip, bool isRecovering) {
+bool hasReason(const ActionState& action, const ChipState& chip) {
   if (action.status.failureReason() == FailureCode::failureVrfResourceExhausted) {
-    return chip.used >= chip.capacity || isRecovering;
+    return chip.used >= chip.capacity;
   }
   const bool isPlanned =
       action.status.failureDescription().str().find("a planned fault") != std::string::npos;
   return isPlanned || !vrfWithoutId(action.currentProgram).empty();
 }
 
-std::string brokenFor(const ActionState& action, const ChipState& chip, bool isRecovering) {
+std::string brokenFor(const ActionState& action, const ChipState& chip) {
   if (hasFailed(action)) {
-    return hasReason(action, chip, isRecovering)
+    return hasReason(action, chip)
                ? ""
                : "is refused without a reason: " + action.status.failureDescription().str();
   }
@@ -29,10 +28,9 @@ std::string brokenFor(const ActionState& action, const ChipState& chip, bool isR
   return action.resourceIsStale() ? "has a stale resource" : "";
 }
 
-std::string brokenActions(ForwardingAgent& agent) {
-  const AgentState state = agent.state();
+std::string brokenActions(const AgentState& state) {
   for (const ActionState& action : state.actions) {
-    std::string broken = brokenFor(action, state.chip, agent.isRecovering());
+    std::string broken = brokenFor(action, state.chip);
     if (!broken.empty()) return toText(action.action) + ' ' + broken;
     if (action.users != action.usedBy.size()) return toText(action.action) + " counts other users";
   }
@@ -84,7 +82,7 @@ std::string missing(ForwardingAgent& agent) {
 }
 
 std::string brokenPromise(ForwardingAgent& agent) {
-  std::string broken = brokenActions(agent);
+  std::string broken = brokenActions(agent.state());
   if (broken.empty()) broken = brokenRules(agent);
   return broken.empty() ? refusedDespiteRoom(agent) : broken;
 }

@@ -10,9 +10,8 @@ namespace ZelAgent {
 // After each change, for each action that is used:
 //
 //   its status is success   its resource is there and has the program of the current facts
-//   its status is a failure the chip has a reason now: there is no free resource, or one that the
-//                           next step of the recovery uses; a VRF has no id; or a planned fault has
-//                           refused the last request
+//   its status is a failure the chip has a reason now: there is no free resource, a VRF has no id,
+//                           or a planned fault has refused the last request
 //
 // No interface lacks its rules while there is room for all of them beside those that the chip
 // holds. The rules that are shown as on the chip are there, and no others. The counted users of an
