@@ -1,6 +1,6 @@
 #include "Duolog/OutOfMemory.h"
 
-#include <poll.h>
+#include <sys/poll.h>
 #include <unistd.h>
 
 #include <algorithm>
