@@ -35,10 +35,9 @@ inline constexpr std::uint64_t pauseSteps = 32;
 inline constexpr std::size_t requestBytes = std::size_t{64} << 10U;
 /// The longest answer. The daemon sends an error instead of a longer one, and `ctl` refuses it.
 inline constexpr std::size_t answerBytes = std::size_t{8} << 20U;
-/// The answers that wait for all clients of a daemon together. Shorter answers than the next limit
-/// are always sent.
+/// Answers that all clients of a daemon together have not read yet. An error replaces a longer one.
 inline constexpr std::size_t waitingAnswersBytes = std::size_t{64} << 20U;
-/// An answer that never has to wait for room.
+/// An answer of at most this size is sent however many others have not been read.
 inline constexpr std::size_t shortAnswerBytes = std::size_t{64} << 10U;
 /// The most levels of JSON in an answer that `ctl` reads. No answer has as many.
 inline constexpr int answerLevels = 100;

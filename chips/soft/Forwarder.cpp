@@ -61,9 +61,10 @@ class Forwarder::Passage final {
     packet_ = packet_.first(header_.totalLength);
     arrivedBytes_ = header_.totalLength;
     if (way_ != nullptr) way_->parsed(header_);
-    const RuleAction* const action = actionOfFirstMatch();
-    if (action == nullptr) return takeNoRule();
-    return take(*action);
+    const Velo::String intf(intf_);
+    if (const RuleAction* const action = actionOfFirstMatch(intf)) return take(*action);
+    if (forwarder_.rules_.intfClosed(intf)) return drop(DropReason::intfClosed);
+    return takeOwnVrf(OwnVrfReason::noRuleMatched);
   }
 
  private:
@@ -72,8 +73,7 @@ class Forwarder::Passage final {
     RouteHit hit;
   };
 
-  const RuleAction* actionOfFirstMatch() {
-    const Velo::String intf(intf_);
+  const RuleAction* actionOfFirstMatch(const Velo::String& intf) {
     const auto place = way_ == nullptr ? forwarder_.rules_.classify(intf, header_) : tryRules(intf);
     if (!place) return nullptr;
     forwarder_.rules_.count(intf, *place, header_.totalLength);
@@ -88,11 +88,6 @@ class Forwarder::Passage final {
       if (!difference) return place;
     }
     return std::nullopt;
-  }
-
-  Verdict takeNoRule() {
-    if (forwarder_.rules_.intfClosed(Velo::String(intf_))) return drop(DropReason::intfClosed);
-    return takeOwnVrf(OwnVrfReason::noRuleMatched);
   }
 
   Verdict take(const RuleAction& action) {

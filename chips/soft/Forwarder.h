@@ -35,12 +35,11 @@ struct Verdict {
 /// The steps for a packet that enters by an interface:
 ///
 ///   1. The first rule of the interface that matches the outer header gives the action.
-///   2. Without a match a closed interface drops the packet. Otherwise without a match, and for the
-///   action `none`, the destination is looked up in the interface's
-///      own VRF and then in the fallback VRFs, by the current facts. `discard` drops the packet.
-///      Any other action uses the chip's resource. Without the resource the packet is dropped.
-///   3. After a miss the next VRF of the walk is tried. After the last VRF, the walk of the
-///   action's
+///   2. Without a match a closed interface drops the packet. Without a match on an open interface,
+///      and for the action `none`, the destination is looked up in the interface's own VRF and then
+///      in the fallback VRFs, by the current facts. `discard` drops the packet. Any other action
+///      uses the chip's resource. Without the resource the packet is dropped.
+///   3. After a miss the next VRF of the walk is tried. After the last VRF, the walk of the action's
 ///      fallback VRF is tried. No VRF is tried twice. A VRF without an id has no table, so it is a
 ///      miss.
 ///   4. By an egress route the packet leaves with its time to live lower by one. By a decapsulating

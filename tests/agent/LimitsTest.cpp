@@ -344,40 +344,41 @@ void keepsClients(std::uint64_t limit) {
   EXPECT_THAT(clients[limit].received(), HasSubstr(std::to_string(limit) + " clients are"));
 }
 
+// A client of a server with the usual limits, whose answer waits.
+struct WaitingClient {
+  WaitingClient() {
+    server.accept(client.connect());
+    client.roomIs(0);
+    client.send("show config\n");
+    scheduler.rounds();
+  }
+
+  ManualScheduler scheduler;
+  ServedAgent served{"unused.json", 8};
+  ScriptedClient client;
+  ControlServer server{scheduler, served, {}};
+};
+
 void keepsClientTimeouts(std::uint64_t limit) {
   constexpr std::chrono::milliseconds step(1);
-  ManualScheduler scheduler;
-  ServedAgent served("unused.json", 8);
-  ScriptedClient client;
-  ControlServer server(scheduler, served, {});
-  server.accept(client.connect());
-  client.roomIs(0);
-  client.send("show config\n");
-  scheduler.rounds();
-  scheduler.pass(std::chrono::seconds(limit) - step);
-  EXPECT_TRUE(client.isConnected());
-  scheduler.pass(step);
-  EXPECT_FALSE(client.isConnected());
+  WaitingClient waiting;
+  waiting.scheduler.pass(std::chrono::seconds(limit) - step);
+  EXPECT_TRUE(waiting.client.isConnected());
+  waiting.scheduler.pass(step);
+  EXPECT_FALSE(waiting.client.isConnected());
 }
 
 // The client takes a byte in each half of its timeout.
 void keepsAnswerTimeouts(std::uint64_t limit) {
   const auto half = ServerLimits().clientTimeout / 2;
-  ManualScheduler scheduler;
-  ServedAgent served("unused.json", 8);
-  ScriptedClient client;
-  ControlServer server(scheduler, served, {});
-  server.accept(client.connect());
-  client.roomIs(0);
-  client.send("show config\n");
-  scheduler.rounds();
+  WaitingClient waiting;
   for (std::uint64_t halves = 1; halves < 2 * limit; ++halves) {
-    scheduler.pass(half);
-    client.take(1);
+    waiting.scheduler.pass(half);
+    waiting.client.take(1);
   }
-  EXPECT_TRUE(client.isConnected());
-  scheduler.pass(half);
-  EXPECT_FALSE(client.isConnected());
+  EXPECT_TRUE(waiting.client.isConnected());
+  waiting.scheduler.pass(half);
+  EXPECT_FALSE(waiting.client.isConnected());
 }
 
 // `ControlClientTest.cpp` has the tests of shorter waits.

@@ -215,13 +215,18 @@ RuleStates ForwardingAgent::rulesOf(const Velo::String& intf,
 // The rules that the chip holds for the interface although its policy is another one.
 RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf) const {
   RuleStates states;
-  const auto users = rulesInForce_.find(intf);
-  if (users == rulesInForce_.end()) return states;
+  const auto found = rulesInForce_.find(intf);
+  if (found == rulesInForce_.end()) return states;
+  const auto& [origin, sequences] = *found->second;
   const auto& rules = acl_->rules(intf);
-  const std::size_t count = std::min(rules.size(), users->second.size());
+  const std::size_t count = std::min(rules.size(), sequences.size());
   for (std::size_t place = 0; place < count; ++place) {
-    states.push_back(
-        {users->second[place], rules[place], place, "", acl_->counters(intf)[place], true});
+    states.push_back({{intf.str(), origin.networkInstance, origin.policyId, sequences[place]},
+                      rules[place],
+                      place,
+                      "",
+                      acl_->counters(intf)[place],
+                      true});
   }
   return states;
 }
@@ -230,12 +235,17 @@ RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf) const {
 void ForwardingAgent::recordRulesInForce() {
   std::erase_if(rulesInForce_,
                 [this](const auto& entry) { return !policies_.intfs.contains(entry.first); });
+  std::map<Velo::String, PolicyRulesPtr> byPolicyMap;
+  for (const auto& [name, rules] : policies_.policyMaps) {
+    PolicyRules record{policies_.origins.at(name), {}};
+    for (const PolicyMap::PolicyMapRule& rule : rules)
+      record.sequences.push_back(rule.sequence);
+    byPolicyMap.emplace(name, std::make_shared<const PolicyRules>(std::move(record)));
+  }
+  const std::vector<Velo::String> refused = policySm_->policySm()->refusedIntfs();
   for (const auto& [intf, applied] : policies_.intfs) {
-    std::vector<ActionUser> users;
-    for (const RuleState& rule : rulesOf(intf, applied)) {
-      if (rule.place) users.push_back(rule.user);
-    }
-    if (!users.empty() || acl_->rules(intf).empty()) rulesInForce_[intf] = std::move(users);
+    if (!std::binary_search(refused.begin(), refused.end(), intf))
+      rulesInForce_[intf] = byPolicyMap.at(applied.policyMap);
   }
 }
 

@@ -105,6 +105,12 @@ class ForwardingAgent final {
   // The fallback VRF of each configured instance, empty for none.
   using FallbackByInstance = std::map<std::string, std::string>;
   using VrfByInterface = std::map<std::string, std::string>;
+  // The rules of a policy map, by place. Interfaces with the same policy map share them.
+  struct PolicyRules {
+    PolicyOrigin origin;
+    std::vector<std::uint32_t> sequences;
+  };
+  using PolicyRulesPtr = std::shared_ptr<const PolicyRules>;
 
   [[nodiscard]] SoftChip::ProgramInputs inputs() const;
   void bindPolicySm();
@@ -141,7 +147,7 @@ class ForwardingAgent final {
   std::unique_ptr<Reprogrammer> reprogrammer_;
   VrfIds vrfIds_;
   PolicyObjects policies_;
-  std::map<Velo::String, std::vector<ActionUser>> rulesInForce_;  // by interface, then by place
+  std::map<Velo::String, PolicyRulesPtr> rulesInForce_;  // by interface
   FallbackByInstance instances_;
   VrfByInterface interfaceVrfs_;
   Configuration configuration_;
