@@ -39,9 +39,9 @@ struct Verdict {
 ///      and for the action `none`, the destination is looked up in the interface's own VRF and then
 ///      in the fallback VRFs, by the current facts. `discard` drops the packet. Any other action
 ///      uses the chip's resource. Without the resource the packet is dropped.
-///   3. After a miss the next VRF of the walk is tried. After the last VRF, the walk of the action's
-///      fallback VRF is tried. No VRF is tried twice. A VRF without an id has no table, so it is a
-///      miss.
+///   3. After a miss the next VRF of the walk is tried. After the last VRF, the walk of the
+///      fallback VRF of the action is tried. No VRF is tried twice. A VRF without an id has no
+///      table, so it is a miss.
 ///   4. By an egress route the packet leaves with its time to live lower by one. By a decapsulating
 ///      route the inner packet is looked up in the action's post-decapsulation VRF, or in the
 ///      interface's own VRF if the action names none. Then it leaves or is dropped.
