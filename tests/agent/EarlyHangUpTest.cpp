@@ -27,6 +27,7 @@ class HangUpText final : public std::stringbuf {
   sigemptyset(&hangUp);
   sigaddset(&hangUp, SIGHUP);
   pthread_sigmask(SIG_UNBLOCK, &hangUp, nullptr);  // another test may have started a daemon
+  std::signal(SIGHUP, SIG_DFL);                    // nohup may have started the tests
   HangUpText text;
   std::ostream err(&text);
   const char* const arguments[] = {"zel-agent", command, "--wrong"};
