@@ -6,6 +6,8 @@
 #include <variant>
 #include <vector>
 
+#include "PolicyMap/NumberRange.h"
+#include "PolicyMap/TcpFlagsMatch.h"
 #include "agent/config/IpPrefix.h"
 
 namespace ZelAgent {
@@ -43,6 +45,20 @@ struct RuleMatch {
   std::vector<std::uint8_t> dscpSet;  // One of them matches. Empty is a wildcard.
   std::optional<IpPrefix> source;
   std::optional<IpPrefix> destination;
+  /// The names of prefix sets of the family. Empty is a wildcard. A packet matches such a set and
+  /// the prefix above.
+  std::string sourceSet{};
+  std::string destinationSet{};
+  std::optional<std::uint8_t> hopLimit{};
+  /// The length of the packet with its IP header.
+  std::optional<std::uint16_t> length{};
+  /// Each list: one of its members matches. Empty is a wildcard.
+  std::vector<PolicyMap::NumberRange> fragmentOffsets{};  // in units of eight bytes
+  std::vector<PolicyMap::NumberRange> sourcePorts{};
+  std::vector<PolicyMap::NumberRange> destinationPorts{};
+  std::vector<PolicyMap::TcpFlagsMatch> tcpFlags{};
+  /// Whether only fragments match, the first one included.
+  bool isFragment = false;
 
   bool operator==(const RuleMatch&) const = default;
 };
@@ -79,16 +95,26 @@ struct Rule {
   bool operator==(const Rule&) const = default;
 };
 
+/// By which leaf an interface names a policy.
+enum class PolicyType : std::uint8_t {
+  vrfSelection,  // apply-vrf-selection-policy
+  forwarding,    // apply-forwarding-policy
+};
+
 struct Policy {
   std::string policyId;
   std::vector<Rule> rules;
+  PolicyType type = PolicyType::vrfSelection;
 
   bool operator==(const Policy&) const = default;
 };
 
+/// The policies of an interface. A packet that the VRF selection policy does not match is compared
+/// with the rules of the forwarding policy.
 struct PolicyBinding {
   std::string interface;
-  std::string policyId;  // Empty if no policy is applied.
+  std::string policyId;              // Empty if no VRF selection policy is applied.
+  std::string forwardingPolicyId{};  // Empty if no forwarding policy is applied.
 
   bool operator==(const PolicyBinding&) const = default;
 };
@@ -105,13 +131,25 @@ struct NetworkInstance {
   bool operator==(const NetworkInstance&) const = default;
 };
 
+/// A named set of addresses: those in one of `prefixes` and in none of `excluded`.
+struct PrefixSet {
+  std::string name;
+  IpFamily family = IpFamily::v4;
+  std::vector<IpPrefix> prefixes;
+  std::vector<IpPrefix> excluded;
+
+  bool operator==(const PrefixSet&) const = default;
+};
+
 /// A configuration as plain values, independent of the language that it was written in.
 ///
 /// Names of network instances are the system's VRF names ("default" for the default instance).
 /// Names have 1 to 100 bytes. Keys are unique. Rules are in the order in which they are tried. A
-/// binding names a policy of its own network instance.
+/// binding names policies of its own network instance. A rule names prefix sets of the
+/// configuration. Prefix sets are unique by family and name.
 struct Configuration {
   std::vector<NetworkInstance> networkInstances;
+  std::vector<PrefixSet> prefixSets{};
 
   bool operator==(const Configuration&) const = default;
 };
