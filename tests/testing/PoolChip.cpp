@@ -1,5 +1,7 @@
 #include "tests/testing/PoolChip.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <ostream>
 #include <stdexcept>
@@ -28,6 +30,7 @@ PoolChip::PoolChip(const ChipFacts& facts, Fault fault)
     : VrfHelper("pool chip", facts.fallbacks, facts.routes, facts.routes6), fault_(fault) {}
 
 HwStatus PoolChip::createVrf(const VrfAction& action) {
+  if (programs_.contains(action)) ADD_FAILURE() << "createVrf of an action that has its resource";
   if (fault_ == Fault::deletionIsForever && deleted_.contains(action)) {
     return failure(FailureCode::failureVrfResourceAlloc, "the action was deleted");
   }

@@ -74,6 +74,7 @@ TEST_F(RuleLists, AReplacedRuleHasTheNewActionAndNeedsNoRoom) {
   EXPECT_TRUE(helper_->replaceRule("eth1", 1, next).accepted);
   EXPECT_EQ(helper_->rules("eth1")[1], next);
   EXPECT_THAT(dscps(), ElementsAre(1, 2));
+  EXPECT_EQ(journal_.lines().back(), "replaceRule eth1 1 " + shown(next));
 }
 
 TEST_F(RuleLists, AReplacementIsRefusedOnRequest) {
@@ -85,6 +86,15 @@ TEST_F(RuleLists, AReplacementIsRefusedOnRequest) {
   next.action.vrfName = "red";
   EXPECT_FALSE(helper_->replaceRule("eth1", 0, next).accepted);
   EXPECT_EQ(helper_->rules("eth1")[0], rule(1));
+}
+
+TEST_F(RuleLists, ACallFromInsideAReplacementBreaksThePromise) {
+  add(0, 1);
+  helper_->onReplace = [this](const Velo::String&, const PolicyMap::AclRule&) {
+    helper_->removeRule("eth1", 0);
+    return PolicyMap::AclResult{};
+  };
+  EXPECT_THROW(static_cast<void>(helper_->replaceRule("eth1", 0, rule(1))), std::logic_error);
 }
 
 TEST_F(RuleLists, AReplacementWithAnotherMatchOrOutsideTheListBreaksThePromise) {

@@ -108,7 +108,7 @@ FAILS_ONLY_IF_OBSERVABLE = {
 
 
 def report():
-    """The JSON report of the program about its tests."""
+    """The JSON report of the program about its tests, and its output."""
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder, "report.json")
         finished = processes.run(
@@ -117,7 +117,11 @@ def report():
         if finished.returncode != 1:
             sys.exit(f"{PROGRAM} must end with 1, for failed tests; it ended with "
                      f"{finished.returncode}:\n{finished.stdout}{finished.stderr}")
-        return json.loads(path.read_text())
+        return json.loads(path.read_text()), finished.stdout
+
+
+def messages_of(test):
+    return [failure["failure"] for failure in test.get("failures", [])]
 
 
 class ConformanceFaults(unittest.TestCase):
@@ -126,7 +130,8 @@ class ConformanceFaults(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.tests = {}  # by (fault, whether the chip is observable), then by name
-        for suite in report()["testsuites"]:
+        described, cls.output = report()
+        for suite in described["testsuites"]:
             fault, _, fixture = suite["name"].partition("/")
             assert fixture == "VrfHelperConformance", suite["name"]
             for test in suite["testsuite"]:
@@ -157,7 +162,7 @@ class ConformanceFaults(unittest.TestCase):
     def test_every_failed_test_quotes_the_contract(self):
         for chip, tests in self.tests.items():
             for name, test in tests.items():
-                messages = [failure["failure"] for failure in test.get("failures", [])]
+                messages = messages_of(test)
                 with self.subTest(chip=chip, test=name):
                     self.assertTrue(
                         not messages or
@@ -170,6 +175,18 @@ class ConformanceFaults(unittest.TestCase):
         self.assertNotIn("updateVrfCalls", test)
         for key in ("createVrfMeanMicroseconds", "createVrfLongestMicroseconds"):
             self.assertRegex(test[key], r"^\d+\.\d$")
+        self.assertRegex(self.output, r"(?m)^createVrf: 3 calls, mean \d+\.\d us, longest \d+\.\d us$")
+
+    def test_occupancy_is_named_by_how_it_is_known(self):
+        for observable, unit in ((True, "resources in use"), (False, "more actions that fit")):
+            messages = messages_of(self.tests["updateTakesAnother", observable][IDEMPOTENT])
+            self.assertTrue(any(unit in text for text in messages), messages)
+
+    def test_a_hook_that_throws_is_reported_for_nothing_else(self):
+        messages = messages_of(self.tests["throwsWhenFull", True][REASON])
+        self.assertTrue(messages)
+        for text in messages:
+            self.assertIn(" threw full", text)
 
 
 if __name__ == "__main__":
