@@ -106,6 +106,7 @@ std::string exitStatuses(const StatusTexts& texts) {
 
 struct CommandLine {
   RunOptions run;
+  CheckOptions check;
   FallbackGraphOptions fallbackGraph;
   ForwardOptions forward;
   ExplainOptions explain;
@@ -126,6 +127,23 @@ void addTraceRing(CLI::App& command, CommandLine& commandLine) {
       ->type_name("FILE");
 }
 
+void addLenient(CLI::App& command, Leniency& leniency) {
+  command.add_flag_callback(
+      "--lenient", [&leniency] { leniency = Leniency::lenient; },
+      "Leave out a rule with a match, an action or another member that is not supported, with a "
+      "warning; otherwise it is an error");
+}
+
+void describeCheck(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const check = app.add_subcommand(
+      "check", "Read configurations, and print all their errors and warnings; apply nothing");
+  check->add_option("CONFIG", commandLine.check.configurations, "OpenConfig JSON files")
+      ->required();
+  addLenient(*check, commandLine.check.leniency);
+  check->footer(exitStatuses({"every configuration is right", "standard output cannot be written",
+                              "the command line or a configuration is wrong"}));
+}
+
 void describeRun(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const run = app.add_subcommand(
       "run", "Apply configurations, each as a change of the previous one, and print the actions");
@@ -138,6 +156,7 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
       "--strict", commandLine.run.strict,
       "Exit with status 1 if a rule or an action was not programmed on the chip, and print "
       "what is missing at the end");
+  addLenient(*run, commandLine.run.leniency);
   run->add_flag("--trace", commandLine.trace, "Print the library's trace to standard error");
   addChip(*run, commandLine.run.chip);
   addTraceRing(*run, commandLine);
@@ -154,6 +173,7 @@ void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
   graph->add_option("CONFIG", commandLine.fallbackGraph.configuration, "An OpenConfig JSON file")
       ->required();
   graph->add_flag("--dot", commandLine.fallbackGraph.dot, "Print a Graphviz graph");
+  addLenient(*graph, commandLine.fallbackGraph.leniency);
   graph->footer(exitStatuses({"the graph was printed", "standard output cannot be written",
                               "the command line or the configuration is wrong"}));
 }
@@ -182,6 +202,7 @@ void describeForward(CLI::App& app, CommandLine& commandLine) {
       ->type_name("DIR")
       ->required();
   forward->add_flag("--json", commandLine.forward.json, "Print the counters as JSON");
+  addLenient(*forward, commandLine.forward.leniency);
   addTraceRing(*forward, commandLine);
   forward->footer(
       exitStatuses({"every packet was forwarded or dropped, and the captures were written",
@@ -208,6 +229,7 @@ void describeExplain(CLI::App& app, CommandLine& commandLine) {
       ->type_name("TEXT")
       ->required();
   explain->add_flag("--json", commandLine.explain.json, "Print the steps as JSON");
+  addLenient(*explain, commandLine.explain.leniency);
   addTraceRing(*explain, commandLine);
   explain->footer(std::string(packetHelp) + "\n\n" +
                   exitStatuses({"the path of the packet was printed",
@@ -224,6 +246,7 @@ void describeServe(CLI::App& app, CommandLine& commandLine) {
   serve->add_option("--socket", commandLine.serve.socket, "The Unix socket to create")
       ->type_name("PATH")
       ->required();
+  addLenient(*serve, commandLine.serve.leniency);
   addChip(*serve, commandLine.serve.chip);
   addCount(
       *serve, "--client-timeout", commandLine.clientTimeout,
@@ -314,6 +337,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing co
   if (app.got_subcommand("fallback-graph")) {
     return showFallbackGraph(commandLine.fallbackGraph, out, err);
   }
+  if (app.got_subcommand("check")) return checkConfigurations(commandLine.check, out, err);
   if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
   if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
   if (app.got_subcommand("serve")) {
@@ -341,6 +365,7 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, Print
                            "the command line, a configuration or another input file is wrong"}));
   app.require_subcommand(1);
   describeRun(app, commandLine);
+  describeCheck(app, commandLine);
   describeFallbackGraph(app, commandLine);
   describeForward(app, commandLine);
   describeExplain(app, commandLine);

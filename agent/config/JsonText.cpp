@@ -3,8 +3,9 @@
 #include <cstddef>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "agent/language/Errors.h"
@@ -72,45 +73,52 @@ class TrackingIterator {
   const char** reached_;
 };
 
-// Receives the parser's events. Keeps only the member names of the objects that are open.
+// Receives the parser's events and makes the document from them.
 class StrictListener final : public nlohmann::json_sax<json> {
  public:
   StrictListener(const std::string& text, const std::string& file)
       : text_(text), file_(file), reached_(text.data()) {}
 
-  void listen() {
+  [[nodiscard]] JsonValue listen() {
+    refuseOtherEncodings();
     // The parser takes a NUL byte for the end of the text.
     const std::size_t nul = text_.find('\0');
     if (nul != std::string::npos) failAt(nul, "malformed JSON: a NUL byte; expected text");
     const char* const begin = text_.data();
     json::sax_parse(TrackingIterator(begin, &reached_),
                     TrackingIterator(begin + text_.size(), &reached_), this);
+    return std::move(document_);
   }
 
-  bool null() override { return true; }
-  bool boolean(bool) override { return true; }
-  bool number_integer(number_integer_t) override { return true; }
-  bool number_unsigned(number_unsigned_t) override { return true; }
-  bool number_float(number_float_t, const string_t&) override { return true; }
-  bool string(string_t&) override { return true; }
+  bool null() override { return add(nullptr); }
+  bool boolean(bool flag) override { return add(flag); }
+  bool number_integer(number_integer_t number) override {
+    return add(JsonOtherNumber{std::to_string(number)});
+  }
+  bool number_unsigned(number_unsigned_t number) override { return add(number); }
+  bool number_float(number_float_t, const string_t& number) override {
+    return add(JsonOtherNumber{number});
+  }
+  bool string(string_t& text) override { return add(std::move(text)); }
   bool binary(binary_t&) override { return true; }
-  bool start_array(std::size_t) override { return true; }
-  bool end_array() override { return true; }
-
+  bool start_array(std::size_t) override { return open(JsonValue::Array{}); }
+  bool end_array() override { return close(); }
   bool start_object(std::size_t) override {
-    open_.emplace_back();
-    return true;
+    names_.emplace_back();
+    return open(JsonValue::Object{});
   }
-
   bool end_object() override {
-    open_.pop_back();
-    return true;
+    names_.pop_back();
+    return close();
   }
 
   bool key(string_t& name) override {
-    if (open_.back().insert(name).second) return true;
-    failAt(offsetOfName(),
-           "member " + inQuotes(name) + " is given twice in one object; give each member once");
+    if (!names_.back().insert(name).second) {
+      failAt(offsetOfName(),
+             "member " + inQuotes(name) + " is given twice in one object; give each member once");
+    }
+    open_.back()->as<JsonValue::Object>()->push_back({std::move(name), {}});
+    return true;
   }
 
   bool parse_error(std::size_t position, const std::string&,
@@ -120,6 +128,42 @@ class StrictListener final : public nlohmann::json_sax<json> {
   }
 
  private:
+  // Returns the new value, which stays in its place until its parent is closed.
+  JsonValue* place(JsonValue::Content content) {
+    JsonValue value(std::move(content), values_++);
+    if (open_.empty()) return &(document_ = std::move(value));
+    if (auto* const array = open_.back()->as<JsonValue::Array>()) {
+      return &array->emplace_back(std::move(value));
+    }
+    JsonValue& member = open_.back()->as<JsonValue::Object>()->back().value;
+    return &(member = std::move(value));
+  }
+
+  bool add(JsonValue::Content content) {
+    place(std::move(content));
+    return true;
+  }
+
+  bool open(JsonValue::Content content) {
+    if (open_.size() == Limits::documentLevels) {
+      failAt(static_cast<std::size_t>(reached_ - text_.data()) - 1,
+             "nests deeper than " + std::to_string(Limits::documentLevels) + " levels");
+    }
+    open_.push_back(place(std::move(content)));
+    return true;
+  }
+
+  bool close() {
+    open_.pop_back();
+    return true;
+  }
+
+  void refuseOtherEncodings() const {
+    for (const std::string_view start : {"\xff\xfe", "\xfe\xff"}) {
+      if (text_.starts_with(start)) failAt(0, "malformed JSON: UTF-16 text; expected UTF-8");
+    }
+  }
+
   // The name's closing quote is the last byte that was read.
   [[nodiscard]] std::size_t offsetOfName() const {
     std::size_t offset = static_cast<std::size_t>(reached_ - text_.data()) - 1;
@@ -143,18 +187,25 @@ class StrictListener final : public nlohmann::json_sax<json> {
   const std::string& text_;
   const std::string& file_;
   const char* reached_;
-  std::vector<std::set<std::string>> open_;
+  JsonValue document_;
+  std::size_t values_ = 0;
+  std::vector<JsonValue*> open_;
+  std::vector<std::unordered_set<std::string>> names_;  // of the open objects
 };
 
 }  // namespace
 
 json parseJson(const std::string& text, const std::string& file) {
-  StrictListener(text, file).listen();
+  (void)parseDocument(text, file);
   return json::parse(text);
 }
 
-json readJsonFile(const std::string& file) {
-  return parseJson(readTextFile(file, "a readable JSON file"), file);
+JsonValue parseDocument(const std::string& text, const std::string& file) {
+  return StrictListener(text, file).listen();
+}
+
+JsonValue readDocumentFile(const std::string& file) {
+  return parseDocument(readTextFile(file, "a readable JSON file"), file);
 }
 
 }  // namespace ZelAgent

@@ -3,16 +3,22 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
+#include "agent/config/JsonValue.h"
+
 namespace ZelAgent {
 
-/// Reads a JSON file strictly.
+/// Reads JSON strictly. Messages call the text `file`.
 ///
-/// Throws a `ConfigError` with line and column for text that is not well-formed JSON, and for an
-/// object with two members of the same name. The JSON parser alone would keep the last of them. It
-/// would also ignore a NUL byte and everything after it, which is an error here.
-[[nodiscard]] nlohmann::json readJsonFile(const std::string& file);
+/// Throws a `ConfigError` with line and column for text that is not well-formed JSON in UTF-8, for
+/// an object with two members of the same name, and for values that nest deeper than
+/// `Limits::documentLevels`. The JSON parser alone would keep the last of two members. It would
+/// also ignore a NUL byte and everything after it, which is an error here.
+[[nodiscard]] JsonValue parseDocument(const std::string& text, const std::string& file);
 
-/// The same from a text. Messages call it `file`.
+/// The same from a file. Also throws a `ConfigError` if the file cannot be read.
+[[nodiscard]] JsonValue readDocumentFile(const std::string& file);
+
+/// The same as a value of the JSON library.
 [[nodiscard]] nlohmann::json parseJson(const std::string& text, const std::string& file);
 
 }  // namespace ZelAgent

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "agent/config/Configuration.h"
+#include "agent/config/Findings.h"
 
 namespace ZelAgent {
 
@@ -13,31 +14,20 @@ struct ReadConfiguration {
 };
 
 /// Reads a configuration in the OpenConfig model "network-instance" with "policy-forwarding", as
-/// JSON in the encoding of RFC 7951.
+/// JSON in the encoding of RFC 7951. PathTable.h has the leaves that are read.
 ///
-/// A configuration is returned only if the whole file is right. Otherwise a `ConfigError` says in
-/// one line what is wrong. An unknown member, or a reference to a network instance that is not
-/// configured, is a warning.
+/// A configuration is returned only if the whole file is right. Otherwise a `ConfigError` has all
+/// that is wrong, one line for each error in the order of the document. A rule never matches more
+/// than is written: a match, an action or another member of a rule that is not supported is an
+/// error. If `leniency` is `lenient`, such a rule is left out with a warning.
 ///
-/// The rows that are read, from the top of the document:
-///
-///   network-instances/network-instance[name]
-///     config/{name,type,fallback-network-instance}
-///     interfaces/interface[id]/config/{id,interface,subinterface}
-///     protocols/protocol[identifier,name]          STATIC only, others are a warning
-///       static-routes/static[prefix]/next-hops/next-hop[index]/config/next-hop
-///                                               .../interface-ref/config/{interface,subinterface}
-///     policy-forwarding
-///       policies/policy[policy-id]/config/{policy-id,type}
-///         rules/rule[sequence-id]/config/sequence-id
-///           {ipv4,ipv6}/config/{protocol,dscp,dscp-set,source-address,destination-address}
-///           action/config/{network-instance,decap-network-instance,discard,
-///                          decap-fallback-network-instance,post-decap-network-instance}
-///       interfaces/interface[interface-id]/config/{interface-id,apply-vrf-selection-policy}
-///                                         /interface-ref/config/{interface,subinterface}
-[[nodiscard]] ReadConfiguration readOpenConfigFile(const std::string& file);
+/// List entries of other kinds, and members beside rules that are not read, are warnings. So is a
+/// reference to a network instance that is not configured.
+[[nodiscard]] ReadConfiguration readOpenConfigFile(const std::string& file,
+                                                   Leniency leniency = Leniency::strict);
 
 /// The same from a text. Messages call it `file`.
-[[nodiscard]] ReadConfiguration readOpenConfig(const std::string& text, const std::string& file);
+[[nodiscard]] ReadConfiguration readOpenConfig(const std::string& text, const std::string& file,
+                                               Leniency leniency = Leniency::strict);
 
 }  // namespace ZelAgent

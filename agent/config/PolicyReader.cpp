@@ -1,187 +1,142 @@
 #include "agent/config/PolicyReader.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
+
+#include "agent/config/ActionReader.h"
+#include "agent/config/MatchReader.h"
+#include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
 namespace {
 
-constexpr std::uint64_t maxDscp = 63;
+const std::string vrfSelectionType = "VRF_SELECTION_POLICY";
+const std::string forwardingType = "PBR_POLICY";
 
-constexpr std::array<std::pair<const char*, std::uint8_t>, 10> protocolIdentities{{
-    {"IP_ICMP", 1},
-    {"IP_IGMP", 2},
-    {"IP_IN_IP", 4},
-    {"IP_TCP", 6},
-    {"IP_UDP", 17},
-    {"IP_RSVP", 46},
-    {"IP_GRE", 47},
-    {"IP_AUTH", 51},
-    {"IP_PIM", 103},
-    {"IP_L2TP", 115},
-}};
-
-std::uint8_t parseProtocol(const JsonNode& node) {
-  constexpr const char* expected = "a number from 0 to 255 or an identity such as IP_IN_IP";
-  if (node.value().is_number_unsigned() && node.value().get<std::uint64_t>() <= 255) {
-    return node.value().get<std::uint8_t>();
-  }
-  if (!node.value().is_string()) node.failExpecting(expected);
-  const std::string identity = node.asIdentity();
-  const auto found =
-      std::find_if(protocolIdentities.begin(), protocolIdentities.end(),
-                   [&identity](const auto& known) { return identity == known.first; });
-  if (found == protocolIdentities.end()) node.failExpecting(expected);
-  return found->second;
+std::optional<std::uint32_t> readSequenceId(const JsonNode& node) {
+  const auto number = node.asNumber(0, std::numeric_limits<std::uint32_t>::max());
+  if (!number) return std::nullopt;
+  return static_cast<std::uint32_t>(*number);
 }
 
-std::vector<std::uint8_t> parseDscpSet(const JsonNode& node) {
-  std::vector<std::uint8_t> set;
-  for (const JsonNode& element : node.elements()) {
-    const auto dscp = static_cast<std::uint8_t>(element.asNumber(0, maxDscp));
-    if (std::find(set.begin(), set.end(), dscp) != set.end()) {
-      element.fail("is given twice; each value may stand once");
-    }
-    set.push_back(dscp);
-  }
-  return set;
-}
-
-IpPrefix parsePrefixOf(IpFamily family, const JsonNode& node) {
-  const auto prefix = parseIpPrefix(node.asText());
-  if (!prefix || prefix->address.family != family) {
-    node.failExpecting(family == IpFamily::v4 ? "an IPv4 prefix such as \"192.0.2.0/24\""
-                                              : "an IPv6 prefix such as \"2001:db8::/32\"");
-  }
-  return *prefix;
-}
-
-RuleMatch readHeader(const JsonNode& node, IpFamily family) {
-  const JsonObject header(node, {"config"});
-  const JsonObject config = header.child(
-      "config", {"protocol", "dscp", "dscp-set", "source-address", "destination-address"});
-  RuleMatch match;
-  match.family = family;
-  if (const JsonNode* const protocol = config.find("protocol")) {
-    match.protocol = parseProtocol(*protocol);
-  }
-  if (const JsonNode* const dscp = config.find("dscp")) {
-    match.dscp = static_cast<std::uint8_t>(dscp->asNumber(0, maxDscp));
-  }
-  if (const JsonNode* const set = config.find("dscp-set")) match.dscpSet = parseDscpSet(*set);
-  if (const JsonNode* const source = config.find("source-address")) {
-    match.source = parsePrefixOf(family, *source);
-  }
-  if (const JsonNode* const destination = config.find("destination-address")) {
-    match.destination = parsePrefixOf(family, *destination);
-  }
-  return match;
-}
-
-RuleMatch readMatch(const JsonObject& rule) {
-  const JsonNode* const ipv4 = rule.find("ipv4");
-  const JsonNode* const ipv6 = rule.find("ipv6");
-  if (ipv4 != nullptr && ipv6 != nullptr) {
-    rule.node().fail("has both \"ipv4\" and \"ipv6\"; give at most one of them");
-  }
-  if (ipv4 != nullptr) return readHeader(*ipv4, IpFamily::v4);
-  if (ipv6 != nullptr) return readHeader(*ipv6, IpFamily::v6);
-  return {};
-}
-
-constexpr const char* lookUpLeaf = "network-instance";
-constexpr const char* decapLeaf = "decap-network-instance";
-constexpr const char* fallbackLeaf = "decap-fallback-network-instance";
-constexpr const char* postDecapLeaf = "post-decap-network-instance";
-
-class ActionReader final {
+class RulesReader final {
  public:
-  ActionReader(const JsonObject& rule, std::vector<InstanceReference>& references)
-      : config_(
-            rule.child("action", {"config"})
-                .child("config", {lookUpLeaf, decapLeaf, fallbackLeaf, postDecapLeaf, "discard"})),
-        references_(references) {}
+  RulesReader(const InstanceNames& names, const DefinedSets& sets) : names_(names), sets_(sets) {}
 
-  [[nodiscard]] RuleAction read() const {
-    const bool looksUp = has(lookUpLeaf);
-    const bool decapsulates = has(decapLeaf) || has(fallbackLeaf) || has(postDecapLeaf);
-    const JsonNode* const discard = config_.find("discard");
-    const bool discards = discard != nullptr && discard->asFlag();
-    if (looksUp && decapsulates) {
-      config_.node().fail("has both \"network-instance\" and a decapsulation; give one of them");
+  [[nodiscard]] std::vector<Rule> read(const JsonObject& policy) {
+    std::vector<Rule> rules;
+    for (const JsonNode& node : policy.list("rules", "rule")) {
+      if (auto rule = readRule(node)) rules.push_back(*std::move(rule));
     }
-    if (discards && (looksUp || decapsulates)) {
-      config_.node().fail("has both \"discard\" and a network instance; give one of them");
-    }
-    if (discards) return Discard{};
-    if (looksUp) return LookUp{vrf(lookUpLeaf)};
-    if (decapsulates) return Decapsulate{vrf(decapLeaf), vrf(fallbackLeaf), vrf(postDecapLeaf)};
-    return NoAction{};
+    std::sort(rules.begin(), rules.end(),
+              [](const Rule& a, const Rule& b) { return a.sequenceId < b.sequenceId; });
+    return rules;
   }
 
  private:
-  [[nodiscard]] bool has(const char* leaf) const { return config_.find(leaf) != nullptr; }
-
-  [[nodiscard]] std::string vrf(const char* leaf) const {
-    const JsonNode& node = config_.at(leaf);
-    std::string name = readVrfName(node);
-    references_.push_back({node, name});
-    return name;
+  // Nothing if the rule is left out.
+  std::optional<Rule> readRule(const JsonNode& node) {
+    const std::size_t before = node.findings().problems();
+    const JsonObject entry(node);
+    const auto number = readKey(entry, entry.child("config"), "sequence-id", readSequenceId);
+    numbers_.add(number, node);
+    Rule rule{number.value_or(0), readMatch(entry, sets_), readAction(entry, names_)};
+    if (node.findings().problems() != before) return std::nullopt;
+    return rule;
   }
 
-  JsonObject config_;
-  std::vector<InstanceReference>& references_;
+  const InstanceNames& names_;
+  const DefinedSets& sets_;
+  UniqueKeys<std::uint32_t> numbers_;
 };
 
-std::uint32_t parseSequenceId(const JsonNode& node) {
-  return static_cast<std::uint32_t>(node.asNumber(0, std::numeric_limits<std::uint32_t>::max()));
+// The type of the policy, which may be one that is not read. Nothing for a wrong value.
+std::optional<std::string> typeOf(const JsonNode& policy) {
+  if (peek(policy.value(), {"config", "type"}) == nullptr) return forwardingType;
+  return peekIdentity(policy, {"config", "type"});
 }
 
-Rule readRule(const JsonNode& node, std::vector<InstanceReference>& references) {
-  const JsonObject entry(node, {"sequence-id", "config", "ipv4", "ipv6", "action"});
-  const JsonObject config = entry.child("config", {"sequence-id"});
-  Rule rule;
-  rule.sequenceId = readKey(entry, config, "sequence-id", parseSequenceId);
-  rule.match = readMatch(entry);
-  rule.action = ActionReader(entry, references).read();
-  return rule;
+bool isRead(const std::string& type) {
+  return type == vrfSelectionType || type == forwardingType;
 }
 
-void checkType(const JsonNode& type) {
-  if (type.asIdentity() != "VRF_SELECTION_POLICY") type.failExpecting("VRF_SELECTION_POLICY");
+Policy readPolicy(const JsonNode& node, UniqueKeys<std::string>& ids, RulesReader rules) {
+  const JsonObject entry(node);
+  const JsonObject config = entry.child("config");
+  const auto id = readKey(entry, config, "policy-id", readName);
+  ids.add(id, node);
+  const JsonNode* const type = config.find("type");
+  const auto identity = type == nullptr ? std::nullopt : type->asIdentity();
+  return {id.value_or(""), rules.read(entry),
+          identity == vrfSelectionType ? PolicyType::vrfSelection : PolicyType::forwarding};
 }
 
-Policy readPolicy(const JsonNode& node, std::vector<InstanceReference>& references) {
-  const JsonObject entry(node, {"policy-id", "config", "rules"});
-  const JsonObject config = entry.child("config", {"policy-id", "type"});
-  Policy policy;
-  policy.policyId = readKey(entry, config, "policy-id", readName);
-  checkType(config.at("type"));
-  UniqueKeys<std::uint32_t> numbers;
-  for (const JsonNode& rule : entry.list("rules", "rule", {"sequence-id"})) {
-    policy.rules.push_back(readRule(rule, references));
-    numbers.add(policy.rules.back().sequenceId, rule);
-  }
-  std::sort(policy.rules.begin(), policy.rules.end(),
-            [](const Rule& a, const Rule& b) { return a.sequenceId < b.sequenceId; });
-  return policy;
+void skipPolicy(const JsonNode& node, const std::string& type, UniqueKeys<std::string>& ids) {
+  ids.add(peekIdentity(node, {"policy-id"}), node);
+  node.warn("is a policy of type " + inQuotes(type) + "; only " + vrfSelectionType + " and " +
+            forwardingType + " are read, ignored");
 }
 
 }  // namespace
 
-std::vector<Policy> readPolicies(const JsonObject& policyForwarding,
-                                 std::vector<InstanceReference>& references) {
-  std::vector<Policy> policies;
+ReadPolicies readPolicies(const JsonObject& policyForwarding, const InstanceNames& names,
+                          const DefinedSets& sets) {
+  ReadPolicies read;
   UniqueKeys<std::string> ids;
-  for (const JsonNode& policy : policyForwarding.list("policies", "policy", {"policy-id"})) {
-    policies.push_back(readPolicy(policy, references));
-    ids.add(policies.back().policyId, policy);
+  const Findings& findings = policyForwarding.node().findings();
+  const std::size_t before = findings.problems();
+  const auto entries = policyForwarding.list("policies", "policy");
+  read.hasUnreadable = findings.problems() != before;
+  for (const JsonNode& node : entries) {
+    const std::string type = typeOf(node).value_or(forwardingType);
+    if (isRead(type)) {
+      read.policies.push_back(readPolicy(node, ids, RulesReader(names, sets)));
+      read.types[read.policies.back().policyId] = type;
+    } else {
+      skipPolicy(node, type, ids);
+      read.types[peekIdentity(node, {"policy-id"}).value_or("")] = type;
+    }
   }
-  return policies;
+  if (read.types.contains("")) read.hasUnreadable = true;
+  return read;
+}
+
+std::optional<PolicyBinding> BindingReader::read(const JsonNode& node,
+                                                 UniqueKeys<std::string>& ids) const {
+  const JsonObject entry(node);
+  const JsonObject config = entry.child("config");
+  checkEnabled(config);
+  const auto id = readKey(entry, config, "interface-id", readName);
+  const bool isNew = ids.add(id, node);
+  const std::string interface = readInterface(entry.child("interface-ref").child("config"));
+  PolicyBinding binding{interface,
+                        readApplied(config, "apply-vrf-selection-policy", vrfSelectionType),
+                        readApplied(config, "apply-forwarding-policy", forwardingType)};
+  if (!isNew) return std::nullopt;
+  if (interface.empty()) binding.interface = *id;
+  return binding;
+}
+
+std::string BindingReader::readApplied(const JsonObject& config, const char* leaf,
+                                       const std::string& type) const {
+  const JsonNode* const node = config.find(leaf);
+  if (node == nullptr) return {};
+  const auto id = readName(*node);
+  if (!id) return {};
+  const auto policy = policies_.types.find(*id);
+  if (policy == policies_.types.end()) {
+    if (!policies_.hasUnreadable) {
+      node->refuseExpecting("a policy of the same network instance");
+    }
+    return {};
+  }
+  if (policy->second == type) return *id;
+  node->refuse("must be a policy of type " + type + ", not " + node->shown() + " of type " +
+               printable(policy->second));
+  return {};
 }
 
 }  // namespace ZelAgent

@@ -1,24 +1,48 @@
 #pragma once
 
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "agent/config/Configuration.h"
+#include "agent/config/DefinedSets.h"
+#include "agent/config/InstanceNames.h"
 #include "agent/config/JsonNode.h"
 
 namespace ZelAgent {
 
-/// A member that names a network instance. It is checked when all instances are known.
-struct InstanceReference {
-  JsonNode node;
-  std::string vrf;
+/// The policies of a network instance that the agent reads, and the types of all of its policies.
+struct ReadPolicies {
+  std::vector<Policy> policies;
+  std::map<std::string, std::string> types;  // by policy id
+  bool hasUnreadable = false;                // Whether the id of a policy could not be read.
 };
 
-/// The policies of a policy-forwarding container.
+/// Reads the policies of a policy-forwarding container.
 ///
-/// Rules are returned in the order in which they are tried. Each action is of one kind and
-/// complete. Every network instance that a rule names is added to `references`.
-[[nodiscard]] std::vector<Policy> readPolicies(const JsonObject& policyForwarding,
-                                               std::vector<InstanceReference>& references);
+/// Rules are returned in the order in which they are tried. A policy of another type than
+/// VRF_SELECTION_POLICY and PBR_POLICY is skipped with a warning. If the reader is lenient, a rule
+/// with something that is not supported is left out.
+[[nodiscard]] ReadPolicies readPolicies(const JsonObject& policyForwarding,
+                                        const InstanceNames& names, const DefinedSets& sets);
+
+/// The policies that the entries of `interfaces` in a policy-forwarding container apply.
+///
+/// A policy is one of `policies`, and of the type that its leaf applies.
+class BindingReader final {
+ public:
+  explicit BindingReader(const ReadPolicies& policies) : policies_(policies) {}
+
+  /// Reads the entry, whose key is added to `ids`. Nothing if the key is wrong.
+  [[nodiscard]] std::optional<PolicyBinding> read(const JsonNode& node,
+                                                  UniqueKeys<std::string>& ids) const;
+
+ private:
+  [[nodiscard]] std::string readApplied(const JsonObject& config, const char* leaf,
+                                        const std::string& type) const;
+
+  const ReadPolicies& policies_;
+};
 
 }  // namespace ZelAgent

@@ -1,83 +1,128 @@
 #include "agent/config/StaticRouteReader.h"
 
+#include <algorithm>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
+
+#include "agent/config/PrefixNode.h"
 
 namespace ZelAgent {
 namespace {
 
-std::string parseText(const JsonNode& node) {
-  return node.asText();
-}
-std::string parseIdentity(const JsonNode& node) {
+std::optional<std::string> readIdentity(const JsonNode& node) {
   return node.asIdentity();
 }
 
-IpPrefix parsePrefix(const JsonNode& node) {
-  const auto prefix = parseIpPrefix(node.asText());
-  if (!prefix) node.failExpecting("an IPv4 or IPv6 prefix such as \"192.0.2.0/24\"");
-  return *prefix;
+// Whether the text is written as an identity: "LOCAL_LINK", or "module:LOCAL_LINK".
+bool isIdentity(std::string_view text) {
+  text = text.substr(text.find(':') + 1);
+  const bool startsWithLetter = !text.empty() && text.front() >= 'A' && text.front() <= 'Z';
+  return startsWithLetter && std::all_of(text.begin(), text.end(), [](char byte) {
+           return (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || byte == '_';
+         });
+}
+
+// Whether the next hop is of a kind that is not read.
+bool isOfAnotherKind(const JsonNode& node) {
+  if (peek(node.value(), {"config", "nh-network-instance"}) != nullptr) return true;
+  const auto way = peekIdentity(node, {"config", "next-hop"});
+  return way && *way != "DROP" && isIdentity(*way);
 }
 
 void readWay(const JsonNode& node, NextHop& nextHop) {
-  nextHop.drops = node.asIdentity() == "DROP";
+  const auto text = node.asText();
+  if (!text) return;
+  nextHop.drops = withoutModulePrefix(*text) == "DROP";
   if (nextHop.drops) return;
-  nextHop.address = parseIpAddress(node.asText());
-  if (!nextHop.address) node.failExpecting("an IP address or DROP");
+  nextHop.address = parseIpAddress(*text);
+  if (!nextHop.address) node.refuseExpecting("an IP address or DROP");
 }
 
-NextHop readNextHop(const JsonNode& node) {
-  const JsonObject entry(node, {"index", "config", "interface-ref"});
-  const JsonObject config = entry.child("config", {"index", "next-hop"});
+NextHop readNextHop(const JsonNode& node, UniqueKeys<std::string>& indexes) {
+  const std::size_t before = node.findings().problems();
+  const JsonObject entry(node);
+  const JsonObject config = entry.child("config");
   NextHop nextHop;
-  nextHop.index = readKey(entry, config, "index", parseText);
+  const auto index = readKey(entry, config, "index", readText);
+  indexes.add(index, node);
+  nextHop.index = index.value_or("");
   if (const JsonNode* const way = config.find("next-hop")) readWay(*way, nextHop);
-  const JsonObject reference = entry.child("interface-ref", {"config"});
-  nextHop.interface = readInterface(reference.child("config", {"interface", "subinterface"}));
+  const JsonObject reference = entry.child("interface-ref");
+  nextHop.interface = readInterface(reference.child("config"));
   if (nextHop.drops && !nextHop.interface.empty()) {
-    reference.node().fail("must be absent where the next hop is DROP");
+    reference.node().refuse("must be absent where the next hop is DROP");
   }
-  if (!nextHop.drops && !nextHop.address && nextHop.interface.empty()) {
-    node.fail("must have a \"next-hop\" in its config, or an \"interface-ref\"");
+  const bool goesNowhere = !nextHop.drops && !nextHop.address && nextHop.interface.empty();
+  if (goesNowhere && node.findings().problems() == before) {
+    node.refuse("must have a \"next-hop\" in its config, or an \"interface-ref\"");
   }
   return nextHop;
 }
 
-StaticRoute readRoute(const JsonNode& node) {
-  const JsonObject entry(node, {"prefix", "config", "next-hops"});
-  const JsonObject config = entry.child("config", {"prefix"});
-  StaticRoute route;
-  route.prefix = readKey(entry, config, "prefix", parsePrefix);
+std::vector<NextHop> readNextHops(const JsonObject& route) {
+  std::vector<NextHop> nextHops;
   UniqueKeys<std::string> indexes;
-  for (const JsonNode& nextHop : entry.list("next-hops", "next-hop", {"index"})) {
-    route.nextHops.push_back(readNextHop(nextHop));
-    indexes.add(route.nextHops.back().index, nextHop);
+  const std::size_t before = route.node().findings().problems();
+  const auto entries = route.list("next-hops", "next-hop");
+  if (entries.empty() && route.node().findings().problems() == before) {
+    route.node().refuse("must have at least one next-hop");
   }
-  if (route.nextHops.empty()) node.fail("must have at least one next-hop");
-  return route;
+  for (const JsonNode& node : entries) {
+    if (isOfAnotherKind(node)) {
+      indexes.add(peekIdentity(node, {"index"}), node);
+      node.warn(
+          "only an IP address, an interface or DROP is read; the next hop is ignored, and its "
+          "route if it has no other");
+    } else {
+      nextHops.push_back(readNextHop(node, indexes));
+    }
+  }
+  return nextHops;
 }
+
+class RoutesReader final {
+ public:
+  [[nodiscard]] std::vector<StaticRoute> read(const JsonObject& instance) {
+    for (const JsonNode& node : instance.list("protocols", "protocol"))
+      readProtocol(node);
+    return std::move(routes_);
+  }
+
+ private:
+  void readProtocol(const JsonNode& node) {
+    const auto peeked = peekIdentity(node, {"identifier"});
+    if (peeked && *peeked != "STATIC") {
+      node.warn("only protocols with the identifier STATIC are read, ignored");
+      return;
+    }
+    const JsonObject entry(node);
+    const JsonObject config = entry.child("config");
+    const auto identifier = readKey(entry, config, "identifier", readIdentity);
+    const auto name = readKey(entry, config, "name", readText);
+    if (identifier && name) protocols_.add(std::pair(*identifier, *name), node);
+    for (const JsonNode& route : entry.list("static-routes", "static"))
+      readRoute(route);
+  }
+
+  void readRoute(const JsonNode& node) {
+    const JsonObject entry(node);
+    const auto prefix = readKey(entry, entry.child("config"), "prefix", readPrefix);
+    prefixes_.add(prefix, node);
+    auto nextHops = readNextHops(entry);
+    if (prefix && !nextHops.empty()) routes_.push_back({*prefix, std::move(nextHops)});
+  }
+
+  std::vector<StaticRoute> routes_;
+  UniqueKeys<std::pair<std::string, std::string>> protocols_;
+  UniqueKeys<IpPrefix> prefixes_;
+};
 
 }  // namespace
 
 std::vector<StaticRoute> readStaticRoutes(const JsonObject& instance) {
-  std::vector<StaticRoute> routes;
-  UniqueKeys<std::pair<std::string, std::string>> protocols;
-  UniqueKeys<IpPrefix> prefixes;
-  for (const JsonNode& node : instance.list("protocols", "protocol", {"identifier", "name"})) {
-    const JsonObject entry(node, {"identifier", "name", "config", "static-routes"});
-    const JsonObject config = entry.child("config", {"identifier", "name"});
-    const std::string identifier = readKey(entry, config, "identifier", parseIdentity);
-    protocols.add({identifier, readKey(entry, config, "name", parseText)}, node);
-    if (identifier != "STATIC") {
-      node.warn("only protocols with the identifier STATIC are read, ignored");
-      continue;
-    }
-    for (const JsonNode& route : entry.list("static-routes", "static", {"prefix"})) {
-      routes.push_back(readRoute(route));
-      prefixes.add(routes.back().prefix, route);
-    }
-  }
-  return routes;
+  return RoutesReader().read(instance);
 }
 
 }  // namespace ZelAgent

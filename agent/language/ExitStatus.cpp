@@ -5,8 +5,19 @@
 namespace ZelAgent {
 
 ExitStatus reportError(std::ostream& err, std::string_view what, ExitStatus status) {
-  err << "error: " << what << '\n';
+  for (const std::string& line : errorLines(what))
+    err << line << '\n';
   return status;
+}
+
+std::vector<std::string> errorLines(std::string_view what) {
+  std::vector<std::string> lines;
+  while (true) {
+    const std::size_t end = what.find('\n');
+    lines.push_back("error: " + std::string(what.substr(0, end)));
+    if (end == std::string_view::npos) return lines;
+    what.remove_prefix(end + 1);
+  }
 }
 
 void reportWarnings(std::ostream& err, const std::vector<std::string>& warnings) {

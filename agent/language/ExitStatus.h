@@ -18,7 +18,10 @@ enum class ExitStatus : int {
   badInput = 2,
 };
 
-/// Prints "error: WHAT" on `err` and returns `status`.
+/// "error: LINE" for each line of `what`.
+[[nodiscard]] std::vector<std::string> errorLines(std::string_view what);
+
+/// Prints the lines of `errorLines` on `err` and returns `status`.
 ExitStatus reportError(std::ostream& err, std::string_view what,
                        ExitStatus status = ExitStatus::badInput);
 

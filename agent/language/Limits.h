@@ -17,6 +17,11 @@ namespace ZelAgent::Limits {
 inline constexpr std::size_t nameBytes = 100;
 /// No configuration, event file or capture is larger.
 inline constexpr std::size_t inputFileBytes = std::size_t{64} << 20U;
+/// The most levels of arrays and objects in a JSON document.
+inline constexpr std::size_t documentLevels = 100;
+/// Errors of a configuration that are printed, and warnings. The number of further ones is printed.
+inline constexpr std::size_t shownErrors = 50;
+inline constexpr std::size_t shownWarnings = 1000;
 /// The longest payload of a packet that is written as text. An IPv4 header fits in front of it.
 inline constexpr std::size_t payloadBytes = 65535 - 20;
 

@@ -19,6 +19,12 @@ void addInputs(LimitTable& table) {
        "name of a VRF, an interface, a policy or a next hop; a longer one is an error"});
   table.push_back({"input file", Limits::inputFileBytes, "bytes", "",
                    "a configuration, event file or capture; a larger one is an error"});
+  table.push_back({"document levels", Limits::documentLevels, "levels", "",
+                   "arrays and objects inside each other in JSON; a deeper document is an error"});
+  table.push_back({"shown errors", Limits::shownErrors, "lines", "",
+                   "errors of one configuration that are printed; others are counted"});
+  table.push_back({"shown warnings", Limits::shownWarnings, "lines", "",
+                   "warnings of one configuration that are printed; others are counted"});
   table.push_back({"number", std::numeric_limits<std::uint32_t>::max(), "", "",
                    "a number of an event, a command or an option; a larger one is an error"});
   table.push_back({"IPv4 prefix length", Ip::addressBits(Ip::Family::v4), "bits", "",

@@ -30,11 +30,13 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Usage{"NoCommand",
               {},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
+              "a command is required, one of: run, check, fallback-graph, forward, explain, serve, "
+              "ctl, "
               "trace, show; see zel-agent"},
         Usage{"UnknownCommand",
               {"walk"},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
+              "a command is required, one of: run, check, fallback-graph, forward, explain, serve, "
+              "ctl, "
               "trace, show; see zel-agent"},
         Usage{"EventsWithoutAFile",
               {"run", "x.json", "--events"},
@@ -163,7 +165,8 @@ INSTANTIATE_TEST_SUITE_P(
               "The following argument was not expected: run; see zel-agent fallback-graph"},
         Usage{"UnknownOptionWithoutACommand",
               {"--fast"},
-              "a command is required, one of: run, fallback-graph, forward, explain, serve, ctl, "
+              "a command is required, one of: run, check, fallback-graph, forward, explain, serve, "
+              "ctl, "
               "trace, show; see zel-agent"},
         Usage{"OptionOfACommandInFrontOfIt",
               {"--json", "run", "x.json"},

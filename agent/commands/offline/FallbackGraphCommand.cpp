@@ -25,7 +25,7 @@ ExitStatus showFallbackGraph(const FallbackGraphOptions& options, std::ostream& 
                              std::ostream& err) {
   ReadConfiguration read;
   try {
-    read = readOpenConfigFile(options.configuration);
+    read = readOpenConfigFile(options.configuration, options.leniency);
   } catch (const ConfigError& error) {
     return reportError(err, error.what());
   }

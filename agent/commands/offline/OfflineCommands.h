@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/config/Findings.h"
 #include "agent/language/ExitStatus.h"
 #include "agent/language/Limits.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
@@ -20,13 +21,25 @@ namespace ZelAgent {
 /// Prints each warning as one line on `err`. Throws a `ConfigError` or an `EventError` if anything
 /// could not be applied.
 [[nodiscard]] std::unique_ptr<ForwardingAgent> prepareAgent(
-    const std::string& configuration, const std::optional<std::string>& events, std::ostream& err);
+    const std::string& configuration, const std::optional<std::string>& events, std::ostream& err,
+    Leniency leniency = Leniency::strict);
+
+struct CheckOptions {
+  std::vector<std::string> configurations;
+  Leniency leniency = Leniency::strict;
+};
+
+/// `zel-agent check`: reads each configuration and prints all its errors and warnings on `err`.
+/// Nothing is applied. A configuration without errors is a line "FILE: right" on `out`.
+[[nodiscard]] ExitStatus checkConfigurations(const CheckOptions& options, std::ostream& out,
+                                             std::ostream& err);
 
 struct RunOptions {
   std::vector<std::string> configurations;
   std::optional<std::string> events;  // a file
   bool json = false;
   bool strict = false;
+  Leniency leniency = Leniency::strict;
   ChipOptions chip;
 };
 
@@ -42,6 +55,7 @@ struct RunOptions {
 struct FallbackGraphOptions {
   std::string configuration;
   bool dot = false;
+  Leniency leniency = Leniency::strict;
 };
 
 /// `zel-agent fallback-graph`: prints the fallback VRF of each VRF of a configuration. The
@@ -55,6 +69,7 @@ struct ForwardOptions {
   std::vector<std::string> captures;  // INTERFACE=FILE
   std::string folder;
   bool json = false;
+  Leniency leniency = Leniency::strict;
 };
 
 /// `zel-agent forward`: forwards captured packets through the chip.
@@ -70,6 +85,7 @@ struct ExplainOptions {
   std::string interface;
   std::string packet;  // as PacketText.h describes it
   bool json = false;
+  Leniency leniency = Leniency::strict;
 };
 
 /// `zel-agent explain`: prints the path of one packet, step by step.

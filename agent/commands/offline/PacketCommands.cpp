@@ -111,13 +111,13 @@ std::vector<std::uint8_t> readWholePacket(const std::string& text) {
 
 std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
                                               const std::optional<std::string>& events,
-                                              std::ostream& err) {
-  const ReadConfiguration read = readOpenConfigFile(configuration);
+                                              std::ostream& err, Leniency leniency) {
+  const ReadConfiguration read = readOpenConfigFile(configuration, leniency);
   reportWarnings(err, read.warnings);
   auto agent = std::make_unique<ForwardingAgent>(Limits::chipResources);
   agent->apply(read.configuration);
   if (!events) return agent;
-  EventPlayer player(*agent, std::filesystem::path(*events).parent_path());
+  EventPlayer player(*agent, std::filesystem::path(*events).parent_path(), leniency);
   forEachEvent(readTextFile(*events, "a readable event file"), *events,
                [&](const EventPlace& /*place*/, const Event& event) {
                  reportWarnings(err, player.play(event).warnings);
@@ -127,7 +127,7 @@ std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
 
 ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std::ostream& err) {
   try {
-    const auto agent = prepareAgent(options.configuration, options.events, err);
+    const auto agent = prepareAgent(options.configuration, options.events, err, options.leniency);
     std::vector<Source> sources = openAll(options.captures);
     CaptureFolder folder(options.folder);
     const ForwardCounters counters = forwardAll(*agent, sources, folder);
@@ -151,7 +151,7 @@ ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::
   try {
     needInterfaceName<EventError>(options.interface);
     const std::vector<std::uint8_t> packet = readWholePacket(options.packet);
-    const auto agent = prepareAgent(options.configuration, options.events, err);
+    const auto agent = prepareAgent(options.configuration, options.events, err, options.leniency);
     const PathReport report = explain(*agent, options.interface, packet);
     out << (options.json ? oneLine(report.json()) + '\n' : report.text());
   } catch (const ConfigError& error) {

@@ -49,14 +49,15 @@ class Run final {
   }
 
   void applyFile(const std::string& file) {
-    const ReadConfiguration read = readOpenConfigFile(file);
+    const ReadConfiguration read = readOpenConfigFile(file, options_.leniency);
     warn(read.warnings);
     agent_.apply(read.configuration);
     report(file);
   }
 
   void playEvents(const std::string& events, const std::string& file) {
-    EventPlayer player(agent_, std::filesystem::path(file).parent_path());
+    EventPlayer player(agent_, std::filesystem::path(file).parent_path(),
+                       options_.leniency);
     forEachEvent(events, file, [&](const EventPlace& place, const Event& event) {
       const PlayedEvent played{place, event, player.play(event)};
       warn(played.effects.warnings);

@@ -1,5 +1,6 @@
 #include "agent/commands/served/ServedAgent.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -10,10 +11,21 @@
 #include "agent/model/events/EventPlayer.h"
 
 namespace ZelAgent {
+namespace {
+
+// The first line, and how many follow.
+std::string asOneLine(const std::string& errors) {
+  const auto others = std::count(errors.begin(), errors.end(), '\n');
+  std::string line = errors.substr(0, errors.find('\n'));
+  if (others == 0) return line;
+  return line + " (" + std::to_string(others) + " more " + (others == 1 ? "line" : "lines") + ')';
+}
+
+}  // namespace
 
 ServedAgent::ServedAgent(std::string file, const ChipOptions& chip,
-                         std::chrono::milliseconds clientTimeout)
-    : agent_(chip), clientTimeout_(clientTimeout) {
+                         std::chrono::milliseconds clientTimeout, Leniency leniency)
+    : agent_(chip), clientTimeout_(clientTimeout), leniency_(leniency) {
   record_.file = std::move(file);
 }
 
@@ -32,7 +44,7 @@ std::vector<std::string> ServedAgent::reload() {
     record_.refusal.reset();
     return warnings;
   } catch (const ConfigError& error) {
-    refused(error.what());
+    refused(asOneLine(error.what()));
     throw;
   } catch (const std::exception& error) {
     refused("the reload failed: " + printable(error.what(), Limits::shownTextBytes) +
@@ -42,7 +54,7 @@ std::vector<std::string> ServedAgent::reload() {
 }
 
 EventEffects ServedAgent::play(const Event& event) {
-  EventEffects effects = EventPlayer(agent_, {}).play(event);
+  EventEffects effects = EventPlayer(agent_, {}, leniency_).play(event);
   if (const auto* const config = std::get_if<ApplyConfig>(&event)) {
     record_.inForce = config->file;
     record_.source = ConfigurationSource::event;
@@ -56,7 +68,7 @@ ChangeableLimits ServedAgent::limits() noexcept {
 }
 
 std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {
-  ReadConfiguration read = readOpenConfigFile(record_.file);
+  ReadConfiguration read = readOpenConfigFile(record_.file, leniency_);
   agent_.apply(read.configuration);
   record_.inForce = record_.file;
   record_.source = source;

@@ -23,7 +23,8 @@ struct ConfigurationRecord {
   ConfigurationSource source = ConfigurationSource::start;
   std::uint64_t reloadsApplied = 0;
   std::uint64_t reloadsRefused = 0;
-  // Why the last reload was refused, as one printable line. None if it was applied.
+  // Why the last reload was refused, as one printable line: the first error, and the number of the
+  // others. None if it was applied.
   std::optional<std::string> refusal;
 };
 
@@ -34,7 +35,8 @@ class ServedAgent final {
  public:
   /// The timeout of clients is only shown.
   ServedAgent(std::string file, const ChipOptions& chip,
-              std::chrono::milliseconds clientTimeout = Limits::clientTimeout);
+              std::chrono::milliseconds clientTimeout = Limits::clientTimeout,
+              Leniency leniency = Leniency::strict);
   ServedAgent(std::string file, std::uint32_t chipCapacity,
               std::chrono::milliseconds clientTimeout = Limits::clientTimeout)
       : ServedAgent(std::move(file), ChipOptions{.capacity = chipCapacity}, clientTimeout) {}
@@ -60,6 +62,7 @@ class ServedAgent final {
 
   ForwardingAgent agent_;
   std::chrono::milliseconds clientTimeout_;
+  Leniency leniency_;  // of every configuration that is read
   ConfigurationRecord record_;
   std::function<void()> changeObserver_;
 };

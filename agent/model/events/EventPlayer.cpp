@@ -62,9 +62,9 @@ bool needsStep(const Event& event) {
 // Applies one event to the agent.
 class Change final {
  public:
-  Change(ForwardingAgent& agent, const std::filesystem::path& folder,
+  Change(ForwardingAgent& agent, const std::filesystem::path& folder, Leniency leniency,
          std::vector<std::string>& warnings)
-      : agent_(agent), folder_(folder), warnings_(warnings) {}
+      : agent_(agent), folder_(folder), leniency_(leniency), warnings_(warnings) {}
 
   void operator()(const SetVrfId& event) const {
     const auto status = agent_.routeStatus().vrfStatus(event.vrf);
@@ -127,7 +127,7 @@ class Change final {
 
   void operator()(const ApplyConfig& event) const {
     try {
-      const ReadConfiguration read = readOpenConfigFile(folder_ / event.file);
+      const ReadConfiguration read = readOpenConfigFile(folder_ / event.file, leniency_);
       warnings_ = read.warnings;
       agent_.apply(read.configuration);
     } catch (const ConfigError& error) {
@@ -185,6 +185,7 @@ class Change final {
 
   ForwardingAgent& agent_;
   const std::filesystem::path& folder_;
+  Leniency leniency_;
   std::vector<std::string>& warnings_;
 };
 
@@ -194,7 +195,7 @@ EventEffects EventPlayer::play(const Event& event) {
   EventEffects effects;
   const CallRecorder recorder(agent_.chip(), effects.calls);
   const Statuses before = agent_.statuses();
-  std::visit(Change(agent_, folder_, effects.warnings), event);
+  std::visit(Change(agent_, folder_, leniency_, effects.warnings), event);
   if (needsStep(event)) agent_.complete();
   agent_.routes().program();
   effects.statusChanges = changesBetween(before, agent_.statuses());

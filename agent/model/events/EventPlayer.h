@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
+#include "agent/config/Findings.h"
 #include "agent/model/events/Event.h"
 #include "agent/model/policies/VrfActions.h"
 #include "chips/soft/HookCall.h"
@@ -35,8 +36,9 @@ struct EventEffects {
 class EventPlayer final {
  public:
   /// The agent must outlive the player. Files that events name are in `folder`.
-  EventPlayer(ForwardingAgent& agent, std::filesystem::path folder)
-      : agent_(agent), folder_(std::move(folder)) {}
+  EventPlayer(ForwardingAgent& agent, std::filesystem::path folder,
+              Leniency leniency = Leniency::strict)
+      : agent_(agent), folder_(std::move(folder)), leniency_(leniency) {}
 
   /// Throws an `EventError` for an event that cannot be played. Such an event changes nothing.
   EventEffects play(const Event& event);
@@ -44,6 +46,7 @@ class EventPlayer final {
  private:
   ForwardingAgent& agent_;
   std::filesystem::path folder_;
+  Leniency leniency_;  // of configurations that events name
 };
 
 }  // namespace ZelAgent

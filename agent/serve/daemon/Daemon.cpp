@@ -50,7 +50,7 @@ Daemon::Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& er
     : options_(options),
       out_(out),
       err_(err),
-      served_(options.configuration, options.chip, options.limits.clientTimeout) {}
+      served_(options.configuration, options.chip, options.limits.clientTimeout, options.leniency) {}
 
 Daemon::~Daemon() {
   served_.agent().removeAll();

@@ -19,6 +19,7 @@ struct DaemonOptions {
   std::string socket;
   ChipOptions chip;
   ServerLimits limits;
+  Leniency leniency = Leniency::strict;
 };
 
 /// An agent that applies its configuration and serves clients until a signal ends it. While the

@@ -7,6 +7,7 @@
 
 #include "Duolog/OutOfMemory.h"
 #include "agent/language/Errors.h"
+#include "agent/language/ExitStatus.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
@@ -19,7 +20,9 @@ std::vector<std::string> reportReload(const std::string& file,
     lines.push_back(printable(file, Limits::shownTextBytes) + " applied");
     return lines;
   } catch (const ConfigError& error) {
-    return {std::string("error: ") + error.what() + "; the configuration in force is unchanged"};
+    std::vector<std::string> lines = errorLines(error.what());
+    lines.back() += "; the configuration in force is unchanged";
+    return lines;
   } catch (const std::bad_alloc&) {
     Duolog::outOfMemory();
   } catch (const std::exception& error) {

@@ -2,13 +2,15 @@
 
 #include <sstream>
 
+#include "agent/language/Words.h"
+
 namespace ZelAgent {
 namespace {
 
 std::string textOf(const Answer& answer) {
   if (!answer.output.is_string()) return oneLine(answer.output);
   const auto text = answer.output.get<std::string>();
-  return answer.status == ExitStatus::success ? text : "error: " + text;
+  return answer.status == ExitStatus::success ? text : joined(errorLines(text), "\n");
 }
 
 }  // namespace

@@ -120,26 +120,15 @@ inline constexpr BadInput badInputs[] = {
      "$INSTANCES[name=red]/config: lacks its member \"type\""},
     {"ConfigIsLacking", R"([{"op": "remove", "path": "$INSTANCES/1/config"}])",
      "$INSTANCES[name=red]/config: lacks its member \"type\""},
-    {"TypeIsUnknown",
-     R"([{"op": "replace", "path": "$INSTANCES/1/config/type", "value": "L2VSI"}])",
-     "$INSTANCES[name=red]/config/type: must be DEFAULT_INSTANCE or L3VRF, not \"L2VSI\""},
-    {"TypeHasAForeignPrefix",
-     R"([{"op": "replace", "path": "$INSTANCES/1/config/type", "value": "vendor:L3VRF"}])",
-     "$INSTANCES[name=red]/config/type: must be DEFAULT_INSTANCE or L3VRF, not \"vendor:L3VRF\""},
-    {"NoDefaultInstance", R"([{"op": "remove", "path": "$INSTANCES/0"}])",
-     "/network-instances: must have exactly one instance of type DEFAULT_INSTANCE, called "
-     "DEFAULT or default"},
     {"TwoDefaultInstances",
      R"([{"op": "replace", "path": "$INSTANCES/1/config/type", "value": "DEFAULT_INSTANCE"}])",
-     "$INSTANCES[name=red]/config/type: must be L3VRF; the default instance is the one called "
-     "DEFAULT or default"},
+     "$INSTANCES[name=red]/config/type: must be L3VRF; the default instance is "
+     "\"DEFAULT\""},
     {"DefaultIsNoDefaultInstance",
      R"([{"op": "replace", "path": "$INSTANCES/0/config/type", "value": "L3VRF"}])",
      "$INSTANCES[name=DEFAULT]/config/type: must be DEFAULT_INSTANCE for the instance called "
      "\"DEFAULT\""},
-    {"InstanceCalledDefaultIsNoDefaultInstance",
-     R"([{"op": "replace", "path": "$INSTANCES/1/name", "value": "default"},
-         {"op": "remove", "path": "$INSTANCES/1/config/name"}])",
+    {"op": "remove", "path": "$INSTANCES/1/config/name"}])",
      "$INSTANCES[name=default]/config/type: must be DEFAULT_INSTANCE for the instance called "
      "\"default\""},
     {"FallbackIsNoString",
@@ -202,7 +191,8 @@ inline constexpr BadInput badInputs[] = {
      "$POLICY: is given twice; each key may stand once in its list"},
     {"PolicyTypeIsAnother",
      R"([{"op": "replace", "path": "$POLICY/config/type", "value": "PBR_POLICY"}])",
-     "$POLICY/config/type: must be VRF_SELECTION_POLICY, not \"PBR_POLICY\""},
+     "$BINDING/config/apply-vrf-selection-policy: must be a policy of type VRF_SELECTION_POLICY, "
+     "not \"P\" of type PBR_POLICY"},
     {"RuleNumberTwice",
      R"([{"op": "replace", "path": "$RULE20/sequence-id", "value": 10},
          {"op": "replace", "path": "$RULE20/config/sequence-id", "value": 10}])",

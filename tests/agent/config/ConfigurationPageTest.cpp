@@ -1,13 +1,12 @@
-// The page that documents the configuration lists the leaves and identities that are read.
+// The page that documents the configuration has the rows of the path table, and no others.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <map>
-#include <set>
 #include <sstream>
 
+#include "agent/config/PathTable.h"
 #include "tests/agent/config/FullDocument.h"
-#include "tests/agent/config/LeafTable.h"
 
 namespace ZelAgent {
 namespace {
@@ -25,90 +24,39 @@ Texts codeIn(const std::string& line) {
   return code;
 }
 
-// "a/{b,c}" is "a/b" and "a/c".
-Texts alternativesOf(const std::string& path) {
-  const auto open = path.find('{');
-  if (open == std::string::npos) return {path};
-  Texts paths;
-  std::istringstream names(path.substr(open + 1, path.find('}') - open - 1));
-  for (std::string name; std::getline(names, name, ',');)
-    paths.push_back(path.substr(0, open) + name);
-  return paths;
-}
-
-// "a/list[key]/b" names the leaf "a/list/key" and, if it is one, "a/list/b".
-Texts leavesNamedBy(std::string path) {
-  Texts leaves;
-  for (auto open = path.find('['); open != std::string::npos; open = path.find('[')) {
-    const auto close = path.find(']');
-    leaves.push_back(path.substr(0, open) + '/' + path.substr(open + 1, close - open - 1));
-    path.erase(open, close - open + 1);
-    while (path.substr(open, 1) == "[") {
-      const auto next = path.find(']');
-      leaves.push_back(path.substr(0, open) + '/' + path.substr(open + 1, next - open - 1));
-      path.erase(open, next - open + 1);
-    }
-    if (open == path.size()) return leaves;
-  }
-  leaves.push_back(path);
-  return leaves;
-}
-
-struct Page {
-  std::set<std::string> leaves;                 // paths, each without its beginning
-  std::map<std::string, Texts> valuesOfFields;  // by the first name in the row
-};
-
-Page readPage() {
-  Page page;
-  Texts bases;
+// The rows of the tables of paths, each with its whole path.
+Texts rowsOfThePage() {
+  Texts rows;
+  std::string container;
   std::ifstream file(ZEL_CONFIGURATION_PAGE);
   for (std::string line; std::getline(file, line);) {
-    if (line.starts_with("Paths are relative to") || line.find(" of a rule, in `") < line.size()) {
-      bases = codeIn(line);
-      for (const std::string& base : bases) {
-        for (const std::string& leaf : leavesNamedBy(base))
-          if (leaf != base) page.leaves.insert('/' + leaf);
-      }
-    }
-    const auto secondCell = line.find('|', 1);
-    if (!line.starts_with("| `")) continue;
-    const Texts cell = codeIn(line.substr(0, secondCell));
-    page.valuesOfFields[cell.front()] = codeIn(line.substr(secondCell));
-    for (const std::string& base : bases) {
-      for (const std::string& code : cell) {
-        for (const std::string& path : alternativesOf(base + '/' + code))
-          for (const std::string& leaf : leavesNamedBy(path))
-            page.leaves.insert('/' + leaf);
-      }
+    if (line.starts_with("Leaves of `")) container = codeIn(line).at(0);
+    if (line.starts_with("#")) container.clear();
+    if (!container.empty() && line.starts_with("| `")) {
+      rows.push_back(line.replace(3, 0, container + '/'));
     }
   }
-  return page;
+  return rows;
 }
 
-class ConfigurationPage : public ::testing::Test {
- protected:
-  const Page page_ = readPage();
-};
-
-TEST_F(ConfigurationPage, NamesEachLeafThatIsNoCopyOfAKey) {
-  for (const Leaf& leaf : leafTable) {
-    if (leaf.role == KeyRole::copy) continue;
-    const std::string path = schemaPathOf(leaf.place);
-    EXPECT_TRUE(
-        std::any_of(page_.leaves.begin(), page_.leaves.end(),
-                    [&](const std::string& documented) { return path.ends_with(documented); }))
-        << path;
-  }
+std::string presenceText(Presence presence) {
+  if (presence == Presence::keyCopy) return ", as the key";
+  if (presence == Presence::required) return ", required";
+  return presence == Presence::skipped ? ", skipped" : "";
 }
 
-TEST_F(ConfigurationPage, NamesNoOtherLeaf) {
-  ASSERT_FALSE(page_.leaves.empty());
-  for (const std::string& documented : page_.leaves) {
-    EXPECT_TRUE(std::any_of(std::begin(leafTable), std::end(leafTable), [&](const Leaf& leaf) {
-      return schemaPathOf(leaf.place).ends_with(documented);
-    })) << documented;
+Texts rowsOfTheTable() {
+  Texts rows;
+  for (const ConfigPath& path : configPaths()) {
+    rows.push_back("| `" + path.path + "` | " + std::string(toText(path.type)) +
+                   presenceText(path.presence) + " | `" + std::string(path.example) + "` | " +
+                   std::string(path.meaning) + " |");
   }
+  return rows;
+}
+
+TEST(ConfigurationPage, HasTheRowsOfThePathTable) {
+  EXPECT_THAT(rowsOfThePage(), ::testing::ElementsAreArray(rowsOfTheTable()));
 }
 
 struct ProtocolIdentity {
@@ -122,11 +70,16 @@ constexpr ProtocolIdentity protocolsOfRules[] = {
     {"IP_RSVP", 46}, {"IP_GRE", 47}, {"IP_AUTH", 51}, {"IP_PIM", 103}, {"IP_L2TP", 115},
 };
 
-TEST_F(ConfigurationPage, NamesEachIdentityOfAProtocol) {
+TEST(ConfigurationPage, NamesEachIdentityOfAProtocol) {
   Texts names;
+  std::ifstream file(ZEL_CONFIGURATION_PAGE);
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with("Identities of `protocol`")) names = codeIn(line);
+  }
+  Texts expected{"protocol"};
   for (const ProtocolIdentity& identity : protocolsOfRules)
-    names.emplace_back(identity.name);
-  EXPECT_EQ(page_.valuesOfFields.at("protocol"), names);
+    expected.emplace_back(identity.name);
+  EXPECT_EQ(names, expected);
 }
 
 TEST(ProtocolIdentities, AreNumbersWithAndWithoutTheirPrefix) {

@@ -72,8 +72,14 @@ TEST(EveryMember, IsGivenEitherWithOrWithoutItsPrefix) {
   }
 }
 
-TEST(EveryObject, WarnsOfAnUnknownMemberOnceAndIgnoresIt) {
+// Whether what is unknown there could change what a rule matches or does.
+bool isOfARule(const std::string& place) {
+  return place.find("/rule/") != std::string::npos || place.find("-set/") != std::string::npos;
+}
+
+TEST(EveryObject, WarnsOfAnUnknownMemberOnceAndIgnoresItOutsideOfRules) {
   for (const std::string& place : objectPlaces()) {
+    if (isOfARule(place)) continue;
     for (const char* const name : {"vendor:name", "openconfig-any:unknown"}) {
       json document = fullDocument();
       document[toPointer(place)][name] = json::parse(R"({"deep": {"deeper": 1}})");
@@ -82,6 +88,34 @@ TEST(EveryObject, WarnsOfAnUnknownMemberOnceAndIgnoresIt) {
                                                         name + ": unknown member, ignored"});
       EXPECT_TRUE(read.configuration == fullConfiguration());
     }
+  }
+}
+
+TEST(EveryObject, RefusesAnUnknownMemberInsideOfRulesAndSets) {
+  std::size_t count = 0;
+  for (const std::string& place : objectPlaces()) {
+    if (!isOfARule(place)) continue;
+    for (const char* const name : {"vendor:name", "openconfig-any:unknown"}) {
+      json document = fullDocument();
+      document[toPointer(place)][name] = json::parse(R"({"deep": {"deeper": 1}})");
+      const std::string start = "f.json: " + pathOf(document, place) + '/' + name +
+                                ": is not supported; supported here: ";
+      EXPECT_EQ(refusalOf(document).substr(0, start.size()), start);
+      EXPECT_EQ(refusalOf(document).find('\n'), std::string::npos);
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 40U);
+}
+
+TEST(EveryObject, SkipsStateAndDescriptionsSilently) {
+  for (const std::string& place : objectPlaces()) {
+    json document = fullDocument();
+    document[toPointer(place)]["state"] = json::parse(R"({"deep": {"deeper": 1}})");
+    document[toPointer(place)]["openconfig-any:description"] = "text";
+    const ReadConfiguration read = readOpenConfig(document.dump(), "f.json");
+    EXPECT_EQ(read.warnings, std::vector<std::string>{});
+    EXPECT_TRUE(read.configuration == fullConfiguration());
   }
 }
 

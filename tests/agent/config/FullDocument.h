@@ -34,14 +34,38 @@ inline const nlohmann::json& fullDocument() {
                                   "decap-fallback-network-instance": "red",
                                   "post-decap-network-instance": "DEFAULT"}}},
            {"sequence-id": 30, "config": {"sequence-id": 30},
+            "action": {"config": {"discard": true}}}]}},
+        {"policy-id": "F",
+         "config": {"policy-id": "F", "type": "PBR_POLICY"},
+         "rules": {"rule": [
+           {"sequence-id": 40, "config": {"sequence-id": 40},
+            "ipv4": {"config": {"protocol": 6, "hop-limit": 64, "length": 1500,
+                                "fragment-offsets": [0, "4..7"],
+                                "source-address-prefix-set": "S",
+                                "destination-address-prefix-set": "S"}},
+            "transport": {"config": {"source-port": "1..9", "destination-port": 443,
+                                     "detail-mode": "EXPLICIT",
+                                     "explicit-detail-match-mode": "ALL",
+                                     "explicit-tcp-flags": ["TCP_SYN", "TCP_ACK"]}},
+            "action": {"config": {"network-instance": "red"}}},
+           {"sequence-id": 50, "config": {"sequence-id": 50},
+            "ipv6": {"config": {"protocol": 17, "hop-limit": 63, "length": 1400,
+                                "source-address-prefix-set": "S",
+                                "destination-address-prefix-set": "S"}},
+            "transport": {"config": {"source-port-set": "W", "destination-port-set": "W",
+                                     "detail-mode": "BUILTIN", "builtin-detail": "FRAGMENT"}},
             "action": {"config": {"discard": true}}}]}}]},
        "interfaces": {"interface": [
-         {"interface-id": "b1", "config": {"interface-id": "b1", "apply-vrf-selection-policy": "P"},
+         {"interface-id": "b1",
+          "config": {"interface-id": "b1", "apply-vrf-selection-policy": "P",
+                     "apply-forwarding-policy": "F", "enabled": true},
           "interface-ref": {"config": {"interface": "e1", "subinterface": 1}}}]}}},
     {"name": "red",
-     "config": {"name": "red", "type": "L3VRF", "fallback-network-instance": "DEFAULT"},
+     "config": {"name": "red", "type": "L3VRF", "enabled": true,
+                "fallback-network-instance": "DEFAULT"},
      "interfaces": {"interface": [
-       {"id": "i2", "config": {"id": "i2", "interface": "e2", "subinterface": 2}}]},
+       {"id": "i2",
+        "config": {"id": "i2", "interface": "e2", "subinterface": 2, "enabled": true}}]},
      "protocols": {"protocol": [{"identifier": "STATIC", "name": "s",
        "config": {"identifier": "STATIC", "name": "s"},
        "static-routes": {"static": [{"prefix": "203.0.113.0/24",
@@ -49,8 +73,37 @@ inline const nlohmann::json& fullDocument() {
          "next-hops": {"next-hop": [{"index": "0",
            "config": {"index": "0", "next-hop": "192.0.2.1"},
            "interface-ref": {"config": {"interface": "e3", "subinterface": 3}}}]}}]}}]}}
-  ]}})");
+  ]},
+  "defined-sets": {
+    "ipv4-prefix-sets": {"ipv4-prefix-set": [{"name": "S", "config": {"name": "S",
+      "prefix": ["10.0.0.0/8"], "exclude-prefix": ["10.9.0.0/16"]}}]},
+    "ipv6-prefix-sets": {"ipv6-prefix-set": [{"name": "S", "config": {"name": "S",
+      "prefix": ["2001:db8::/32"], "exclude-prefix": ["2001:db8:9::/48"]}}]},
+    "port-sets": {"port-set": [{"name": "W", "config": {"name": "W",
+      "port": [80, "90..99"], "exclude-port": [95]}}]}}})");
   return document;
+}
+
+inline std::vector<Rule> forwardingRules() {
+  Rule v4{40, {}, LookUp{"red"}};
+  v4.match.family = IpFamily::v4;
+  v4.match.protocol = std::uint8_t{6};
+  v4.match.hopLimit = std::uint8_t{64};
+  v4.match.length = std::uint16_t{1500};
+  v4.match.fragmentOffsets = {{0, 0}, {4, 7}};
+  v4.match.sourceSet = v4.match.destinationSet = "S";
+  v4.match.sourcePorts = {{1, 9}};
+  v4.match.destinationPorts = {{443, 443}};
+  v4.match.tcpFlags = {{18, 18}};
+  Rule v6{50, {}, Discard{}};
+  v6.match.family = IpFamily::v6;
+  v6.match.protocol = std::uint8_t{17};
+  v6.match.hopLimit = std::uint8_t{63};
+  v6.match.length = std::uint16_t{1400};
+  v6.match.sourceSet = v6.match.destinationSet = "S";
+  v6.match.sourcePorts = v6.match.destinationPorts = {{80, 80}, {90, 94}, {96, 99}};
+  v6.match.isFragment = true;
+  return {v4, v6};
 }
 
 // What the reader makes of it.
@@ -76,14 +129,20 @@ inline Configuration fullConfiguration() {
                          {{10, v4, LookUp{"red"}},
                           {20, v6, Decapsulate{"red", "red", "default"}},
                           {30, {}, Discard{}}}}};
-  byDefault.policyBindings = {{"e1.1", "P"}};
+  byDefault.policies.push_back({"F", forwardingRules(), PolicyType::forwarding});
+  byDefault.policyBindings = {{"e1.1", "P", "F"}};
   NetworkInstance red;
   red.name = "red";
   red.fallback = "default";
   red.interfaces = {"e2.2"};
   red.staticRoutes = {
       {*parseIpPrefix("203.0.113.0/24"), {{"0", parseIpAddress("192.0.2.1"), "e3.3", false}}}};
-  return {{byDefault, red}};
+  return {{byDefault, red},
+          {{"S", IpFamily::v4, {*parseIpPrefix("10.0.0.0/8")}, {*parseIpPrefix("10.9.0.0/16")}},
+           {"S",
+            IpFamily::v6,
+            {*parseIpPrefix("2001:db8::/32")},
+            {*parseIpPrefix("2001:db8:9::/48")}}}};
 }
 
 // A place in the document is a JSON pointer. It may begin with one of these words.
@@ -103,6 +162,11 @@ inline std::string pointerOf(std::string place) {
       {"$RULE10", rule + '0'},
       {"$RULE20", rule + '1'},
       {"$RULE30", rule + '2'},
+      {"$RULE40", forwarding + "/policies/policy/1/rules/rule/0"},
+      {"$RULE50", forwarding + "/policies/policy/1/rules/rule/1"},
+      {"$V4SET", "/defined-sets/ipv4-prefix-sets/ipv4-prefix-set/0"},
+      {"$V6SET", "/defined-sets/ipv6-prefix-sets/ipv6-prefix-set/0"},
+      {"$PORTSET", "/defined-sets/port-sets/port-set/0"},
       {"$BINDING", forwarding + "/interfaces/interface/0"},
   };
   for (const auto& [word, pointer] : words) {
@@ -125,7 +189,9 @@ inline std::string shownValue(const nlohmann::json& value) {
 
 // The keys of an entry of the list. None for an array that is no list.
 inline std::vector<std::string> keysOf(const std::string& list, const nlohmann::json& entry) {
-  if (list == "network-instance") return {"name"};
+  if (list == "network-instance" || list.ends_with("-prefix-set") || list == "port-set") {
+    return entry.is_object() ? std::vector<std::string>{"name"} : std::vector<std::string>{};
+  }
   if (list == "protocol") return {"identifier", "name"};
   if (list == "static") return {"prefix"};
   if (list == "next-hop") return {"index"};
@@ -197,10 +263,10 @@ inline std::vector<std::string> allPlaces() {
   return places;
 }
 
-// The one line that says why the document is refused. Empty if it is not.
-inline std::string refusalOf(const nlohmann::json& document) {
+// The lines that say why the document is refused. Empty if it is not.
+inline std::string refusalOf(const nlohmann::json& document, Leniency leniency = Leniency::strict) {
   try {
-    (void)readOpenConfig(document.dump(), "f.json");
+    (void)readOpenConfig(document.dump(), "f.json", leniency);
     return "";
   } catch (const ConfigError& error) {
     return error.what();

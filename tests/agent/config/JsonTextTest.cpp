@@ -69,6 +69,35 @@ TEST(JsonText, RefusesAMemberGivenTwiceWhereTheSecondStands) {
   EXPECT_EQ(errorOf(R"([{"x\"y": {"z": 1}, "x\"y": 2}])").substr(0, 13), "f.json:1:21: ");
 }
 
+TEST(JsonText, RefusesMoreThanHundredLevels) {
+  const auto nested = [](std::size_t levels) {
+    return std::string(levels, '[') + std::string(levels, ']');
+  };
+  EXPECT_EQ(errorOf(nested(100)), "no error, but " + nested(100));
+  EXPECT_EQ(errorOf(nested(101)), "f.json:1:101: nests deeper than 100 levels");
+  EXPECT_EQ(errorOf(std::string(5000000, '[')), "f.json:1:101: nests deeper than 100 levels");
+}
+
+TEST(JsonText, RefusesUtf16AndTakesUtf8WithItsMark) {
+  for (const std::string start : {"\xff\xfe{", "\xfe\xff{"}) {
+    EXPECT_EQ(errorOf(start), "f.json:1:1: malformed JSON: UTF-16 text; expected UTF-8");
+  }
+  EXPECT_EQ(errorOf("\xef\xbb\xbf{}"), "no error, but {}");
+}
+
+TEST(JsonText, KeepsTheOrderOfTheDocument) {
+  const JsonValue document = parseDocument(R"({"b": [1, "x"], "a": {"c": -1.50}})", "f");
+  const auto& members = *document.as<JsonValue::Object>();
+  ASSERT_EQ(members.size(), 2U);
+  EXPECT_EQ(members[0].name, "b");
+  EXPECT_EQ(members[1].name, "a");
+  const auto& inner = members[1].value.as<JsonValue::Object>()->at(0).value;
+  EXPECT_EQ(inner.as<JsonOtherNumber>()->text, "-1.50");
+  EXPECT_LT(document.order(), members[0].value.order());
+  EXPECT_LT(members[0].value.as<JsonValue::Array>()->at(1).order(), members[1].value.order());
+  EXPECT_LT(members[1].value.order(), inner.order());
+}
+
 TEST(JsonText, TakesTheSameMemberInDifferentObjects) {
   EXPECT_EQ(parseJson(R"({"a": {"a": 1}, "b": [{"a": 1}, {"a": 1}]})", "f").size(), 2U);
 }

@@ -19,8 +19,10 @@ enum class LeafKind : std::uint8_t {
   nextHop,  // an address or DROP
   number,
   protocol,  // a number or an identity
-  numbers,   // an array of numbers
+  numbers,   // an array
   flag,
+  port,      // a number up to 65535, a range or ANY
+  fragment,  // a number up to 8191, a range or ANY
 };
 
 // Whether the leaf is the key of its list entry, or the copy of the key.
@@ -44,6 +46,8 @@ inline constexpr Leaf leafTable[] = {
     {"$RED/config/name", LeafKind::name, KeyRole::copy},
     {"$RED/config/type", LeafKind::identity},
     {"$RED/config/fallback-network-instance", LeafKind::name},
+    {"$RED/config/enabled", LeafKind::flag},
+    {"$INTERFACE/config/enabled", LeafKind::flag},
     {"$INTERFACE/id", LeafKind::name, KeyRole::key},
     {"$INTERFACE/config/id", LeafKind::name, KeyRole::copy},
     {"$INTERFACE/config/interface", LeafKind::name},
@@ -83,7 +87,46 @@ inline constexpr Leaf leafTable[] = {
     {"$RULE30/action/config/discard", LeafKind::flag},
     {"$BINDING/interface-id", LeafKind::name, KeyRole::key},
     {"$BINDING/config/interface-id", LeafKind::name, KeyRole::copy},
+    {"$RULE40/ipv4/config/hop-limit", LeafKind::number, KeyRole::none, 255},
+    {"$RULE40/ipv4/config/length", LeafKind::number, KeyRole::none, 65535},
+    {"$RULE40/ipv4/config/fragment-offsets", LeafKind::numbers},
+    {"$RULE40/ipv4/config/fragment-offsets/0", LeafKind::fragment, KeyRole::none, 8191},
+    {"$RULE40/ipv4/config/source-address-prefix-set", LeafKind::name},
+    {"$RULE40/ipv4/config/destination-address-prefix-set", LeafKind::name},
+    {"$RULE40/transport/config/source-port", LeafKind::port, KeyRole::none, 65535},
+    {"$RULE40/transport/config/destination-port", LeafKind::port, KeyRole::none, 65535},
+    {"$RULE40/transport/config/detail-mode", LeafKind::identity},
+    {"$RULE40/transport/config/explicit-detail-match-mode", LeafKind::identity},
+    {"$RULE40/transport/config/explicit-tcp-flags", LeafKind::numbers},
+    {"$RULE40/transport/config/explicit-tcp-flags/0", LeafKind::identity},
+    {"$RULE50/ipv6/config/hop-limit", LeafKind::number, KeyRole::none, 255},
+    {"$RULE50/ipv6/config/length", LeafKind::number, KeyRole::none, 65535},
+    {"$RULE50/ipv6/config/source-address-prefix-set", LeafKind::name},
+    {"$RULE50/ipv6/config/destination-address-prefix-set", LeafKind::name},
+    {"$RULE50/transport/config/source-port-set", LeafKind::name},
+    {"$RULE50/transport/config/destination-port-set", LeafKind::name},
+    {"$RULE50/transport/config/builtin-detail", LeafKind::identity},
+    {"$V4SET/name", LeafKind::name, KeyRole::key},
+    {"$V4SET/config/name", LeafKind::name, KeyRole::copy},
+    {"$V4SET/config/prefix", LeafKind::numbers},
+    {"$V4SET/config/prefix/0", LeafKind::prefixV4},
+    {"$V4SET/config/exclude-prefix", LeafKind::numbers},
+    {"$V4SET/config/exclude-prefix/0", LeafKind::prefixV4},
+    {"$V6SET/name", LeafKind::name, KeyRole::key},
+    {"$V6SET/config/name", LeafKind::name, KeyRole::copy},
+    {"$V6SET/config/prefix", LeafKind::numbers},
+    {"$V6SET/config/prefix/0", LeafKind::prefixV6},
+    {"$V6SET/config/exclude-prefix", LeafKind::numbers},
+    {"$V6SET/config/exclude-prefix/0", LeafKind::prefixV6},
+    {"$PORTSET/name", LeafKind::name, KeyRole::key},
+    {"$PORTSET/config/name", LeafKind::name, KeyRole::copy},
+    {"$PORTSET/config/port", LeafKind::numbers},
+    {"$PORTSET/config/port/0", LeafKind::port, KeyRole::none, 65535},
+    {"$PORTSET/config/exclude-port", LeafKind::numbers},
+    {"$PORTSET/config/exclude-port/0", LeafKind::port, KeyRole::none, 65535},
     {"$BINDING/config/apply-vrf-selection-policy", LeafKind::name},
+    {"$BINDING/config/apply-forwarding-policy", LeafKind::name},
+    {"$BINDING/config/enabled", LeafKind::flag},
     {"$BINDING/interface-ref/config/interface", LeafKind::name},
     {"$BINDING/interface-ref/config/subinterface", LeafKind::number, KeyRole::none, mostOf32Bits},
 };

@@ -29,7 +29,7 @@ constexpr const char* everyRow = R"({
             "ipv6": {"config": {"protocol": 59, "source-address": "2001:db8::/32", "dscp-set": [1, 2]}},
             "action": {"config": {"network-instance": "DEFAULT"}}},
            {"sequence-id": 10, "config": {"sequence-id": 10},
-            "ipv4": {"config": {"protocol": "openconfig-packet-match-types:IP_IN_IP", "dscp": 63, "dscp-set": [],
+            "ipv4": {"config": {"protocol": "openconfig-packet-match-types:IP_IN_IP", "dscp": 63, "dscp-set": [63],
                                 "source-address": "10.1.2.3/8", "destination-address": "192.0.2.1/32"}},
             "action": {"config": {"decap-network-instance": "red",
                                   "decap-fallback-network-instance": "blue",
@@ -76,6 +76,7 @@ TEST(OpenConfigReader, ReadsEveryRow) {
   tunnel.family = IpFamily::v4;
   tunnel.protocol = std::uint8_t{4};
   tunnel.dscp = std::uint8_t{63};
+  tunnel.dscpSet = {63};
   tunnel.source = prefix("10.0.0.0/8");
   tunnel.destination = prefix("192.0.2.1/32");
   RuleMatch ipv6;
@@ -133,16 +134,16 @@ TEST(OpenConfigReader, AReferenceMayUseTheOtherNameOfTheDefaultInstance) {
 TEST(OpenConfigReader, WarnsOnceOfEachUnknownMember) {
   auto document = nlohmann::json::parse(everyRow);
   auto& instances = document["openconfig-network-instance:network-instances"]["network-instance"];
-  instances[2]["config"]["enabled"] = true;
+  instances[2]["config"]["mtu"] = 1500;
   instances[2]["vendor:name"] = {{"deep", {{"deeper", 1}}}};
   document["openconfig-interfaces:interfaces"] = nlohmann::json::object();
   const ReadConfiguration read = readOpenConfig(document.dump(), "f.json");
   EXPECT_EQ(read.warnings,
             (std::vector<std::string>{
                 "f.json: /openconfig-interfaces:interfaces: unknown member, ignored",
-                "f.json: /network-instances/network-instance[name=blue]/vendor:name: unknown "
+                "f.json: /network-instances/network-instance[name=blue]/config/mtu: unknown "
                 "member, ignored",
-                "f.json: /network-instances/network-instance[name=blue]/config/enabled: unknown "
+                "f.json: /network-instances/network-instance[name=blue]/vendor:name: unknown "
                 "member, ignored"}));
   EXPECT_EQ(read.configuration, readOpenConfig(everyRow, "f.json").configuration);
 }

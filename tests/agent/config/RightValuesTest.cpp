@@ -100,6 +100,21 @@ std::vector<RightValue> instanceRows() {
       {"LongestInterface",
        {{"$INTERFACE/config/interface", std::string(98, 'n')}},
        [](C& c) { redOf(c).interfaces = {std::string(98, 'n') + ".2"}; }},
+      {"DisabledInterface",
+       {{"$INTERFACE/config/enabled", false}},
+       [](C& c) { redOf(c).interfaces.clear(); }},
+      {"DefaultInstanceOfAnotherName",
+       {{"$DEFAULT/name", "main"}, {"$DEFAULT/config/name", "main"}},
+       noEffect},
+      {"ReferenceToTheDefaultInstanceByItsConfiguredName",
+       {{"$DEFAULT/name", "main"},
+        {"$DEFAULT/config/name", "main"},
+        {"$RED/config/fallback-network-instance", "main"}},
+       noEffect},
+      {"DefaultInstanceWithoutItsType", {without("$DEFAULT/config/type")}, noEffect},
+      {"DefaultInstanceOfTheOtherNameWithoutItsType",
+       {{"$DEFAULT/name", "default"}, without("$DEFAULT/config/type")},
+       noEffect},
       {"TwoInterfaces",
        {{"$RED/interfaces/interface/1", {{"id", "i4"}}}},
        [](C& c) {
@@ -234,22 +249,25 @@ std::vector<RightValue> ruleRows() {
        {without("$RULE10/ipv4/config/protocol")},
        [](C& c) { matchV4(c).protocol = std::nullopt; }},
       {"FirstDscp",
-       {{"$RULE10/ipv4/config/dscp", 0}},
-       [](C& c) { matchV4(c).dscp = std::uint8_t{0}; }},
+       {{"$RULE10/ipv4/config/dscp", 0}, without("$RULE10/ipv4/config/dscp-set")},
+       [](C& c) {
+         matchV4(c).dscp = std::uint8_t{0};
+         matchV4(c).dscpSet.clear();
+       }},
       {"LastDscp",
-       {{"$RULE10/ipv4/config/dscp", 63}},
-       [](C& c) { matchV4(c).dscp = std::uint8_t{63}; }},
+       {{"$RULE10/ipv4/config/dscp", 63}, without("$RULE10/ipv4/config/dscp-set")},
+       [](C& c) {
+         matchV4(c).dscp = std::uint8_t{63};
+         matchV4(c).dscpSet.clear();
+       }},
       {"NoDscp",
        {without("$RULE10/ipv4/config/dscp")},
        [](C& c) { matchV4(c).dscp = std::nullopt; }},
       {"DscpSetInItsOrder",
-       {{"$RULE10/ipv4/config/dscp-set", {63, 0, 7}}},
+       {{"$RULE10/ipv4/config/dscp-set", {63, 1, 7}}},
        [](C& c) {
-         matchV4(c).dscpSet = {63, 0, 7};
+         matchV4(c).dscpSet = {63, 1, 7};
        }},
-      {"EmptyDscpSet",
-       {{"$RULE10/ipv4/config/dscp-set", json::array()}},
-       [](C& c) { matchV4(c).dscpSet.clear(); }},
       {"NoDscpSet",
        {without("$RULE10/ipv4/config/dscp-set")},
        [](C& c) { matchV4(c).dscpSet.clear(); }},
@@ -305,6 +323,128 @@ std::vector<RightValue> ruleRows() {
   };
 }
 
+RuleMatch& matchTcp(C& configuration) {
+  return configuration.networkInstances.at(0).policies.at(1).rules.at(0).match;
+}
+
+RuleMatch& matchUdp(C& configuration) {
+  return configuration.networkInstances.at(0).policies.at(1).rules.at(1).match;
+}
+
+std::vector<RightValue> forwardingRows() {
+  const std::string tcpConfig = "$RULE40/transport/config";
+  const std::string udpConfig = "$RULE50/transport/config";
+  const std::string prefix = "openconfig-packet-match-types:";
+  return {
+      {"PolicyOfTheModelsDefaultType",
+       {without("$DEFAULT/policy-forwarding/policies/policy/1/config/type")},
+       noEffect},
+      {"ForwardingTypeWithPrefix",
+       {{"$DEFAULT/policy-forwarding/policies/policy/1/config/type",
+         "openconfig-policy-forwarding:PBR_POLICY"}},
+       noEffect},
+      {"LastHopLimit",
+       {{"$RULE40/ipv4/config/hop-limit", 255}},
+       [](C& c) { matchTcp(c).hopLimit = std::uint8_t{255}; }},
+      {"LastLength",
+       {{"$RULE40/ipv4/config/length", 65535}},
+       [](C& c) { matchTcp(c).length = std::uint16_t{65535}; }},
+      {"AnyFragment",
+       {{"$RULE40/ipv4/config/fragment-offsets", {"ANY"}}},
+       [](C& c) {
+         matchTcp(c).fragmentOffsets.clear();
+         matchTcp(c).isFragment = true;
+       }},
+      {"AllFragmentOffsets",
+       {{"$RULE40/ipv4/config/fragment-offsets", {"0..8191", 8191}}},
+       [](C& c) {
+         matchTcp(c).fragmentOffsets = {{0, 8191}, {8191, 8191}};
+       }},
+      {"PrefixBesidePrefixSet",
+       {{"$RULE40/ipv4/config/source-address", "10.0.0.0/24"}},
+       [](C& c) { matchTcp(c).source = parseIpPrefix("10.0.0.0/24"); }},
+      {"AnyPort",
+       {{tcpConfig + "/source-port", "ANY"}},
+       [](C& c) { matchTcp(c).sourcePorts = {}; }},
+      {"AnyPortWithPrefix",
+       {{tcpConfig + "/source-port", prefix + "ANY"}},
+       [](C& c) { matchTcp(c).sourcePorts = {}; }},
+      {"FirstAndLastPort",
+       {{tcpConfig + "/source-port", 0}, {tcpConfig + "/destination-port", 65535}},
+       [](C& c) {
+         matchTcp(c).sourcePorts = {{0, 0}};
+         matchTcp(c).destinationPorts = {{65535, 65535}};
+       }},
+      {"RangeOfOnePort",
+       {{tcpConfig + "/source-port", "7..7"}},
+       [](C& c) {
+         matchTcp(c).sourcePorts = {{7, 7}};
+       }},
+      {"PortsOfTcpByIdentity", {{"$RULE40/ipv4/config/protocol", prefix + "IP_TCP"}}, noEffect},
+      {"AnyOfTheFlags",
+       {{tcpConfig + "/explicit-detail-match-mode", "ANY"}},
+       [](C& c) {
+         matchTcp(c).tcpFlags = {{2, 2}, {16, 16}};
+       }},
+      {"EachFlagHasItsBit",
+       {{tcpConfig + "/explicit-detail-match-mode", prefix + "ANY"},
+        {tcpConfig + "/explicit-tcp-flags",
+         {"TCP_FIN", "TCP_SYN", "TCP_RST", "TCP_PSH", prefix + "TCP_ACK", "TCP_URG", "TCP_ECE",
+          "TCP_CWR"}}},
+       [](C& c) {
+         matchTcp(c).tcpFlags = {{1, 1},   {2, 2},   {4, 4},   {8, 8},
+                                 {16, 16}, {32, 32}, {64, 64}, {128, 128}};
+       }},
+      {"InitialSegments",
+       {{tcpConfig, {{"detail-mode", "BUILTIN"}, {"builtin-detail", "TCP_INITIAL"}}}},
+       [](C& c) {
+         matchTcp(c).sourcePorts.clear();
+         matchTcp(c).destinationPorts.clear();
+         matchTcp(c).tcpFlags = {{18, 2}};
+       }},
+      {"SegmentsOfEstablishedConnections",
+       {{tcpConfig, {{"detail-mode", "BUILTIN"}, {"builtin-detail", "TCP_ESTABLISHED"}}}},
+       [](C& c) {
+         matchTcp(c).sourcePorts.clear();
+         matchTcp(c).destinationPorts.clear();
+         matchTcp(c).tcpFlags = {{16, 16}, {4, 4}};
+       }},
+      {"FragmentsOfAnyProtocol",
+       {without("$RULE50/ipv6/config/protocol"), without(udpConfig + "/source-port-set"),
+        without(udpConfig + "/destination-port-set")},
+       [](C& c) {
+         matchUdp(c).protocol = std::nullopt;
+         matchUdp(c).sourcePorts.clear();
+         matchUdp(c).destinationPorts.clear();
+       }},
+      {"NoTransport",
+       {without("$RULE50/transport")},
+       [](C& c) {
+         matchUdp(c).sourcePorts.clear();
+         matchUdp(c).destinationPorts.clear();
+         matchUdp(c).isFragment = false;
+       }},
+      {"SetWithoutExclusions",
+       {without("$V6SET/config/exclude-prefix"), {"$V4SET/config/exclude-prefix", json::array()}},
+       [](C& c) {
+         c.prefixSets[0].excluded.clear();
+         c.prefixSets[1].excluded.clear();
+       }},
+      {"PortsOfASetAreJoined",
+       {{"$PORTSET/config/port", {"10..20", 5, "15..30", 6}},
+        without("$PORTSET/config/exclude-port")},
+       [](C& c) {
+         matchUdp(c).sourcePorts = matchUdp(c).destinationPorts = {{5, 6}, {10, 30}};
+       }},
+      {"AnyPortOfASetButSome",
+       {{"$PORTSET/config/port", {"ANY"}},
+        {"$PORTSET/config/exclude-port", {"0..9", 65535, "100..199", "150..160"}}},
+       [](C& c) {
+         matchUdp(c).sourcePorts = matchUdp(c).destinationPorts = {{10, 99}, {200, 65534}};
+       }},
+  };
+}
+
 std::vector<RightValue> actionRows() {
   return {
       {"NoActionContainer",
@@ -345,9 +485,18 @@ std::vector<RightValue> actionRows() {
       {"BindingWithoutPolicy",
        {without("$BINDING/config/apply-vrf-selection-policy")},
        [](C& c) { bindingOf(c).policyId = ""; }},
+      {"BindingWithoutForwardingPolicy",
+       {without("$BINDING/config/apply-forwarding-policy")},
+       [](C& c) { bindingOf(c).forwardingPolicyId = ""; }},
       {"BindingWithoutConfig",
        {without("$BINDING/config")},
-       [](C& c) { bindingOf(c).policyId = ""; }},
+       [](C& c) {
+         bindingOf(c).policyId = "";
+         bindingOf(c).forwardingPolicyId = "";
+       }},
+      {"DisabledBinding",
+       {{"$BINDING/config/enabled", false}},
+       [](C& c) { c.networkInstances[0].policyBindings.clear(); }},
       {"BindingByItsId",
        {without("$BINDING/interface-ref")},
        [](C& c) { bindingOf(c).interface = "b1"; }},
@@ -371,7 +520,7 @@ std::vector<RightValue> actionRows() {
 
 std::vector<RightValue> rightValues() {
   std::vector<RightValue> all{{"TheFullDocument", {}, noEffect}};
-  for (const auto& rows : {instanceRows(), routeRows(), ruleRows(), actionRows()})
+  for (const auto& rows : {instanceRows(), routeRows(), ruleRows(), forwardingRows(), actionRows()})
     all.insert(all.end(), rows.begin(), rows.end());
   return all;
 }

@@ -20,15 +20,20 @@ struct WrongValue {
 };
 
 bool isNumber(LeafKind kind) {
-  return kind == LeafKind::number || kind == LeafKind::protocol;
+  return kind == LeafKind::number || kind == LeafKind::protocol || kind == LeafKind::port ||
+         kind == LeafKind::fragment;
 }
 
 bool isText(LeafKind kind) {
-  return kind != LeafKind::number && kind != LeafKind::numbers && kind != LeafKind::flag;
+  return kind != LeafKind::number && kind != LeafKind::numbers && kind != LeafKind::flag &&
+         kind != LeafKind::port && kind != LeafKind::fragment;
 }
 
 std::string wordsFor(const Leaf& leaf) {
   if (leaf.kind == LeafKind::number) return "a whole number from 0 to " + std::to_string(leaf.most);
+  if (leaf.kind == LeafKind::port || leaf.kind == LeafKind::fragment) {
+    return "a number from 0 to " + std::to_string(leaf.most) + ", \"FIRST..LAST\" or ANY";
+  }
   if (leaf.kind == LeafKind::protocol) {
     return "a number from 0 to 255 or an identity such as IP_IN_IP";
   }
@@ -83,6 +88,14 @@ std::vector<WrongValue> wrongValuesOf(const Leaf& leaf) {
               {std::string(300, 'n'), "must have at most 100 bytes, not 300"}};
     case LeafKind::number:
       return eachMustBe(wordsFor(leaf), {leaf.most + 1, largest});
+    case LeafKind::port:
+    case LeafKind::fragment: {
+      const std::string beyond = std::to_string(leaf.most + 1);
+      return eachMustBe(wordsFor(leaf),
+                        {leaf.most + 1, largest, "5", "any", "vendor:ANY", "..", "5..", "..5",
+                         "5..4", "5..6..7", "5...6", " 5..6", "5..6 ", "-1..5", "5-6", "5.6",
+                         "5.." + beyond, beyond + ".." + beyond});
+    }
     case LeafKind::protocol:
       return eachMustBe(wordsFor(leaf),
                         {256, largest, "", "4", "ip_in_ip", "IP_IN_IP ", "vendor:IP_IN_IP",
@@ -101,8 +114,8 @@ std::vector<WrongValue> wrongValuesOf(const Leaf& leaf) {
     }
     case LeafKind::nextHop:
       return eachMustBe("an IP address or DROP",
-                        {"", "drop", "DROP ", "vendor:DROP", "openconfig-a:b:DROP",
-                         "openconfig-a:192.0.2.1", "192.0.2.256", "192.0.2.0/24", "2001:db8::g"});
+                        {"", "drop", "DROP ", "vendor:drop", "openconfig-a:192.0.2.1",
+                         "192.0.2.256", "192.0.2.0/24", "2001:db8::g"});
     case LeafKind::text:
     case LeafKind::identity:
     case LeafKind::numbers:
@@ -217,15 +230,18 @@ struct WrongIdentities {
 
 TEST(IdentityLeaves, RefuseEveryOtherIdentity) {
   const WrongIdentities rows[] = {
-      {"$RED/config/type",
-       "must be DEFAULT_INSTANCE or L3VRF",
-       {"", "L3VRF ", "l3vrf", "L2VSI", "vendor:L3VRF", ":L3VRF", "openconfig-a:b:L3VRF",
-        "openconfig:L3VRF", "default_instance"}},
-      {"$POLICY/config/type",
-       "must be VRF_SELECTION_POLICY",
-       {"", "PBR_POLICY", "vrf_selection_policy", "vendor:VRF_SELECTION_POLICY",
-        ":VRF_SELECTION_POLICY", "openconfig-a:b:VRF_SELECTION_POLICY",
-        "openconfig:VRF_SELECTION_POLICY"}},
+      {"$RULE40/transport/config/detail-mode",
+       "must be EXPLICIT or BUILTIN",
+       {"", "explicit", "EXPLICIT ", "vendor:EXPLICIT", "openconfig-a:b:BUILTIN"}},
+      {"$RULE40/transport/config/explicit-detail-match-mode",
+       "must be ALL or ANY",
+       {"", "all", "NONE", "vendor:ALL"}},
+      {"$RULE40/transport/config/explicit-tcp-flags/0",
+       "must be an identity such as TCP_SYN",
+       {"", "SYN", "tcp_syn", "vendor:TCP_SYN", "TCP_NS"}},
+      {"$RULE50/transport/config/builtin-detail",
+       "must be TCP_INITIAL, TCP_ESTABLISHED or FRAGMENT",
+       {"", "fragment", "TCP_FINAL", "vendor:FRAGMENT"}},
   };
   for (const WrongIdentities& row : rows) {
     for (const char* const value : row.values) {

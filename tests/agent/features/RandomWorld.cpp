@@ -149,6 +149,7 @@ class WorldMaker final {
       const unsigned size = 1 + choices_.below(4);
       for (unsigned count = 0; count < size; ++count)
         set.insert(randomDscp(choices_));
+      if (match.dscp) set.insert(*match.dscp);
       match.dscpSet.assign(set.begin(), set.end());
     }
     if (choices_.percent(30)) match.source = prefix(*match.family);

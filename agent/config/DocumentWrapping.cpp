@@ -1,0 +1,143 @@
+#include "agent/config/DocumentWrapping.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "agent/config/JsonNode.h"
+
+namespace ZelAgent {
+namespace {
+
+using Object = JsonValue::Object;
+
+constexpr const char* instancesMember = "network-instances";
+constexpr const char* instanceList = "network-instance";
+
+JsonMember* findMember(JsonValue& value, std::string_view name) {
+  auto* const members = value.as<Object>();
+  if (members == nullptr) return nullptr;
+  const auto found = std::find_if(members->begin(), members->end(), [name](const auto& member) {
+    return withoutModulePrefix(member.name) == name;
+  });
+  return found == members->end() ? nullptr : &*found;
+}
+
+JsonValue inObject(const std::string& name, JsonValue value) {
+  const std::size_t order = value.order();
+  Object members;
+  members.push_back({name, std::move(value)});
+  return {std::move(members), order};
+}
+
+// A step of a path: a member, and the keys of an entry if the member is a list.
+struct Step {
+  std::string name;
+  std::vector<std::pair<std::string, std::string>> keys;
+};
+
+// "[a=x][b=y]"; nothing for another text.
+bool readKeys(std::string_view text, Step& step) {
+  while (!text.empty()) {
+    const std::size_t equals = text.find('=');
+    const std::size_t end = text.find(']', equals == std::string_view::npos ? 0 : equals);
+    if (!text.starts_with('[') || equals == std::string_view::npos ||
+        end == std::string_view::npos) {
+      return false;
+    }
+    step.keys.emplace_back(text.substr(1, equals - 1), text.substr(equals + 1, end - equals - 1));
+    text.remove_prefix(end + 1);
+  }
+  return true;
+}
+
+// The end of the first step: a slash that is not inside a key.
+std::size_t endOfStep(std::string_view path) {
+  bool isInKey = false;
+  for (std::size_t at = 0; at < path.size(); ++at) {
+    if (path[at] == '[') isInKey = true;
+    if (path[at] == ']') isInKey = false;
+    if (path[at] == '/' && !isInKey) return at;
+  }
+  return path.size();
+}
+
+// The steps of "/a/b[key=x]/c". Nothing for another text.
+std::optional<std::vector<Step>> readSteps(std::string_view path) {
+  std::vector<Step> steps;
+  while (!path.empty()) {
+    if (path.front() == '/') path.remove_prefix(1);
+    const std::size_t end = endOfStep(path);
+    const std::string_view text = path.substr(0, end);
+    const std::size_t bracket = std::min(text.find('['), text.size());
+    Step step{std::string(withoutModulePrefix(text.substr(0, bracket))), {}};
+    if (!readKeys(text.substr(bracket), step)) return std::nullopt;
+    if (!step.name.empty()) steps.push_back(std::move(step));
+    path.remove_prefix(end);
+  }
+  return steps;
+}
+
+// A key of a path as the value that a list entry has. Every key but `sequence-id` is a text.
+JsonValue keyValue(const std::string& key, const std::string& text, std::size_t order) {
+  const bool isNumber = key == "sequence-id" && !text.empty() && text.size() < 19 &&
+                        text.find_first_not_of("0123456789") == std::string::npos;
+  if (isNumber) return {std::uint64_t{std::stoull(text)}, order};
+  return {text, order};
+}
+
+// The value in the place of the step in its parent.
+JsonValue placed(const Step& step, JsonValue value) {
+  if (step.keys.empty()) return inObject(step.name, std::move(value));
+  const std::size_t order = value.order();
+  for (const auto& [key, text] : step.keys) {
+    auto* const members = value.as<Object>();
+    if (members != nullptr && findMember(value, key) == nullptr) {
+      members->push_back({key, keyValue(key, text, order)});
+    }
+  }
+  JsonValue::Array entries;
+  entries.push_back(std::move(value));
+  return inObject(step.name, {std::move(entries), order});
+}
+
+JsonValue placedAt(const JsonValue& path, JsonValue value, Findings& findings) {
+  const auto* const text = path.as<std::string>();
+  const auto steps = text == nullptr ? std::nullopt : readSteps(*text);
+  if (!steps) {
+    findings.error(path.order(), "/path",
+                   "must be a path such as \"/network-instances\" or "
+                   "\"/network-instances/network-instance[name=red]\"");
+    return value;
+  }
+  for (auto step = steps->rbegin(); step != steps->rend(); ++step)
+    value = placed(*step, std::move(value));
+  return value;
+}
+
+bool isWhole(JsonValue& value) {
+  return findMember(value, instancesMember) != nullptr;
+}
+
+}  // namespace
+
+JsonValue unwrapped(JsonValue document, Findings& findings) {
+  JsonMember* const path = findMember(document, "path");
+  JsonMember* const value = findMember(document, "val");
+  if (path != nullptr && value != nullptr) {
+    JsonValue content = std::move(value->value);
+    if (isWhole(content)) return content;
+    if (findMember(content, instanceList) == nullptr) {
+      return placedAt(path->value, std::move(content), findings);
+    }
+    document = std::move(content);
+  }
+  const bool hasInstancesAtTheTop =
+      !isWhole(document) && findMember(document, instanceList) != nullptr;
+  return hasInstancesAtTheTop ? inObject(instancesMember, std::move(document))
+                              : std::move(document);
+}
+
+}  // namespace ZelAgent
