@@ -21,7 +21,10 @@ class ActionReader final {
     const bool decapsulates = has(decapLeaf) || has(fallbackLeaf) || has(postDecapLeaf);
     const JsonNode* const discard = config_.find("discard");
     const bool discards = discard != nullptr && discard->asFlag().value_or(false);
-    refuseSeveral(looksUp, decapsulates, discards);
+    if (int{looksUp} + int{decapsulates} + int{discards} > 1) {
+      refuseSeveral(looksUp && decapsulates);
+      return NoAction{};
+    }
     if (decapsulates) return Decapsulate{vrf(decapLeaf), vrf(fallbackLeaf), vrf(postDecapLeaf)};
     if (looksUp) return LookUp{vrf(lookUpLeaf)};
     if (discards) return Discard{};
@@ -39,13 +42,10 @@ class ActionReader final {
     }
   }
 
-  void refuseSeveral(bool looksUp, bool decapsulates, bool discards) const {
-    if (looksUp && decapsulates) {
-      config_.node().refuse("has both \"network-instance\" and a decapsulation; give one of them");
-    }
-    if (discards && (looksUp || decapsulates)) {
-      config_.node().refuse("has both \"discard\" and a network instance; give one of them");
-    }
+  void refuseSeveral(bool areLookUps) const {
+    config_.node().refuse(
+        areLookUps ? "has both \"network-instance\" and a decapsulation; give one of them"
+                   : "has both \"discard\" and a network instance; give one of them");
   }
 
   [[nodiscard]] std::string vrf(const char* leaf) const {

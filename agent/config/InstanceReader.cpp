@@ -20,9 +20,7 @@ bool isUsualDefaultName(const std::string& name) {
 std::string findDefaultName(const std::vector<JsonNode>& entries) {
   for (const JsonNode& entry : entries) {
     if (peekIdentity(entry, {"config", "type"}) != defaultType) continue;
-    const JsonValue* const name = peek(entry.value(), {"name"});
-    const auto* const text = name == nullptr ? nullptr : name->as<std::string>();
-    if (text != nullptr) return *text;
+    if (auto name = peekText(entry, {"name"})) return *name;
   }
   return {};
 }
@@ -30,7 +28,7 @@ std::string findDefaultName(const std::vector<JsonNode>& entries) {
 // The type of an instance that is not read.
 std::optional<std::string> foreignTypeOf(const JsonNode& node) {
   auto type = peekIdentity(node, {"config", "type"});
-  const auto name = peekIdentity(node, {"name"});
+  const auto name = peekText(node, {"name"});
   const bool isOurs = type == defaultType || type == vrfType;
   if (isOurs || (name && isUsualDefaultName(*name))) return std::nullopt;
   return type;
@@ -64,7 +62,7 @@ void InstancesReader::readHeader(const JsonNode& node) {
               vrfType + " are read, ignored");
   }
   if (foreign || isDisabled(node)) {
-    const auto name = peekIdentity(node, {"name"});
+    const auto name = peekText(node, {"name"});
     if (name) keys_.add(names_.vrfOf(*name), node);
     return;
   }

@@ -85,11 +85,18 @@ const JsonValue* peek(const JsonValue& value, std::initializer_list<std::string_
   return found;
 }
 
-std::optional<std::string> peekIdentity(const JsonNode& node,
-                                        std::initializer_list<std::string_view> names) {
+std::optional<std::string> peekText(const JsonNode& node,
+                                    std::initializer_list<std::string_view> names) {
   const JsonValue* const value = peek(node.value(), names);
   const auto* const text = value == nullptr ? nullptr : value->as<std::string>();
   if (text == nullptr) return std::nullopt;
+  return *text;
+}
+
+std::optional<std::string> peekIdentity(const JsonNode& node,
+                                        std::initializer_list<std::string_view> names) {
+  const auto text = peekText(node, names);
+  if (!text) return std::nullopt;
   return std::string(withoutModulePrefix(*text));
 }
 
@@ -210,7 +217,9 @@ const JsonNode* JsonObject::require(std::string_view name) const {
 JsonObject JsonObject::child(std::string_view name) const {
   const JsonNode* const member = find(name);
   if (member != nullptr) return JsonObject(*member);
-  return JsonObject(node_.absentMember(name, node_.schema().members.find(name)->second));
+  JsonObject absent(node_.absentMember(name, node_.schema().members.find(name)->second));
+  absent.isObject_ = isObject_;
+  return absent;
 }
 
 std::vector<JsonNode> JsonObject::list(std::string_view container, std::string_view list) const {

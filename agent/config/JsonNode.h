@@ -107,7 +107,11 @@ class JsonObject final {
 [[nodiscard]] const JsonValue* peek(const JsonValue& value,
                                     std::initializer_list<std::string_view> names);
 
-/// The text of such a member without its module prefix, if it is a text.
+/// The text of such a member, if it is a text.
+[[nodiscard]] std::optional<std::string> peekText(const JsonNode& node,
+                                                  std::initializer_list<std::string_view> names);
+
+/// The same without its module prefix.
 [[nodiscard]] std::optional<std::string> peekIdentity(
     const JsonNode& node, std::initializer_list<std::string_view> names);
 

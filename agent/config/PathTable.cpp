@@ -215,6 +215,7 @@ void addKeys(PathNode& list, std::string_view keys) {
 }
 
 UnknownMembers unknownMembersAt(std::string_view name, UnknownMembers ofParent) {
+  if (ofParent != UnknownMembers::ignored) return ofParent;
   if (name == "rule") return UnknownMembers::spoilTheRule;
   return name.ends_with("-set") ? UnknownMembers::spoilTheSet : ofParent;
 }

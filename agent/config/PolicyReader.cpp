@@ -75,7 +75,7 @@ Policy readPolicy(const JsonNode& node, UniqueKeys<std::string>& ids, RulesReade
 }
 
 void skipPolicy(const JsonNode& node, const std::string& type, UniqueKeys<std::string>& ids) {
-  ids.add(peekIdentity(node, {"policy-id"}), node);
+  ids.add(peekText(node, {"policy-id"}), node);
   node.warn("is a policy of type " + inQuotes(type) + "; only " + vrfSelectionType + " and " +
             forwardingType + " are read, ignored");
 }
@@ -91,13 +91,13 @@ ReadPolicies readPolicies(const JsonObject& policyForwarding, const InstanceName
   const auto entries = policyForwarding.list("policies", "policy");
   read.hasUnreadable = findings.problems() != before;
   for (const JsonNode& node : entries) {
-    const std::string type = typeOf(node).value_or(forwardingType);
-    if (isRead(type)) {
+    const auto type = typeOf(node);
+    if (!type || isRead(*type)) {
       read.policies.push_back(readPolicy(node, ids, RulesReader(names, sets)));
       read.types[read.policies.back().policyId] = type;
     } else {
-      skipPolicy(node, type, ids);
-      read.types[peekIdentity(node, {"policy-id"}).value_or("")] = type;
+      skipPolicy(node, *type, ids);
+      read.types[peekText(node, {"policy-id"}).value_or("")] = type;
     }
   }
   if (read.types.contains("")) read.hasUnreadable = true;
@@ -133,9 +133,9 @@ std::string BindingReader::readApplied(const JsonObject& config, const char* lea
     }
     return {};
   }
-  if (policy->second == type) return *id;
+  if (policy->second.value_or(type) == type) return *id;
   node->refuse("must be a policy of type " + type + ", not " + node->shown() + " of type " +
-               printable(policy->second));
+               printable(*policy->second));
   return {};
 }
 

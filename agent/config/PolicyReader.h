@@ -15,8 +15,9 @@ namespace ZelAgent {
 /// The policies of a network instance that the agent reads, and the types of all of its policies.
 struct ReadPolicies {
   std::vector<Policy> policies;
-  std::map<std::string, std::string> types;  // by policy id
-  bool hasUnreadable = false;                // Whether the id of a policy could not be read.
+  /// By policy id. None after an error in the type.
+  std::map<std::string, std::optional<std::string>> types;
+  bool hasUnreadable = false;  // Whether the id of a policy could not be read.
 };
 
 /// Reads the policies of a policy-forwarding container.

@@ -71,7 +71,7 @@ std::vector<NextHop> readNextHops(const JsonObject& route) {
   }
   for (const JsonNode& node : entries) {
     if (isOfAnotherKind(node)) {
-      indexes.add(peekIdentity(node, {"index"}), node);
+      indexes.add(peekText(node, {"index"}), node);
       node.warn(
           "only an IP address, an interface or DROP is read; the next hop is ignored, and its "
           "route if it has no other");
@@ -101,7 +101,8 @@ class RoutesReader final {
     const JsonObject config = entry.child("config");
     const auto identifier = readKey(entry, config, "identifier", readIdentity);
     const auto name = readKey(entry, config, "name", readText);
-    if (identifier && name) protocols_.add(std::pair(*identifier, *name), node);
+    const bool isTwice = identifier && name && !protocols_.add(std::pair(*identifier, *name), node);
+    if (isTwice) return;
     for (const JsonNode& route : entry.list("static-routes", "static"))
       readRoute(route);
   }

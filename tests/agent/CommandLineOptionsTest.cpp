@@ -1,4 +1,5 @@
 // Each option of each command with both of its values, and each exit status.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -159,6 +160,63 @@ TEST_F(CommandLineOptions, FallbackGraphWarnsOfEachCycle) {
 TEST_F(CommandLineOptions, FallbackGraphReturnsEachStatus) {
   expectCall(callAgentWithoutOutput({"fallback-graph", empty_}), 1, "", unwritable);
   expectCall(callAgent({"fallback-graph", wrong_}), 2, "", wrongError_);
+}
+
+// A configuration whose only rule has a match that is not supported.
+std::string writeUnsupported() {
+  return writeFile("unsupported.json", R"({"network-instances": {"network-instance": [
+      {"name": "default", "policy-forwarding": {
+        "policies": {"policy": [{"policy-id": "P", "rules": {"rule": [
+          {"sequence-id": 1, "l2": {}, "action": {"config": {"network-instance": "default"}}}]}}]},
+        "interfaces": {"interface": [
+          {"interface-id": "e1", "config": {"apply-forwarding-policy": "P"}}]}}}]}})");
+}
+
+std::string unsupportedLine(const std::string& file) {
+  return file +
+         ": /network-instances/network-instance[name=default]/policy-forwarding/policies/"
+         "policy[policy-id=P]/rules/rule[sequence-id=1]/l2: is not supported; supported here: "
+         "action, config, ipv4, ipv6, sequence-id or transport";
+}
+
+TEST_F(CommandLineOptions, CheckPrintsAllErrorsAndWarningsOfEachFile) {
+  const std::string file = writeFile("many.json", R"({"network-instances": {"network-instance": [
+      {"name": "default", "mtu": 5, "config": {"enabled": 1}}, {"name": "red"}]}})");
+  const std::string list = file + ": /network-instances/network-instance";
+  expectCall(callAgent({"check", empty_, file, empty_}), 2,
+             empty_ + ": right\n" + empty_ + ": right\n",
+             "warning: " + list + "[name=default]/mtu: unknown member, ignored\nerror: " + list +
+                 "[name=default]/config/enabled: must be true or false, not 1\nerror: " + list +
+                 "[name=red]/config: lacks its member \"type\"\n");
+  expectCall(callAgent({"check", empty_}), 0, empty_ + ": right\n", "");
+  expectCall(callAgentWithoutOutput({"check", empty_}), 1, "", unwritable);
+}
+
+TEST_F(CommandLineOptions, EachCommandLeavesOutRulesThatAreNotSupportedIfItIsLenient) {
+  const std::string file = writeUnsupported();
+  const std::string events = writeFile("events", "config " + file + "\n");
+  const std::vector<std::string> packet{"--in", "e1", "--packet", "ipv4 192.0.2.1 to 192.0.2.2"};
+  std::vector<std::vector<std::string>> commands{
+      {"run", file},
+      {"check", file},
+      {"fallback-graph", file},
+      {"run", empty_, "--events", events},
+      {"explain", file},
+      {"explain", empty_, "--events", events},
+      {"forward", file, "--in", "e1=" + noFile_, "--out", "out"},
+  };
+  for (auto& command : commands) {
+    if (command[0] == "explain") command.insert(command.end(), packet.begin(), packet.end());
+    const CallOutcome strict = callAgent(command);
+    EXPECT_THAT(strict.err, ::testing::HasSubstr(unsupportedLine(file) + '\n')) << command[0];
+    EXPECT_EQ(strict.status, 2);
+    command.emplace_back("--lenient");
+    const CallOutcome lenient = callAgent(command);
+    EXPECT_THAT(lenient.err, ::testing::HasSubstr("warning: " + unsupportedLine(file) +
+                                                  "; the rule is left out\n"))
+        << command[0];
+    EXPECT_EQ(lenient.status, command[0] == "forward" ? 2 : 0);
+  }
 }
 
 std::vector<std::string> explainOf(const std::string& file,
@@ -352,21 +410,24 @@ struct HelpRow {
 const HelpRow helpRows[] = {
     {"", {"-h,--help", "--version"}, {}},
     {"run",
-     {"-h,--help", "--events FILE", "--json", "--strict", "--trace", "--chip-capacity UINT:N=1024",
-      "--rule-capacity UINT:N=65536", "--when-full closed|open=closed", "--trace-ring FILE"},
+     {"-h,--help", "--events FILE", "--json", "--strict", "--lenient", "--trace",
+      "--chip-capacity UINT:N=1024", "--rule-capacity UINT:N=65536",
+      "--when-full closed|open=closed", "--trace-ring FILE"},
      {"CONFIG"}},
-    {"fallback-graph", {"-h,--help", "--dot"}, {"CONFIG"}},
+    {"check", {"-h,--help", "--lenient"}, {"CONFIG"}},
+    {"fallback-graph", {"-h,--help", "--dot", "--lenient"}, {"CONFIG"}},
     {"forward",
-     {"-h,--help", "--events FILE", "--in INTERFACE=FILE", "--out DIR", "--json",
+     {"-h,--help", "--events FILE", "--in INTERFACE=FILE", "--out DIR", "--json", "--lenient",
       "--trace-ring FILE"},
      {"CONFIG"}},
     {"explain",
-     {"-h,--help", "--events FILE", "--in INTERFACE", "--packet TEXT", "--json",
+     {"-h,--help", "--events FILE", "--in INTERFACE", "--packet TEXT", "--json", "--lenient",
       "--trace-ring FILE"},
      {"CONFIG"}},
     {"serve",
-     {"-h,--help", "--socket PATH", "--chip-capacity UINT:N=1024", "--rule-capacity UINT:N=65536",
-      "--when-full closed|open=closed", "--client-timeout UINT:N=30", "--trace-ring FILE"},
+     {"-h,--help", "--socket PATH", "--lenient", "--chip-capacity UINT:N=1024",
+      "--rule-capacity UINT:N=65536", "--when-full closed|open=closed",
+      "--client-timeout UINT:N=30", "--trace-ring FILE"},
      {"CONFIG"}},
     {"ctl", {"-h,--help", "--socket PATH", "--json", "--timeout UINT:N=300"}, {"COMMAND"}},
     {"trace", {"-h,--help", "--json"}, {"FILE"}},

@@ -60,6 +60,10 @@ INSTANTIATE_TEST_SUITE_P(
              "  1  with --strict, a rule or an action was not programmed on the chip; or standard "
              "output or FILE of --trace-ring cannot be written\n"
              "  2  the command line, a configuration or the event file is wrong\n"},
+        Help{"check",
+             "  0  every configuration is right\n"
+             "  1  standard output cannot be written\n"
+             "  2  the command line or a configuration is wrong\n"},
         Help{"fallback-graph",
              "  0  the graph was printed\n"
              "  1  standard output cannot be written\n"

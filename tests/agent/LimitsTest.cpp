@@ -18,6 +18,8 @@
 #include "Blinklog/Ring.h"
 #include "Blinklog/Site.h"
 #include "agent/commands/offline/OfflineCommands.h"
+#include "agent/config/JsonText.h"
+#include "agent/config/OpenConfigReader.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventReader.h"
@@ -82,6 +84,43 @@ void keepsInputFiles(std::uint64_t limit) {
   };
   EXPECT_EQ(errorOfSize(limit), "");
   EXPECT_EQ(errorOfSize(limit + 1), "is larger than 64 MiB");
+}
+
+void keepsDocumentLevels(std::uint64_t limit) {
+  const auto errorOfLevels = [](std::uint64_t levels) {
+    return errorOf([&] {
+      static_cast<void>(parseDocument(std::string(levels, '[') + std::string(levels, ']'), "f"));
+    });
+  };
+  EXPECT_EQ(errorOfLevels(limit), "");
+  EXPECT_THAT(errorOfLevels(limit + 1),
+              EndsWith("nests deeper than " + std::to_string(limit) + " levels"));
+}
+
+// A document with that many members that are not read, of which `value` is one.
+std::string documentWithMembers(std::uint64_t count, const std::string& value) {
+  std::string document = R"({"network-instances": {)";
+  for (std::uint64_t number = 0; number < count; ++number)
+    document += '"' + std::to_string(number) + "\": 0, ";
+  return document + R"("network-instance": )" + value + "}}";
+}
+
+void keepsShownWarnings(std::uint64_t limit) {
+  EXPECT_EQ(readOpenConfig(documentWithMembers(limit, "[]"), "f").warnings.size(), limit);
+  EXPECT_EQ(readOpenConfig(documentWithMembers(limit + 2, "[]"), "f").warnings.back(),
+            "f: ... and 2 more warnings");
+}
+
+void keepsShownErrors(std::uint64_t limit) {
+  const auto errorOfEntries = [](std::uint64_t count) {
+    std::string entries = "[0";
+    for (std::uint64_t number = 1; number < count; ++number)
+      entries += ", 0";
+    return errorOf(
+        [&] { static_cast<void>(readOpenConfig(documentWithMembers(0, entries + ']'), "f")); });
+  };
+  EXPECT_THAT(errorOfEntries(limit), EndsWith("must be an object, not 0"));
+  EXPECT_THAT(errorOfEntries(limit + 1), EndsWith("\nf: ... and 1 more error"));
 }
 
 void keepsNumbers(std::uint64_t limit) {
@@ -458,6 +497,9 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
   static const std::map<std::string, void (*)(std::uint64_t)> all{
       {"name", keepsNames},
       {"input file", keepsInputFiles},
+      {"document levels", keepsDocumentLevels},
+      {"shown errors", keepsShownErrors},
+      {"shown warnings", keepsShownWarnings},
       {"number", keepsNumbers},
       {"IPv4 prefix length", keepsPrefixLengthsV4},
       {"IPv6 prefix length", keepsPrefixLengthsV6},

@@ -128,9 +128,6 @@ inline constexpr BadInput badInputs[] = {
      R"([{"op": "replace", "path": "$INSTANCES/0/config/type", "value": "L3VRF"}])",
      "$INSTANCES[name=DEFAULT]/config/type: must be DEFAULT_INSTANCE for the instance called "
      "\"DEFAULT\""},
-    {"op": "remove", "path": "$INSTANCES/1/config/name"}])",
-     "$INSTANCES[name=default]/config/type: must be DEFAULT_INSTANCE for the instance called "
-     "\"default\""},
     {"FallbackIsNoString",
      R"([{"op": "add", "path": "$INSTANCES/1/config/fallback-network-instance", "value": null}])",
      "$INSTANCES[name=red]/config/fallback-network-instance: must be a string, not null"},

@@ -31,7 +31,8 @@ Texts rowsOfThePage() {
   std::ifstream file(ZEL_CONFIGURATION_PAGE);
   for (std::string line; std::getline(file, line);) {
     if (line.starts_with("Leaves of `")) container = codeIn(line).at(0);
-    if (line.starts_with("#")) container.clear();
+    const bool isOtherTable = line.starts_with("| M") || line.starts_with("| What");
+    if (line.starts_with("#") || isOtherTable) container.clear();
     if (!container.empty() && line.starts_with("| `")) {
       rows.push_back(line.replace(3, 0, container + '/'));
     }

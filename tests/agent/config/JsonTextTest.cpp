@@ -106,14 +106,14 @@ TEST(JsonText, TellsWhyAFileCannotBeRead) {
   const std::string folder = TestFiles::processFolder();
   const std::string missing = folder + "/no-such-file.json";
   try {
-    (void)readJsonFile(missing);
+    (void)readDocumentFile(missing);
     FAIL() << "a missing file was read";
   } catch (const ConfigError& error) {
     EXPECT_EQ(std::string(error.what()),
               missing + ": cannot be read: No such file or directory; give a readable JSON file");
   }
   try {
-    (void)readJsonFile(folder);
+    (void)readDocumentFile(folder);
     FAIL() << "a directory was read";
   } catch (const ConfigError& error) {
     EXPECT_EQ(std::string(error.what()), folder + ": is a directory; give a readable JSON file");

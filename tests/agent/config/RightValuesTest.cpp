@@ -57,11 +57,13 @@ std::vector<RightValue> instanceRows() {
        {{"$RED/name", longestName},
         {"$RED/config/name", longestName},
         {"$RULE10/action/config/network-instance", longestName},
+        {"$RULE40/action/config/network-instance", longestName},
         {"$RULE20/action/config/decap-network-instance", longestName},
         {"$RULE20/action/config/decap-fallback-network-instance", longestName}},
        [](C& c) {
          redOf(c).name = longestName;
          policyOf(c).rules[0].action = LookUp{longestName};
+         c.networkInstances[0].policies[1].rules[0].action = LookUp{longestName};
          policyOf(c).rules[1].action = Decapsulate{longestName, longestName, "default"};
        }},
       {"DefaultInstanceByItsOtherName",

@@ -304,7 +304,7 @@ json bareEntry(json entry) {
 }
 
 TEST(Lists, AreThoseOfTheModel) {
-  EXPECT_EQ(listPlaces().size(), 11U);
+  EXPECT_EQ(listPlaces().size(), 12U);
 }
 
 TEST(Lists, RefuseAnEntryThatIsGivenTwice) {

@@ -15,6 +15,12 @@ TEST(ExitStatusOutput, AnErrorIsOneLineAndItsStatusIsReturned) {
   EXPECT_EQ(err.str(), "error: a: wrong\nerror: b\n");
 }
 
+TEST(ExitStatusOutput, SeveralErrorsAreALineEach) {
+  std::ostringstream err;
+  reportError(err, "a: wrong\nb: wrong");
+  EXPECT_EQ(err.str(), "error: a: wrong\nerror: b: wrong\n");
+}
+
 TEST(ExitStatusOutput, EachWarningIsALine) {
   std::ostringstream err;
   reportWarnings(err, {"a", "b"});

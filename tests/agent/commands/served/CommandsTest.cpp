@@ -327,6 +327,15 @@ TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRecorded) {
   EXPECT_THAT(text("show config"), HasSubstr("last reload  refused: " + problem + "\n"));
 }
 
+TEST_F(Commands, AReloadOfAFileWithSeveralErrorsShowsAllAndRecordsTheFirst) {
+  writeFile("red.json", R"({"network-instances": {"network-instance": [5, 6, 7]}})");
+  const std::string list = file_ + ": /network-instances/network-instance";
+  const std::string first = list + "[1]: must be an object, not 5";
+  EXPECT_EQ(error("reload"), first + '\n' + list + "[2]: must be an object, not 6\n" + list +
+                                 "[3]: must be an object, not 7");
+  EXPECT_EQ(output("show config")["reloads"]["lastRefusal"], first + " (2 more lines)");
+}
+
 TEST_F(Commands, AReloadThatFailsForAnyOtherReasonIsRecorded) {
   writeSmall("red.json", {{{"red"}, {"blue"}}, {"red", "green"}, {"e1", "e2"}});
   served_.agent().chip().hookObserverIs(

@@ -34,6 +34,12 @@ TEST(ReloadReport, HasALineThatAWrongConfigurationChangedNothing) {
               ElementsAre("error: a.json:1:2: malformed; the configuration in force is unchanged"));
 }
 
+TEST(ReloadReport, HasALineForEachErrorOfAConfiguration) {
+  EXPECT_THAT(
+      reportReload("a.json", []() -> Lines { throw ConfigError("a: one\na: two"); }),
+      ElementsAre("error: a: one", "error: a: two; the configuration in force is unchanged"));
+}
+
 TEST(ReloadReport, HasALineThatTheReloadFailedForAnyOtherError) {
   EXPECT_THAT(reportReload("a.json", []() -> Lines { throw std::runtime_error("no\nmemory"); }),
               ElementsAre("error: the reload failed: no\\x0amemory"));
