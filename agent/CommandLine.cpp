@@ -140,6 +140,10 @@ void describeCheck(CLI::App& app, CommandLine& commandLine) {
   check->add_option("CONFIG", commandLine.check.configurations, "OpenConfig JSON files")
       ->required();
   addLenient(*check, commandLine.check.leniency);
+  check
+      ->add_option("--yang", commandLine.check.yangFolder,
+                   "Also validate against the published YANG models in this folder, by yanglint")
+      ->type_name("DIR");
   check->footer(exitStatuses({"every configuration is right", "standard output cannot be written",
                               "the command line or a configuration is wrong"}));
 }

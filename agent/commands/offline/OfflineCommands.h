@@ -27,10 +27,12 @@ namespace ZelAgent {
 struct CheckOptions {
   std::vector<std::string> configurations;
   Leniency leniency = Leniency::strict;
+  std::optional<std::string> yangFolder;  // of published YANG models
 };
 
 /// `zel-agent check`: reads each configuration and prints all its errors and warnings on `err`.
-/// Nothing is applied. A configuration without errors is a line "FILE: right" on `out`.
+/// Nothing is applied. A configuration without errors is a line "FILE: right" on `out`. With a
+/// folder of YANG models it must also be an instance of them, as YangModels.h describes.
 [[nodiscard]] ExitStatus checkConfigurations(const CheckOptions& options, std::ostream& out,
                                              std::ostream& err);
 
