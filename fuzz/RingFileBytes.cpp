@@ -11,7 +11,7 @@ constexpr std::size_t headerBytes = 4096;
 constexpr std::size_t tableBytes = 258048;
 constexpr std::size_t slotsOffset = headerBytes + tableBytes;
 constexpr std::size_t slotBytes = 256;
-constexpr std::size_t argumentBytes = 240;
+constexpr std::size_t argumentBytes = 232;
 constexpr std::size_t longestRow = 4096;
 constexpr std::uint64_t emptySlot = ~std::uint64_t{0};
 constexpr std::uint64_t endOfYear9999 = 253402300799;
@@ -143,14 +143,21 @@ class Message final {
   std::string text_;
 };
 
-std::string slotOf(std::uint64_t sequence, std::uint32_t site, const std::string& arguments) {
+std::string slotOf(std::uint64_t sequence, std::uint32_t site, std::uint64_t time,
+                   const std::string& arguments) {
   std::string slot;
   append(slot, sequence);
   append(slot, site);
   append(slot, static_cast<std::uint32_t>(arguments.size()));
+  append(slot, time);
   slot += arguments;
   slot.resize(slotBytes);
   return slot;
+}
+
+// A number of nanoseconds.
+std::uint64_t timeOf(FuzzedBytes& input) {
+  return (std::uint64_t{numberOf(input)} << 32U) + numberOf(input);
 }
 
 std::uint64_t firstSequence(FuzzedBytes& input) {
@@ -162,10 +169,11 @@ std::uint64_t firstSequence(FuzzedBytes& input) {
 class Slots final {
  public:
   Slots(RingFileBytes& file, const std::vector<RingSite>& sites, unsigned count)
-      : file_(file), sites_(sites), slots_(count, slotOf(emptySlot, 0, {})) {}
+      : file_(file), sites_(sites), slots_(count, slotOf(emptySlot, 0, 0, {})) {}
 
   void write(std::uint64_t sequence, FuzzedBytes& input) {
     const unsigned site = input.below(static_cast<unsigned>(sites_.size()));
+    time_ += timeOf(input);
     write(sequence, site, Message(sites_[site], input), input.below(8) == 7);
   }
   // Fills all slots with messages that differ in their numbers only.
@@ -189,23 +197,27 @@ class Slots final {
       messages.erase(messages.begin());
     }
     const std::uint64_t number = isIncomplete ? emptySlot : sequence;
-    slots_[sequence % slots_.size()] = slotOf(number, site, message.arguments());
-    if (!isIncomplete) messages.push_back({sequence, sites_[site], message.text()});
+    slots_[sequence % slots_.size()] = slotOf(number, site, time_, message.arguments());
+    // The difference wraps, and so does the sum.
+    const std::uint64_t wallTime = file_.wallStart + (time_ - file_.monotonicStart);
+    if (!isIncomplete) messages.push_back({sequence, wallTime, sites_[site], message.text()});
   }
 
   RingFileBytes& file_;
   const std::vector<RingSite>& sites_;
   std::vector<std::string> slots_;
+  std::uint64_t time_ = 0;  // of the message
 };
 
 std::string headerOf(const RingFileBytes& file, unsigned slots, unsigned sites, unsigned leftOut) {
   std::string header = "Blinklog";
   for (const std::uint32_t number :
-       {std::uint32_t{0x01020304}, std::uint32_t{1}, static_cast<std::uint32_t>(tableBytes),
+       {std::uint32_t{0x01020304}, std::uint32_t{2}, static_cast<std::uint32_t>(tableBytes),
         static_cast<std::uint32_t>(slotBytes), static_cast<std::uint32_t>(slots),
         static_cast<std::uint32_t>(sites), static_cast<std::uint32_t>(leftOut), file.process})
     append(header, number);
-  append(header, file.madeAt);
+  for (const std::uint64_t time : {file.madeAt, file.monotonicStart, file.wallStart})
+    append(header, time);
   header.resize(headerBytes);
   return header;
 }
@@ -217,7 +229,7 @@ void overwrite(std::string& bytes, std::size_t at, std::uint64_t number, std::si
 std::size_t placeOf(FuzzedBytes& input) {
   switch (input.below(3)) {
     case 0:
-      return input.below(48);
+      return input.below(64);
     case 1:
       return headerBytes + input.below(2048);
     default:
@@ -242,6 +254,8 @@ RingFileBytes ringFileOf(FuzzedBytes& input) {
   RingFileBytes file;
   file.process = numberOf(input);
   file.madeAt = std::uint64_t{numberOf(input)} * (1 + input.below(59)) % (endOfYear9999 + 1);
+  file.monotonicStart = timeOf(input);
+  file.wallStart = timeOf(input);
   const bool isBig = input.below(64) == 63;
   const unsigned slots = isBig ? manySlots : 1 + input.below(mostSlots);
   std::vector<RingSite> sites(1 + input.below(mostSites));

@@ -21,6 +21,7 @@ struct RingSite {
 
 struct RingMessage {
   std::uint64_t sequence = 0;
+  std::uint64_t time = 0;  // in nanoseconds since 1970
   RingSite site;
   std::string text;
 };
@@ -29,6 +30,9 @@ struct RingFileBytes {
   std::string bytes;
   std::uint32_t process = 0;
   std::uint64_t madeAt = 0;  // in seconds since 1970
+  // The clocks when the ring was made, in nanoseconds.
+  std::uint64_t monotonicStart = 0;
+  std::uint64_t wallStart = 0;
   // The complete messages, oldest first.
   std::vector<RingMessage> messages;
 };

@@ -82,7 +82,9 @@ void checkOutput(const Printed& text, const Printed& asJson, std::size_t fileByt
     const auto sequence = message.at("sequence").get<std::uint64_t>();
     must(sequence >= next, "messages are in order");
     next = sequence + 1;
-    must(std::getline(lines, line) && line.starts_with(std::to_string(sequence) + " level "),
+    must(std::getline(lines, line) &&
+             line.starts_with(std::to_string(sequence) + ' ' +
+                              message.at("time").get<std::string>() + " level "),
          "both forms print the same messages");
   }
   must(!std::getline(lines, line), "there is one line for each message");
@@ -104,15 +106,15 @@ bool isTooLong(const RingFileBytes& file) {
   return bytes > 7 * file.bytes.size();
 }
 
-// As 2026-01-31T23:59:59Z.
-std::string timeText(std::uint64_t secondsSince1970) {
+// As 2026-01-31T23:59:59.
+std::string secondText(std::uint64_t secondsSince1970) {
   using namespace std::chrono;  // NOLINT(google-build-using-namespace): only here
   const sys_seconds time{seconds(secondsSince1970)};
   const auto day = floor<days>(time);
   const year_month_day date(day);
   const hh_mm_ss clock(time - day);
   char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02ld:%02ld:%02ldZ",
+  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02ld:%02ld:%02ld",
                 static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
                 static_cast<unsigned>(date.day()), static_cast<long>(clock.hours().count()),
                 static_cast<long>(clock.minutes().count()),
@@ -120,21 +122,28 @@ std::string timeText(std::uint64_t secondsSince1970) {
   return text;
 }
 
+// As 2026-01-31T23:59:59.123456Z.
+std::string timeText(std::uint64_t nanosecondsSince1970) {
+  constexpr std::uint64_t second = 1'000'000'000;
+  const std::string digits = std::to_string(second + nanosecondsSince1970 % second);
+  return secondText(nanosecondsSince1970 / second) + '.' + digits.substr(1, 6) + 'Z';
+}
+
 std::string printable(const std::string& text) {
   return ZelAgent::printable(text, std::string::npos);
 }
 
 std::string firstLine(const RingFileBytes& file) {
-  return "process " + std::to_string(file.process) + " since " + timeText(file.madeAt) + ", " +
+  return "process " + std::to_string(file.process) + " since " + secondText(file.madeAt) + "Z, " +
          std::to_string(file.messages.size()) + " messages\n";
 }
 
 std::string wantedText(const RingFileBytes& file) {
   std::string wanted = firstLine(file);
   for (const RingMessage& message : file.messages)
-    wanted += std::to_string(message.sequence) + " level " + std::to_string(message.site.level) +
-              " line " + std::to_string(message.site.line) + ' ' +
-              printable(message.site.function) + ": " + printable(message.text) + '\n';
+    wanted += std::to_string(message.sequence) + ' ' + timeText(message.time) + " level " +
+              std::to_string(message.site.level) + " line " + std::to_string(message.site.line) +
+              ' ' + printable(message.site.function) + ": " + printable(message.text) + '\n';
   return wanted;
 }
 
@@ -147,12 +156,14 @@ json wantedJson(const RingFileBytes& file) {
   json messages = json::array();
   for (const RingMessage& message : file.messages)
     messages.push_back({{"sequence", message.sequence},
+                        {"time", timeText(message.time)},
                         {"level", message.site.level},
                         {"path", inJson(message.site.path)},
                         {"line", message.site.line},
                         {"function", inJson(message.site.function)},
                         {"text", inJson(message.text)}});
-  return {{"process", file.process}, {"madeAt", timeText(file.madeAt)}, {"messages", messages}};
+  return {
+      {"process", file.process}, {"madeAt", secondText(file.madeAt) + "Z"}, {"messages", messages}};
 }
 
 void mustBeExact(const RingFileBytes& file, const Printed& text, const Printed& asJson) {

@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "agent/language/PrintableText.h"
+#include "agent/language/TimeText.h"
 
 namespace ZelAgent {
 namespace {
@@ -11,17 +12,18 @@ namespace {
 constexpr auto noLimit = std::string_view::npos;
 
 OrderedJson recordJson(const Blinklog::Record& record) {
-  return {{"sequence", record.sequence},       {"level", record.site->level},
-          {"path", record.site->path},         {"line", record.site->line},
-          {"function", record.site->function}, {"text", record.text}};
+  return {{"sequence", record.sequence}, {"time", timeText(record.time)},
+          {"level", record.site->level}, {"path", record.site->path},
+          {"line", record.site->line},   {"function", record.site->function},
+          {"text", record.text}};
 }
 
 }  // namespace
 
 void writeTrace(std::ostream& out, std::span<const Blinklog::Record> records) {
   for (const Blinklog::Record& record : records) {
-    out << record.sequence << " level " << record.site->level << " line " << record.site->line
-        << ' ' << printable(record.site->function, noLimit) << ": "
+    out << record.sequence << ' ' << timeText(record.time) << " level " << record.site->level
+        << " line " << record.site->line << ' ' << printable(record.site->function, noLimit) << ": "
         << printable(record.text, noLimit) << '\n';
   }
 }

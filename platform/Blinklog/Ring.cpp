@@ -10,8 +10,12 @@ constexpr std::size_t processSlots = 4096;
 
 }  // namespace
 
-Ring::Ring(std::size_t slots)
-    : slots_(slots), ownMemory_(std::make_unique<Slot[]>(slots)), ring_(ownMemory_.get()) {
+Ring::Ring(std::size_t slots, ClockReader clock)
+    : slots_(slots),
+      ownMemory_(std::make_unique<Slot[]>(slots)),
+      ring_(ownMemory_.get()),
+      clock_(clock),
+      start_(ClockPair::now(clock)) {
   static_cast<void>(siteCount());  // so that the sites outlive the ring of the process
 }
 
@@ -30,13 +34,14 @@ std::vector<Record> Ring::dump() const {
     const Slot& slot = ring_[sequence % slots_];
     if (slot.sequence != sequence || slot.site == Slot::noSite) continue;
     const Site& site = siteOf(slot.site);
-    records.push_back({sequence, &site, textOf(site, std::span(slot.arguments).first(slot.size))});
+    records.push_back({sequence, start_.wallAt(slot.time), &site,
+                       textOf(site, std::span(slot.arguments).first(slot.size))});
   }
   return records;
 }
 
 void Ring::fileIs(const std::string& path) {
-  auto file = std::make_unique<RingFile>(path, slots_);
+  auto file = std::make_unique<RingFile>(path, slots_, start_);
   std::copy_n(ring_, slots_, file->slots().data());
   file->makeCurrent();
   ring_ = file->slots().data();

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Blinklog/Record.h"
+#include "Blinklog/RingClock.h"
 #include "Blinklog/RingFileError.h"
 #include "Blinklog/Site.h"
 #include "Blinklog/Slot.h"
@@ -34,7 +35,7 @@ class RingFile;
 /// Use it for messages that are read after a failure. A write is a bounded copy into the oldest
 /// slot. It does not allocate, and text is formatted only by a dump. The texts of a message share a
 /// slot of `slotBytes`. A text that does not fit is cut, and a dump shows "..." after it. Two names
-/// of 100 bytes always fit.
+/// of 100 bytes always fit. Each message has the time of its beginning.
 ///
 /// Invariant: message number n (from 0) is in slot n modulo the number of slots. A slot holds the
 /// number of its message only while that message is complete.
@@ -42,8 +43,9 @@ class ZEL_EXPORT Ring {
  public:
   static constexpr std::size_t slotBytes = Slot::bytes;
 
-  /// A ring of `slots` messages. Precondition: at least one.
-  explicit Ring(std::size_t slots);
+  /// A ring of `slots` messages, which reads its clocks by `clock`. Precondition: at least one
+  /// slot.
+  explicit Ring(std::size_t slots, ClockReader clock = &::clock_gettime);
   Ring(const Ring&) = delete;
   Ring& operator=(const Ring&) = delete;
   ~Ring();
@@ -78,6 +80,8 @@ class ZEL_EXPORT Ring {
   std::unique_ptr<Slot[]> ownMemory_;  // null when the ring is in a file
   std::unique_ptr<RingFile> file_;
   Slot* ring_;  // in `ownMemory_` or in `file_`
+  ClockReader clock_;
+  ClockPair start_;
   std::uint64_t written_ = 0;
   std::size_t next_ = 0;  // the slot of the next message
 };
@@ -89,6 +93,7 @@ class Ring::Message {
     slot_.sequence = Slot::noMessage;
     std::atomic_signal_fence(std::memory_order_seq_cst);
     slot_.site = site;
+    slot_.time = tickTime(ring.clock_);
     std::atomic_signal_fence(std::memory_order_seq_cst);
   }
   Message(const Message&) = delete;

@@ -17,7 +17,7 @@ namespace {
 
 using RingFileFormat::Header;
 
-Header headerOf(std::size_t slots) {
+Header headerOf(std::size_t slots, const ClockPair& start) {
   Header header;
   header.slots = static_cast<std::uint32_t>(slots);
   header.process = static_cast<std::uint32_t>(getpid());
@@ -25,6 +25,7 @@ Header headerOf(std::size_t slots) {
       static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::seconds>(
                                      std::chrono::system_clock::now().time_since_epoch())
                                      .count());
+  header.start = start;
   return header;
 }
 
@@ -35,9 +36,9 @@ Site placeholderFor(const Site& site) {
 
 }  // namespace
 
-RingFile::RingFile(const std::string& path, std::size_t slots)
+RingFile::RingFile(const std::string& path, std::size_t slots, const ClockPair& start)
     : place_(path), bytes_(RingFileFormat::fileBytes(slots)) {
-  allocate(slots);
+  allocate(slots, start);
   map();
   std::uninitialized_default_construct(this->slots().begin(), this->slots().end());
   siteNotifieeIs(*this);
@@ -49,14 +50,14 @@ RingFile::~RingFile() {
 }
 
 // Writes the header first, so that the file of a killed process is recognised.
-void RingFile::allocate(std::size_t slots) {
+void RingFile::allocate(std::size_t slots, const ClockPair& start) {
   if (slots > RingFileFormat::maxSlots) {
     throw RingFileError(place_.name(), "cannot hold a ring of " + std::to_string(slots) +
                                            " slots; at most " +
                                            std::to_string(RingFileFormat::maxSlots) + " are told");
   }
   const int file = place_.file().get();
-  const Header header = headerOf(slots);
+  const Header header = headerOf(slots, start);
   errno = ENOSPC;  // for an incomplete write
   if (pwrite(file, &header, sizeof header, 0) != static_cast<ssize_t>(sizeof header)) {
     throw RingFileError(place_.name(), std::string("cannot be written: ") + std::strerror(errno) +

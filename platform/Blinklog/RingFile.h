@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "Blinklog/RingClock.h"
 #include "Blinklog/RingFileFormat.h"
 #include "Blinklog/RingFilePlace.h"
 #include "Blinklog/Site.h"
@@ -19,8 +20,9 @@ namespace Blinklog {
 /// the disk is full. What the object decides never depends on the content of the file.
 class RingFile final : public SiteNotifiee {
  public:
-  /// Creates FILE.new with `slots` empty slots. Throws `RingFileError`.
-  RingFile(const std::string& path, std::size_t slots);
+  /// Creates FILE.new with `slots` empty slots. `start` converts the times of their messages.
+  /// Throws `RingFileError`.
+  RingFile(const std::string& path, std::size_t slots, const ClockPair& start);
   /// Keeps the file.
   ~RingFile() override;
 
@@ -35,7 +37,7 @@ class RingFile final : public SiteNotifiee {
   [[nodiscard]] bool becomeMemory(const void* address) noexcept;
 
  private:
-  void allocate(std::size_t slots);
+  void allocate(std::size_t slots, const ClockPair& start);
   void map();
   [[nodiscard]] RingFileFormat::Header& header() const noexcept;
 

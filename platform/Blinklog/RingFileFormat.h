@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "Blinklog/RingClock.h"
 #include "Blinklog/Site.h"
 #include "Blinklog/Slot.h"
 
@@ -17,7 +18,7 @@ namespace Blinklog::RingFileFormat {
 inline constexpr std::array<char, 8> magic{'B', 'l', 'i', 'n', 'k', 'l', 'o', 'g'};
 inline constexpr std::uint32_t byteOrder = 0x01020304;
 /// Increment it with every change of the layout.
-inline constexpr std::uint32_t version = 1;
+inline constexpr std::uint32_t version = 2;
 inline constexpr std::size_t headerBytes = 4096;
 inline constexpr std::size_t siteTableBytes = std::size_t{252} * 1024;
 inline constexpr std::size_t slotsOffset = headerBytes + siteTableBytes;
@@ -41,8 +42,10 @@ struct Header {
   std::uint32_t process = 0;
   /// Time of creation of the file, in seconds since 1970.
   std::uint64_t madeAt = 0;
+  /// The clocks when the ring was made, by which the times of its messages are converted.
+  ClockPair start;
 };
-static_assert(sizeof(Header) == 48);
+static_assert(sizeof(Header) == 64);
 
 /// The size of a file with that number of slots.
 [[nodiscard]] constexpr std::size_t fileBytes(std::size_t slots) noexcept {

@@ -204,7 +204,7 @@ Record recordOf(const Slot& slot, std::size_t number, const Header& header,
   if (!areComplete(site, arguments)) {
     failAsDamaged(place + " holds an argument that is longer than what is left of the slot");
   }
-  Record record{slot.sequence, &site, textOf(site, arguments)};
+  Record record{slot.sequence, header.start.wallAt(slot.time), &site, textOf(site, arguments)};
   record.text.shrink_to_fit();
   return record;
 }

@@ -24,7 +24,8 @@ struct Slot {
   std::uint64_t sequence = noMessage;
   SiteId site = 0;
   std::uint32_t size = 0;  // of the arguments, in bytes
-  std::array<std::byte, bytes - 16> arguments;
+  std::uint64_t time = 0;  // monotonic, in nanoseconds
+  std::array<std::byte, bytes - 24> arguments;
 };
 static_assert(sizeof(Slot) == Slot::bytes);
 

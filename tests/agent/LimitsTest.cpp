@@ -457,7 +457,7 @@ void keepsShownValues(std::uint64_t limit) {
 }
 
 void keepsTraceMessages(std::uint64_t limit) {
-  constexpr std::uint64_t headers = 20;  // of the slot and of the text
+  constexpr std::uint64_t headers = 28;  // of the slot and of the text
   const Blinklog::SiteId site = Blinklog::siteIs({"/limits", 1, "text", 5, {"%s"}});
   Blinklog::Ring ring(2);
   for (const std::uint64_t bytes : {limit - headers, limit - headers + 1}) {

@@ -1,6 +1,6 @@
 #include "agent/commands/offline/OfflineCommands.h"
 
-#include <ctime>
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
@@ -9,6 +9,7 @@
 #include "agent/commands/offline/TruncatedRing.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/TimeText.h"
 #include "agent/reports/TraceReport.h"
 
 namespace ZelAgent {
@@ -21,23 +22,18 @@ ExitStatus fail(std::ostream& err, const Blinklog::RingFileError& error, ExitSta
                      status);
 }
 
-// As 2026-01-31T23:59:59Z.
-std::string timeText(std::uint64_t secondsSince1970) {
-  const auto seconds = static_cast<std::time_t>(secondsSince1970);
-  std::tm parts{};
-  gmtime_r(&seconds, &parts);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+std::string madeAtText(const Blinklog::RingImage& image) {
+  return secondText(std::chrono::sys_seconds(std::chrono::seconds(image.madeAt())));
 }
 
 void writeText(std::ostream& out, const Blinklog::RingImage& image) {
-  out << "process " << image.process() << " since " << timeText(image.madeAt()) << ", "
+  out << "process " << image.process() << " since " << madeAtText(image) << ", "
       << image.records().size() << " messages\n";
   writeTrace(out, image.records());
 }
 
 void writeJson(std::ostream& out, const Blinklog::RingImage& image) {
-  out << R"({"process":)" << image.process() << R"(,"madeAt":")" << timeText(image.madeAt())
+  out << R"({"process":)" << image.process() << R"(,"madeAt":")" << madeAtText(image)
       << R"(","messages":)";
   writeJsonTrace(out, image.records());
   out << "}\n";

@@ -79,7 +79,7 @@ TEST_F(ChangedWhileRead, ASlotWithOtherBytesOfTheSameMessageIsLeftOut) {
   afterFirstReading = [this] {
     const int file = open(file_.c_str(), O_WRONLY | O_CLOEXEC);
     constexpr off_t lastSlot = firstSlot + 3 * 256;
-    EXPECT_EQ(pwrite(file, "\x09", 1, lastSlot + 16), 1);
+    EXPECT_EQ(pwrite(file, "\x09", 1, lastSlot + 24), 1);
     close(file);
   };
   EXPECT_THAT(textsRead(), ElementsAre("number 0", "number 1", "number 2"));

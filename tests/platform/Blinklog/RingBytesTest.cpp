@@ -35,6 +35,15 @@ std::string lengthAndText(std::string_view text) {
   return word(text.size()).append(text);
 }
 
+// The clocks of a system that was started 70 s ago.
+int testClock(clockid_t clock, timespec* time) noexcept {
+  *time = clock == CLOCK_REALTIME           ? timespec{1'800'000'000, 5}
+          : clock == CLOCK_MONOTONIC        ? timespec{70, 6}
+          : clock == CLOCK_MONOTONIC_COARSE ? timespec{70, 123'456'789}
+                                            : timespec{};
+  return 0;
+}
+
 class RingBytes : public ::testing::Test {
  protected:
   RingBytes() { ring_.fileIs(file_); }
@@ -62,10 +71,11 @@ class RingBytes : public ::testing::Test {
   }
   // The beginning of a slot, up to `size` bytes of its arguments.
   std::string slotBytes(std::size_t slot, std::size_t size) const {
-    return bytesAt(slotsStart + slot * oneSlot, 16 + size);
+    return bytesAt(slotsStart + slot * oneSlot, 24 + size);
   }
   static std::string slotOf(std::uint64_t sequence, SiteId site, const std::string& arguments) {
-    return bytesOf(sequence) + bytesOf(site) + word(arguments.size()) + arguments;
+    return bytesOf(sequence) + bytesOf(site) + word(arguments.size()) +
+           bytesOf(std::uint64_t{70'123'456'789}) + arguments;
   }
   static std::string storedText(std::string_view text, std::uint16_t cut = 0) {
     return bytesOf(static_cast<std::uint16_t>(text.size())).append(bytesOf(cut)).append(text);
@@ -86,28 +96,30 @@ class RingBytes : public ::testing::Test {
 
   RingFolder folder_;
   std::string file_ = folder_.path("ring");
-  Ring ring_{4};
+  Ring ring_{4, &testClock};
 };
 
 TEST_F(RingBytes, OfTheHeaderAreAsDocumented) {
   const auto before = static_cast<std::uint64_t>(std::time(nullptr));
   const std::string other = folder_.path("other");
-  Ring ring(3);
+  Ring ring(3, &testClock);
   ring.fileIs(other);
   const SiteId newest = siteAt(3, {"the newest site"});
-  const std::string header = RingFolder::read(other).substr(0, 48);
+  const std::string header = RingFolder::read(other).substr(0, 64);
   std::uint64_t madeAt = 0;
   std::memcpy(&madeAt, header.data() + 40, sizeof madeAt);
-  EXPECT_EQ(header.substr(0, 40), "Blinklog" + word(0x01020304) + word(1) + word(258048) +
+  EXPECT_EQ(header.substr(0, 40), "Blinklog" + word(0x01020304) + word(2) + word(258048) +
                                       word(256) + word(3) + word(newest + 1) + word(0) +
                                       word(static_cast<std::size_t>(getpid())));
+  EXPECT_EQ(header.substr(48), bytesOf(std::uint64_t{70'000'000'006}) +
+                                   bytesOf(std::uint64_t{1'800'000'000'000'000'005}));
   EXPECT_GE(madeAt, before);
   EXPECT_LE(madeAt, static_cast<std::uint64_t>(std::time(nullptr)));
   EXPECT_EQ(RingFolder::read(other).size(), slotsStart + 3 * oneSlot);
 }
 
 TEST_F(RingBytes, BetweenHeaderAndTableAreZero) {
-  EXPECT_EQ(bytesAt(48, tableStart - 48), std::string(tableStart - 48, '\0'));
+  EXPECT_EQ(bytesAt(64, tableStart - 64), std::string(tableStart - 64, '\0'));
 }
 
 TEST_F(RingBytes, OfARowAreAsDocumented) {
@@ -142,14 +154,14 @@ TEST_F(RingBytes, OfASlotAreAsDocumented) {
 
 TEST_F(RingBytes, OfATextThatIsCutFillTheSlot) {
   const SiteId text = siteAt(6, {"%s", "%u"});
-  write(text, {{'s', 0, std::string(237, 'x')}, {'u', 7}});
-  EXPECT_EQ(slotBytes(0, 240), slotOf(0, text, storedText(std::string(236, 'x'), 1)));
-  write(text, {{'s', 0, std::string(236, 'x')}, {'u', 7}});
-  EXPECT_EQ(slotBytes(1, 240), slotOf(1, text, storedText(std::string(236, 'x'), 0)));
-  write(text, {{'s', 0, std::string(232, 'x')}, {'u', 7}});
-  EXPECT_EQ(slotBytes(2, 240), slotOf(2, text, storedText(std::string(232, 'x'), 0) + word(7)));
-  EXPECT_THAT(texts(), ElementsAre(std::string(236, 'x') + "......", std::string(236, 'x') + "...",
-                                   std::string(232, 'x') + "7"));
+  write(text, {{'s', 0, std::string(229, 'x')}, {'u', 7}});
+  EXPECT_EQ(slotBytes(0, 232), slotOf(0, text, storedText(std::string(228, 'x'), 1)));
+  write(text, {{'s', 0, std::string(228, 'x')}, {'u', 7}});
+  EXPECT_EQ(slotBytes(1, 232), slotOf(1, text, storedText(std::string(228, 'x'), 0)));
+  write(text, {{'s', 0, std::string(224, 'x')}, {'u', 7}});
+  EXPECT_EQ(slotBytes(2, 232), slotOf(2, text, storedText(std::string(224, 'x'), 0) + word(7)));
+  EXPECT_THAT(texts(), ElementsAre(std::string(228, 'x') + "......", std::string(228, 'x') + "...",
+                                   std::string(224, 'x') + "7"));
 }
 
 TEST_F(RingBytes, OfEmptySlotsHaveAllBitsOfTheNumberSet) {
