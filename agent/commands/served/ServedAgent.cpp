@@ -24,8 +24,9 @@ std::string asOneLine(const std::string& errors) {
 }  // namespace
 
 ServedAgent::ServedAgent(std::string file, const ChipOptions& chip,
-                         std::chrono::milliseconds clientTimeout, Leniency leniency)
-    : agent_(chip), clientTimeout_(clientTimeout), leniency_(leniency) {
+                         std::chrono::milliseconds clientTimeout, Leniency leniency,
+                         WallClock clock)
+    : agent_(chip), clientTimeout_(clientTimeout), leniency_(leniency), clock_(std::move(clock)) {
   record_.file = std::move(file);
 }
 
@@ -37,6 +38,7 @@ std::vector<std::string> ServedAgent::reload() {
   const auto refused = [this](const std::string& why) {
     ++record_.reloadsRefused;
     record_.refusal = why;
+    record_.refusedAt = clock_();
   };
   try {
     std::vector<std::string> warnings = applyFile(ConfigurationSource::reload);
@@ -56,8 +58,7 @@ std::vector<std::string> ServedAgent::reload() {
 EventEffects ServedAgent::play(const Event& event) {
   EventEffects effects = EventPlayer(agent_, {}, leniency_).play(event);
   if (const auto* const config = std::get_if<ApplyConfig>(&event)) {
-    record_.inForce = config->file;
-    record_.source = ConfigurationSource::event;
+    recordInForce(config->file, ConfigurationSource::event);
   }
   notifyObserver();
   return effects;
@@ -70,10 +71,15 @@ ChangeableLimits ServedAgent::limits() noexcept {
 std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {
   ReadConfiguration read = readOpenConfigFile(record_.file, leniency_);
   agent_.apply(read.configuration);
-  record_.inForce = record_.file;
-  record_.source = source;
+  recordInForce(record_.file, source);
   notifyObserver();
   return std::move(read.warnings);
+}
+
+void ServedAgent::recordInForce(const std::string& file, ConfigurationSource source) {
+  record_.inForce = file;
+  record_.source = source;
+  record_.appliedAt = clock_();
 }
 
 void ServedAgent::notifyObserver() const {

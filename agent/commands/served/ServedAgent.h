@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/language/TimeText.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/LimitsReport.h"
@@ -21,11 +22,13 @@ struct ConfigurationRecord {
   std::string file;  // start and reload read it
   std::string inForce;
   ConfigurationSource source = ConfigurationSource::start;
+  WallTime appliedAt;
   std::uint64_t reloadsApplied = 0;
   std::uint64_t reloadsRefused = 0;
   // Why the last reload was refused, as one printable line: the first error, and the number of the
   // others. None if it was applied.
   std::optional<std::string> refusal;
+  WallTime refusedAt;  // if there is a refusal
 };
 
 /// The agent of a daemon, with a record of its configurations. A wrong configuration changes only
@@ -33,13 +36,15 @@ struct ConfigurationRecord {
 /// part.
 class ServedAgent final {
  public:
-  /// The timeout of clients is only shown.
+  /// The timeout of clients is only shown. The clock gives the times of the record.
   ServedAgent(std::string file, const ChipOptions& chip,
               std::chrono::milliseconds clientTimeout = Limits::clientTimeout,
-              Leniency leniency = Leniency::strict);
+              Leniency leniency = Leniency::strict, WallClock clock = systemTime);
   ServedAgent(std::string file, std::uint32_t chipCapacity,
-              std::chrono::milliseconds clientTimeout = Limits::clientTimeout)
-      : ServedAgent(std::move(file), ChipOptions{.capacity = chipCapacity}, clientTimeout) {}
+              std::chrono::milliseconds clientTimeout = Limits::clientTimeout,
+              WallClock clock = systemTime)
+      : ServedAgent(std::move(file), ChipOptions{.capacity = chipCapacity}, clientTimeout,
+                    Leniency::strict, std::move(clock)) {}
 
   /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();
@@ -58,11 +63,13 @@ class ServedAgent final {
 
  private:
   std::vector<std::string> applyFile(ConfigurationSource source);
+  void recordInForce(const std::string& file, ConfigurationSource source);
   void notifyObserver() const;
 
   ForwardingAgent agent_;
   std::chrono::milliseconds clientTimeout_;
   Leniency leniency_;  // of every configuration that is read
+  WallClock clock_;
   ConfigurationRecord record_;
   std::function<void()> changeObserver_;
 };

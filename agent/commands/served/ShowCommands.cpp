@@ -8,6 +8,7 @@
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
+#include "agent/language/TimeText.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/reports/CounterReport.h"
 #include "agent/reports/FallbackGraphReport.h"
@@ -39,10 +40,11 @@ std::string whenText(ConfigurationSource source) {
 void writeRecord(std::ostream& out, const ConfigurationRecord& record) {
   out << "file         " << printable(record.file, Limits::shownTextBytes) << '\n'
       << "in force     " << printable(record.inForce, Limits::shownTextBytes) << ", applied "
-      << whenText(record.source) << '\n'
+      << whenText(record.source) << ", " << timeText(record.appliedAt) << '\n'
       << "reloads      " << record.reloadsApplied << " applied, " << record.reloadsRefused
       << " refused\n";
-  if (record.refusal) out << "last reload  refused: " << *record.refusal << '\n';
+  if (!record.refusal) return;
+  out << "last reload  refused, " << timeText(record.refusedAt) << ": " << *record.refusal << '\n';
 }
 
 template <class Value>
@@ -52,11 +54,16 @@ OrderedJson orNull(const std::optional<Value>& value) {
 
 OrderedJson recordJson(const ConfigurationRecord& record) {
   return {{"file", record.file},
-          {"inForce", {{"file", record.inForce}, {"by", sourceText(record.source)}}},
+          {"inForce",
+           {{"file", record.inForce},
+            {"by", sourceText(record.source)},
+            {"at", timeText(record.appliedAt)}}},
           {"reloads",
            {{"applied", record.reloadsApplied},
             {"refused", record.reloadsRefused},
-            {"lastRefusal", orNull(record.refusal)}}}};
+            {"lastRefusal", orNull(record.refusal)},
+            {"lastRefusalAt",
+             record.refusal ? OrderedJson(timeText(record.refusedAt)) : OrderedJson()}}}};
 }
 
 template <class Shown>

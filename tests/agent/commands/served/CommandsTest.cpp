@@ -7,6 +7,7 @@
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/language/Errors.h"
 #include "agent/serve/protocol/ControlService.h"
+#include "tests/agent/FixedClock.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/TestFiles.h"
 
@@ -55,7 +56,7 @@ class Commands : public ::testing::Test {
 
   std::string file_ =
       writeSmall("red.json", {{{"red", "blue"}, {"blue"}}, {"red", "green"}, {"e1", "e2"}});
-  ServedAgent served_{file_, 8};
+  ServedAgent served_{file_, 8, Limits::clientTimeout, fixedTime};
   ControlService service_{served_, std::size_t{1} << 20U};
 };
 
@@ -139,13 +140,14 @@ TEST_F(Commands, ShowTracePrintsTheLastMessages) {
   const json records = output("show trace 2");
   ASSERT_THAT(records, SizeIs(2));
   EXPECT_EQ(records[1]["sequence"], records[0]["sequence"].get<int>() + 1);
-  for (const char* const member : {"level", "line", "path", "function", "text"})
+  for (const char* const member : {"time", "level", "line", "path", "function", "text"})
     EXPECT_TRUE(records[1].contains(member)) << member;
   const std::string function = records[1]["function"];
   EXPECT_THAT(
       text("show trace 1"),
-      AllOf(StartsWith(records[1]["sequence"].dump() + " level " + records[1]["level"].dump() +
-                       " line " + records[1]["line"].dump() + " " + function + ": "),
+      AllOf(StartsWith(records[1]["sequence"].dump() + " " + records[1]["time"].get<std::string>() +
+                       " level " + records[1]["level"].dump() + " line " +
+                       records[1]["line"].dump() + " " + function + ": "),
             HasSubstr(records[1]["text"].get<std::string>())));
 }
 
@@ -296,10 +298,12 @@ TEST_F(Commands, AnEventThatCannotBePlayedChangesNothing) {
 
 TEST_F(Commands, ShowConfigPrintsTheConfigurationInForce) {
   EXPECT_EQ(text("show config"), "file         " + file_ + "\nin force     " + file_ +
-                                     ", applied at start\nreloads      0 applied, 0 refused\n");
+                                     ", applied at start, " + fixedTimeText +
+                                     "\nreloads      0 applied, 0 refused\n");
   const std::string other = writeSmall("other.json", {{{"red"}}, {"red"}, {"e1"}});
   text("config " + other);
-  EXPECT_EQ(output("show config")["inForce"], json({{"file", other}, {"by", "config"}}));
+  EXPECT_EQ(output("show config")["inForce"],
+            json({{"file", other}, {"by", "config"}, {"at", fixedTimeText}}));
 }
 
 TEST_F(Commands, ReloadAppliesTheFileAsItIsNow) {
@@ -322,9 +326,12 @@ TEST_F(Commands, AReloadOfABadFileChangesNothingAndIsRecorded) {
   const std::string problem = error("reload");
   EXPECT_THAT(problem, StartsWith(file_ + ": /network-instances: "));
   EXPECT_EQ(text("show actions"), before);
-  EXPECT_EQ(output("show config")["reloads"],
-            json({{"applied", 0}, {"refused", 2}, {"lastRefusal", problem}}));
-  EXPECT_THAT(text("show config"), HasSubstr("last reload  refused: " + problem + "\n"));
+  EXPECT_EQ(output("show config")["reloads"], json({{"applied", 0},
+                                                    {"refused", 2},
+                                                    {"lastRefusal", problem},
+                                                    {"lastRefusalAt", fixedTimeText}}));
+  EXPECT_THAT(text("show config"), HasSubstr(std::string("last reload  refused, ") + fixedTimeText +
+                                             ": " + problem + "\n"));
 }
 
 TEST_F(Commands, AReloadOfAFileWithSeveralErrorsShowsAllAndRecordsTheFirst) {
@@ -347,7 +354,8 @@ TEST_F(Commands, AReloadThatFailsForAnyOtherReasonIsRecorded) {
             json({{"applied", 0},
                   {"refused", 1},
                   {"lastRefusal",
-                   "the reload failed: the chip\\x0ais absent; the file may be applied in part"}}));
+                   "the reload failed: the chip\\x0ais absent; the file may be applied in part"},
+                  {"lastRefusalAt", fixedTimeText}}));
 }
 
 TEST_F(Commands, AReloadThatIsAppliedClearsTheLastRefusal) {
@@ -356,6 +364,7 @@ TEST_F(Commands, AReloadThatIsAppliedClearsTheLastRefusal) {
   writeSmall("red.json", {{{"red"}}, {"red"}, {"e1"}});
   text("reload");
   EXPECT_EQ(output("show config")["reloads"]["lastRefusal"], nullptr);
+  EXPECT_EQ(output("show config")["reloads"]["lastRefusalAt"], nullptr);
   EXPECT_THAT(text("show config"), Not(HasSubstr("last reload")));
 }
 

@@ -8,6 +8,7 @@
 #include "agent/commands/served/CommandDispatch.h"
 #include "agent/commands/served/CommandTable.h"
 #include "agent/language/Errors.h"
+#include "tests/agent/FixedClock.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/TestFiles.h"
 
@@ -42,7 +43,7 @@ class ShownValues : public ::testing::Test {
 
   std::string file_ =
       writeSmall("c.json", {{{"red", "blue"}, {"blue"}}, {"red", "green"}, {"e1", "e2"}});
-  ServedAgent served_{file_, 8};
+  ServedAgent served_{file_, 8, Limits::clientTimeout, fixedTime};
 };
 
 TEST_F(ShownValues, AVrfHasAnIdOrNone) {
@@ -86,39 +87,51 @@ TEST_F(ShownValues, AVrfHasThePrefixLengthsOfEachFamily) {
 TEST_F(ShownValues, TheConfigurationInForceHasItsSource) {
   const std::string file = R"({"file":")" + file_ + R"(","inForce":{"file":")";
   const std::string applied = "file         " + file_ + "\nin force     ";
-  EXPECT_EQ(shown("show config"),
-            applied + file_ + ", applied at start\nreloads      0 applied, 0 refused\n");
+  EXPECT_EQ(
+      shown("show config"),
+      applied + file_ +
+          ", applied at start, 2027-01-15T08:00:00.000007Z\nreloads      0 applied, 0 refused\n");
   EXPECT_EQ(
       shownJson("show config"),
-      file + file_ + R"(","by":"start"},"reloads":{"applied":0,"refused":0,"lastRefusal":null}})");
+      file + file_ +
+          R"(","by":"start","at":"2027-01-15T08:00:00.000007Z"},"reloads":{"applied":0,"refused":0,"lastRefusal":null,"lastRefusalAt":null}})");
   shown("reload");
   shown("reload");
-  EXPECT_EQ(shown("show config"),
-            applied + file_ + ", applied by reload\nreloads      2 applied, 0 refused\n");
+  EXPECT_EQ(
+      shown("show config"),
+      applied + file_ +
+          ", applied by reload, 2027-01-15T08:00:00.000007Z\nreloads      2 applied, 0 refused\n");
   EXPECT_EQ(
       shownJson("show config"),
-      file + file_ + R"(","by":"reload"},"reloads":{"applied":2,"refused":0,"lastRefusal":null}})");
+      file + file_ +
+          R"(","by":"reload","at":"2027-01-15T08:00:00.000007Z"},"reloads":{"applied":2,"refused":0,"lastRefusal":null,"lastRefusalAt":null}})");
   const std::string other = writeSmall("other.json", {{{"red"}}, {"red"}, {"e1"}});
   shown("config " + other);
-  EXPECT_EQ(shown("show config"),
-            applied + other + ", applied by config\nreloads      2 applied, 0 refused\n");
+  EXPECT_EQ(
+      shown("show config"),
+      applied + other +
+          ", applied by config, 2027-01-15T08:00:00.000007Z\nreloads      2 applied, 0 refused\n");
   EXPECT_EQ(
       shownJson("show config"),
-      file + other + R"(","by":"config"},"reloads":{"applied":2,"refused":0,"lastRefusal":null}})");
+      file + other +
+          R"(","by":"config","at":"2027-01-15T08:00:00.000007Z"},"reloads":{"applied":2,"refused":0,"lastRefusal":null,"lastRefusalAt":null}})");
 }
 
 TEST_F(ShownValues, ARefusedReloadHasItsReason) {
   writeFile("c.json", "7");
   EXPECT_THROW(shown("reload"), ConfigError);
   const std::string why = file_ + ": /: must be an object, not 7";
-  EXPECT_EQ(shown("show config"), "file         " + file_ + "\nin force     " + file_ +
-                                      ", applied at start\nreloads      0 applied, 1 refused\n"
-                                      "last reload  refused: " +
-                                      why + '\n');
-  EXPECT_EQ(shownJson("show config"),
-            R"({"file":")" + file_ + R"(","inForce":{"file":")" + file_ +
-                R"(","by":"start"},"reloads":{"applied":0,"refused":1,"lastRefusal":")" + why +
-                "\"}}");
+  EXPECT_EQ(
+      shown("show config"),
+      "file         " + file_ + "\nin force     " + file_ +
+          ", applied at start, 2027-01-15T08:00:00.000007Z\nreloads      0 applied, 1 refused\n"
+          "last reload  refused, 2027-01-15T08:00:00.000007Z: " +
+          why + '\n');
+  EXPECT_EQ(
+      shownJson("show config"),
+      R"({"file":")" + file_ + R"(","inForce":{"file":")" + file_ +
+          R"(","by":"start","at":"2027-01-15T08:00:00.000007Z"},"reloads":{"applied":0,"refused":1,"lastRefusal":")" +
+          why + "\",\"lastRefusalAt\":\"2027-01-15T08:00:00.000007Z\"}}");
 }
 
 TEST_F(ShownValues, WarningsStandInFrontOfTheOutput) {

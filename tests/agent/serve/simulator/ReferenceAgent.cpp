@@ -1,5 +1,7 @@
 #include "tests/agent/serve/simulator/ReferenceAgent.h"
 
+#include "tests/agent/FixedClock.h"
+
 namespace ZelAgent {
 namespace {
 
@@ -118,9 +120,11 @@ void ReferenceAgent::configurationIs(const SimulatedFile& file, ConfigurationSou
 
 std::string ReferenceAgent::shownConfig() const {
   return "file         " + served_.path() + "\nin force     " + inForce_ + ", applied " +
-         nameOf(source_) + "\nreloads      " + std::to_string(applied_) + " applied, " +
-         std::to_string(refused_) + " refused\n" +
-         (refusal_.empty() ? "" : "last reload  refused: " + refusal_);
+         nameOf(source_) + ", " + fixedTimeText + "\nreloads      " + std::to_string(applied_) +
+         " applied, " + std::to_string(refused_) + " refused\n" +
+         (refusal_.empty()
+              ? ""
+              : std::string("last reload  refused, ") + fixedTimeText + ": " + refusal_);
 }
 
 }  // namespace ZelAgent

@@ -3,11 +3,12 @@
 #include <utility>
 
 #include "agent/serve/daemon/ReloadReport.h"
+#include "tests/agent/FixedClock.h"
 
 namespace ZelAgent {
 
 SimulatedDaemon::SimulatedDaemon(const std::string& file, std::uint32_t chipCapacity)
-    : file_(file), served_(file, chipCapacity, clientTimeout) {}
+    : file_(file), served_(file, chipCapacity, clientTimeout, fixedTime) {}
 
 void SimulatedDaemon::start() {
   recovery_.emplace(scheduler_, served_);
