@@ -96,6 +96,12 @@ class ForwardingAgent final {
   /// The routes that the chip holds.
   [[nodiscard]] const SoftChip::RouteTables& routeTables() const noexcept { return routeTables_; }
 
+  /// The status of each action, and of each rule on each interface. They notify of each change.
+  [[nodiscard]] const ZelVrfSelectionPolicy::VrfHwStatus& actionStatus() const noexcept {
+    return *vrfHwStatus_;
+  }
+  [[nodiscard]] const TrafficPolicy::Status& ruleStatus() const noexcept { return *policyStatus_; }
+
   /// The library's top object, to read.
   [[nodiscard]] const ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm& policySm() const noexcept {
     return *policySm_;

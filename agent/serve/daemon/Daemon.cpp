@@ -1,6 +1,9 @@
 #include "agent/serve/daemon/Daemon.h"
 
+#include <unistd.h>
+
 #include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <ostream>
@@ -17,6 +20,7 @@
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
 #include "agent/serve/daemon/PipeListener.h"
+#include "agent/serve/daemon/ProgrammingLog.h"
 #include "agent/serve/daemon/RecoveryTimer.h"
 #include "agent/serve/daemon/ReloadReport.h"
 #include "agent/serve/daemon/SignalWatch.h"
@@ -25,17 +29,12 @@
 namespace ZelAgent {
 namespace {
 
-// Prints a line on a stream that may be closed.
-void printLine(std::ostream& err, std::string_view line) {
-  err << line << std::endl;
-  err.clear();
-}
-
-// Prints the text trace on a stream during its lifetime.
+// Prints the text trace in the log during its lifetime.
 class TraceOn final {
  public:
-  explicit TraceOn(std::ostream& err)
-      : before_(Mox::traceSinkIs([&err](std::string_view line) { printLine(err, line); })) {}
+  explicit TraceOn(DaemonLog& log)
+      : before_(Mox::traceSinkIs(
+            [&log](std::string_view line) { log.print(LogPriority::debug, line); })) {}
   TraceOn(const TraceOn&) = delete;
   TraceOn& operator=(const TraceOn&) = delete;
   ~TraceOn() { Mox::traceSinkIs(std::move(before_)); }
@@ -44,12 +43,17 @@ class TraceOn final {
   Mox::TraceSink before_;
 };
 
+ExitStatus end(DaemonLog& log, std::string_view why, ExitStatus status) {
+  log.print("error: " + std::string(why));
+  return status;
+}
+
 }  // namespace
 
-Daemon::Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err)
+Daemon::Daemon(const DaemonOptions& options, std::ostream& out, DaemonLog& log)
     : options_(options),
       out_(out),
-      err_(err),
+      log_(log),
       served_(options.configuration, options.chip, options.limits.clientTimeout, options.leniency) {}
 
 Daemon::~Daemon() {
@@ -63,6 +67,9 @@ ExitStatus Daemon::serve() {
   const SignalWatch onInterrupt(loop_, SIGINT, end);
   CoalescedCall reloads(loop_, [this] { reload(); });
   const SignalWatch onHangUp(loop_, SIGHUP, [&reloads] { reloads.request(); });
+  const ProgrammingLog programming(
+      loop_, served_.agent(),
+      [this](LogPriority priority, const std::string& line) { log_.print(priority, line); });
   const RecoveryTimer recovery(loop_, served_);
   printLines(warningLines(served_.start()));
   ListeningSocket socket(options_.socket);
@@ -81,7 +88,7 @@ void Daemon::reload() {
 
 void Daemon::printLines(const std::vector<std::string>& lines) {
   for (const std::string& line : lines)
-    printLine(err_, line);
+    log_.print(line);
 }
 
 bool Daemon::announce() {
@@ -92,15 +99,16 @@ bool Daemon::announce() {
 }
 
 ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err) {
-  const TraceOn traceOn(err);
+  DaemonLog log(err, logFormOf(STDERR_FILENO, std::getenv("JOURNAL_STREAM")));
+  const TraceOn traceOn(log);
   try {
-    return Daemon(options, out, err).serve();
+    return Daemon(options, out, log).serve();
   } catch (const std::bad_alloc&) {
     Duolog::outOfMemory();
   } catch (const ConfigError& error) {
-    return reportError(err, error.what());
+    return end(log, error.what(), ExitStatus::badInput);
   } catch (const std::runtime_error& error) {
-    return reportError(err, error.what(), ExitStatus::failure);
+    return end(log, error.what(), ExitStatus::failure);
   }
 }
 

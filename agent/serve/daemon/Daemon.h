@@ -10,6 +10,7 @@
 #include "agent/language/Limits.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/serve/daemon/ControlServer.h"
+#include "agent/serve/daemon/DaemonLog.h"
 #include "agent/serve/daemon/EventLoop.h"
 
 namespace ZelAgent {
@@ -27,14 +28,15 @@ struct DaemonOptions {
 ///
 /// Its clients and signals do not block it. Any number of SIGHUPs that arrive before a reload are
 /// one reload, and clients have their turn between two reloads. It prints lines, and the text
-/// trace, on streams that must not wait for a reader; see `LineStream`. When memory runs out, the
+/// trace, on streams that must not wait for a reader; see `LineStream`. Each line of the log has a
+/// time or a priority; see `DaemonLog`. When memory runs out, the
 /// process ends by `Duolog::outOfMemory`.
 ///
 /// At the end the clients are closed, then the socket file is removed, then the configuration is
 /// removed from the chip. A wrong configuration ends the daemon only at its start.
 class Daemon final {
  public:
-  Daemon(const DaemonOptions& options, std::ostream& out, std::ostream& err);
+  Daemon(const DaemonOptions& options, std::ostream& out, DaemonLog& log);
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
   /// Removes all configuration from the agent.
@@ -46,20 +48,19 @@ class Daemon final {
 
  private:
   void reload();
-  // Prints the lines on `err`, which may be closed.
   void printLines(const std::vector<std::string>& lines);
   // Prints that the daemon serves. Returns whether the line could be written.
   [[nodiscard]] bool announce();
 
   DaemonOptions options_;
   std::ostream& out_;
-  std::ostream& err_;
+  DaemonLog& log_;
   EventLoop loop_;
   ServedAgent served_;
 };
 
-/// `zel-agent serve`. Returns `success` if a signal ended the daemon. Otherwise prints one line on
-/// `err` that says why it ended.
+/// `zel-agent serve`. Returns `success` if a signal ended the daemon. Otherwise prints one line of
+/// the log on `err` that says why it ended.
 [[nodiscard]] ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace ZelAgent

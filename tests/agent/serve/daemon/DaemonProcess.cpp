@@ -14,6 +14,7 @@
 extern char** environ;
 
 #include "tests/agent/AgentProcess.h"
+#include "tests/agent/LogTimes.h"
 #include "tests/agent/ProcessArguments.h"
 #include "tests/waiting/Descriptor.h"
 
@@ -125,7 +126,10 @@ std::optional<std::string> DaemonProcess::outLine() {
 }
 
 std::optional<std::string> DaemonProcess::errLine() {
-  return readLine(err_);
+  const std::optional<std::string> line = readLine(err_);
+  if (!line) return line;
+  EXPECT_TRUE(beginsWithTime(*line)) << *line;
+  return withoutTimes(*line);
 }
 
 std::string DaemonProcess::restOfErr() {
@@ -133,7 +137,7 @@ std::string DaemonProcess::restOfErr() {
   std::string text;
   EXPECT_TRUE(Waiting::readToEnd(err_, text, deadline))
       << deadline.expiry("the end of the daemon's standard error", text);
-  return text;
+  return withoutTimes(text);
 }
 
 void DaemonProcess::closeErr() {

@@ -40,10 +40,11 @@ class DaemonProcess final {
   // SIGTERM, and its exit status.
   int end();
 
-  // The next line that it writes to standard output, or error; nothing at its end.
+  // The next line that it writes to standard output; nothing at its end.
   std::optional<std::string> outLine();
+  // The same of its log, without the time, which each line must have.
   std::optional<std::string> errLine();
-  // Everything that it writes to standard error until it ends.
+  // Everything that it writes to standard error until it ends, without the times.
   std::string restOfErr();
   // Closes the reading end of its standard error.
   void closeErr();

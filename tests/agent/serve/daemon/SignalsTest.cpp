@@ -100,6 +100,8 @@ TEST_F(ServeSignals, SighupReportsTheWarningsOfTheFile) {
   DaemonProcess daemon(config_, path_);
   writeFile("served.json", toJson({{}, {"nowhere"}, {"e1"}}).dump());
   daemon.signal(SIGHUP);
+  EXPECT_THAT(daemon.errLine().value_or(""),
+              StartsWith("warning: not programmed: actionVrf nowhere: "));
   EXPECT_THAT(daemon.errLine().value_or(""), StartsWith("warning: " + config_ + ": "));
   EXPECT_EQ(daemon.errLine(), config_ + " applied");
 }

@@ -12,6 +12,7 @@
 #include <filesystem>
 
 #include "tests/agent/AgentProcess.h"
+#include "tests/agent/LogTimes.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/serve/daemon/DaemonProcess.h"
 #include "tests/agent/serve/daemon/SocketClient.h"
@@ -29,9 +30,11 @@ class ServeSocket : public ::testing::Test {
     const AgentOutcome outcome = runAgent({"serve", configuration, "--socket", socket});
     EXPECT_EQ(outcome.status, status);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_THAT(outcome.err, StartsWith("error: "));
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-    return outcome.err;
+    EXPECT_TRUE(beginsWithTime(outcome.err));
+    const std::string line = withoutTimes(outcome.err);
+    EXPECT_THAT(line, StartsWith("error: "));
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
+    return line;
   }
 
   // Leaves a socket on which no process listens.
@@ -117,7 +120,7 @@ TEST_F(ServeSocket, IsRequired) {
 TEST_F(ServeSocket, IsRemovedIfStandardOutputCannotBeWritten) {
   const AgentOutcome outcome = runAgentInto("/dev/full", {"serve", config_, "--socket", path_});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "error: standard output cannot be written\n");
+  EXPECT_EQ(withoutTimes(outcome.err), "error: standard output cannot be written\n");
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 

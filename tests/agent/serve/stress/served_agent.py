@@ -17,6 +17,10 @@ CONFIGURATION, SOCKET = "agent.json", "agent.sock"
 APPLIED = "agent.json applied"
 REFUSED = re.compile(r"error: agent\.json\b.*; the configuration in force is unchanged")
 
+LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z (?P<text>.*)")
+PROGRAMMING = re.compile(r"warning: not programmed: .*|programmed again: .*|"
+                         r"warning: \d+ more lines about programming")
+
 SANITIZER_REPORT = re.compile(r".*(Sanitizer|runtime error: )")
 
 
@@ -62,11 +66,13 @@ class ServedAgent:
         applied = refused = 0
         *lines, last = self.printed().split("\n")
         for line in lines:
-            if line == APPLIED:
+            timed = LINE.fullmatch(line)
+            text = timed["text"] if timed else ""
+            if text == APPLIED:
                 applied += 1
-            elif REFUSED.fullmatch(line):
+            elif REFUSED.fullmatch(text):
                 refused += 1
-            else:
+            elif not PROGRAMMING.fullmatch(text):
                 raise Broken(f"an unexpected line on standard error: {line[:500]!r}")
         return applied, refused
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "PolicyMap/PolicyMapTypeStatus.h"
+#include "Velo/Subscriber.h"
+#include "ZelVrfSelectionPolicy/tables/VrfHwStatus.h"
+#include "agent/model/forwarding/ForwardingAgent.h"
+#include "agent/serve/daemon/CoalescedCall.h"
+#include "agent/serve/daemon/FailureLines.h"
+#include "agent/serve/daemon/Scheduler.h"
+
+namespace ZelAgent {
+
+/// Logs which actions, and the rules of which interfaces, are not programmed, and when they are
+/// programmed again. `FailureLines` limits the lines.
+///
+/// It subscribes to the tables of statuses, so it costs nothing while nothing changes. The line of
+/// an action is printed during the change, that of an interface in the next round of the loop, when
+/// the statuses of all its rules are known.
+class ProgrammingLog final {
+ public:
+  /// The scheduler and the agent must outlive this.
+  ProgrammingLog(Scheduler& scheduler, const ForwardingAgent& agent, FailureLines::Print print);
+  ProgrammingLog(const ProgrammingLog&) = delete;
+  ProgrammingLog& operator=(const ProgrammingLog&) = delete;
+  ~ProgrammingLog();
+
+ private:
+  // A rule of an interface: its policy map and its sequence number.
+  using Rule = std::pair<Velo::String, std::uint32_t>;
+
+  void followAction(const VrfAction& action);
+  void followRule(const PolicyMap::RuleKey& rule);
+  void reportInterfaces();
+  [[nodiscard]] std::string failureOf(const Velo::String& intf, const std::set<Rule>& rules) const;
+
+  const ZelVrfSelectionPolicy::VrfHwStatus& actions_;
+  const PolicyMap::PolicyMapTypeStatus& rules_;
+  FailureLines lines_;
+  std::map<Velo::String, std::set<Rule>> failedRules_;  // by interface; no set is empty
+  // The interfaces to report, and whether a rule of the interface was programmed since then.
+  std::map<Velo::String, bool> changedIntfs_;
+  CoalescedCall reports_;
+  Velo::MemberSubscriber<ProgrammingLog> actionSubscriber_{*this};
+  Velo::MemberSubscriber<ProgrammingLog> ruleSubscriber_{*this};
+};
+
+}  // namespace ZelAgent
