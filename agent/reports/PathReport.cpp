@@ -194,9 +194,7 @@ const RuleState& PathReport::ruleAt(std::size_t place) const {
 
 PathReport explain(ForwardingAgent& agent, const std::string& interface,
                    std::span<const std::uint8_t> packet) {
-  RuleStates rules = agent.rules();
-  std::erase_if(rules, [&](const RuleState& rule) { return rule.user.interface != interface; });
-  PathReport path(std::move(rules));
+  PathReport path(agent.rules(interface));
   static_cast<void>(agent.forwarder().forward(interface, packet, &path));
   return path;
 }

@@ -76,7 +76,7 @@ class Run final {
   }
 
   void report(const std::optional<std::string>& file) {
-    const AgentState state = agent_.state();
+    const AgentState state = agent_.state(lists());
     if (options_.json) {
       writeJsonReport(out_, file, state);
     } else {
@@ -88,7 +88,7 @@ class Run final {
   }
 
   void report(const PlayedEvent& played) {
-    const AgentState state = agent_.state();
+    const AgentState state = agent_.state(lists());
     if (options_.json) {
       writeJsonReport(out_, played, state);
     } else {
@@ -97,13 +97,16 @@ class Run final {
     checkStrict(state);
   }
 
+  // Only JSON has the users.
+  [[nodiscard]] UserLists lists() const { return options_.json ? UserLists::all : UserLists::none; }
+
   void checkStrict(const AgentState& state) {
     if (options_.strict && !isProgrammed(state)) raiseStatus(ExitStatus::failure);
   }
 
   void reportMissing() {
     out_.flush();
-    writeMissing(err_, agent_.state(), agent_.rules());
+    writeMissing(err_, agent_.state(UserLists::none), agent_.rules());
   }
 
   void raiseStatus(ExitStatus status) {

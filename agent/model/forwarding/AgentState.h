@@ -18,8 +18,8 @@ namespace ZelAgent {
 /// One VRF action: its users, its status, and its resource on the chip.
 struct ActionState {
   VrfAction action;
-  std::uint32_t users = 0;  // as counted for the library
-  std::set<ActionUser> usedBy;
+  std::uint32_t users = 0;      // as counted for the library
+  std::set<ActionUser> usedBy;  // empty in a snapshot without lists of users
   ZelVrfSelectionPolicy::HwStatus status;
   std::optional<SoftChip::VrfResource> resource;  // none if the chip has none
   SoftChip::VrfProgram currentProgram;            // what the chip would program now
@@ -44,6 +44,27 @@ struct RuleState {
 };
 
 using RuleStates = std::vector<RuleState>;
+
+/// How far the rules of an interface were read.
+///
+/// It names the last rule that was read, by its sequence. So a rule that exists all the time is
+/// read exactly once, whatever changes between two reads.
+struct RuleCursor {
+  bool isInPrevious = false;       // the rules of the applied policy were all read
+  std::uint64_t nextSequence = 0;  // the lowest one that was not read
+
+  bool operator==(const RuleCursor&) const = default;
+};
+
+/// Whether a snapshot has the users of each action. That is an entry for each rule of the chip.
+enum class UserLists : bool { none, all };
+
+/// How many rules of an interface the chip holds, and how many rules of its policy it does not.
+struct RuleCounts {
+  std::size_t programmed = 0;
+  std::size_t refused = 0;
+  bool isClosed = false;  // all packets of the interface are dropped
+};
 
 /// The use of the chip's rule entries.
 struct RuleTableState {

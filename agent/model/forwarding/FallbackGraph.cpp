@@ -71,7 +71,7 @@ FallbackFacts factsOf(ForwardingAgent& agent) {
   const auto& fallbacks = agent.fallbackConfig().fallbackVrf();
   for (auto entry = fallbacks.iterator(); entry; ++entry)
     facts.fallbacks.emplace(entry.key(), entry.value());
-  for (const ActionState& action : agent.state().actions)
+  for (const ActionState& action : agent.state(UserLists::none).actions)
     facts.actions.push_back(action.action);
   return facts;
 }

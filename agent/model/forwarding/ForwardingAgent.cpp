@@ -1,6 +1,8 @@
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 #include <algorithm>
+#include <iterator>
+#include <limits>
 #include <set>
 #include <utility>
 #include <vector>
@@ -45,12 +47,6 @@ class Pause {
  private:
   Mox::Ptr<ZelTrafficPolicySm> sm_;
 };
-
-const std::set<ActionUser>& usersIn(const ActionUsers& users, const VrfAction& action) {
-  static const std::set<ActionUser> noUsers;
-  const auto found = users.find(action);
-  return found == users.end() ? noUsers : found->second;
-}
 
 // The users of each action among the rules that the chip holds.
 ActionUsers usersOf(const RuleStates& rules) {
@@ -151,22 +147,21 @@ std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses()
   return statuses;
 }
 
-AgentState ForwardingAgent::state() const {
+AgentState ForwardingAgent::state(UserLists lists) const {
   AgentState state;
-  const RuleStates allRules = rules();
-  const ActionUsers allUsers = usersOf(allRules);
   const auto& counts = vrfHwConfig_->vrfRefCount();
-  for (auto entry = counts.iterator(); entry; ++entry) {
-    state.actions.push_back(stateOf(entry.key(), entry.value(), allUsers));
-  }
+  for (auto entry = counts.iterator(); entry; ++entry)
+    state.actions.push_back(stateOf(entry.key(), entry.value()));
   std::sort(state.actions.begin(), state.actions.end(),
             [](const ActionState& a, const ActionState& b) { return a.action < b.action; });
+  if (lists == UserLists::all) {
+    ActionUsers all = users();
+    for (ActionState& action : state.actions)
+      action.usedBy = std::move(all[action.action]);
+  }
   state.chip = {chip_->capacity(), static_cast<std::uint32_t>(chip_->resources().size()),
                 chip_->hookCounts()};
-  const auto refused = std::count_if(allRules.begin(), allRules.end(),
-                                     [](const RuleState& rule) { return !rule.place; });
-  state.ruleTable = {acl_->capacity(), acl_->rulesInUse(), acl_->mostRulesInUse(),
-                     static_cast<std::size_t>(refused)};
+  state.ruleTable = {acl_->capacity(), acl_->rulesInUse(), acl_->mostRulesInUse(), refusedRules()};
   return state;
 }
 
@@ -177,56 +172,113 @@ ActionUsers ForwardingAgent::users() const {
 RuleStates ForwardingAgent::rules() const {
   RuleStates states;
   for (const auto& [intf, applied] : policies_.intfs) {
-    RuleStates ofIntf = rulesOf(intf, applied);
-    if (std::none_of(ofIntf.begin(), ofIntf.end(),
-                     [](const RuleState& rule) { return rule.place.has_value(); })) {
-      const RuleStates previous = previousRulesOf(intf);
-      ofIntf.insert(ofIntf.end(), previous.begin(), previous.end());
-    }
-    states.insert(states.end(), ofIntf.begin(), ofIntf.end());
+    RuleStates ofIntf = rules(intf.str());
+    std::move(ofIntf.begin(), ofIntf.end(), std::back_inserter(states));
   }
   return states;
 }
 
-// The rules of the policy that is applied to the interface.
-RuleStates ForwardingAgent::rulesOf(const Velo::String& intf,
-                                    const PolicyMap::IntfPolicy& applied) const {
+RuleStates ForwardingAgent::rules(const std::string& intf) const {
+  RuleCursor cursor;
+  return rules(intf, cursor, std::numeric_limits<std::size_t>::max());
+}
+
+RuleStates ForwardingAgent::rules(const Velo::String& intf, RuleCursor& cursor,
+                                  std::size_t most) const {
+  if (!policies_.intfs.contains(intf)) return {};
   RuleStates states;
-  const PolicyOrigin& origin = policies_.origins.at(applied.policyMap);
+  if (!cursor.isInPrevious) states = rulesOf(intf, cursor, most);
+  if (states.size() == most) return states;
+  if (!std::exchange(cursor.isInPrevious, true)) cursor.nextSequence = 0;
+  RuleStates previous = previousRulesOf(intf, cursor, most - states.size());
+  std::move(previous.begin(), previous.end(), std::back_inserter(states));
+  return states;
+}
+
+RuleCounts ForwardingAgent::ruleCounts(const std::string& intf) const {
+  RuleCounts counts{acl_->rules(intf).size(), 0, acl_->intfClosed(intf)};
+  const auto applied = policies_.intfs.find(intf);
+  if (applied != policies_.intfs.end() && !holdsRulesOf(intf, applied->second.policyMap))
+    counts.refused = policies_.policyMaps.at(applied->second.policyMap).size();
+  return counts;
+}
+
+std::size_t ForwardingAgent::refusedRules() const {
+  std::size_t rules = 0;
+  for (const auto& [intf, applied] : policies_.intfs)
+    rules += policies_.policyMaps.at(applied.policyMap).size();
+  std::size_t programmed = 0;
+  for (const auto& [policyMap, mapRules] : policies_.policyMaps) {
+    const PolicyMap::PolicyStatus* const status = policyStatus_->policyStatus(policyMap);
+    if (status != nullptr) programmed += status->rulesProgrammed;
+  }
+  return rules - std::min(rules, programmed);
+}
+
+bool ForwardingAgent::holdsRulesOf(const Velo::String& intf, const Velo::String& policyMap) const {
+  const PolicyMapRules& rules = policies_.policyMaps.at(policyMap);
+  return std::any_of(rules.begin(), rules.end(), [&](const PolicyMap::PolicyMapRule& rule) {
+    const RuleStatus* const status = policyStatus_->ruleStatus({intf, policyMap, rule.sequence});
+    return status != nullptr && status->programmed;
+  });
+}
+
+// The chip holds all rules of the policy or none, so the place of a rule is its index.
+RuleState ForwardingAgent::ruleStateOf(const Velo::String& intf, const Velo::String& policyMap,
+                                       std::size_t index) const {
+  const PolicyOrigin& origin = policies_.origins.at(policyMap);
+  const PolicyMap::PolicyMapRule& rule = policies_.policyMaps.at(policyMap)[index];
+  const RuleStatus* const status = policyStatus_->ruleStatus({intf, policyMap, rule.sequence});
+  RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
+                  {policies_.classMaps.at(rule.classMap), rule.action},
+                  {},
+                  status == nullptr ? "not programmed yet" : status->reason.str(),
+                  {}};
   const auto& counters = acl_->counters(intf);
-  std::size_t place = 0;
-  for (const PolicyMap::PolicyMapRule& rule : policies_.policyMaps.at(applied.policyMap)) {
-    const RuleStatus* const status =
-        policyStatus_->ruleStatus({intf, applied.policyMap, rule.sequence});
-    RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
-                    {policies_.classMaps.at(rule.classMap), rule.action},
-                    {},
-                    status == nullptr ? "not programmed yet" : status->reason.str(),
-                    {}};
-    if (status != nullptr && status->programmed) {
-      state.counter = counters[place];
-      state.place = place++;
-    }
-    states.push_back(std::move(state));
+  if (status != nullptr && status->programmed && index < counters.size()) {
+    state.counter = counters[index];
+    state.place = index;
+  }
+  return state;
+}
+
+// The rules of the policy that is applied to the interface.
+RuleStates ForwardingAgent::rulesOf(const Velo::String& intf, RuleCursor& cursor,
+                                    std::size_t most) const {
+  RuleStates states;
+  const Velo::String& policyMap = policies_.intfs.at(intf).policyMap;
+  const PolicyMapRules& rules = policies_.policyMaps.at(policyMap);
+  auto rule = std::lower_bound(rules.begin(), rules.end(), cursor.nextSequence,
+                               [](const PolicyMap::PolicyMapRule& other, std::uint64_t sequence) {
+                                 return other.sequence < sequence;
+                               });
+  for (; rule != rules.end() && states.size() < most; ++rule) {
+    states.push_back(ruleStateOf(intf, policyMap, static_cast<std::size_t>(rule - rules.begin())));
+    cursor.nextSequence = std::uint64_t{rule->sequence} + 1;
   }
   return states;
 }
 
 // The rules that the chip holds for the interface although its policy is another one.
-RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf) const {
+RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf, RuleCursor& cursor,
+                                            std::size_t most) const {
   RuleStates states;
   const auto found = rulesInForce_.find(intf);
-  if (found == rulesInForce_.end()) return states;
+  if (found == rulesInForce_.end() || holdsRulesOf(intf, policies_.intfs.at(intf).policyMap))
+    return states;
   const auto& [origin, sequences] = *found->second;
   const auto& rules = acl_->rules(intf);
   const std::size_t count = std::min(rules.size(), sequences.size());
-  for (std::size_t place = 0; place < count; ++place) {
+  const auto first = std::lower_bound(sequences.begin(), sequences.end(), cursor.nextSequence);
+  for (auto place = static_cast<std::size_t>(first - sequences.begin());
+       place < count && states.size() < most; ++place) {
     states.push_back({{intf.str(), origin.networkInstance, origin.policyId, sequences[place]},
                       rules[place],
                       place,
                       "",
                       acl_->counters(intf)[place],
                       true});
+    cursor.nextSequence = std::uint64_t{sequences[place]} + 1;
   }
   return states;
 }
@@ -345,12 +397,10 @@ void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {
   }
 }
 
-ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t count,
-                                     const ActionUsers& users) const {
+ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t count) const {
   ActionState state;
   state.action = action;
   state.users = count;
-  state.usedBy = usersIn(users, action);
   state.status = vrfHwStatus_->hwStatus(action);
   state.currentProgram = chip_->currentProgram(action);
   const SoftChip::VrfResource* const resource = chip_->resource(action);

@@ -70,13 +70,23 @@ class ForwardingAgent final {
 
   /// The configuration in force.
   [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
-  [[nodiscard]] AgentState state() const;
+  [[nodiscard]] AgentState state(UserLists lists = UserLists::all) const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
   /// Who uses each action: the rules that the chip holds.
   [[nodiscard]] ActionUsers users() const;
   /// Every rule of an applied policy, by interface, in the order in which rules are tried. If the
   /// chip refused them, the rules that it holds instead follow.
   [[nodiscard]] RuleStates rules() const;
+  [[nodiscard]] RuleStates rules(const std::string& intf) const;
+  /// The next rules of one interface after the cursor, at most so many. Moves the cursor to the
+  /// last of them.
+  [[nodiscard]] RuleStates rules(const Velo::String& intf, RuleCursor& cursor,
+                                 std::size_t most) const;
+  [[nodiscard]] RuleCounts ruleCounts(const std::string& intf) const;
+  /// The interfaces that a policy is applied to, and their policy maps.
+  [[nodiscard]] const std::map<Velo::String, PolicyMap::IntfPolicy>& policyIntfs() const noexcept {
+    return policies_.intfs;
+  }
   /// Sends packets through the chip.
   [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
 
@@ -127,11 +137,15 @@ class ForwardingAgent final {
   void changePolicies(const Configuration& next);
   void takeDownInstances(const FallbackByInstance& next);
   void recordRulesInForce();
-  [[nodiscard]] RuleStates rulesOf(const Velo::String& intf,
-                                   const PolicyMap::IntfPolicy& applied) const;
-  [[nodiscard]] RuleStates previousRulesOf(const Velo::String& intf) const;
-  [[nodiscard]] ActionState stateOf(const VrfAction& action, std::uint32_t count,
-                                    const ActionUsers& users) const;
+  [[nodiscard]] std::size_t refusedRules() const;
+  [[nodiscard]] bool holdsRulesOf(const Velo::String& intf, const Velo::String& policyMap) const;
+  [[nodiscard]] RuleState ruleStateOf(const Velo::String& intf, const Velo::String& policyMap,
+                                      std::size_t index) const;
+  [[nodiscard]] RuleStates rulesOf(const Velo::String& intf, RuleCursor& cursor,
+                                   std::size_t most) const;
+  [[nodiscard]] RuleStates previousRulesOf(const Velo::String& intf, RuleCursor& cursor,
+                                           std::size_t most) const;
+  [[nodiscard]] ActionState stateOf(const VrfAction& action, std::uint32_t count) const;
 
   Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbackConfig_;
   Mox::Ptr<Routing::Hardware::RouteStatus> routeStatus_;
