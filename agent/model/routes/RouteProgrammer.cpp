@@ -30,6 +30,18 @@ void RouteProgrammer::clear() {
   program();
 }
 
+std::uint32_t RouteProgrammer::vrfId(const std::string& vrf) const {
+  return SoftChip::factsOf(vrf, inputs_).vrfId;
+}
+
+const SoftChip::Route* RouteProgrammer::programmed(std::uint32_t vrfId,
+                                                   const IpPrefix& prefix) const {
+  const auto table = programmed_.find(vrfId);
+  if (table == programmed_.end()) return nullptr;
+  const auto route = table->second.routes.find(prefix);
+  return route == table->second.routes.end() ? nullptr : &route->second;
+}
+
 void RouteProgrammer::add() {
   for (const auto& [vrfId, content] : wantedContents()) {
     Table& present = programmed_[vrfId];

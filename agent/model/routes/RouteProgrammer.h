@@ -34,6 +34,14 @@ class RouteProgrammer final {
   /// Removes every route, also from the chip.
   void clear();
 
+  /// The routes of each VRF that has or had any.
+  [[nodiscard]] const std::map<std::string, RoutingTable>& tables() const noexcept { return vrfs_; }
+  /// The hardware id of the VRF; 0 for none.
+  [[nodiscard]] std::uint32_t vrfId(const std::string& vrf) const;
+  /// The route that the chip holds. Null for none.
+  [[nodiscard]] const SoftChip::Route* programmed(std::uint32_t vrfId,
+                                                  const IpPrefix& prefix) const;
+
   /// Programs what is new or different. Removes nothing from the chip.
   void add();
   /// Makes the chip agree with the routes, the ids and the prefix lengths in exact match.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "agent/language/Limits.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {
@@ -139,6 +140,23 @@ std::optional<IpPrefix> RoutingTable::longestFor(const IpAddress& address,
     if (prefix != except && has(prefix)) return prefix;
   }
   return std::nullopt;
+}
+
+std::string RoutingTable::whyUnresolved(const IpPrefix& prefix) const {
+  std::vector<std::string> reasons;
+  for (const NextHop& nextHop : configured_.at(prefix))
+    reasons.push_back(whyUnusable(nextHop, prefix));
+  return reasons.empty() ? "it has no next hop" : joined(reasons, "; ");
+}
+
+std::string RoutingTable::whyUnusable(const NextHop& nextHop, const IpPrefix& of) const {
+  const std::string gateway = toText(*nextHop.address);
+  const auto via = longestFor(*nextHop.address, of);
+  if (!via) return "no other route to " + gateway;
+  if (!resolved_.contains(*via))
+    return "the route " + toText(*via) + " to " + gateway + " is not resolved";
+  return gateway + " is reached only through " + toText(of) + " or behind more than " +
+         std::to_string(Limits::gateways) + " gateways";
 }
 
 bool RoutingTable::has(const IpPrefix& prefix) const {

@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,7 @@ class RoutingTable final {
  public:
   using Routes = std::map<IpPrefix, SoftChip::Route>;
   using Prefixes = std::set<IpPrefix>;
+  using Configured = std::map<IpPrefix, std::vector<NextHop>>;
 
   /// Replaces the configured routes.
   void configuredIs(const std::vector<StaticRoute>& routes);
@@ -32,6 +34,11 @@ class RoutingTable final {
   /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const IpPrefix& prefix);
 
+  [[nodiscard]] const Configured& configured() const noexcept { return configured_; }
+  [[nodiscard]] const Routes& fromEvents() const noexcept { return fromEvents_; }
+  /// Why no next hop of the configured route is usable: one reason for each. Precondition: it is
+  /// not resolved.
+  [[nodiscard]] std::string whyUnresolved(const IpPrefix& prefix) const;
   /// The routes for the chip.
   [[nodiscard]] const Routes& resolved() const noexcept { return resolved_; }
   /// The prefixes whose resolved routes have changed since the last `changesDelAll`.
@@ -67,8 +74,9 @@ class RoutingTable final {
   [[nodiscard]] std::optional<IpPrefix> longestFor(const IpAddress& address,
                                                    const IpPrefix& except) const;
   [[nodiscard]] bool has(const IpPrefix& prefix) const;
+  [[nodiscard]] std::string whyUnusable(const NextHop& nextHop, const IpPrefix& of) const;
 
-  std::map<IpPrefix, std::vector<NextHop>> configured_;
+  Configured configured_;
   Routes fromEvents_;
   std::set<Use> uses_;  // those of all configured routes
   Routes resolved_;
