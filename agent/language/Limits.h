@@ -44,6 +44,9 @@ inline constexpr std::size_t answerBytes = std::size_t{8} << 20U;
 inline constexpr std::size_t waitingAnswersBytes = std::size_t{64} << 20U;
 /// An answer of at most this size is sent however many others have not been read.
 inline constexpr std::size_t shortAnswerBytes = std::size_t{64} << 10U;
+/// A page of an answer that is sent page by page. What is sent at a time has at most two pages, and
+/// as a text in JSON twice as many bytes. So it is a short answer.
+inline constexpr std::size_t pageBytes = shortAnswerBytes / 4;
 /// The most levels of JSON in an answer that `ctl` reads. No answer has as many.
 inline constexpr int answerLevels = 100;
 /// Clients of a daemon at one time.

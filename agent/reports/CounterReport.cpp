@@ -6,7 +6,6 @@
 
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
-#include "agent/language/TextTable.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/RuleReport.h"
 
@@ -16,51 +15,105 @@ namespace {
 using SoftChip::DropReason;
 using SoftChip::PacketCounter;
 
-void addCounter(std::vector<std::string>& row, const PacketCounter& counter) {
-  row.push_back(std::to_string(counter.packets));
-  row.push_back(std::to_string(counter.bytes));
+template <class Counted>
+std::vector<std::string> withCounter(std::vector<std::string> cells, const Counted& counted) {
+  cells.push_back(std::to_string(counted.counter.packets));
+  cells.push_back(std::to_string(counted.counter.bytes));
+  return cells;
 }
 
-TextTable ruleTable(const RuleStates& rules) {
-  TextTable table{{"INTERFACE", "POLICY", "RULE", "MATCH", "ACTION", "PACKETS", "BYTES"}};
-  for (const RuleState& rule : rules) {
-    table.push_back(nameCells(rule));
-    addCounter(table.back(), rule.counter);
-  }
-  return table;
+template <class Counted>
+std::string withCounter(OrderedJson json, const Counted& counted) {
+  json["packets"] = counted.counter.packets;
+  json["bytes"] = counted.counter.bytes;
+  return oneLine(json);
 }
 
-TextTable vrfTable(const ForwardCounters& counters) {
-  TextTable table{{"VRF", "PACKETS", "BYTES"}};
-  for (const auto& [vrf, counter] : counters.vrfs) {
-    table.push_back({printable(vrf.bytes(), Limits::shownTextBytes)});
-    addCounter(table.back(), counter);
-  }
-  return table;
+const RowFormat<RuleState> ruleFormat{
+    {"INTERFACE", "POLICY", "RULE", "MATCH", "ACTION", "PACKETS", "BYTES"},
+    "",
+    [](const RuleState& rule) { return withCounter(nameCells(rule), rule); },
+    [](const RuleState& rule) { return withCounter(ruleJson(rule), rule); }};
+
+const RowFormat<VrfCount> vrfFormat{
+    {"VRF", "PACKETS", "BYTES"},
+    "",
+    [](const VrfCount& count) {
+      return withCounter(
+          std::vector<std::string>{printable(count.vrf.bytes(), Limits::shownTextBytes)}, count);
+    },
+    [](const VrfCount& count) {
+      return withCounter(OrderedJson{{"vrfName", count.vrf.str()}}, count);
+    }};
+
+const RowFormat<DropCount> dropFormat{
+    {"DROPPED", "PACKETS", "BYTES"},
+    "",
+    [](const DropCount& count) {
+      return withCounter(std::vector<std::string>{std::string(nameOf(count.reason))}, count);
+    },
+    [](const DropCount& count) {
+      return withCounter(OrderedJson{{"reason", std::string(nameOf(count.reason))}}, count);
+    }};
+
+std::vector<VrfCount> vrfCountsOf(const ForwardCounters& counters) {
+  std::vector<VrfCount> counts;
+  for (const auto& [vrf, counter] : counters.vrfs)
+    counts.push_back({vrf, counter});
+  return counts;
 }
 
-TextTable dropTable(const ForwardCounters& counters) {
-  TextTable table{{"DROPPED", "PACKETS", "BYTES"}};
-  for (const DropCount& drop : counters.drops) {
-    table.push_back({std::string(nameOf(drop.reason))});
-    addCounter(table.back(), drop.counter);
-  }
-  return table;
+std::string lastLines(const ForwardCounters& counters) {
+  std::string lines;
+  if (counters.vrfs.empty() && counters.drops.empty()) lines = "  no packets\n";
+  if (counters.notIp != 0) lines += "  frames without IP: " + std::to_string(counters.notIp) + '\n';
+  return lines;
 }
 
-void writeUnlessEmpty(std::ostream& out, const TextTable& table) {
-  if (table.size() > 1) writeTable(out, table);
-}
-
-void putCounter(OrderedJson& json, const PacketCounter& counter) {
-  json["packets"] = counter.packets;
-  json["bytes"] = counter.bytes;
+// Adds the member, and its rows as pages.
+template <class Row>
+void addMember(std::vector<ReportPagesPtr>& pages, const char* beginning,
+               const RowFormat<Row>& format, ReadRows<Row> rows) {
+  pages.push_back(onePage(beginning));
+  pages.push_back(pagesOf(format, std::move(rows), true));
 }
 
 }  // namespace
 
-ForwardCounters countersOf(ForwardingAgent& agent, std::uint64_t notIp) {
-  ForwardCounters counters{agent.rules(), agent.forwarder().vrfCounters(), {}, notIp};
+ReportPagesPtr counterPages(ReadRows<RuleState> rules, const ForwardCounters& others, bool asJson) {
+  std::vector<ReportPagesPtr> pages;
+  auto vrfs = rowsOfList(vrfCountsOf(others));
+  auto drops = rowsOfList(others.drops);
+  if (asJson) {
+    addMember(pages, R"({"rules":)", ruleFormat, std::move(rules));
+    addMember(pages, R"(,"vrfs":)", vrfFormat, std::move(vrfs));
+    addMember(pages, R"(,"drops":)", dropFormat, std::move(drops));
+    pages.push_back(onePage(R"(,"notIp":)" + std::to_string(others.notIp) + '}'));
+  } else {
+    pages.push_back(pagesOf(ruleFormat, std::move(rules), false));
+    pages.push_back(pagesOf(vrfFormat, std::move(vrfs), false));
+    pages.push_back(pagesOf(dropFormat, std::move(drops), false));
+    pages.push_back(onePage(lastLines(others)));
+  }
+  return pagesInOrder(std::move(pages));
+}
+
+ReportPagesPtr counterPages(ReadRows<RuleState> rules, std::vector<VrfCount> vrfs, bool asJson) {
+  std::vector<ReportPagesPtr> pages;
+  auto vrfRows = rowsOfList(std::move(vrfs));
+  if (asJson) {
+    addMember(pages, R"({"rules":)", ruleFormat, std::move(rules));
+    addMember(pages, R"(,"vrfs":)", vrfFormat, std::move(vrfRows));
+    pages.push_back(onePage("}"));
+  } else {
+    pages.push_back(pagesOf(ruleFormat, std::move(rules), false));
+    pages.push_back(pagesOf(vrfFormat, std::move(vrfRows), false));
+  }
+  return pagesInOrder(std::move(pages));
+}
+
+ForwardCounters countersWithoutRules(ForwardingAgent& agent, std::uint64_t notIp) {
+  ForwardCounters counters{{}, agent.forwarder().vrfCounters(), {}, notIp};
   for (std::size_t reason = 0; reason < SoftChip::dropReasons; ++reason) {
     const auto drop = static_cast<DropReason>(reason);
     const PacketCounter& counter = agent.forwarder().dropCounter(drop);
@@ -69,39 +122,18 @@ ForwardCounters countersOf(ForwardingAgent& agent, std::uint64_t notIp) {
   return counters;
 }
 
+ForwardCounters countersOf(ForwardingAgent& agent, std::uint64_t notIp) {
+  ForwardCounters counters = countersWithoutRules(agent, notIp);
+  counters.rules = agent.rules();
+  return counters;
+}
+
 void writeTextReport(std::ostream& out, const ForwardCounters& counters) {
-  writeUnlessEmpty(out, ruleTable(counters.rules));
-  writeUnlessEmpty(out, vrfTable(counters));
-  writeUnlessEmpty(out, dropTable(counters));
-  if (counters.vrfs.empty() && counters.drops.empty()) out << "  no packets\n";
-  if (counters.notIp != 0) out << "  frames without IP: " << counters.notIp << '\n';
+  out << wholeText(*counterPages(rowsOfList(counters.rules), counters, false));
 }
 
 void writeJsonReport(std::ostream& out, const ForwardCounters& counters) {
-  out << oneLine(toJson(counters)) << '\n';
-}
-
-OrderedJson toJson(const ForwardCounters& counters) {
-  OrderedJson report{{"rules", OrderedJson::array()},
-                     {"vrfs", OrderedJson::array()},
-                     {"drops", OrderedJson::array()},
-                     {"notIp", counters.notIp}};
-  for (const RuleState& rule : counters.rules) {
-    OrderedJson json = ruleJson(rule);
-    putCounter(json, rule.counter);
-    report["rules"].push_back(std::move(json));
-  }
-  for (const auto& [vrf, counter] : counters.vrfs) {
-    OrderedJson json{{"vrfName", vrf.str()}};
-    putCounter(json, counter);
-    report["vrfs"].push_back(std::move(json));
-  }
-  for (const DropCount& drop : counters.drops) {
-    OrderedJson json{{"reason", std::string(nameOf(drop.reason))}};
-    putCounter(json, drop.counter);
-    report["drops"].push_back(std::move(json));
-  }
-  return report;
+  out << wholeText(*counterPages(rowsOfList(counters.rules), counters, true)) << '\n';
 }
 
 }  // namespace ZelAgent

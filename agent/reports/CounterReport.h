@@ -7,6 +7,7 @@
 
 #include "L3/VrfName.h"
 #include "agent/model/forwarding/AgentState.h"
+#include "agent/reports/ReportPages.h"
 #include "agent/reports/StateReport.h"
 #include "chips/soft/DropReason.h"
 #include "chips/soft/PacketCounter.h"
@@ -38,10 +39,25 @@ struct ForwardCounters {
   std::uint64_t notIp = 0;
 };
 
+/// A counter of the packets that left by a route of the VRF.
+struct VrfCount {
+  L3::VrfName vrf;
+  SoftChip::PacketCounter counter;
+};
+
+/// The counters of the rules that are read, then `others`, which has no rules.
+[[nodiscard]] ReportPagesPtr counterPages(ReadRows<RuleState> rules, const ForwardCounters& others,
+                                          bool asJson);
+/// The counters of some rules, and of some VRFs. As JSON it has only the members `rules` and
+/// `vrfs`.
+[[nodiscard]] ReportPagesPtr counterPages(ReadRows<RuleState> rules, std::vector<VrfCount> vrfs,
+                                          bool asJson);
+
+/// The counters of VRFs and drop reasons only.
+[[nodiscard]] ForwardCounters countersWithoutRules(ForwardingAgent& agent, std::uint64_t notIp = 0);
 [[nodiscard]] ForwardCounters countersOf(ForwardingAgent& agent, std::uint64_t notIp = 0);
 
 void writeTextReport(std::ostream& out, const ForwardCounters& counters);
 void writeJsonReport(std::ostream& out, const ForwardCounters& counters);
-[[nodiscard]] OrderedJson toJson(const ForwardCounters& counters);
 
 }  // namespace ZelAgent

@@ -56,13 +56,17 @@ void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {
   const auto timeout = std::chrono::duration_cast<std::chrono::seconds>(inForce.clientTimeout);
   table.push_back({"request", Limits::requestBytes, "bytes", "",
                    "a longer one is an error, and the connection is closed"});
-  table.push_back({"answer", Limits::answerBytes, "bytes", "",
-                   "the daemon sends an error instead of a longer one; ctl refuses it"});
+  table.push_back(
+      {"answer", Limits::answerBytes, "bytes", "",
+       "one without pages, and a line or value that ctl reads; an error replaces a longer "
+       "one"});
   table.push_back({"waiting answers", Limits::waitingAnswersBytes, "bytes", "",
                    "long answers that clients have not read yet, together; the daemon sends an "
                    "error instead of one more"});
   table.push_back({"short answer", Limits::shortAnswerBytes, "bytes", "",
                    "an answer that is sent however many wait"});
+  table.push_back({"answer page", Limits::pageBytes, "bytes", "",
+                   "rows of a long answer that are sent together; more are on the next page"});
   table.push_back({"answer levels", Limits::answerLevels, "levels", "",
                    "levels of JSON in an answer; ctl refuses more"});
   table.push_back(

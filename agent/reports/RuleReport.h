@@ -1,10 +1,11 @@
 #pragma once
 
-#include <iosfwd>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "agent/model/forwarding/AgentState.h"
+#include "agent/reports/ReportPages.h"
 #include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
@@ -24,12 +25,21 @@ namespace ZelAgent {
 /// policy also has the member `previous`, which is true.
 [[nodiscard]] OrderedJson ruleJson(const RuleState& rule);
 
-/// Prints the rules of each interface in the order in which they are tried, and the state of each.
-void writeTextReport(std::ostream& out, const RuleStates& rules);
-[[nodiscard]] OrderedJson toJson(const RuleStates& rules);
+/// The rules of each interface in the order in which they are tried, and the state of each. Each
+/// element of the JSON array has the members of `ruleJson` and `reason`.
+[[nodiscard]] ReportPagesPtr rulePages(ReadRows<RuleState> read, bool asJson);
 
-/// Prints the users of each action.
-void writeTextReport(std::ostream& out, const ActionUsers& users);
-[[nodiscard]] OrderedJson toJson(const ActionUsers& users);
+/// A rule that the chip holds, and the action that it uses.
+struct UserRow {
+  VrfAction action;
+  ActionUser user;
+};
+
+/// The users of each action. `readUsers` returns those of one action.
+///
+/// As JSON it is an array of {vrfName, fallbackVrfName, postDecapVrfName, action, usedBy}.
+[[nodiscard]] ReportPagesPtr userPages(
+    std::vector<VrfAction> actions,
+    std::function<ReadRows<UserRow>(const VrfAction& action)> readUsers, bool asJson);
 
 }  // namespace ZelAgent

@@ -26,6 +26,7 @@
 #include "agent/model/packets/PacketText.h"
 #include "agent/model/routes/RoutingTable.h"
 #include "agent/reports/LimitsReport.h"
+#include "agent/reports/ReportPages.h"
 #include "agent/serve/console/ControlClient.h"
 #include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/console/LineEditor.h"
@@ -360,6 +361,16 @@ void keepsShortAnswers(std::uint64_t limit) {
   EXPECT_EQ(room.forNext(), limit);
 }
 
+// Both pages are as large as rows of this size allow.
+void keepsAnswerPages(std::uint64_t limit) {
+  constexpr std::uint64_t rowBytes = 1024;  // with the comma
+  const std::vector<std::string> rows(2 * limit / rowBytes, std::string(rowBytes - 1, '0'));
+  const ReportPagesPtr pages = arrayPages(rowsOfList(rows));
+  EXPECT_EQ(pages->next().size(), limit);
+  EXPECT_EQ(pages->next().size(), limit + 1) << "with the bracket at the end";
+  EXPECT_FALSE(pages->hasNext());
+}
+
 // The object of the answer is a level too.
 void keepsAnswerLevels(std::uint64_t limit) {
   const auto answerOf = [](std::uint64_t levels) {
@@ -514,6 +525,7 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"answer", keepsAnswers},
       {"waiting answers", keepsWaitingAnswers},
       {"short answer", keepsShortAnswers},
+      {"answer page", keepsAnswerPages},
       {"answer levels", keepsAnswerLevels},
       {"clients", keepsClients},
       {"client timeout", keepsClientTimeouts},

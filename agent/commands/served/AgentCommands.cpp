@@ -18,7 +18,7 @@ CommandOutput reload(const CommandCall& call) {
 CommandOutput playEvent(const CommandCall& call) {
   const Event event = readEvent(call.line).value();
   const PlayedEvent played{{}, event, call.served.play(event)};
-  const AgentState state = call.served.agent().state();
+  const AgentState state = call.served.agent().state(userListsOf(call));
   return withWarnings(call, played.effects.warnings,
                       outputOf(
                           call, [&](std::ostream& out) { writeTextReport(out, played, state); },

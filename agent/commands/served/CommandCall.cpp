@@ -6,6 +6,11 @@
 
 namespace ZelAgent {
 
+CommandResult Command::operator()(const CommandCall& call) const {
+  if (start_ != nullptr) return start_(call);
+  return run_(call);
+}
+
 CommandOutput outputOf(const CommandCall& call, const std::function<void(std::ostream&)>& writeText,
                        const std::function<CommandOutput()>& makeJson) {
   if (call.asJson) return makeJson();

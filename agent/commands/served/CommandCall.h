@@ -4,10 +4,13 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/model/events/EventLine.h"
+#include "agent/model/forwarding/AgentState.h"
+#include "agent/reports/ReportPages.h"
 #include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
@@ -23,11 +26,34 @@ struct CommandCall {
   bool asJson = false;
 };
 
+/// What a snapshot needs for the output: only JSON has the users of actions.
+[[nodiscard]] inline UserLists userListsOf(const CommandCall& call) noexcept {
+  return call.asJson ? UserLists::all : UserLists::none;
+}
+
 /// The output of a command. As text it is a JSON string: any number of lines, each with its line
 /// end. As JSON it is the document.
 using CommandOutput = OrderedJson;
 
-using Command = CommandOutput (*)(const CommandCall& call);
+/// The output of a command: all of it, or pages that are made when they are needed. The pages
+/// refer to the served agent.
+using CommandResult = std::variant<CommandOutput, ReportPagesPtr>;
+
+/// A command, by the kind of its result.
+class Command final {
+ public:
+  constexpr Command(CommandOutput (*run)(const CommandCall& call)) noexcept
+      : run_(run) {}                                                          // NOLINT
+  constexpr Command(ReportPagesPtr (*run)(const CommandCall& call)) noexcept  // NOLINT
+      : start_(run) {}
+
+  [[nodiscard]] CommandResult operator()(const CommandCall& call) const;
+  bool operator==(const Command&) const = default;
+
+ private:
+  CommandOutput (*run_)(const CommandCall& call) = nullptr;
+  ReportPagesPtr (*start_)(const CommandCall& call) = nullptr;
+};
 
 /// The output of the call: the text that `writeText` prints, or the JSON that `makeJson` returns.
 [[nodiscard]] CommandOutput outputOf(const CommandCall& call,

@@ -6,10 +6,13 @@
 
 namespace ZelAgent {
 
-/// Runs the command with the longest name that the line begins with.
+/// Starts the command with the longest name that the line begins with.
 ///
 /// Throws an `EventError` that lists the possible words if the line begins with no command name. A
 /// blank line and a comment do nothing.
+[[nodiscard]] CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson);
+
+/// The same, and makes all pages of the output.
 [[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson);
 
 }  // namespace ZelAgent

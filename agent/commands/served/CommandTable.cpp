@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 #include "agent/commands/served/ServedCommands.h"
 
@@ -36,11 +37,20 @@ bool accepts(const FormWord& form, const std::string& word) {
 }
 
 constexpr CommandRow rows[] = {
-    {"show actions", "The actions with their users, resources and statuses, and the chip",
-     showActions},
-    {"show users", "The interface and the rule of each user of an action", showUsers},
-    {"show rules", "The rules of each interface in their order, and the state of each", showRules},
-    {"show counters", "Packets by rule, by VRF and by drop reason", showCounters},
+    {"show actions [vrf VRF] [failed]",
+     "The actions with their users, resources and statuses, and the chip", showActions},
+    {"show users [interface INTERFACE] [policy POLICY] [vrf VRF] [failed]",
+     "The interface and the rule of each user of an action", showUsers},
+    {"show rules [interface INTERFACE] [policy POLICY] [vrf VRF] [failed]",
+     "The rules of each interface in their order, and the state of each", showRules},
+    {"show counters [interface INTERFACE] [policy POLICY] [vrf VRF] [failed]",
+     "Packets by rule, by VRF and by drop reason", showCounters},
+    {"show interfaces", "Each interface: its VRF, its policies, and the state of its rules",
+     showInterfaces},
+    {"show policies", "Each policy: its type, its rules, and the interfaces that apply it",
+     showPolicies},
+    {"show routes [VRF] [PREFIX]",
+     "The routes, or those of a VRF or to a prefix and what it contains", showRoutes},
     {"show vrfs", "Each VRF: hardware id, fallback VRF, lengths in exact match, whether configured",
      showVrfs},
     {"show fallback", "The fallback VRF of each VRF, the actions that name each VRF, and cycles",
@@ -86,8 +96,11 @@ constexpr CommandRow rows[] = {
 
 CommandForm::CommandForm(std::string_view form) {
   bool isName = true;
+  std::size_t optionStart = 0;
   for (const std::string& text : splitAt(' ', std::string(form))) {
     words_.push_back(formWordOf(text));
+    if (text.starts_with('[')) optionStart = words_.size() - 1;
+    if (text.ends_with(']')) words_[optionStart].optionEnd = words_.size();
     isName =
         isName && words_.back().choices == std::vector<std::string>{text} && !isPlaceholder(text);
     if (isName) name_.push_back(text);
@@ -95,12 +108,29 @@ CommandForm::CommandForm(std::string_view form) {
 }
 
 std::vector<std::string> CommandForm::choicesAfter(const std::vector<std::string>& words) const {
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const FormWord* const form = wordAt(i);
-    if (form == nullptr || !accepts(*form, words[i])) return {};
+  std::set<std::size_t> places;  // of the form where the next word may be
+  addWithOptions(places, 0);
+  for (const std::string& word : words) {
+    std::set<std::size_t> next;
+    for (const std::size_t place : places) {
+      const FormWord* const form = wordAt(place);
+      if (form != nullptr && accepts(*form, word)) addWithOptions(next, place + 1);
+    }
+    places = std::move(next);
   }
-  const FormWord* const next = wordAt(words.size());
-  return next == nullptr ? std::vector<std::string>() : next->choices;
+  std::vector<std::string> choices;
+  for (const std::size_t place : places) {
+    const FormWord* const form = wordAt(place);
+    if (form != nullptr) choices.insert(choices.end(), form->choices.begin(), form->choices.end());
+  }
+  return choices;
+}
+
+// Adds the place, and those that are reached by leaving out optional words.
+void CommandForm::addWithOptions(std::set<std::size_t>& places, std::size_t place) const {
+  while (places.insert(place).second && place < words_.size() && words_[place].optionEnd != 0 &&
+         !words_[place].repeats)
+    place = words_[place].optionEnd;
 }
 
 const FormWord* CommandForm::wordAt(std::size_t index) const noexcept {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,13 +14,14 @@ namespace ZelAgent {
 struct FormWord {
   std::vector<std::string> choices;
   bool repeats = false;
+  std::size_t optionEnd = 0;  // the place after the optional words that begin here; 0 if none do
 };
 
 /// The syntax of a command. It is used to find the command, to print help and to complete lines.
 ///
 /// A form is words with one blank between them. A word in lower case is a keyword. A word in upper
 /// case is a placeholder for a value. "a|b" is either, "..." is one or more, and "[...]" is
-/// optional.
+/// optional; optional words may be left out, but are completed in the order of the form.
 class CommandForm final {
  public:
   explicit CommandForm(std::string_view form);
@@ -32,6 +35,7 @@ class CommandForm final {
 
  private:
   [[nodiscard]] const FormWord* wordAt(std::size_t index) const noexcept;
+  void addWithOptions(std::set<std::size_t>& places, std::size_t place) const;
 
   std::vector<FormWord> words_;
   std::vector<std::string> name_;

@@ -8,12 +8,18 @@ namespace ZelAgent {
 // commands change nothing.
 
 /// `show actions`: the name of the file in force and the table of actions. As JSON it has the
-/// members that StateReport.h describes.
+/// members that StateReport.h describes. With a filter it has only the actions that it selects.
 [[nodiscard]] CommandOutput showActions(const CommandCall& call);
 /// `show users`, `show rules`, `show counters`: as RuleReport.h and CounterReport.h describe them.
-[[nodiscard]] CommandOutput showUsers(const CommandCall& call);
-[[nodiscard]] CommandOutput showRules(const CommandCall& call);
-[[nodiscard]] CommandOutput showCounters(const CommandCall& call);
+[[nodiscard]] ReportPagesPtr showUsers(const CommandCall& call);
+[[nodiscard]] ReportPagesPtr showRules(const CommandCall& call);
+[[nodiscard]] ReportPagesPtr showCounters(const CommandCall& call);
+/// `show routes [VRF] [PREFIX]`: as RouteReport.h describes them. PREFIX selects the routes to it
+/// and to the prefixes that it contains.
+[[nodiscard]] ReportPagesPtr showRoutes(const CommandCall& call);
+/// `show interfaces`, `show policies`: as InterfaceReport.h describes them.
+[[nodiscard]] ReportPagesPtr showInterfaces(const CommandCall& call);
+[[nodiscard]] ReportPagesPtr showPolicies(const CommandCall& call);
 /// `show vrfs`: one row for each VRF that the agent knows.
 [[nodiscard]] CommandOutput showVrfs(const CommandCall& call);
 /// `show fallback`: the graph of the current fallbacks and actions.

@@ -170,33 +170,6 @@ CommandOutput showConfig(const CommandCall& call) {
       [&] { return recordJson(record); });
 }
 
-CommandOutput showActions(const CommandCall& call) {
-  const AgentState state = call.served.agent().state();
-  const std::string& file = call.served.record().inForce;
-  return outputOf(
-      call,
-      [&](std::ostream& out) {
-        writeTextReport(out, printable(file, Limits::shownTextBytes) + " applied", state);
-      },
-      [&] {
-        OrderedJson report{{"configuration", file}};
-        putState(report, state);
-        return report;
-      });
-}
-
-CommandOutput showRules(const CommandCall& call) {
-  return show(call, call.served.agent().rules());
-}
-
-CommandOutput showUsers(const CommandCall& call) {
-  return show(call, call.served.agent().users());
-}
-
-CommandOutput showCounters(const CommandCall& call) {
-  return show(call, countersOf(call.served.agent()));
-}
-
 CommandOutput showVrfs(const CommandCall& call) {
   const std::vector<VrfRow> rows = rowsOf(call.served.agent());
   return outputOf(

@@ -4,11 +4,13 @@
 #include <sys/time.h>
 
 #include <cerrno>
+#include <ostream>
 #include <utility>
 
 #include "Blinklog/FileHandle.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/serve/console/AnswerPrinter.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
 
@@ -70,20 +72,49 @@ void sendBytes(const FileHandle& socket, std::string_view bytes) {
                    " s; it may still run the command; see --timeout");
 }
 
-std::string receiveLine(const FileHandle& socket, const std::string& path,
-                        std::chrono::milliseconds wait) {
-  std::string line;
-  char block[65536];
+// The bytes that the daemon sends after the request.
+class ReceivedBytes final : public AnswerSource {
+ public:
+  ReceivedBytes(const FileHandle& socket, const std::string& path, std::chrono::milliseconds wait)
+      : socket_(socket), path_(path), wait_(wait) {}
+
+  [[nodiscard]] std::string_view next() override {
+    const auto got = uninterrupted([&] { return read(socket_.get(), block_, sizeof block_); });
+    if (got < 0) failOnRead(path_, wait_);
+    if (got == 0) fail(std::string("the daemon closed the connection ") + whenClosed_);
+    return {block_, static_cast<std::size_t>(got)};
+  }
+  [[noreturn]] void fail(const std::string& what) const override { failAt(path_, what); }
+
+  // The output begins.
+  void noteOutput() noexcept { whenClosed_ = "before the end of the answer"; }
+
+ private:
+  const FileHandle& socket_;
+  const std::string& path_;
+  std::chrono::milliseconds wait_;
+  const char* whenClosed_ = "without an answer";
+  char block_[65536];
+};
+
+std::string lineFrom(ReceivedBytes& source, std::string line) {
   while (!line.ends_with('\n')) {
-    const auto got = uninterrupted([&] { return read(socket.get(), block, sizeof block); });
-    if (got < 0) failOnRead(path, wait);
-    if (got == 0) failAt(path, "the daemon closed the connection without an answer");
-    line.append(block, static_cast<std::size_t>(got));
+    line += source.next();
     if (line.size() > Limits::answerBytes) {
-      failAt(path, "the answer is longer than " + std::to_string(Limits::answerBytes) + " bytes");
+      source.fail("the answer is longer than " + std::to_string(Limits::answerBytes) + " bytes");
     }
   }
   return line;
+}
+
+// The first bytes. They are as many as decide whether they begin with `answerBeginning`, and with
+// which character the output begins.
+std::string beginningFrom(ReceivedBytes& source) {
+  std::string begun;
+  while (begun.size() <= answerBeginning.size() && !begun.ends_with('\n') &&
+         answerBeginning.starts_with(begun))
+    begun += source.next();
+  return begun;
 }
 
 bool isAnswer(const OrderedJson& document, bool asJson) {
@@ -119,12 +150,56 @@ Answer answerIn(const std::string& line, const std::string& path, bool asJson) {
   return {static_cast<ExitStatus>(document["status"].get<int>()), std::move(document["output"])};
 }
 
+char firstOfOutput(std::string_view begun) {
+  if (!begun.starts_with(answerBeginning) || begun.size() == answerBeginning.size()) return '\0';
+  return begun[answerBeginning.size()];
+}
+
+bool isLongText(std::string_view begun, bool asJson) {
+  return !asJson && firstOfOutput(begun) == '"';
+}
+
+bool isLongJson(std::string_view begun, bool asJson) {
+  const char first = firstOfOutput(begun);
+  return asJson && (first == '[' || first == '{');
+}
+
+// Prints the output of a short answer, and returns the rest of it.
+Answer printed(Answer answer, bool asJson, std::ostream& out) {
+  if (answer.status != ExitStatus::success) return answer;
+  if (asJson) {
+    out << oneLine(answer.output) << '\n';
+  } else {
+    out << printableLines(answer.output.get_ref<const std::string&>());
+  }
+  return {};
+}
+
 }  // namespace
 
 Answer ControlClient::send(const Request& request) const {
   const FileHandle socket = connectTo(path_, wait_);
   sendBytes(socket, toLine(request));
-  return answerIn(receiveLine(socket, path_, wait_), path_, request.asJson);
+  ReceivedBytes received(socket, path_, wait_);
+  return answerIn(lineFrom(received, {}), path_, request.asJson);
+}
+
+Answer ControlClient::print(const Request& request, std::ostream& out) const {
+  const FileHandle socket = connectTo(path_, wait_);
+  sendBytes(socket, toLine(request));
+  ReceivedBytes received(socket, path_, wait_);
+  std::string begun = beginningFrom(received);
+  if (isLongText(begun, request.asJson)) {
+    received.noteOutput();
+    printTextAnswer(begun.substr(answerBeginning.size()), received, out);
+  } else if (isLongJson(begun, request.asJson)) {
+    received.noteOutput();
+    printJsonAnswer(begun.substr(answerBeginning.size()), received, out);
+  } else {
+    return printed(answerIn(lineFrom(received, std::move(begun)), path_, request.asJson),
+                   request.asJson, out);
+  }
+  return {};
 }
 
 }  // namespace ZelAgent

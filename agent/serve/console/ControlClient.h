@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <iosfwd>
 #include <string>
 #include <utility>
 
@@ -26,6 +27,10 @@ class ControlClient final {
 
   /// Sends the request and waits for the answer. Throws a `SocketError` if no daemon answers.
   [[nodiscard]] Answer send(const Request& request) const;
+  /// The same, and prints the output of a successful command on `out` while it arrives. The output
+  /// of the answer that is returned is the error, or empty. The whole output may be longer than
+  /// `Limits::answerBytes`; a line of text, or a name or value of JSON, may not.
+  [[nodiscard]] Answer print(const Request& request, std::ostream& out) const;
 
  private:
   std::string path_;

@@ -49,14 +49,9 @@ void ControlSession::requireDaemon() const {
 }
 
 ExitStatus ControlSession::run(const std::string& command) {
-  const Answer answer = client_.send({command, json_});
-  if (answer.status != ExitStatus::success) {
+  const Answer answer = client_.print({command, json_}, out_);
+  if (answer.status != ExitStatus::success)
     printError(printable(answer.output.get<std::string>(), std::string_view::npos));
-  } else if (json_) {
-    out_ << oneLine(answer.output) << '\n';
-  } else {
-    out_ << printableLines(answer.output.get<std::string>());
-  }
   out_.flush();
   return answer.status;
 }

@@ -18,8 +18,10 @@ Connection::Connection(std::unique_ptr<Stream> stream, Scheduler& scheduler,
 }
 
 void Connection::takeTurn() {
-  Reply reply = service_.reply(lines_.next(), room_.forNext());
-  hasEnded_ = hasEnded_ || reply.isLast;
+  Reply reply =
+      rest_ ? service_.continued(std::move(rest_)) : service_.reply(lines_.next(), room_.forNext());
+  rest_ = std::move(reply.rest);
+  isLast_ = reply.isLast;
   send(std::move(reply.bytes));
 }
 
@@ -49,9 +51,9 @@ void Connection::failed() {
 // Starts the next step of a connection that neither reads nor waits. The step may destroy this
 // object, so nothing may follow a call.
 void Connection::proceed() {
-  if (lines_.hasNext()) {
+  if (!isLast_ && (rest_ || lines_.hasNext())) {
     owner_.wantsTurn(*this);
-  } else if (hasEnded_) {
+  } else if (isLast_ || hasEnded_) {
     owner_.isDone(*this);
   } else {
     stream_->startReading(*this);
@@ -61,7 +63,7 @@ void Connection::proceed() {
 // Nothing may follow a call, as for `proceed`.
 void Connection::send(std::string bytes) {
   const std::size_t whole = bytes.size();
-  bytes.erase(0, stream_->write(bytes));
+  if (!bytes.empty()) bytes.erase(0, stream_->write(bytes));
   if (bytes.empty()) return proceed();
   waiting_.enter(whole);
   patience_.start(bytes.size());

@@ -34,8 +34,10 @@ class ConnectionOwner {
 /// At each moment it does one of three things: it reads until it has a request, waits for the turn
 /// of that request, or waits until the system has accepted the whole answer. While it waits,
 /// nothing is read. So at most one answer and slightly more than the longest request are kept for a
-/// client. Requests are answered in order, one in each turn. A client that does not read its answer
-/// in time is disconnected; see `Patience`.
+/// client. Requests are answered in order, one in each turn. Each part of an answer in parts has
+/// a turn too, after the part before it was accepted: it is made when its client can take it, and
+/// others are answered between two parts. For room and patience a part is an answer. A client that
+/// does not read its answer in time is disconnected; see `Patience`.
 class Connection final : public TurnTaker, private StreamUser {
  public:
   /// The objects that are passed by reference must outlive this.
@@ -45,7 +47,8 @@ class Connection final : public TurnTaker, private StreamUser {
   Connection& operator=(const Connection&) = delete;
   ~Connection() = default;
 
-  /// Answers one request. This may end the connection. Precondition: it asked for the turn.
+  /// Answers one request, or sends the next part of its answer. This may end the connection.
+  /// Precondition: it asked for the turn.
   void takeTurn() override;
 
  private:
@@ -64,7 +67,9 @@ class Connection final : public TurnTaker, private StreamUser {
   WaitingAnswer waiting_;
   ConnectionOwner& owner_;
   RequestLines lines_;
-  bool hasEnded_ = false;  // no bytes will be read any more
+  std::unique_ptr<AnswerPages> rest_;  // of the present answer, if it has more parts
+  bool isLast_ = false;                // the connection ends after the present answer
+  bool hasEnded_ = false;              // no bytes will be read any more
 };
 
 }  // namespace ZelAgent

@@ -19,13 +19,17 @@ std::string toBytes(const Answer& answer, Framing framing) {
   if (framing == Framing::json) {
     return oneLine({{"status", static_cast<int>(answer.status)}, {"output", answer.output}}) + '\n';
   }
+  return textLines(textOf(answer)) + endOfText;
+}
+
+std::string textLines(const std::string& output) {
   std::string bytes;
-  std::istringstream lines(textOf(answer));
+  std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with('.')) bytes += '.';
     bytes += line + '\n';
   }
-  return bytes + ".\n";
+  return bytes;
 }
 
 }  // namespace ZelAgent

@@ -22,4 +22,9 @@ struct Answer {
 /// is one line that begins with "error: ".
 [[nodiscard]] std::string toBytes(const Answer& answer, Framing framing);
 
+/// The lines of an output in an answer as text.
+[[nodiscard]] std::string textLines(const std::string& output);
+/// The line after them.
+inline constexpr const char* endOfText = ".\n";
+
 }  // namespace ZelAgent

@@ -2,13 +2,13 @@
 
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "Duolog/OutOfMemory.h"
 #include "agent/commands/served/CommandDispatch.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
-#include "agent/serve/protocol/Answer.h"
 
 namespace ZelAgent {
 namespace {
@@ -42,9 +42,23 @@ Reply ControlService::reply(const RequestLine& line, std::size_t room) noexcept 
   }
 }
 
+Reply ControlService::continued(std::unique_ptr<AnswerPages> rest) noexcept {
+  try {
+    return replyInParts(std::move(rest));
+  } catch (const std::bad_alloc&) {
+    Duolog::outOfMemory();
+  } catch (const std::exception&) {
+    return {"", true, nullptr};
+  }
+}
+
 Reply ControlService::replyTo(const RequestLine& line, std::size_t room) {
   const Framing framing = framingOf(line.text);
-  Reply reply{toBytes(answerTo(line), framing), line.kind == RequestLine::Kind::tooLong};
+  auto answer = answerTo(line);
+  if (auto* const pages = std::get_if<std::unique_ptr<AnswerPages>>(&answer))
+    return continued(std::move(*pages));
+  Reply reply{toBytes(std::get<Answer>(answer), framing), line.kind == RequestLine::Kind::tooLong,
+              nullptr};
   const std::size_t size = reply.bytes.size();
   if (size > longestReply_) {
     reply.bytes = toBytes(tooLong(size, longestReply_), framing);
@@ -54,7 +68,14 @@ Reply ControlService::replyTo(const RequestLine& line, std::size_t room) {
   return reply;
 }
 
-Answer ControlService::answerTo(const RequestLine& line) {
+Reply ControlService::replyInParts(std::unique_ptr<AnswerPages> pages) {
+  Reply reply{pages->next(), false, nullptr};
+  if (pages->hasNext()) reply.rest = std::move(pages);
+  return reply;
+}
+
+std::variant<Answer, std::unique_ptr<AnswerPages>> ControlService::answerTo(
+    const RequestLine& line) {
   if (line.kind == RequestLine::Kind::tooLong) {
     return refusal("a request must be a line of at most " + std::to_string(RequestLines::longest) +
                    " bytes, found more; the connection is closed");
@@ -64,7 +85,11 @@ Answer ControlService::answerTo(const RequestLine& line) {
   }
   try {
     const Request request = readRequest(line.text);
-    return {ExitStatus::success, runCommand(served_, request.command, request.asJson)};
+    CommandResult result = startCommand(served_, request.command, request.asJson);
+    if (auto* const pages = std::get_if<ReportPagesPtr>(&result)) {
+      return std::make_unique<AnswerPages>(std::move(*pages), framingOf(line.text), request.asJson);
+    }
+    return Answer{ExitStatus::success, std::move(std::get<CommandOutput>(result))};
   } catch (const RequestError& error) {
     return refusal(error.what());
   } catch (const EventError& error) {

@@ -2,22 +2,28 @@
 
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <string>
+#include <variant>
 
+#include "agent/serve/protocol/Answer.h"
+#include "agent/serve/protocol/AnswerPages.h"
 #include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
 
 class ServedAgent;
-struct Answer;
 
 struct Reply {
   std::string bytes;
-  bool isLast = false;  // the connection must be closed after it
+  bool isLast = false;                // the connection must be closed after it
+  std::unique_ptr<AnswerPages> rest;  // of an answer of several parts; null if `bytes` is the end
 };
 
-/// Answers request lines. Each line gets one answer, also a wrong one. No exception leaves `reply`:
-/// when memory runs out, it ends the process by `Duolog::outOfMemory`, and nobody is answered.
+/// Answers request lines. Each line gets one answer, also a wrong one. A long answer has several
+/// parts, of which the caller asks for one after the other. No exception leaves `reply` and
+/// `continued`: when memory runs out, they end the process by `Duolog::outOfMemory`, and nobody is
+/// answered.
 class ControlService final {
  public:
   /// The agent must outlive this.
@@ -27,12 +33,17 @@ class ControlService final {
   /// A reply of more bytes than `longestReply`, or than `room` at the moment, is replaced by an
   /// error. The command has been run in both cases.
   [[nodiscard]] Reply reply(const RequestLine& line, std::size_t room = anyRoom) noexcept;
+  /// The next part of an answer. If it cannot be made, the reply is empty and the last one, so that
+  /// the client sees an answer without an end.
+  [[nodiscard]] Reply continued(std::unique_ptr<AnswerPages> rest) noexcept;
 
  private:
   static constexpr std::size_t anyRoom = std::numeric_limits<std::size_t>::max();
 
   [[nodiscard]] Reply replyTo(const RequestLine& line, std::size_t room);
-  [[nodiscard]] Answer answerTo(const RequestLine& line);
+  [[nodiscard]] Reply replyInParts(std::unique_ptr<AnswerPages> pages);
+  [[nodiscard]] std::variant<Answer, std::unique_ptr<AnswerPages>> answerTo(
+      const RequestLine& line);
 
   ServedAgent& served_;
   std::size_t longestReply_;

@@ -3,6 +3,7 @@
 
 #include "agent/reports/CounterReport.h"
 #include "agent/reports/RuleReport.h"
+#include "tests/agent/reports/PagesText.h"
 #include "tests/agent/reports/ReportText.h"
 
 namespace ZelAgent {
@@ -32,9 +33,9 @@ TEST(CounterTables, EachReasonForADropHasItsCounters) {
               "  DROPPED" + std::string(width - 7, ' ') + "  PACKETS  BYTES\n  " + name +
                   std::string(width - name.size(), ' ') + "  " + packets +
                   std::string(7 - packets.size(), ' ') + "  " + bytes + '\n');
-    EXPECT_EQ(toJson(counters).dump(), R"({"rules":[],"vrfs":[],"drops":[{"reason":")" + name +
-                                           R"(","packets":)" + packets + R"(,"bytes":)" + bytes +
-                                           R"(}],"notIp":0})");
+    EXPECT_EQ(jsonOf(counters), R"({"rules":[],"vrfs":[],"drops":[{"reason":")" + name +
+                                    R"(","packets":)" + packets + R"(,"bytes":)" + bytes +
+                                    R"(}],"notIp":0})");
   }
 }
 
@@ -107,26 +108,25 @@ TEST(RuleTables, ARuleIsProgrammedOrHasTheReasonWhyNot) {
   refused.place = std::nullopt;
   refused.reason = "no\nroom";
   const RuleStates rules{held, refused};
-  EXPECT_EQ(printedBy([&](std::ostream& out) { writeTextReport(out, rules); }),
+  EXPECT_EQ(textOf(rules),
             "  INTERFACE  POLICY  RULE  MATCH  ACTION  STATE\n"
             "  e1         P       10    any    -       programmed\n"
             "  e1         red: P  10    any    -       not programmed: no\\x0aroom\n");
   const std::string begin = R"({"interface":"e1","networkInstance":)";
   const std::string middle = R"("policy":"P","rule":10,"match":"any","action":null,"programmed":)";
-  EXPECT_EQ(toJson(rules).dump(), '[' + begin + R"("default",)" + middle + R"(true,"reason":""},)" +
-                                      begin + R"("red",)" + middle +
-                                      R"(false,"reason":"no\nroom"}])");
+  EXPECT_EQ(jsonOf(rules), '[' + begin + R"("default",)" + middle + R"(true,"reason":""},)" +
+                               begin + R"("red",)" + middle + R"(false,"reason":"no\nroom"}])");
 }
 
 TEST(RuleTables, EachUserOfEachActionHasItsRow) {
   const ActionUsers users{{lookUpAction("red"), {{"e1", "default", "P", 1}, {"e2", "red", "Q", 2}}},
                           {decapAction("a", "b", "c"), {{"e3", "default", "P", 3}}}};
-  EXPECT_EQ(printedBy([&](std::ostream& out) { writeTextReport(out, users); }),
+  EXPECT_EQ(textOf(users),
             "  ACTION                                    INTERFACE  POLICY  RULE\n"
             "  actionDecapVrf a fallback b post-decap c  e3         P       3\n"
             "  actionVrf red                             e1         P       1\n"
             "  actionVrf red                             e2         red: Q  2\n");
-  EXPECT_EQ(toJson(users).dump(),
+  EXPECT_EQ(jsonOf(users),
             R"([{"vrfName":"a","fallbackVrfName":"b","postDecapVrfName":"c",)"
             R"("action":"actionDecapVrf","usedBy":[{"interface":"e3",)"
             R"("networkInstance":"default","policy":"P","rule":3}]},)"

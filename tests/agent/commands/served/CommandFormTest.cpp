@@ -40,6 +40,18 @@ TEST(CommandForm, NothingFollowsWordsThatAreNotItsBeginning) {
   EXPECT_THAT(form.choicesAfter({"vrf", "red", "add"}), ElementsAre("id"));
 }
 
+TEST(CommandForm, OptionalWordsMayBeLeftOut) {
+  const CommandForm form("show rules [interface INTERFACE] [vrf VRF] [failed]");
+  EXPECT_THAT(form.name(), ElementsAre("show", "rules"));
+  EXPECT_THAT(form.choicesAfter({"show", "rules"}), ElementsAre("interface", "vrf", "failed"));
+  EXPECT_THAT(form.choicesAfter({"show", "rules", "interface"}), ElementsAre("INTERFACE"));
+  EXPECT_THAT(form.choicesAfter({"show", "rules", "interface", "e1"}),
+              ElementsAre("vrf", "failed"));
+  EXPECT_THAT(form.choicesAfter({"show", "rules", "vrf", "red"}), ElementsAre("failed"));
+  EXPECT_THAT(form.choicesAfter({"show", "rules", "failed"}), IsEmpty());
+  EXPECT_THAT(CommandForm("get TYPE [KEY...]").choicesAfter({"get", "T", "a"}), ElementsAre("KEY"));
+}
+
 TEST(CommandTable, EachFormIsInOneRowAndHasHelp) {
   std::set<std::string> forms;
   for (const CommandRow& row : commandTable()) {

@@ -402,7 +402,11 @@ TEST_F(Commands, CompletionOffersWordsOfTheTable) {
   EXPECT_EQ(output("complete 'decap-nh-'"), json({"decap-nh-fallback"}));
   EXPECT_EQ(output("complete 'show vr'"), json({"vrfs"}));
   EXPECT_EQ(text("complete 'prefix-lens '"), "ipv4\nipv6\n");
-  EXPECT_EQ(output("complete 'show actions '"), json::array());
+  EXPECT_EQ(output("complete 'show actions '"), json({"failed", "vrf"}));
+  EXPECT_EQ(output("complete 'show rules '"), json({"failed", "interface", "policy", "vrf"}));
+  EXPECT_EQ(output("complete 'show rules policy P '"), json({"failed", "vrf"}));
+  EXPECT_EQ(output("complete 'show rules vrf r'"), json({"red"}));
+  EXPECT_EQ(output("complete 'reload '"), json::array());
   EXPECT_EQ(output("complete 'nonsense '"), json::array());
 }
 

@@ -88,7 +88,7 @@ class ClientOfADaemon : public ::testing::Test {
     std::thread daemon([&] {
       const FileHandle client = acceptClient();
       static_cast<void>(requestOf(client));
-      answer(client, bytes);
+      static_cast<void>(::send(client.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL));
     });
     std::istringstream in;
     std::ostringstream out;
@@ -289,6 +289,70 @@ TEST_F(ClientOfADaemon, RefusesAnAnswerThatNestsDeeply) {
   const std::string closed(1'000'000, ']');
   sendFor("{\"status\":0,\"output\":" + opened + closed + "}\n", true);
   EXPECT_EQ(error_, path_ + ": the answer nests deeper than 100 levels");
+}
+
+TEST_F(ClientOfADaemon, PrintsAnAnswerThatIsLongerThanWhatItKeeps) {
+  std::string lines;
+  while (lines.size() <= Limits::answerBytes)
+    lines += std::string(1000, 'x') + "\\n";
+  const Printed text = ctl("{\"status\":0,\"output\":\"" + lines + "\"}\n", false);
+  EXPECT_EQ(text.status, ExitStatus::success);
+  EXPECT_EQ(text.err, "");
+  EXPECT_EQ(text.out.size(), lines.size() / 1002 * 1001);
+  std::string elements = "1";
+  while (elements.size() <= Limits::answerBytes)
+    elements += ",\"" + std::string(1000, 'y') + '"';
+  const Printed json = ctl("{\"status\":0,\"output\":[" + elements + "]}\n", true);
+  EXPECT_EQ(json.status, ExitStatus::success);
+  EXPECT_TRUE(json.out == '[' + elements + "]\n");
+}
+
+TEST_F(ClientOfADaemon, RefusesALineThatIsTooLong) {
+  const std::string line(Limits::answerBytes + 70000, 'x');
+  const Printed text = ctl("{\"status\":0,\"output\":\"ab\\n" + line, false);
+  EXPECT_EQ(text.status, ExitStatus::failure);
+  EXPECT_EQ(text.err, "error: " + path_ + ": a line or a value of the answer is longer than " +
+                          "8388608 bytes\n");
+  EXPECT_EQ(text.out, "ab\n");
+  const Printed json = ctl("{\"status\":0,\"output\":[1,\"" + line, true);
+  EXPECT_EQ(json.err, text.err);
+}
+
+TEST_F(ClientOfADaemon, ReportsAnEndInsideTheOutput) {
+  for (const char* const begun :
+       {"{\"status\":0,\"output\":\"ab\\ncd", "{\"status\":0,\"output\":\"ab\\n\"",
+        "{\"status\":0,\"output\":\"ab\\n\\"}) {
+    const Printed text = ctl(begun, false);
+    EXPECT_EQ(text.status, ExitStatus::failure);
+    EXPECT_EQ(text.out, "ab\n");
+    EXPECT_EQ(text.err, "error: " + path_ +
+                            ": the daemon closed the connection before the end of the answer\n");
+  }
+  const Printed json = ctl("{\"status\":0,\"output\":[1,{\"a\":", true);
+  EXPECT_EQ(json.err, "error: " + path_ +
+                          ": the daemon closed the connection before the end of the answer\n");
+}
+
+TEST_F(ClientOfADaemon, PrintsEachKindOfJsonValueWithoutBlanks) {
+  const Printed json = ctl(
+      "{\"status\":0,\"output\":{\"a\": [1, -2, 2.50, true, false, null], \"b\": {}, \"c\": [[], "
+      "{\"d\": \"\\n\"}]}}\n",
+      true);
+  EXPECT_EQ(json.out, "{\"a\":[1,-2,2.50,true,false,null],\"b\":{},\"c\":[[],{\"d\":\"\\n\"}]}\n");
+  EXPECT_EQ(json.err, "");
+}
+
+TEST_F(ClientOfADaemon, ReportsOutputThatIsNoJsonAsTheAnswerOfAnotherProgram) {
+  for (const char* const bytes :
+       {"{\"status\":0,\"output\":[}\n", "{\"status\":0,\"output\":[]]\n"}) {
+    EXPECT_THAT(ctl(bytes, true).err,
+                ::testing::StartsWith("error: " + path_ +
+                                      ": the process that listens there is not zel-agent"))
+        << bytes;
+  }
+  EXPECT_THAT(ctl("{\"status\":0,\"output\":\"\\q\\n\"}\n", false).err,
+              ::testing::StartsWith("error: " + path_ +
+                                    ": the process that listens there is not zel-agent"));
 }
 
 TEST_F(ClientOfADaemon, PrintsNoControlsOfTheTerminal) {
