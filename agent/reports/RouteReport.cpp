@@ -15,7 +15,7 @@ namespace {
 
 using Kind = SoftChip::Route::Kind;
 
-const char* toText(RouteState::Result result) {
+const char* nameOf(RouteState::Result result) {
   switch (result) {
     case RouteState::Result::programmed:
       return "programmed";
@@ -29,7 +29,7 @@ const char* toText(RouteState::Result result) {
   return "not programmed";
 }
 
-const char* toText(Kind kind) {
+const char* nameOf(Kind kind) {
   return kind == Kind::egress ? "egress" : kind == Kind::drop ? "drop" : "decap";
 }
 
@@ -37,7 +37,7 @@ const char* originText(const RouteState& route) {
   return route.origin == RouteState::Origin::event ? "event" : "configured";
 }
 
-std::string toText(const NextHop& nextHop) {
+std::string nextHopText(const NextHop& nextHop) {
   if (nextHop.drops) return "drop";
   std::vector<std::string> words;
   if (nextHop.address) words.push_back(toText(*nextHop.address));
@@ -49,18 +49,18 @@ std::string toText(const NextHop& nextHop) {
 std::string nextHopsText(const RouteState& route) {
   std::vector<std::string> texts;
   for (const NextHop& nextHop : route.nextHops)
-    texts.push_back(toText(nextHop));
+    texts.push_back(nextHopText(nextHop));
   return texts.empty() ? "-" : joined(texts, ", ");
 }
 
 std::string resolvedText(const RouteState& route) {
   if (!route.resolved) return "-";
-  if (route.resolved->kind != Kind::egress) return toText(route.resolved->kind);
+  if (route.resolved->kind != Kind::egress) return nameOf(route.resolved->kind);
   return printable(route.resolved->intf, Limits::shownTextBytes);
 }
 
 std::string stateText(const RouteState& route) {
-  const std::string state = toText(route.result);
+  const std::string state = nameOf(route.result);
   return route.reason.empty() ? state : state + ": " + route.reason;
 }
 
@@ -87,7 +87,7 @@ OrderedJson nextHopsJson(const RouteState& route) {
 
 OrderedJson resolvedJson(const RouteState& route) {
   if (!route.resolved) return nullptr;
-  return {{"kind", toText(route.resolved->kind)}, {"interface", route.resolved->intf}};
+  return {{"kind", nameOf(route.resolved->kind)}, {"interface", route.resolved->intf}};
 }
 
 std::string elementOf(const RouteState& route) {
@@ -96,7 +96,7 @@ std::string elementOf(const RouteState& route) {
                   {"origin", originText(route)},
                   {"nextHops", nextHopsJson(route)},
                   {"resolved", resolvedJson(route)},
-                  {"state", toText(route.result)},
+                  {"state", nameOf(route.result)},
                   {"reason", route.reason}});
 }
 

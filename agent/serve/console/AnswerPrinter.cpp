@@ -16,12 +16,13 @@ namespace {
 constexpr std::string_view answerEnd = "}\n";
 
 [[noreturn]] void failAsOtherProgram(const AnswerSource& source, std::string_view bytes) {
-  source.fail("the process that listens there is not zel-agent; it answered " + inQuotes(bytes));
+  throw source.errorOf("the process that listens there is not zel-agent; it answered " +
+                       inQuotes(bytes));
 }
 
 [[noreturn]] void failAsTooLong(const AnswerSource& source) {
-  source.fail("a line or a value of the answer is longer than " +
-              std::to_string(Limits::answerBytes) + " bytes");
+  throw source.errorOf("a line or a value of the answer is longer than " +
+                       std::to_string(Limits::answerBytes) + " bytes");
 }
 
 void readEnd(std::string bytes, AnswerSource& source) {
@@ -137,8 +138,8 @@ class JsonPrinter final : public nlohmann::json_sax<OrderedJson> {
   // The object that contains the output is a level too.
   bool open(char bracket) {
     if (++levels_ >= Limits::answerLevels) {
-      source_.fail("the answer nests deeper than " + std::to_string(Limits::answerLevels) +
-                   " levels");
+      throw source_.errorOf("the answer nests deeper than " + std::to_string(Limits::answerLevels) +
+                            " levels");
     }
     print(std::string(1, bracket));
     needsComma_ = false;

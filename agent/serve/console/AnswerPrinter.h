@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "agent/language/Errors.h"
+
 namespace ZelAgent {
 
 /// The bytes of an answer that arrive one part after another.
@@ -12,7 +14,7 @@ class AnswerSource {
   /// The next bytes, at least one. Throws a `SocketError` at the end and when it waits too long.
   [[nodiscard]] virtual std::string_view next() = 0;
   /// The error for an answer that is wrong.
-  [[noreturn]] virtual void fail(const std::string& what) const = 0;
+  [[nodiscard]] virtual SocketError errorOf(const std::string& what) const = 0;
 
  protected:
   ~AnswerSource() = default;

@@ -81,10 +81,12 @@ class ReceivedBytes final : public AnswerSource {
   [[nodiscard]] std::string_view next() override {
     const auto got = uninterrupted([&] { return read(socket_.get(), block_, sizeof block_); });
     if (got < 0) failOnRead(path_, wait_);
-    if (got == 0) fail(std::string("the daemon closed the connection ") + whenClosed_);
+    if (got == 0) throw errorOf(std::string("the daemon closed the connection ") + whenClosed_);
     return {block_, static_cast<std::size_t>(got)};
   }
-  [[noreturn]] void fail(const std::string& what) const override { failAt(path_, what); }
+  [[nodiscard]] SocketError errorOf(const std::string& what) const override {
+    return SocketError(printable(path_, Limits::shownTextBytes) + ": " + what);
+  }
 
   // The output begins.
   void noteOutput() noexcept { whenClosed_ = "before the end of the answer"; }
@@ -101,7 +103,8 @@ std::string lineFrom(ReceivedBytes& source, std::string line) {
   while (!line.ends_with('\n')) {
     line += source.next();
     if (line.size() > Limits::answerBytes) {
-      source.fail("the answer is longer than " + std::to_string(Limits::answerBytes) + " bytes");
+      throw source.errorOf("the answer is longer than " + std::to_string(Limits::answerBytes) +
+                           " bytes");
     }
   }
   return line;

@@ -37,9 +37,9 @@ TEST(ReportPages, AShortReportIsOnePage) {
             "  0       of the list\n"
             "  1       of the list\n");
   EXPECT_FALSE(text->hasNext());
-  const auto json = pagesOf(numberFormat(), rowsOfList(numbersTo(3)), true);
-  EXPECT_EQ(json->next(), "[0,1,2]");
-  EXPECT_FALSE(json->hasNext());
+  const auto array = pagesOf(numberFormat(), rowsOfList(numbersTo(3)), true);
+  EXPECT_EQ(array->next(), "[0,1,2]");
+  EXPECT_FALSE(array->hasNext());
 }
 
 TEST(ReportPages, AReportWithoutRowsIsOneLineOrAnEmptyArray) {
@@ -115,7 +115,7 @@ TEST(ReportPages, AMillionRowsAreReadNoFasterThanPagesAreTaken) {
   std::size_t read = 0;
   const ReadRows<std::string> source = [&read](std::vector<std::string>& rows) {
     for (std::size_t row = 0; row < rowsOfARead; ++row)
-      rows.emplace_back(rowBytes, '1');
+      rows.push_back(std::string(rowBytes, '1'));
     read += rowsOfARead;
     return read < 1'000'000;
   };

@@ -101,10 +101,10 @@ TEST_F(ShowFilters, SelectUsers) {
   EXPECT_EQ(shown("show users vrf blue policy core"),
             "  ACTION          INTERFACE  POLICY     RULE\n"
             "  actionVrf blue  e3         red: core  7\n");
-  const OrderedJson json = shownJson("show users vrf red");
-  ASSERT_EQ(json.size(), 1U);
-  EXPECT_EQ(json[0]["vrfName"], "red");
-  EXPECT_EQ(json[0]["usedBy"].size(), 2U);
+  const OrderedJson users = shownJson("show users vrf red");
+  ASSERT_EQ(users.size(), 1U);
+  EXPECT_EQ(users[0]["vrfName"], "red");
+  EXPECT_EQ(users[0]["usedBy"].size(), 2U);
 }
 
 TEST_F(ShowFilters, SelectTheUsersOfActionsThatFailed) {
@@ -166,12 +166,12 @@ TEST_F(ShowFilters, InterfacesHaveTheirVrfPoliciesAndRules) {
       "  e3         red      red          core           -           1           0        no\n"
       "  e4         red      -            -              -           0           0        no\n");
   applyWithRoomFor(2);
-  const OrderedJson json = shownJson("show interfaces");
-  EXPECT_EQ(json[1].dump(),
+  const OrderedJson interfaces = shownJson("show interfaces");
+  EXPECT_EQ(interfaces[1].dump(),
             R"({"interface":"e2","vrfName":"default","networkInstance":"default",)"
             R"("vrfSelectionPolicy":"edge","forwardingPolicy":null,"programmed":0,"refused":2,)"
             R"("closed":true})");
-  EXPECT_EQ(json[0]["closed"], false);
+  EXPECT_EQ(interfaces[0]["closed"], false);
 }
 
 TEST_F(ShowFilters, PoliciesHaveTheInterfacesThatApplyThem) {
