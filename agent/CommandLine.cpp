@@ -107,6 +107,7 @@ std::string exitStatuses(const StatusTexts& texts) {
 struct CommandLine {
   RunOptions run;
   CheckOptions check;
+  DiffOptions diff;
   FallbackGraphOptions fallbackGraph;
   ForwardOptions forward;
   ExplainOptions explain;
@@ -169,6 +170,17 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
                             "with --strict, a rule or an action was not programmed on the chip; or "
                             "standard output or FILE of --trace-ring cannot be written",
                             "the command line, a configuration or the event file is wrong"}));
+}
+
+void describeDiff(CLI::App& app, CommandLine& commandLine) {
+  CLI::App* const diff =
+      app.add_subcommand("diff", "Print what differs from one configuration to another");
+  diff->add_option("BEFORE", commandLine.diff.before, "An OpenConfig JSON file")->required();
+  diff->add_option("AFTER", commandLine.diff.after, "Another one")->required();
+  diff->add_flag("--json", commandLine.diff.json, "Print the differences as JSON");
+  diff->footer(exitStatuses({"the configurations do not differ",
+                             "they differ, or standard output cannot be written",
+                             "the command line or a configuration is wrong"}));
 }
 
 void describeFallbackGraph(CLI::App& app, CommandLine& commandLine) {
@@ -338,6 +350,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing co
     const ExitStatus kept = keepTraceIn(*commandLine.traceRing, err);
     if (kept != ExitStatus::success) return kept;
   }
+  if (app.got_subcommand("diff")) return showDifference(commandLine.diff, out, err);
   if (app.got_subcommand("fallback-graph")) {
     return showFallbackGraph(commandLine.fallbackGraph, out, err);
   }
@@ -370,6 +383,7 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, Print
   app.require_subcommand(1);
   describeRun(app, commandLine);
   describeCheck(app, commandLine);
+  describeDiff(app, commandLine);
   describeFallbackGraph(app, commandLine);
   describeForward(app, commandLine);
   describeExplain(app, commandLine);

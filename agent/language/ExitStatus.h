@@ -11,7 +11,8 @@ namespace ZelAgent {
 enum class ExitStatus : int {
   success = 0,
   /// With --strict: a rule or an action was not programmed on the chip. Also: the output could not
-  /// be written, a socket could not be made, or no daemon could be reached.
+  /// be written, a socket could not be made, no daemon could be reached, or `diff` found a
+  /// difference.
   failure = 1,
   /// A configuration, another input file or the command line is wrong. Nothing of the wrong input
   /// was applied.

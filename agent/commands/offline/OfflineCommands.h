@@ -54,6 +54,17 @@ struct RunOptions {
 [[nodiscard]] ExitStatus runConfigurations(const RunOptions& options, std::ostream& out,
                                            std::ostream& err);
 
+struct DiffOptions {
+  std::string before;  // a configuration
+  std::string after;
+  bool json = false;
+};
+
+/// `zel-agent diff`: prints what differs from one configuration to the other, as DifferenceReport.h
+/// describes. Returns `failure` if they differ.
+[[nodiscard]] ExitStatus showDifference(const DiffOptions& options, std::ostream& out,
+                                        std::ostream& err);
+
 struct FallbackGraphOptions {
   std::string configuration;
   bool dot = false;

@@ -3,8 +3,11 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/commands/served/CommandCall.h"
+#include "agent/config/OpenConfigReader.h"
+#include "agent/model/differences/ConfigurationDifference.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/packets/PacketText.h"
+#include "agent/reports/DifferenceReport.h"
 #include "agent/reports/EventReport.h"
 #include "agent/reports/PathReport.h"
 
@@ -13,6 +16,16 @@ namespace ZelAgent {
 CommandOutput reload(const CommandCall& call) {
   const std::vector<std::string> warnings = call.served.reload();
   return withWarnings(call, warnings, showActions(call));
+}
+
+CommandOutput diff(const CommandCall& call) {
+  const ReadConfiguration read = readOpenConfigFile(call.served.record().file);
+  const ConfigurationDifference difference =
+      differenceOf(call.served.agent().configuration(), read.configuration);
+  return withWarnings(call, read.warnings,
+                      outputOf(
+                          call, [&](std::ostream& out) { writeTextReport(out, difference); },
+                          [&] { return toJson(difference); }));
 }
 
 CommandOutput playEvent(const CommandCall& call) {

@@ -62,6 +62,8 @@ constexpr CommandRow rows[] = {
     {"show config", "The configuration in force, and the results of reloads", showConfig},
     {"show limits", "The limits in force, and the option that changes each", showLimits},
     {"reload", "Read the configuration file again and apply it, as SIGHUP does", reload},
+    {"diff", "What a reload would change: the configuration in force, and its file as it is now",
+     diff},
     {"config FILE", "Apply a file, from the daemon's folder, as a change of the configuration",
      playEvent},
     {"vrf NAME id N", "The hardware assigns the id N to the VRF; 0 removes the id", playEvent},

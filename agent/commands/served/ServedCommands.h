@@ -42,6 +42,9 @@ namespace ZelAgent {
 /// `reload`: the output of `show actions`, with the warnings of the file. A wrong file changes
 /// nothing and is a `ConfigError`.
 [[nodiscard]] CommandOutput reload(const CommandCall& call);
+/// `diff`: what a reload would change in the configuration in force, with the warnings of the file.
+/// Facts that events have changed are no part of a configuration.
+[[nodiscard]] CommandOutput diff(const CommandCall& call);
 /// An event, read and played as from an event file.
 [[nodiscard]] CommandOutput playEvent(const CommandCall& call);
 /// `explain INTERFACE PACKET`: the path of a packet, written as PacketText.h describes. It changes

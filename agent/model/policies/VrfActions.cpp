@@ -9,19 +9,6 @@ namespace {
 
 using PolicyMap::ActionType;
 
-std::optional<VrfAction> vrfActionOf(const RuleAction& action) {
-  if (const auto* const lookUp = std::get_if<LookUp>(&action)) {
-    return VrfAction(lookUp->vrf, ActionType::vrf);
-  }
-  if (const auto* const decapsulate = std::get_if<Decapsulate>(&action)) {
-    VrfAction vrfAction(decapsulate->decapVrf, ActionType::decapVrf);
-    vrfAction.fallbackVrfNameIs(decapsulate->fallbackVrf);
-    vrfAction.postDecapVrfNameIs(decapsulate->postDecapVrf);
-    return vrfAction;
-  }
-  return std::nullopt;
-}
-
 void addUsersOf(const NetworkInstance& instance, const PolicyBinding& binding, ActionUsers& users) {
   const auto policy = std::find_if(
       instance.policies.begin(), instance.policies.end(),
@@ -35,6 +22,19 @@ void addUsersOf(const NetworkInstance& instance, const PolicyBinding& binding, A
 }
 
 }  // namespace
+
+std::optional<VrfAction> vrfActionOf(const RuleAction& action) {
+  if (const auto* const lookUp = std::get_if<LookUp>(&action)) {
+    return VrfAction(lookUp->vrf, ActionType::vrf);
+  }
+  if (const auto* const decapsulate = std::get_if<Decapsulate>(&action)) {
+    VrfAction vrfAction(decapsulate->decapVrf, ActionType::decapVrf);
+    vrfAction.fallbackVrfNameIs(decapsulate->fallbackVrf);
+    vrfAction.postDecapVrfNameIs(decapsulate->postDecapVrf);
+    return vrfAction;
+  }
+  return std::nullopt;
+}
 
 std::optional<VrfAction> vrfActionOf(const PolicyMap::RuleAction& action) {
   if (action.type != ActionType::vrf && action.type != ActionType::decapVrf) return std::nullopt;
