@@ -64,6 +64,10 @@ INSTANTIATE_TEST_SUITE_P(
              "  0  every configuration is right\n"
              "  1  standard output cannot be written\n"
              "  2  the command line or a configuration is wrong\n"},
+        Help{"diff",
+             "  0  the configurations do not differ\n"
+             "  1  they differ, or standard output cannot be written\n"
+             "  2  the command line or a configuration is wrong\n"},
         Help{"fallback-graph",
              "  0  the graph was printed\n"
              "  1  standard output cannot be written\n"

@@ -30,14 +30,12 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Usage{"NoCommand",
               {},
-              "a command is required, one of: run, check, fallback-graph, forward, explain, serve, "
-              "ctl, "
-              "trace, show; see zel-agent"},
+              "a command is required, one of: run, check, diff, fallback-graph, forward, explain, "
+              "serve, ctl, trace, show; see zel-agent"},
         Usage{"UnknownCommand",
               {"walk"},
-              "a command is required, one of: run, check, fallback-graph, forward, explain, serve, "
-              "ctl, "
-              "trace, show; see zel-agent"},
+              "a command is required, one of: run, check, diff, fallback-graph, forward, explain, "
+              "serve, ctl, trace, show; see zel-agent"},
         Usage{"EventsWithoutAFile",
               {"run", "x.json", "--events"},
               "--events: 1 required FILE missing; see zel-agent run"},
@@ -165,9 +163,8 @@ INSTANTIATE_TEST_SUITE_P(
               "The following argument was not expected: run; see zel-agent fallback-graph"},
         Usage{"UnknownOptionWithoutACommand",
               {"--fast"},
-              "a command is required, one of: run, check, fallback-graph, forward, explain, serve, "
-              "ctl, "
-              "trace, show; see zel-agent"},
+              "a command is required, one of: run, check, diff, fallback-graph, forward, explain, "
+              "serve, ctl, trace, show; see zel-agent"},
         Usage{"OptionOfACommandInFrontOfIt",
               {"--json", "run", "x.json"},
               "The following argument was not expected: --json; see zel-agent run"},

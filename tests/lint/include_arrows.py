@@ -84,7 +84,9 @@ def platform_rows():
 AGENT_LAYERS = [
     ["agent/language"],
     ["agent/config"],
+    ["agent/model/calls"],
     ["agent/model/policies", "agent/model/routes"],
+    ["agent/model/differences"],
     ["agent/model/forwarding"],
     ["agent/model/events"],
     ["agent/model/packets"],

@@ -23,7 +23,7 @@ void addUsersOf(const NetworkInstance& instance, const PolicyBinding& binding, A
 
 }  // namespace
 
-std::optional<VrfAction> vrfActionOf(const RuleAction& action) {
+std::optional<VrfAction> vrfActionOf(const ZelAgent::RuleAction& action) {
   if (const auto* const lookUp = std::get_if<LookUp>(&action)) {
     return VrfAction(lookUp->vrf, ActionType::vrf);
   }

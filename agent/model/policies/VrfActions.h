@@ -29,7 +29,7 @@ using ActionUsers = std::map<VrfAction, std::set<ActionUser>>;
 
 /// The VRF action that a rule with this action uses. Nothing for `none` and `discard`.
 [[nodiscard]] std::optional<VrfAction> vrfActionOf(const PolicyMap::RuleAction& action);
-[[nodiscard]] std::optional<VrfAction> vrfActionOf(const RuleAction& action);
+[[nodiscard]] std::optional<VrfAction> vrfActionOf(const ZelAgent::RuleAction& action);
 
 /// Which VRF actions the configuration needs, and who uses each. Rules of policies that are applied
 /// to no interface have no users.
