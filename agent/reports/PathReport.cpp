@@ -195,7 +195,7 @@ const RuleState& PathReport::ruleAt(std::size_t place) const {
 PathReport explain(ForwardingAgent& agent, const std::string& interface,
                    std::span<const std::uint8_t> packet) {
   PathReport path(agent.rules(interface));
-  static_cast<void>(agent.forwarder().forward(interface, packet, &path));
+  static_cast<void>(agent.forwarder().explain(interface, packet, path));
   return path;
 }
 

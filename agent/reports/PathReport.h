@@ -69,8 +69,7 @@ class PathReport final : public SoftChip::PacketWay {
   std::vector<OrderedJson> steps_;
 };
 
-/// Forwards a packet that arrives on the interface, and returns its path. The packet is counted
-/// like any other.
+/// The path of a packet that arrives on the interface. No counter counts the packet.
 [[nodiscard]] PathReport explain(ForwardingAgent& agent, const std::string& interface,
                                  std::span<const std::uint8_t> packet);
 

@@ -46,12 +46,13 @@ const std::vector<unsigned char>& exactMatchLensOf(const VrfFacts& vrf, Ip::Fami
 class Forwarder::Passage final {
  public:
   Passage(Forwarder& forwarder, const std::string& intf, std::span<const std::uint8_t> packet,
-          PacketWay* way)
+          PacketWay* way, bool counts)
       : forwarder_(forwarder),
         intf_(intf),
         packet_(packet),
         arrivedBytes_(packet.size()),
-        way_(way) {}
+        way_(way),
+        counts_(counts) {}
 
   Verdict verdict() {
     const ParsedHeader parsed = parse(packet_);
@@ -76,7 +77,7 @@ class Forwarder::Passage final {
   const RuleAction* actionOfFirstMatch(const Velo::String& intf) {
     const auto place = way_ == nullptr ? forwarder_.rules_.classify(intf, header_) : tryRules(intf);
     if (!place) return nullptr;
-    forwarder_.rules_.count(intf, *place, header_.totalLength);
+    if (counts_) forwarder_.rules_.count(intf, *place, header_.totalLength);
     return &forwarder_.rules_.rules(intf)[*place].action;
   }
 
@@ -174,7 +175,7 @@ class Forwarder::Passage final {
     if (!ttlDown(verdict.packet)) return drop(DropReason::ttlExpired);
     verdict.egress = found.hit.route->intf;
     --header_.ttl;
-    forwarder_.vrfCounters_[found.vrf->name].add(packet_.size());
+    if (counts_) forwarder_.vrfCounters_[found.vrf->name].add(packet_.size());
     if (way_ != nullptr) way_->left(verdict.egress, found.vrf->name, header_);
     return verdict;
   }
@@ -224,7 +225,7 @@ class Forwarder::Passage final {
   }
 
   Verdict drop(DropReason reason, std::string_view detail = {}) {
-    forwarder_.dropCounters_[static_cast<std::size_t>(reason)].add(arrivedBytes_);
+    if (counts_) forwarder_.dropCounters_[static_cast<std::size_t>(reason)].add(arrivedBytes_);
     if (way_ != nullptr) way_->dropped(reason, detail);
     Verdict verdict;
     verdict.drop = reason;
@@ -236,6 +237,7 @@ class Forwarder::Passage final {
   std::span<const std::uint8_t> packet_;
   std::size_t arrivedBytes_;
   PacketWay* way_;
+  bool counts_;
   PacketHeader header_;
   std::vector<const VrfFacts*> triedVrfs_;  // for the current destination
 };
@@ -254,7 +256,12 @@ void Forwarder::intfVrfDel(const std::string& intf) {
 
 Verdict Forwarder::forward(const std::string& intf, std::span<const std::uint8_t> ipPacket,
                            PacketWay* way) {
-  return Passage(*this, intf, ipPacket, way).verdict();
+  return Passage(*this, intf, ipPacket, way, true).verdict();
+}
+
+Verdict Forwarder::explain(const std::string& intf, std::span<const std::uint8_t> ipPacket,
+                           PacketWay& way) {
+  return Passage(*this, intf, ipPacket, &way, false).verdict();
 }
 
 std::map<L3::VrfName, PacketCounter> Forwarder::vrfCounters() const {

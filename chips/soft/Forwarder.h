@@ -31,8 +31,8 @@ struct Verdict {
 /// Forwards packets by the chip's rules, resources and routes.
 ///
 /// A packet that uses a resource follows the program of the resource only, even if the program is
-/// stale. Every packet is dropped for one reason or leaves by one interface, and is counted once.
-/// The steps for a packet that enters by an interface:
+/// stale. Every packet is dropped for one reason or leaves by one interface. `forward` counts it
+/// once. The steps for a packet that enters by an interface:
 ///
 ///   1. The first rule of the interface that matches the outer header gives the action.
 ///   2. Without a match a closed interface drops the packet. Without a match on an open interface,
@@ -59,6 +59,9 @@ class Forwarder final {
   /// `way` is null, the rules are searched by the compiled classifier.
   [[nodiscard]] Verdict forward(const std::string& intf, std::span<const std::uint8_t> ipPacket,
                                 PacketWay* way = nullptr);
+  /// The same without counting the packet.
+  [[nodiscard]] Verdict explain(const std::string& intf, std::span<const std::uint8_t> ipPacket,
+                                PacketWay& way);
 
   /// The packets that left by a route of each VRF, counted with their sizes as they left. A VRF
   /// without such packets is absent.

@@ -9,6 +9,7 @@
 #include "tests/agent/AgentCall.h"
 #include "tests/agent/CaptureFile.h"
 #include "tests/agent/LogTimes.h"
+#include "tests/agent/OpenConfigBuilder.h"
 #include "tests/agent/SmallConfigurations.h"
 
 namespace ZelAgent {
@@ -21,6 +22,10 @@ class CommandLineOptions : public ::testing::Test {
   // Two actions. The chip has no room for the second if its capacity is 1.
   const std::string two_ = writeSmall("two.json", {{{"red"}, {"blue"}}, {"blue", "red"}, {"e1"}});
   const std::string empty_ = writeSmall("empty.json", {{}, {}, {}});
+  // Interfaces only.
+  const std::string ports_ = writeFile(
+      "ports.json",
+      OpenConfigBuilder().intf("DEFAULT", "e1").intf("DEFAULT", "e2").intf("DEFAULT", "e9").text());
   const std::string wrong_ = writeFile("wrong.json", "7");
   const std::string noFile_ = pathInTestFolder("missing");
   const std::string exhausted_ =
@@ -229,13 +234,13 @@ std::vector<std::string> explainOf(const std::string& file,
 }
 
 TEST_F(CommandLineOptions, ExplainPrintsTextOrJson) {
-  expectCall(callAgent(explainOf(empty_, {})), 0,
+  expectCall(callAgent(explainOf(ports_, {})), 0,
              "packet ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 64, 28 bytes\n"
              "interface VRF default: no rule matches\n"
              "look up 192.0.2.2 in VRF default (id 1): miss\n"
              "drop noRoute: no VRF that it was looked up in has a route\n",
              "");
-  expectCall(callAgent(explainOf(empty_, {"--json"})), 0,
+  expectCall(callAgent(explainOf(ports_, {"--json"})), 0,
              R"([{"step":"packet","packet":{"family":"ipv4","source":"192.0.2.1",)"
              R"("destination":"192.0.2.2","protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":28}},)"
              R"({"step":"interfaceVrf","vrfName":"default","because":"no rule matches"},)"
@@ -249,7 +254,7 @@ TEST_F(CommandLineOptions, ExplainPrintsTextOrJson) {
 
 TEST_F(CommandLineOptions, ExplainPlaysEventsFirst) {
   const std::string events = writeFile("events", "route default 0.0.0.0/0 via e9\n");
-  const CallOutcome outcome = callAgent(explainOf(empty_, {"--events", events}));
+  const CallOutcome outcome = callAgent(explainOf(ports_, {"--events", events}));
   EXPECT_EQ(outcome.status, 0);
   EXPECT_TRUE(outcome.out.ends_with(
       "\nforward via e9: ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 63, 28 bytes\n"))
@@ -257,16 +262,16 @@ TEST_F(CommandLineOptions, ExplainPlaysEventsFirst) {
 }
 
 TEST_F(CommandLineOptions, ExplainReturnsEachStatus) {
-  expectCall(callAgentWithoutOutput(explainOf(empty_, {})), 1, "", unwritable);
-  expectCall(callAgentWithoutOutput(explainOf(empty_, {"--json"})), 1, "", unwritable);
+  expectCall(callAgentWithoutOutput(explainOf(ports_, {})), 1, "", unwritable);
+  expectCall(callAgentWithoutOutput(explainOf(ports_, {"--json"})), 1, "", unwritable);
   expectCall(callAgent(explainOf(wrong_, {})), 2, "", wrongError_);
   const std::string events = writeFile("events", "\nwalk\n");
-  const CallOutcome outcome = callAgent(explainOf(empty_, {"--events", events}));
+  const CallOutcome outcome = callAgent(explainOf(ports_, {"--events", events}));
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.out, "");
   EXPECT_TRUE(outcome.err.starts_with("error: " + events + ":2: ")) << outcome.err;
   const CallOutcome noPacket =
-      callAgent({"explain", empty_, "--in", "e1", "--packet", "ipv4 192.0.2.1 to 192.0.2.2 x"});
+      callAgent({"explain", ports_, "--in", "e1", "--packet", "ipv4 192.0.2.1 to 192.0.2.2 x"});
   EXPECT_EQ(noPacket.status, 2);
   EXPECT_TRUE(noPacket.err.starts_with("error: --packet: ")) << noPacket.err;
 }
@@ -289,9 +294,9 @@ class ForwardOptionsTest : public CommandLineOptions {
 };
 
 TEST_F(ForwardOptionsTest, ForwardPrintsTextOrJson) {
-  expectCall(callAgent(forward(empty_, {})), 0,
+  expectCall(callAgent(forward(ports_, {})), 0,
              "  DROPPED  PACKETS  BYTES\n  noRoute  1        30\n  frames without IP: 1\n", "");
-  expectCall(callAgent(forward(empty_, {"--json"})), 0,
+  expectCall(callAgent(forward(ports_, {"--json"})), 0,
              R"({"rules":[],"vrfs":[],"drops":[{"reason":"noRoute","packets":1,"bytes":30}],)"
              R"("notIp":1})"
              "\n",
@@ -301,25 +306,25 @@ TEST_F(ForwardOptionsTest, ForwardPrintsTextOrJson) {
 
 TEST_F(ForwardOptionsTest, ForwardPlaysEventsFirst) {
   const std::string events = writeFile("events", "route default 0.0.0.0/0 via e9\n");
-  expectCall(callAgent(forward(empty_, {"--events", events})), 0,
+  expectCall(callAgent(forward(ports_, {"--events", events})), 0,
              "  VRF      PACKETS  BYTES\n  default  1        30\n  frames without IP: 1\n", "");
   EXPECT_EQ(namesIn(out_), std::vector<std::string>{"e9.pcap"});
 }
 
 TEST_F(ForwardOptionsTest, ForwardTakesSeveralCaptures) {
-  expectCall(callAgent(forward(empty_, {"--in", "e2=" + capture_})), 0,
+  expectCall(callAgent(forward(ports_, {"--in", "e2=" + capture_})), 0,
              "  DROPPED  PACKETS  BYTES\n  noRoute  2        60\n  frames without IP: 2\n", "");
 }
 
 TEST_F(ForwardOptionsTest, ForwardReturnsEachStatus) {
-  expectCall(callAgentWithoutOutput(forward(empty_, {})), 1, "", unwritable);
-  expectCall(callAgentWithoutOutput(forward(empty_, {"--json"})), 1, "", unwritable);
+  expectCall(callAgentWithoutOutput(forward(ports_, {})), 1, "", unwritable);
+  expectCall(callAgentWithoutOutput(forward(ports_, {"--json"})), 1, "", unwritable);
   expectCall(callAgent(forward(wrong_, {})), 2, "", wrongError_);
-  expectCall(callAgent(forward(empty_, {"--events", noFile_})), 2, "",
+  expectCall(callAgent(forward(ports_, {"--events", noFile_})), 2, "",
              "error: " + noFile_ +
                  ": cannot be read: No such file or directory; give a readable event file\n");
   for (const char* const in : {"e1", "=f", ""}) {
-    expectCall(callAgent(forward(empty_, {"--in", in})), 2, "",
+    expectCall(callAgent(forward(ports_, {"--in", in})), 2, "",
                std::string("error: --in must be INTERFACE=FILE, not \"") + in + "\"\n");
   }
 }

@@ -13,6 +13,7 @@
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventLine.h"
+#include "agent/model/events/EventNames.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
@@ -81,6 +82,13 @@ std::vector<Source> openAll(const std::vector<std::string>& captures) {
   return sources;
 }
 
+void checkInterfaces(ForwardingAgent& agent, const std::vector<Source>& sources) {
+  for (const Source& source : sources) {
+    const std::string problem = problemWithInterface(agent, source.interface());
+    if (!problem.empty()) throw CaptureError("--in: INTERFACE " + problem);
+  }
+}
+
 ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
                            CaptureFolder& folder) {
   std::uint64_t notIp = 0;
@@ -120,6 +128,7 @@ std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
   EventPlayer player(*agent, std::filesystem::path(*events).parent_path(), leniency);
   forEachEvent(readTextFile(*events, "a readable event file"), *events,
                [&](const EventPlace& /*place*/, const Event& event) {
+                 checkNames(*agent, event);
                  reportWarnings(err, player.play(event).warnings);
                });
   return agent;
@@ -129,6 +138,7 @@ ExitStatus forwardCaptures(const ForwardOptions& options, std::ostream& out, std
   try {
     const auto agent = prepareAgent(options.configuration, options.events, err, options.leniency);
     std::vector<Source> sources = openAll(options.captures);
+    checkInterfaces(*agent, sources);
     CaptureFolder folder(options.folder);
     const ForwardCounters counters = forwardAll(*agent, sources, folder);
     folder.keep();
@@ -152,6 +162,7 @@ ExitStatus explainPacket(const ExplainOptions& options, std::ostream& out, std::
     needInterfaceName<EventError>(options.interface);
     const std::vector<std::uint8_t> packet = readWholePacket(options.packet);
     const auto agent = prepareAgent(options.configuration, options.events, err, options.leniency);
+    checkInterface(*agent, options.interface, "--in: INTERFACE");
     const PathReport report = explain(*agent, options.interface, packet);
     out << (options.json ? oneLine(report.json()) + '\n' : report.text());
   } catch (const ConfigError& error) {

@@ -9,6 +9,7 @@
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextFile.h"
+#include "agent/model/events/EventNames.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/EventReport.h"
@@ -59,6 +60,7 @@ class Run final {
     EventPlayer player(agent_, std::filesystem::path(file).parent_path(),
                        options_.leniency);
     forEachEvent(events, file, [&](const EventPlace& place, const Event& event) {
+      checkNames(agent_, event);
       const PlayedEvent played{place, event, player.play(event)};
       warn(played.effects.warnings);
       report(played);

@@ -5,6 +5,7 @@
 #include "agent/commands/served/CommandCall.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/model/differences/ConfigurationDifference.h"
+#include "agent/model/events/EventNames.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/packets/PacketText.h"
 #include "agent/reports/DifferenceReport.h"
@@ -30,6 +31,7 @@ CommandOutput diff(const CommandCall& call) {
 
 CommandOutput playEvent(const CommandCall& call) {
   const Event event = readEvent(call.line).value();
+  checkNames(call.served.agent(), event);
   const PlayedEvent played{{}, event, call.served.play(event)};
   const AgentState state = call.served.agent().state(userListsOf(call));
   return withWarnings(call, played.effects.warnings,
@@ -42,6 +44,7 @@ CommandOutput explainPacket(const CommandCall& call) {
   call.arguments.formIs("explain INTERFACE PACKET");
   const std::string interface = call.arguments.needInterface("INTERFACE");
   const std::vector<std::uint8_t> packet = readPacket(call.arguments);
+  checkInterface(call.served.agent(), interface, "explain INTERFACE PACKET: INTERFACE");
   const PathReport report = explain(call.served.agent(), interface, packet);
   return outputOf(
       call, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });

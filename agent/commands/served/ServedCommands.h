@@ -48,7 +48,7 @@ namespace ZelAgent {
 /// An event, read and played as from an event file.
 [[nodiscard]] CommandOutput playEvent(const CommandCall& call);
 /// `explain INTERFACE PACKET`: the path of a packet, written as PacketText.h describes. It changes
-/// only the counters, which count the packet.
+/// nothing, and no counter counts the packet.
 [[nodiscard]] CommandOutput explainPacket(const CommandCall& call);
 
 /// `help [WORD...]`: a line for each form that begins with the words.

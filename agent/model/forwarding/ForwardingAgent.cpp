@@ -112,6 +112,7 @@ void ForwardingAgent::apply(const Configuration& next) {
   takeDownInstances(instances);
   instances_ = std::move(instances);
   configuration_ = next;
+  names_.reset();
   reprogrammer_->stepOfConfiguration();
   routes_.program();
 }
@@ -136,6 +137,11 @@ void ForwardingAgent::removeAll() {
   routeStatus_->vrfPrefixLensInExactMatchDelAll();
   routeStatusV6_->vrfPrefixLensInExactMatchDelAll();
   routes_.clear();
+}
+
+const ConfiguredNames& ForwardingAgent::names() {
+  if (!names_) names_ = configuredNames(configuration_);
+  return *names_;
 }
 
 std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses() const {

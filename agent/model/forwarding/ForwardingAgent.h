@@ -12,6 +12,7 @@
 #include "agent/config/Configuration.h"
 #include "agent/language/Limits.h"
 #include "agent/model/forwarding/AgentState.h"
+#include "agent/model/forwarding/ConfiguredNames.h"
 #include "agent/model/forwarding/VrfIds.h"
 #include "agent/model/policies/PolicyObjects.h"
 #include "agent/model/policies/VrfActions.h"
@@ -70,6 +71,8 @@ class ForwardingAgent final {
 
   /// The configuration in force.
   [[nodiscard]] const Configuration& configuration() const noexcept { return configuration_; }
+  /// The names in the configuration in force. The first call after a change collects them.
+  [[nodiscard]] const ConfiguredNames& names();
   [[nodiscard]] AgentState state(UserLists lists = UserLists::all) const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
   /// Who uses each action: the rules that the chip holds.
@@ -171,6 +174,7 @@ class ForwardingAgent final {
   FallbackByInstance instances_;
   VrfByInterface interfaceVrfs_;
   Configuration configuration_;
+  std::optional<ConfiguredNames> names_;  // none after a change
 };
 
 }  // namespace ZelAgent

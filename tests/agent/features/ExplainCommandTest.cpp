@@ -195,13 +195,20 @@ TEST_F(ExplainCommandTest, AFileThatIsNotThereIsRefusedInOneLine) {
 
 TEST_F(ExplainCommandTest, AnInterfaceNameOverHundredBytesIsRefused) {
   const std::string packet = "ipv4 198.18.0.1 to 10.0.0.1";
-  EXPECT_EQ(runAgent({"explain", configuration_, "--in", std::string(100, 'e'), "--packet", packet})
-                .status,
-            0);
+  expectRefused(
+      runAgent({"explain", configuration_, "--in", std::string(100, 'e'), "--packet", packet}),
+      "--in: INTERFACE must be an interface of the configuration, found '" + std::string(100, 'e') +
+          "'");
   expectRefused(
       runAgent({"explain", configuration_, "--in", std::string(101, 'e'), "--packet", packet}),
       "--in: INTERFACE must be an interface name of 1 to 100 bytes, found \"" +
           std::string(100, 'e') + "...\"");
+}
+
+TEST_F(ExplainCommandTest, AMistypedInterfaceIsRefusedWithTheNearestOne) {
+  expectRefused(runAgent({"explain", configuration_, "--in", "Ethernt1", "--packet", "hex 00"}),
+                "--in: INTERFACE must be an interface of the configuration, found 'Ethernt1'; did "
+                "you mean 'Ethernet1'?");
 }
 
 TEST_F(ExplainCommandTest, MissingOptionsAreRefusedInOneLine) {

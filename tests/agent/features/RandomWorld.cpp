@@ -110,8 +110,11 @@ class WorldMaker final {
 
   void addInterfaces() {
     for (const std::string& interface : ingressInterfaces()) {
-      if (choices_.percent(70)) anyInstance().interfaces.push_back(interface);
+      NetworkInstance& instance = choices_.percent(70) ? anyInstance() : instances().front();
+      instance.interfaces.push_back(interface);
     }
+    for (unsigned number = 0; number < egressInterfaces; ++number)
+      instances().front().interfaces.push_back(egress(number));
   }
 
   void addPolicies() {
@@ -265,7 +268,7 @@ class WorldMaker final {
   }
 
   void setFallback() {
-    const SetFallback event{vrf(), vrf()};
+    const SetFallback event{existingVrf(), existingVrf()};
     fallbacks_.insert(event.vrf);
     add(event);
   }
@@ -294,7 +297,7 @@ class WorldMaker final {
 
   void planFaults() {
     PlanChipFaults event{{}, choices_.below(4)};
-    if (choices_.percent(70)) event.vrf = vrf();
+    if (choices_.percent(70)) event.vrf = existingVrf();
     add(event);
   }
 
@@ -320,7 +323,8 @@ class WorldMaker final {
 
   IpFamily family() { return choices_.percent(70) ? IpFamily::v4 : IpFamily::v6; }
 
-  std::string egress() { return "Ethernet" + std::to_string(20 + choices_.below(20)); }
+  std::string egress() { return egress(choices_.below(egressInterfaces)); }
+  static std::string egress(unsigned number) { return "Ethernet" + std::to_string(20 + number); }
 
   std::uint8_t length(IpFamily family) {
     static const std::vector<std::uint8_t> v4{0, 0, 8, 9, 16, 16, 22, 23, 24, 24, 30, 31, 32};
@@ -338,6 +342,8 @@ class WorldMaker final {
       address.bytes[bit / 8] &= static_cast<std::uint8_t>(~(0x80U >> bit % 8));
     return {address, length};
   }
+
+  static constexpr unsigned egressInterfaces = 20;
 
   RandomChoices& choices_;
   RandomWorld world_;

@@ -37,7 +37,7 @@ TEST(UnprintableNames, AreEscapedByEveryCommandInTextAndJson) {
   ControlService service(served, std::size_t{1} << 20U);
   const std::string word = Mox::quoted(name);
   std::vector<std::string> commands{
-      "route " + word + " 10.0.0.0/8 via " + word,
+      "route " + word + " 10.0.0.0/8 via " + Mox::quoted(name + "1"),
       "route " + word + " 10.1.0.0/16 remove",
       "prefix-lens ipv4 " + word + " 24",
       "vrf " + word + " id 77",

@@ -46,6 +46,8 @@ class KeptFacts final {
 
   [[nodiscard]] const Configuration& configuration() const { return configuration_; }
 
+  [[nodiscard]] bool hasStatus(const std::string& vrf) const { return vrfIds_.contains(vrf); }
+
   // The facts, and the same read from an agent.
   [[nodiscard]] std::string text() const;
   [[nodiscard]] static std::string textOf(ForwardingAgent& agent);

@@ -1,6 +1,7 @@
 #include "tests/agent/serve/simulator/ReferenceAgent.h"
 
 #include "tests/agent/FixedClock.h"
+#include "tests/agent/serve/simulator/NameOracle.h"
 
 namespace ZelAgent {
 namespace {
@@ -26,7 +27,7 @@ class ReferenceAgent::Answerer final {
 
   void operator()(const Event& event) const {
     if (std::holds_alternative<ApplyConfig>(event)) return applyOther(event);
-    if (!agent_.facts_.take(event)) return refuse("must");
+    if (!namesOnlyKnown(event, agent_.facts_) || !agent_.facts_.take(event)) return refuse("must");
     answer_.event = toText(event);
     ++agent_.changes_;
   }

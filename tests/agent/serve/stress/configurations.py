@@ -26,6 +26,7 @@ class Version:
         interfaces = [{"interface-id": name, "config": {"apply-vrf-selection-policy": applied}}
                       for name in self.interfaces]
         default = {"name": "DEFAULT", "config": {"type": "DEFAULT_INSTANCE"},
+                   "interfaces": {"interface": [{"id": "plain", "config": {"id": "plain"}}]},
                    "policy-forwarding": {
                        "policies": {"policy": [{"policy-id": "P",
                                                 "config": {"type": "VRF_SELECTION_POLICY"},

@@ -83,7 +83,7 @@ def path(random, word):
     """A packet into an interface that has no rules. Its answer names the destination."""
     address = ".".join(str(random.randrange(256)) for _ in range(3))
     to = f"10.{address}"
-    return framed(random, f"explain {word} ipv4 192.0.2.1 to {to}", 0,
+    return framed(random, f"explain plain ipv4 192.0.2.1 to {to}", 0,
                   f"packet ipv4 192.0.2.1 to {to} protocol 17 ttl 64, 28 bytes\n"
                   "interface VRF default: no rule matches\n"
                   f"look up {to} in VRF default (id 1): miss\n"

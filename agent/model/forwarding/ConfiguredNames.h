@@ -1,0 +1,20 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "agent/config/Configuration.h"
+
+namespace ZelAgent {
+
+/// The names that a configuration has anywhere.
+struct ConfiguredNames {
+  /// Interfaces of network instances, of policies and of static routes.
+  std::set<std::string> interfaces;
+  /// Network instances, and the VRFs that fallbacks and rules name. The default VRF is among them.
+  std::set<std::string> vrfs;
+};
+
+[[nodiscard]] ConfiguredNames configuredNames(const Configuration& configuration);
+
+}  // namespace ZelAgent
