@@ -3,53 +3,19 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <vector>
 
-#include "agent/language/Limits.h"
-#include "agent/language/PrintableText.h"
 #include "agent/model/events/Event.h"
+#include "agent/reports/EffectReport.h"
 #include "agent/reports/StateReport.h"
 
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Hook;
-using SoftChip::HookCall;
-using ZelVrfSelectionPolicy::HwStatus;
-using ZelVrfSelectionPolicy::ProgrammingResult;
-
-const char* hookName(Hook hook) {
-  switch (hook) {
-    case Hook::createVrf:
-      return "createVrf";
-    case Hook::updateVrf:
-      return "updateVrf";
-    case Hook::deleteVrf:
-      break;
-  }
-  return "deleteVrf";
-}
-
-std::string statusText(const std::optional<HwStatus>& status) {
-  if (!status) return "none";
-  std::string result = stringValue(status->status()).str();
-  if (status->status() == ProgrammingResult::programmedInHw) return result;
-  return result + " (" + stringValue(status->failureReason()).str() + ": " +
-         printable(status->failureDescription().bytes(), Limits::shownTextBytes) + ')';
-}
-
-void writeCalls(std::ostream& out, const std::vector<HookCall>& calls) {
-  if (calls.empty()) out << "  no hook call\n";
-  for (const HookCall& call : calls) {
-    out << "  " << hookName(call.hook) << ' ' << toText(call.action)
-        << (call.failed ? " failed" : "") << '\n';
-  }
-}
-
-void writeStatusChanges(std::ostream& out, const std::vector<StatusChange>& changes) {
-  for (const StatusChange& change : changes) {
-    out << "  status of " << toText(change.action) << ": " << statusText(change.before) << " -> "
-        << statusText(change.after) << '\n';
-  }
+template <class Element>
+void writeLines(std::ostream& out, const std::vector<Element>& elements) {
+  for (const Element& element : elements)
+    out << "  " << toText(element) << '\n';
 }
 
 std::string titleOf(const PlayedEvent& played) {
@@ -64,30 +30,11 @@ OrderedJson eventJson(const PlayedEvent& played) {
   return json;
 }
 
-OrderedJson callsJson(const std::vector<HookCall>& calls) {
+template <class Element>
+OrderedJson listJson(const std::vector<Element>& elements) {
   OrderedJson json = OrderedJson::array();
-  for (const HookCall& call : calls) {
-    OrderedJson one;
-    one["hook"] = hookName(call.hook);
-    one.update(nameJson(call.action));
-    one["failed"] = call.failed;
-    json.push_back(std::move(one));
-  }
-  return json;
-}
-
-OrderedJson optionalStatusJson(const std::optional<HwStatus>& status) {
-  return status ? statusJson(*status) : OrderedJson(nullptr);
-}
-
-OrderedJson statusChangesJson(const std::vector<StatusChange>& changes) {
-  OrderedJson json = OrderedJson::array();
-  for (const StatusChange& change : changes) {
-    OrderedJson one = nameJson(change.action);
-    one["before"] = optionalStatusJson(change.before);
-    one["after"] = optionalStatusJson(change.after);
-    json.push_back(std::move(one));
-  }
+  for (const Element& element : elements)
+    json.push_back(toJson(element));
   return json;
 }
 
@@ -101,15 +48,16 @@ void writeTextReport(std::ostream& out, const PlayedEvent& played, const AgentSt
     return;
   }
   out << title << '\n';
-  writeCalls(out, played.effects.calls);
-  writeStatusChanges(out, played.effects.statusChanges);
+  if (played.effects.calls.empty()) out << "  no hook call\n";
+  writeLines(out, played.effects.calls);
+  writeLines(out, played.effects.statusChanges);
 }
 
 OrderedJson reportJson(const PlayedEvent& played, const AgentState& state) {
   OrderedJson report;
   report["event"] = eventJson(played);
-  report["calls"] = callsJson(played.effects.calls);
-  report["statuses"] = statusChangesJson(played.effects.statusChanges);
+  report["calls"] = listJson(played.effects.calls);
+  report["statuses"] = listJson(played.effects.statusChanges);
   putState(report, state);
   return report;
 }

@@ -16,10 +16,8 @@ namespace ZelAgent {
 /// then the statuses that changed. As JSON it is one document on one line:
 ///
 ///   event      {file, line, text}; {text} if it was not read from a file
-///   calls      array of {hook, vrfName, fallbackVrfName, postDecapVrfName, action, failed};
-///              hook is "createVrf", "updateVrf" or "deleteVrf"
-///   statuses   array of {vrfName, fallbackVrfName, postDecapVrfName, action, before, after}; the
-///              last two are null for none, otherwise {status, failureReason, failureDescription}
+///   calls      array of hook calls, as EffectReport.h describes them
+///   statuses   array of changes of a status, as EffectReport.h describes them
 ///   actions, chip   as StateReport.h describes them
 struct PlayedEvent {
   std::optional<EventPlace> place;

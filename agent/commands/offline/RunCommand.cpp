@@ -90,7 +90,9 @@ class Run final {
   }
 
   void report(const PlayedEvent& played) {
-    const AgentState state = agent_.state(lists());
+    const bool needsState =
+        options_.json || options_.strict || std::holds_alternative<Show>(played.event);
+    const AgentState state = needsState ? agent_.state(lists()) : AgentState();
     if (options_.json) {
       writeJsonReport(out_, played, state);
     } else {

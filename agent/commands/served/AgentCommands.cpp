@@ -4,19 +4,49 @@
 
 #include "agent/commands/served/CommandCall.h"
 #include "agent/config/OpenConfigReader.h"
+#include "agent/language/Limits.h"
+#include "agent/language/PrintableText.h"
 #include "agent/model/differences/ConfigurationDifference.h"
 #include "agent/model/events/EventNames.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/packets/PacketText.h"
+#include "agent/reports/ChangeReport.h"
 #include "agent/reports/DifferenceReport.h"
 #include "agent/reports/EventReport.h"
 #include "agent/reports/PathReport.h"
 
 namespace ZelAgent {
+namespace {
+
+CommandOutput showAll(const CommandCall& call, const Event& show) {
+  const PlayedEvent played{{}, show, {}};
+  const AgentState state = call.served.agent().state(userListsOf(call));
+  return withWarnings(call, {},
+                      outputOf(
+                          call, [&](std::ostream& out) { writeTextReport(out, played, state); },
+                          [&] { return reportJson(played, state); }));
+}
+
+}  // namespace
 
 CommandOutput reload(const CommandCall& call) {
-  const std::vector<std::string> warnings = call.served.reload();
-  return withWarnings(call, warnings, showActions(call));
+  EffectsRecorder recorder(call.served.agent());
+  const std::vector<std::string> warnings = boundedWarnings(call.served.reload());
+  const EventEffects effects = recorder.take();
+  const std::string& file = call.served.record().file;
+  return withWarnings(call, warnings,
+                      outputOf(
+                          call,
+                          [&](std::ostream& out) {
+                            writeChangeReport(out,
+                                              printable(file, Limits::shownTextBytes) + " applied",
+                                              effects, Counts::always);
+                          },
+                          [&] {
+                            OrderedJson report{{"configuration", file}};
+                            putChange(report, effects);
+                            return report;
+                          }));
 }
 
 CommandOutput diff(const CommandCall& call) {
@@ -32,12 +62,22 @@ CommandOutput diff(const CommandCall& call) {
 CommandOutput playEvent(const CommandCall& call) {
   const Event event = readEvent(call.line).value();
   checkNames(call.served.agent(), event);
-  const PlayedEvent played{{}, event, call.served.play(event)};
-  const AgentState state = call.served.agent().state(userListsOf(call));
-  return withWarnings(call, played.effects.warnings,
+  const EventEffects effects = call.served.play(event);
+  if (std::holds_alternative<Show>(event)) return showAll(call, event);
+  const bool isConfiguration = std::holds_alternative<ApplyConfig>(event);
+  return withWarnings(call, boundedWarnings(effects.warnings),
                       outputOf(
-                          call, [&](std::ostream& out) { writeTextReport(out, played, state); },
-                          [&] { return reportJson(played, state); }));
+                          call,
+                          [&](std::ostream& out) {
+                            writeChangeReport(
+                                out, toText(event), effects,
+                                isConfiguration ? Counts::always : Counts::whenNeeded);
+                          },
+                          [&] {
+                            OrderedJson report{{"event", {{"text", toText(event)}}}};
+                            putChange(report, effects);
+                            return report;
+                          }));
 }
 
 CommandOutput explainPacket(const CommandCall& call) {

@@ -39,13 +39,14 @@ namespace ZelAgent {
 /// of a collection. As JSON it is an array of {object, value}.
 [[nodiscard]] CommandOutput getAttribute(const CommandCall& call);
 
-/// `reload`: the output of `show actions`, with the warnings of the file. A wrong file changes
-/// nothing and is a `ConfigError`.
+/// `reload`: what has changed, as ChangeReport.h describes it, with the warnings of the file. A
+/// wrong file changes nothing and is a `ConfigError`.
 [[nodiscard]] CommandOutput reload(const CommandCall& call);
 /// `diff`: what a reload would change in the configuration in force, with the warnings of the file.
 /// Facts that events have changed are no part of a configuration.
 [[nodiscard]] CommandOutput diff(const CommandCall& call);
-/// An event, read and played as from an event file.
+/// An event, read and played as from an event file: what has changed, as ChangeReport.h describes
+/// it. `show` is answered as EventReport.h describes it.
 [[nodiscard]] CommandOutput playEvent(const CommandCall& call);
 /// `explain INTERFACE PACKET`: the path of a packet, written as PacketText.h describes. It changes
 /// nothing, and no counter counts the packet.

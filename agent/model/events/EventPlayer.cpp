@@ -1,7 +1,8 @@
 #include "agent/model/events/EventPlayer.h"
 
-#include <map>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "Mox/QuotedString.h"
 #include "agent/config/OpenConfigReader.h"
@@ -16,37 +17,6 @@ namespace {
 using Routing::Hardware::PrefixLensInExactMatch;
 using Routing::Hardware::RouteStatusBase;
 using Routing::Hardware::VrfStatus;
-using Statuses = std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus>;
-
-// Records the hook calls of the chip until it is destroyed.
-class CallRecorder final {
- public:
-  CallRecorder(SoftChip::SoftVrfHelper& chip, std::vector<SoftChip::HookCall>& calls)
-      : chip_(chip) {
-    chip_.hookObserverIs([&calls](const SoftChip::HookCall& call) { calls.push_back(call); });
-  }
-  CallRecorder(const CallRecorder&) = delete;
-  CallRecorder& operator=(const CallRecorder&) = delete;
-  ~CallRecorder() { chip_.hookObserverIs({}); }
-
- private:
-  SoftChip::SoftVrfHelper& chip_;
-};
-
-std::vector<StatusChange> changesBetween(const Statuses& before, const Statuses& after) {
-  std::map<VrfAction, StatusChange> changes;
-  for (const auto& [action, status] : before)
-    changes[action].before = status;
-  for (const auto& [action, status] : after)
-    changes[action].after = status;
-  std::vector<StatusChange> real;
-  for (auto& [action, change] : changes) {
-    if (change.before == change.after) continue;
-    change.action = action;
-    real.push_back(std::move(change));
-  }
-  return real;
-}
 
 [[noreturn]] void failOnName(const std::string& form, const std::string& needed,
                              const std::string& vrf, const std::string& advice = {}) {
@@ -192,13 +162,13 @@ class Change final {
 }  // namespace
 
 EventEffects EventPlayer::play(const Event& event) {
-  EventEffects effects;
-  const CallRecorder recorder(agent_.chip(), effects.calls);
-  const Statuses before = agent_.statuses();
-  std::visit(Change(agent_, folder_, leniency_, effects.warnings), event);
+  EffectsRecorder recorder(agent_);
+  std::vector<std::string> warnings;
+  std::visit(Change(agent_, folder_, leniency_, warnings), event);
   if (needsStep(event)) agent_.complete();
   agent_.routes().program();
-  effects.statusChanges = changesBetween(before, agent_.statuses());
+  EventEffects effects = recorder.take();
+  effects.warnings = std::move(warnings);
   return effects;
 }
 

@@ -1,36 +1,15 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "agent/config/Findings.h"
+#include "agent/model/events/EffectsRecorder.h"
 #include "agent/model/events/Event.h"
-#include "agent/model/policies/VrfActions.h"
-#include "chips/soft/HookCall.h"
 
 namespace ZelAgent {
 
 class ForwardingAgent;
-
-struct StatusChange {
-  VrfAction action;
-  std::optional<ZelVrfSelectionPolicy::HwStatus> before;  // none: the action had no status
-  std::optional<ZelVrfSelectionPolicy::HwStatus> after;   // none: the action has no status now
-
-  bool operator==(const StatusChange&) const = default;
-};
-
-/// What an event caused. Hook calls are in the order in which the chip received them. Status
-/// changes compare the end of the event with its start, in the order of the actions.
-struct EventEffects {
-  std::vector<SoftChip::HookCall> calls;
-  std::vector<StatusChange> statusChanges;
-  std::vector<std::string> warnings;  // of a configuration that was read
-};
 
 /// Plays events on a running agent. Each event but `show` ends with a step of the agent's recovery.
 class EventPlayer final {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "agent/language/Limits.h"
+#include "agent/model/calls/ObservedAclHelper.h"
 #include "agent/model/forwarding/Reprogrammer.h"
 #include "agent/model/policies/UserCountingAclHelper.h"
 
@@ -81,10 +82,12 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
       mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
       chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chip.capacity)),
       acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), chip.ruleCapacity)),
-      countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(Velo::String("userCounting"), acl_,
-                                                             vrfHwConfig_)),
+      countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(
+          Velo::String("userCounting"),
+          Mox::makeActivePtr<ObservedAclHelper>(Velo::String("observed"), acl_, chipObserver_),
+          vrfHwConfig_)),
       forwarder_(*acl_, *chip_, routeTables_, inputs()),
-      routes_(routeTables_, inputs()),
+      routes_(routeTables_, inputs(), chipObserver_),
       policySm_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(
           countingAcl_, mounts_, chip_, fallbackConfig_, routeStatus_, routeStatusV6_)) {
   countingAcl_->whenFullIs(chip.whenFull);
@@ -151,6 +154,21 @@ std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::statuses()
     statuses.emplace(entry.key(), entry.value());
   }
   return statuses;
+}
+
+std::optional<ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::status(
+    const VrfAction& action) const {
+  if (!vrfHwStatus_->hwStatusHas(action)) return std::nullopt;
+  return vrfHwStatus_->hwStatus(action);
+}
+
+void ForwardingAgent::chipObserverIs(ChipObserver observer) {
+  chipObserver_ = std::move(observer);
+  if (chipObserver_) {
+    chip_->hookObserverIs([this](const SoftChip::HookCall& call) { chipObserver_(call); });
+  } else {
+    chip_->hookObserverIs({});
+  }
 }
 
 AgentState ForwardingAgent::state(UserLists lists) const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "agent/config/Configuration.h"
 #include "agent/language/Limits.h"
+#include "agent/model/calls/ChipCalls.h"
 #include "agent/model/forwarding/AgentState.h"
 #include "agent/model/forwarding/ConfiguredNames.h"
 #include "agent/model/forwarding/VrfIds.h"
@@ -75,6 +77,9 @@ class ForwardingAgent final {
   [[nodiscard]] const ConfiguredNames& names();
   [[nodiscard]] AgentState state(UserLists lists = UserLists::all) const;
   [[nodiscard]] std::map<VrfAction, ZelVrfSelectionPolicy::HwStatus> statuses() const;
+  /// The status of one action. None if it has none.
+  [[nodiscard]] std::optional<ZelVrfSelectionPolicy::HwStatus> status(
+      const VrfAction& action) const;
   /// Who uses each action: the rules that the chip holds.
   [[nodiscard]] ActionUsers users() const;
   /// Every rule of an applied policy, by interface, in the order in which rules are tried. If the
@@ -106,6 +111,8 @@ class ForwardingAgent final {
   /// The chip. Events change its capacity and make it fail.
   [[nodiscard]] SoftChip::SoftVrfHelper& chip() noexcept { return *chip_; }
   [[nodiscard]] SoftChip::SoftAclHelper& acl() noexcept { return *acl_; }
+  /// Replaces the observer of the calls that change the chip. An empty one ends observation.
+  void chipObserverIs(ChipObserver observer);
   /// The routes that the chip holds.
   [[nodiscard]] const SoftChip::RouteTables& routeTables() const noexcept { return routeTables_; }
 
@@ -162,6 +169,7 @@ class ForwardingAgent final {
   Mox::Ptr<ZelVrfSelectionPolicy::PolicySmMounts> mounts_;
   Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
   Mox::Ptr<SoftChip::SoftAclHelper> acl_;
+  ChipObserver chipObserver_;
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> countingAcl_;
   SoftChip::RouteTables routeTables_;
   SoftChip::Forwarder forwarder_;

@@ -2,6 +2,16 @@
 
 namespace ZelAgent {
 
+const ChipObserver& RouteProgrammer::noObserver() {
+  static const ChipObserver none;
+  return none;
+}
+
+void RouteProgrammer::observe(std::uint32_t vrfId, const IpPrefix& prefix,
+                              const SoftChip::Route* route) const {
+  if (observer_) observer_(RouteCall{vrfId, prefix, route});
+}
+
 void RouteProgrammer::configuredIs(const Configuration& configuration) {
   std::map<std::string, const std::vector<StaticRoute>*> routes;
   for (const NetworkInstance& instance : configuration.networkInstances) {
@@ -53,6 +63,8 @@ void RouteProgrammer::program() {
   const std::map<std::uint32_t, Content> wanted = wantedContents();
   std::erase_if(programmed_, [&](const auto& entry) {
     if (wanted.contains(entry.first)) return false;
+    for (const auto& [prefix, route] : entry.second.routes)
+      observe(entry.first, prefix, nullptr);
     chip_.vrfDel(entry.first);
     return true;
   });
@@ -111,6 +123,7 @@ void RouteProgrammer::add(std::uint32_t vrfId, Table& present, const Content& wa
     if (!isNew && before->second == *route) continue;
     before->second = *route;
     chip_.routeIs(vrfId, prefix, *route);
+    observe(vrfId, prefix, route);
   }
 }
 
@@ -118,7 +131,9 @@ void RouteProgrammer::removeOthers(std::uint32_t vrfId, Table& present, const Co
                                    const RoutingTable::Prefixes& prefixes) {
   for (const IpPrefix& prefix : prefixes) {
     if (routeTo(prefix, wanted) != nullptr) continue;
-    if (present.routes.erase(prefix) != 0) chip_.routeDel(vrfId, prefix);
+    if (present.routes.erase(prefix) == 0) continue;
+    observe(vrfId, prefix, nullptr);
+    chip_.routeDel(vrfId, prefix);
   }
 }
 

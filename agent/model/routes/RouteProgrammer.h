@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/model/calls/ChipCalls.h"
 #include "agent/model/routes/RoutingTable.h"
 #include "chips/soft/VrfProgram.h"
 
@@ -22,9 +23,10 @@ namespace ZelAgent {
 /// as a whole only when its VRFs or its prefix lengths change.
 class RouteProgrammer final {
  public:
-  /// The chip must outlive this.
-  RouteProgrammer(SoftChip::RouteTables& chip, SoftChip::ProgramInputs inputs)
-      : chip_(chip), inputs_(std::move(inputs)) {}
+  /// The chip and the observer must outlive this. The observer receives each change of a route.
+  RouteProgrammer(SoftChip::RouteTables& chip, SoftChip::ProgramInputs inputs,
+                  const ChipObserver& observer = noObserver())
+      : chip_(chip), inputs_(std::move(inputs)), observer_(observer) {}
 
   /// Sets the static routes of each VRF.
   void configuredIs(const Configuration& configuration);
@@ -48,6 +50,9 @@ class RouteProgrammer final {
   void program();
 
  private:
+  [[nodiscard]] static const ChipObserver& noObserver();
+  void observe(std::uint32_t vrfId, const IpPrefix& prefix, const SoftChip::Route* route) const;
+
   // What a table is made from, besides the routes of the VRFs.
   struct Content {
     std::vector<std::string> vrfs;  // that have the id, by name
@@ -74,6 +79,7 @@ class RouteProgrammer final {
 
   SoftChip::RouteTables& chip_;
   SoftChip::ProgramInputs inputs_;
+  const ChipObserver& observer_;
   std::map<std::string, RoutingTable> vrfs_;
   std::map<std::uint32_t, Table> programmed_;
 };

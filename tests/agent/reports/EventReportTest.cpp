@@ -65,7 +65,8 @@ std::string nameOfHook(Hook hook) {
 TEST(EventReport, EachHookCallHasItsNameAndWhetherItFailed) {
   for (const Hook hook : {Hook::createVrf, Hook::updateVrf, Hook::deleteVrf}) {
     for (const bool failed : {false, true}) {
-      const PlayedEvent played = playedWith({{{hook, decapAction("a", "b", "c"), failed}}, {}, {}});
+      const PlayedEvent played =
+          playedWith({{{hook, decapAction("a", "b", "c"), failed}}, {}, {}, {}});
       EXPECT_EQ(textOfEvent(played), "vrf red id 7\n  " + nameOfHook(hook) +
                                          " actionDecapVrf a fallback b post-decap c" +
                                          (failed ? " failed\n" : "\n"));
@@ -81,6 +82,7 @@ TEST(EventReport, EachHookCallHasItsNameAndWhetherItFailed) {
 TEST(EventReport, HookCallsAreInTheirOrder) {
   const PlayedEvent played = playedWith({{{Hook::updateVrf, lookUpAction("red"), true},
                                           {Hook::createVrf, lookUpAction("blue"), false}},
+                                         {},
                                          {},
                                          {}});
   EXPECT_EQ(textOfEvent(played),
@@ -116,7 +118,7 @@ TEST(EventReport, EachStatusIsShownBeforeAndAfter) {
   for (const StatusRow& before : statusRows()) {
     for (const StatusRow& after : statusRows()) {
       const PlayedEvent played =
-          playedWith({{}, {{lookUpAction("red"), before.status, after.status}}, {}});
+          playedWith({{}, {{lookUpAction("red"), before.status, after.status}}, {}, {}});
       EXPECT_EQ(textOfEvent(played), "vrf red id 7\n  no hook call\n  status of actionVrf red: " +
                                          before.text + " -> " + after.text + "\n");
       EXPECT_EQ(jsonOfEvent(played),

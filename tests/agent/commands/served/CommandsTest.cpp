@@ -6,6 +6,7 @@
 
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/language/Errors.h"
+#include "agent/model/packets/PacketText.h"
 #include "agent/serve/protocol/ControlService.h"
 #include "tests/agent/FixedClock.h"
 #include "tests/agent/SmallConfigurations.h"
@@ -223,14 +224,18 @@ TEST_F(Commands, ShowUsersPrintsTheInterfaceAndTheRuleOfEachUser) {
             "  actionVrf red    e2         P       1\n");
 }
 
-TEST_F(Commands, ShowRulesAndCountersFollowAPacketThatIsExplained) {
-  text("route red 0.0.0.0/0 via e9");
+TEST_F(Commands, ShowRulesAndCountersFollowAPacket) {
+  text("route red 0.0.0.0/0 via e2");
   EXPECT_EQ(text("explain e1 ipv4 192.0.2.1 to 192.0.2.2"),
             "packet ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 64, 28 bytes\n"
             "rule 1 of P, any: matches\n"
             "action actionVrf red, resource 1\n"
-            "look up 192.0.2.2 in VRF red (id 2): 0.0.0.0/0 via e9\n"
-            "forward via e9: ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 63, 28 bytes\n");
+            "look up 192.0.2.2 in VRF red (id 2): 0.0.0.0/0 via e2\n"
+            "forward via e2: ipv4 192.0.2.1 to 192.0.2.2 protocol 17 ttl 63, 28 bytes\n");
+  PacketFields fields;
+  fields.source = parseIpAddress("192.0.2.1").value();
+  fields.destination = parseIpAddress("192.0.2.2").value();
+  static_cast<void>(served_.agent().forwarder().forward("e1", buildPacket(fields)));
   EXPECT_THAT(text("show rules"),
               HasSubstr("  e1         P       1     any    actionVrf red    programmed\n"));
   EXPECT_THAT(text("show counters"),
@@ -271,8 +276,9 @@ TEST_F(Commands, AnEventIsAnsweredWithItsEffects) {
 TEST_F(Commands, AnEventAsJsonHasNoPlace) {
   const json report = output("chip capacity 9");
   EXPECT_EQ(report["event"], json::parse(R"({"text": "chip capacity 9"})"));
-  EXPECT_EQ(report["chip"]["capacity"], 9);
+  EXPECT_EQ(report["changes"]["truncated"], 0);
   EXPECT_THAT(report["calls"], IsEmpty());
+  EXPECT_THAT(report["statuses"], IsEmpty());
 }
 
 TEST_F(Commands, EveryKindOfEventIsACommand) {
@@ -290,8 +296,10 @@ TEST_F(Commands, EveryKindOfEventIsACommand) {
 
 TEST_F(Commands, AnEventThatCannotBePlayedChangesNothing) {
   const std::string before = text("show vrfs");
-  EXPECT_EQ(error("vrf nobody id 7"),
-            "vrf NAME id N: NAME must be a VRF that exists, found 'nobody'; first: vrf nobody add");
+  EXPECT_EQ(
+      error("vrf nobody id 7"),
+      "vrf NAME id N: NAME must be a VRF of the configuration or of the hardware, found 'nobody'; "
+      "a new one needs first: vrf nobody add");
   EXPECT_EQ(error("vrf red id 7 8"), "vrf NAME id N: the line must end here, found '8'");
   EXPECT_EQ(text("show vrfs"), before);
 }
@@ -309,10 +317,78 @@ TEST_F(Commands, ShowConfigPrintsTheConfigurationInForce) {
 TEST_F(Commands, ReloadAppliesTheFileAsItIsNow) {
   writeSmall("red.json", {{{"green"}}, {"green"}, {"e1"}});
   const json report = output("reload");
-  EXPECT_THAT(report["actions"], SizeIs(1));
-  EXPECT_EQ(report["actions"][0]["status"], "programmedInHw");
+  EXPECT_EQ(report["configuration"], file_);
+  EXPECT_EQ(report["changes"]["actions"],
+            json({{"created", 0}, {"updated", 1}, {"deleted", 1}, {"failed", 0}}));
+  EXPECT_EQ(report["changes"]["rules"]["removed"], 3);
+  EXPECT_EQ(report["statuses"][0]["vrfName"], "green");
+  EXPECT_EQ(report["statuses"][0]["after"]["status"], "programmedInHw");
   EXPECT_THAT(report["warnings"], IsEmpty());
   EXPECT_EQ(output("show config")["inForce"]["by"], "reload");
+}
+
+TEST_F(Commands, ReloadPrintsWhatHasChanged) {
+  writeSmall("red.json", {{{"red", "blue"}, {"blue"}}, {"red"}, {"e1", "e2"}});
+  EXPECT_EQ(text("reload"),
+            file_ +
+                " applied\n"
+                "  actions: 0 created, 0 updated, 1 deleted, 0 failed\n"
+                "  rules: 0 added, 0 replaced, 0 moved, 2 removed, 0 refused\n"
+                "  routes: 0 set, 0 removed\n"
+                "  deleteVrf actionVrf green\n"
+                "  status of actionVrf green: programmingFailure (failureVrfResourceAlloc: VRF "
+                "\"green\" has no hardware VRF id; the action is programmed when it gets one) -> "
+                "none\n");
+}
+
+// Each new action has a line for its creation and one for its status.
+TEST_F(Commands, AChangeThatIsTooLongToShowIsAnsweredAllTheSame) {
+  SmallConfiguration many{{{"red", "blue"}, {"blue"}}, {"red"}, {"e1", "e2"}};
+  for (int i = 0; i < 2000; ++i) {
+    many.vrfs.push_back({"vrf-" + std::to_string(i)});
+    many.rules.push_back(many.vrfs.back().name);
+  }
+  writeSmall("red.json", many);
+  ControlService small(served_, 8192);
+  const std::string bytes = small.reply({RequestLine::Kind::whole, "reload"}).bytes;
+  EXPECT_THAT(bytes, StartsWith(file_ + " applied\n  actions: 2000 created, "));
+  EXPECT_THAT(bytes, HasSubstr(" more; show actions prints each action\n"));
+}
+
+TEST_F(Commands, DiffIsWhatAReloadWouldChange) {
+  EXPECT_THAT(text("diff"), HasSubstr("no difference\n"));
+  writeSmall("red.json", {{{"red", "blue"}, {"blue"}}, {"red", "green"}, {"e1"}});
+  text("vrf red id 77");  // no part of a configuration
+  EXPECT_THAT(text("diff"), HasSubstr("interfaces\n"
+                                      "  - e2: VRF default, policy P\n"
+                                      "actions\n"
+                                      "  ~ actionVrf green: 2 users -> 1 user\n"
+                                      "  ~ actionVrf red: 2 users -> 1 user\n"));
+  EXPECT_EQ(output("diff")["equal"], false);
+  EXPECT_THAT(output("diff")["warnings"], SizeIs(1));
+  text("reload");
+  EXPECT_EQ(output("diff")["equal"], true);
+}
+
+TEST_F(Commands, DiffRefusesAWrongFile) {
+  writeFile("red.json", "7");
+  EXPECT_EQ(error("diff"), file_ + ": /: must be an object, not 7");
+}
+
+TEST_F(Commands, ExplainCountsNothing) {
+  text("route red 0.0.0.0/0 via e1");
+  const std::string counters = text("show counters");
+  const std::string actions = text("show actions");
+  for (const std::string destination : {"ipv4 192.0.2.1 to 192.0.2.2", "hex 00"})
+    text("explain e1 " + destination);
+  EXPECT_EQ(text("show counters"), counters);
+  EXPECT_EQ(text("show actions"), actions);
+}
+
+TEST_F(Commands, ExplainRefusesAnInterfaceThatNothingConfigures) {
+  EXPECT_EQ(error("explain e11 hex 00"),
+            "explain INTERFACE PACKET: INTERFACE must be an interface of the configuration, found "
+            "'e11'; did you mean 'e1'?");
 }
 
 TEST_F(Commands, ReloadShowsTheWarningsOfTheFile) {

@@ -188,7 +188,7 @@ TEST_F(ShownValues, ExplainNeedsAnInterfaceAndOnePacket) {
       "'" +
           std::string(100, 'e') + "'...");
   EXPECT_EQ(
-      shownJson("explain e9 hex 00"),
+      shownJson("explain e1 hex 00"),
       R"([{"step":"drop","reason":"malformed","detail":"the IP version is neither 4 nor 6"}])");
 }
 
@@ -252,6 +252,7 @@ constexpr FormExample formExamples[] = {
      R"([{"object":"",)"},
     {"show config", "show config", "file         $FILE\n", R"({"file":"$FILE",)"},
     {"reload", "reload", "warning: $FILE: ", R"({"configuration":"$FILE",)"},
+    {"diff", "diff", "warning: $FILE: ", R"({"equal":true,)"},
     {"config FILE", "config $FILE", "warning: $FILE: ", R"({"event":{"text":"config $FILE"})"},
     {"vrf NAME id N", "vrf red id 9", "vrf red id 9", R"({"event":{"text":"vrf red id 9"})"},
     {"vrf NAME add [id N]", "vrf red add id 9", "vrf red add id 9",
@@ -277,8 +278,8 @@ constexpr FormExample formExamples[] = {
      R"({"event":{"text":"chip fail any 2"})"},
     {"route VRF PREFIX decap", "route red 10.0.0.0/8 decap", "route red 10.0.0.0/8 decap",
      R"({"event":{"text":"route red 10.0.0.0/8 decap"})"},
-    {"route VRF PREFIX via INTERFACE", "route red 10.0.0.0/8 via e9", "route red 10.0.0.0/8 via e9",
-     R"({"event":{"text":"route red 10.0.0.0/8 via e9"})"},
+    {"route VRF PREFIX via INTERFACE", "route red 10.0.0.0/8 via e1", "route red 10.0.0.0/8 via e1",
+     R"({"event":{"text":"route red 10.0.0.0/8 via e1"})"},
     {"route VRF PREFIX remove", "route red 10.0.0.0/8 remove", "route red 10.0.0.0/8 remove",
      R"({"event":{"text":"route red 10.0.0.0/8 remove"})"},
     {"explain INTERFACE PACKET...", "explain e1 ipv4 192.0.2.1 to 192.0.2.2",

@@ -1,0 +1,71 @@
+#include "agent/model/events/EffectsRecorder.h"
+
+#include <utility>
+#include <variant>
+
+#include "agent/model/forwarding/ForwardingAgent.h"
+
+namespace ZelAgent {
+
+EffectsRecorder::EffectsRecorder(ForwardingAgent& agent) : agent_(agent) {
+  agent_.chipObserverIs(
+      [this](const ChipCall& call) { std::visit([this](const auto& one) { take(one); }, call); });
+}
+
+EffectsRecorder::~EffectsRecorder() {
+  agent_.chipObserverIs({});
+}
+
+EventEffects EffectsRecorder::take() {
+  for (auto& [action, before] : before_) {
+    const auto after = agent_.status(action);
+    if (before != after) effects_.statusChanges.push_back({action, std::move(before), after});
+  }
+  return std::move(effects_);
+}
+
+void EffectsRecorder::take(const SoftChip::HookCall& call) {
+  ChangeCounts& counts = effects_.counts;
+  switch (call.hook) {
+    case SoftChip::Hook::createVrf:
+      ++counts.creates;
+      break;
+    case SoftChip::Hook::updateVrf:
+      ++counts.updates;
+      break;
+    case SoftChip::Hook::deleteVrf:
+      ++counts.deletes;
+      break;
+  }
+  if (call.failed) ++counts.failures;
+  if (!before_.contains(call.action)) before_.emplace(call.action, agent_.status(call.action));
+  effects_.calls.push_back(call);
+}
+
+void EffectsRecorder::take(const RuleCall& call) {
+  ChangeCounts& counts = effects_.counts;
+  if (!call.accepted) {
+    ++counts.rulesRefused;
+    return;
+  }
+  switch (call.kind) {
+    case RuleCall::Kind::add:
+      ++counts.rulesAdded;
+      break;
+    case RuleCall::Kind::replace:
+      ++counts.rulesReplaced;
+      break;
+    case RuleCall::Kind::move:
+      ++counts.rulesMoved;
+      break;
+    case RuleCall::Kind::remove:
+      ++counts.rulesRemoved;
+      break;
+  }
+}
+
+void EffectsRecorder::take(const RouteCall& call) {
+  ++(call.route == nullptr ? effects_.counts.routesRemoved : effects_.counts.routesSet);
+}
+
+}  // namespace ZelAgent
