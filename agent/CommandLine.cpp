@@ -117,6 +117,7 @@ struct CommandLine {
   std::uint32_t ctlTimeout = Limits::ctlTimeout.count();  // seconds
   TraceOptions traceFile;
   LimitsOptions limits;
+  bool dryRun = false;
   bool trace = false;
   std::optional<std::string> traceRing;  // a file
 };
@@ -156,6 +157,9 @@ void describeRun(CLI::App& app, CommandLine& commandLine) {
   run->add_option("--events", commandLine.run.events,
                   "An event file, played after the configurations")
       ->type_name("FILE");
+  run->add_flag("--dry-run", commandLine.dryRun,
+                "Print each call that would change the chip, in its order, and the outcome")
+      ->excludes("--events");
   run->add_flag("--json", commandLine.run.json, "Print JSON, one document per line");
   run->add_flag(
       "--strict", commandLine.run.strict,
@@ -367,6 +371,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing co
   }
   if (app.got_subcommand("trace")) return showTraceFile(commandLine.traceFile, out, err);
   if (app.got_subcommand("show")) return showLimits(commandLine.limits, out, err);
+  if (commandLine.dryRun) return showCalls(commandLine.run, out, err);
   return runConfigurations(commandLine.run, out, err);
 }
 

@@ -418,7 +418,7 @@ struct HelpRow {
 const HelpRow helpRows[] = {
     {"", {"-h,--help", "--version"}, {}},
     {"run",
-     {"-h,--help", "--events FILE", "--json", "--strict", "--lenient", "--trace",
+     {"-h,--help", "--events FILE", "--dry-run", "--json", "--strict", "--lenient", "--trace",
       "--chip-capacity UINT:N=1024", "--rule-capacity UINT:N=65536",
       "--when-full closed|open=closed", "--trace-ring FILE"},
      {"CONFIG"}},

@@ -57,8 +57,7 @@ class Run final {
   }
 
   void playEvents(const std::string& events, const std::string& file) {
-    EventPlayer player(agent_, std::filesystem::path(file).parent_path(),
-                       options_.leniency);
+    EventPlayer player(agent_, std::filesystem::path(file).parent_path(), options_.leniency);
     forEachEvent(events, file, [&](const EventPlace& place, const Event& event) {
       checkNames(agent_, event);
       const PlayedEvent played{place, event, player.play(event)};
