@@ -1,5 +1,7 @@
 #include "agent/commands/offline/OfflineCommands.h"
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -11,11 +13,13 @@
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Progress.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventLine.h"
 #include "agent/model/events/EventNames.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/events/EventReader.h"
+#include "agent/model/forwarding/ApplyProgress.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/model/packets/Captures.h"
 #include "agent/model/packets/PacketText.h"
@@ -92,6 +96,8 @@ void checkInterfaces(ForwardingAgent& agent, const std::vector<Source>& sources)
 ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
                            CaptureFolder& folder) {
   std::uint64_t notIp = 0;
+  Progress progress(Progress::terminal(STDERR_FILENO));
+  progress.begin("forwarding", "packets", 0);
   while (Source* const source = earliest(sources)) {
     const CapturedPacket& captured = *source->packet();
     if (captured.ipPacket) {
@@ -102,6 +108,7 @@ ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
       ++notIp;
     }
     source->advance();
+    progress.step();
   }
   return countersOf(agent, notIp);
 }
@@ -123,7 +130,12 @@ std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
   const ReadConfiguration read = readOpenConfigFile(configuration, leniency);
   reportWarnings(err, read.warnings);
   auto agent = std::make_unique<ForwardingAgent>(Limits::chipResources);
-  agent->apply(read.configuration);
+  {
+    Progress progress(Progress::terminal(STDERR_FILENO));
+    const ApplyProgress shown(*agent, progress, configuration,
+                              rulesOnInterfaces(read.configuration));
+    agent->apply(read.configuration);
+  }
   if (!events) return agent;
   EventPlayer player(*agent, std::filesystem::path(*events).parent_path(), leniency);
   forEachEvent(readTextFile(*events, "a readable event file"), *events,

@@ -1,5 +1,7 @@
 #include "agent/commands/offline/OfflineCommands.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <optional>
 #include <ostream>
@@ -8,9 +10,11 @@
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Progress.h"
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventNames.h"
 #include "agent/model/events/EventPlayer.h"
+#include "agent/model/forwarding/ApplyProgress.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/EventReport.h"
 #include "agent/reports/MissingReport.h"
@@ -52,7 +56,10 @@ class Run final {
   void applyFile(const std::string& file) {
     const ReadConfiguration read = readOpenConfigFile(file, options_.leniency);
     warn(read.warnings);
-    agent_.apply(read.configuration);
+    {
+      const ApplyProgress shown(agent_, progress_, file, rulesOnInterfaces(read.configuration));
+      agent_.apply(read.configuration);
+    }
     report(file);
   }
 
@@ -120,6 +127,7 @@ class Run final {
   std::ostream& out_;
   std::ostream& err_;
   ForwardingAgent agent_;
+  Progress progress_{Progress::terminal(STDERR_FILENO)};
   ExitStatus status_ = ExitStatus::success;
 };
 

@@ -16,6 +16,8 @@
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Progress.h"
+#include "agent/model/forwarding/ApplyProgress.h"
 #include "agent/serve/daemon/CoalescedCall.h"
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
@@ -71,7 +73,7 @@ ExitStatus Daemon::serve() {
       loop_, served_.agent(),
       [this](LogPriority priority, const std::string& line) { log_.print(priority, line); });
   const RecoveryTimer recovery(loop_, served_);
-  printLines(warningLines(served_.start()));
+  printLines(warningLines(start()));
   ListeningSocket socket(options_.socket);
   ControlServer server(loop_, served_, options_.limits);
   const PipeListener listener(loop_, socket, [&server](std::unique_ptr<Stream> client) {
@@ -80,6 +82,12 @@ ExitStatus Daemon::serve() {
   if (!announce()) return ExitStatus::failure;
   loop_.run();
   return ExitStatus::success;
+}
+
+std::vector<std::string> Daemon::start() {
+  Progress progress(Progress::terminal(STDERR_FILENO));
+  const ApplyProgress shown(served_.agent(), progress, options_.configuration, 0);
+  return served_.start();
 }
 
 void Daemon::reload() {

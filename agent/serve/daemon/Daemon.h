@@ -47,6 +47,8 @@ class Daemon final {
   [[nodiscard]] ExitStatus serve();
 
  private:
+  // Applies the configuration for the first time. Returns warnings.
+  [[nodiscard]] std::vector<std::string> start();
   void reload();
   void printLines(const std::vector<std::string>& lines);
   // Prints that the daemon serves. Returns whether the line could be written.
