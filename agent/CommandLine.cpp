@@ -182,6 +182,7 @@ void describeDiff(CLI::App& app, CommandLine& commandLine) {
   diff->add_option("BEFORE", commandLine.diff.before, "An OpenConfig JSON file")->required();
   diff->add_option("AFTER", commandLine.diff.after, "Another one")->required();
   diff->add_flag("--json", commandLine.diff.json, "Print the differences as JSON");
+  addLenient(*diff, commandLine.diff.leniency);
   diff->footer(exitStatuses({"the configurations do not differ",
                              "they differ, or standard output cannot be written",
                              "the command line or a configuration is wrong"}));

@@ -423,7 +423,7 @@ const HelpRow helpRows[] = {
       "--when-full closed|open=closed", "--trace-ring FILE"},
      {"CONFIG"}},
     {"check", {"-h,--help", "--lenient"}, {"CONFIG"}},
-    {"diff", {"-h,--help", "--json"}, {"BEFORE", "AFTER"}},
+    {"diff", {"-h,--help", "--json", "--lenient"}, {"BEFORE", "AFTER"}},
     {"fallback-graph", {"-h,--help", "--dot", "--lenient"}, {"CONFIG"}},
     {"forward",
      {"-h,--help", "--events FILE", "--in INTERFACE=FILE", "--out DIR", "--json", "--lenient",

@@ -9,8 +9,8 @@
 namespace ZelAgent {
 namespace {
 
-Configuration readWithWarnings(const std::string& file, std::ostream& err) {
-  ReadConfiguration read = readOpenConfigFile(file);
+Configuration readWithWarnings(const std::string& file, Leniency leniency, std::ostream& err) {
+  ReadConfiguration read = readOpenConfigFile(file, leniency);
   reportWarnings(err, read.warnings);
   return std::move(read.configuration);
 }
@@ -19,9 +19,9 @@ Configuration readWithWarnings(const std::string& file, std::ostream& err) {
 
 ExitStatus showDifference(const DiffOptions& options, std::ostream& out, std::ostream& err) {
   try {
-    const Configuration before = readWithWarnings(options.before, err);
+    const Configuration before = readWithWarnings(options.before, options.leniency, err);
     const ConfigurationDifference difference =
-        differenceOf(before, readWithWarnings(options.after, err));
+        differenceOf(before, readWithWarnings(options.after, options.leniency, err));
     if (options.json) {
       out << oneLine(toJson(difference)) << '\n';
     } else {

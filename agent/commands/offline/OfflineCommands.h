@@ -64,6 +64,7 @@ struct DiffOptions {
   std::string before;  // a configuration
   std::string after;
   bool json = false;
+  Leniency leniency = Leniency::strict;
 };
 
 /// `zel-agent diff`: prints what differs from one configuration to the other, as DifferenceReport.h

@@ -50,7 +50,8 @@ CommandOutput reload(const CommandCall& call) {
 }
 
 CommandOutput diff(const CommandCall& call) {
-  const ReadConfiguration read = readOpenConfigFile(call.served.record().file);
+  const ReadConfiguration read =
+      readOpenConfigFile(call.served.record().file, call.served.leniency());
   const ConfigurationDifference difference =
       differenceOf(call.served.agent().configuration(), read.configuration);
   return withWarnings(call, read.warnings,

@@ -59,6 +59,8 @@ class ServedAgent final {
   [[nodiscard]] ForwardingAgent& agent() noexcept { return agent_; }
   /// The limits in force. An event may have changed the capacity of the chip.
   [[nodiscard]] ChangeableLimits limits() noexcept;
+  /// How configurations are read.
+  [[nodiscard]] Leniency leniency() const noexcept { return leniency_; }
   [[nodiscard]] const ConfigurationRecord& record() const noexcept { return record_; }
 
  private:
