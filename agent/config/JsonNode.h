@@ -81,6 +81,8 @@ class JsonObject final {
   explicit JsonObject(const JsonNode& node);
 
   [[nodiscard]] const JsonNode& node() const noexcept { return node_; }
+  /// Whether the value is an object.
+  [[nodiscard]] bool isObject() const noexcept { return isObject_; }
   /// The member, or null if it is absent.
   [[nodiscard]] const JsonNode* find(std::string_view name) const;
   /// The member. If it is absent, records an error and returns null.

@@ -55,8 +55,12 @@ class RulesReader final {
 
 // The type of the policy, which may be one that is not read. Nothing for a wrong value.
 std::optional<std::string> typeOf(const JsonNode& policy) {
-  if (peek(policy.value(), {"config", "type"}) == nullptr) return forwardingType;
-  return peekIdentity(policy, {"config", "type"});
+  const JsonValue* const config = peek(policy.value(), {"config"});
+  const bool isWrong = config != nullptr && config->as<JsonValue::Object>() == nullptr;
+  if (isWrong || peek(policy.value(), {"config", "type"}) != nullptr) {
+    return peekIdentity(policy, {"config", "type"});
+  }
+  return forwardingType;
 }
 
 bool isRead(const std::string& type) {

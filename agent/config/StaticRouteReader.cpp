@@ -66,9 +66,8 @@ std::vector<NextHop> readNextHops(const JsonObject& route) {
   UniqueKeys<std::string> indexes;
   const std::size_t before = route.node().findings().problems();
   const auto entries = route.list("next-hops", "next-hop");
-  if (entries.empty() && route.node().findings().problems() == before) {
-    route.node().refuse("must have at least one next-hop");
-  }
+  const bool isRight = route.isObject() && route.node().findings().problems() == before;
+  if (entries.empty() && isRight) route.node().refuse("must have at least one next-hop");
   for (const JsonNode& node : entries) {
     if (isOfAnotherKind(node)) {
       indexes.add(peekText(node, {"index"}), node);
