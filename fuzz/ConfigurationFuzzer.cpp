@@ -1,10 +1,10 @@
 // Fuzzes the configuration reader. The input is one document, or several, separated by NUL bytes.
 //
-// The reader refuses a document by one printable line that begins with the name of the file, or
-// returns a configuration with the properties that `Configuration.h` lists. A second read returns
-// an equal configuration. The valid documents are applied to an agent one after the other. The
-// agent then has the same rules, users and statuses as an agent with only the last document.
-// Without a configuration it has none.
+// The reader refuses a document by printable lines that begin with the name of the file, or returns
+// a configuration with the properties that `Configuration.h` lists. A second read returns an equal
+// configuration, and so does a lenient one. The valid documents are applied to an agent one after
+// the other. The agent then has the same rules, users and statuses as an agent with only the last
+// document. Without a configuration it has none.
 
 #include <algorithm>
 #include <set>
@@ -51,6 +51,13 @@ void checkMatch(const RuleMatch& match) {
   must(isOf(match.source, match.family) && isOf(match.destination, match.family),
        "prefixes of a rule are of its family");
   must(match.dscp.value_or(0) < 64, "a DSCP has six bits");
+  must(
+      !match.dscp || match.dscpSet.empty() ||
+          std::find(match.dscpSet.begin(), match.dscpSet.end(), *match.dscp) != match.dscpSet.end(),
+      "a DSCP is in the set beside it");
+  const bool hasPorts = !match.sourcePorts.empty() || !match.destinationPorts.empty();
+  must(!hasPorts || match.protocol == 6 || match.protocol == 17, "ports are of TCP or UDP");
+  must(match.tcpFlags.empty() || match.protocol == 6, "flags are of TCP");
   must(std::all_of(match.dscpSet.begin(), match.dscpSet.end(),
                    [](std::uint8_t dscp) { return dscp < 64; }),
        "each DSCP of a set has six bits");
@@ -80,12 +87,18 @@ void checkPolicy(const Policy& policy) {
   }
 }
 
+void checkApplied(const std::string& policyId, PolicyType type, const NetworkInstance& instance) {
+  must(policyId.empty() || std::any_of(instance.policies.begin(), instance.policies.end(),
+                                       [&](const Policy& policy) {
+                                         return policy.policyId == policyId && policy.type == type;
+                                       }),
+       "a binding names a policy of its own instance and of the type of its leaf");
+}
+
 void checkBinding(const PolicyBinding& binding, const NetworkInstance& instance) {
   must(!binding.interface.empty(), "a binding names an interface");
-  must(binding.policyId.empty() ||
-           std::any_of(instance.policies.begin(), instance.policies.end(),
-                       [&](const Policy& policy) { return policy.policyId == binding.policyId; }),
-       "a binding names a policy of its own instance");
+  checkApplied(binding.policyId, PolicyType::vrfSelection, instance);
+  checkApplied(binding.forwardingPolicyId, PolicyType::forwarding, instance);
 }
 
 void checkInstance(const NetworkInstance& instance) {
@@ -111,15 +124,26 @@ void checkConfiguration(const ReadConfiguration& read) {
     Fuzz::checkError(warning, std::string(fileName) + ": ");
 }
 
+void checkErrors(std::string_view lines) {
+  while (true) {
+    const std::size_t end = lines.find('\n');
+    Fuzz::checkError(lines.substr(0, end), std::string(fileName) + ":");
+    if (end == std::string_view::npos) return;
+    lines.remove_prefix(end + 1);
+  }
+}
+
 std::optional<Configuration> configurationIn(const std::string& document) {
   try {
     ReadConfiguration read = readOpenConfig(document, fileName);
     checkConfiguration(read);
     must(readOpenConfig(document, fileName).configuration == read.configuration,
          "a document is read alike each time");
+    must(readOpenConfig(document, fileName, Leniency::lenient).configuration == read.configuration,
+         "a lenient reader leaves nothing of a right document out");
     return std::move(read.configuration);
   } catch (const ConfigError& error) {
-    Fuzz::checkError(error.what(), std::string(fileName) + ":");
+    checkErrors(error.what());
     return std::nullopt;
   }
 }
