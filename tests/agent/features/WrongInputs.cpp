@@ -276,7 +276,7 @@ const std::vector<WrongInput>& wrongInputs() {
       {"$BIND/config/apply-forwarding-policy", "7", text},
       {"$BIND/interface-ref/config/subinterface", "\"seven\"", whole32},
       {"$SET4/config/prefix", "\"198.18.0.0/15\"", array},
-      {"$SET4/config/prefix/0", "198", ipv4Prefix},
+      {"$SET4/config/prefix/0", "198", text},
       {"$SET4/config/exclude-prefix", "{}", array},
       {"$PORTS/config/port", "80", array},
       {"$PORTS/config/port/0", "null", portsAre},

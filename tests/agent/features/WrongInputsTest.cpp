@@ -159,7 +159,7 @@ std::string nested(std::size_t levels) {
   return std::string(levels, '[') + std::string(levels, ']');
 }
 
-constexpr const char* atALine = "line ";
+constexpr const char* atALine = ": malformed JSON: ";  // behind the line and the column
 
 const WrongText wrongTexts[] = {
     {"Empty", always(""), atALine},
@@ -233,7 +233,7 @@ TEST_P(WrongTextTest, IsRefusedInOneLineAndChangesNothing) {
   agentInForce()->write(GetParam().text(rightConfiguration().dump()));
   const Lines lines = agentInForce()->refusal();
   ASSERT_EQ(lines.size(), 1U) << ::testing::PrintToString(lines);
-  const std::string start = agentInForce()->file() + ": ";
+  const std::string start = agentInForce()->file() + ':';
   EXPECT_EQ(lines.front().substr(0, start.size()), start);
   EXPECT_NE(lines.front().find(GetParam().says), std::string::npos) << lines.front();
 }
