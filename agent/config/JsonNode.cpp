@@ -58,9 +58,11 @@ std::string pathOfMember(const JsonNode& parent, std::string_view name) {
   return (parent.path() == "/" ? "" : parent.path()) + '/' + printable(name);
 }
 
-// What says nothing about where packets go, wherever it stands.
-bool isSkippedSilently(std::string_view name) {
-  return name == "state" || name == "description";
+// What says nothing about where packets go. The interfaces at the top of a document are those that
+// the other members refer to.
+bool isSkippedSilently(const JsonNode& parent, std::string_view name) {
+  const bool isAtTheTop = parent.path() == "/";
+  return name == "state" || name == "description" || (isAtTheTop && name == "interfaces");
 }
 
 std::string namesOf(const PathNode& schema) {
@@ -193,7 +195,7 @@ void JsonObject::add(const std::string& member, const JsonValue& value) {
 }
 
 void JsonObject::recordUnknown(const std::string& name, const JsonNode& child) const {
-  if (isSkippedSilently(name)) return;
+  if (isSkippedSilently(node_, name)) return;
   if (child.schema().unknown == UnknownMembers::ignored) {
     child.warn("unknown member, ignored");
     return;

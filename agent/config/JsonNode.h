@@ -73,9 +73,9 @@ class JsonNode final {
 /// The members of one JSON object that the path table has.
 ///
 /// Names are compared without an OpenConfig module prefix. The constructor skips the containers
-/// `state` and the leaves `description` without a word, and records each other member that the
-/// table does not have, with the meaning that the table gives it. A value that is not an object is
-/// an error, and then nothing is lacking.
+/// `state`, the leaves `description` and the interfaces at the top without a word. It records each
+/// other member that the table does not have, with the meaning that the table gives it. A value
+/// that is not an object is an error, and then nothing is lacking.
 class JsonObject final {
  public:
   explicit JsonObject(const JsonNode& node);

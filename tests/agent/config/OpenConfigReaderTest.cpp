@@ -136,15 +136,23 @@ TEST(OpenConfigReader, WarnsOnceOfEachUnknownMember) {
   auto& instances = document["openconfig-network-instance:network-instances"]["network-instance"];
   instances[2]["config"]["mtu"] = 1500;
   instances[2]["vendor:name"] = {{"deep", {{"deeper", 1}}}};
-  document["openconfig-interfaces:interfaces"] = nlohmann::json::object();
+  document["openconfig-system:system"] = nlohmann::json::object();
   const ReadConfiguration read = readOpenConfig(document.dump(), "f.json");
   EXPECT_EQ(read.warnings,
             (std::vector<std::string>{
-                "f.json: /openconfig-interfaces:interfaces: unknown member, ignored",
                 "f.json: /network-instances/network-instance[name=blue]/config/mtu: unknown "
                 "member, ignored",
                 "f.json: /network-instances/network-instance[name=blue]/vendor:name: unknown "
-                "member, ignored"}));
+                "member, ignored",
+                "f.json: /openconfig-system:system: unknown member, ignored"}));
+  EXPECT_EQ(read.configuration, readOpenConfig(everyRow, "f.json").configuration);
+}
+
+TEST(OpenConfigReader, SkipsTheInterfacesAtTheTopSilently) {
+  auto document = nlohmann::json::parse(everyRow);
+  document["openconfig-interfaces:interfaces"] = {{"interface", 5}};
+  const ReadConfiguration read = readOpenConfig(document.dump(), "f.json");
+  EXPECT_EQ(read.warnings, std::vector<std::string>{});
   EXPECT_EQ(read.configuration, readOpenConfig(everyRow, "f.json").configuration);
 }
 
