@@ -32,7 +32,7 @@ class TableSize final {
 
   std::vector<std::size_t> widths_;
   std::size_t rows_ = 0;
-  std::size_t rowBytes_ = 0;
+  std::size_t rowBytes_ = 1;  // the end of the line
 };
 
 // Cuts rows into pages. A page has at least one row.

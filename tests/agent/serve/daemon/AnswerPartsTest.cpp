@@ -68,7 +68,7 @@ TEST_F(AnswersInParts, AreTheWholeOutputInEachFraming) {
   EXPECT_EQ(quoted.find('\n'), quoted.size() - 1);
   first_.send("{\"command\": \"show routes\", \"json\": true}\n");
   EXPECT_EQ(takeAll(first_), "{\"status\":0,\"output\":" + whole(true) + "}\n");
-  EXPECT_GT(whole(false).size(), 5 * Limits::shortAnswerBytes);
+  EXPECT_GT(whole(false).size(), 4 * Limits::shortAnswerBytes);
 }
 
 TEST_F(AnswersInParts, KeepOneShortPartForAClientThatReadsSlowly) {
@@ -78,7 +78,7 @@ TEST_F(AnswersInParts, KeepOneShortPartForAClientThatReadsSlowly) {
     client.roomIs(0);
     client.send(request);
     const std::string received = takeAll(client);
-    EXPECT_GT(received.size(), 5 * Limits::shortAnswerBytes);
+    EXPECT_GT(received.size(), 4 * Limits::shortAnswerBytes);
     EXPECT_LE(client.mostWaiting(), Limits::shortAnswerBytes);
     client.endSending();
   }
