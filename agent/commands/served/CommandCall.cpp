@@ -4,6 +4,8 @@
 #include <sstream>
 #include <utility>
 
+#include "agent/language/TextTable.h"
+
 namespace ZelAgent {
 
 CommandResult Command::operator()(const CommandCall& call) const {
@@ -15,6 +17,7 @@ CommandOutput outputOf(const CommandCall& call, const std::function<void(std::os
                        const std::function<CommandOutput()>& makeJson) {
   if (call.asJson) return makeJson();
   std::ostringstream text;
+  tableColumnsAre(text, call.columns);
   writeText(text);
   return std::move(text).str();
 }

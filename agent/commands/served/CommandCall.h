@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -24,6 +25,7 @@ struct CommandCall {
   std::string_view line;  // the whole command
   EventLine& arguments;   // what follows its name
   bool asJson = false;
+  std::size_t columns = 0;  // the width of tables in a text; 0 for no limit
 };
 
 /// What a snapshot needs for the output: only JSON has the users of actions.

@@ -78,17 +78,19 @@ class RowSearch final {
 
 }  // namespace
 
-CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson) {
+CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson,
+                           std::size_t columns) {
   EventLine line(text);
   const CommandRow* const row = RowSearch(line).find();
   if (row == nullptr) return CommandOutput(asJson ? CommandOutput(nullptr) : CommandOutput(""));
   line.formIs(row->form);
   if (!CommandForm(row->form).hasArguments()) line.needEnd();
-  return row->run({served, text, line, asJson});
+  return row->run({served, text, line, asJson, columns});
 }
 
-CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson) {
-  CommandResult result = startCommand(served, text, asJson);
+CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson,
+                         std::size_t columns) {
+  CommandResult result = startCommand(served, text, asJson, columns);
   if (auto* const output = std::get_if<CommandOutput>(&result)) return std::move(*output);
   std::string whole = wholeText(*std::get<ReportPagesPtr>(result));
   return asJson ? CommandOutput::parse(whole) : CommandOutput(std::move(whole));

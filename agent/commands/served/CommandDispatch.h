@@ -9,10 +9,13 @@ namespace ZelAgent {
 /// Starts the command with the longest name that the line begins with.
 ///
 /// Throws an `EventError` that lists the possible words if the line begins with no command name. A
-/// blank line and a comment do nothing.
-[[nodiscard]] CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson);
+/// blank line and a comment do nothing. `columns` is the width of the tables in a text; 0 for no
+/// limit.
+[[nodiscard]] CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson,
+                                         std::size_t columns = 0);
 
 /// The same, and makes all pages of the output.
-[[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson);
+[[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson,
+                                       std::size_t columns = 0);
 
 }  // namespace ZelAgent

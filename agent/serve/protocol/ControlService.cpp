@@ -85,7 +85,7 @@ std::variant<Answer, std::unique_ptr<AnswerPages>> ControlService::answerTo(
   }
   try {
     const Request request = readRequest(line.text);
-    CommandResult result = startCommand(served_, request.command, request.asJson);
+    CommandResult result = startCommand(served_, request.command, request.asJson, request.columns);
     if (auto* const pages = std::get_if<ReportPagesPtr>(&result)) {
       return std::make_unique<AnswerPages>(std::move(*pages), framingOf(line.text), request.asJson);
     }

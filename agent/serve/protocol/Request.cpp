@@ -1,5 +1,6 @@
 #include "agent/serve/protocol/Request.h"
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "agent/config/JsonText.h"
@@ -11,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* expectedForm = R"({"command": "...", "json": true|false})";
+constexpr const char* expectedForm = R"({"command": "...", "json": true|false, "columns": N})";
 
 bool isUtf8(const std::string& text) {
   try {
@@ -49,6 +50,15 @@ bool flagOf(const json& member) {
   return member.get<bool>();
 }
 
+std::uint16_t columnsOf(const json& member) {
+  constexpr auto most = std::numeric_limits<std::uint16_t>::max();
+  if (!member.is_number_unsigned() || member > most) {
+    throw RequestError("request: member columns must be a number from 0 to " +
+                       std::to_string(most));
+  }
+  return member.get<std::uint16_t>();
+}
+
 Request fromJson(const json& document) {
   Request request;
   for (const auto& [name, member] : document.items()) {
@@ -56,6 +66,8 @@ Request fromJson(const json& document) {
       request.command = textOf(member);
     } else if (name == "json") {
       request.asJson = flagOf(member);
+    } else if (name == "columns") {
+      request.columns = columnsOf(member);
     } else {
       throw RequestError("request: unknown member " + inQuotes(name) + "; a request must be " +
                          expectedForm);
@@ -81,7 +93,8 @@ Request readRequest(const std::string& line) {
 }
 
 std::string toLine(const Request& request) {
-  const json document{{"command", request.command}, {"json", request.asJson}};
+  json document{{"command", request.command}, {"json", request.asJson}};
+  if (request.columns > 0) document["columns"] = request.columns;
   return document.dump(-1, ' ', false, json::error_handler_t::replace) + '\n';
 }
 

@@ -13,12 +13,13 @@ enum class Framing { text, json };
 
 /// A request to a daemon.
 ///
-/// A line that begins with '{' is `{"command": "...", "json": true|false}`. The member `json` is
-/// optional, and other members are errors. Every other line is itself the command. Both are UTF-8
-/// without NUL bytes.
+/// A line that begins with '{' is `{"command": "...", "json": true|false, "columns": N}`. Only the
+/// member `command` is required, and other members are errors. Every other line is itself the
+/// command. Both are UTF-8 without NUL bytes.
 struct Request {
   std::string command;
-  bool asJson = false;  // whether the output is JSON, in either framing
+  bool asJson = false;        // whether the output is JSON, in either framing
+  std::uint16_t columns = 0;  // the width of the tables in the output; 0 for no limit
 };
 
 [[nodiscard]] Framing framingOf(const std::string& line);

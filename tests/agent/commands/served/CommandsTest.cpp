@@ -88,6 +88,13 @@ TEST_F(Commands, ShowLimitsHasThoseInForce) {
   EXPECT_EQ(capacity(), 77);
 }
 
+TEST_F(Commands, TablesFitTheColumnsOfTheRequest) {
+  const json request{{"command", "show actions"}, {"columns", 120}};
+  const json narrow = json::parse(service_.reply({RequestLine::Kind::whole, request.dump()}).bytes);
+  EXPECT_THAT(narrow["output"].get<std::string>(),
+              HasSubstr("failureVrfResourceAlloc  VRF \"green\" has no\n"));
+}
+
 TEST_F(Commands, ShowActionsAsJsonHasTheMembersOfAReport) {
   const json report = output("show actions");
   EXPECT_EQ(report["configuration"], file_);
@@ -211,8 +218,9 @@ TEST_F(Commands, GetReportsWrongArguments) {
             "postDecapVrfName, action, found 'colour'");
   EXPECT_EQ(error("get VrfHelper createVrf"),
             "get TYPE ATTRIBUTE [KEY]: createVrf can be called, but not read");
-  EXPECT_EQ(error("get VrfInstanceSm vrfName nobody"),
-            "get TYPE ATTRIBUTE [KEY]: KEY must be the key of an object, found 'nobody'");
+  EXPECT_EQ(
+      error("get VrfInstanceSm vrfName nobody"),
+      "get TYPE ATTRIBUTE [KEY]: KEY must be the key of an object, found 'nobody'");
 }
 
 TEST_F(Commands, ShowUsersPrintsTheInterfaceAndTheRuleOfEachUser) {

@@ -39,6 +39,19 @@ TEST(Request, OutputIsTextByDefault) {
   EXPECT_FALSE(readRequest(R"({"command": "show"})").asJson);
 }
 
+TEST(Request, TablesHaveNoLimitByDefault) {
+  EXPECT_EQ(readRequest("show").columns, 0);
+  EXPECT_EQ(readRequest(R"({"command": "show"})").columns, 0);
+  EXPECT_EQ(readRequest(R"({"command": "show", "columns": 80})").columns, 80);
+}
+
+TEST(Request, AWrongNumberOfColumnsIsReported) {
+  for (const char* const number : {"-1", "65536", "80.5", "\"80\"", "null"}) {
+    EXPECT_EQ(problemWith(std::string(R"({"command": "show", "columns": )") + number + "}"),
+              "request: member columns must be a number from 0 to 65535");
+  }
+}
+
 TEST(Request, WrongJsonIsReported) {
   EXPECT_THAT(problemWith("{"), HasSubstr("request:1:2: malformed JSON"));
   EXPECT_THAT(problemWith("{}"), HasSubstr("member command is missing"));
@@ -62,9 +75,14 @@ TEST(Request, NulBytesAndBytesThatAreNotUtf8AreRefused) {
 }
 
 TEST(Request, IsReadBackFromItsLine) {
-  const Request request = readRequest(toLine({"vrf 'a\\x00\"b' id 7", true}));
+  const Request request = readRequest(toLine({"vrf 'a\\x00\"b' id 7", true, 80}));
   EXPECT_EQ(request.command, "vrf 'a\\x00\"b' id 7");
   EXPECT_TRUE(request.asJson);
+  EXPECT_EQ(request.columns, 80);
+}
+
+TEST(Request, ALineWithoutColumnsDoesNotNameThem) {
+  EXPECT_EQ(toLine({"show", false}), "{\"command\":\"show\",\"json\":false}\n");
 }
 
 TEST(Answer, AsJsonIsOneLineWithStatusAndOutput) {

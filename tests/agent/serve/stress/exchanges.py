@@ -12,7 +12,7 @@ from collections.abc import Callable
 from configurations import actions_in
 
 LONGEST = 65536
-FORM = '{"command": "...", "json": true|false}'
+FORM = '{"command": "...", "json": true|false, "columns": N}'
 ONCE = {}  # the answers to commands whose answer never changes, as a calm client got them
 
 
