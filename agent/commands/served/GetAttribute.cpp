@@ -10,6 +10,8 @@
 #include "Mox/AttributeText.h"
 #include "Mox/QuotedString.h"
 #include "agent/commands/served/LiveObjects.h"
+#include "agent/commands/served/ObjectNames.h"
+#include "agent/commands/served/TypedKey.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Words.h"
 
@@ -21,42 +23,22 @@ constexpr const char* form = "get TYPE ATTRIBUTE [KEY]";
 struct Query {
   const Mox::Type* type = nullptr;
   std::string attribute;
-  std::optional<std::string> key;
+  std::optional<TypedKey> key;
 };
 
 [[noreturn]] void fail(const std::string& what) {
   throw EventError(std::string(form) + ": " + what);
 }
 
-// Whether `name` is "...::end" or all of it.
-bool endsWithName(std::string_view name, std::string_view end) {
-  if (!name.ends_with(end)) return false;
-  return name.size() == end.size() || name.substr(0, name.size() - end.size()).ends_with("::");
-}
-
-// A type without attributes is found by its whole name only.
-bool isNamed(const Mox::Type& type, std::string_view name) {
-  if (type.name == name) return true;
-  const bool hasAttributes = type.reflection != nullptr && !type.reflection->attributes.empty();
-  return hasAttributes && endsWithName(type.name, name);
-}
-
 const Mox::Type& needType(EventLine& arguments) {
   const std::optional<Word> word = arguments.next();
-  for (const std::string_view module : Mox::moxModules()) {
-    for (const Mox::Type* const type : Mox::moxModuleTypes(module)) {
-      if (word && isNamed(*type, word->text)) return *type;
-    }
-  }
+  const Mox::Type* const type = word ? typeNamed(word->text) : nullptr;
+  if (type != nullptr) return *type;
   arguments.fail("TYPE must be a registered type with attributes, which `show types` lists", word);
 }
 
-std::string attributesOf(const Mox::Type& type) {
-  if (type.reflection == nullptr) return {};
-  std::vector<std::string> names;
-  for (const Mox::Attribute& attribute : type.reflection->attributes)
-    names.emplace_back(attribute.name);
-  return joined(names, ", ");
+std::string attributeList(const Mox::Type& type) {
+  return joined(attributesOf(type), ", ");
 }
 
 // The rest of the line after the first `words` words.
@@ -87,10 +69,10 @@ Query readQuery(const CommandCall& call) {
   query.type = &needType(call.arguments);
   const std::optional<Word> attribute = call.arguments.next();
   if (!attribute) {
-    call.arguments.fail("ATTRIBUTE must be one of: " + attributesOf(*query.type), attribute);
+    call.arguments.fail("ATTRIBUTE must be one of: " + attributeList(*query.type), attribute);
   }
   query.attribute = attribute->text;
-  query.key = readKey(call);
+  if (auto key = readKey(call)) query.key.emplace(std::move(*key));
   return query;
 }
 
@@ -105,17 +87,8 @@ std::string read(const Mox::Object& object, const Query& query,
     case Mox::ReturnCode::unknownAttribute:
       break;
   }
-  fail("ATTRIBUTE must be one of: " + attributesOf(*query.type) + ", found " +
+  fail("ATTRIBUTE must be one of: " + attributeList(*query.type) + ", found " +
        Mox::quoted(query.attribute));
-}
-
-// The key is a string form, or else a name without quotes.
-std::string readEntry(const Mox::Object& object, const Query& query) {
-  try {
-    return read(object, query, query.key);
-  } catch (const Mox::RangeException&) {
-    return read(object, query, Mox::quoted(*query.key));
-  }
 }
 
 struct Result {
@@ -123,25 +96,74 @@ struct Result {
   std::string text;
 };
 
-bool isLabel(const std::string& label, const std::string& key) {
-  return label == key || label == Mox::quoted(key);
+// What the key must be: the keys as a person types them, some of them if they are many.
+[[noreturn]] void failKey(const TypedKey& typed, const std::vector<Mox::AnyValue>& keys) {
+  constexpr std::size_t shown = 10;
+  std::vector<std::string> texts;
+  for (const Mox::AnyValue& key : keys) {
+    if (texts.size() == shown) break;
+    texts.push_back(joined(wordsOfKey(key), " "));
+  }
+  const std::size_t others = keys.size() - texts.size();
+  if (texts.empty()) texts.emplace_back("left out, as there is none");
+  const bool haveVrfs = !keys.empty() && vrfOfKey(keys.front());
+  fail(std::string("KEY must be ") + (haveVrfs ? "the VRF of an action, or one of: " : "one of: ") +
+       joined(texts, ", ") + (others > 0 ? " and " + std::to_string(others) + " more" : "") +
+       "; found " + Mox::quoted(typed.text()));
 }
 
-// Of several objects the key selects one. Of a single object it selects an entry.
+// The key is a string form, or else a name without quotes.
+std::string readAbsent(const Mox::Object& object, const Query& query) {
+  try {
+    return read(object, query, query.key->text());
+  } catch (const Mox::RangeException&) {
+    return read(object, query, Mox::quoted(query.key->text()));
+  }
+}
+
+// The entries of a collection that the key selects. A whole key selects one, without a label.
+std::vector<Result> entriesOf(const Mox::Object& object, const Query& query) {
+  const Mox::Attribute* const attribute = attributeNamed(object.type(), query.attribute);
+  if (attribute == nullptr || attribute->access.iterate == nullptr) {
+    return {{"", readAbsent(object, query)}};
+  }
+  std::vector<Result> results;
+  std::vector<Mox::AnyValue> keys;
+  for (const auto entry = Mox::iterate(object, attribute->number); *entry; entry->next()) {
+    const Mox::AnyValue key = entry->key();
+    const KeyFit fit = query.key->fit(key);
+    if (fit == KeyFit::whole) return {{"", read(object, query, key.text().str())}};
+    if (fit == KeyFit::vrf) {
+      results.push_back({key.text().str(), read(object, query, key.text().str())});
+    }
+    keys.push_back(key);
+  }
+  if (!results.empty()) return results;
+  try {
+    return {{"", readAbsent(object, query)}};
+  } catch (const Mox::RangeException&) {
+    failKey(*query.key, keys);
+  }
+}
+
+// Of several objects the key selects some. Of a single object it selects entries.
 std::vector<Result> resultsOf(const Query& query, const Mox::PtrInterface& top) {
   const std::vector<LiveObject> objects = liveObjects(top, *query.type);
   if (objects.size() == 1 && objects.front().label.empty()) {
     const Mox::Object object = objects.front().object();
-    return {{"", query.key ? readEntry(object, query) : read(object, query, {})}};
+    if (query.key) return entriesOf(object, query);
+    return {{"", read(object, query, {})}};
   }
   std::vector<Result> results;
+  std::vector<Mox::AnyValue> keys;
   for (const LiveObject& object : objects) {
-    if (query.key && !isLabel(object.label, *query.key)) continue;
+    if (query.key && query.key->fit(object.key) == KeyFit::none) {
+      keys.push_back(object.key);
+      continue;
+    }
     results.push_back({object.label, read(object.object(), query, {})});
   }
-  if (query.key && results.empty()) {
-    fail("KEY must be the key of an object, found " + Mox::quoted(*query.key));
-  }
+  if (query.key && results.empty()) failKey(*query.key, keys);
   return results;
 }
 

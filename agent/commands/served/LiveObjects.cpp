@@ -24,11 +24,11 @@ class Walk {
  public:
   explicit Walk(const Mox::Type& wanted) : wanted_(wanted) {}
 
-  // Visits an entity or a record whose key is `label`.
-  void visit(const std::string& label, const AnyValue& value) {
+  // Visits an entity or a record of that key. `label` is the string form of the key.
+  void visit(const std::string& label, const AnyValue& value, const AnyValue& key) {
     const Entity entity = entityIn(value);
     if (isEntity(value) && (!entity || !seen_.insert(entity.get()).second)) return;
-    const LiveObject found{label, value};
+    const LiveObject found{label, value, key};
     const Mox::Object object = found.object();
     if (&object.type() == &wanted_ && (entity || labels_.insert(label).second)) {
       found_.push_back(found);
@@ -43,7 +43,7 @@ class Walk {
       if (attribute.access.iterate != nullptr) {
         visitEntries(object, attribute);
       } else if (attribute.access.read != nullptr) {
-        visit("", Mox::access(object, attribute.number, Mox::Operation::read).value);
+        visit("", Mox::access(object, attribute.number, Mox::Operation::read).value, {});
       }
     }
   }
@@ -52,8 +52,8 @@ class Walk {
     for (const auto entry = Mox::iterate(object, attribute.number); *entry; entry->next()) {
       const AnyValue key = entry->key();
       const std::string label = key.text().str();
-      visit(label, key);
-      if (const AnyValue value = entry->value(); value.type() != nullptr) visit(label, value);
+      visit(label, key, key);
+      if (const AnyValue value = entry->value(); value.type() != nullptr) visit(label, value, key);
     }
   }
 
@@ -72,7 +72,7 @@ Mox::Object LiveObject::object() const {
 
 std::vector<LiveObject> liveObjects(const PtrInterface& top, const Mox::Type& type) {
   Walk walk(type);
-  walk.visit("", Entity(&top));
+  walk.visit("", Entity(&top), {});
   return walk.takeFound();
 }
 

@@ -11,6 +11,7 @@ namespace ZelAgent {
 struct LiveObject {
   std::string label;    // the string form of its key, empty for none
   Mox::AnyValue value;  // the record, or a pointer to the entity
+  Mox::AnyValue key;    // no value for none
 
   /// The object as reflection reads it.
   [[nodiscard]] Mox::Object object() const;

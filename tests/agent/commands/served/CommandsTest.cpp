@@ -209,6 +209,31 @@ TEST_F(Commands, GetAcceptsTheKeyOfAnEntryOrOfAnObject) {
             "2\n");
 }
 
+TEST_F(Commands, GetAcceptsAnActionAsReportsPrintIt) {
+  EXPECT_EQ(text("get VrfHwConfig vrfRefCount actionVrf red"), "2\n");
+  EXPECT_EQ(text("get VrfHwConfig 130  actionVrf   'red'"), "2\n");
+  EXPECT_EQ(output("get HwStatus status actionVrf green")[0]["value"], "programmingFailure");
+}
+
+TEST_F(Commands, GetAcceptsTheVrfOfActions) {
+  const std::string red =
+      "Value('ZelVrfSelectionPolicy::VrfAction', ** {'vrfName': 'red', 'fallbackVrfName': '', "
+      "'postDecapVrfName': '', 'action': actionVrf}): ";
+  EXPECT_EQ(text("get VrfHwConfig vrfRefCount red"), red + "2\n");
+  EXPECT_EQ(text("get HwStatus status red"), red + "programmedInHw\n");
+}
+
+TEST_F(Commands, GetListsTheKeysOfActionsForAWrongKey) {
+  EXPECT_EQ(
+      error("get VrfHwStatus hwStatus nobody"),
+      "get TYPE ATTRIBUTE [KEY]: KEY must be the VRF of an action, or one of: actionVrf green, "
+      "actionVrf red; found 'nobody'");
+  EXPECT_EQ(
+      error("get HwStatus status actionVrf nobody"),
+      "get TYPE ATTRIBUTE [KEY]: KEY must be the VRF of an action, or one of: actionVrf green, "
+      "actionVrf red; found 'actionVrf nobody'");
+}
+
 TEST_F(Commands, GetReportsWrongArguments) {
   EXPECT_EQ(error("get Nothing at"),
             "get TYPE ATTRIBUTE [KEY]: TYPE must be a registered type with attributes, which `show "
@@ -220,7 +245,7 @@ TEST_F(Commands, GetReportsWrongArguments) {
             "get TYPE ATTRIBUTE [KEY]: createVrf can be called, but not read");
   EXPECT_EQ(
       error("get VrfInstanceSm vrfName nobody"),
-      "get TYPE ATTRIBUTE [KEY]: KEY must be the key of an object, found 'nobody'");
+      "get TYPE ATTRIBUTE [KEY]: KEY must be one of: blue, default, green, red; found 'nobody'");
 }
 
 TEST_F(Commands, ShowUsersPrintsTheInterfaceAndTheRuleOfEachUser) {
