@@ -59,6 +59,8 @@ inline constexpr unsigned answerTimeouts = 10;
 inline constexpr std::chrono::seconds ctlTimeout{300};
 /// The longest path of a socket.
 inline constexpr std::size_t socketPathBytes = sizeof(sockaddr_un::sun_path) - 1;
+/// Completions of a word in an answer.
+inline constexpr std::size_t completions = 100;
 /// Lines that the console remembers.
 inline constexpr int consoleLines = 1000;
 

@@ -86,6 +86,8 @@ void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {
 }
 
 void addOutput(LimitTable& table) {
+  table.push_back({"completions", Limits::completions, "words", "",
+                   "of a word, in an answer; of more the first ones and the last are sent"});
   table.push_back({"console history", Limits::consoleLines, "lines", "",
                    "lines that the console remembers; older ones are forgotten"});
   table.push_back({"shown text", Limits::shownTextBytes, "bytes", "",

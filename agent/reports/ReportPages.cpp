@@ -70,6 +70,8 @@ class TablePages final : public PagedRows<Cells> {
   TablePages(Cells heading, ReadRows<Cells> read, std::string ifEmpty)
       : PagedRows(std::move(read)), heading_(std::move(heading)), ifEmpty_(std::move(ifEmpty)) {}
 
+  void columnsAre(std::size_t columns) override { columns_ = columns; }
+
  private:
   [[nodiscard]] std::size_t rowsOfPage(const TextTable& rows) const override {
     TableSize size(heading_);
@@ -82,12 +84,14 @@ class TablePages final : public PagedRows<Cells> {
     if (page.empty()) return isFirst ? ifEmpty_ : "";
     page.insert(page.begin(), heading_);
     std::ostringstream text;
+    tableColumnsAre(text, columns_);
     writeTable(text, page);
     return std::move(text).str();
   }
 
   Cells heading_;
   std::string ifEmpty_;
+  std::size_t columns_ = 0;
 };
 
 class ArrayPages final : public PagedRows<std::string> {
@@ -139,6 +143,10 @@ class PagesInOrder final : public ReportPages {
     std::string page = present.next();
     if (!present.hasNext()) ++at_;
     return page;
+  }
+  void columnsAre(std::size_t columns) override {
+    for (const ReportPagesPtr& report : reports_)
+      report->columnsAre(columns);
   }
 
  private:

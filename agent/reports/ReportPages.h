@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,6 +27,8 @@ class ReportPages {
   [[nodiscard]] virtual bool hasNext() const = 0;
   /// Precondition: there is one.
   [[nodiscard]] virtual std::string next() = 0;
+  /// Limits the width of the tables on the next pages. 0 sets no limit.
+  virtual void columnsAre(std::size_t /*columns*/) {}
 };
 
 using ReportPagesPtr = std::unique_ptr<ReportPages>;

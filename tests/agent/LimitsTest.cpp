@@ -18,6 +18,7 @@
 #include "Blinklog/Ring.h"
 #include "Blinklog/Site.h"
 #include "agent/commands/offline/OfflineCommands.h"
+#include "agent/commands/served/CommandDispatch.h"
 #include "agent/config/JsonText.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/PrintableText.h"
@@ -445,6 +446,24 @@ void keepsSocketPaths(std::uint64_t limit) {
               HasSubstr("must have 1 to " + std::to_string(limit) + " bytes"));
 }
 
+void keepsCompletions(std::uint64_t limit) {
+  ServedAgent served("unused.json", 8);
+  const std::size_t others = runCommand(served, "complete 'vrf '", true).size();
+  const auto add = [&](std::uint64_t vrf) {
+    static_cast<void>(runCommand(served, "vrf x" + std::to_string(vrf) + " add", true));
+  };
+  for (std::uint64_t vrf = others; vrf < limit; ++vrf)
+    add(1000 + vrf);
+  const OrderedJson most = runCommand(served, "complete 'vrf '", true);
+  EXPECT_EQ(most.size(), limit);
+  add(2000);
+  add(1999);
+  const OrderedJson cut = runCommand(served, "complete 'vrf '", true);
+  ASSERT_EQ(cut.size(), limit);
+  EXPECT_EQ(cut[limit - 1], "x2000");
+  EXPECT_EQ(cut[limit - 2], most[limit - 2]);
+}
+
 void keepsConsoleHistories(std::uint64_t limit) {
   const LineEditor editor("> ", "", {});
   for (std::uint64_t line = 1; line <= limit; ++line)
@@ -532,6 +551,7 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"answer timeouts", keepsAnswerTimeouts},
       {"ctl timeout", keepsCtlTimeouts},
       {"socket path", keepsSocketPaths},
+      {"completions", keepsCompletions},
       {"console history", keepsConsoleHistories},
       {"shown text", keepsShownTexts},
       {"shown value", keepsShownValues},

@@ -22,7 +22,7 @@ namespace ZelAgent {
 /// `EventError`, and its text is the answer.
 struct CommandCall {
   ServedAgent& served;
-  std::string_view line;  // the whole command
+  std::string_view line;  // the whole command, with whole keywords
   EventLine& arguments;   // what follows its name
   bool asJson = false;
   std::size_t columns = 0;  // the width of tables in a text; 0 for no limit

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "agent/commands/served/CommandTable.h"
+#include "agent/commands/served/FormWalk.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
@@ -80,12 +81,15 @@ class RowSearch final {
 
 CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson,
                            std::size_t columns) {
-  EventLine line(text);
+  const std::string whole = withWholeWords(text);
+  EventLine line(whole);
   const CommandRow* const row = RowSearch(line).find();
   if (row == nullptr) return CommandOutput(asJson ? CommandOutput(nullptr) : CommandOutput(""));
   line.formIs(row->form);
   if (!CommandForm(row->form).hasArguments()) line.needEnd();
-  return row->run({served, text, line, asJson, columns});
+  CommandResult result = row->run({served, whole, line, asJson, columns});
+  if (auto* const pages = std::get_if<ReportPagesPtr>(&result)) (*pages)->columnsAre(columns);
+  return result;
 }
 
 CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson,

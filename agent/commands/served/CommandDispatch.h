@@ -8,6 +8,8 @@ namespace ZelAgent {
 
 /// Starts the command with the longest name that the line begins with.
 ///
+/// The line may have the beginnings of keywords, as FormWalk.h describes.
+///
 /// Throws an `EventError` that lists the possible words if the line begins with no command name. A
 /// blank line and a comment do nothing. `columns` is the width of the tables in a text; 0 for no
 /// limit.

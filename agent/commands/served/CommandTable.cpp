@@ -92,52 +92,72 @@ constexpr CommandRow rows[] = {
     {"help [WORD...]", "The commands, or those that begin with the words", help},
     {"complete LINE", "The completions of the last word of LINE, which is quoted as one word",
      complete},
+    {"choices LINE", "What the last word of LINE may be, with help; LINE is quoted as one word",
+     choices},
+};
+
+// The keywords that several rows share at one place.
+constexpr std::pair<std::string_view, std::string_view> sharedKeywords[] = {
+    {"show", "Show the state of the agent"},
+    {"vrf", "Report a VRF as the hardware does"},
+    {"fallback", "Change the fallback VRF of a VRF"},
+    {"prefix-lens", "Set the prefix lengths of a VRF in exact match"},
+    {"ipv4", "Prefix lengths of IPv4"},
+    {"ipv6", "Prefix lengths of IPv6"},
+    {"chip", "Change the chip"},
+    {"route", "Add or remove a route"},
 };
 
 }  // namespace
 
 CommandForm::CommandForm(std::string_view form) {
   bool isName = true;
-  std::size_t optionStart = 0;
+  std::size_t opened = 0;
   for (const std::string& text : splitAt(' ', std::string(form))) {
     words_.push_back(formWordOf(text));
-    if (text.starts_with('[')) optionStart = words_.size() - 1;
-    if (text.ends_with(']')) words_[optionStart].optionEnd = words_.size();
     isName =
         isName && words_.back().choices == std::vector<std::string>{text} && !isPlaceholder(text);
     if (isName) name_.push_back(text);
+    if (text.front() == '[') opened = words_.size() - 1;
+    if (text.find(']') != std::string::npos) {
+      words_[opened].optionalWords = words_.size() - opened;
+    }
   }
 }
 
 std::vector<std::string> CommandForm::choicesAfter(const std::vector<std::string>& words) const {
-  std::set<std::size_t> places;  // of the form where the next word may be
-  addWithOptions(places, 0);
-  for (const std::string& word : words) {
-    std::set<std::size_t> next;
-    for (const std::size_t place : places) {
-      const FormWord* const form = wordAt(place);
-      if (form != nullptr && accepts(*form, word)) addWithOptions(next, place + 1);
-    }
-    places = std::move(next);
+  Places places = start();
+  for (const std::string& word : words)
+    places = after(places, word);
+  return choicesAt(places);
+}
+
+CommandForm::Places CommandForm::after(const Places& places, const std::string& word) const {
+  Places next;
+  for (const std::size_t place : places) {
+    if (place == words_.size() || !accepts(words_[place], word)) continue;
+    next.insert(place + 1);
+    if (words_[place].repeats) next.insert(place);
   }
+  return withSkipped(std::move(next));
+}
+
+std::vector<std::string> CommandForm::choicesAt(const Places& places) const {
   std::vector<std::string> choices;
   for (const std::size_t place : places) {
-    const FormWord* const form = wordAt(place);
-    if (form != nullptr) choices.insert(choices.end(), form->choices.begin(), form->choices.end());
+    if (place == words_.size()) continue;
+    choices.insert(choices.end(), words_[place].choices.begin(), words_[place].choices.end());
   }
   return choices;
 }
 
-// Adds the place, and those that are reached by leaving out optional words.
-void CommandForm::addWithOptions(std::set<std::size_t>& places, std::size_t place) const {
-  while (places.insert(place).second && place < words_.size() && words_[place].optionEnd != 0 &&
-         !words_[place].repeats)
-    place = words_[place].optionEnd;
-}
-
-const FormWord* CommandForm::wordAt(std::size_t index) const noexcept {
-  if (index < words_.size()) return &words_[index];
-  return words_.back().repeats ? &words_.back() : nullptr;
+// A place behind an optional part is later, so it is reached by going up once.
+CommandForm::Places CommandForm::withSkipped(Places places) const {
+  for (std::size_t place = 0; place < words_.size(); ++place) {
+    const std::size_t skipped = words_[place].optionalWords;
+    if (skipped > 0 && places.contains(place)) places.insert(place + skipped);
+  }
+  return places;
 }
 
 bool isPlaceholder(std::string_view choice) noexcept {
@@ -146,6 +166,13 @@ bool isPlaceholder(std::string_view choice) noexcept {
 
 std::span<const CommandRow> commandTable() noexcept {
   return rows;
+}
+
+std::string_view keywordHelp(std::string_view keyword) noexcept {
+  for (const auto& [shared, help] : sharedKeywords) {
+    if (shared == keyword) return help;
+  }
+  return {};
 }
 
 const std::vector<CommandForm>& commandForms() {

@@ -14,7 +14,7 @@ namespace ZelAgent {
 struct FormWord {
   std::vector<std::string> choices;
   bool repeats = false;
-  std::size_t optionEnd = 0;  // the place after the optional words that begin here; 0 if none do
+  std::size_t optionalWords = 0;  // that may be left out from here; 0 for none
 };
 
 /// The syntax of a command. It is used to find the command, to print help and to complete lines.
@@ -33,9 +33,15 @@ class CommandForm final {
   /// The choices for the word after `words`. None if the form does not begin with `words`.
   [[nodiscard]] std::vector<std::string> choicesAfter(const std::vector<std::string>& words) const;
 
+  /// Places in the form: before a word, or at its end. Several, since words may be left out.
+  using Places = std::set<std::size_t>;
+  [[nodiscard]] Places start() const { return withSkipped({0}); }
+  [[nodiscard]] Places after(const Places& places, const std::string& word) const;
+  [[nodiscard]] std::vector<std::string> choicesAt(const Places& places) const;
+  [[nodiscard]] bool mayEndAt(const Places& places) const { return places.contains(words_.size()); }
+
  private:
-  [[nodiscard]] const FormWord* wordAt(std::size_t index) const noexcept;
-  void addWithOptions(std::set<std::size_t>& places, std::size_t place) const;
+  [[nodiscard]] Places withSkipped(Places places) const;
 
   std::vector<FormWord> words_;
   std::vector<std::string> name_;
@@ -53,6 +59,9 @@ struct CommandRow {
 };
 
 [[nodiscard]] std::span<const CommandRow> commandTable() noexcept;
+
+/// The help of a keyword that several rows share. Empty if it has none.
+[[nodiscard]] std::string_view keywordHelp(std::string_view keyword) noexcept;
 
 /// The forms of the rows, in the order of the rows.
 [[nodiscard]] const std::vector<CommandForm>& commandForms();

@@ -100,11 +100,11 @@ struct Result {
 [[noreturn]] void failKey(const TypedKey& typed, const std::vector<Mox::AnyValue>& keys) {
   constexpr std::size_t shown = 10;
   std::vector<std::string> texts;
-  for (const Mox::AnyValue& key : keys) {
-    if (texts.size() == shown) break;
+  for (const Mox::AnyValue& key : keys)
     texts.push_back(joined(wordsOfKey(key), " "));
-  }
-  const std::size_t others = keys.size() - texts.size();
+  std::sort(texts.begin(), texts.end());
+  const std::size_t others = texts.size() > shown ? texts.size() - shown : 0;
+  texts.resize(texts.size() - others);
   if (texts.empty()) texts.emplace_back("left out, as there is none");
   const bool haveVrfs = !keys.empty() && vrfOfKey(keys.front());
   fail(std::string("KEY must be ") + (haveVrfs ? "the VRF of an action, or one of: " : "one of: ") +

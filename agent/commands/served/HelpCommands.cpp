@@ -4,21 +4,25 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
 #include "agent/commands/served/CommandTable.h"
+#include "agent/commands/served/FormWalk.h"
+#include "agent/commands/served/Placeholders.h"
+#include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "agent/language/Words.h"
-#include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
 namespace {
 
 struct TypedLine {
-  std::vector<std::string> words;  // the complete ones
-  std::string_view last;           // the beginning of the next word
+  FormWalk walk;          // behind the complete words
+  std::string_view last;  // the beginning of the next word
 };
 
 // Throws a `Mox::RangeException` for a word that is quoted badly.
@@ -28,25 +32,17 @@ TypedLine typedLineOf(std::string_view line) {
   TypedLine typed{{}, line.substr(start)};
   Mox::CharRange range(line.substr(0, start));
   while (const auto word = takeWord(range))
-    typed.words.push_back(word->text);
+    typed.walk.take(typed.walk.wholeWord(*word));
   return typed;
 }
 
-bool isVrfPlaceholder(const std::string& choice) {
-  return choice == "NAME" || choice == "VRF";
-}
-
-std::set<std::string> candidatesAfter(const std::vector<std::string>& words,
-                                      ForwardingAgent& agent) {
+std::set<std::string> candidatesAfter(const FormWalk& walk, ForwardingAgent& agent) {
   std::set<std::string> candidates;
-  for (const CommandForm& form : commandForms()) {
-    for (const std::string& choice : form.choicesAfter(words)) {
-      if (isVrfPlaceholder(choice)) {
-        for (const L3::VrfName& vrf : knownVrfs(agent))
-          candidates.insert(toWord(vrf.str()));
-      } else if (!isPlaceholder(choice)) {
-        candidates.insert(choice);
-      }
+  for (const FormWalk::Choice& choice : walk.choices()) {
+    if (isPlaceholder(choice.text)) {
+      candidates.merge(valuesOf(choice.text, walk.words(), agent));
+    } else {
+      candidates.insert(choice.text);
     }
   }
   return candidates;
@@ -67,14 +63,21 @@ std::vector<CommandRow> rowsBeginningWith(const std::string& words) {
   return rows;
 }
 
-void writeRows(std::ostream& out, const std::vector<CommandRow>& rows) {
+using Line = std::pair<std::string, std::string>;  // what may be typed, and its help
+
+void writeLines(std::ostream& out, const std::vector<Line>& lines) {
   std::size_t width = 0;
+  for (const auto& [typed, help] : lines)
+    width = std::max(width, typed.size());
+  for (const auto& [typed, help] : lines)
+    out << typed << std::string(width - typed.size() + 2, ' ') << help << '\n';
+}
+
+std::vector<Line> linesOf(const std::vector<CommandRow>& rows) {
+  std::vector<Line> lines;
   for (const CommandRow& row : rows)
-    width = std::max(width, std::string_view(row.form).size());
-  for (const CommandRow& row : rows) {
-    out << row.form << std::string(width - std::string_view(row.form).size() + 2, ' ') << row.help
-        << '\n';
-  }
+    lines.emplace_back(row.form, row.help);
+  return lines;
 }
 
 OrderedJson rowsJson(const std::vector<CommandRow>& rows) {
@@ -91,18 +94,83 @@ std::string neededLine(EventLine& arguments) {
   return line->text;
 }
 
-// The completions of the last word of the line. VRF names are those that the agent knows.
+// The first values and the last one. What all of them begin with is what all values begin with.
+std::vector<std::string> bounded(std::vector<std::string> values) {
+  if (values.size() > Limits::completions) {
+    std::swap(values[Limits::completions - 1], values.back());
+    values.resize(Limits::completions);
+  }
+  return values;
+}
+
+std::vector<std::string> beginningWith(std::string_view typed,
+                                       const std::set<std::string>& values) {
+  std::vector<std::string> beginning;
+  std::copy_if(values.begin(), values.end(), std::back_inserter(beginning),
+               [&](const std::string& value) { return value.starts_with(typed); });
+  return beginning;
+}
+
+// The completions of the last word of the line.
 std::vector<std::string> completionsOf(std::string_view line, ForwardingAgent& agent) {
-  std::vector<std::string> completions;
   try {
     const TypedLine typed = typedLineOf(line);
-    for (const std::string& candidate : candidatesAfter(typed.words, agent)) {
-      if (candidate.starts_with(typed.last)) completions.push_back(candidate);
-    }
+    return bounded(beginningWith(typed.last, candidatesAfter(typed.walk, agent)));
   } catch (const Mox::RangeException&) {
-    // A quoted word is incomplete. It has no completions.
+    return {};  // a quoted word is incomplete
+  } catch (const EventError&) {
+    return {};  // a word is short for several keywords
   }
-  return completions;
+}
+
+std::string helpOf(const FormWalk::Choice& keyword) {
+  const std::string_view shared = keywordHelp(keyword.text);
+  return std::string(keyword.rows.size() > 1 && !shared.empty() ? shared
+                                                                : keyword.rows.front()->help);
+}
+
+// What the placeholder stands for, and some of its values.
+std::string helpOf(const FormWalk::Choice& placeholder, const TypedLine& typed,
+                   ForwardingAgent& agent) {
+  constexpr std::size_t shown = 10;
+  std::string help(placeholderHelp(placeholder.text));
+  std::vector<std::string> values =
+      beginningWith(typed.last, valuesOf(placeholder.text, typed.walk.words(), agent));
+  if (values.empty()) return help;
+  const std::size_t others = values.size() > shown ? values.size() - shown : 0;
+  values.resize(values.size() - others);
+  help += ": " + joined(values, ", ");
+  return others == 0 ? help : help + " and " + std::to_string(others) + " more";
+}
+
+// What may be typed in place of the last word of the line. "<cr>" stands for the end of the line.
+std::vector<Line> choicesIn(const TypedLine& typed, ForwardingAgent& agent) {
+  std::vector<Line> lines;
+  for (const FormWalk::Choice& choice : typed.walk.choices()) {
+    if (isPlaceholder(choice.text)) {
+      lines.emplace_back(choice.text, helpOf(choice, typed, agent));
+    } else if (choice.text.starts_with(typed.last)) {
+      lines.emplace_back(choice.text, helpOf(choice));
+    }
+  }
+  std::sort(lines.begin(), lines.end());
+  const CommandRow* const ending = typed.walk.ending();
+  if (typed.last.empty() && ending != nullptr) lines.emplace_back("<cr>", ending->help);
+  return lines;
+}
+
+std::vector<Line> neededChoices(const CommandCall& call) {
+  const std::string line = neededLine(call.arguments);
+  std::vector<Line> choices;
+  try {
+    choices = choicesIn(typedLineOf(line), call.served.agent());
+  } catch (const Mox::RangeException&) {
+    // A quoted word is incomplete. Nothing is known of what follows it.
+  }
+  if (choices.empty()) {
+    call.arguments.fail("LINE must be the beginning of a command", Word{line, false});
+  }
+  return choices;
 }
 
 }  // namespace
@@ -114,7 +182,8 @@ CommandOutput help(const CommandCall& call) {
     call.arguments.fail("WORD... must be the beginning of a command", Word{words, false});
   }
   return outputOf(
-      call, [&](std::ostream& out) { writeRows(out, rows); }, [&] { return rowsJson(rows); });
+      call, [&](std::ostream& out) { writeLines(out, linesOf(rows)); },
+      [&] { return rowsJson(rows); });
 }
 
 CommandOutput complete(const CommandCall& call) {
@@ -126,6 +195,18 @@ CommandOutput complete(const CommandCall& call) {
           out << completion << '\n';
       },
       [&] { return OrderedJson(completions); });
+}
+
+CommandOutput choices(const CommandCall& call) {
+  const std::vector<Line> lines = neededChoices(call);
+  return outputOf(
+      call, [&](std::ostream& out) { writeLines(out, lines); },
+      [&] {
+        OrderedJson json = OrderedJson::array();
+        for (const auto& [choice, help] : lines)
+          json.push_back({{"choice", choice}, {"help", help}});
+        return json;
+      });
 }
 
 }  // namespace ZelAgent

@@ -55,7 +55,12 @@ namespace ZelAgent {
 /// `help [WORD...]`: a line for each form that begins with the words.
 [[nodiscard]] CommandOutput help(const CommandCall& call);
 /// `complete LINE`: the completions of the last word of the line; after a blank, the words that may
-/// follow. One line each, sorted, quoted where necessary. As JSON it is an array.
+/// follow. One line each, sorted, quoted where necessary. As JSON it is an array. Of more than
+/// `Limits::completions` words it has the first ones and the last.
 [[nodiscard]] CommandOutput complete(const CommandCall& call);
+/// `choices LINE`: what the last word of the line may be; after a blank, what may follow. One line
+/// for each keyword and placeholder, with its help. "<cr>" stands for the end of the line. As JSON
+/// it is an array of {choice, help}.
+[[nodiscard]] CommandOutput choices(const CommandCall& call);
 
 }  // namespace ZelAgent

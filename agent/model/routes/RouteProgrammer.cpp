@@ -35,6 +35,11 @@ bool RouteProgrammer::routeDel(const std::string& vrf, const IpPrefix& prefix) {
   return present != vrfs_.end() && present->second.routeDel(prefix);
 }
 
+std::set<IpPrefix> RouteProgrammer::prefixesOf(const std::string& vrf) const {
+  const auto found = vrfs_.find(vrf);
+  return found == vrfs_.end() ? std::set<IpPrefix>() : found->second.prefixes();
+}
+
 void RouteProgrammer::clear() {
   vrfs_.clear();
   program();

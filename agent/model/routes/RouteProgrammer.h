@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,8 @@ class RouteProgrammer final {
   void routeIs(const std::string& vrf, const IpPrefix& prefix, const SoftChip::Route& route);
   /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const std::string& vrf, const IpPrefix& prefix);
+  /// The prefixes of the routes of the VRF.
+  [[nodiscard]] std::set<IpPrefix> prefixesOf(const std::string& vrf) const;
   /// Removes every route, also from the chip.
   void clear();
 

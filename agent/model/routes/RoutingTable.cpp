@@ -159,6 +159,15 @@ std::string RoutingTable::whyUnusable(const NextHop& nextHop, const IpPrefix& of
          std::to_string(Limits::gateways) + " gateways";
 }
 
+RoutingTable::Prefixes RoutingTable::prefixes() const {
+  Prefixes prefixes;
+  for (const auto& [prefix, route] : fromEvents_)
+    prefixes.insert(prefix);
+  for (const auto& [prefix, nextHops] : configured_)
+    prefixes.insert(prefix);
+  return prefixes;
+}
+
 bool RoutingTable::has(const IpPrefix& prefix) const {
   return fromEvents_.contains(prefix) || configured_.contains(prefix);
 }

@@ -39,6 +39,8 @@ class RoutingTable final {
   /// Why no next hop of the configured route is usable: one reason for each. Precondition: it is
   /// not resolved.
   [[nodiscard]] std::string whyUnresolved(const IpPrefix& prefix) const;
+  /// The prefixes of all routes, of those without a usable next hop too.
+  [[nodiscard]] Prefixes prefixes() const;
   /// The routes for the chip.
   [[nodiscard]] const Routes& resolved() const noexcept { return resolved_; }
   /// The prefixes whose resolved routes have changed since the last `changesDelAll`.

@@ -18,8 +18,8 @@ TEST(LimitsReport, HasEachLimitInItsPlace) {
                   "packet payload", "chip resources", "chip rules", "fallback walk", "gateways",
                   "retries", "retry pause", "request", "answer", "waiting answers", "short answer",
                   "answer levels", "clients", "client timeout", "answer timeouts", "ctl timeout",
-                  "socket path", "console history", "shown text", "shown value", "trace ring",
-                  "trace message", "trace file"));
+                  "socket path", "completions", "console history", "shown text", "shown value",
+                  "trace ring", "trace message", "trace file"));
 }
 
 TEST(LimitsReport, PrintsADashForWhatALimitDoesNotHave) {

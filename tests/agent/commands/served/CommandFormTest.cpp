@@ -3,8 +3,12 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <set>
+
+#include "agent/commands/served/FormWalk.h"
+#include "agent/commands/served/Placeholders.h"
 
 namespace ZelAgent {
 namespace {
@@ -50,6 +54,42 @@ TEST(CommandForm, OptionalWordsMayBeLeftOut) {
   EXPECT_THAT(form.choicesAfter({"show", "rules", "vrf", "red"}), ElementsAre("failed"));
   EXPECT_THAT(form.choicesAfter({"show", "rules", "failed"}), IsEmpty());
   EXPECT_THAT(CommandForm("get TYPE [KEY...]").choicesAfter({"get", "T", "a"}), ElementsAre("KEY"));
+}
+
+TEST(CommandForm, MayEndBeforeAnOptionalPart) {
+  const CommandForm form("vrf NAME add [id N]");
+  const auto mayEndAfter = [&](const std::vector<std::string>& words) {
+    CommandForm::Places places = form.start();
+    for (const std::string& word : words)
+      places = form.after(places, word);
+    return form.mayEndAt(places);
+  };
+  EXPECT_FALSE(mayEndAfter({"vrf", "red"}));
+  EXPECT_TRUE(mayEndAfter({"vrf", "red", "add"}));
+  EXPECT_FALSE(mayEndAfter({"vrf", "red", "add", "id"}));
+  EXPECT_TRUE(mayEndAfter({"vrf", "red", "add", "id", "7"}));
+  EXPECT_FALSE(mayEndAfter({"vrf", "red", "add", "id", "7", "8"}));
+}
+
+// Visits each place of the table that has choices.
+void visitChoices(const FormWalk& walk, const std::function<void(const FormWalk::Choice&)>& visit) {
+  if (walk.words().size() > 8) return;  // repeated words
+  for (const FormWalk::Choice& choice : walk.choices()) {
+    visit(choice);
+    FormWalk next = walk;
+    next.take(isPlaceholder(choice.text) ? "x" : choice.text);
+    visitChoices(next, visit);
+  }
+}
+
+TEST(CommandTable, EachPlaceholderAndEachSharedKeywordHasHelp) {
+  visitChoices(FormWalk(), [](const FormWalk::Choice& choice) {
+    if (isPlaceholder(choice.text)) {
+      EXPECT_NE(placeholderHelp(choice.text), "") << choice.text;
+    } else if (choice.rows.size() > 1) {
+      EXPECT_NE(keywordHelp(choice.text), "") << choice.text;
+    }
+  });
 }
 
 TEST(CommandTable, EachFormIsInOneRowAndHasHelp) {

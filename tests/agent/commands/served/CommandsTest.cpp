@@ -89,10 +89,10 @@ TEST_F(Commands, ShowLimitsHasThoseInForce) {
 }
 
 TEST_F(Commands, TablesFitTheColumnsOfTheRequest) {
-  const json request{{"command", "show actions"}, {"columns", 120}};
+  const json request{{"command", "show actions"}, {"columns", 150}};
   const json narrow = json::parse(service_.reply({RequestLine::Kind::whole, request.dump()}).bytes);
   EXPECT_THAT(narrow["output"].get<std::string>(),
-              HasSubstr("failureVrfResourceAlloc  VRF \"green\" has no\n"));
+              HasSubstr("  VRF \"green\" has no hardware VRF id; the action\n"));
 }
 
 TEST_F(Commands, ShowActionsAsJsonHasTheMembersOfAReport) {
@@ -243,9 +243,8 @@ TEST_F(Commands, GetReportsWrongArguments) {
             "postDecapVrfName, action, found 'colour'");
   EXPECT_EQ(error("get VrfHelper createVrf"),
             "get TYPE ATTRIBUTE [KEY]: createVrf can be called, but not read");
-  EXPECT_EQ(
-      error("get VrfInstanceSm vrfName nobody"),
-      "get TYPE ATTRIBUTE [KEY]: KEY must be one of: blue, default, green, red; found 'nobody'");
+  EXPECT_EQ(error("get VrfInstanceSm vrfName nobody"),
+            "get TYPE ATTRIBUTE [KEY]: KEY must be one of: blue, default, red; found 'nobody'");
 }
 
 TEST_F(Commands, ShowUsersPrintsTheInterfaceAndTheRuleOfEachUser) {
@@ -480,8 +479,8 @@ TEST_F(Commands, AReloadThatIsAppliedClearsTheLastRefusal) {
 TEST_F(Commands, AnUnknownCommandIsAnErrorThatListsTheCommands) {
   EXPECT_THAT(error("shw"), AllOf(StartsWith("a command must begin with chip, "),
                                   HasSubstr(", reload, "), HasSubstr(" or vrf, found 'shw'")));
-  EXPECT_THAT(error("show vrf"), AllOf(StartsWith("show must be followed by actions, "),
-                                       HasSubstr(", vrfs or the end of the line, found 'vrf'")));
+  EXPECT_THAT(error("show vrfx"), AllOf(StartsWith("show must be followed by actions, "),
+                                        HasSubstr(", vrfs or the end of the line, found 'vrfx'")));
   EXPECT_EQ(error("'show' vrfs").substr(0, 26), "a command must begin with ");
 }
 
@@ -526,6 +525,100 @@ TEST_F(Commands, CompletionOffersTheKnownVrfs) {
   EXPECT_EQ(output("complete 'chip fail '"), json({"any", "blue", "default", "green", "red"}));
   text("vrf 'two words' add");
   EXPECT_EQ(output("complete 'vrf \\''"), json({"'two words'"}));
+}
+
+TEST_F(Commands, CompletionOffersInterfacesAndPrefixes) {
+  EXPECT_EQ(output("complete 'explain '"), json({"e1", "e2"}));
+  EXPECT_EQ(output("complete 'route red '"), json::array());
+  text("route red 10.0.0.0/8 decap");
+  EXPECT_EQ(output("complete 'route red '"), json({"10.0.0.0/8"}));
+  EXPECT_EQ(output("complete 'route blue '"), json::array());
+  EXPECT_EQ(output("complete 'route red 10.0.0.0/8 via e'"), json({"e1", "e2"}));
+}
+
+TEST_F(Commands, CompletionOffersTypesAttributesAndKeys) {
+  EXPECT_THAT(output("complete 'get V'"), IsSupersetOf({"VrfSm", "VrfHwStatus"}));
+  EXPECT_THAT(output("complete 'get VrfHelper '"), Not(Contains("createVrf")));
+  EXPECT_EQ(output("complete 'get VrfHwStatus '"), json({"hwStatus"}));
+  EXPECT_EQ(output("complete 'get VrfHwStatus hwStatus '"), json({"actionVrf", "green", "red"}));
+  EXPECT_EQ(output("complete 'get VrfHwStatus hwStatus actionVrf r'"), json({"red"}));
+  EXPECT_EQ(output("complete 'get VrfSm fallbackVrfInfo '"), json({"red"}));
+  EXPECT_EQ(output("complete 'get VrfInstanceSm vrfName b'"), json({"blue"}));
+}
+
+TEST_F(Commands, CompletionOffersTheKeywordsOfAPacket) {
+  EXPECT_EQ(output("complete 'explain e1 '"), json({"hex", "ipv4", "ipv6"}));
+  EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 '"), json({"to"}));
+  EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to '"), json::array());
+  EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 p'"), json({"protocol"}));
+  EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 ttl '"), json::array());
+  EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 carrying i'"),
+            json({"ipv4", "ipv6"}));
+}
+
+TEST_F(Commands, CompletionOffersTheWordsOfCommandsToHelp) {
+  EXPECT_EQ(output("complete 'help show vr'"), json({"vrfs"}));
+  EXPECT_EQ(output("complete 'help vrf '"), json::array());
+}
+
+TEST_F(Commands, CompletionFollowsShortenedKeywords) {
+  EXPECT_EQ(output("complete 'sh vr'"), json({"vrfs"}));
+  EXPECT_EQ(output("complete 'pre ipv4 r'"), json({"red"}));
+  EXPECT_EQ(output("complete 're '"), json::array());
+}
+
+TEST_F(Commands, ChoicesExplainTheKeywordsThatTheLastWordBegins) {
+  EXPECT_EQ(text("choices 'show t'"),
+            "trace  The last N messages of the trace; 20 if N is not given\n"
+            "types  The registered types, their attributes, and the operations of each\n");
+  EXPECT_EQ(output("choices 'ro'"),
+            json::parse(R"([{"choice": "route", "help": "Add or remove a route"}])"));
+}
+
+TEST_F(Commands, ChoicesExplainAPlaceholderWithItsValues) {
+  EXPECT_EQ(text("choices 'vrf '"), "NAME  a VRF: blue, default, green, red\n");
+  EXPECT_EQ(text("choices 'vrf r'"), "NAME  a VRF: red\n");
+  EXPECT_EQ(text("choices 'chip capacity '"), "N  a number\n");
+  for (int vrf = 0; vrf < 9; ++vrf)
+    text("vrf x" + std::to_string(vrf) + " add");
+  EXPECT_EQ(text("choices 'vrf '"),
+            "NAME  a VRF: blue, default, green, red, x0, x1, x2, x3, x4, x5 and 3 more\n");
+}
+
+TEST_F(Commands, ChoicesNameTheEndOfTheLine) {
+  EXPECT_EQ(text("choices 'show trace '"),
+            "N     a number\n"
+            "<cr>  The last N messages of the trace; 20 if N is not given\n");
+  EXPECT_EQ(text("choices 'reload '"),
+            "<cr>  Read the configuration file again and apply it, as SIGHUP does\n");
+  EXPECT_EQ(text("choices 'vrf red add '"),
+            "id    The hardware reports a new status for the VRF\n"
+            "<cr>  The hardware reports a new status for the VRF\n");
+}
+
+TEST_F(Commands, ChoicesRefuseALineThatBeginsNoCommand) {
+  EXPECT_EQ(error("choices 'show nothing '"),
+            "choices LINE: LINE must be the beginning of a command, found 'show nothing '");
+  EXPECT_EQ(error("choices 'vrf \\'two w'"),
+            "choices LINE: LINE must be the beginning of a command, found 'vrf \\'two w'");
+}
+
+TEST_F(Commands, KeywordsMayBeShortened) {
+  EXPECT_EQ(text("sh vr"), text("show vrfs"));
+  EXPECT_THAT(text("  pre ipv4  red 24   # remark"), StartsWith("prefix-lens ipv4 red 24\n"));
+  EXPECT_THAT(text("vrf red i 7"), StartsWith("vrf red id 7\n"));
+  EXPECT_THAT(text("decap-nh on"), StartsWith("decap-nh on\n"));  // not decap-nh-fallback
+}
+
+TEST_F(Commands, AWordThatIsShortForSeveralKeywordsIsAnErrorThatListsThem) {
+  EXPECT_EQ(error("re"), "'re' may be reload or retry; type more of the word");
+  EXPECT_EQ(error("show t"), "show: 't' may be trace or types; type more of the word");
+}
+
+TEST_F(Commands, OnlyKeywordsMayBeShortened) {
+  EXPECT_THAT(text("chip fail an 1"), StartsWith("chip fail an 1\n"));  // not any
+  EXPECT_THAT(error("'show' vrfs"), StartsWith("a command must begin with "));
+  EXPECT_THAT(error("'sho' vrfs"), StartsWith("a command must begin with "));
 }
 
 TEST_F(Commands, AnAnswerThatIsTooLongIsAnErrorInItsPlace) {

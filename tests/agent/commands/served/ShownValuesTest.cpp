@@ -290,6 +290,8 @@ constexpr FormExample formExamples[] = {
      "words",
      R"([{"form":"help [WORD...]","help":"The commands, or those that begin with the words"}])"},
     {"complete LINE", "complete 'relo'", "reload", R"(["reload"])"},
+    {"choices LINE", "choices 'retr'", "retry  Ask the chip again for all that it has refused",
+     R"([{"choice":"retry","help":"Ask the chip again for all that it has refused"}])"},
 };
 
 TEST_F(ShownValues, EachFormHasAnExampleWhoseOutputBeginsAsHere) {
