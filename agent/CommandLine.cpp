@@ -288,10 +288,13 @@ void describeCtl(CLI::App& app, CommandLine& commandLine) {
       ->type_name("PATH")
       ->required();
   ctl->add_flag("--json", commandLine.ctl.json, "Print the output as JSON");
+  ctl->add_flag("--no-pager", commandLine.ctl.noPager,
+                "Print long answers in the console without a pause after each screen");
   addCount(*ctl, "--timeout", commandLine.ctlTimeout,
            "Seconds after which a daemon that sends nothing is given up; 0 for never");
-  ctl->add_option("COMMAND", commandLine.ctl.command,
-                  "The words of one command; the command help lists all commands");
+  ctl->add_option(
+      "COMMAND", commandLine.ctl.command,
+      "The words of one command, or the command as one argument; help lists all commands");
   ctl->footer(exitStatuses({"every command succeeded, or the console ended",
                             "no daemon answers, a command failed, or standard output cannot be "
                             "written",

@@ -438,7 +438,9 @@ const HelpRow helpRows[] = {
       "--rule-capacity UINT:N=65536", "--when-full closed|open=closed",
       "--client-timeout UINT:N=30", "--trace-ring FILE"},
      {"CONFIG"}},
-    {"ctl", {"-h,--help", "--socket PATH", "--json", "--timeout UINT:N=300"}, {"COMMAND"}},
+    {"ctl",
+     {"-h,--help", "--socket PATH", "--json", "--no-pager", "--timeout UINT:N=300"},
+     {"COMMAND"}},
     {"trace", {"-h,--help", "--json"}, {"FILE"}},
     {"show", {"-h,--help", "--json"}, {"WHAT"}},
 };

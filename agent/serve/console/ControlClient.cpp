@@ -1,8 +1,10 @@
 #include "agent/serve/console/ControlClient.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <ostream>
 #include <utility>
@@ -10,6 +12,7 @@
 #include "Blinklog/FileHandle.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Words.h"
 #include "agent/serve/console/AnswerPrinter.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
@@ -65,22 +68,78 @@ void sendBytes(const FileHandle& socket, std::string_view bytes) {
   throw SocketError(printable(path, Limits::shownTextBytes) + ": " + what);
 }
 
-[[noreturn]] void failOnRead(const std::string& path, std::chrono::milliseconds wait) {
-  if (errno != EAGAIN) throw socketErrorOf(path, "the daemon does not answer", errno);
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait).count();
-  failAt(path, "the daemon has sent nothing for " + std::to_string(seconds) +
-                   " s; it may still run the command; see --timeout");
+// What the client waits for, for messages.
+std::string awaited(const Request& request) {
+  if (isBlankLine(request.command)) return "the command";
+  return "the command " + inQuotes(request.command);
 }
+
+// Waits for bytes of the answer.
+class AnswerWait final {
+ public:
+  AnswerWait(const std::string& path, std::chrono::milliseconds limit, const Request& request,
+             const WaitObserver& observer)
+      : path_(path), limit_(limit), request_(request), observer_(observer) {}
+
+  // Throws a SocketError if nothing arrives in time.
+  void awaitBytes(int socket) const {
+    const auto start = std::chrono::steady_clock::now();
+    while (true) {
+      pollfd events{socket, POLLIN, 0};
+      const auto waited = elapsedSince(start);
+      const int ready = poll(&events, 1, static_cast<int>(sliceAfter(waited).count()));
+      if (ready > 0) {
+        if (observer_.ends) observer_.ends();
+        return;
+      }
+      if (ready < 0 && errno != EINTR) {
+        throw socketErrorOf(path_, "the daemon does not answer", errno);
+      }
+      notify(elapsedSince(start));
+    }
+  }
+
+ private:
+  using Milliseconds = std::chrono::milliseconds;
+
+  static Milliseconds elapsedSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::floor<Milliseconds>(std::chrono::steady_clock::now() - start);
+  }
+
+  // The time until the next look at the clock.
+  [[nodiscard]] Milliseconds sliceAfter(Milliseconds waited) const {
+    const Milliseconds toSecond = std::chrono::seconds(1) - waited % std::chrono::seconds(1);
+    return limit_.count() == 0 ? toSecond : std::clamp(limit_ - waited, Milliseconds(0), toSecond);
+  }
+
+  void notify(Milliseconds waited) const {
+    if (observer_.givesUp && observer_.givesUp()) {
+      failAt(path_, "interrupted; the daemon may still run " + awaited(request_));
+    }
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(waited);
+    if (limit_.count() > 0 && waited >= limit_) {
+      failAt(path_, "the daemon has sent nothing for " + std::to_string(seconds.count()) +
+                        " s; it may still run " + awaited(request_) + "; see --timeout");
+    }
+    if (observer_.waits && seconds.count() > 0) observer_.waits(seconds);
+  }
+
+  const std::string& path_;
+  Milliseconds limit_;
+  const Request& request_;
+  const WaitObserver& observer_;
+};
 
 // The bytes that the daemon sends after the request.
 class ReceivedBytes final : public AnswerSource {
  public:
-  ReceivedBytes(const FileHandle& socket, const std::string& path, std::chrono::milliseconds wait)
+  ReceivedBytes(const FileHandle& socket, const std::string& path, const AnswerWait& wait)
       : socket_(socket), path_(path), wait_(wait) {}
 
   [[nodiscard]] std::string_view next() override {
+    wait_.awaitBytes(socket_.get());
     const auto got = uninterrupted([&] { return read(socket_.get(), block_, sizeof block_); });
-    if (got < 0) failOnRead(path_, wait_);
+    if (got < 0) throw socketErrorOf(path_, "the daemon does not answer", errno);
     if (got == 0) throw errorOf(std::string("the daemon closed the connection ") + whenClosed_);
     return {block_, static_cast<std::size_t>(got)};
   }
@@ -94,7 +153,7 @@ class ReceivedBytes final : public AnswerSource {
  private:
   const FileHandle& socket_;
   const std::string& path_;
-  std::chrono::milliseconds wait_;
+  const AnswerWait& wait_;
   const char* whenClosed_ = "without an answer";
   char block_[65536];
 };
@@ -183,14 +242,16 @@ Answer printed(Answer answer, bool asJson, std::ostream& out) {
 Answer ControlClient::send(const Request& request) const {
   const FileHandle socket = connectTo(path_, wait_);
   sendBytes(socket, toLine(request));
-  ReceivedBytes received(socket, path_, wait_);
+  const AnswerWait wait(path_, wait_, request, observer_);
+  ReceivedBytes received(socket, path_, wait);
   return answerIn(lineFrom(received, {}), path_, request.asJson);
 }
 
 Answer ControlClient::print(const Request& request, std::ostream& out) const {
   const FileHandle socket = connectTo(path_, wait_);
   sendBytes(socket, toLine(request));
-  ReceivedBytes received(socket, path_, wait_);
+  const AnswerWait wait(path_, wait_, request, observer_);
+  ReceivedBytes received(socket, path_, wait);
   std::string begun = beginningFrom(received);
   if (isLongText(begun, request.asJson)) {
     received.noteOutput();

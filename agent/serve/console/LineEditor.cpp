@@ -16,6 +16,7 @@
 #include "agent/language/Limits.h"
 #include "agent/language/TextFile.h"
 #include "agent/language/Words.h"
+#include "agent/serve/console/Terminal.h"
 
 namespace ZelAgent {
 namespace {
@@ -24,6 +25,56 @@ namespace {
 Completer& activeCompleter() {
   static Completer completer;
   return completer;
+}
+
+Explainer& activeExplainer() {
+  static Explainer explainer;
+  return explainer;
+}
+
+std::string lineBeforeCursor() {
+  return {rl_line_buffer, static_cast<std::size_t>(rl_point)};
+}
+
+// Types the key as if it followed Ctrl-V. The key that is pushed last is read first.
+int typeLiterally(int key) {
+  constexpr int quoteKey = 0x16;
+  rl_insert(1, key);
+  return rl_insert(1, quoteKey);
+}
+
+int explain(int /*count*/, int key) {
+  const auto text = activeExplainer() ? activeExplainer()(lineBeforeCursor()) : std::nullopt;
+  if (!text) return typeLiterally(key);
+  std::fputs(("?\n" + *text).c_str(), stdout);
+  std::fflush(stdout);
+  rl_forced_update_display();
+  return 0;
+}
+
+bool& lineIsGivenUp() {
+  static bool givenUp = false;
+  return givenUp;
+}
+
+int giveUpLine(int /*count*/, int /*key*/) {
+  lineIsGivenUp() = true;
+  rl_done = 1;
+  return 0;
+}
+
+// While a line is edited, Ctrl-C is a key and not a signal. Each line begins with the usual modes
+// of the terminal.
+int beginLine() {
+  rl_parse_and_bind("setty -d -isig");
+  InterruptWatch::clear();
+  return 0;
+}
+
+void bindKeys() {
+  rl_pre_input_hook = beginLine;
+  rl_add_defun("zel-give-up-line", giveUpLine, '\x03');
+  rl_add_defun("zel-explain", explain, '?');
 }
 
 std::vector<std::string>& candidates() {
@@ -81,14 +132,17 @@ fs::path folderIn(const char* variable) {
 
 }  // namespace
 
-LineEditor::LineEditor(std::string prompt, std::string historyFile, Completer completer)
+LineEditor::LineEditor(std::string prompt, std::string historyFile, Completer completer,
+                       Explainer explainer)
     : prompt_(std::move(prompt)), historyFile_(std::move(historyFile)) {
   std::setlocale(LC_CTYPE, "");
   activeCompleter() = std::move(completer);
+  activeExplainer() = std::move(explainer);
   rl_readline_name = "zel-agent";
   rl_attempted_completion_function = complete;
   rl_basic_word_break_characters = " \t";
   using_history();
+  bindKeys();
   stifle_history(Limits::consoleLines);
   const HistoryAccess access(historyFile_, O_RDONLY);
   if (access.isAllowed()) read_history(access.path().c_str());
@@ -96,10 +150,16 @@ LineEditor::LineEditor(std::string prompt, std::string historyFile, Completer co
 
 LineEditor::~LineEditor() {
   activeCompleter() = {};
+  activeExplainer() = {};
 }
 
 std::optional<std::string> LineEditor::readLine() {
+  lineIsGivenUp() = false;
   const std::unique_ptr<char, void (*)(void*)> line(readline(prompt_.c_str()), std::free);
+  if (lineIsGivenUp()) {
+    std::puts("^C");
+    return "";
+  }
   if (!line) {
     std::puts("");  // ends the line of the prompt
     return std::nullopt;

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "tests/agent/SmallConfigurations.h"
@@ -165,6 +166,80 @@ TEST_F(ConsoleAtATerminal, ContinuesWithTheNextDaemon) {
   const DaemonProcess second(config_, path_);
   console.type("chip capacity 5\n");
   console.waitFor("no hook call");
+}
+
+TEST_F(ConsoleAtATerminal, AQuestionMarkExplainsWhatMayFollowAndKeepsTheLine) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("chip capacity ?");
+  console.waitFor("\r\nN  a number\r\nzel-agent> chip capacity ");
+  console.type("5\n");
+  console.waitFor("no hook call");
+}
+
+TEST_F(ConsoleAtATerminal, AQuestionMarkInAQuotedWordIsPartOfIt) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("vrf 'a?' add\n");
+  console.waitFor("\r\nvrf a? add\r\n");
+}
+
+TEST_F(ConsoleAtATerminal, CtrlCGivesUpTheLine) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("chip capacity 5\x03");
+  console.waitFor("^C\r\n");
+  console.waitFor(prompt);
+  console.type("show actions | begin chip\n");
+  console.waitFor("of 1024 VRF resources");
+}
+
+TEST_F(ConsoleAtATerminal, CtrlCEndsTheWaitForAnAnswer) {
+  DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  daemon.signal(SIGSTOP);
+  console.type("show vrfs\n");
+  console.waitFor("waiting for the answer of " + path_ + ": show vrfs (1 s)");
+  console.interrupt();
+  console.waitFor("error: " + path_ +
+                  ": interrupted; the daemon may still run the command \"show vrfs\"");
+  console.waitFor(prompt);
+  daemon.signal(SIGCONT);
+  console.type("show vrfs\n");
+  console.waitFor("CONFIGURED");
+}
+
+TEST_F(ConsoleAtATerminal, WaitsForAKeyAfterEachScreen) {
+  const DaemonProcess daemon(config_, path_);
+  TerminalProcess console(arguments(), environment());
+  console.waitFor(prompt);
+  console.type("terminal length 4\n");
+  console.waitFor(prompt);
+  console.type("help\n");
+  console.waitFor("show rules");
+  console.waitFor("--More--");
+  console.type("q");
+  console.waitFor(prompt);
+  console.type("terminal length 0\n");
+  console.waitFor(prompt);
+  console.type("help\n");
+  EXPECT_THAT(console.waitFor("choices LINE"), Not(HasSubstr("--More--")));
+}
+
+TEST_F(ConsoleAtATerminal, NeverWaitsForAKeyWithoutAPager) {
+  const DaemonProcess daemon(config_, path_);
+  std::vector<std::string> words = arguments();
+  words.emplace_back("--no-pager");
+  TerminalProcess console(words, environment());
+  console.waitFor(prompt);
+  console.type("terminal length 4\n");
+  console.waitFor(prompt);
+  console.type("help\n");
+  EXPECT_THAT(console.waitFor("choices LINE"), Not(HasSubstr("--More--")));
 }
 
 TEST_F(ConsoleAtATerminal, FailsToStartWithoutADaemon) {

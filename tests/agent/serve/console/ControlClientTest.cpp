@@ -62,7 +62,7 @@ class ClientOfADaemon : public ::testing::Test {
     std::thread other(daemon);
     Answer answer;
     try {
-      answer = ControlClient(path_, wait_).send(request);
+      answer = ControlClient(path_, wait_, observer_).send(request);
     } catch (const SocketError& error) {
       error_ = error.what();
     }
@@ -100,6 +100,7 @@ class ClientOfADaemon : public ::testing::Test {
 
   std::string path_ = pathInTestFolder("s");
   std::chrono::milliseconds wait_ = std::chrono::minutes(5);
+  WaitObserver observer_;
   SignalledThread caller_;
   FileHandle listener_;
   std::string error_ = "none";
@@ -249,8 +250,19 @@ TEST_F(ClientOfADaemon, GivesUpADaemonThatSendsNothing) {
   wait_ = std::chrono::milliseconds(5);
   send({"show", false}, [] {});
   EXPECT_EQ(error_, path_ +
-                        ": the daemon has sent nothing for 0 s; it may still run the command; see "
-                        "--timeout");
+                        ": the daemon has sent nothing for 0 s; it may still run the command "
+                        "\"show\"; see --timeout");
+}
+
+TEST_F(ClientOfADaemon, GivesUpTheAnswerWhenItsObserverDoes) {
+  observer_.givesUp = [] { return true; };
+  FileHandle client(-1);  // stays open until the client has given up
+  send({"show", false}, [&] {
+    client = acceptClient();
+    static_cast<void>(requestOf(client));
+    caller_.interrupt();
+  });
+  EXPECT_EQ(error_, path_ + ": interrupted; the daemon may still run the command \"show\"");
 }
 
 TEST_F(ClientOfADaemon, GivesUpADaemonThatAcceptsNoClient) {

@@ -78,6 +78,25 @@ TEST_F(Ctl, QuotesWordsWhereNecessary) {
   EXPECT_THAT(ctl({"vrf", "", "add"}).err, HasSubstr("must be a VRF name of 1 to 100 bytes"));
 }
 
+TEST_F(Ctl, ASingleArgumentWithBlanksIsAWholeLine) {
+  const DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(ctl({"vrf 'two words' add"}).out, "vrf 'two words' add\n  no hook call\n");
+  EXPECT_EQ(ctl({"show vrfs | include red | count"}).out, "1\n");
+  EXPECT_EQ(ctl({"vrf", "|", "add"}).out, "vrf | add\n  no hook call\n");
+  EXPECT_EQ(ctl({"show vrfs | include '|' | count"}).out, "1\n");
+}
+
+TEST_F(Ctl, ReportsAWrongFilterWithoutRunningTheCommand) {
+  const DaemonProcess daemon(config_, path_);
+  const AgentOutcome outcome =
+      ctlReading("vrf blue add | grep x\nshow vrfs | include blue | count\n");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "0\n");
+  EXPECT_THAT(outcome.err, StartsWith("error: | must be followed by include, "));
+  EXPECT_EQ(ctl({"--json", "show vrfs | count"}).err,
+            "error: | filters lines of text; leave out --json\n");
+}
+
 TEST_F(Ctl, ReadsCommandsLineByLineFromStandardInput) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome = ctlReading("# a remark\nchip capacity 5\nshw\n\nchip capacity 6\n");

@@ -50,6 +50,13 @@ void TerminalProcess::type(std::string_view keys) const {
   EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
 }
 
+void TerminalProcess::interrupt() const {
+  EXPECT_TRUE(Waiting::waitUntil(
+      "a terminal whose Ctrl-C is a signal", [this] { return !isTakenByKey(); },
+      [this] { return screen_; }));
+  EXPECT_EQ(write(terminal_, "\x03", 1), 1);
+}
+
 std::string TerminalProcess::waitFor(const std::string& text) {
   const Waiting::Deadline deadline;
   std::size_t found = screen_.find(text);

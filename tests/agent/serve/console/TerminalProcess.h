@@ -21,6 +21,8 @@ class TerminalProcess final {
   // Waits first until a line editor reads key by key: what shows its prompt may still have the
   // terminal in line mode, where a control key acts on the line and is lost.
   void type(std::string_view keys) const;
+  // Types Ctrl-C while no line is edited.
+  void interrupt() const;
   // Waits until the text is on the screen, behind what was waited for before; what comes up to it
   // is returned. A failure where it never comes.
   std::string waitFor(const std::string& text);
