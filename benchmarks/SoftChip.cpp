@@ -13,8 +13,8 @@
 namespace Benchmarks {
 namespace {
 
+using PolicyMap::AclMatch;
 using PolicyMap::AclRule;
-using PolicyMap::ClassMatch;
 using SoftChip::PacketHeader;
 using SoftChip::Route;
 
@@ -44,7 +44,7 @@ Ip::Address drawnIn(Draw& draw, const Ip::Prefix& prefix) {
 
 /// Rules for traffic between prefixes. Some also match a protocol or a DSCP.
 AclRule drawnRule(Draw& draw) {
-  ClassMatch match;
+  AclMatch match;
   match.family = Ip::Family::v4;
   match.source = drawnPrefix(draw, 8);
   match.destination = drawnPrefix(draw, 8);
@@ -53,7 +53,7 @@ AclRule drawnRule(Draw& draw) {
   return {match, {}};
 }
 
-PacketHeader packetOf(Draw& draw, const ClassMatch& match) {
+PacketHeader packetOf(Draw& draw, const AclMatch& match) {
   PacketHeader header;
   header.source = drawnIn(draw, *match.source);
   header.destination = drawnIn(draw, *match.destination);
@@ -62,7 +62,7 @@ PacketHeader packetOf(Draw& draw, const ClassMatch& match) {
   return header;
 }
 
-bool matches(const ClassMatch& match, const PacketHeader& header) {
+bool matches(const AclMatch& match, const PacketHeader& header) {
   return (!match.family || *match.family == header.family) &&
          (!match.protocol || *match.protocol == header.protocol) &&
          (!match.dscps || (*match.dscps >> header.dscp & 1U) != 0) &&
@@ -72,7 +72,7 @@ bool matches(const ClassMatch& match, const PacketHeader& header) {
 
 std::size_t scan(const std::vector<AclRule>& rules, const PacketHeader& header) {
   std::size_t place = 0;
-  while (place < rules.size() && !matches(rules[place].match, header))
+  while (place < rules.size() && !matches(*rules[place].match, header))
     ++place;
   return place;
 }
@@ -88,7 +88,7 @@ void classification(Report& report) {
   }
   std::vector<PacketHeader> packets;
   for (std::size_t i = 0; i < packetCount; ++i)
-    packets.push_back(packetOf(draw, rules[draw.below(ruleCount)].match));
+    packets.push_back(packetOf(draw, *rules[draw.below(ruleCount)].match));
   static_cast<void>(chip->classify(intf, packets[0]));  // compiles the rules
 
   Comparison("classification of one packet in the software chip", ruleCount)

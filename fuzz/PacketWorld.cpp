@@ -6,9 +6,9 @@
 namespace Fuzz {
 namespace {
 
+using PolicyMap::AclMatch;
 using PolicyMap::AclRule;
 using PolicyMap::ActionType;
-using PolicyMap::ClassMatch;
 using PolicyMap::RuleAction;
 using SoftChip::ProgramInputs;
 using SoftChip::Route;
@@ -71,8 +71,47 @@ const std::string& intfOf(FuzzedBytes& input) {
   return PacketWorld::intfs()[input.below(2)];
 }
 
-ClassMatch matchOf(FuzzedBytes& input) {
-  ClassMatch match;
+Classification::PrefixSet prefixSetOf(FuzzedBytes& input, Ip::Family family) {
+  Classification::PrefixSet set;
+  for (unsigned count = input.below(4); count > 0; --count)
+    set.prefixes.push_back(prefixOf(input, family));
+  for (unsigned count = input.below(3); count > 0; --count)
+    set.excluded.push_back(prefixOf(input, family));
+  return set;
+}
+
+std::vector<PolicyMap::NumberRange> rangesOf(FuzzedBytes& input) {
+  std::vector<PolicyMap::NumberRange> ranges;
+  for (unsigned count = input.below(4); count > 0; --count) {
+    const unsigned first = input.byte();
+    ranges.push_back({static_cast<std::uint16_t>(first),
+                      static_cast<std::uint16_t>(input.flag() ? 65535U : first + input.below(16))});
+  }
+  return ranges;
+}
+
+// Adds fields that few rules have.
+void addFields(FuzzedBytes& input, AclMatch& match) {
+  const std::uint8_t fields = input.byte();
+  if ((fields & 1U) != 0) match.sourceSet = prefixSetOf(input, *match.family);
+  if ((fields & 2U) != 0) match.destinationSet = prefixSetOf(input, *match.family);
+  if ((fields & 4U) != 0) match.hopLimit = input.byte();
+  if ((fields & 8U) != 0) match.length = input.byte();
+  match.isFragment = (fields & 16U) != 0;
+  if ((fields & 32U) != 0) match.fragmentOffsets = rangesOf(input);
+  if ((fields & 64U) != 0) {
+    match.sourcePorts = rangesOf(input);
+    match.destinationPorts = rangesOf(input);
+  }
+  for (unsigned count = (fields & 128U) != 0 ? input.below(3) : 0; count > 0; --count) {
+    const std::uint8_t mask = input.byte();
+    match.tcpFlags.push_back({mask, static_cast<std::uint8_t>(input.byte() & mask)});
+  }
+  match.matchesLaterFragments = match.comparesUpperLayer() && input.flag();
+}
+
+AclMatch matchOf(FuzzedBytes& input) {
+  AclMatch match;
   const std::uint8_t fields = input.byte();
   if ((fields & 1U) == 0) return match;
   match.family = (fields & 2U) == 0 ? Ip::Family::v4 : Ip::Family::v6;
@@ -84,6 +123,7 @@ ClassMatch matchOf(FuzzedBytes& input) {
   }
   if ((fields & 16U) != 0) match.source = prefixOf(input, *match.family);
   if ((fields & 32U) != 0) match.destination = prefixOf(input, *match.family);
+  if ((fields & 64U) != 0) addFields(input, match);
   return match;
 }
 
@@ -132,7 +172,9 @@ PacketWorld::PacketWorld()
   routeIs("blue", {Ip::firstBits(addresses[3], 8), 8}, {Route::Kind::drop, {}});
   routeIs("blue", {Ip::firstBits(addresses[4], 32), 32}, {Route::Kind::egress, "tunnel"});
   for (const std::uint8_t protocol : {std::uint8_t{4}, std::uint8_t{41}}) {
-    const ClassMatch tunnels{Ip::Family::v4, protocol, {}, {}, {}};
+    AclMatch tunnels;
+    tunnels.family = Ip::Family::v4;
+    tunnels.protocol = protocol;
     addRule("in", {tunnels, {ActionType::decapVrf, "red", "default", {}}});
   }
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "agent/config/IpPrefix.h"
+#include "agent/language/TcpFlags.h"
 #include "agent/language/Words.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/model/policies/PolicyObjects.h"
@@ -26,19 +27,35 @@ std::string toText(const PacketHeader& header) {
   if (header.dscp != 0) text += " dscp " + std::to_string(header.dscp);
   if (header.ecn != 0) text += " ecn " + std::to_string(header.ecn);
   text += " ttl " + std::to_string(header.ttl);
-  if (header.fragment.isFragment()) text += " fragment";
+  if (header.fragment.isFragment())
+    text += " fragment-offset " + std::to_string(header.fragment.offset);
+  if (header.ports && *header.ports != SoftChip::Ports()) {
+    text += " source-port " + std::to_string(header.ports->source) + " destination-port " +
+            std::to_string(header.ports->destination);
+  }
+  if (header.tcpFlags) text += " tcp-flags " + tcpFlagsText(*header.tcpFlags, ",");
   return text + ", " + std::to_string(header.totalLength) + " bytes";
 }
 
 OrderedJson toJson(const PacketHeader& header) {
-  return {{"family", ZelAgent::toText(header.family)},
-          {"source", ZelAgent::toText(header.source)},
-          {"destination", ZelAgent::toText(header.destination)},
-          {"protocol", header.protocol},
-          {"dscp", header.dscp},
-          {"ecn", header.ecn},
-          {"ttl", header.ttl},
-          {"bytes", header.totalLength}};
+  OrderedJson json{{"family", ZelAgent::toText(header.family)},
+                   {"source", ZelAgent::toText(header.source)},
+                   {"destination", ZelAgent::toText(header.destination)},
+                   {"protocol", header.protocol},
+                   {"dscp", header.dscp},
+                   {"ecn", header.ecn},
+                   {"ttl", header.ttl},
+                   {"bytes", header.totalLength}};
+  if (header.fragment.isFragment()) {
+    json["fragmentOffset"] = header.fragment.offset;
+    json["moreFragments"] = header.fragment.more;
+  }
+  if (header.ports) {
+    json["sourcePort"] = header.ports->source;
+    json["destinationPort"] = header.ports->destination;
+  }
+  if (header.tcpFlags) json["tcpFlags"] = tcpFlagsText(*header.tcpFlags, ",");
+  return json;
 }
 
 std::string vrfText(const L3::VrfName& vrf) {
@@ -104,10 +121,11 @@ void PathReport::parsed(const PacketHeader& header) {
   add("packet " + toText(header), {{"step", "packet"}, {"packet", toJson(header)}});
 }
 
-void PathReport::ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
+void PathReport::ruleTried(std::size_t place, const PolicyMap::AclRule& /*rule*/,
                            std::optional<SoftChip::RuleField> difference) {
-  const ActionUser& user = ruleAt(place).user;
-  const std::string match = ZelAgent::toText(rule.match);
+  const RuleState& tried = ruleAt(place);
+  const ActionUser& user = tried.user;
+  const std::string match = ZelAgent::toText(*tried.rule.match);
   const std::string field = difference ? std::string(nameOf(*difference)) : "";
   add("rule " + std::to_string(user.sequenceId) + " of " + toWord(user.policyId) + ", " + match +
           (difference ? ": differs by " + field : ": matches"),

@@ -28,7 +28,9 @@ class ForwardingAgent;
 ///   drop          reason, detail
 ///   forward       interface, vrfName, packet
 ///
-/// A packet is {family, source, destination, protocol, dscp, ecn, ttl, bytes}.
+/// A packet is {family, source, destination, protocol, dscp, ecn, ttl, bytes}. A fragment also has
+/// {fragmentOffset, moreFragments}, a packet with ports {sourcePort, destinationPort}, and one with
+/// TCP flags {tcpFlags}, for example "syn,ack".
 class PathReport final : public SoftChip::PacketWay {
  public:
   /// `rules` are all rules of the interface on which the packet arrives, also those that the chip

@@ -84,7 +84,7 @@ class Forwarder::Passage final {
   std::optional<std::size_t> tryRules(const Velo::String& intf) {
     const SoftAclHelper::Rules& rules = forwarder_.rules_.rules(intf);
     for (std::size_t place = 0; place < rules.size(); ++place) {
-      const auto difference = firstDifference(rules[place].match, header_);
+      const auto difference = firstDifference(*rules[place].match, header_);
       way_->ruleTried(place, rules[place], difference);
       if (!difference) return place;
     }

@@ -14,7 +14,7 @@ class ZEL_EXPORT ClassMapTypeConfig final : public Mox::Entity {
   static constexpr Mox::Type moxType{"PolicyMap::ClassMapTypeConfig"};
   static constexpr Mox::AttributeId classMapAttribute = 130;
 
-  using ClassMaps = Mox::PublishedMap<Velo::String, ClassMatch, 0x2d0c94b7>;
+  using ClassMaps = Mox::PublishedMap<Velo::String, SharedClassMatch, 0x2d0c94b7>;
 
   [[nodiscard]] static Mox::Ptr<ClassMapTypeConfig> ClassMapTypeConfigIs(const Velo::String& name) {
     return Mox::makeActivePtr<ClassMapTypeConfig>(name);
@@ -25,11 +25,13 @@ class ZEL_EXPORT ClassMapTypeConfig final : public Mox::Entity {
   }
   [[nodiscard]] const Mox::Type* fwkType() const override { return &moxType; }
 
-  void classMapIs(const Velo::String& name, const ClassMatch& match) { classMap_.is(name, match); }
+  void classMapIs(const Velo::String& name, const SharedClassMatch& match) {
+    classMap_.is(name, match);
+  }
   /// Removes the class map. Returns whether there was one.
   bool classMapDel(const Velo::String& name) { return classMap_.del(name); }
   /// The class map of that name, or null.
-  [[nodiscard]] const ClassMatch* classMap(const Velo::String& name) const noexcept {
+  [[nodiscard]] const SharedClassMatch* classMap(const Velo::String& name) const noexcept {
     return classMap_.map().find(name);
   }
   [[nodiscard]] const ClassMaps::Map& classMap() const noexcept { return classMap_.map(); }

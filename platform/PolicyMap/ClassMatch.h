@@ -1,25 +1,25 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-
-#include "Ip/Prefix.h"
+#include "Mox/SharedValue.h"
+#include "PolicyMap/HeaderMatch.h"
+#include "Velo/Export.h"
+#include "Velo/String.h"
 
 namespace PolicyMap {
 
-/// The outer header fields that a class map matches. An absent field matches any value. Without a
-/// family every packet matches.
+/// What a class map matches: the fields of a packet, and named prefix sets of the family. A packet
+/// must match the fields and be in the sets. An empty name matches any address.
 ///
-/// Precondition: without a family there is no other field, and prefixes are of the family.
-struct ClassMatch {
-  std::optional<Ip::Family> family;
-  std::optional<std::uint8_t> protocol;
-  /// Bit n is set if DSCP n matches. With no bit set no packet matches.
-  std::optional<std::uint64_t> dscps;
-  std::optional<Ip::Prefix> source;
-  std::optional<Ip::Prefix> destination;
+/// Precondition: without a family there is no other field.
+struct ZEL_EXPORT ClassMatch : HeaderMatch {
+  Velo::String sourceSet;
+  Velo::String destinationSet;
 
+  [[nodiscard]] unsigned hash(unsigned seed) const noexcept;
   bool operator==(const ClassMatch&) const = default;
 };
+
+/// A match that the class map and its readers share.
+using SharedClassMatch = Mox::SharedValue<ClassMatch>;
 
 }  // namespace PolicyMap

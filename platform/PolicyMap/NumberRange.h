@@ -2,6 +2,9 @@
 
 #include <compare>
 #include <cstdint>
+#include <vector>
+
+#include "Velo/Export.h"
 
 namespace PolicyMap {
 
@@ -16,5 +19,8 @@ struct NumberRange {
 
   auto operator<=>(const NumberRange&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
+
+/// The fewest ranges with the same numbers, in ascending order.
+[[nodiscard]] ZEL_EXPORT std::vector<NumberRange> fewestRanges(std::vector<NumberRange> ranges);
 
 }  // namespace PolicyMap

@@ -30,6 +30,23 @@ namespace TrafficPolicy {
 
 /// The constructor arguments of a traffic-policy state machine, which never change. Two of them are
 /// equal if they have the same objects and the same flags.
+///
+/// These inputs, and `allowL2Intf` of the state machine, have an effect:
+///
+/// | Input             | Effect                                                                |
+/// |-------------------|-----------------------------------------------------------------------|
+/// | `intfConfig`      | the policy map of each interface                                      |
+/// | `policyConfig`    | the rules of each policy map                                          |
+/// | `classTypeConfig` | what each rule matches                                                |
+/// | `fieldSetConfig`  | the prefixes of the sets that class maps name                         |
+/// | `status`          | gets the status of each policy map and of each rule                   |
+/// | `aclHelper`       | gets the rules                                                        |
+/// | `allowL2Intf`     | serves interfaces that forward by MAC address                         |
+/// | `allowMgmtIntf`   | serves management interfaces                                          |
+/// | `compileOnly`     | programs nothing                                                      |
+/// | `permitFragment`  | see below                                                             |
+///
+/// The machine holds and compares the other inputs, and reads nothing from them.
 struct TrafficPolicyInputs {
   Mox::Ptr<PolicyMap::IntfConfig const> intfConfig;
   Mox::Ptr<PolicyMap::PolicyMapTypeConfig const> policyConfig;
@@ -61,6 +78,12 @@ struct TrafficPolicyInputs {
   Mox::Ptr<Zel::ZelCommonSmData const> zcsd;
   Mox::Ptr<Mox::Dir const> bgpNeighborConfigDir;
   bool expandAllRulesByVrf = false;
+  /// What a rule with ports or TCP flags does with fragments that are not the first, since these
+  /// have neither. Without the flag such a rule matches none of them, so a rule never matches more
+  /// than is written. With the flag such a rule matches those whose other fields match, unless its
+  /// action is `discard`: the fragments of a permitted packet are permitted, and a discarded packet
+  /// needs no discarded fragments, since it cannot be put together without the first one. Rules
+  /// without ports and TCP flags match fragments in either case.
   bool permitFragment = false;
   bool expandNeighborsWhenNonPresent = false;
   Mox::Ptr<TrafficPolicy::HwStatus const> trafficPolicyHwStatus;

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "Mox/QuotedString.h"
 #include "TrafficPolicy/RuleProgrammer.h"
 
 namespace TrafficPolicy {
 namespace {
 
+using Classification::FieldSetConfig;
+using Classification::PrefixSetName;
 using PolicyMap::AclResult;
 using PolicyMap::AclRule;
 using PolicyMap::ClassMapTypeConfig;
@@ -24,6 +25,11 @@ using PolicyMap::RuleStatus;
 
 const Velo::String& nameOf(const void* key) noexcept {
   return *static_cast<const Velo::String*>(key);
+}
+
+bool uses(const PolicyMap::ClassMatch& match, const PrefixSetName& set) noexcept {
+  return match.family == set.family &&
+         (match.sourceSet == set.name || match.destinationSet == set.name);
 }
 
 // Sets a flag during its lifetime.
@@ -188,6 +194,8 @@ void ZelTrafficPolicySm::subscriptionsAre(bool subscribed) {
   subscriptionIs(inputs_.policyConfig, policyConfigSubscriber_, &policyConfigDispatch, subscribed);
   subscriptionIs(inputs_.classTypeConfig, classTypeConfigSubscriber_, &classTypeConfigDispatch,
                  subscribed);
+  subscriptionIs(inputs_.fieldSetConfig, fieldSetConfigSubscriber_, &fieldSetConfigDispatch,
+                 subscribed);
 }
 
 void ZelTrafficPolicySm::intfConfigDispatch(Velo::Publisher* /*publisher*/,
@@ -218,8 +226,20 @@ void ZelTrafficPolicySm::classTypeConfigDispatch(Velo::Publisher* /*publisher*/,
   if (attributeId != ClassMapTypeConfig::classMapAttribute) return;
   const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
   if (sm->paused_) return;
-  for (const Velo::String& policyMap : sm->classMapUsers_.policyMaps(nameOf(key)))
-    sm->policyMapChanged(policyMap);
+  sm->classMapChanged(nameOf(key));
+  sm->synchronize();
+}
+
+void ZelTrafficPolicySm::fieldSetConfigDispatch(Velo::Publisher* /*publisher*/,
+                                                Velo::Subscriber* subscriber, short attributeId,
+                                                const void* key, const void* /*value*/) {
+  if (attributeId != FieldSetConfig::prefixSetAttribute) return;
+  const Mox::Ptr<ZelTrafficPolicySm> sm(&Subscriber::ownerOf(subscriber));
+  if (sm->paused_ || !sm->inputs_.classTypeConfig) return;
+  const auto& set = *static_cast<const PrefixSetName*>(key);
+  for (auto entry = sm->inputs_.classTypeConfig->classMap().iterator(); entry; ++entry) {
+    if (uses(*entry.value(), set)) sm->classMapChanged(entry.key());
+  }
   sm->synchronize();
 }
 
@@ -240,9 +260,15 @@ void ZelTrafficPolicySm::policyMapChanged(const Velo::String& policyMap) {
   }
 }
 
+void ZelTrafficPolicySm::classMapChanged(const Velo::String& classMap) {
+  for (const Velo::String& policyMap : classMapUsers_.policyMaps(classMap))
+    policyMapChanged(policyMap);
+}
+
 // All of the configuration, the hardware and the status may have changed.
 void ZelTrafficPolicySm::markEverythingChanged() {
   classMapUsers_.clear();
+  resolver_.forgetRemoved();
   intfStatus_.clear();
   if (inputs_.policyConfig) {
     for (auto entry = inputs_.policyConfig->policyMap().iterator(); entry; ++entry) {
@@ -307,7 +333,7 @@ void ZelTrafficPolicySm::synchronizeIntfs(const std::set<Velo::String>& intfs) {
     writeIntfStatus(rules);
 }
 
-ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::String& intf) const {
+ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::String& intf) {
   WantedRules wanted;
   wanted.intf = intf;
   const IntfPolicy* const applied = inputs_.intfConfig ? inputs_.intfConfig->intf(intf) : nullptr;
@@ -318,17 +344,12 @@ ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::Stri
       inputs_.policyConfig ? inputs_.policyConfig->policyMap(applied->policyMap) : nullptr;
   if (rules == nullptr) return wanted;
   for (const PolicyMap::PolicyMapRule& rule : *rules) {
-    const PolicyMap::ClassMatch* const match =
-        inputs_.classTypeConfig ? inputs_.classTypeConfig->classMap(rule.classMap) : nullptr;
+    const MatchResolver::Result resolved = resolver_.resolve(rule.classMap, rule.action.type);
     wanted.keys.push_back({intf, applied->policyMap, rule.sequence});
-    wanted.statuses.push_back({false, ""});
-    if (match == nullptr) {
-      wanted.statuses.back().reason =
-          "class map " + Mox::quoted(rule.classMap.bytes()) + " does not exist";
-    } else {
-      wanted.rules.push_back({*match, rule.action});
-      wanted.places.push_back(wanted.keys.size() - 1);
-    }
+    wanted.statuses.push_back({false, resolved.reason});
+    if (!resolved.match) continue;
+    wanted.rules.push_back({*resolved.match, rule.action});
+    wanted.places.push_back(wanted.keys.size() - 1);
   }
   return wanted;
 }

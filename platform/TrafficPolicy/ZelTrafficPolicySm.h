@@ -8,6 +8,7 @@
 #include "Mox/Ptr.h"
 #include "PolicyMap/ServicePolicySm.h"
 #include "TrafficPolicy/ClassMapUsers.h"
+#include "TrafficPolicy/MatchResolver.h"
 #include "TrafficPolicy/TrafficPolicyInputs.h"
 #include "Velo/Export.h"
 #include "Velo/Subscriber.h"
@@ -21,9 +22,13 @@ struct RuleList;
 /// interface into classification rules, and programs them into the hardware.
 ///
 /// The rules of an interface are those of its policy map, in order, each with the match of its
-/// class map. A rule whose class map does not exist is left out. Management interfaces, and
-/// interfaces that forward by MAC address, have rules only if they are allowed. The machine writes
-/// the result into the status: one entry per configured policy map, and one per rule and interface.
+/// class map. A rule whose class map or prefix set does not exist is left out: it matches nothing,
+/// and its status names what is missing. Management interfaces, and interfaces that forward by MAC
+/// address, have rules only if they are allowed. The machine writes the result into the status: one
+/// entry per configured policy map, and one per rule and interface.
+///
+/// The hardware gets the prefixes of the sets, not their names. A change of a set is a change of
+/// the rules that name it, on all their interfaces together. Other interfaces get no call.
 ///
 /// The hardware has all rules of an interface or none. If it refuses one, the interface keeps the
 /// rules that it had, and the status of each rule contains the reason. If it had none,
@@ -133,9 +138,13 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   ZEL_HIDDEN static void classTypeConfigDispatch(Velo::Publisher* publisher,
                                                  Velo::Subscriber* subscriber, short attributeId,
                                                  const void* key, const void* value);
+  ZEL_HIDDEN static void fieldSetConfigDispatch(Velo::Publisher* publisher,
+                                                Velo::Subscriber* subscriber, short attributeId,
+                                                const void* key, const void* value);
   ZEL_HIDDEN void subscriptionsAre(bool subscribed);
   ZEL_HIDDEN void handleAllowL2Intf() override;
   ZEL_HIDDEN void policyMapChanged(const Velo::String& policyMap);
+  ZEL_HIDDEN void classMapChanged(const Velo::String& classMap);
   ZEL_HIDDEN void markEverythingChanged();
 
   [[nodiscard]] bool isFollowing() const noexcept { return hasNotificationActive() && !paused_; }
@@ -147,7 +156,7 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   [[nodiscard]] ZEL_HIDDEN bool isServed(PolicyMap::IntfKind kind) const noexcept;
   [[nodiscard]] ZEL_HIDDEN PolicyMap::PolicyStatus policyStatus(
       const Velo::String& policyMap) const;
-  [[nodiscard]] ZEL_HIDDEN WantedRules wantedRules(const Velo::String& intf) const;
+  [[nodiscard]] ZEL_HIDDEN WantedRules wantedRules(const Velo::String& intf);
   [[nodiscard]] ZEL_HIDDEN std::vector<Velo::String> oldestRefusalFirst(
       const std::set<Velo::String>& intfs) const;
   ZEL_HIDDEN void program(std::vector<WantedRules>& wanted);
@@ -160,6 +169,7 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   [[nodiscard]] ZEL_HIDDEN bool isProgrammed() const noexcept;
 
   const TrafficPolicyInputs inputs_;
+  MatchResolver resolver_{inputs_};
   bool ready_ = false;
   bool isSynchronizing_ = false;
   bool paused_ = false;
@@ -173,6 +183,7 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   Subscriber intfConfigSubscriber_{*this};
   Subscriber policyConfigSubscriber_{*this};
   Subscriber classTypeConfigSubscriber_{*this};
+  Subscriber fieldSetConfigSubscriber_{*this};
 };
 
 }  // namespace TrafficPolicy

@@ -21,7 +21,9 @@ class RuleLists : public ::testing::Test {
  protected:
   static PolicyMap::AclRule rule(std::uint64_t dscps) {
     PolicyMap::AclRule rule;
-    rule.match.dscps = dscps;
+    PolicyMap::AclMatch match;
+    match.dscps = dscps;
+    rule.match = match;
     return rule;
   }
   void add(std::size_t place, std::uint64_t dscps) {
@@ -30,7 +32,7 @@ class RuleLists : public ::testing::Test {
   [[nodiscard]] std::vector<std::uint64_t> dscps() const {
     std::vector<std::uint64_t> found;
     for (const PolicyMap::AclRule& rule : helper_->rules("eth1"))
-      found.push_back(rule.match.dscps.value());
+      found.push_back(rule.match->dscps.value());
     return found;
   }
 

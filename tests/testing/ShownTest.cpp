@@ -81,11 +81,13 @@ TEST(ShownRule, WithoutAMatchIsAny) {
 
 TEST(ShownRule, HasEveryFieldOfItsMatch) {
   PolicyMap::AclRule rule;
-  rule.match.family = Ip::Family::v4;
-  rule.match.protocol = 17;
-  rule.match.dscps = 0xff;
-  rule.match.source = Ip::Prefix{{Ip::Family::v4, {10}}, 8};
-  rule.match.destination = Ip::Prefix{{Ip::Family::v4, {192, 0, 2, 1}}, 32};
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v4;
+  match.protocol = 17;
+  match.dscps = 0xff;
+  match.source = Ip::Prefix{{Ip::Family::v4, {10}}, 8};
+  match.destination = Ip::Prefix{{Ip::Family::v4, {192, 0, 2, 1}}, 32};
+  rule.match = match;
   rule.action = {ActionType::decapVrf, "red", "blue", "green"};
   EXPECT_EQ(shown(rule),
             "v4,protocol=17,dscps=ff,source=10.0.0.0/8,destination=192.0.2.1/32"
@@ -94,11 +96,35 @@ TEST(ShownRule, HasEveryFieldOfItsMatch) {
 
 TEST(ShownRule, OfIpv6HasItsAddresses) {
   PolicyMap::AclRule rule;
-  rule.match.family = Ip::Family::v6;
-  rule.match.source = Ip::Prefix{{Ip::Family::v6, {0x20, 0x01, 0x0d, 0xb8}}, 32};
-  rule.match.destination = Ip::Prefix{{Ip::Family::v6, {}}, 0};
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v6;
+  match.source = Ip::Prefix{{Ip::Family::v6, {0x20, 0x01, 0x0d, 0xb8}}, 32};
+  match.destination = Ip::Prefix{{Ip::Family::v6, {}}, 0};
+  rule.match = match;
   rule.action = {ActionType::vrf, "red", "", ""};
   EXPECT_EQ(shown(rule), "v6,source=2001:db8::/32,destination=::/0->red");
+}
+
+TEST(ShownRule, HasPrefixSetsPortsAndFragments) {
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v4;
+  match.dscps = 0x10;
+  match.sourceSet =
+      Classification::PrefixSet{{{{Ip::Family::v4, {10}}, 8}}, {{{Ip::Family::v4, {10, 1}}, 16}}};
+  match.destinationSet = Classification::PrefixSet();
+  match.hopLimit = 16;
+  match.length = 100;
+  match.isFragment = true;
+  match.fragmentOffsets = {{0, 8191}};
+  match.sourcePorts = {{80, 80}, {1000, 2000}};
+  match.destinationPorts = {{443, 443}};
+  match.tcpFlags = {{0x12, 0x02}, {4, 4}};
+  match.matchesLaterFragments = true;
+  const PolicyMap::AclRule rule{match, {ActionType::vrf, "red", "", ""}};
+  EXPECT_EQ(shown(rule),
+            "v4,dscps=10,sourceSet={10.0.0.0/8 !10.1.0.0/16},destinationSet={},hopLimit=16,"
+            "length=100,fragment,offsets=0..8191,sourcePorts=80+1000..2000,destinationPorts=443,"
+            "tcpFlags=2/12,tcpFlags=4/4,laterFragments->red");
 }
 
 }  // namespace

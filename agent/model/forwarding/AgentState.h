@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "PolicyMap/AclRule.h"
+#include "PolicyMap/ClassMatch.h"
+#include "PolicyMap/RuleAction.h"
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "agent/model/policies/VrfActions.h"
 #include "chips/soft/SoftAclHelper.h"
@@ -30,10 +31,16 @@ struct ActionState {
   }
 };
 
+/// A rule as it is configured.
+struct ConfiguredRule {
+  PolicyMap::SharedClassMatch match;
+  PolicyMap::RuleAction action;
+};
+
 /// A rule of a policy on an interface that it is applied to.
 struct RuleState {
   ActionUser user;
-  PolicyMap::AclRule rule;
+  ConfiguredRule rule;
   /// Its place among the interface's rules on the chip. None if the chip does not hold it.
   std::optional<std::size_t> place;
   std::string reason;  // why the chip does not hold it
@@ -50,8 +57,10 @@ using RuleStates = std::vector<RuleState>;
 /// It names the last rule that was read, by its sequence. So a rule that exists all the time is
 /// read exactly once, whatever changes between two reads.
 struct RuleCursor {
-  bool isInPrevious = false;       // the rules of the applied policy were all read
-  std::uint64_t nextSequence = 0;  // the lowest one that was not read
+  bool isInPrevious = false;  // the rules of the applied policy were all read
+  // The lowest sequence number of the policy map that was not read, or the place of a previous
+  // rule.
+  std::uint64_t next = 0;
 
   bool operator==(const RuleCursor&) const = default;
 };

@@ -78,6 +78,7 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
       intfConfig_(PolicyMap::IntfConfig::IntfConfigIs("intfConfig")),
       policyConfig_(TrafficPolicy::TrafficPolicyConfig::TrafficPolicyConfigIs("policyConfig")),
       classMapConfig_(PolicyMap::ClassMapTypeConfig::ClassMapTypeConfigIs("classMapConfig")),
+      fieldSetConfig_(Classification::FieldSetConfig::FieldSetConfigIs("fieldSetConfig")),
       policyStatus_(TrafficPolicy::Status::StatusIs("policyStatus")),
       mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
       chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chip.capacity)),
@@ -94,6 +95,7 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
   mounts_->intfConfigIs(intfConfig_);
   mounts_->policyConfigIs(policyConfig_);
   mounts_->policyStatusIs(policyStatus_);
+  mounts_->fieldSetConfigIs(fieldSetConfig_);
   policySm_->vrfSmIs(vrfHwConfig_, vrfHwStatus_, chip_, fallbackConfig_, routeStatus_,
                      routeStatusV6_);
   reprogrammer_ = std::make_unique<Reprogrammer>(chip_, inputs(), policySm_->vrfSm());
@@ -213,7 +215,7 @@ RuleStates ForwardingAgent::rules(const Velo::String& intf, RuleCursor& cursor,
   RuleStates states;
   if (!cursor.isInPrevious) states = rulesOf(intf, cursor, most);
   if (states.size() == most) return states;
-  if (!std::exchange(cursor.isInPrevious, true)) cursor.nextSequence = 0;
+  if (!std::exchange(cursor.isInPrevious, true)) cursor.next = 0;
   RuleStates previous = previousRulesOf(intf, cursor, most - states.size());
   std::move(previous.begin(), previous.end(), std::back_inserter(states));
   return states;
@@ -250,11 +252,12 @@ bool ForwardingAgent::holdsRulesOf(const Velo::String& intf, const Velo::String&
 // The chip holds all rules of the policy or none, so the place of a rule is its index.
 RuleState ForwardingAgent::ruleStateOf(const Velo::String& intf, const Velo::String& policyMap,
                                        std::size_t index) const {
-  const PolicyOrigin& origin = policies_.origins.at(policyMap);
+  const PolicyMapOrigin& origin = *policies_.origins.at(policyMap);
+  const PolicyMapOrigin::Rule& from = origin.rules[index];
   const PolicyMap::PolicyMapRule& rule = policies_.policyMaps.at(policyMap)[index];
   const RuleStatus* const status = policyStatus_->ruleStatus({intf, policyMap, rule.sequence});
-  RuleState state{{intf.str(), origin.networkInstance, origin.policyId, rule.sequence},
-                  {policies_.classMaps.at(rule.classMap), rule.action},
+  RuleState state{{intf.str(), origin.networkInstance, origin.policyOf(from), from.sequence},
+                  {from.match, rule.action},
                   {},
                   status == nullptr ? "not programmed yet" : status->reason.str(),
                   {}};
@@ -272,13 +275,13 @@ RuleStates ForwardingAgent::rulesOf(const Velo::String& intf, RuleCursor& cursor
   RuleStates states;
   const Velo::String& policyMap = policies_.intfs.at(intf).policyMap;
   const PolicyMapRules& rules = policies_.policyMaps.at(policyMap);
-  auto rule = std::lower_bound(rules.begin(), rules.end(), cursor.nextSequence,
+  auto rule = std::lower_bound(rules.begin(), rules.end(), cursor.next,
                                [](const PolicyMap::PolicyMapRule& other, std::uint64_t sequence) {
                                  return other.sequence < sequence;
                                });
   for (; rule != rules.end() && states.size() < most; ++rule) {
     states.push_back(ruleStateOf(intf, policyMap, static_cast<std::size_t>(rule - rules.begin())));
-    cursor.nextSequence = std::uint64_t{rule->sequence} + 1;
+    cursor.next = std::uint64_t{rule->sequence} + 1;
   }
   return states;
 }
@@ -290,19 +293,18 @@ RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf, RuleCursor
   const auto found = rulesInForce_.find(intf);
   if (found == rulesInForce_.end() || holdsRulesOf(intf, policies_.intfs.at(intf).policyMap))
     return states;
-  const auto& [origin, sequences] = *found->second;
+  const PolicyMapOrigin& origin = *found->second;
   const auto& rules = acl_->rules(intf);
-  const std::size_t count = std::min(rules.size(), sequences.size());
-  const auto first = std::lower_bound(sequences.begin(), sequences.end(), cursor.nextSequence);
-  for (auto place = static_cast<std::size_t>(first - sequences.begin());
-       place < count && states.size() < most; ++place) {
-    states.push_back({{intf.str(), origin.networkInstance, origin.policyId, sequences[place]},
-                      rules[place],
+  const std::size_t count = std::min(rules.size(), origin.rules.size());
+  for (std::size_t place = cursor.next; place < count && states.size() < most; ++place) {
+    const PolicyMapOrigin::Rule& from = origin.rules[place];
+    states.push_back({{intf.str(), origin.networkInstance, origin.policyOf(from), from.sequence},
+                      {from.match, rules[place].action},
                       place,
                       "",
                       acl_->counters(intf)[place],
                       true});
-    cursor.nextSequence = std::uint64_t{sequences[place]} + 1;
+    cursor.next = place + 1;
   }
   return states;
 }
@@ -311,17 +313,10 @@ RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf, RuleCursor
 void ForwardingAgent::recordRulesInForce() {
   std::erase_if(rulesInForce_,
                 [this](const auto& entry) { return !policies_.intfs.contains(entry.first); });
-  std::map<Velo::String, PolicyRulesPtr> byPolicyMap;
-  for (const auto& [name, rules] : policies_.policyMaps) {
-    PolicyRules record{policies_.origins.at(name), {}};
-    for (const PolicyMap::PolicyMapRule& rule : rules)
-      record.sequences.push_back(rule.sequence);
-    byPolicyMap.emplace(name, std::make_shared<const PolicyRules>(std::move(record)));
-  }
   const std::vector<Velo::String> refused = policySm_->policySm()->refusedIntfs();
   for (const auto& [intf, applied] : policies_.intfs) {
     if (!std::binary_search(refused.begin(), refused.end(), intf))
-      rulesInForce_[intf] = byPolicyMap.at(applied.policyMap);
+      rulesInForce_[intf] = policies_.origins.at(applied.policyMap);
   }
 }
 
@@ -345,7 +340,7 @@ void ForwardingAgent::bindPolicySm() {
   constexpr bool allowL2Intf = false;
   constexpr bool allowMgmtIntf = false;
   constexpr bool expandAllRulesByVrf = false;
-  constexpr bool permitFragment = true;
+  constexpr bool permitFragment = false;  // a rule never matches more than is configured
   constexpr bool expandNeighborsWhenNonPresent = false;
   policySm_->policySmIs(mounts_->intfConfig(), policyConfig_, classMapConfig_,
                         mounts_->statusRequestDir(), policyStatus_, mounts_->aclConfig(),
@@ -393,6 +388,8 @@ void ForwardingAgent::changeInterfaces(const Configuration& next) {
 void ForwardingAgent::changePolicies(const Configuration& next) {
   PolicyObjects policies = policyObjectsOf(next);
   Pause pause(policySm_->policySm());
+  for (const auto& [name, set] : policies.prefixSets)
+    fieldSetConfig_->prefixSetIs(name, set);
   for (const auto& [name, match] : policies.classMaps)
     classMapConfig_->classMapIs(name, match);
   for (const auto& [name, rules] : policies.policyMaps)
@@ -405,6 +402,8 @@ void ForwardingAgent::changePolicies(const Configuration& next) {
               [this](const Velo::String& name) { policyConfig_->policyMapDel(name); });
   forEachGone(policies_.classMaps, policies.classMaps,
               [this](const Velo::String& name) { classMapConfig_->classMapDel(name); });
+  forEachGone(policies_.prefixSets, policies.prefixSets,
+              [this](const auto& name) { fieldSetConfig_->prefixSetDel(name); });
   policies_ = std::move(policies);
   pause.end();
   recordRulesInForce();

@@ -131,13 +131,6 @@ class ForwardingAgent final {
   // The fallback VRF of each configured instance, empty for none.
   using FallbackByInstance = std::map<std::string, std::string>;
   using VrfByInterface = std::map<std::string, std::string>;
-  // The rules of a policy map, by place. Interfaces with the same policy map share them.
-  struct PolicyRules {
-    PolicyOrigin origin;
-    std::vector<std::uint32_t> sequences;
-  };
-  using PolicyRulesPtr = std::shared_ptr<const PolicyRules>;
-
   [[nodiscard]] SoftChip::ProgramInputs inputs() const;
   void bindPolicySm();
   void retryRules();
@@ -165,6 +158,7 @@ class ForwardingAgent final {
   Mox::Ptr<PolicyMap::IntfConfig> intfConfig_;
   Mox::Ptr<TrafficPolicy::TrafficPolicyConfig> policyConfig_;
   Mox::Ptr<PolicyMap::ClassMapTypeConfig> classMapConfig_;
+  Mox::Ptr<Classification::FieldSetConfig> fieldSetConfig_;
   Mox::Ptr<TrafficPolicy::Status> policyStatus_;
   Mox::Ptr<ZelVrfSelectionPolicy::PolicySmMounts> mounts_;
   Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
@@ -178,7 +172,7 @@ class ForwardingAgent final {
   std::unique_ptr<Reprogrammer> reprogrammer_;
   VrfIds vrfIds_;
   PolicyObjects policies_;
-  std::map<Velo::String, PolicyRulesPtr> rulesInForce_;  // by interface
+  std::map<Velo::String, PolicyMapOriginPtr> rulesInForce_;  // by interface
   FallbackByInstance instances_;
   VrfByInterface interfaceVrfs_;
   Configuration configuration_;

@@ -1,19 +1,31 @@
 #include "agent/model/policies/PolicyObjects.h"
 
+#include <algorithm>
+#include <string_view>
+#include <utility>
 #include <variant>
 
 #include "Mox/QuotedString.h"
 #include "agent/config/IpPrefix.h"
+#include "agent/language/TcpFlags.h"
+#include "agent/language/Words.h"
 
 namespace ZelAgent {
 namespace {
 
 using PolicyMap::ActionType;
 using PolicyMap::ClassMatch;
+using PolicyMap::NumberRange;
+using PolicyMap::SharedClassMatch;
+using PolicyMap::TcpFlagsMatch;
 
-// Both parts are quoted, so no two policies have the same name.
-Velo::String policyMapName(const std::string& networkInstance, const std::string& policyId) {
-  return Mox::quoted(networkInstance) + ' ' + Mox::quoted(policyId);
+// All parts are quoted, so no two policies and no two pairs of policies have the same name.
+Velo::String policyMapName(const std::string& networkInstance,
+                           const std::vector<const Policy*>& policies) {
+  std::string name = Mox::quoted(networkInstance);
+  for (const Policy* const policy : policies)
+    name += ' ' + Mox::quoted(policy->policyId);
+  return name;
 }
 
 std::optional<std::uint64_t> dscpsOf(const RuleMatch& match) {
@@ -24,8 +36,29 @@ std::optional<std::uint64_t> dscpsOf(const RuleMatch& match) {
   return dscps;
 }
 
+std::vector<TcpFlagsMatch> withoutRepetitions(std::vector<TcpFlagsMatch> matches) {
+  std::sort(matches.begin(), matches.end());
+  matches.erase(std::unique(matches.begin(), matches.end()), matches.end());
+  return matches;
+}
+
 ClassMatch classMatchOf(const RuleMatch& match) {
-  return {match.family, match.protocol, dscpsOf(match), match.source, match.destination};
+  ClassMatch classMatch;
+  classMatch.family = match.family;
+  classMatch.protocol = match.protocol;
+  classMatch.dscps = dscpsOf(match);
+  classMatch.source = match.source;
+  classMatch.destination = match.destination;
+  classMatch.hopLimit = match.hopLimit;
+  classMatch.length = match.length;
+  classMatch.fragmentOffsets = fewestRanges(match.fragmentOffsets);
+  classMatch.sourcePorts = fewestRanges(match.sourcePorts);
+  classMatch.destinationPorts = fewestRanges(match.destinationPorts);
+  classMatch.tcpFlags = withoutRepetitions(match.tcpFlags);
+  classMatch.isFragment = match.isFragment;
+  classMatch.sourceSet = match.sourceSet;
+  classMatch.destinationSet = match.destinationSet;
+  return classMatch;
 }
 
 struct ToRuleAction {
@@ -41,40 +74,109 @@ struct ToRuleAction {
   }
 };
 
-PolicyMap::PolicyMapRules rulesOf(const Policy& policy, PolicyObjects& objects) {
-  PolicyMap::PolicyMapRules rules;
-  for (const Rule& rule : policy.rules) {
-    const ClassMatch match = classMatchOf(rule.match);
-    const Velo::String classMap = toText(match);
-    objects.classMaps.emplace(classMap, match);
-    rules.push_back({rule.sequenceId, classMap, std::visit(ToRuleAction(), rule.action)});
+const Policy* policyNamed(const NetworkInstance& instance, const std::string& id) {
+  const auto found = std::find_if(instance.policies.begin(), instance.policies.end(),
+                                  [&](const Policy& policy) { return policy.policyId == id; });
+  return found == instance.policies.end() ? nullptr : &*found;
+}
+
+// The policies of the interface, in the order in which they are tried.
+std::vector<const Policy*> policiesOf(const NetworkInstance& instance,
+                                      const PolicyBinding& binding) {
+  std::vector<const Policy*> policies;
+  for (const std::string& id : {binding.policyId, binding.forwardingPolicyId}) {
+    if (const Policy* const policy = policyNamed(instance, id)) policies.push_back(policy);
   }
-  return rules;
+  return policies;
+}
+
+SharedClassMatch addClassMap(const Rule& rule, PolicyObjects& objects, Velo::String& name) {
+  ClassMatch match = classMatchOf(rule.match);
+  name = toText(match);
+  const auto present = objects.classMaps.find(name);
+  if (present != objects.classMaps.end()) return present->second;
+  return objects.classMaps.emplace(name, std::move(match)).first->second;
+}
+
+// Adds the policy map of the policies unless it is there. Returns its name.
+Velo::String addPolicyMap(const NetworkInstance& instance,
+                          const std::vector<const Policy*>& policies, PolicyObjects& objects) {
+  const Velo::String name = policyMapName(instance.name, policies);
+  if (objects.policyMaps.contains(name)) return name;
+  PolicyMap::PolicyMapRules rules;
+  PolicyMapOrigin origin{instance.name, {}, {}};
+  for (const Policy* const policy : policies) {
+    for (const Rule& rule : policy->rules) {
+      Velo::String classMap;
+      SharedClassMatch match = addClassMap(rule, objects, classMap);
+      const auto number = static_cast<std::uint32_t>(rules.size() + 1);
+      rules.push_back({policies.size() == 1 ? rule.sequenceId : number, classMap,
+                       std::visit(ToRuleAction(), rule.action)});
+      origin.rules.push_back({origin.policyIds.size(), rule.sequenceId, std::move(match)});
+    }
+    origin.policyIds.push_back(policy->policyId);
+  }
+  objects.policyMaps.emplace(name, std::move(rules));
+  objects.origins.emplace(name, std::make_shared<const PolicyMapOrigin>(std::move(origin)));
+  return name;
+}
+
+// The values with commas between them.
+template <class Values, class ToText>
+std::string listed(const Values& values, ToText toText) {
+  std::string text;
+  for (const auto& value : values)
+    text += (text.empty() ? "" : ",") + toText(value);
+  return text;
 }
 
 std::string toText(std::uint64_t dscps) {
-  std::string text;
+  std::vector<unsigned> values;
   for (unsigned dscp = 0; dscp < 64; ++dscp) {
-    if ((dscps >> dscp & 1) == 0) continue;
-    if (!text.empty()) text += ',';
-    text += std::to_string(dscp);
+    if ((dscps >> dscp & 1) != 0) values.push_back(dscp);
   }
-  return text.empty() ? "none" : text;
+  if (values.empty()) return "none";
+  return listed(values, [](unsigned dscp) { return std::to_string(dscp); });
+}
+
+std::string toText(const std::vector<NumberRange>& ranges) {
+  return listed(ranges, [](const NumberRange& range) {
+    const std::string first = std::to_string(range.first);
+    return range.first == range.last ? first : first + ".." + std::to_string(range.last);
+  });
+}
+
+std::string toText(const TcpFlagsMatch& flags) {
+  if (flags.mask == 0) return "any";
+  std::string text;
+  for (unsigned bit = 1; bit <= 128; bit <<= 1) {
+    if ((flags.mask & bit) == 0) continue;
+    if (!text.empty()) text += '+';
+    if ((flags.value & bit) == 0) text += '!';
+    text += tcpFlagsText(static_cast<std::uint8_t>(bit), "");
+  }
+  return text;
+}
+
+std::string toText(const std::vector<TcpFlagsMatch>& matches) {
+  return listed(matches, [](const TcpFlagsMatch& match) { return toText(match); });
 }
 
 }  // namespace
 
 PolicyObjects policyObjectsOf(const Configuration& configuration) {
   PolicyObjects objects;
+  for (const PrefixSet& set : configuration.prefixSets) {
+    objects.prefixSets.emplace(Classification::PrefixSetName{set.family, set.name},
+                               Classification::PrefixSet{set.prefixes, set.excluded});
+  }
   for (const NetworkInstance& instance : configuration.networkInstances) {
-    for (const Policy& policy : instance.policies) {
-      const Velo::String name = policyMapName(instance.name, policy.policyId);
-      objects.origins.emplace(name, PolicyOrigin{instance.name, policy.policyId});
-      objects.policyMaps.emplace(name, rulesOf(policy, objects));
-    }
+    for (const Policy& policy : instance.policies)
+      static_cast<void>(addPolicyMap(instance, {&policy}, objects));
     for (const PolicyBinding& binding : instance.policyBindings) {
-      if (binding.policyId.empty()) continue;
-      const Velo::String name = policyMapName(instance.name, binding.policyId);
+      const std::vector<const Policy*> policies = policiesOf(instance, binding);
+      if (policies.empty()) continue;
+      const Velo::String name = addPolicyMap(instance, policies, objects);
       objects.intfs.emplace(binding.interface,
                             PolicyMap::IntfPolicy{PolicyMap::IntfKind::routed, name});
     }
@@ -85,10 +187,22 @@ PolicyObjects policyObjectsOf(const Configuration& configuration) {
 std::string toText(const PolicyMap::ClassMatch& match) {
   if (!match.family) return "any";
   std::string text = toText(*match.family);
-  if (match.protocol) text += " protocol " + std::to_string(*match.protocol);
-  if (match.dscps) text += " dscp " + toText(*match.dscps);
-  if (match.source) text += " source " + toText(*match.source);
-  if (match.destination) text += " destination " + toText(*match.destination);
+  const auto add = [&](std::string_view field, const std::string& value) {
+    text.append(" ").append(field).append(" ").append(value);
+  };
+  if (match.protocol) add("protocol", std::to_string(*match.protocol));
+  if (match.dscps) add("dscp", toText(*match.dscps));
+  if (match.source) add("source", toText(*match.source));
+  if (match.destination) add("destination", toText(*match.destination));
+  if (!match.sourceSet.empty()) add("source-set", toWord(match.sourceSet.bytes()));
+  if (!match.destinationSet.empty()) add("destination-set", toWord(match.destinationSet.bytes()));
+  if (match.hopLimit) add("hop-limit", std::to_string(*match.hopLimit));
+  if (match.length) add("length", std::to_string(*match.length));
+  if (match.isFragment) text += " fragment";
+  if (!match.fragmentOffsets.empty()) add("fragment-offset", toText(match.fragmentOffsets));
+  if (!match.sourcePorts.empty()) add("source-port", toText(match.sourcePorts));
+  if (!match.destinationPorts.empty()) add("destination-port", toText(match.destinationPorts));
+  if (!match.tcpFlags.empty()) add("tcp-flags", toText(match.tcpFlags));
   return text;
 }
 

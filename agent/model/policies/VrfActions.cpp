@@ -1,6 +1,5 @@
 #include "agent/model/policies/VrfActions.h"
 
-#include <algorithm>
 #include <optional>
 #include <variant>
 
@@ -10,13 +9,13 @@ namespace {
 using PolicyMap::ActionType;
 
 void addUsersOf(const NetworkInstance& instance, const PolicyBinding& binding, ActionUsers& users) {
-  const auto policy = std::find_if(
-      instance.policies.begin(), instance.policies.end(),
-      [&binding](const Policy& candidate) { return candidate.policyId == binding.policyId; });
-  if (policy == instance.policies.end()) return;
-  for (const Rule& rule : policy->rules) {
-    if (const auto action = vrfActionOf(rule.action)) {
-      users[*action].insert({binding.interface, instance.name, policy->policyId, rule.sequenceId});
+  for (const Policy& policy : instance.policies) {
+    if (policy.policyId != binding.policyId && policy.policyId != binding.forwardingPolicyId)
+      continue;
+    for (const Rule& rule : policy.rules) {
+      if (const auto action = vrfActionOf(rule.action)) {
+        users[*action].insert({binding.interface, instance.name, policy.policyId, rule.sequenceId});
+      }
     }
   }
 }

@@ -1,95 +1,155 @@
 #include "chips/soft/classify/FamilyClassifier.h"
 
 #include <algorithm>
-#include <map>
-#include <utility>
+#include <array>
 
 namespace SoftChip {
 namespace {
+
+using Classification::PrefixSet;
+using Classification::SharedPrefixSet;
+using PolicyMap::AclMatch;
+using Members = RuleSets::Members;
 
 std::vector<std::size_t> placesOfFamily(std::span<const PolicyMap::AclRule> rules,
                                         Ip::Family family) {
   std::vector<std::size_t> places;
   for (std::size_t place = 0; place < rules.size(); ++place) {
-    if (rules[place].match.family.value_or(family) == family) places.push_back(place);
+    if (rules[place].match->family.value_or(family) == family) places.push_back(place);
   }
   return places;
 }
 
-RuleSet setOf(const PrefixTrie<RuleSet>& sets, const Ip::Address& address) {
-  const auto match = sets.longestMatch(address);
-  return match ? match->value : emptyRuleSet;
+std::optional<SharedPrefixSet> setOfOne(const std::optional<Ip::Prefix>& prefix) {
+  if (!prefix) return std::nullopt;
+  return SharedPrefixSet(PrefixSet{{*prefix}, {}});
 }
 
 }  // namespace
 
+// The sets that are to be intersected.
+class FamilyClassifier::Chosen final {
+ public:
+  void add(RuleSet set) noexcept { sets_[count_++] = set; }
+  template <class Field, class Value>
+  void add(const Field& field, const Value& value) {
+    if (field.isUsed()) add(field.setOf(value));
+  }
+
+  [[nodiscard]] std::span<const RuleSet> sets() const noexcept { return {sets_.data(), count_}; }
+
+ private:
+  std::array<RuleSet, 13> sets_{};
+  std::size_t count_ = 0;
+};
+
 FamilyClassifier::FamilyClassifier(Rules rules, Ip::Family family)
     : places_(placesOfFamily(rules, family)), sets_(places_.size()) {
-  compilePrefixes(rules, family, &PolicyMap::ClassMatch::source, sources_);
-  compilePrefixes(rules, family, &PolicyMap::ClassMatch::destination, destinations_);
-  compileProtocols(rules);
-  compileDscps(rules);
+  compileAddresses(rules);
+  compileBytes(rules);
+  compileRanges(rules);
+  compileFragments(rules);
 }
 
-void FamilyClassifier::compilePrefixes(Rules rules, Ip::Family family, PrefixOf prefixOf,
-                                       PrefixSets& sets) {
-  const Ip::Prefix every{{family, {}}, 0};
-  std::vector<std::pair<Ip::Prefix, std::uint32_t>> users;
-  users.reserve(count());
-  for (std::uint32_t number = 0; number < count(); ++number)
-    users.emplace_back((matchOf(rules, number).*prefixOf).value_or(every), number);
-  std::sort(users.begin(), users.end());
-
-  // The order has a prefix after all prefixes that cover it. `open` holds the prefixes that cover
-  // the current one, the shortest first.
-  std::vector<std::pair<Ip::Prefix, RuleSet>> open;
-  Members members;
-  for (auto user = users.begin(); user != users.end();) {
-    const Ip::Prefix prefix = user->first;
-    members.clear();
-    for (; user != users.end() && user->first == prefix; ++user)
-      members.push_back(user->second);
-    while (!open.empty() && !open.back().first.contains(prefix.address))
-      open.pop_back();
-    open.emplace_back(prefix,
-                      sets_.setIs(open.empty() ? emptyRuleSet : open.back().second, members));
-    sets.valueIs(prefix, open.back().second);
-  }
+void FamilyClassifier::compileAddresses(Rules rules) {
+  sources_.compile(sets_, count(),
+                   [&](std::uint32_t rule) { return setOfOne(matchOf(rules, rule).source); });
+  destinations_.compile(sets_, count(), [&](std::uint32_t rule) {
+    return setOfOne(matchOf(rules, rule).destination);
+  });
+  sourceSets_.compile(sets_, count(),
+                      [&](std::uint32_t rule) { return matchOf(rules, rule).sourceSet; });
+  destinationSets_.compile(sets_, count(),
+                           [&](std::uint32_t rule) { return matchOf(rules, rule).destinationSet; });
 }
 
-void FamilyClassifier::compileProtocols(Rules rules) {
-  Members any;
-  std::map<std::uint8_t, Members> only;
-  for (std::uint32_t number = 0; number < count(); ++number) {
-    const auto& protocol = matchOf(rules, number).protocol;
-    (protocol ? only[*protocol] : any).push_back(number);
-  }
-  protocols_.fill(sets_.setIs(emptyRuleSet, any));
-  for (const auto& [protocol, members] : only)
-    protocols_[protocol] = sets_.setIs(protocols_[protocol], members);
+void FamilyClassifier::compileBytes(Rules rules) {
+  const auto compile = [&](ByteField& field, auto compares, auto matches) {
+    field.compile(
+        sets_, count(), [&](std::uint32_t rule) { return compares(matchOf(rules, rule)); },
+        [&](std::uint32_t rule, std::uint8_t value) {
+          return matches(matchOf(rules, rule), value);
+        });
+  };
+  compile(
+      protocols_, [](const AclMatch& match) { return match.protocol.has_value(); },
+      [](const AclMatch& match, std::uint8_t value) { return match.protocol == value; });
+  compile(
+      dscps_, [](const AclMatch& match) { return match.dscps.has_value(); },
+      [](const AclMatch& match, std::uint8_t value) {
+        return value < 64 && (*match.dscps >> value & 1) != 0;
+      });
+  compile(
+      hopLimits_, [](const AclMatch& match) { return match.hopLimit.has_value(); },
+      [](const AclMatch& match, std::uint8_t value) { return match.hopLimit == value; });
+  compile(
+      tcpFlags_, [](const AclMatch& match) { return !match.tcpFlags.empty(); },
+      [](const AclMatch& match, std::uint8_t value) {
+        return std::any_of(match.tcpFlags.begin(), match.tcpFlags.end(),
+                           [value](const auto& flags) { return flags.matches(value); });
+      });
 }
 
-void FamilyClassifier::compileDscps(Rules rules) {
-  Members any;
-  std::array<Members, 64> only;
-  for (std::uint32_t number = 0; number < count(); ++number) {
-    const std::optional<std::uint64_t>& dscps = matchOf(rules, number).dscps;
-    if (!dscps) any.push_back(number);
-    for (std::size_t dscp = 0; dscp < only.size(); ++dscp) {
-      if (dscps && (*dscps >> dscp & 1) != 0) only[dscp].push_back(number);
-    }
+void FamilyClassifier::compileRanges(Rules rules) {
+  const auto compile = [&](RangeField& field, auto rangesOf) {
+    field.compile(sets_, count(),
+                  [&](std::uint32_t rule) { return rangesOf(matchOf(rules, rule)); });
+  };
+  compile(lengths_, [](const AclMatch& match) {
+    return match.length ? RangeField::Ranges{{*match.length, *match.length}} : RangeField::Ranges();
+  });
+  compile(fragmentOffsets_, [](const AclMatch& match) { return match.fragmentOffsets; });
+  compile(sourcePorts_, [](const AclMatch& match) { return match.sourcePorts; });
+  compile(destinationPorts_, [](const AclMatch& match) { return match.destinationPorts; });
+}
+
+void FamilyClassifier::compileFragments(Rules rules) {
+  Members notForFragmentsOnly;
+  Members forLaterFragments;
+  for (std::uint32_t rule = 0; rule < count(); ++rule) {
+    const AclMatch& match = matchOf(rules, rule);
+    if (!match.isFragment) notForFragmentsOnly.push_back(rule);
+    if (!match.comparesUpperLayer() || match.matchesLaterFragments)
+      forLaterFragments.push_back(rule);
   }
-  dscps_.fill(sets_.setIs(emptyRuleSet, any));
-  for (std::size_t dscp = 0; dscp < only.size(); ++dscp)
-    dscps_[dscp] = sets_.setIs(dscps_[dscp], only[dscp]);
+  isFragmentUsed_ = notForFragmentsOnly.size() < count();
+  notForFragmentsOnly_ = sets_.setIs(emptyRuleSet, notForFragmentsOnly);
+  forLaterFragments_ = sets_.setIs(emptyRuleSet, forLaterFragments);
 }
 
 std::optional<std::size_t> FamilyClassifier::firstMatch(const PacketHeader& header) const {
-  const auto number =
-      sets_.lowestInAll({protocols_[header.protocol], dscps_[header.dscp],
-                         setOf(sources_, header.source), setOf(destinations_, header.destination)});
+  if (places_.empty()) return std::nullopt;
+  Chosen chosen;
+  chosen.add(protocols_.setOf(header.protocol));
+  chosen.add(dscps_, header.dscp);
+  chosen.add(sources_, header.source);
+  chosen.add(destinations_, header.destination);
+  chosen.add(sourceSets_, header.source);
+  chosen.add(destinationSets_, header.destination);
+  chosen.add(hopLimits_, header.ttl);
+  chosen.add(lengths_, header.totalLength);
+  chosen.add(fragmentOffsets_, header.fragment.offset);
+  if (isFragmentUsed_ && !header.fragment.isFragment()) chosen.add(notForFragmentsOnly_);
+  addUpperLayer(header, chosen);
+  const auto number = sets_.lowestInAll(chosen.sets());
   if (!number) return std::nullopt;
   return places_[*number];
+}
+
+void FamilyClassifier::addUpperLayer(const PacketHeader& header, Chosen& chosen) const {
+  if (header.fragment.offset != 0) return chosen.add(forLaterFragments_);
+  if (header.ports) {
+    chosen.add(sourcePorts_, header.ports->source);
+    chosen.add(destinationPorts_, header.ports->destination);
+  } else {
+    chosen.add(sourcePorts_.any());
+    chosen.add(destinationPorts_.any());
+  }
+  if (header.tcpFlags) {
+    chosen.add(tcpFlags_, *header.tcpFlags);
+  } else {
+    chosen.add(tcpFlags_.any());
+  }
 }
 
 }  // namespace SoftChip

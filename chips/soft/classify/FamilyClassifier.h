@@ -1,15 +1,16 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "PolicyMap/AclRule.h"
+#include "chips/soft/classify/ByteField.h"
+#include "chips/soft/classify/PrefixField.h"
+#include "chips/soft/classify/RangeField.h"
 #include "chips/soft/classify/RuleSets.h"
 #include "chips/soft/packet/PacketHeader.h"
-#include "chips/soft/routes/PrefixTrie.h"
 
 namespace SoftChip {
 
@@ -17,8 +18,7 @@ namespace SoftChip {
 /// comparisons.
 ///
 /// Each field of the packet gives the set of rules that it satisfies. The lowest rule in all sets
-/// is the answer. The set of a prefix holds the rules of that prefix and of every prefix that
-/// covers it, so the longest prefix that covers an address has them all.
+/// is the answer. A field that no rule compares is not looked up.
 class FamilyClassifier final {
  public:
   /// Compiles those rules that packets of the family can match.
@@ -29,15 +29,15 @@ class FamilyClassifier final {
 
  private:
   using Rules = std::span<const PolicyMap::AclRule>;
-  using Members = std::vector<std::uint32_t>;  // numbers of rules, ascending
-  using PrefixSets = PrefixTrie<RuleSet>;
-  using PrefixOf = std::optional<Ip::Prefix> PolicyMap::ClassMatch::*;
+  class Chosen;
 
-  void compilePrefixes(Rules rules, Ip::Family family, PrefixOf prefixOf, PrefixSets& sets);
-  void compileProtocols(Rules rules);
-  void compileDscps(Rules rules);
-  [[nodiscard]] const PolicyMap::ClassMatch& matchOf(Rules rules, std::uint32_t number) const {
-    return rules[places_[number]].match;
+  void compileAddresses(Rules rules);
+  void compileBytes(Rules rules);
+  void compileRanges(Rules rules);
+  void compileFragments(Rules rules);
+  void addUpperLayer(const PacketHeader& header, Chosen& chosen) const;
+  [[nodiscard]] const PolicyMap::AclMatch& matchOf(Rules rules, std::uint32_t number) const {
+    return *rules[places_[number]].match;
   }
   [[nodiscard]] std::uint32_t count() const noexcept {
     return static_cast<std::uint32_t>(places_.size());
@@ -45,10 +45,21 @@ class FamilyClassifier final {
 
   std::vector<std::size_t> places_;  // by number: rules of the family only are numbered
   RuleSets sets_;
-  PrefixSets sources_;
-  PrefixSets destinations_;
-  std::array<RuleSet, 256> protocols_{};
-  std::array<RuleSet, 64> dscps_{};
+  PrefixField sources_;
+  PrefixField destinations_;
+  PrefixField sourceSets_;
+  PrefixField destinationSets_;
+  ByteField protocols_;
+  ByteField dscps_;
+  ByteField hopLimits_;
+  ByteField tcpFlags_;
+  RangeField lengths_;
+  RangeField fragmentOffsets_;
+  RangeField sourcePorts_;
+  RangeField destinationPorts_;
+  RuleSet notForFragmentsOnly_ = emptyRuleSet;
+  RuleSet forLaterFragments_ = emptyRuleSet;  // as far as ports and flags are concerned
+  bool isFragmentUsed_ = false;
 };
 
 }  // namespace SoftChip

@@ -9,18 +9,21 @@ RuleSets::RuleSets(std::size_t rules)
       blocksOfSets_(blocksPerSet_, 0),
       blocks_(1) {}
 
-RuleSet RuleSets::setIs(RuleSet base, std::span<const std::uint32_t> members) {
-  if (members.empty()) return base;
+RuleSet RuleSets::setIs(RuleSet base, std::span<const std::uint32_t> removed,
+                        std::span<const std::uint32_t> added) {
+  if (removed.empty() && added.empty()) return base;
   const auto set = static_cast<RuleSet>(blocksOfSets_.size() / blocksPerSet_);
   blocksOfSets_.resize(blocksOfSets_.size() + blocksPerSet_);
   for (std::size_t block = 0; block < blocksPerSet_; ++block)
     blocksOfSets_[placeOf(set, block)] = blocksOfSets_[placeOf(base, block)];
-  for (const std::uint32_t member : members)
-    add(set, base, member);
+  for (const std::uint32_t member : removed)
+    memberIs(set, base, member, false);
+  for (const std::uint32_t member : added)
+    memberIs(set, base, member, true);
   return set;
 }
 
-void RuleSets::add(RuleSet set, RuleSet base, std::uint32_t member) {
+void RuleSets::memberIs(RuleSet set, RuleSet base, std::uint32_t member, bool isMember) {
   std::uint32_t& block = blocksOfSets_[placeOf(set, member / rulesPerBlock)];
   if (block == blocksOfSets_[placeOf(base, member / rulesPerBlock)]) {
     const Block copy = blocks_[block];
@@ -28,25 +31,31 @@ void RuleSets::add(RuleSet set, RuleSet base, std::uint32_t member) {
     block = static_cast<std::uint32_t>(blocks_.size() - 1);
   }
   const std::size_t within = member % rulesPerBlock;
-  blocks_[block][within / wordBits] |= std::uint64_t{1} << within % wordBits;
+  std::uint64_t& word = blocks_[block][within / wordBits];
+  const std::uint64_t bit = std::uint64_t{1} << within % wordBits;
+  word = isMember ? word | bit : word & ~bit;
 }
 
-std::optional<std::uint32_t> RuleSets::lowestInAll(
-    const std::array<RuleSet, 4>& sets) const noexcept {
-  std::array<const std::uint32_t*, 4> of{};
-  for (std::size_t at = 0; at < sets.size(); ++at)
-    of[at] = blocksOfSets_.data() + placeOf(sets[at], 0);
+bool RuleSets::intersect(Block& inAll, std::span<const RuleSet> sets,
+                         std::size_t block) const noexcept {
+  for (const RuleSet set : sets) {
+    const std::uint32_t present = blocksOfSets_[placeOf(set, block)];
+    if (present == 0) return false;
+    const Block& words = blocks_[present];
+    for (std::size_t word = 0; word < wordsPerBlock; ++word)
+      inAll[word] &= words[word];
+  }
+  return true;
+}
+
+std::optional<std::uint32_t> RuleSets::lowestInAll(std::span<const RuleSet> sets) const noexcept {
   for (std::size_t block = 0; block < blocksPerSet_; ++block) {
-    if (of[0][block] == 0 || of[1][block] == 0 || of[2][block] == 0 || of[3][block] == 0) continue;
-    const Block& a = blocks_[of[0][block]];
-    const Block& b = blocks_[of[1][block]];
-    const Block& c = blocks_[of[2][block]];
-    const Block& d = blocks_[of[3][block]];
+    Block inAll = blocks_[blocksOfSets_[placeOf(sets.front(), block)]];
+    if (!intersect(inAll, sets.subspan(1), block)) continue;
     for (std::size_t word = 0; word < wordsPerBlock; ++word) {
-      const std::uint64_t inAll = a[word] & b[word] & c[word] & d[word];
-      if (inAll == 0) continue;
+      if (inAll[word] == 0) continue;
       return static_cast<std::uint32_t>(block * rulesPerBlock + word * wordBits +
-                                        static_cast<std::size_t>(std::countr_zero(inAll)));
+                                        static_cast<std::size_t>(std::countr_zero(inAll[word])));
     }
   }
   return std::nullopt;

@@ -13,6 +13,9 @@ using Bytes = std::span<const std::uint8_t>;
 constexpr std::size_t fixedV4 = 20;
 constexpr std::size_t fixedV6 = 40;
 
+constexpr std::size_t portBytes = 4;
+constexpr std::size_t tcpFlagsAt = 13;
+
 constexpr std::uint8_t hopByHop = 0;
 constexpr std::uint8_t routing = 43;
 constexpr std::uint8_t fragmentHeader = 44;
@@ -35,6 +38,16 @@ void trafficClassIs(PacketHeader& header, std::uint8_t trafficClass) noexcept {
   header.ecn = trafficClass & 3;
 }
 
+// Reads the ports and flags of the upper layer, as far as the packet has them.
+void readUpperLayer(Bytes packet, PacketHeader& header) noexcept {
+  const bool isTcp = header.protocol == protocolTcp;
+  if ((!isTcp && header.protocol != protocolUdp) || header.fragment.offset != 0) return;
+  const Bytes upper = packet.first(header.totalLength).subspan(header.headerLength);
+  if (upper.size() < portBytes) return;
+  header.ports = {wordAt(upper, 0), wordAt(upper, 2)};
+  if (isTcp && upper.size() > tcpFlagsAt) header.tcpFlags = upper[tcpFlagsAt];
+}
+
 ParsedHeader parseV4(Bytes packet) noexcept {
   if (packet.size() < fixedV4) return faulty(HeaderFault::tooShort);
   PacketHeader header;
@@ -53,6 +66,7 @@ ParsedHeader parseV4(Bytes packet) noexcept {
   header.protocol = packet[9];
   header.source = addressAt(packet, 12, header.family);
   header.destination = addressAt(packet, 16, header.family);
+  readUpperLayer(packet, header);
   return {header, HeaderFault::none};
 }
 
@@ -94,6 +108,7 @@ ParsedHeader parseV6(Bytes packet) noexcept {
     if (!takeExtension(packet.first(header.totalLength), header))
       return faulty(HeaderFault::extensionHeaderBeyond);
   }
+  readUpperLayer(packet, header);
   return {header, HeaderFault::none};
 }
 

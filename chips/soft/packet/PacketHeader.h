@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "Ip/Prefix.h"
 
@@ -15,6 +16,17 @@ struct FragmentFacts {
 
   [[nodiscard]] bool isFragment() const noexcept { return offset != 0 || more; }
   friend bool operator==(const FragmentFacts&, const FragmentFacts&) = default;
+};
+
+constexpr std::uint8_t protocolTcp = 6;
+constexpr std::uint8_t protocolUdp = 17;
+
+/// The ports of a TCP or UDP packet.
+struct Ports {
+  std::uint16_t source = 0;
+  std::uint16_t destination = 0;
+
+  friend bool operator==(const Ports&, const Ports&) = default;
 };
 
 /// The fields of a packet that rules and lookups use. They are the same for both families, with and
@@ -34,6 +46,10 @@ struct PacketHeader {
   std::size_t headerLength = 0;  // up to the upper layer: with options and extension headers
   std::size_t totalLength = 0;   // with the header
   FragmentFacts fragment;
+  /// Absent unless the packet is TCP or UDP, is not a fragment behind the first, and has the bytes.
+  std::optional<Ports> ports;
+  /// Absent unless the packet has ports, is TCP, and has the bytes.
+  std::optional<std::uint8_t> tcpFlags;
 
   friend bool operator==(const PacketHeader&, const PacketHeader&) = default;
 };

@@ -121,47 +121,46 @@ TEST(PathSteps, AFallbackHasItsReason) {
   }
 }
 
-std::string wordsOf(RuleField field) {
-  switch (field) {
-    case RuleField::family:
-      return "family";
-    case RuleField::protocol:
-      return "protocol";
-    case RuleField::dscp:
-      return "dscp";
-    case RuleField::source:
-      return "source-address";
-    case RuleField::destination:
-      return "destination-address";
-  }
-  return "";
-}
-
 // A report of one rule, which is at place 4 of its interface.
-PathReport pathWithOneRule() {
+PathReport pathWithOneRule(const PolicyMap::ClassMatch& match = {}) {
   RuleState rule;
+  rule.rule.match = match;
   rule.user = {"e1", "red", "P", 30};
   rule.place = 4;
   return PathReport({rule});
 }
 
 TEST(PathSteps, ARuleThatDiffersNamesTheField) {
-  for (const RuleField field : {RuleField::family, RuleField::protocol, RuleField::dscp,
-                                RuleField::source, RuleField::destination}) {
+  const std::pair<RuleField, std::string> fields[] = {
+      {RuleField::family, "family"},
+      {RuleField::protocol, "protocol"},
+      {RuleField::dscp, "dscp"},
+      {RuleField::source, "source-address"},
+      {RuleField::destination, "destination-address"},
+      {RuleField::sourceSet, "source-set"},
+      {RuleField::destinationSet, "destination-set"},
+      {RuleField::hopLimit, "hop-limit"},
+      {RuleField::length, "length"},
+      {RuleField::fragment, "fragment"},
+      {RuleField::fragmentOffset, "fragment-offset"},
+      {RuleField::sourcePort, "source-port"},
+      {RuleField::destinationPort, "destination-port"},
+      {RuleField::tcpFlags, "tcp-flags"}};
+  for (const auto& [field, name] : fields) {
     PathReport path = pathWithOneRule();
     path.ruleTried(4, {}, field);
-    expectStep(path, "rule 30 of P, any: differs by " + wordsOf(field),
+    expectStep(path, "rule 30 of P, any: differs by " + name,
                R"({"step":"rule","place":4,"policy":"P","rule":30,"match":"any","matches":false,)"
                R"("differsBy":")" +
-                   wordsOf(field) + "\"}");
+                   name + "\"}");
   }
 }
 
 TEST(PathSteps, ARuleThatMatchesDiffersByNothing) {
-  PathReport path = pathWithOneRule();
-  PolicyMap::AclRule rule;
-  rule.match.family = Ip::Family::v6;
-  path.ruleTried(4, rule, std::nullopt);
+  PolicyMap::ClassMatch match;
+  match.family = Ip::Family::v6;
+  PathReport path = pathWithOneRule(match);
+  path.ruleTried(4, {}, std::nullopt);
   expectStep(path, "rule 30 of P, ipv6: matches",
              R"({"step":"rule","place":4,"policy":"P","rule":30,"match":"ipv6","matches":true,)"
              R"("differsBy":null})");
@@ -269,11 +268,24 @@ TEST(PathSteps, APacketHasEachFieldThatIsSet) {
       {[](PacketHeader& header) { header.ecn = 2; }, "protocol 17 ecn 2 ttl 64, 100 bytes",
        R"("protocol":17,"dscp":0,"ecn":2,"ttl":64,"bytes":100)"},
       {[](PacketHeader& header) { header.fragment.more = true; },
-       "protocol 17 ttl 64 fragment, 100 bytes",
-       R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100)"},
+       "protocol 17 ttl 64 fragment-offset 0, 100 bytes",
+       R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100,)"
+       R"("fragmentOffset":0,"moreFragments":true)"},
       {[](PacketHeader& header) { header.fragment.offset = 1; },
-       "protocol 17 ttl 64 fragment, 100 bytes",
-       R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100)"},
+       "protocol 17 ttl 64 fragment-offset 1, 100 bytes",
+       R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100,)"
+       R"("fragmentOffset":1,"moreFragments":false)"},
+      {[](PacketHeader& header) { header.ports = SoftChip::Ports{}; },
+       "protocol 17 ttl 64, 100 bytes",
+       R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100,)"
+       R"("sourcePort":0,"destinationPort":0)"},
+      {[](PacketHeader& header) {
+         header.ports = {80, 443};
+         header.tcpFlags = 0x12;
+       },
+       "protocol 17 ttl 64 source-port 80 destination-port 443 tcp-flags syn,ack, 100 bytes",
+       R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100,)"
+       R"("sourcePort":80,"destinationPort":443,"tcpFlags":"syn,ack")"},
       {[](PacketHeader& header) {
          header.protocol = 0;
          header.dscp = 63;

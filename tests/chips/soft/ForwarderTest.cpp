@@ -163,8 +163,10 @@ TEST_F(ForwarderTest, TheFirstMatchingRuleDecidesAndCounts) {
   world_.routeIs("red", "0.0.0.0/0", "red1");
   world_.routeIs("blue", "0.0.0.0/0", "blue1");
   AclRule toRed = always(lookUpIn("red"));
-  toRed.match.family = Ip::Family::v4;
-  toRed.match.destination = prefix("10.0.0.0/8");
+  PolicyMap::AclMatch toRedMatch;
+  toRedMatch.family = Ip::Family::v4;
+  toRedMatch.destination = prefix("10.0.0.0/8");
+  toRed.match = toRedMatch;
   world_.ruleIs("in", toRed);
   world_.ruleIs("in", always(lookUpIn("blue")));
   EXPECT_EQ(world_.where("10.0.0.1"), "red1");
@@ -394,12 +396,16 @@ TEST_F(DecapTest, ChecksTheTimeToLiveOfTheHeaderThatLeaves) {
 TEST_F(DecapTest, RulesSeeTheOuterHeaderOnly) {
   flagsAre(true, false);
   AclRule discardInner = always({ActionType::discard, {}, {}, {}});
-  discardInner.match.family = Ip::Family::v4;
-  discardInner.match.destination = prefix("10.0.0.0/8");
+  PolicyMap::AclMatch discardInnerMatch;
+  discardInnerMatch.family = Ip::Family::v4;
+  discardInnerMatch.destination = prefix("10.0.0.0/8");
+  discardInner.match = discardInnerMatch;
   world_.ruleIs("in", discardInner);
   AclRule tunnels = always(decapsulateIn("red", "blue", "green"));
-  tunnels.match.family = Ip::Family::v4;
-  tunnels.match.protocol = std::uint8_t{4};
+  PolicyMap::AclMatch tunnelsMatch;
+  tunnelsMatch.family = Ip::Family::v4;
+  tunnelsMatch.protocol = std::uint8_t{4};
+  tunnels.match = tunnelsMatch;
   world_.ruleIs("in", tunnels);
   world_.routeIs("green", "0.0.0.0/0", "green1");
   EXPECT_EQ(world_.where(tunnelled(packetTo(inner))), "green1");

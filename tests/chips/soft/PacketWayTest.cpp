@@ -126,7 +126,9 @@ using Lines = WayJournal::Lines;
 
 TEST_F(PacketWayTest, OfAPacketThatNoRuleMatches) {
   AclRule rule = always(lookUpIn("red"));
-  rule.match.family = Ip::Family::v6;
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v6;
+  rule.match = match;
   world_.ruleIs("in", rule);
   world_.routeIs("default", "198.0.0.0/8", "out");
   EXPECT_EQ(wayOf(TestPacket()),
@@ -139,11 +141,13 @@ TEST_F(PacketWayTest, TellsWhyEachRuleDoesNotMatchUpToTheFirstThatDoes) {
   for (const RuleField field : {RuleField::family, RuleField::protocol, RuleField::dscp,
                                 RuleField::source, RuleField::destination}) {
     AclRule rule = always({ActionType::discard, {}, {}, {}});
-    rule.match.family = field == RuleField::family ? Ip::Family::v6 : Ip::Family::v4;
-    if (field == RuleField::protocol) rule.match.protocol = std::uint8_t{1};
-    if (field == RuleField::dscp) rule.match.dscps = 2;
-    if (field == RuleField::source) rule.match.source = prefix("1.0.0.0/8");
-    if (field == RuleField::destination) rule.match.destination = prefix("1.0.0.0/8");
+    PolicyMap::AclMatch match;
+    match.family = field == RuleField::family ? Ip::Family::v6 : Ip::Family::v4;
+    if (field == RuleField::protocol) match.protocol = std::uint8_t{1};
+    if (field == RuleField::dscp) match.dscps = 2;
+    if (field == RuleField::source) match.source = prefix("1.0.0.0/8");
+    if (field == RuleField::destination) match.destination = prefix("1.0.0.0/8");
+    rule.match = match;
     world_.ruleIs("in", rule);
   }
   world_.ruleIs("in", always({ActionType::discard, {}, {}, {}}));
@@ -313,12 +317,14 @@ class RandomWorld final {
     AclRule rule = always(action());
     if (below(3) != 0) {
       const Ip::Address to = address(destination());
-      rule.match.family = to.family;
+      PolicyMap::AclMatch match;
+      match.family = to.family;
       const unsigned length = below(Ip::addressBits(to.family) + 1);
       if (below(2) == 0)
-        rule.match.destination = {Ip::firstBits(to, length), static_cast<std::uint8_t>(length)};
-      if (below(2) == 0) rule.match.protocol = static_cast<std::uint8_t>(below(2) == 0 ? 4 : 17);
-      if (below(2) == 0) rule.match.dscps = below(8);
+        match.destination = {Ip::firstBits(to, length), static_cast<std::uint8_t>(length)};
+      if (below(2) == 0) match.protocol = static_cast<std::uint8_t>(below(2) == 0 ? 4 : 17);
+      if (below(2) == 0) match.dscps = below(8);
+      rule.match = match;
     }
     if (below(8) == 0 && world_.chip->resource(resourceOf(rule.action)) == nullptr) {
       world_.ruleWithoutResourceIs("in", rule);

@@ -12,6 +12,8 @@
 namespace SoftChip {
 namespace {
 
+using Classification::PrefixSet;
+using PolicyMap::AclMatch;
 using PolicyMap::AclResult;
 using PolicyMap::AclRule;
 using PolicyMap::ActionType;
@@ -22,11 +24,10 @@ const Velo::String eth2("Ethernet2");
 
 // A rule that is told from others by its VRF, and matches one protocol.
 AclRule ruleOf(const char* vrf, std::uint8_t protocol) {
-  AclRule rule;
-  rule.match.family = Ip::Family::v4;
-  rule.match.protocol = protocol;
-  rule.action = {ActionType::vrf, vrf, {}, {}};
-  return rule;
+  AclMatch match;
+  match.family = Ip::Family::v4;
+  match.protocol = protocol;
+  return {match, {ActionType::vrf, vrf, {}, {}}};
 }
 
 PacketHeader headerOf(std::uint8_t protocol) {
@@ -220,19 +221,33 @@ class RandomRules final {
   }
 
   AclRule rule() {
-    AclRule rule;
-    if (below(20) == 0) return rule;
-    rule.match.family = below(2) == 0 ? Ip::Family::v4 : Ip::Family::v6;
-    if (below(3) == 0) rule.match.protocol = protocol();
+    AclMatch match;
+    if (below(20) == 0) return {match, {}};
+    match.family = below(2) == 0 ? Ip::Family::v4 : Ip::Family::v6;
+    if (below(3) == 0) match.protocol = protocol();
     if (below(3) == 0) {
       std::uint64_t dscps = 0;  // none stays possible: such a rule matches nothing
       for (unsigned i = below(4); i > 0; --i)
         dscps |= std::uint64_t{1} << dscp();
-      rule.match.dscps = dscps;
+      match.dscps = dscps;
     }
-    if (below(4) != 0) rule.match.source = prefix(*rule.match.family);
-    if (below(4) != 0) rule.match.destination = prefix(*rule.match.family);
-    return rule;
+    if (below(4) != 0) match.source = prefix(*match.family);
+    if (below(4) != 0) match.destination = prefix(*match.family);
+    if (below(3) == 0) match.sourceSet = prefixSet(*match.family);
+    if (below(3) == 0) match.destinationSet = prefixSet(*match.family);
+    if (below(6) == 0) match.hopLimit = number();
+    if (below(8) == 0) match.length = number();
+    if (below(6) == 0) match.isFragment = true;
+    if (below(6) == 0) match.fragmentOffsets = ranges();
+    if (below(3) == 0) match.sourcePorts = ranges();
+    if (below(3) == 0) match.destinationPorts = ranges();
+    for (unsigned count = below(4) == 0 ? below(3) : 0; count > 0; --count) {
+      const unsigned mask = below(256);
+      match.tcpFlags.push_back(
+          {static_cast<std::uint8_t>(mask), static_cast<std::uint8_t>(below(256) & mask)});
+    }
+    match.matchesLaterFragments = below(2) == 0;
+    return {match, {}};
   }
 
   PacketHeader header() {
@@ -242,10 +257,39 @@ class RandomRules final {
     header.destination = address(header.family);
     header.protocol = protocol();
     header.dscp = dscp();
+    header.ttl = number();
+    header.totalLength = below(10) == 0 ? 65540 : number();
+    if (below(3) == 0) header.fragment = {number(), below(2) == 0};
+    if (header.fragment.offset != 0 || below(4) == 0) return header;
+    header.ports = {number(), number()};
+    if (below(2) == 0) header.tcpFlags = static_cast<std::uint8_t>(below(256));
     return header;
   }
 
  private:
+  // Few numbers, with the ends of ranges and their neighbours among them.
+  std::uint8_t number() { return static_cast<std::uint8_t>(below(12)); }
+  std::vector<PolicyMap::NumberRange> ranges() {
+    std::vector<PolicyMap::NumberRange> ranges;
+    for (unsigned count = below(4); count > 0; --count) {
+      const std::uint16_t first = number();
+      const unsigned last = below(8) == 0 ? 65535U : first + below(4);
+      ranges.push_back({first, static_cast<std::uint16_t>(last)});
+    }
+    return ranges;
+  }
+  // Prefixes and exclusions within each other. Some sets are of several rules.
+  PrefixSet prefixSet(Ip::Family family) {
+    std::vector<PrefixSet>& sets = family == Ip::Family::v4 ? setsV4_ : setsV6_;
+    if (!sets.empty() && below(2) == 0) return sets[below(sets.size())];
+    PrefixSet set;
+    for (unsigned count = below(4); count > 0; --count)
+      set.prefixes.push_back(prefix(family));
+    for (unsigned count = below(3); count > 0; --count)
+      set.excluded.push_back(prefix(family));
+    sets.push_back(set);
+    return set;
+  }
   std::uint8_t protocol() { return static_cast<std::uint8_t>(std::array{0, 4, 41, 255}[below(4)]); }
   std::uint8_t dscp() { return static_cast<std::uint8_t>(std::array{0, 1, 46, 63}[below(4)]); }
   Ip::Address address(Ip::Family family) {
@@ -261,12 +305,14 @@ class RandomRules final {
   }
 
   std::mt19937 random_;
+  std::vector<PrefixSet> setsV4_;
+  std::vector<PrefixSet> setsV6_;
 };
 
 std::optional<std::size_t> linearScan(const SoftAclHelper::Rules& rules,
                                       const PacketHeader& header) {
   for (std::size_t place = 0; place < rules.size(); ++place) {
-    if (!firstDifference(rules[place].match, header)) return place;
+    if (!firstDifference(*rules[place].match, header)) return place;
   }
   return std::nullopt;
 }
@@ -311,7 +357,7 @@ TEST(ClassifyLikeALinearScan, OnManyRules) {
   const auto acl = Mox::makeActivePtr<SoftAclHelper>(Velo::String("acl"), 100000U);
   while (acl->rulesInUse() < 2000) {
     const AclRule rule = random.rule();
-    if (!rule.match.source || !rule.match.destination) continue;
+    if (!rule.match->source || !rule.match->destination) continue;
     ASSERT_TRUE(acl->addRule(eth1, acl->rulesInUse(), rule).accepted);
   }
   expectLikeLinearScan(*acl, random, 2000);

@@ -59,12 +59,12 @@ TEST(IntfConfig, TellsOfEachRealChange) {
 TEST(ClassMapTypeConfig, TellsOfEachRealChange) {
   const auto config = ClassMapTypeConfig::ClassMapTypeConfigIs("classMaps");
   const Notices notices(config->publisher());
-  config->classMapIs("a", {});
-  config->classMapIs("a", {});
+  config->classMapIs("a", ClassMatch());
+  config->classMapIs("a", ClassMatch());
   ClassMatch match;
   match.dscps = 1;
   config->classMapIs("a", match);
-  EXPECT_EQ(*config->classMap("a"), match);
+  EXPECT_EQ(**config->classMap("a"), match);
   EXPECT_EQ(config->classMap().count(), 1U);
   EXPECT_TRUE(config->classMapDel("a"));
   EXPECT_FALSE(config->classMapDel("a"));

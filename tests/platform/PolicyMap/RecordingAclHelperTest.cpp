@@ -80,16 +80,20 @@ TEST_F(RecordingAcl, WritesEveryCallThatChangesSomethingDown) {
 
 TEST_F(RecordingAcl, ShowsEveryFieldOfARule) {
   AclRule full = rule("red");
-  full.match.family = Ip::Family::v4;
-  full.match.protocol = 4;
-  full.match.dscps = 0xf0;
-  full.match.source = Ip::Prefix{{Ip::Family::v4, {10}}, 8};
-  full.match.destination = Ip::Prefix{{Ip::Family::v4, {10, 1}}, 16};
+  PolicyMap::AclMatch fullMatch;
+  fullMatch.family = Ip::Family::v4;
+  fullMatch.protocol = 4;
+  fullMatch.dscps = 0xf0;
+  fullMatch.source = Ip::Prefix{{Ip::Family::v4, {10}}, 8};
+  fullMatch.destination = Ip::Prefix{{Ip::Family::v4, {10, 1}}, 16};
+  full.match = fullMatch;
   full.action = {PolicyMap::ActionType::decapVrf, "red", "blue", "green"};
   static_cast<void>(hardware_->addRule("eth1", 0, full));
   AclRule long6 = rule("red");
-  long6.match.family = Ip::Family::v6;
-  long6.match.source = Ip::Prefix{{Ip::Family::v6, {0x20, 0x01}}, 16};
+  PolicyMap::AclMatch long6Match;
+  long6Match.family = Ip::Family::v6;
+  long6Match.source = Ip::Prefix{{Ip::Family::v6, {0x20, 0x01}}, 16};
+  long6.match = long6Match;
   static_cast<void>(hardware_->addRule("eth1", 0, long6));
   EXPECT_THAT(journal_.lines(),
               ElementsAre("addRule eth1 0 v4,protocol=4,dscps=f0,source=10.0.0.0/8,"

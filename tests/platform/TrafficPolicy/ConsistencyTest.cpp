@@ -39,7 +39,7 @@ Treatments treatmentsBy(const Rules& rules, bool isClosed) {
   Treatments treatments;
   for (unsigned packet = 0; packet < packets; ++packet) {
     const auto match = std::find_if(rules.begin(), rules.end(), [&](const AclRule& rule) {
-      return (*rule.match.dscps >> packet & 1) != 0;
+      return (*rule.match->dscps >> packet & 1) != 0;
     });
     if (match != rules.end()) {
       treatments[packet] = match->action.vrfName.str();
@@ -52,8 +52,10 @@ Treatments treatmentsBy(const Rules& rules, bool isClosed) {
 
 AclRule ruleOn(std::uint64_t dscps, const std::string& vrf) {
   AclRule rule = ruleNamed(vrf);
-  rule.match.family = Ip::Family::v4;
-  rule.match.dscps = dscps;
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v4;
+  match.dscps = dscps;
+  rule.match = match;
   return rule;
 }
 
@@ -61,7 +63,7 @@ AclRule ruleOn(std::uint64_t dscps, const std::string& vrf) {
 std::string textOf(const Rules& rules) {
   std::string text;
   for (const AclRule& rule : rules)
-    text += std::to_string(*rule.match.dscps) + '>' + rule.action.vrfName.str() + ' ';
+    text += std::to_string(*rule.match->dscps) + '>' + rule.action.vrfName.str() + ' ';
   return text;
 }
 
@@ -95,8 +97,8 @@ class Consistency : public TrafficPolicyFixture {
   void configure(const Velo::String& intf, const Rules& rules) {
     PolicyRules policy;
     for (const AclRule& rule : rules) {
-      const std::string classMap = std::to_string(*rule.match.dscps);
-      classMaps_->classMapIs(classMap, rule.match);
+      const std::string classMap = std::to_string(*rule.match->dscps);
+      classMaps_->classMapIs(classMap, PolicyMap::ClassMatch{*rule.match, {}, {}});
       policy.push_back({static_cast<std::uint32_t>(policy.size()), classMap, rule.action});
     }
     policies_->policyMapIs("of " + intf.str(), policy);

@@ -127,8 +127,10 @@ struct Model {
       return;
     }
     AclRule acl{{}, rule.action};
-    acl.match.family = Ip::Family::v4;
-    acl.match.protocol = static_cast<std::uint8_t>(classMap->second);
+    PolicyMap::AclMatch aclMatch;
+    aclMatch.family = Ip::Family::v4;
+    aclMatch.protocol = static_cast<std::uint8_t>(classMap->second);
+    acl.match = aclMatch;
     wanted.push_back(acl);
     const bool isHeld = std::find(before.begin(), before.end(), acl) != before.end();
     if (!isHeld && refused.contains(acl.action.vrfName.str())) {

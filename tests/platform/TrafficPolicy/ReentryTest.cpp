@@ -85,7 +85,7 @@ TEST_F(Reentry, AHelperMayChangeAClassMap) {
     classMaps_->classMapIs("a", protocol(77));
   };
   policyIs("P", "a");
-  EXPECT_EQ(hardware_->held("eth1").front().match, protocol(77));
+  EXPECT_EQ(hardware_->held("eth1").front().match->protocol, 77);
   EXPECT_EQ(held("eth1"), "a");
   expectInStep();
 }
@@ -206,7 +206,7 @@ TEST_F(Reentry, AnEarlierSubscriberMayChangeThePolicyMapThatEverybodyIsBeingTold
   policyIs("P", "ab");
   EXPECT_EQ(held("eth1"), "xb");
   classMaps_->classMapIs("x", protocol(77));
-  EXPECT_EQ(hardware_->held("eth1").front().match, protocol(77)) << "the class map is followed";
+  EXPECT_EQ(hardware_->held("eth1").front().match->protocol, 77) << "the class map is followed";
   expectInStep();
 }
 

@@ -141,11 +141,14 @@ TEST(RuleListChange, TellsRulesApartByEveryField) {
   using PolicyMap::AclRule;
   const AclRule plain = ruleNamed("a");
   std::vector<AclRule> others(8, plain);
-  others[0].match.family = Ip::Family::v4;
-  others[1].match.protocol = 0;
-  others[2].match.dscps = 1;
-  others[3].match.source = Ip::Prefix{};
-  others[4].match.destination = Ip::Prefix{};
+  std::vector<PolicyMap::AclMatch> matches(5);
+  matches[0].family = Ip::Family::v4;
+  matches[1].protocol = 0;
+  matches[2].dscps = 1;
+  matches[3].source = Ip::Prefix{};
+  matches[4].sourcePorts = {{1, 2}};
+  for (std::size_t at = 0; at < matches.size(); ++at)
+    others[at].match = matches[at];
   others[5].action.type = PolicyMap::ActionType::decapVrf;
   others[6].action.fallbackVrfName = "b";
   others[7].action.postDecapVrfName = "b";
@@ -162,7 +165,9 @@ TEST(RuleListChange, TellsRulesApartByEveryField) {
 // The rule of VRF `vrf` for packets of DSCP `dscp`.
 PolicyMap::AclRule ruleOnDscp(unsigned dscp, const char* vrf) {
   PolicyMap::AclRule rule = ruleNamed(vrf);
-  rule.match.dscps = std::uint64_t{1} << dscp;
+  PolicyMap::AclMatch match;
+  match.dscps = std::uint64_t{1} << dscp;
+  rule.match = match;
   return rule;
 }
 

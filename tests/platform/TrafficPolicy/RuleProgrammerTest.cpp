@@ -40,8 +40,10 @@ Rules rulesByMatch(std::string_view letters) {
   Rules rules = rulesNamed(letters);
   for (AclRule& rule : rules) {
     const char letter = rule.action.vrfName.str().front();
-    rule.match.family = Ip::Family::v4;
-    rule.match.protocol = static_cast<std::uint8_t>((letter & ~0x20) - 'A');
+    PolicyMap::AclMatch match;
+    match.family = Ip::Family::v4;
+    match.protocol = static_cast<std::uint8_t>((letter & ~0x20) - 'A');
+    rule.match = match;
   }
   return rules;
 }

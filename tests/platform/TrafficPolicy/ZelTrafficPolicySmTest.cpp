@@ -76,7 +76,8 @@ TEST_F(TrafficPolicySm, TakesMatchAndActionOverWhole) {
   policies_->policyMapIs("P", {{1, "class", action}});
   intfIs("eth1", "P");
   const auto sm = makeSm();
-  EXPECT_THAT(hardware_->held("eth1"), ElementsAre(AclRule{match, action}));
+  EXPECT_THAT(hardware_->held("eth1"),
+              ElementsAre(AclRule{PolicyMap::AclMatch{match, {}, {}, false}, action}));
 }
 
 TEST_F(PolicyOnEth1, IsProgrammedOnEachInterfaceThatItIsAppliedTo) {

@@ -27,6 +27,7 @@
 #include "testing/RandomRounds.h"
 #include "testing/RandomSeed.h"
 #include "tests/agent/TestFiles.h"
+#include "tests/agent/model/HeldRule.h"
 #include "tests/agent/model/fresh/History.h"
 #include "tests/agent/model/fresh/HookAnswers.h"
 #include "tests/agent/model/fresh/KeptFacts.h"
@@ -215,7 +216,7 @@ class AgedAgent final {
       }
       ++held;
       const auto& rules = agent().acl().rules(rule.user.interface);
-      if (*rule.place >= rules.size() || rules[*rule.place] != rule.rule) {
+      if (*rule.place >= rules.size() || !isRule(rules[*rule.place], rule.rule)) {
         return "the chip does not hold the rule at its place: " + name;
       }
     }

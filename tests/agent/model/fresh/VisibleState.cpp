@@ -10,6 +10,7 @@
 #include "agent/model/policies/PolicyObjects.h"
 #include "agent/reports/PathReport.h"
 #include "agent/reports/RuleReport.h"
+#include "testing/Shown.h"
 
 namespace ZelAgent {
 namespace {
@@ -56,7 +57,7 @@ class Writer final {
 
   void writeFacts() {
     maps("class maps", policy_.classTypeConfig->classMap(),
-         [](const auto& match) { return toText(match); });
+         [](const auto& match) { return toText(*match); });
     maps("policy maps", policy_.policyConfig->policyMap(), textOfRules);
     maps("policies of interfaces", policy_.intfConfig->intf(), [](const auto& applied) {
       return Mox::quoted(applied.policyMap.str()) + " kind " +
@@ -160,8 +161,8 @@ class Writer final {
     title("rules on the chip");
     for (const Velo::String& intf : agent_.acl().intfs()) {
       for (const PolicyMap::AclRule& rule : agent_.acl().rules(intf)) {
-        text_ += Mox::quoted(intf.str()) + ": " + toText(rule.match) + " -> " +
-                 toText(rule.action) + '\n';
+        text_ +=
+            Mox::quoted(intf.str()) + ": " + ZelVrfSelectionPolicy::Testing::shown(rule) + '\n';
       }
     }
     text_ += std::to_string(agent_.acl().rulesInUse()) + " rules\n";

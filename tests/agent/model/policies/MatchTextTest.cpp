@@ -74,5 +74,52 @@ TEST(MatchText, MatchesThatDifferHaveDifferentTexts) {
   EXPECT_EQ(texts.size(), matches);
 }
 
+TEST(MatchText, FieldsOfTransportAndFragments) {
+  ClassMatch match = ipv4();
+  match.sourceSet = "pods";
+  match.destinationSet = "it's new";
+  match.hopLimit = 1;
+  match.length = 100;
+  match.isFragment = true;
+  match.fragmentOffsets = {{0, 0}, {185, 8191}};
+  match.sourcePorts = {{80, 80}, {443, 443}, {1000, 2000}};
+  match.destinationPorts = {{0, 65535}};
+  match.tcpFlags = {{0, 0}, {0x12, 0x02}, {0x84, 0x84}};
+  EXPECT_EQ(toText(match),
+            "ipv4 source-set pods destination-set 'it\\'s new' hop-limit 1 length 100 fragment "
+            "fragment-offset 0,185..8191 source-port 80,443,1000..2000 destination-port 0..65535 "
+            "tcp-flags any,syn+!ack,rst+cwr");
+}
+
+TEST(MatchText, EachFieldOfTransportHasItsOwnText) {
+  std::set<std::string> texts{toText(ipv4())};
+  const auto add = [&](auto change) {
+    ClassMatch match = ipv4();
+    change(match);
+    EXPECT_TRUE(texts.insert(toText(match)).second) << toText(match);
+  };
+  add([](ClassMatch& match) { match.source = parseIpPrefix("10.0.0.0/8"); });
+  add([](ClassMatch& match) { match.sourceSet = "10.0.0.0/8"; });
+  add([](ClassMatch& match) { match.destinationSet = "10.0.0.0/8"; });
+  add([](ClassMatch& match) { match.sourceSet = "a destination-set b"; });
+  add([](ClassMatch& match) {
+    match.sourceSet = "a";
+    match.destinationSet = "b";
+  });
+  add([](ClassMatch& match) { match.sourceSet = "a fragment"; });
+  add([](ClassMatch& match) { match.isFragment = true; });
+  add([](ClassMatch& match) { match.fragmentOffsets = {{1, 1}}; });
+  add([](ClassMatch& match) { match.hopLimit = 1; });
+  add([](ClassMatch& match) { match.length = 1; });
+  add([](ClassMatch& match) { match.protocol = 1; });
+  add([](ClassMatch& match) { match.sourcePorts = {{1, 1}}; });
+  add([](ClassMatch& match) { match.destinationPorts = {{1, 1}}; });
+  add([](ClassMatch& match) { match.destinationPorts = {{1, 2}}; });
+  add([](ClassMatch& match) { match.tcpFlags = {{2, 2}}; });
+  add([](ClassMatch& match) { match.tcpFlags = {{2, 0}}; });
+  add([](ClassMatch& match) { match.tcpFlags = {{6, 2}}; });
+  add([](ClassMatch& match) { match.tcpFlags = {{2, 2}, {4, 0}}; });
+}
+
 }  // namespace
 }  // namespace ZelAgent

@@ -26,7 +26,7 @@ const PolicyMap::PolicyMapRules& onlyRules(const PolicyObjects& objects) {
 
 const PolicyMap::ClassMatch& matchOf(const PolicyObjects& objects,
                                      const PolicyMap::PolicyMapRule& rule) {
-  return objects.classMaps.at(rule.classMap);
+  return *objects.classMaps.at(rule.classMap);
 }
 
 PolicyObjects objectsOf(const std::vector<nlohmann::json>& rules) {
@@ -136,8 +136,8 @@ TEST(PolicyObjects, PoliciesOfOneIdInTwoInstancesAreTwo) {
   std::map<std::string, std::string> instanceOfIntf;
   for (const auto& [intf, applied] : objects.intfs) {
     EXPECT_EQ(applied.kind, PolicyMap::IntfKind::routed);
-    EXPECT_EQ(objects.origins.at(applied.policyMap).policyId, "P");
-    instanceOfIntf[intf.str()] = objects.origins.at(applied.policyMap).networkInstance;
+    EXPECT_EQ(objects.origins.at(applied.policyMap)->policyIds, std::vector<std::string>{"P"});
+    instanceOfIntf[intf.str()] = objects.origins.at(applied.policyMap)->networkInstance;
   }
   EXPECT_EQ(instanceOfIntf, (std::map<std::string, std::string>{
                                 {"e1", "default"}, {"e2", "red"}, {"e3", "red"}, {"e4", "it's"}}));
@@ -172,6 +172,74 @@ TEST(PolicyObjects, AnInterfaceToWhichNothingIsAppliedIsAbsent) {
   const auto objects = policyObjectsOf(configuration);
   EXPECT_FALSE(objects.intfs.contains("e1"));
   EXPECT_TRUE(objects.intfs.contains("e2"));
+}
+
+struct OriginOfRule {
+  std::string policy;
+  std::uint32_t sequence;
+  bool operator==(const OriginOfRule&) const = default;
+};
+
+TEST(PolicyObjects, OfTwoPoliciesOnOneInterfaceAreOneListInTheirOrder) {
+  Configuration configuration;
+  NetworkInstance& instance = configuration.networkInstances.emplace_back();
+  instance.name = defaultVrfName;
+  instance.policies = {{"F", {{5, {}, Discard{}}, {7, {}, NoAction{}}}, PolicyType::forwarding},
+                       {"V", {{7, {}, LookUp{"red"}}}, PolicyType::vrfSelection}};
+  instance.policyBindings = {{"e1", "V", "F"}, {"e2", "V", ""}, {"e3", "", "F"}};
+  const auto objects = policyObjectsOf(configuration);
+  const auto originsOn = [&](const char* intf) {
+    std::vector<OriginOfRule> rules;
+    const PolicyMapOrigin& origin = *objects.origins.at(objects.intfs.at(intf).policyMap);
+    for (const PolicyMapOrigin::Rule& rule : origin.rules)
+      rules.push_back({origin.policyOf(rule), rule.sequence});
+    return rules;
+  };
+  EXPECT_EQ(originsOn("e1"), (std::vector<OriginOfRule>{{"V", 7}, {"F", 5}, {"F", 7}}));
+  EXPECT_EQ(originsOn("e2"), (std::vector<OriginOfRule>{{"V", 7}}));
+  EXPECT_EQ(originsOn("e3"), (std::vector<OriginOfRule>{{"F", 5}, {"F", 7}}));
+  const auto& rules = objects.policyMaps.at(objects.intfs.at("e1").policyMap);
+  ASSERT_EQ(rules.size(), 3U);
+  EXPECT_EQ(rules[0].action.type, ActionType::vrf);
+  EXPECT_EQ(rules[1].action.type, ActionType::discard);
+  EXPECT_EQ(rules[2].sequence, 3U) << "sequences of two policies are not those of one";
+  EXPECT_EQ(objects.policyMaps.size(), 3U);
+}
+
+TEST(PolicyObjects, EveryFieldOfAMatchIsKept) {
+  Configuration configuration;
+  configuration.prefixSets = {{"s", IpFamily::v4, {parseIpPrefix("10.0.0.0/8").value()}, {}},
+                              {"s", IpFamily::v6, {}, {parseIpPrefix("2001:db8::/32").value()}}};
+  RuleMatch given;
+  given.family = IpFamily::v4;
+  given.hopLimit = 1;
+  given.length = 100;
+  given.fragmentOffsets = {{1, 8191}};
+  given.sourcePorts = {{80, 80}, {81, 90}, {5, 5}};
+  given.destinationPorts = {{443, 443}};
+  given.tcpFlags = {{4, 4}, {2, 2}, {4, 4}};
+  given.isFragment = true;
+  given.sourceSet = "s";
+  given.destinationSet = "t";
+  NetworkInstance& instance = configuration.networkInstances.emplace_back();
+  instance.policies = {{"P", {{1, given, Discard{}}}}};
+  const auto objects = policyObjectsOf(configuration);
+  const PolicyMap::ClassMatch& match = matchOf(objects, onlyRules(objects).at(0));
+  using Ranges = std::vector<PolicyMap::NumberRange>;
+  EXPECT_EQ(match.hopLimit, 1);
+  EXPECT_EQ(match.length, 100);
+  EXPECT_EQ(match.fragmentOffsets, (Ranges{{1, 8191}}));
+  EXPECT_EQ(match.sourcePorts, (Ranges{{5, 5}, {80, 90}}));
+  EXPECT_EQ(match.destinationPorts, (Ranges{{443, 443}}));
+  EXPECT_EQ(match.tcpFlags, (std::vector<PolicyMap::TcpFlagsMatch>{{2, 2}, {4, 4}}));
+  EXPECT_TRUE(match.isFragment);
+  EXPECT_EQ(match.sourceSet, Velo::String("s"));
+  EXPECT_EQ(match.destinationSet, Velo::String("t"));
+  ASSERT_EQ(objects.prefixSets.size(), 2U);
+  EXPECT_EQ(objects.prefixSets.at({IpFamily::v4, "s"})->prefixes,
+            configuration.prefixSets[0].prefixes);
+  EXPECT_EQ(objects.prefixSets.at({IpFamily::v6, "s"})->excluded,
+            configuration.prefixSets[1].excluded);
 }
 
 }  // namespace

@@ -46,6 +46,15 @@ TEST(VrfActions, RulesWithoutAVrfActionHaveNoUsers) {
       ActionUsers{});
 }
 
+TEST(VrfActions, BothPoliciesOfAnInterfaceUseTheirActions) {
+  Configuration configuration = configurationOf({{1, {}, LookUp{"red"}}}, {{"e1", "P", "Q"}});
+  configuration.networkInstances[0].policies.push_back(
+      {"Q", {{1, {}, LookUp{"red"}}}, PolicyType::forwarding});
+  const ActionUsers expected = {
+      {VrfAction("red", ActionType::vrf), {{"e1", "default", "P", 1}, {"e1", "default", "Q", 1}}}};
+  EXPECT_EQ(usersOfActions(configuration), expected);
+}
+
 TEST(VrfActions, PoliciesThatAreNotAppliedHaveNoUsers) {
   EXPECT_EQ(usersOfActions(configurationOf({{1, {}, LookUp{"red"}}}, {})), ActionUsers{});
   EXPECT_EQ(usersOfActions(configurationOf({{1, {}, LookUp{"red"}}}, {{"e1", ""}})), ActionUsers{});

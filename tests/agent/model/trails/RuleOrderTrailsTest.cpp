@@ -39,10 +39,12 @@ std::uint64_t dscpsOf(char packetClass) {
 // "pqy" is the rule that matches p and q and has the treatment y.
 AclRule aclRuleNamed(const std::string& name) {
   AclRule rule;
-  rule.match.family = Ip::Family::v4;
-  rule.match.dscps = 0;
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v4;
+  match.dscps = 0;
   for (const char packetClass : name.substr(0, name.size() - 1))
-    *rule.match.dscps |= dscpsOf(packetClass);
+    *match.dscps |= dscpsOf(packetClass);
+  rule.match = match;
   rule.action = {PolicyMap::ActionType::vrf, L3::VrfName(name.substr(name.size() - 1)), {}, {}};
   return rule;
 }
@@ -107,7 +109,7 @@ class RuleChip final {
     Treatments treatments;
     for (const char packetClass : {'p', 'q'}) {
       const auto first = std::find_if(rules.begin(), rules.end(), [&](const AclRule& rule) {
-        return (*rule.match.dscps & dscpsOf(packetClass)) != 0;
+        return (*rule.match->dscps & dscpsOf(packetClass)) != 0;
       });
       if (first == rules.end()) {
         treatments[packetClass] = "own";

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "agent/reports/StateReport.h"
+#include "tests/agent/model/HeldRule.h"
 
 namespace ZelAgent {
 namespace {
@@ -43,7 +44,7 @@ std::string brokenRules(ForwardingAgent& agent) {
     if (!rule.place) continue;
     ++held;
     const auto& rules = agent.acl().rules(rule.user.interface);
-    if (*rule.place >= rules.size() || rules[*rule.place] != rule.rule) {
+    if (*rule.place >= rules.size() || !isRule(rules[*rule.place], rule.rule)) {
       return "the chip does not hold rule " + std::to_string(rule.user.sequenceId) + " of " +
              rule.user.interface + " at its place";
     }

@@ -7,7 +7,7 @@
 namespace SoftChip {
 namespace {
 
-using PolicyMap::ClassMatch;
+using PolicyMap::AclMatch;
 
 PacketHeader v4Header() {
   PacketHeader header;
@@ -26,8 +26,8 @@ PacketHeader v6Header() {
   return header;
 }
 
-ClassMatch matchOf(Ip::Family family) {
-  ClassMatch match;
+AclMatch matchOf(Ip::Family family) {
+  AclMatch match;
   match.family = family;
   return match;
 }
@@ -40,8 +40,8 @@ std::uint64_t dscps(std::initializer_list<unsigned> values) {
 }
 
 TEST(RuleField, NoFieldIsNoDifference) {
-  EXPECT_EQ(firstDifference({}, v4Header()), std::nullopt);
-  EXPECT_EQ(firstDifference({}, v6Header()), std::nullopt);
+  EXPECT_EQ(firstDifference(AclMatch(), v4Header()), std::nullopt);
+  EXPECT_EQ(firstDifference(AclMatch(), v6Header()), std::nullopt);
 }
 
 TEST(RuleField, Family) {
@@ -52,7 +52,7 @@ TEST(RuleField, Family) {
 }
 
 TEST(RuleField, Protocol) {
-  ClassMatch match = matchOf(Ip::Family::v4);
+  AclMatch match = matchOf(Ip::Family::v4);
   match.protocol = 6;
   EXPECT_EQ(firstDifference(match, v4Header()), std::nullopt);
   match.protocol = 0;
@@ -60,7 +60,7 @@ TEST(RuleField, Protocol) {
 }
 
 TEST(RuleField, Dscp) {
-  ClassMatch match = matchOf(Ip::Family::v6);
+  AclMatch match = matchOf(Ip::Family::v6);
   match.dscps = dscps({46});
   EXPECT_EQ(firstDifference(match, v6Header()), std::nullopt);
   match.dscps = dscps({0, 46, 63});
@@ -78,7 +78,7 @@ TEST(RuleField, Dscp) {
 }
 
 TEST(RuleField, Source) {
-  ClassMatch match = matchOf(Ip::Family::v4);
+  AclMatch match = matchOf(Ip::Family::v4);
   match.source = prefix("10.1.2.0/23");
   EXPECT_EQ(firstDifference(match, v4Header()), std::nullopt);
   match.source = prefix("0.0.0.0/0");
@@ -93,7 +93,7 @@ TEST(RuleField, Source) {
 }
 
 TEST(RuleField, Destination) {
-  ClassMatch match = matchOf(Ip::Family::v4);
+  AclMatch match = matchOf(Ip::Family::v4);
   match.destination = prefix("20.1.2.3/32");
   EXPECT_EQ(firstDifference(match, v4Header()), std::nullopt);
   match.destination = prefix("20.1.2.2/32");
@@ -106,7 +106,7 @@ TEST(RuleField, Destination) {
 }
 
 TEST(RuleField, TheFirstOfSeveralIsTold) {
-  ClassMatch match = matchOf(Ip::Family::v6);
+  AclMatch match = matchOf(Ip::Family::v6);
   match.protocol = 1;
   match.dscps = dscps({1});
   match.source = prefix("1::/16");
@@ -123,12 +123,102 @@ TEST(RuleField, TheFirstOfSeveralIsTold) {
   EXPECT_EQ(firstDifference(match, v6Header()), std::nullopt);
 }
 
+TEST(RuleField, PrefixSetsWithExclusions) {
+  AclMatch match = matchOf(Ip::Family::v4);
+  match.sourceSet = Classification::PrefixSet{{prefix("10.0.0.0/8")}, {prefix("10.1.2.0/24")}};
+  EXPECT_EQ(firstDifference(match, v4Header()), RuleField::sourceSet) << "it is excluded";
+  PacketHeader header = v4Header();
+  header.source = address("10.1.3.3");
+  EXPECT_EQ(firstDifference(match, header), std::nullopt);
+  header.source = address("11.1.3.3");
+  EXPECT_EQ(firstDifference(match, header), RuleField::sourceSet) << "it is in no prefix";
+  match.destinationSet = Classification::PrefixSet{};
+  EXPECT_EQ(firstDifference(match, header), RuleField::sourceSet);
+  match.sourceSet.reset();
+  EXPECT_EQ(firstDifference(match, header), RuleField::destinationSet) << "an empty set has none";
+}
+
+TEST(RuleField, HopLimitAndLength) {
+  AclMatch match = matchOf(Ip::Family::v4);
+  PacketHeader header = v4Header();
+  header.ttl = 1;
+  header.totalLength = 100;
+  match.hopLimit = 1;
+  match.length = 100;
+  EXPECT_EQ(firstDifference(match, header), std::nullopt);
+  match.length = 101;
+  EXPECT_EQ(firstDifference(match, header), RuleField::length);
+  match.hopLimit = 2;
+  EXPECT_EQ(firstDifference(match, header), RuleField::hopLimit);
+  match = matchOf(Ip::Family::v4);
+  match.length = 0;
+  header.totalLength = 65536;
+  EXPECT_EQ(firstDifference(match, header), RuleField::length) << "only 16 bits are compared";
+}
+
+TEST(RuleField, FragmentsAndTheirOffsets) {
+  AclMatch match = matchOf(Ip::Family::v4);
+  match.isFragment = true;
+  PacketHeader header = v4Header();
+  EXPECT_EQ(firstDifference(match, header), RuleField::fragment);
+  header.fragment = {0, true};
+  EXPECT_EQ(firstDifference(match, header), std::nullopt) << "the first one";
+  match.fragmentOffsets = {{1, 4}, {9, 9}};
+  EXPECT_EQ(firstDifference(match, header), RuleField::fragmentOffset);
+  header.fragment = {9, false};
+  EXPECT_EQ(firstDifference(match, header), std::nullopt);
+  header.fragment = {5, false};
+  EXPECT_EQ(firstDifference(match, header), RuleField::fragmentOffset);
+}
+
+TEST(RuleField, PortsAndFlags) {
+  AclMatch match = matchOf(Ip::Family::v4);
+  match.sourcePorts = {{80, 80}, {1000, 2000}};
+  PacketHeader header = v4Header();
+  EXPECT_EQ(firstDifference(match, header), RuleField::sourcePort) << "it has no ports";
+  header.ports = {1500, 443};
+  EXPECT_EQ(firstDifference(match, header), std::nullopt);
+  match.destinationPorts = {{442, 442}};
+  EXPECT_EQ(firstDifference(match, header), RuleField::destinationPort);
+  match.destinationPorts = {{443, 443}};
+  match.tcpFlags = {{0x12, 0x02}, {0x04, 0x04}};
+  EXPECT_EQ(firstDifference(match, header), RuleField::tcpFlags) << "it has no flags";
+  header.tcpFlags = 0x12;
+  EXPECT_EQ(firstDifference(match, header), RuleField::tcpFlags);
+  header.tcpFlags = 0x02;
+  EXPECT_EQ(firstDifference(match, header), std::nullopt) << "the first alternative";
+  header.tcpFlags = 0x14;
+  EXPECT_EQ(firstDifference(match, header), std::nullopt) << "the second one";
+}
+
+TEST(RuleField, OnlyAPermittedFragmentMatchesWithoutPorts) {
+  AclMatch match = matchOf(Ip::Family::v4);
+  match.sourcePorts = {{80, 80}};
+  match.tcpFlags = {{1, 1}};
+  PacketHeader later = v4Header();
+  later.fragment = {185, false};
+  PacketHeader truncated = v4Header();
+  EXPECT_EQ(firstDifference(match, later), RuleField::sourcePort);
+  match.matchesLaterFragments = true;
+  EXPECT_EQ(firstDifference(match, later), std::nullopt);
+  EXPECT_EQ(firstDifference(match, truncated), RuleField::sourcePort) << "it is no fragment";
+}
+
 TEST(RuleField, HasAName) {
   EXPECT_EQ(nameOf(RuleField::family), "family");
   EXPECT_EQ(nameOf(RuleField::protocol), "protocol");
   EXPECT_EQ(nameOf(RuleField::dscp), "dscp");
   EXPECT_EQ(nameOf(RuleField::source), "source-address");
   EXPECT_EQ(nameOf(RuleField::destination), "destination-address");
+  EXPECT_EQ(nameOf(RuleField::sourceSet), "source-set");
+  EXPECT_EQ(nameOf(RuleField::destinationSet), "destination-set");
+  EXPECT_EQ(nameOf(RuleField::hopLimit), "hop-limit");
+  EXPECT_EQ(nameOf(RuleField::length), "length");
+  EXPECT_EQ(nameOf(RuleField::fragment), "fragment");
+  EXPECT_EQ(nameOf(RuleField::fragmentOffset), "fragment-offset");
+  EXPECT_EQ(nameOf(RuleField::sourcePort), "source-port");
+  EXPECT_EQ(nameOf(RuleField::destinationPort), "destination-port");
+  EXPECT_EQ(nameOf(RuleField::tcpFlags), "tcp-flags");
 }
 
 }  // namespace

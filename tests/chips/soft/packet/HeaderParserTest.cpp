@@ -135,6 +135,69 @@ TEST(HeaderParser, ReadsNoHeadersFromTheMiddleOfAPacket) {
   EXPECT_EQ(header.fragment, (FragmentFacts{4, false}));
 }
 
+// A TCP header up to its flags: ports 80 and 443, SYN and ACK.
+const Bytes tcpUpToFlags{0, 80, 1, 0xbb, 0, 0, 0, 0, 0, 0, 0, 0, 0x50, 0x12};
+
+TEST(HeaderParser, ReadsPortsOfTcpAndUdpOnly) {
+  for (const unsigned protocol : {6U, 17U, 1U, 132U}) {
+    TestPacket packet;
+    packet.protocol = static_cast<std::uint8_t>(protocol);
+    packet.payload = tcpUpToFlags;
+    const auto header = parse(packet.bytes()).header.value();
+    const bool hasPorts = protocol == 6 || protocol == 17;
+    EXPECT_EQ(header.ports, hasPorts ? std::optional(Ports{80, 443}) : std::nullopt) << protocol;
+    const bool hasFlags = protocol == 6;
+    EXPECT_EQ(header.tcpFlags, hasFlags ? std::optional<std::uint8_t>(0x12) : std::nullopt);
+  }
+}
+
+TEST(HeaderParser, ReadsPortsAndFlagsAsFarAsThePacketHasThem) {
+  TestPacket packet;
+  packet.protocol = 6;
+  for (std::size_t size = 0; size <= tcpUpToFlags.size(); ++size) {
+    packet.payload.assign(tcpUpToFlags.begin(),
+                          tcpUpToFlags.begin() + static_cast<std::ptrdiff_t>(size));
+    const ExactBytes bytes(packet.bytes());
+    const auto header = parse(bytes.span()).header.value();
+    EXPECT_EQ(header.ports.has_value(), size >= 4) << size;
+    EXPECT_EQ(header.tcpFlags.has_value(), size == tcpUpToFlags.size()) << size;
+  }
+}
+
+TEST(HeaderParser, ReadsNoPortsBehindTheTotalLength) {
+  TestPacket packet;
+  packet.payload = {0, 80, 1};
+  Bytes bytes = packet.bytes();
+  bytes.push_back(0xbb);
+  EXPECT_EQ(parse(bytes).header.value().ports, std::nullopt);
+}
+
+TEST(HeaderParser, ReadsPortsOfTheFirstFragmentOnly) {
+  TestPacket packet;
+  packet.protocol = 6;
+  packet.payload = tcpUpToFlags;
+  packet.fragmentWord = 0x2000;
+  EXPECT_TRUE(parse(packet.bytes()).header.value().ports.has_value());
+  for (const unsigned word : {1U, 0x2001U}) {
+    packet.fragmentWord = static_cast<std::uint16_t>(word);
+    const auto header = parse(packet.bytes()).header.value();
+    EXPECT_EQ(header.ports, std::nullopt) << word;
+    EXPECT_EQ(header.tcpFlags, std::nullopt) << word;
+  }
+}
+
+TEST(HeaderParser, ReadsPortsBehindExtensionHeaders) {
+  TestPacket packet;
+  packet.source = "2001:db8::1";
+  packet.destination = "2001:db8::2";
+  packet.protocol = 17;
+  packet.payload = tcpUpToFlags;
+  packet.extensions = {{60, {0, 0, 0, 0, 0, 0, 0}}, {44, {0, 0, 1, 0, 0, 0, 0}}};
+  EXPECT_EQ(parse(packet.bytes()).header.value().ports, (Ports{80, 443}));
+  packet.extensions[1].afterNextHeader[2] = 9;  // offset 1
+  EXPECT_EQ(parse(packet.bytes()).header.value().ports, std::nullopt);
+}
+
 TEST(HeaderParser, LeavesOutWhatFollowsTheTotalLength) {
   for (const TestPacket& packet : {TestPacket(), v6Packet()}) {
     Bytes bytes = packet.bytes();
