@@ -234,8 +234,10 @@ void describeForward(CLI::App& app, CommandLine& commandLine) {
 
 constexpr const char* packetHelp =
     R"(A packet is written as
-  ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]
-  hex BYTES)";
+  ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET]
+  hex BYTES
+FIELD is protocol, dscp, ecn, ttl, length, fragment-offset, source-port, destination-port or
+tcp-flags (such as syn,ack).)";
 
 void describeExplain(CLI::App& app, CommandLine& commandLine) {
   CLI::App* const explain =

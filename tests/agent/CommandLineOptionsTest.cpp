@@ -240,16 +240,17 @@ TEST_F(CommandLineOptions, ExplainPrintsTextOrJson) {
              "look up 192.0.2.2 in VRF default (id 1): miss\n"
              "drop noRoute: no VRF that it was looked up in has a route\n",
              "");
-  expectCall(callAgent(explainOf(ports_, {"--json"})), 0,
-             R"([{"step":"packet","packet":{"family":"ipv4","source":"192.0.2.1",)"
-             R"("destination":"192.0.2.2","protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":28}},)"
-             R"({"step":"interfaceVrf","vrfName":"default","because":"no rule matches"},)"
-             R"({"step":"lookUp","vrfName":"default","vrfId":1,"destination":"192.0.2.2",)"
-             R"("prefix":null,"route":null,"exactMatch":false},)"
-             R"({"step":"drop","reason":"noRoute",)"
-             R"("detail":"no VRF that it was looked up in has a route"}])"
-             "\n",
-             "");
+  expectCall(
+      callAgent(explainOf(ports_, {"--json"})), 0,
+      R"([{"step":"packet","packet":{"family":"ipv4","source":"192.0.2.1",)"
+      R"("destination":"192.0.2.2","protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":28,"sourcePort":0,"destinationPort":0}},)"
+      R"({"step":"interfaceVrf","vrfName":"default","because":"no rule matches"},)"
+      R"({"step":"lookUp","vrfName":"default","vrfId":1,"destination":"192.0.2.2",)"
+      R"("prefix":null,"route":null,"exactMatch":false},)"
+      R"({"step":"drop","reason":"noRoute",)"
+      R"("detail":"no VRF that it was looked up in has a route"}])"
+      "\n",
+      "");
 }
 
 TEST_F(CommandLineOptions, ExplainPlaysEventsFirst) {

@@ -4,6 +4,7 @@
 
 #include "agent/config/IpPrefix.h"
 #include "agent/language/Limits.h"
+#include "agent/language/TcpFlags.h"
 #include "chips/soft/packet/Checksum.h"
 #include "chips/soft/packet/Decapsulation.h"
 
@@ -12,10 +13,30 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr const char* form =
-    "ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]";
+constexpr const char* form = "ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET]";
+constexpr std::uint32_t longestPacket = 65535;
+constexpr std::uint32_t lastFragmentOffset = 8191;
+constexpr std::uint8_t fragmentHeader = 44;
 
 Bytes readBuilt(EventLine& line, IpFamily family);
+
+void put16(Bytes& bytes, std::size_t number) {
+  bytes.push_back(static_cast<std::uint8_t>(number >> 8));
+  bytes.push_back(static_cast<std::uint8_t>(number));
+}
+
+// What follows the addresses of a packet.
+struct Options {
+  PacketFields fields;
+  std::optional<std::uint8_t> protocol;
+  std::optional<std::uint16_t> sourcePort;
+  std::optional<std::uint16_t> destinationPort;
+  std::optional<std::uint8_t> tcpFlags;
+  std::optional<std::uint16_t> length;
+  bool carriesPacket = false;
+
+  [[nodiscard]] bool hasPorts() const noexcept { return sourcePort || destinationPort; }
+};
 
 IpAddress readAddress(EventLine& line, const char* what, IpFamily family) {
   const std::optional<Word> word = line.next();
@@ -26,8 +47,21 @@ IpAddress readAddress(EventLine& line, const char* what, IpFamily family) {
   return *address;
 }
 
-std::uint8_t readSmall(EventLine& line, const char* what, std::uint32_t most) {
+std::uint8_t readByte(EventLine& line, const char* what, std::uint32_t most) {
   return static_cast<std::uint8_t>(line.needNumber(what, most));
+}
+
+std::uint16_t read16(EventLine& line, const char* what, std::uint32_t most = 65535) {
+  return static_cast<std::uint16_t>(line.needNumber(what, most));
+}
+
+std::uint8_t readTcpFlags(EventLine& line) {
+  const std::optional<Word> word = line.next();
+  const auto flags = parseTcpFlags(word ? word->text : "");
+  if (!flags) {
+    line.fail("tcp-flags must be none, or some of fin,syn,rst,psh,ack,urg,ece,cwr", word);
+  }
+  return *flags;
 }
 
 IpFamily readFamily(EventLine& line) {
@@ -35,43 +69,122 @@ IpFamily readFamily(EventLine& line) {
   return word == "ipv4" ? IpFamily::v4 : IpFamily::v6;
 }
 
-// Reads one option that follows the addresses. Returns whether it must be the last one.
-bool readOption(EventLine& line, const Word& word, PacketFields& fields,
-                std::optional<std::uint8_t>& protocol) {
-  if (word.text == "protocol") {
-    protocol = readSmall(line, "protocol", 255);
-  } else if (word.text == "dscp") {
-    fields.dscp = readSmall(line, "dscp", 63);
-  } else if (word.text == "ecn") {
-    fields.ecn = readSmall(line, "ecn", 3);
-  } else if (word.text == "ttl") {
-    fields.ttl = readSmall(line, "ttl", 255);
-  } else if (word.text == "carrying") {
-    const IpFamily family = readFamily(line);
-    fields.protocol = family == IpFamily::v4 ? SoftChip::protocolIpv4 : SoftChip::protocolIpv6;
-    fields.payload = readBuilt(line, family);
-    if (fields.payload.size() > Limits::payloadBytes) {
-      line.fail(
-          "a carried PACKET must have at most " + std::to_string(Limits::payloadBytes) + " bytes",
-          Word{std::to_string(fields.payload.size()), false});
-    }
-    return true;
-  } else {
-    line.fail("DESTINATION may be followed by protocol, dscp, ecn, ttl or carrying", word);
+void readCarried(EventLine& line, Options& options) {
+  const IpFamily family = readFamily(line);
+  PacketFields& fields = options.fields;
+  fields.protocol = family == IpFamily::v4 ? SoftChip::protocolIpv4 : SoftChip::protocolIpv6;
+  fields.payload = readBuilt(line, family);
+  options.carriesPacket = true;
+  if (fields.payload.size() > Limits::payloadBytes) {
+    line.fail(
+        "a carried PACKET must have at most " + std::to_string(Limits::payloadBytes) + " bytes",
+        Word{std::to_string(fields.payload.size()), false});
   }
-  return false;
+}
+
+// Reads one option.
+void readOption(EventLine& line, const Word& word, Options& options) {
+  if (word.text == "protocol") {
+    options.protocol = readByte(line, "protocol", 255);
+  } else if (word.text == "dscp") {
+    options.fields.dscp = readByte(line, "dscp", 63);
+  } else if (word.text == "ecn") {
+    options.fields.ecn = readByte(line, "ecn", 3);
+  } else if (word.text == "ttl") {
+    options.fields.ttl = readByte(line, "ttl", 255);
+  } else if (word.text == "length") {
+    options.length = read16(line, "length", longestPacket);
+  } else if (word.text == "fragment-offset") {
+    options.fields.fragmentOffset = read16(line, "fragment-offset", lastFragmentOffset);
+  } else if (word.text == "source-port") {
+    options.sourcePort = read16(line, "source-port");
+  } else if (word.text == "destination-port") {
+    options.destinationPort = read16(line, "destination-port");
+  } else if (word.text == "tcp-flags") {
+    options.tcpFlags = readTcpFlags(line);
+  } else if (word.text == "carrying") {
+    readCarried(line, options);
+  } else {
+    line.fail(
+        "DESTINATION may be followed by protocol, dscp, ecn, ttl, length, fragment-offset, "
+        "source-port, destination-port, tcp-flags or carrying",
+        word);
+  }
+}
+
+// Throws unless a packet can have the ports and flags.
+void checkUpperLayer(const EventLine& line, const Options& options) {
+  if (!options.hasPorts() && !options.tcpFlags) return;
+  const std::uint8_t protocol = options.fields.protocol;
+  const Word found{std::to_string(protocol), false};
+  if (options.carriesPacket) {
+    line.fail("a packet that carries another one must have no ports and no tcp-flags",
+              Word{"carrying", false});
+  }
+  if (options.tcpFlags && protocol != SoftChip::protocolTcp)
+    line.fail("the protocol of a packet with tcp-flags must be 6", found);
+  if (protocol != SoftChip::protocolTcp && protocol != SoftChip::protocolUdp)
+    line.fail("the protocol of a packet with ports must be 6 or 17", found);
+  if (options.fields.fragmentOffset.value_or(0) != 0) {
+    line.fail("the fragment-offset of a packet with ports or tcp-flags must be 0",
+              Word{std::to_string(*options.fields.fragmentOffset), false});
+  }
+}
+
+// A TCP or UDP header, which has no checksum.
+Bytes upperLayer(const Options& options) {
+  Bytes bytes;
+  put16(bytes, options.sourcePort.value_or(0));
+  put16(bytes, options.destinationPort.value_or(0));
+  if (options.fields.protocol == SoftChip::protocolTcp) {
+    bytes.resize(12);
+    bytes.push_back(0x50);  // five words
+    bytes.push_back(options.tcpFlags.value_or(0));
+    bytes.resize(20);
+  } else {
+    put16(bytes, 8);
+    put16(bytes, 0);
+  }
+  return bytes;
+}
+
+std::size_t ipBytes(const PacketFields& fields) {
+  if (fields.source.family == IpFamily::v4) return 20;
+  return fields.fragmentOffset ? 48 : 40;
+}
+
+// Adds zero bytes up to the length. A UDP header has the length of what it is in.
+void extend(const EventLine& line, const Options& options, Bytes& payload) {
+  if (options.length) {
+    const std::size_t least = ipBytes(options.fields) + payload.size();
+    if (*options.length < least) {
+      line.fail("the length of this packet must be at least " + std::to_string(least),
+                Word{std::to_string(*options.length), false});
+    }
+    payload.resize(*options.length - ipBytes(options.fields));
+  }
+  if (options.hasPorts() && options.fields.protocol == SoftChip::protocolUdp) {
+    payload[4] = static_cast<std::uint8_t>(payload.size() >> 8);
+    payload[5] = static_cast<std::uint8_t>(payload.size());
+  }
 }
 
 Bytes readBuilt(EventLine& line, IpFamily family) {
-  PacketFields fields;
+  Options options;
+  PacketFields& fields = options.fields;
   fields.source = readAddress(line, "SOURCE", family);
   static_cast<void>(line.needOneOf("SOURCE must be followed by", {"to"}));
   fields.destination = readAddress(line, "DESTINATION", family);
-  std::optional<std::uint8_t> protocol;
-  for (auto word = line.next(); word; word = line.next()) {
-    if (readOption(line, *word, fields, protocol)) break;
+  while (!options.carriesPacket) {
+    const auto word = line.next();
+    if (!word) break;
+    readOption(line, *word, options);
   }
-  fields.protocol = protocol.value_or(fields.protocol);
+  if (options.tcpFlags && !options.carriesPacket) fields.protocol = SoftChip::protocolTcp;
+  fields.protocol = options.protocol.value_or(fields.protocol);
+  checkUpperLayer(line, options);
+  if (options.hasPorts() || options.tcpFlags) fields.payload = upperLayer(options);
+  extend(line, options, fields.payload);
   return buildPacket(fields);
 }
 
@@ -99,11 +212,7 @@ Bytes readHex(EventLine& line) {
 }
 
 constexpr std::size_t ipv4HeaderBytes = 20;
-
-void put16(Bytes& bytes, std::size_t number) {
-  bytes.push_back(static_cast<std::uint8_t>(number >> 8));
-  bytes.push_back(static_cast<std::uint8_t>(number));
-}
+constexpr std::uint16_t moreFragments = 0x2000;  // IPv4
 
 void putAddress(Bytes& bytes, const Ip::Address& address) {
   bytes.insert(bytes.end(), address.bytes.begin(),
@@ -118,7 +227,7 @@ Bytes ipv4Header(const PacketFields& fields) {
   Bytes header{0x45, trafficClass(fields)};
   put16(header, ipv4HeaderBytes + fields.payload.size());
   put16(header, 0);  // identification
-  put16(header, 0);  // not a fragment
+  put16(header, fields.fragmentOffset == 0 ? moreFragments : fields.fragmentOffset.value_or(0));
   header.push_back(fields.ttl);
   header.push_back(fields.protocol);
   put16(header, 0);
@@ -130,15 +239,23 @@ Bytes ipv4Header(const PacketFields& fields) {
   return header;
 }
 
+void putFragmentHeader(Bytes& bytes, std::uint8_t protocol, std::uint16_t offset) {
+  bytes.push_back(protocol);
+  bytes.push_back(0);
+  put16(bytes, offset == 0 ? 1U : offset * 8U);  // the lowest bit: more fragments
+  bytes.resize(bytes.size() + 4);                // identification
+}
+
 Bytes ipv6Header(const PacketFields& fields) {
   const std::uint8_t traffic = trafficClass(fields);
   Bytes header{static_cast<std::uint8_t>(0x60 | traffic >> 4),
                static_cast<std::uint8_t>(traffic << 4), 0, 0};
-  put16(header, fields.payload.size());
-  header.push_back(fields.protocol);
+  put16(header, fields.payload.size() + (fields.fragmentOffset ? 8 : 0));
+  header.push_back(fields.fragmentOffset ? fragmentHeader : fields.protocol);
   header.push_back(fields.ttl);
   putAddress(header, fields.source);
   putAddress(header, fields.destination);
+  if (fields.fragmentOffset) putFragmentHeader(header, fields.protocol, *fields.fragmentOffset);
   return header;
 }
 

@@ -150,27 +150,27 @@ TEST_F(ExplainCommandTest, AsJson) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(
       outcome.out,
-      R"([{"step":"packet","packet":{"family":"ipv4","source":"198.18.0.1","destination":"203.0.113.1","protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":28}},)"
+      R"([{"step":"packet","packet":{"family":"ipv4","source":"198.18.0.1","destination":"203.0.113.1","protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":28,"sourcePort":0,"destinationPort":0}},)"
       R"({"step":"rule","place":0,"policy":"edge","rule":1,"match":"ipv4 protocol 4","matches":false,"differsBy":"protocol"},)"
       R"({"step":"rule","place":1,"policy":"edge","rule":2,"match":"ipv4 source 198.18.0.1/32","matches":true,"differsBy":null},)"
       R"({"step":"action","action":{"vrfName":"VRF-10","fallbackVrfName":"","postDecapVrfName":"","action":"actionVrf"},"resource":{"index":2,"stale":false}},)"
       R"({"step":"lookUp","vrfName":"VRF-10","vrfId":2,"destination":"203.0.113.1","prefix":"203.0.113.0/24","route":"via Ethernet10","exactMatch":false},)"
-      R"({"step":"forward","interface":"Ethernet10","vrfName":"VRF-10","packet":{"family":"ipv4","source":"198.18.0.1","destination":"203.0.113.1","protocol":17,"dscp":0,"ecn":0,"ttl":63,"bytes":28}}])"
+      R"({"step":"forward","interface":"Ethernet10","vrfName":"VRF-10","packet":{"family":"ipv4","source":"198.18.0.1","destination":"203.0.113.1","protocol":17,"dscp":0,"ecn":0,"ttl":63,"bytes":28,"sourcePort":0,"destinationPort":0}}])"
       "\n");
 }
 
 TEST_F(ExplainCommandTest, ABadPacketIsRefusedInOneLine) {
   expectRefused(explain("ipv4 198.18.0.1"),
-                "--packet: ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] "
-                "[carrying PACKET]: SOURCE must be followed by to, found the end of the line");
+                "--packet: ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET]: "
+                "SOURCE must be followed by to, found the end of the line");
   expectRefused(explain("ipv4 198.18.0.1 to 10.0.0.1 dscp 64"),
-                "--packet: ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] "
-                "[carrying PACKET]: dscp must be a number from 0 to 63, found '64'");
+                "--packet: ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET]: "
+                "dscp must be a number from 0 to 63, found '64'");
   expectRefused(explain("hex 4"),
                 "--packet: hex BYTES: BYTES must be pairs of hexadecimal digits, found '4'");
   expectRefused(explain(""),
-                "--packet: ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] "
-                "[carrying PACKET]: a packet must begin with ipv4, ipv6 or hex, found the end of "
+                "--packet: ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET]: "
+                "a packet must begin with ipv4, ipv6 or hex, found the end of "
                 "the line");
 }
 

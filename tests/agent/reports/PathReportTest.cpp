@@ -31,12 +31,14 @@ class PathReportTest : public ::testing::Test {
 
 TEST_F(PathReportTest, EachRuleUntilOneMatches) {
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1", 10})),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
             "rule 2 of edge, ipv4 dscp 10,12: matches\n"
             "action actionVrf red, resource 2\n"
             "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 via Ethernet9\n"
-            "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 63, 30 "
+            "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 dscp 10 ttl 63 "
+            "source-port 12345 destination-port 54321, 30 "
             "bytes\n");
 }
 
@@ -52,7 +54,8 @@ TEST_F(PathReportTest, EachFieldThatDiffers) {
       {"Ethernet1"});
   agent_.apply(configuration.configuration());
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"})),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 1 of P, ipv6: differs by family\n"
             "rule 2 of P, ipv4 protocol 4: differs by protocol\n"
             "rule 3 of P, ipv4 dscp 1: differs by dscp\n"
@@ -66,20 +69,23 @@ TEST_F(PathReportTest, EachFieldThatDiffers) {
 
 TEST_F(PathReportTest, AMissFallsBack) {
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1", 12})),
-            "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
             "rule 2 of edge, ipv4 dscp 10,12: matches\n"
             "action actionVrf red, resource 2\n"
             "look up 198.51.100.1 in VRF red (id 2): miss\n"
             "fall back to VRF blue: no route\n"
             "look up 198.51.100.1 in VRF blue (id 3): 0.0.0.0/0 via Ethernet8\n"
-            "forward via Ethernet8: ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 63, 30 "
+            "forward via Ethernet8: ipv4 192.0.2.1 to 198.51.100.1 protocol 17 dscp 12 ttl 63 "
+            "source-port 12345 destination-port 54321, 30 "
             "bytes\n");
 }
 
 TEST_F(PathReportTest, ADiscardingRule) {
   EXPECT_EQ(pathOf(ipv6Packet({"2001:db8::1", "2001:db8::2", 0, ect0, 1})),
-            "packet ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ecn 2 ttl 1, 50 bytes\n"
+            "packet ipv6 2001:db8::1 to 2001:db8::2 protocol 17 ecn 2 ttl 1 source-port 12345 "
+            "destination-port 54321, 50 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by family\n"
             "rule 2 of edge, ipv4 dscp 10,12: differs by family\n"
             "rule 10 of edge, ipv6 destination 2001:db8::/32: matches\n"
@@ -89,7 +95,8 @@ TEST_F(PathReportTest, ADiscardingRule) {
 
 TEST_F(PathReportTest, ARuleWithoutAnActionAndARouteThatDrops) {
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.66"})),
-            "packet ipv4 192.0.2.1 to 203.0.113.66 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.66 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 1 of edge, ipv4 protocol 4: differs by protocol\n"
             "rule 2 of edge, ipv4 dscp 10,12: differs by dscp\n"
             "rule 10 of edge, ipv6 destination 2001:db8::/32: differs by family\n"
@@ -110,9 +117,11 @@ TEST_F(PathReportTest, ATunnelThatEnds) {
             "rule 1 of edge, ipv4 protocol 4: matches\n"
             "action actionDecapVrf decap fallback red post-decap default, resource 1\n"
             "look up 203.0.113.1 in VRF decap (id 4): 203.0.113.0/24 decap\n"
-            "decapsulate: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 9, 30 bytes\n"
+            "decapsulate: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 9 source-port "
+            "12345 destination-port 54321, 30 bytes\n"
             "look up 10.0.0.2 in VRF default (id 1): 10.0.0.0/8 via Ethernet7\n"
-            "forward via Ethernet7: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 8, 30 "
+            "forward via Ethernet7: ipv4 10.0.0.1 to 10.0.0.2 protocol 17 dscp 20 ecn 3 ttl 8 "
+            "source-port 12345 destination-port 54321, 30 "
             "bytes\n");
 }
 
@@ -139,7 +148,8 @@ TEST_F(PathReportTest, ATunnelWhileDecapsulationIsOff) {
 TEST_F(PathReportTest, AnActionWithoutAResource) {
   play("vrf red remove");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3"),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 5 of edge, any: matches\n"
             "action actionVrf red, no resource\n"
             "drop noVrfResource: the action of the rule has no resource on the chip\n");
@@ -152,7 +162,8 @@ TEST_F(PathReportTest, AStaleResourceAndAVrfWithoutAnId) {
   play("fallback red to default");
   play("prefix-lens ipv4 red 16");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet3"),
-            "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 5 of edge, any: matches\n"
             "action actionVrf red, resource 2 (stale)\n"
             "look up 198.51.100.1 in VRF red (id 2): miss\n"
@@ -163,7 +174,8 @@ TEST_F(PathReportTest, AStaleResourceAndAVrfWithoutAnId) {
   play("fallback red to blue");
   play("vrf red id 0");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "198.51.100.1"}), "Ethernet4"),
-            "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 198.51.100.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "interface VRF default: no rule matches\n"
             "look up 198.51.100.1 in VRF default (id 1): miss\n"
             "drop noRoute: no VRF that it was looked up in has a route\n");
@@ -172,28 +184,33 @@ TEST_F(PathReportTest, AStaleResourceAndAVrfWithoutAnId) {
 TEST_F(PathReportTest, AnExactMatch) {
   play("prefix-lens ipv4 red 24");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet3"),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "rule 5 of edge, any: matches\n"
             "action actionVrf red, resource 2\n"
             "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 via Ethernet9 (exact match)\n"
-            "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
+            "forward via Ethernet9: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63 source-port "
+            "12345 destination-port 54321, 30 bytes\n");
 }
 
 TEST_F(PathReportTest, NoVrfHasAnId) {
   play("vrf default remove");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "interface VRF default: no rule matches\n"
             "look up 203.0.113.1 in VRF default (id 0): miss\n"
             "drop noVrfId: no VRF that it was to be looked up in has a hardware id\n");
   play("fallback default to blue");
   EXPECT_EQ(pathOf(ipv4Packet({"192.0.2.1", "203.0.113.1"}), "Ethernet4"),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64, 30 bytes\n"
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 source-port 12345 "
+            "destination-port 54321, 30 bytes\n"
             "interface VRF default: no rule matches\n"
             "look up 203.0.113.1 in VRF default (id 0): miss\n"
             "fall back to VRF blue: the VRF has no hardware id\n"
             "look up 203.0.113.1 in VRF blue (id 3): 0.0.0.0/0 via Ethernet8\n"
-            "forward via Ethernet8: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63, 30 bytes\n");
+            "forward via Ethernet8: ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 63 source-port "
+            "12345 destination-port 54321, 30 bytes\n");
 }
 
 TEST_F(PathReportTest, NoHeader) {
@@ -209,7 +226,8 @@ TEST_F(PathReportTest, AFragmentIsMarked) {
   fragment = withTtl(fragment, 64);
   const std::string path = pathOf(fragment, "Ethernet3");
   EXPECT_EQ(path.substr(0, path.find('\n')),
-            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 fragment, 30 bytes");
+            "packet ipv4 192.0.2.1 to 203.0.113.1 protocol 17 ttl 64 fragment-offset 0 source-port "
+            "12345 destination-port 54321, 30 bytes");
 }
 
 TEST_F(PathReportTest, NamesWithBlanksAreQuoted) {
@@ -241,9 +259,9 @@ TEST_F(PathReportTest, StepsAsJson) {
      "outer": {"family": "ipv4", "source": "192.0.2.1", "destination": "203.0.113.1",
                "protocol": 4, "dscp": 10, "ecn": 3, "ttl": 9, "bytes": 50},
      "inner": {"family": "ipv4", "source": "10.0.0.1", "destination": "10.0.0.2",
-               "protocol": 17, "dscp": 20, "ecn": 3, "ttl": 9, "bytes": 30},
+               "protocol": 17, "dscp": 20, "ecn": 3, "ttl": 9, "bytes": 30, "sourcePort": 12345, "destinationPort": 54321},
      "arrived": {"family": "ipv4", "source": "10.0.0.1", "destination": "10.0.0.2",
-                 "protocol": 17, "dscp": 20, "ecn": 2, "ttl": 200, "bytes": 30}},
+                 "protocol": 17, "dscp": 20, "ecn": 2, "ttl": 200, "bytes": 30, "sourcePort": 12345, "destinationPort": 54321}},
     {"step": "lookUp", "vrfName": "default", "vrfId": 1, "destination": "10.0.0.2",
      "prefix": null, "route": null, "exactMatch": false},
     {"step": "drop", "reason": "noRoute",
@@ -255,7 +273,7 @@ TEST_F(PathReportTest, TheOtherStepsAsJson) {
   EXPECT_EQ(steps, nlohmann::json::parse(R"([
     {"step": "packet",
      "packet": {"family": "ipv4", "source": "192.0.2.1", "destination": "198.51.100.1",
-                "protocol": 17, "dscp": 0, "ecn": 0, "ttl": 64, "bytes": 30}},
+                "protocol": 17, "dscp": 0, "ecn": 0, "ttl": 64, "bytes": 30, "sourcePort": 12345, "destinationPort": 54321}},
     {"step": "rule", "place": 0, "policy": "edge", "rule": 5, "match": "any",
      "matches": true, "differsBy": null},
     {"step": "action",
@@ -269,7 +287,7 @@ TEST_F(PathReportTest, TheOtherStepsAsJson) {
      "prefix": "0.0.0.0/0", "route": "via Ethernet8", "exactMatch": false},
     {"step": "forward", "interface": "Ethernet8", "vrfName": "blue",
      "packet": {"family": "ipv4", "source": "192.0.2.1", "destination": "198.51.100.1",
-                "protocol": 17, "dscp": 0, "ecn": 0, "ttl": 63, "bytes": 30}}])"));
+                "protocol": 17, "dscp": 0, "ecn": 0, "ttl": 63, "bytes": 30, "sourcePort": 12345, "destinationPort": 54321}}])"));
   const nlohmann::json own = stepsOf(ipv4Packet({"192.0.2.1", "203.0.113.66"}));
   EXPECT_EQ(own[1], nlohmann::json::parse(R"({"step": "rule", "place": 0, "policy": "edge",
     "rule": 1, "match": "ipv4 protocol 4", "matches": false, "differsBy": "protocol"})"));

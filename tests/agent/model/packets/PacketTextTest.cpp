@@ -97,6 +97,45 @@ TEST(PacketText, AProtocolThatIsGivenIsKeptByWhatCarries) {
             ipv4With({"192.0.2.1", "203.0.113.9"}, 41, inner));
 }
 
+TEST(PacketText, PortsAreThoseOfAUdpHeader) {
+  EXPECT_EQ(packetOf("ipv4 192.0.2.1 to 203.0.113.9 source-port 80 destination-port 65535"),
+            ipv4With({"192.0.2.1", "203.0.113.9"}, 17, {0, 80, 0xff, 0xff, 0, 8, 0, 0}));
+  EXPECT_EQ(packetOf("ipv4 192.0.2.1 to 203.0.113.9 destination-port 443 length 30"),
+            ipv4With({"192.0.2.1", "203.0.113.9"}, 17, {0, 0, 1, 0xbb, 0, 10, 0, 0, 0, 0}));
+}
+
+TEST(PacketText, FlagsAreThoseOfATcpHeader) {
+  const PacketBytes tcp{0, 80, 1, 0xbb, 0, 0, 0, 0, 0, 0, 0, 0, 0x50, 0x12, 0, 0, 0, 0, 0, 0};
+  EXPECT_EQ(packetOf("ipv6 2001:db8::1 to 2001:db8::2 source-port 80 destination-port 443 "
+                     "tcp-flags ack,syn"),
+            ipv6With("2001:db8::1", "2001:db8::2", 6, 0, 64, tcp));
+  PacketBytes noFlags(20);
+  noFlags[12] = 0x50;
+  EXPECT_EQ(packetOf("ipv4 192.0.2.1 to 203.0.113.9 tcp-flags none"),
+            ipv4With({"192.0.2.1", "203.0.113.9"}, 6, noFlags));
+}
+
+TEST(PacketText, AnIpv4FragmentIsTheFirstOrTheLast) {
+  PacketBytes first = ipv4With({"192.0.2.1", "203.0.113.9"}, 17, zeros);
+  first[6] = 0x20;
+  EXPECT_EQ(packetOf("ipv4 192.0.2.1 to 203.0.113.9 fragment-offset 0"), withTtl(first, 64));
+  PacketBytes last = ipv4With({"192.0.2.1", "203.0.113.9"}, 17, zeros);
+  last[7] = 185;
+  EXPECT_EQ(packetOf("ipv4 192.0.2.1 to 203.0.113.9 fragment-offset 185"), withTtl(last, 64));
+}
+
+TEST(PacketText, AnIpv6FragmentHasAHeader) {
+  PacketBytes first{17, 0, 0, 1, 0, 0, 0, 0};
+  append(first, zeros);
+  EXPECT_EQ(packetOf("ipv6 2001:db8::1 to 2001:db8::2 fragment-offset 0"),
+            ipv6With("2001:db8::1", "2001:db8::2", 44, 0, 64, first));
+  PacketBytes last{58, 0, 0xff, 0xf8, 0, 0, 0, 0};
+  append(last, zeros);
+  append(last, {0});
+  EXPECT_EQ(packetOf("ipv6 2001:db8::1 to 2001:db8::2 protocol 58 fragment-offset 8191 length 57"),
+            ipv6With("2001:db8::1", "2001:db8::2", 44, 0, 64, last));
+}
+
 TEST(PacketText, BytesAreTakenAsTheyAre) {
   EXPECT_EQ(packetOf("hex 450000ff"), (PacketBytes{0x45, 0, 0, 0xff}));
   EXPECT_EQ(packetOf("hex 45 00 00fF"), (PacketBytes{0x45, 0, 0, 0xff}));
@@ -124,8 +163,7 @@ TEST_P(BadPacketTest, IsRefusedWithWhatWouldBeRight) {
   }
 }
 
-#define FORM \
-  "ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] [carrying PACKET]: "
+#define FORM "ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET]: "
 
 INSTANTIATE_TEST_SUITE_P(
     Each, BadPacketTest,
@@ -151,8 +189,31 @@ INSTANTIATE_TEST_SUITE_P(
         BadPacket{"DestinationOfTheOtherFamily", "ipv6 2001:db8::1 to 192.0.2.2",
                   FORM "DESTINATION must be an ipv6 address, found '192.0.2.2'"},
         BadPacket{"UnknownWord", "ipv4 192.0.2.1 to 192.0.2.2 color red",
-                  FORM "DESTINATION may be followed by protocol, dscp, ecn, ttl or carrying, found "
-                       "'color'"},
+                  FORM "DESTINATION may be followed by protocol, dscp, ecn, ttl, length, "
+                       "fragment-offset, source-port, destination-port, tcp-flags or carrying, "
+                       "found 'color'"},
+        BadPacket{"PortTooLarge", "ipv4 192.0.2.1 to 192.0.2.2 source-port 65536",
+                  FORM "source-port must be a number from 0 to 65535, found '65536'"},
+        BadPacket{"PortsOfAnotherProtocol",
+                  "ipv4 192.0.2.1 to 192.0.2.2 destination-port 80 protocol 1",
+                  FORM "the protocol of a packet with ports must be 6 or 17, found '1'"},
+        BadPacket{"PortsOfATunnel",
+                  "ipv4 192.0.2.1 to 192.0.2.2 source-port 80 carrying ipv4 10.0.0.1 to 10.0.0.2",
+                  FORM "a packet that carries another one must have no ports and no tcp-flags, "
+                       "found 'carrying'"},
+        BadPacket{"FlagsOfUdp", "ipv4 192.0.2.1 to 192.0.2.2 protocol 17 tcp-flags syn",
+                  FORM "the protocol of a packet with tcp-flags must be 6, found '17'"},
+        BadPacket{"AnUnknownFlag", "ipv4 192.0.2.1 to 192.0.2.2 tcp-flags syn,nak",
+                  FORM "tcp-flags must be none, or some of fin,syn,rst,psh,ack,urg,ece,cwr, found "
+                       "'syn,nak'"},
+        BadPacket{"PortsOfALaterFragment",
+                  "ipv4 192.0.2.1 to 192.0.2.2 source-port 80 fragment-offset 185",
+                  FORM "the fragment-offset of a packet with ports or tcp-flags must be 0, found "
+                       "'185'"},
+        BadPacket{"FragmentOffsetTooLarge", "ipv4 192.0.2.1 to 192.0.2.2 fragment-offset 8192",
+                  FORM "fragment-offset must be a number from 0 to 8191, found '8192'"},
+        BadPacket{"LengthWithoutRoom", "ipv4 192.0.2.1 to 192.0.2.2 tcp-flags syn length 39",
+                  FORM "the length of this packet must be at least 40, found '39'"},
         BadPacket{"ProtocolWithoutANumber", "ipv4 192.0.2.1 to 192.0.2.2 protocol",
                   FORM "protocol must be a number from 0 to 255, found the end of the line"},
         BadPacket{"ProtocolByName", "ipv4 192.0.2.1 to 192.0.2.2 protocol IP_IN_IP",
