@@ -2,7 +2,6 @@
 
 #include <sstream>
 
-#include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/reports/CounterReport.h"
@@ -24,8 +23,8 @@ ReferenceVerdict plainly(const SoftChip::Verdict& verdict) {
 ReferenceCounters plainly(const ForwardCounters& counters) {
   ReferenceCounters plain;
   for (const RuleState& rule : counters.rules) {
-    plain.rules[{rule.user.interface, rule.user.sequenceId}] = {rule.counter.packets,
-                                                                rule.counter.bytes};
+    plain.rules[{rule.user.interface, rule.user.policyId, rule.user.sequenceId}] = {
+        rule.counter.packets, rule.counter.bytes};
   }
   for (const auto& [vrf, counter] : counters.vrfs)
     plain.vrfs[vrf.str()] = {counter.packets, counter.bytes};
@@ -92,7 +91,7 @@ ComparedWorld::ComparedWorld(const RandomWorld& world)
     : agent_(world.chipCapacity), reference_(world.configuration, world.chipCapacity) {
   std::vector<SoftChip::HookCall> calls;
   agent_.chip().hookObserverIs([&calls](const SoftChip::HookCall& call) { calls.push_back(call); });
-  agent_.apply(readOpenConfig(openConfigOf(world.configuration), "world.json").configuration);
+  agent_.apply(world.configuration);
   agent_.chip().hookObserverIs({});
   take(calls);
   EventPlayer player(agent_, ".");
@@ -154,7 +153,9 @@ std::string inHex(const PacketBytes& packet) {
 std::string shown(const ReferenceCounters& counters) {
   std::string text;
   for (const auto& [rule, count] : counters.rules)
-    text += line("rule " + std::to_string(rule.second) + " of " + rule.first, count);
+    text += line("rule " + std::to_string(std::get<2>(rule)) + " of " + std::get<1>(rule) + " on " +
+                     std::get<0>(rule),
+                 count);
   for (const auto& [vrf, count] : counters.vrfs)
     text += line("VRF " + vrf, count);
   for (const auto& [reason, count] : counters.drops)

@@ -15,6 +15,7 @@
 #include "tests/agent/CaptureFile.h"
 #include "tests/agent/features/ComparedWorld.h"
 #include "tests/agent/features/RandomCaptures.h"
+#include "tests/agent/features/RandomMatches.h"
 #include "tests/agent/features/RandomPackets.h"
 
 namespace ZelAgent {
@@ -113,7 +114,7 @@ ReferenceCounters countersIn(const nlohmann::json& document) {
   };
   ReferenceCounters counters;
   for (const auto& entry : document.at("rules"))
-    counters.rules[{entry.at("interface"), entry.at("rule")}] = countIn(entry);
+    counters.rules[{entry.at("interface"), entry.at("policy"), entry.at("rule")}] = countIn(entry);
   for (const auto& entry : document.at("vrfs"))
     counters.vrfs[entry.at("vrfName")] = countIn(entry);
   for (const auto& entry : document.at("drops"))
@@ -168,7 +169,8 @@ TEST_F(RandomForwarding, EveryPacketOfManyWorldsGoesTheWayOfTheReference) {
   for (unsigned index = 0; index < worlds && !HasFailure(); ++index) {
     SCOPED_TRACE("world " + std::to_string(index));
     RandomChoices choices = choicesOf(seed_, index);
-    const RandomWorld world = makeWorld(choices);
+    RandomWorld world = makeWorld(choices);
+    if (index % 2 == 0) addMatches(choices, world.configuration);
     ComparedWorld compared(world);
     EXPECT_EQ(compared.disagreement(), "") << filesOf(world);
     for (unsigned count = 0; count < packetsOfAWorld && !HasFailure(); ++count) {

@@ -10,14 +10,45 @@ namespace {
 // A VRF, its fallback, and the fallback's own.
 constexpr std::size_t longestWalk = 3;
 
-bool matches(const RuleMatch& match, const ReferenceHeader& header) {
-  if (match.family && *match.family != header.family) return false;
-  if (match.protocol && *match.protocol != header.protocol) return false;
-  if (match.dscp && *match.dscp != header.dscp) return false;
-  const auto& set = match.dscpSet;
-  if (!set.empty() && std::find(set.begin(), set.end(), header.dscp) == set.end()) return false;
-  if (match.source && !covers(*match.source, header.source)) return false;
-  return !match.destination || covers(*match.destination, header.destination);
+// Whether the number is in one of the ranges. Without a range every number is.
+bool isInAny(const std::vector<PolicyMap::NumberRange>& ranges,
+             const std::optional<std::size_t>& number) {
+  if (ranges.empty()) return true;
+  for (const PolicyMap::NumberRange& range : ranges) {
+    if (number && *number >= range.first && *number <= range.last) return true;
+  }
+  return false;
+}
+
+// For each flag that counts, whether it is set must be as it is written.
+bool hasFlags(std::uint8_t flags, const PolicyMap::TcpFlagsMatch& wanted) {
+  for (unsigned flag = 1; flag < 256; flag *= 2) {
+    const bool counts = (wanted.mask & flag) != 0;
+    if (counts && ((flags & flag) != 0) != ((wanted.value & flag) != 0)) return false;
+  }
+  return true;
+}
+
+bool matchesTransport(const RuleMatch& match, const ReferenceHeader& header) {
+  if (!isInAny(match.sourcePorts, header.sourcePort)) return false;
+  if (!isInAny(match.destinationPorts, header.destinationPort)) return false;
+  if (match.tcpFlags.empty()) return true;
+  for (const PolicyMap::TcpFlagsMatch& wanted : match.tcpFlags) {
+    if (header.tcpFlags && hasFlags(*header.tcpFlags, wanted)) return true;
+  }
+  return false;
+}
+
+// The policies of an interface, in the order in which they are tried.
+std::vector<const Policy*> policiesOf(const NetworkInstance& instance,
+                                      const PolicyBinding& binding) {
+  std::vector<const Policy*> policies;
+  for (const std::string& id : {binding.policyId, binding.forwardingPolicyId}) {
+    for (const Policy& policy : instance.policies) {
+      if (policy.policyId == id) policies.push_back(&policy);
+    }
+  }
+  return policies;
 }
 
 void add(ReferenceCount& count, std::size_t bytes) {
@@ -39,10 +70,9 @@ ReferenceForwarder::ReferenceForwarder(Configuration configuration, std::uint32_
     if (!instance.fallback.empty()) fallbacks_[instance.name] = instance.fallback;
     routes_[instance.name].configure(instance.staticRoutes);
     for (const PolicyBinding& binding : instance.policyBindings) {
-      for (const Policy& policy : instance.policies) {
-        if (policy.policyId != binding.policyId) continue;
-        for (const Rule& rule : policy.rules)
-          counters_.rules[{binding.interface, rule.sequenceId}] = {};
+      for (const Policy* const policy : policiesOf(instance, binding)) {
+        for (const Rule& rule : policy->rules)
+          counters_.rules[{binding.interface, policy->policyId, rule.sequenceId}] = {};
       }
     }
   }
@@ -183,27 +213,56 @@ ReferenceVerdict ReferenceForwarder::forward(const std::string& interface,
   return verdict;
 }
 
-const Rule* ReferenceForwarder::firstRuleFor(const std::string& interface,
-                                             const ReferenceHeader& header) const {
+bool ReferenceForwarder::isInSet(const std::string& set, const IpAddress& address) const {
+  bool isIn = false;
+  for (const PrefixSet& candidate : configuration_.prefixSets) {
+    if (candidate.name != set || candidate.family != address.family) continue;
+    for (const IpPrefix& prefix : candidate.prefixes)
+      isIn = isIn || covers(prefix, address);
+    for (const IpPrefix& prefix : candidate.excluded)
+      isIn = isIn && !covers(prefix, address);
+  }
+  return isIn;
+}
+
+bool ReferenceForwarder::matches(const RuleMatch& match, const ReferenceHeader& header) const {
+  if (match.family && *match.family != header.family) return false;
+  if (match.protocol && *match.protocol != header.protocol) return false;
+  if (match.dscp && *match.dscp != header.dscp) return false;
+  const auto& set = match.dscpSet;
+  if (!set.empty() && std::find(set.begin(), set.end(), header.dscp) == set.end()) return false;
+  if (match.source && !covers(*match.source, header.source)) return false;
+  if (match.destination && !covers(*match.destination, header.destination)) return false;
+  if (!match.sourceSet.empty() && !isInSet(match.sourceSet, header.source)) return false;
+  if (!match.destinationSet.empty() && !isInSet(match.destinationSet, header.destination))
+    return false;
+  if (match.hopLimit && *match.hopLimit != header.ttl) return false;
+  if (match.length && *match.length != header.totalLength) return false;
+  if (match.isFragment && !header.isFragment) return false;
+  if (!isInAny(match.fragmentOffsets, header.fragmentOffset)) return false;
+  return matchesTransport(match, header);
+}
+
+std::pair<const Rule*, std::string> ReferenceForwarder::firstRuleFor(
+    const std::string& interface, const ReferenceHeader& header) const {
   for (const NetworkInstance& instance : configuration_.networkInstances) {
     for (const PolicyBinding& binding : instance.policyBindings) {
       if (binding.interface != interface) continue;
-      for (const Policy& policy : instance.policies) {
-        if (policy.policyId != binding.policyId) continue;
-        for (const Rule& rule : policy.rules) {
-          if (matches(rule.match, header)) return &rule;
+      for (const Policy* const policy : policiesOf(instance, binding)) {
+        for (const Rule& rule : policy->rules) {
+          if (matches(rule.match, header)) return {&rule, policy->policyId};
         }
       }
     }
   }
-  return nullptr;
+  return {nullptr, ""};
 }
 
 ReferenceVerdict ReferenceForwarder::select(const std::string& interface, const PacketBytes& packet,
                                             const ReferenceHeader& header) {
-  const Rule* const rule = firstRuleFor(interface, header);
+  const auto [rule, policyId] = firstRuleFor(interface, header);
   if (rule == nullptr) return send(interface, ownVrfOf(interface), packet, header);
-  add(counters_.rules[{interface, rule->sequenceId}], header.totalLength);
+  add(counters_.rules[{interface, policyId, rule->sequenceId}], header.totalLength);
   if (std::holds_alternative<NoAction>(rule->action)) {
     return send(interface, ownVrfOf(interface), packet, header);
   }

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "agent/config/Configuration.h"
@@ -34,8 +35,8 @@ struct ReferenceCount {
 };
 
 struct ReferenceCounters {
-  // By interface and sequence number; every rule is there.
-  std::map<std::pair<std::string, std::uint32_t>, ReferenceCount> rules;
+  // By interface, policy and sequence number; every rule is there.
+  std::map<std::tuple<std::string, std::string, std::uint32_t>, ReferenceCount> rules;
   std::map<std::string, ReferenceCount> vrfs;
   std::map<std::string, ReferenceCount> drops;
 
@@ -94,8 +95,11 @@ class ReferenceForwarder final {
   // False where the chip cannot.
   [[nodiscard]] bool program(const ReferenceAction& action);
 
-  [[nodiscard]] const Rule* firstRuleFor(const std::string& interface,
-                                         const ReferenceHeader& header) const;
+  [[nodiscard]] bool matches(const RuleMatch& match, const ReferenceHeader& header) const;
+  [[nodiscard]] bool isInSet(const std::string& set, const IpAddress& address) const;
+  // The rule and the id of its policy. Null where no rule matches.
+  [[nodiscard]] std::pair<const Rule*, std::string> firstRuleFor(
+      const std::string& interface, const ReferenceHeader& header) const;
   [[nodiscard]] ReferenceVerdict select(const std::string& interface, const PacketBytes& packet,
                                         const ReferenceHeader& header);
   [[nodiscard]] ReferenceVerdict send(const std::string& interface, const Program& program,

@@ -32,6 +32,17 @@ ReferenceParsed malformed() {
   return {{}, "malformed"};
 }
 
+// The ports and flags of what begins at that byte of the packet.
+void readTransport(const PacketBytes& packet, std::size_t at, ReferenceHeader& header) {
+  if (header.fragmentOffset != 0) return;
+  const std::size_t bytes = header.totalLength - at;
+  if ((header.protocol == 6 || header.protocol == 17) && bytes >= 4) {
+    header.sourcePort = big16(packet, at);
+    header.destinationPort = big16(packet, at + 2);
+  }
+  if (header.protocol == 6 && bytes >= 14) header.tcpFlags = packet[at + 13];
+}
+
 ReferenceParsed readIpv4(const PacketBytes& packet) {
   if (packet.size() < ipv4Bytes) return malformed();
   ReferenceHeader header;
@@ -45,11 +56,13 @@ ReferenceParsed readIpv4(const PacketBytes& packet) {
   header.dscp = packet[1] / 4;
   header.ecn = packet[1] % 4;
   const bool moreFragments = (packet[6] & 0x20) != 0;
-  header.isFragment = moreFragments || big16(packet, 6) % 0x2000 != 0;
+  header.fragmentOffset = big16(packet, 6) % 0x2000;
+  header.isFragment = moreFragments || header.fragmentOffset != 0;
   header.ttl = packet[8];
   header.protocol = packet[9];
   header.source = addressAt(packet, 12, IpFamily::v4);
   header.destination = addressAt(packet, 16, IpFamily::v4);
+  readTransport(packet, header.fixedLength, header);
   return {header, ""};
 }
 
@@ -57,20 +70,27 @@ bool isFollowed(std::uint8_t nextHeader) {
   return nextHeader == 0 || nextHeader == 43 || nextHeader == 44 || nextHeader == 60;
 }
 
-// The protocol behind the extension headers; nothing where these do not end within the packet.
-std::optional<std::uint8_t> upperProtocol(const PacketBytes& packet, std::size_t totalLength) {
+// Reads the extension headers and what is behind them. False where they do not end within the
+// packet.
+bool readBehindFixedHeader(const PacketBytes& packet, ReferenceHeader& header) {
   std::uint8_t next = packet[6];
   std::size_t at = ipv6Bytes;
   while (isFollowed(next)) {
-    if (at + 8 > totalLength) return {};
+    if (at + 8 > header.totalLength) return false;
     const bool isFragmentHeader = next == 44;
     const std::size_t length = isFragmentHeader ? 8 : 8 + packet[at + 1] * 8U;
-    if (at + length > totalLength) return {};
+    if (at + length > header.totalLength) return false;
     next = packet[at];
-    if (isFragmentHeader && big16(packet, at + 2) / 8 != 0) return next;
+    if (isFragmentHeader) {
+      header.fragmentOffset = big16(packet, at + 2) / 8;
+      header.isFragment = header.fragmentOffset != 0 || packet[at + 3] % 2 != 0;
+    }
     at += length;
+    if (header.fragmentOffset != 0) break;
   }
-  return next;
+  header.protocol = next;
+  readTransport(packet, at, header);
+  return true;
 }
 
 ReferenceParsed readIpv6(const PacketBytes& packet) {
@@ -80,9 +100,7 @@ ReferenceParsed readIpv6(const PacketBytes& packet) {
   header.fixedLength = ipv6Bytes;
   header.totalLength = ipv6Bytes + big16(packet, 4);
   if (header.totalLength > packet.size()) return malformed();
-  const auto protocol = upperProtocol(packet, header.totalLength);
-  if (!protocol) return malformed();
-  header.protocol = *protocol;
+  if (!readBehindFixedHeader(packet, header)) return malformed();
   const unsigned traffic = packet[0] % 16U * 16 + packet[1] / 16U;
   header.dscp = static_cast<std::uint8_t>(traffic / 4);
   header.ecn = traffic % 4;

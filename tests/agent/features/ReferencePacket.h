@@ -22,6 +22,11 @@ struct ReferenceHeader {
   std::size_t fixedLength = 0;  // IPv4: with options; IPv6: 40
   std::size_t totalLength = 0;
   bool isFragment = false;
+  std::size_t fragmentOffset = 0;
+  // Of TCP and UDP, as far as the packet has them.
+  std::optional<std::size_t> sourcePort;
+  std::optional<std::size_t> destinationPort;
+  std::optional<std::uint8_t> tcpFlags;
 };
 
 // Without a header there is the name of the reason why.
