@@ -39,7 +39,7 @@ SoftAclHelper::~SoftAclHelper() = default;
 
 AclResult SoftAclHelper::addRule(const Velo::String& intf, std::size_t place, const AclRule& rule) {
   if (rulesInUse_ >= capacity_) return exhausted(capacity_);
-  IntfRules& present = intfs_[intf];
+  IntfRules& present = rulesIs(intf);
   present.rules.insert(at(present.rules, place), rule);
   present.counters.insert(at(present.counters, place), RuleCounter());
   present.classifier.reset();
@@ -48,17 +48,16 @@ AclResult SoftAclHelper::addRule(const Velo::String& intf, std::size_t place, co
 }
 
 void SoftAclHelper::removeRule(const Velo::String& intf, std::size_t place) {
-  const auto found = intfs_.find(intf);
-  IntfRules& present = found->second;
+  IntfRules& present = rulesIs(intf);
   present.rules.erase(at(present.rules, place));
   present.counters.erase(at(present.counters, place));
   present.classifier.reset();
   --rulesInUse_;
-  if (present.rules.empty() && !present.isClosed) intfs_.erase(found);
+  eraseIfUnused(intf, present);
 }
 
 void SoftAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::size_t to) {
-  IntfRules& present = intfs_.find(intf)->second;
+  IntfRules& present = rulesIs(intf);
   moveElement(present.rules, from, to);
   moveElement(present.counters, from, to);
   present.classifier.reset();
@@ -66,16 +65,16 @@ void SoftAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::si
 
 AclResult SoftAclHelper::replaceRule(const Velo::String& intf, std::size_t place,
                                      const AclRule& rule) {
-  IntfRules& present = intfs_.find(intf)->second;
+  IntfRules& present = rulesIs(intf);
   present.rules[place] = rule;
   present.counters[place] = RuleCounter();
   return {};
 }
 
 void SoftAclHelper::intfClosedIs(const Velo::String& intf, bool closed) {
-  IntfRules& present = intfs_[intf];
+  IntfRules& present = rulesIs(intf);
   present.isClosed = closed;
-  if (present.rules.empty() && !closed) intfs_.erase(intf);
+  eraseIfUnused(intf, present);
 }
 
 bool SoftAclHelper::intfClosed(const Velo::String& intf) const {
@@ -108,7 +107,7 @@ std::optional<std::size_t> SoftAclHelper::classify(const Velo::String& intf,
 }
 
 void SoftAclHelper::count(const Velo::String& intf, std::size_t place, std::size_t bytes) {
-  intfs_.find(intf)->second.counters[place].add(bytes);
+  rulesIs(intf).counters[place].add(bytes);
 }
 
 void SoftAclHelper::countersReset() noexcept {
@@ -118,8 +117,23 @@ void SoftAclHelper::countersReset() noexcept {
 
 const SoftAclHelper::IntfRules& SoftAclHelper::rulesOf(const Velo::String& intf) const {
   static const IntfRules none;
+  if (recentRules_ != nullptr && recentIntf_ == intf) return *recentRules_;
   const auto found = intfs_.find(intf);
   return found == intfs_.end() ? none : found->second;
+}
+
+SoftAclHelper::IntfRules& SoftAclHelper::rulesIs(const Velo::String& intf) {
+  if (recentRules_ == nullptr || recentIntf_ != intf) {
+    recentRules_ = &intfs_[intf];
+    recentIntf_ = intf;
+  }
+  return *recentRules_;
+}
+
+void SoftAclHelper::eraseIfUnused(const Velo::String& intf, const IntfRules& rules) {
+  if (!rules.rules.empty() || rules.isClosed) return;
+  recentRules_ = nullptr;
+  intfs_.erase(intf);
 }
 
 }  // namespace SoftChip

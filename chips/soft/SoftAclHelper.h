@@ -72,11 +72,17 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   };
 
   [[nodiscard]] const IntfRules& rulesOf(const Velo::String& intf) const;
+  [[nodiscard]] IntfRules& rulesIs(const Velo::String& intf);
+  void eraseIfUnused(const Velo::String& intf, const IntfRules& rules);
 
   std::uint32_t capacity_;
   std::size_t rulesInUse_ = 0;
   std::size_t mostRulesInUse_ = 0;
   std::unordered_map<Velo::String, IntfRules, NameHash> intfs_;  // none that is open without rules
+  // The interface that was changed last, and its rules; null for none. A change of policy makes
+  // many calls for one interface.
+  Velo::String recentIntf_;
+  IntfRules* recentRules_ = nullptr;
 };
 
 }  // namespace SoftChip

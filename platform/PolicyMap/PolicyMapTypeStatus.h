@@ -1,31 +1,11 @@
 #pragma once
 
-#include <cstdint>
-
 #include "Mox/Entity.h"
 #include "Mox/PublishedMap.h"
+#include "PolicyMap/RuleStatusTable.h"
 #include "Velo/Export.h"
 
 namespace PolicyMap {
-
-/// A rule of a policy map on an interface to which it is applied.
-struct ZEL_EXPORT RuleKey {
-  Velo::String intf;
-  Velo::String policyMap;
-  std::uint32_t sequence = 0;
-
-  [[nodiscard]] unsigned hash(unsigned seed) const noexcept;
-  bool operator==(const RuleKey&) const = default;
-};
-
-/// The status of a rule on an interface.
-struct RuleStatus {
-  bool programmed = false;
-  /// The reason if it is not programmed; otherwise empty.
-  Velo::String reason;
-
-  bool operator==(const RuleStatus&) const = default;
-};
 
 /// The status of a policy map, summed over the served interfaces to which it is applied.
 struct PolicyStatus {
@@ -47,7 +27,6 @@ class ZEL_EXPORT PolicyMapTypeStatus : public Mox::Entity {
   static constexpr Mox::AttributeId ruleStatusAttribute = 131;
 
   using PolicyStatuses = Mox::PublishedMap<Velo::String, PolicyStatus, 0x739dc1e5>;
-  using RuleStatuses = Mox::PublishedMap<RuleKey, RuleStatus, 0x18f5a2c9>;
 
   [[nodiscard]] static Mox::Ptr<PolicyMapTypeStatus> PolicyMapTypeStatusIs(
       const Velo::String& name);
@@ -73,16 +52,16 @@ class ZEL_EXPORT PolicyMapTypeStatus : public Mox::Entity {
   bool ruleStatusDel(const RuleKey& rule) { return ruleStatus_.del(rule); }
   /// The status of that rule, or null.
   [[nodiscard]] const RuleStatus* ruleStatus(const RuleKey& rule) const noexcept {
-    return ruleStatus_.map().find(rule);
+    return ruleStatus_.find(rule);
   }
-  [[nodiscard]] const RuleStatuses::Map& ruleStatus() const noexcept { return ruleStatus_.map(); }
+  [[nodiscard]] const RuleStatusTable& ruleStatus() const noexcept { return ruleStatus_; }
 
   [[nodiscard]] Velo::Publisher& publisher() const noexcept { return publisher_; }
 
  private:
   mutable Velo::Publisher publisher_;
   PolicyStatuses policyStatus_{publisher_, policyStatusAttribute};
-  RuleStatuses ruleStatus_{publisher_, ruleStatusAttribute};
+  RuleStatusTable ruleStatus_{publisher_, ruleStatusAttribute};
 };
 
 }  // namespace PolicyMap

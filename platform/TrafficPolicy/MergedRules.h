@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "TrafficPolicy/RuleListChange.h"
@@ -14,7 +17,8 @@ namespace TrafficPolicy {
 /// which the hardware holds one. Between two rules that stay the old ones come first. At the
 /// beginning the hardware holds the entries of the old list.
 ///
-/// Finding a place and changing an entry cost the logarithm of the number of entries.
+/// Finding a place and changing an entry cost the logarithm of the number of entries. Interfaces
+/// with the same change share its layout.
 class MergedRules final {
  public:
   static constexpr std::size_t none = RuleListChange::none;
@@ -29,22 +33,27 @@ class MergedRules final {
     [[nodiscard]] bool moves() const noexcept { return other != none; }
   };
 
-  explicit MergedRules(const RuleListChange& change);
+  using Entries = std::vector<Entry>;
+  /// The entries of a change, in their order.
+  using Layout = std::shared_ptr<const Entries>;
 
-  [[nodiscard]] std::size_t size() const noexcept { return entries_.size(); }
-  [[nodiscard]] const Entry& operator[](std::size_t at) const { return entries_[at]; }
+  [[nodiscard]] static Layout layoutOf(const RuleListChange& change);
+  explicit MergedRules(Layout layout);
+
+  [[nodiscard]] std::size_t size() const noexcept { return layout_->size(); }
+  [[nodiscard]] const Entry& operator[](std::size_t at) const { return (*layout_)[at]; }
+  /// Whether the hardware holds an entry of the old list that does not stay.
+  [[nodiscard]] bool hasOldRules() const noexcept { return oldRules_ > 0; }
   [[nodiscard]] bool isHeld(std::size_t at) const { return held_[at]; }
   void heldIs(std::size_t at, bool held);
   /// The number of held entries in front of the entry.
   [[nodiscard]] std::size_t place(std::size_t at) const;
 
  private:
-  void add(const Entry& entry);
-  void linkMoves(const RuleListChange& change);
-
-  std::vector<Entry> entries_;
+  Layout layout_;
   std::vector<bool> held_;
-  std::vector<std::size_t> sums_;  // a binary indexed tree of `held_`
+  std::vector<std::uint32_t> sums_;  // a binary indexed tree of `held_`
+  std::size_t oldRules_ = 0;         // held entries that are old
 };
 
 }  // namespace TrafficPolicy

@@ -1,6 +1,9 @@
 #include "TrafficPolicy/RuleProgrammer.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "TrafficPolicy/MergedRules.h"
@@ -29,9 +32,9 @@ using PolicyMap::WhenFull;
 class Change {
  public:
   // With `inPlace`, rules that stay get the wanted action.
-  Change(PolicyMapAclHelper& helper, const RuleList& wanted, const RuleListChange& change,
+  Change(PolicyMapAclHelper& helper, const RuleList& wanted, MergedRules::Layout layout,
          bool inPlace = false)
-      : helper_(helper), wanted_(wanted), merged_(change), inPlace_(inPlace) {}
+      : helper_(helper), wanted_(wanted), merged_(std::move(layout)), inPlace_(inPlace) {}
 
   // Adds the new rules. Returns the refusal of one, after the list is as before.
   AclResult add() {
@@ -66,6 +69,8 @@ class Change {
     return removed;
   }
 
+  // Whether old rules are left to be removed or moved.
+  [[nodiscard]] bool hasOldRules() const noexcept { return merged_.hasOldRules(); }
   // Whether any call was needed.
   [[nodiscard]] bool isDifferent() const noexcept { return isDifferent_; }
   // How many rules were added. Those that were undone count.
@@ -92,7 +97,7 @@ class Change {
   AclResult addRule(std::size_t at) {
     isDifferent_ = true;
     AclResult result =
-        helper_.addRule(wanted_.intf, merged_.place(at), wanted_.rules[merged_[at].after]);
+        helper_.addRule(wanted_.intf, merged_.place(at), (*wanted_.rules)[merged_[at].after]);
     if (!result.accepted) return result;
     merged_.heldIs(at, true);
     ++added_;
@@ -101,7 +106,7 @@ class Change {
 
   AclResult replace(std::size_t at) {
     const std::size_t place = merged_.place(at);
-    const AclRule& next = wanted_.rules[merged_[at].after];
+    const AclRule& next = (*wanted_.rules)[merged_[at].after];
     const AclRule& present = helper_.rules(wanted_.intf)[place];
     if (present == next) return {};
     isDifferent_ = true;
@@ -172,66 +177,116 @@ std::size_t additionsOf(const RuleListChange& change) {
   return static_cast<std::size_t>(count);
 }
 
-class Programming {
+// The layouts of the changes that were computed last, one for each list of wanted rules. Interfaces
+// with the same policy mostly have the same rules before the change, too.
+class Layouts {
  public:
-  Programming(PolicyMapAclHelper& helper, std::vector<RuleList>& lists)
-      : helper_(helper), lists_(lists) {}
-
-  RuleChanges run() {
-    changeAll();
-    bool progress = true;
-    for (bool isFirst = true; progress && !refused_.empty(); isFirst = false)
-      progress = tryRefused(isFirst);
-    for (const Refused& refused : refused_)
-      leave(refused);
-    return {isDifferent_, removals_ > 0};
+  // The layout of the change of `before` into the rules of the list.
+  MergedRules::Layout of(const PolicyMapAclHelper::Rules& before, const RuleList& list) {
+    Known& known = known_[list.rules.get()];
+    if (!known.layout || known.before != before) {
+      known.before = before;
+      known.layout = MergedRules::layoutOf(changeOfRules(before, *list.rules));
+    }
+    return known.layout;
   }
+  void clear() noexcept { known_.clear(); }
 
  private:
-  void changeAll() {
-    std::vector<Change> accepted;
-    std::vector<RuleList*> acceptedLists;
-    accepted.reserve(lists_.size());
-    for (RuleList& list : lists_) {
-      list.results.assign(list.rules.size(), {});
-      Change change(helper_, list, changeOfRules(helper_.rules(list.intf), list.rules));
-      AclResult result = change.add();
-      isDifferent_ |= change.isDifferent();
-      if (result.accepted) {
-        added_ += change.added();
-        accepted.push_back(std::move(change));
-        acceptedLists.push_back(&list);
-      } else {
-        refused_.push_back({&list, std::move(result), removals_, added_ + change.added()});
-      }
-    }
-    for (std::size_t at = 0; at < accepted.size(); ++at)
-      complete(accepted[at], *acceptedLists[at]);
+  struct Known {
+    PolicyMapAclHelper::Rules before;
+    MergedRules::Layout layout;
+  };
+  std::map<const std::vector<AclRule>*, Known> known_;
+};
+
+}  // namespace
+
+class RuleProgramming::Steps final {
+ public:
+  Steps(PolicyMapAclHelper& helper, std::vector<RuleList>& lists) : helper_(helper), lists_(lists) {
+    accepted_.reserve(lists.size());
   }
 
-  // What `add` began. Then the rules are those of the list.
-  void complete(Change& change, const RuleList& list) {
+  bool step() {
+    if (begun_ < lists_.size()) {
+      begin(lists_[begun_++]);
+      return true;
+    }
+    if (completed_ < accepted_.size()) {
+      completeNext();
+      return true;
+    }
+    return retryNext() || leaveNext();
+  }
+
+  [[nodiscard]] RuleChanges changes() const noexcept { return {isDifferent_, removals_ > 0}; }
+
+ private:
+  struct Accepted {
+    RuleList* list;
+    std::optional<Change> change;  // none if no old rules are left
+  };
+
+  void begin(RuleList& list) {
+    list.result = {};
+    const PolicyMapAclHelper::Rules& before = helper_.rules(list.intf);
+    if (before == *list.rules) {
+      accepted_.push_back({&list, std::nullopt});
+      return;
+    }
+    Change change(helper_, list, layouts_.of(before, list));
+    AclResult result = change.add();
+    isDifferent_ |= change.isDifferent();
+    if (!result.accepted) {
+      refused_.push_back({&list, std::move(result), removals_, added_ + change.added()});
+      return;
+    }
+    added_ += change.added();
+    accepted_.push_back({&list, std::nullopt});
+    if (change.hasOldRules()) accepted_.back().change.emplace(std::move(change));
+  }
+
+  void completeNext() {
+    Accepted& next = accepted_[completed_++];
+    complete(*next.list, next.change);
+    next.change.reset();
+    layouts_.clear();
+  }
+
+  // Completes what `add` began. Then the rules are those of the list.
+  void complete(const RuleList& list, std::optional<Change>& change) {
     if (helper_.intfClosed(list.intf)) {
       isDifferent_ = true;
       helper_.intfClosedIs(list.intf, false);
     }
-    if (change.removeOldRules()) ++removals_;
-    isDifferent_ |= change.isDifferent();
+    if (!change) return;
+    if (change->removeOldRules()) ++removals_;
+    isDifferent_ |= change->isDifferent();
   }
 
-  // Returns whether there may be room now that was not there before.
-  bool tryRefused(bool isFirst) {
-    const std::size_t before = removals_;
-    std::vector<Refused> rest;
-    for (Refused& refused : refused_) {
-      if (!isFirst && refused.removals == removals_) {
-        rest.push_back(std::move(refused));
-      } else if (!tryAgain(refused)) {
-        rest.push_back(std::move(refused));
-      }
+  // Returns whether there was an interface to try again.
+  bool retryNext() {
+    if (!isInRound_ && !startRound()) return false;
+    Refused& next = refused_[retried_];
+    if ((rounds_ == 1 || next.removals != removals_) && tryAgain(next)) {
+      refused_.erase(refused_.begin() + static_cast<std::ptrdiff_t>(retried_));
+    } else {
+      ++retried_;
     }
-    refused_ = std::move(rest);
-    return removals_ > before;
+    isInRound_ = retried_ < refused_.size();
+    return true;
+  }
+
+  // A round tries each refused interface. Another one follows if there may be room now that was not
+  // there before.
+  bool startRound() {
+    if (refused_.empty() || (rounds_ > 0 && removals_ == removalsBeforeRound_)) return false;
+    ++rounds_;
+    removalsBeforeRound_ = removals_;
+    retried_ = 0;
+    isInRound_ = true;
+    return true;
   }
 
   // Tries by additions if there may be more room than before. Then it tries with actions replaced
@@ -241,35 +296,43 @@ class Programming {
     RuleList& list = *refused.list;
     if (refused.removals != removals_) {
       refused.removals = removals_;
-      if (succeeds(refused, changeOfRules(helper_.rules(list.intf), list.rules), false))
+      if (succeeds(refused, changeOfRules(helper_.rules(list.intf), *list.rules), false))
         return true;
     }
-    const RuleListChange inPlace = changeOfRulesInPlace(helper_.rules(list.intf), list.rules);
+    const RuleListChange inPlace = changeOfRulesInPlace(helper_.rules(list.intf), *list.rules);
     return added_ + additionsOf(inPlace) <= refused.room && hasReplacement(inPlace, list) &&
            succeeds(refused, inPlace, true);
   }
 
   bool succeeds(Refused& refused, const RuleListChange& steps, bool inPlace) {
-    Change change(helper_, *refused.list, steps, inPlace);
-    AclResult result = change.add();
+    std::optional<Change> change(std::in_place, helper_, *refused.list,
+                                 MergedRules::layoutOf(steps), inPlace);
+    AclResult result = change->add();
     if (!result.accepted) {
       refused.reason = std::move(result);
-      refused.room = added_ + change.added();
+      refused.room = added_ + change->added();
       return false;
     }
-    added_ += change.added();
-    complete(change, *refused.list);
+    added_ += change->added();
+    complete(*refused.list, change);
     return true;
   }
 
   [[nodiscard]] bool hasReplacement(const RuleListChange& change, const RuleList& list) const {
     const PolicyMapAclHelper::Rules& present = helper_.rules(list.intf);
-    for (std::size_t at = 0; at < list.rules.size(); ++at) {
+    for (std::size_t at = 0; at < list.rules->size(); ++at) {
       const std::size_t from = change.from[at];
-      if (from != RuleListChange::none && change.stays[from] && present[from] != list.rules[at])
+      if (from != RuleListChange::none && change.stays[from] && present[from] != (*list.rules)[at])
         return true;
     }
     return false;
+  }
+
+  // Returns whether there was a refused interface.
+  bool leaveNext() {
+    if (left_ == refused_.size()) return false;
+    leave(refused_[left_++]);
+    return true;
   }
 
   // The rules do not fit. What is held stays.
@@ -282,22 +345,44 @@ class Programming {
       outcome = closed ? "all packets of the interface are dropped"
                        : "the interface has no rules in force";
     }
-    const AclResult result{false, refused.reason.reason.str() + "; " + outcome};
-    list.results.assign(list.rules.size(), result);
+    list.result = {false, refused.reason.reason.str() + "; " + outcome};
   }
 
   PolicyMapAclHelper& helper_;
   std::vector<RuleList>& lists_;
+  std::size_t begun_ = 0;  // of lists_
+  Layouts layouts_;
+  std::vector<Accepted> accepted_;
+  std::size_t completed_ = 0;  // of accepted_
   std::vector<Refused> refused_;
+  std::size_t rounds_ = 0;
+  bool isInRound_ = false;
+  std::size_t retried_ = 0;  // of refused_, in this round
+  std::size_t removalsBeforeRound_ = 0;
+  std::size_t left_ = 0;      // of refused_
   std::size_t removals_ = 0;  // interfaces on which rules were removed
   std::size_t added_ = 0;     // rules of accepted lists
   bool isDifferent_ = false;
 };
 
-}  // namespace
+RuleProgramming::RuleProgramming(PolicyMapAclHelper& helper, std::vector<RuleList>& lists)
+    : steps_(std::make_unique<Steps>(helper, lists)) {}
+
+RuleProgramming::~RuleProgramming() = default;
+
+bool RuleProgramming::step() {
+  return steps_->step();
+}
+
+RuleChanges RuleProgramming::changes() const noexcept {
+  return steps_->changes();
+}
 
 RuleChanges programRules(PolicyMapAclHelper& helper, std::vector<RuleList>& lists) {
-  return Programming(helper, lists).run();
+  RuleProgramming programming(helper, lists);
+  while (programming.step()) {
+  }
+  return programming.changes();
 }
 
 }  // namespace TrafficPolicy

@@ -1,6 +1,7 @@
 #include "TrafficPolicy/ZelTrafficPolicySm.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "TrafficPolicy/RuleProgrammer.h"
@@ -63,24 +64,38 @@ void subscriptionIs(const Mox::Ptr<Config>& config, Velo::Subscriber& subscriber
   if (config) config->publisher().subscriptionIs(subscriber, dispatch, subscribed);
 }
 
-std::set<std::uint32_t> sequencesOf(const std::vector<RuleKey>& rules) {
-  std::set<std::uint32_t> sequences;
-  for (const RuleKey& rule : rules)
-    sequences.insert(rule.sequence);
-  return sequences;
-}
-
 }  // namespace
 
-// The rules that an interface should have.
+// The rules of a policy map. The interfaces to which it is applied share them.
+struct ZelTrafficPolicySm::CompiledPolicy {
+  std::vector<std::uint32_t> sequences;
+  RuleList::Rules rules = std::make_shared<const std::vector<AclRule>>();  // that can be programmed
+  std::map<std::uint32_t, Velo::String> reasons;  // why the rule of a sequence cannot
+
+  // The status of a rule, where the result of those that can be programmed is the given one.
+  [[nodiscard]] RuleStatus status(std::uint32_t sequence, const AclResult& result) const {
+    const auto reason = reasons.find(sequence);
+    if (reason != reasons.end()) return {false, reason->second};
+    return {result.accepted, result.reason};
+  }
+};
+
+// What an interface should have.
 struct ZelTrafficPolicySm::WantedRules {
   Velo::String intf;
   bool isServed = false;
   Velo::String policyMap;
-  std::vector<RuleKey> keys;         // one for each rule of the policy map
-  std::vector<RuleStatus> statuses;  // one for each key
-  std::vector<AclRule> rules;        // the rules that can be programmed
-  std::vector<std::size_t> places;   // the index of each rule among the keys
+  std::shared_ptr<const CompiledPolicy> policy;  // never null
+};
+
+// The programming of interfaces, and then of their statuses.
+struct ZelTrafficPolicySm::Change {
+  std::set<Velo::String> intfs;
+  std::vector<WantedRules> wanted;
+  std::vector<RuleList> lists;                 // one for each of `wanted`
+  std::optional<RuleProgramming> programming;  // none once it is complete
+  bool wasReady = false;
+  std::size_t written = 0;  // of `wanted`
 };
 
 Mox::Ptr<ZelTrafficPolicySm> ZelTrafficPolicySm::ZelTrafficPolicySmIs(
@@ -161,15 +176,35 @@ const Mox::Type* ZelTrafficPolicySm::fwkType() const {
 void ZelTrafficPolicySm::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
+  if (!active) inSteps_ = false;
   subscriptionsAre(active);
   ServicePolicySm::hasNotificationActiveIs(active);
   everythingChanged_ = active;
   synchronize();
 }
 
+void ZelTrafficPolicySm::hasNotificationActiveInSteps() {
+  inSteps_ = true;
+  hasNotificationActiveIs(true);
+}
+
+bool ZelTrafficPolicySm::step() {
+  if (!inSteps_ || isSynchronizing_) return false;
+  const Mox::Ptr<ZelTrafficPolicySm> alive(this);
+  inSteps_ = false;  // and stays false if a call throws
+  if (hasPendingChanges()) {
+    const ScopedFlag synchronizing(isSynchronizing_);
+    synchronizeNext();
+  }
+  if (hasPendingChanges()) return inSteps_ = true;
+  publishWhenReady();
+  return false;
+}
+
 void ZelTrafficPolicySm::pausedIs(bool paused) {
   if (paused_ == paused) return;
   const Mox::Ptr<ZelTrafficPolicySm> alive(this);
+  inSteps_ = false;
   paused_ = paused;
   everythingChanged_ = isFollowing();
   synchronize();
@@ -289,119 +324,139 @@ void ZelTrafficPolicySm::markEverythingChanged() {
   if (inputs_.status) {
     for (auto entry = inputs_.status->policyStatus().iterator(); entry; ++entry)
       changedPolicyMaps_.insert(entry.key());
-    for (auto entry = inputs_.status->ruleStatus().iterator(); entry; ++entry) {
-      intfStatus_[entry.key().intf].rules.push_back(entry.key());
-      changedIntfs_.insert(entry.key().intf);
-    }
+    for (const Velo::String& intf : inputs_.status->ruleStatus().intfs())
+      changedIntfs_.insert(intf);
   }
 }
 
 void ZelTrafficPolicySm::synchronize() {
-  if (isSynchronizing_) return;
+  if (isSynchronizing_ || inSteps_) return;
   {
     const ScopedFlag synchronizing(isSynchronizing_);
-    while (isFollowing() && hasPendingChanges())
+    while (hasPendingChanges())
       synchronizeNext();
   }
+  publishWhenReady();
+}
+
+void ZelTrafficPolicySm::publishWhenReady() {
   if (!isFollowing() || ready_ || !isProgrammed()) return;
   ready_ = true;
   publisher().publish(readyAttribute, nullptr, &ready_);
 }
 
+// A machine that is switched off completes only the programming in progress.
 bool ZelTrafficPolicySm::hasPendingChanges() const noexcept {
-  return everythingChanged_ || !changedIntfs_.empty() || !changedPolicyMaps_.empty();
+  if (change_) return true;
+  return isFollowing() &&
+         (everythingChanged_ || !changedIntfs_.empty() || !changedPolicyMaps_.empty());
 }
 
 void ZelTrafficPolicySm::synchronizeNext() {
-  if (everythingChanged_) {
+  if (change_) {
+    continueChange();
+  } else if (everythingChanged_) {
     markEverythingChanged();
     everythingChanged_ = false;
   } else if (!changedIntfs_.empty()) {
-    consume(changedIntfs_, [this](const auto& intfs) { synchronizeIntfs(intfs); });
+    startChange();
   } else {
     consume(changedPolicyMaps_, [this](const auto& names) { synchronizePolicyStatuses(names); });
   }
 }
 
-void ZelTrafficPolicySm::synchronizeIntfs(const std::set<Velo::String>& intfs) {
-  std::vector<WantedRules> wanted;
-  wanted.reserve(intfs.size());
-  for (const Velo::String& intf : oldestRefusalFirst(intfs))
-    wanted.push_back(wantedRules(intf));
-  program(wanted);
-  for (const WantedRules& rules : wanted)
-    writeIntfStatus(rules);
-}
-
-ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::String& intf) {
-  WantedRules wanted;
-  wanted.intf = intf;
-  const IntfPolicy* const applied = inputs_.intfConfig ? inputs_.intfConfig->intf(intf) : nullptr;
-  if (applied == nullptr || !isServed(applied->kind)) return wanted;
-  wanted.isServed = true;
-  wanted.policyMap = applied->policyMap;
-  const PolicyMapRules* const rules =
-      inputs_.policyConfig ? inputs_.policyConfig->policyMap(applied->policyMap) : nullptr;
-  if (rules == nullptr) return wanted;
-  for (const PolicyMap::PolicyMapRule& rule : *rules) {
-    const MatchResolver::Result resolved = resolver_.resolve(rule.classMap, rule.action.type);
-    wanted.keys.push_back({intf, applied->policyMap, rule.sequence});
-    wanted.statuses.push_back({false, resolved.reason});
-    if (!resolved.match) continue;
-    wanted.rules.push_back({*resolved.match, rule.action});
-    wanted.places.push_back(wanted.keys.size() - 1);
-  }
-  return wanted;
-}
-
-void ZelTrafficPolicySm::program(std::vector<WantedRules>& wanted) {
-  std::vector<RuleList> lists;
-  lists.reserve(wanted.size());
-  for (const WantedRules& rules : wanted) {
-    lists.push_back(
-        {rules.intf, rules.rules,
-         std::vector<AclResult>(rules.rules.size(), {false, "rules are compiled only"})});
+void ZelTrafficPolicySm::startChange() {
+  auto change = std::make_unique<Change>();
+  CompiledPolicies policies;
+  for (const Velo::String& intf : oldestRefusalFirst(changedIntfs_)) {
+    change->wanted.push_back(wantedRules(intf, policies));
+    change->lists.push_back(
+        {intf, change->wanted.back().policy->rules, {false, "rules are compiled only"}});
   }
   if (inputs_.aclHelper && !inputs_.compileOnly) {
-    const bool wasReady = std::exchange(ready_, false);  // and stays false if a call throws
-    const RuleChanges changes = programOrMarkRefused(lists);
-    if (!changes.isDifferent) ready_ = wasReady;
-    for (std::size_t list = 0; list < lists.size(); ++list)
-      noteResult(wanted[list], lists[list].isRefused());
-    if (changes.madeRoom) retryOthers(wanted);
+    change->wasReady = std::exchange(ready_, false);  // and stays false if a call throws
+    change->programming.emplace(*inputs_.aclHelper, change->lists);
   }
-  for (std::size_t list = 0; list < lists.size(); ++list) {
-    const std::vector<AclResult>& results = lists[list].results;
-    for (std::size_t at = 0; at < results.size(); ++at)
-      wanted[list].statuses[wanted[list].places[at]] = {results[at].accepted, results[at].reason};
-  }
+  change->intfs.swap(changedIntfs_);
+  change_ = std::move(change);
 }
 
-RuleChanges ZelTrafficPolicySm::programOrMarkRefused(std::vector<RuleList>& lists) {
+// Makes the next step. If it throws, the interfaces are programmed again at the next change.
+void ZelTrafficPolicySm::continueChange() {
+  Change& change = *change_;
   try {
-    return programRules(*inputs_.aclHelper, lists);
+    if (change.programming) {
+      if (!change.programming->step()) noteResults();
+    } else if (change.written < change.wanted.size()) {
+      const std::size_t at = change.written++;
+      writeIntfStatus(change.wanted[at], change.lists[at]);
+    } else {
+      change_.reset();
+    }
   } catch (...) {
-    retryOthers({});  // rules may have been removed before
+    if (change.programming) retryOthers({});  // rules may have been removed before
+    changedIntfs_.merge(change.intfs);
+    change_.reset();
     throw;
   }
 }
 
-void ZelTrafficPolicySm::noteResult(const WantedRules& wanted, bool isRefused) {
-  if (isRefused) {
-    if (refusedIntfs_.emplace(wanted.intf, refusals_).second) ++refusals_;
+void ZelTrafficPolicySm::noteResults() {
+  const RuleChanges changes = change_->programming->changes();
+  change_->programming.reset();
+  if (!changes.isDifferent) ready_ = change_->wasReady;
+  for (const RuleList& list : change_->lists)
+    noteResult(list);
+  if (changes.madeRoom) retryOthers(change_->intfs);
+}
+
+ZelTrafficPolicySm::WantedRules ZelTrafficPolicySm::wantedRules(const Velo::String& intf,
+                                                                CompiledPolicies& policies) {
+  static const auto none = std::make_shared<const CompiledPolicy>();
+  WantedRules wanted{intf, false, {}, none};
+  const IntfPolicy* const applied = inputs_.intfConfig ? inputs_.intfConfig->intf(intf) : nullptr;
+  if (applied == nullptr || !isServed(applied->kind)) return wanted;
+  wanted.isServed = true;
+  wanted.policyMap = applied->policyMap;
+  std::shared_ptr<const CompiledPolicy>& policy = policies[applied->policyMap];
+  if (!policy) policy = compiled(applied->policyMap);
+  wanted.policy = policy;
+  return wanted;
+}
+
+std::shared_ptr<const ZelTrafficPolicySm::CompiledPolicy> ZelTrafficPolicySm::compiled(
+    const Velo::String& policyMap) {
+  auto policy = std::make_shared<CompiledPolicy>();
+  const PolicyMapRules* const rules =
+      inputs_.policyConfig ? inputs_.policyConfig->policyMap(policyMap) : nullptr;
+  if (rules == nullptr) return policy;
+  std::vector<AclRule> programmable;
+  for (const PolicyMap::PolicyMapRule& rule : *rules) {
+    const MatchResolver::Result resolved = resolver_.resolve(rule.classMap, rule.action.type);
+    policy->sequences.push_back(rule.sequence);
+    if (resolved.match) {
+      programmable.push_back({*resolved.match, rule.action});
+    } else {
+      policy->reasons.emplace(rule.sequence, resolved.reason);
+    }
+  }
+  policy->rules = std::make_shared<const std::vector<AclRule>>(std::move(programmable));
+  return policy;
+}
+
+void ZelTrafficPolicySm::noteResult(const RuleList& list) {
+  if (list.isRefused()) {
+    if (refusedIntfs_.emplace(list.intf, refusals_).second) ++refusals_;
   } else {
-    refusedIntfs_.erase(wanted.intf);
+    refusedIntfs_.erase(list.intf);
   }
 }
 
 // There may be room for the refused rules of interfaces that were not programmed now.
-void ZelTrafficPolicySm::retryOthers(const std::vector<WantedRules>& programmed) {
-  std::set<Velo::String> others;
-  for (const auto& [intf, refusal] : refusedIntfs_)
-    others.insert(intf);
-  for (const WantedRules& rules : programmed)
-    others.erase(rules.intf);
-  changedIntfs_.merge(others);
+void ZelTrafficPolicySm::retryOthers(const std::set<Velo::String>& programmed) {
+  for (const auto& [intf, refusal] : refusedIntfs_) {
+    if (!programmed.contains(intf)) changedIntfs_.insert(intf);
+  }
 }
 
 std::vector<Velo::String> ZelTrafficPolicySm::oldestRefusalFirst(
@@ -418,34 +473,36 @@ std::vector<Velo::String> ZelTrafficPolicySm::oldestRefusalFirst(
   return ordered;
 }
 
-void ZelTrafficPolicySm::writeIntfStatus(const WantedRules& wanted) {
-  const IntfStatus before = std::exchange(intfStatus_[wanted.intf], {});
-  changedPolicyMaps_.insert(before.policyMap);
+void ZelTrafficPolicySm::writeIntfStatus(const WantedRules& wanted, const RuleList& list) {
+  const std::size_t rules = wanted.policy->sequences.size();
+  const std::size_t programmed = list.programmed();
+  changedPolicyMaps_.insert(intfStatus_[wanted.intf].policyMap);
   changedPolicyMaps_.insert(wanted.policyMap);
-  const auto programmed = std::count_if(wanted.statuses.begin(), wanted.statuses.end(),
-                                        [](const RuleStatus& status) { return status.programmed; });
   if (wanted.isServed) {
-    intfStatus_[wanted.intf] = {wanted.policyMap, wanted.keys, static_cast<unsigned>(programmed)};
+    intfStatus_[wanted.intf] = {wanted.policyMap, static_cast<unsigned>(rules),
+                                static_cast<unsigned>(programmed)};
   } else {
     intfStatus_.erase(wanted.intf);
   }
-  if (static_cast<std::size_t>(programmed) < wanted.keys.size()) ready_ = false;
-  writeRuleStatuses(before.rules, wanted);
+  if (programmed < rules) ready_ = false;
+  writeRuleStatuses(wanted, list.result);
 }
 
-void ZelTrafficPolicySm::writeRuleStatuses(const std::vector<RuleKey>& before,
-                                           const WantedRules& wanted) {
+// If a notification switches this machine off, another one may write the status.
+void ZelTrafficPolicySm::writeRuleStatuses(const WantedRules& wanted, const AclResult& result) {
   if (!inputs_.status) return;
   const Mox::Ptr<PolicyMapTypeStatus>& status = inputs_.status;
-  const std::set<std::uint32_t> sequences = sequencesOf(wanted.keys);
-  // If a notification switches this machine off, another one may write the status.
-  for (const RuleKey& rule : before) {
+  const std::vector<std::uint32_t>& sequences = wanted.policy->sequences;
+  for (const RuleKey& rule :
+       status->ruleStatus().others(wanted.intf, wanted.policyMap, sequences)) {
     if (!isFollowing()) return;
-    if (rule.policyMap != wanted.policyMap || !sequences.contains(rule.sequence))
-      status->ruleStatusDel(rule);
+    status->ruleStatusDel(rule);
   }
-  for (std::size_t at = 0; at < wanted.keys.size() && isFollowing(); ++at)
-    status->ruleStatusIs(wanted.keys[at], wanted.statuses[at]);
+  for (const std::uint32_t sequence : sequences) {
+    if (!isFollowing()) return;
+    status->ruleStatusIs({wanted.intf, wanted.policyMap, sequence},
+                         wanted.policy->status(sequence, result));
+  }
 }
 
 void ZelTrafficPolicySm::synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps) {
@@ -465,7 +522,7 @@ PolicyStatus ZelTrafficPolicySm::policyStatus(const Velo::String& policyMap) con
   for (const auto& [intf, present] : intfStatus_) {
     if (present.policyMap != policyMap) continue;
     ++status.intfs;
-    status.rules += static_cast<unsigned>(present.rules.size());
+    status.rules += present.rules;
     status.rulesProgrammed += present.programmed;
   }
   return status;

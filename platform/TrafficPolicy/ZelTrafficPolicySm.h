@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -15,7 +16,6 @@
 
 namespace TrafficPolicy {
 
-struct RuleChanges;
 struct RuleList;
 
 /// The traffic-policy state machine of the forwarding layer. It compiles the policy map of each
@@ -98,6 +98,14 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   /// Switches notifications on or off. When switched on, the machine programs the present
   /// configuration.
   void hasNotificationActiveIs(bool active) override;
+  /// Switches notifications on. The machine programs the present configuration by `step`.
+  void hasNotificationActiveInSteps();
+  /// Makes one step of what `hasNotificationActiveInSteps` began: reads the configuration, compiles
+  /// it, makes a step of `RuleProgramming`, or writes the statuses of one interface. The calls and
+  /// their order are the same as without steps. Changes of the meantime are handled after it.
+  /// Returns whether a step is left. Between two steps, switching the machine off or pausing it
+  /// completes the programming in progress.
+  bool step();
   /// Pauses or resumes the machine. A paused machine stays subscribed, but does nothing, while its
   /// successor is created. It can be resumed if that fails.
   void pausedIs(bool paused);
@@ -118,15 +126,18 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
 
  private:
   using Subscriber = Velo::MemberSubscriber<ZelTrafficPolicySm>;
+  struct CompiledPolicy;
   struct WantedRules;
+  struct Change;
+  using CompiledPolicies = std::map<Velo::String, std::shared_ptr<const CompiledPolicy>>;
 
   // The last written status of an interface.
   struct IntfStatus {
     Velo::String policyMap;
-    std::vector<PolicyMap::RuleKey> rules;
+    unsigned rules = 0;
     unsigned programmed = 0;
 
-    [[nodiscard]] bool isComplete() const noexcept { return rules.size() == programmed; }
+    [[nodiscard]] bool isComplete() const noexcept { return rules == programmed; }
   };
 
   ZEL_HIDDEN static void intfConfigDispatch(Velo::Publisher* publisher,
@@ -151,21 +162,24 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   ZEL_HIDDEN void synchronize();
   [[nodiscard]] ZEL_HIDDEN bool hasPendingChanges() const noexcept;
   ZEL_HIDDEN void synchronizeNext();
-  ZEL_HIDDEN void synchronizeIntfs(const std::set<Velo::String>& intfs);
+  ZEL_HIDDEN void publishWhenReady();
+  ZEL_HIDDEN void startChange();
+  ZEL_HIDDEN void continueChange();
+  ZEL_HIDDEN void noteResults();
   ZEL_HIDDEN void synchronizePolicyStatuses(const std::set<Velo::String>& policyMaps);
   [[nodiscard]] ZEL_HIDDEN bool isServed(PolicyMap::IntfKind kind) const noexcept;
   [[nodiscard]] ZEL_HIDDEN PolicyMap::PolicyStatus policyStatus(
       const Velo::String& policyMap) const;
-  [[nodiscard]] ZEL_HIDDEN WantedRules wantedRules(const Velo::String& intf);
+  [[nodiscard]] ZEL_HIDDEN std::shared_ptr<const CompiledPolicy> compiled(
+      const Velo::String& policyMap);
+  [[nodiscard]] ZEL_HIDDEN WantedRules wantedRules(const Velo::String& intf,
+                                                   CompiledPolicies& policies);
   [[nodiscard]] ZEL_HIDDEN std::vector<Velo::String> oldestRefusalFirst(
       const std::set<Velo::String>& intfs) const;
-  ZEL_HIDDEN void program(std::vector<WantedRules>& wanted);
-  ZEL_HIDDEN RuleChanges programOrMarkRefused(std::vector<RuleList>& lists);
-  ZEL_HIDDEN void noteResult(const WantedRules& wanted, bool isRefused);
-  ZEL_HIDDEN void retryOthers(const std::vector<WantedRules>& programmed);
-  ZEL_HIDDEN void writeIntfStatus(const WantedRules& wanted);
-  ZEL_HIDDEN void writeRuleStatuses(const std::vector<PolicyMap::RuleKey>& before,
-                                    const WantedRules& wanted);
+  ZEL_HIDDEN void noteResult(const RuleList& list);
+  ZEL_HIDDEN void retryOthers(const std::set<Velo::String>& programmed);
+  ZEL_HIDDEN void writeIntfStatus(const WantedRules& wanted, const RuleList& list);
+  ZEL_HIDDEN void writeRuleStatuses(const WantedRules& wanted, const PolicyMap::AclResult& result);
   [[nodiscard]] ZEL_HIDDEN bool isProgrammed() const noexcept;
 
   const TrafficPolicyInputs inputs_;
@@ -174,6 +188,8 @@ class ZEL_EXPORT ZelTrafficPolicySm final : public PolicyMap::ServicePolicySm {
   bool isSynchronizing_ = false;
   bool paused_ = false;
   bool everythingChanged_ = false;  // switched on, and the present state is not read yet
+  bool inSteps_ = false;            // `step` handles the changes
+  std::unique_ptr<Change> change_;  // the interfaces that are being programmed; null for none
   std::set<Velo::String> changedIntfs_;
   std::set<Velo::String> changedPolicyMaps_;
   ClassMapUsers classMapUsers_;

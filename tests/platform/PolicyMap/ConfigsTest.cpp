@@ -18,6 +18,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
 
 /// Writes down the attribute of each publication, and whether it has a value.
 class Notices {
@@ -130,6 +131,85 @@ TEST(PolicyMapTypeStatus, TellsOfPolicyMapsAndOfRulesByTheirNumbers) {
   EXPECT_FALSE(status->policyStatusDel("P"));
   EXPECT_EQ(status->policyStatus().count() + status->ruleStatus().count(), 0U);
   EXPECT_THAT(notices.lines, ElementsAre("130 set", "131 set", "131 set", "131 gone", "130 gone"));
+}
+
+// The keys of all statuses, in the order of the iteration.
+std::vector<std::string> keysOf(const RuleStatusTable& table) {
+  std::vector<std::string> keys;
+  for (auto entry = table.iterator(); entry; ++entry) {
+    keys.push_back(entry.key().intf.str() + ' ' + entry.key().policyMap.str() + ' ' +
+                   std::to_string(entry.key().sequence));
+  }
+  return keys;
+}
+
+class RuleStatuses : public ::testing::Test {
+ protected:
+  void is(const char* intf, const char* policyMap, std::uint32_t sequence, bool programmed = true) {
+    status_->ruleStatusIs({intf, policyMap, sequence}, {programmed, programmed ? "" : "refused"});
+  }
+  [[nodiscard]] const RuleStatusTable& table() const { return status_->ruleStatus(); }
+
+  Mox::Ptr<PolicyMapTypeStatus> status_ = PolicyMapTypeStatus::PolicyMapTypeStatusIs("status");
+};
+
+TEST_F(RuleStatuses, AreInTheOrderOfTheirSequencesHoweverTheyWereAdded) {
+  for (const std::uint32_t sequence : {30U, 10U, 20U, 15U})
+    is("eth1", "P", sequence);
+  is("eth0", "P", 5);
+  EXPECT_THAT(keysOf(table()),
+              ElementsAre("eth0 P 5", "eth1 P 10", "eth1 P 15", "eth1 P 20", "eth1 P 30"));
+  EXPECT_THAT(table().intfs(), UnorderedElementsAre("eth0", "eth1"));
+}
+
+TEST_F(RuleStatuses, AreFoundAfterDeletionsOfOthers) {
+  for (std::uint32_t sequence = 0; sequence < 100; ++sequence)
+    is("eth1", "P", sequence);
+  for (std::uint32_t sequence = 0; sequence < 99; ++sequence)
+    EXPECT_TRUE(status_->ruleStatusDel({"eth1", "P", sequence}));
+  EXPECT_EQ(table().find({"eth1", "P", 50}), nullptr);
+  EXPECT_NE(table().find({"eth1", "P", 99}), nullptr);
+  is("eth1", "P", 50);
+  EXPECT_THAT(keysOf(table()), ElementsAre("eth1 P 50", "eth1 P 99"));
+  EXPECT_EQ(table().count(), 2U);
+}
+
+TEST_F(RuleStatuses, CountTheProgrammedRulesOfAPolicyMapOnAnInterface) {
+  is("eth1", "P", 10);
+  is("eth1", "P", 20);
+  is("eth1", "P", 30, false);
+  is("eth1", "Q", 10);
+  EXPECT_EQ(table().programmed("eth1", "P"), 2U);
+  is("eth1", "P", 10, false);
+  EXPECT_EQ(table().programmed("eth1", "P"), 1U);
+  EXPECT_TRUE(status_->ruleStatusDel({"eth1", "P", 20}));
+  EXPECT_EQ(table().programmed("eth1", "P"), 0U);
+  EXPECT_EQ(table().programmed("eth2", "P"), 0U);
+}
+
+TEST_F(RuleStatuses, NameThoseThatAreNotOfThePolicyMapWithTheSequences) {
+  for (const std::uint32_t sequence : {10U, 20U, 30U})
+    is("eth1", "P", sequence);
+  is("eth1", "Q", 20);
+  is("eth2", "P", 10);
+  EXPECT_THAT(table().others("eth1", "P", {5, 20, 40}),
+              UnorderedElementsAre(RuleKey{"eth1", "P", 10}, RuleKey{"eth1", "P", 30},
+                                   RuleKey{"eth1", "Q", 20}));
+  EXPECT_THAT(table().others("eth3", "P", {}), IsEmpty());
+}
+
+TEST_F(RuleStatuses, MayBeDeletedAndAddedDuringAnIteration) {
+  for (const std::uint32_t sequence : {10U, 20U, 30U})
+    is("eth1", "P", sequence);
+  std::vector<std::uint32_t> visited;
+  for (auto entry = table().iterator(); entry; ++entry) {
+    visited.push_back(entry.key().sequence);
+    EXPECT_TRUE(entry.value().programmed);
+    status_->ruleStatusDel({"eth1", "P", 10});
+    status_->ruleStatusDel({"eth1", "P", 20});
+    is("eth1", "P", 5);
+  }
+  EXPECT_THAT(visited, ElementsAre(10U, 30U));
 }
 
 template <class Entity>

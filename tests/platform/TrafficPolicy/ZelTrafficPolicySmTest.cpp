@@ -4,8 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Mox/Exceptions.h"
 #include "TrafficPolicyFixture.h"
@@ -649,6 +652,156 @@ TEST_F(PolicyOnEth1, HasNoMachineWhereTheHelperThrowsAtItsConstruction) {
   EXPECT_FALSE(policies_->publisher().hasSubscribers());
   EXPECT_FALSE(classMaps_->publisher().hasSubscribers());
   EXPECT_EQ(intfs_->references(), 1U);
+}
+
+// Steps.
+
+/// A machine that is off while policy map P and a second interface change.
+class SmInSteps : public RunningSm {
+ protected:
+  // Eth1 has rule a and a new one in front of it afterwards, and eth2 has them too.
+  void change() {
+    sm_->hasNotificationActiveIs(false);
+    classMapsAre("x");
+    policyIs("P", "xa");
+    intfIs("eth2", "P");
+  }
+  // The calls that one step made.
+  [[nodiscard]] Lines callsOfStep() {
+    isLeft_ = sm_->step();
+    return journal_.take();
+  }
+  [[nodiscard]] std::vector<Lines> callsOfSteps() {
+    std::vector<Lines> calls;
+    for (isLeft_ = true; isLeft_;) {
+      const Lines ofStep = callsOfStep();
+      if (!ofStep.empty()) calls.push_back(ofStep);
+    }
+    return calls;
+  }
+
+  bool isLeft_ = false;
+};
+
+TEST_F(SmInSteps, MakesTheSameCallsInTheSameOrderOneInterfaceAtATime) {
+  change();
+  sm_->hasNotificationActiveIs(true);
+  const Lines atOnce = journal_.take();
+  sm_->hasNotificationActiveIs(false);
+  intfs_->intfDel("eth2");
+  policyIs("P", "abc");
+  sm_->hasNotificationActiveIs(true);
+  forgetJournal();
+  change();
+  sm_->hasNotificationActiveInSteps();
+  EXPECT_THAT(journal_.lines(), IsEmpty());
+  const std::vector<Lines> steps = callsOfSteps();
+  ASSERT_EQ(steps.size(), 3U) << "additions on eth1 and on eth2, and removals on eth1";
+  Lines all;
+  for (const Lines& step : steps)
+    all.insert(all.end(), step.begin(), step.end());
+  EXPECT_EQ(all, atOnce);
+  EXPECT_EQ(steps[0], Lines{"addRule eth1 0 " + shownRule('x')});
+  EXPECT_TRUE(sm_->ready());
+  EXPECT_EQ(*status_->policyStatus("P"), (PolicyMap::PolicyStatus{2, 4, 4}));
+}
+
+TEST_F(SmInSteps, HandlesAChangeBetweenTwoStepsAfterThem) {
+  change();
+  sm_->hasNotificationActiveInSteps();
+  while (journal_.lines().empty())
+    EXPECT_TRUE(sm_->step());
+  policyIs("P", "b");
+  EXPECT_EQ(journal_.lines().size(), 1U) << "no call was made at once";
+  static_cast<void>(callsOfSteps());
+  EXPECT_EQ(held("eth1"), "b");
+  EXPECT_EQ(held("eth2"), "b");
+  EXPECT_TRUE(sm_->ready());
+}
+
+TEST_F(SmInSteps, CompletesTheProgrammingInProgressWhenItIsSwitchedOff) {
+  change();
+  sm_->hasNotificationActiveInSteps();
+  while (journal_.lines().empty())
+    EXPECT_TRUE(sm_->step());
+  sm_->hasNotificationActiveIs(false);
+  EXPECT_EQ(held("eth1"), "xa");
+  EXPECT_EQ(held("eth2"), "xa");
+  EXPECT_FALSE(sm_->step());
+  EXPECT_EQ(status_->ruleStatus({"eth2", "P", 10}), nullptr) << "it writes no status";
+}
+
+TEST_F(SmInSteps, FollowsChangesAtOnceAgainAfterTheLastStepOrAFailure) {
+  change();
+  sm_->hasNotificationActiveInSteps();
+  hardware_->onAdd = [](const Velo::String&, const AclRule&) -> AclResult {
+    throw std::runtime_error("broken");
+  };
+  EXPECT_THROW(static_cast<void>(callsOfSteps()), std::runtime_error);
+  hardware_->onAdd = nullptr;
+  policyIs("P", "ba");
+  EXPECT_EQ(held("eth1"), "ba");
+  EXPECT_EQ(held("eth2"), "ba");
+  EXPECT_TRUE(sm_->ready());
+}
+
+// The cost of a change.
+
+/// Counts how often the rules of an interface are read. Each reading may compare all of them.
+class CountingHardware final : public PolicyMap::PolicyMapAclHelper {
+ public:
+  CountingHardware() : PolicyMapAclHelper("counting") {}
+
+  AclResult addRule(const Velo::String& intf, std::size_t place, const AclRule& rule) override {
+    Rules& rules = rules_[intf];
+    rules.insert(rules.begin() + static_cast<std::ptrdiff_t>(place), rule);
+    ++calls;
+    return {};
+  }
+  void removeRule(const Velo::String& intf, std::size_t place) override {
+    Rules& rules = rules_[intf];
+    rules.erase(rules.begin() + static_cast<std::ptrdiff_t>(place));
+    ++calls;
+  }
+  void moveRule(const Velo::String&, std::size_t, std::size_t) override { ++calls; }
+  AclResult replaceRule(const Velo::String&, std::size_t, const AclRule&) override {
+    ++calls;
+    return {};
+  }
+  void intfClosedIs(const Velo::String&, bool) override { ++calls; }
+  [[nodiscard]] bool intfClosed(const Velo::String&) const override { return false; }
+  [[nodiscard]] const Rules& rules(const Velo::String& intf) const override {
+    ++readings;
+    return rules_[intf];
+  }
+  [[nodiscard]] std::vector<Velo::String> intfs() const override { return {}; }
+
+  std::size_t calls = 0;
+  mutable std::size_t readings = 0;
+
+ private:
+  mutable std::map<Velo::String, Rules> rules_;
+};
+
+TEST_F(TrafficPolicySm, ReadsTheRulesOfEachInterfaceOnceForAChangeHoweverManyThereAre) {
+  const auto counting = Mox::makePtr<CountingHardware>();
+  TrafficPolicyInputs inputs;
+  inputs.intfConfig = intfs_;
+  inputs.policyConfig = policies_;
+  inputs.classTypeConfig = classMaps_;
+  inputs.status = status_;
+  inputs.aclHelper = counting;
+  const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+  classMapsAre(letters);
+  policyIs("P", letters);
+  for (int number = 0; number < 10; ++number)
+    intfIs(("eth" + std::to_string(number)).c_str(), "P");
+  const auto sm = ZelTrafficPolicySm::ZelTrafficPolicySmIs(inputs, false);
+  EXPECT_EQ(counting->calls, 10 * letters.size());
+  EXPECT_EQ(counting->readings, 10U);
+  policies_->policyMapDel("P");
+  EXPECT_EQ(counting->calls, 2 * 10 * letters.size());
+  EXPECT_EQ(counting->readings, 2 * 10U);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -101,7 +102,8 @@ class RuleChip final {
 
  private:
   void program(const Rules& rules) {
-    std::vector<TrafficPolicy::RuleList> lists{{interface, rules, {}}};
+    std::vector<TrafficPolicy::RuleList> lists{
+        {interface, std::make_shared<const Rules>(rules), {}}};
     static_cast<void>(TrafficPolicy::programRules(*counting_, lists));
   }
 
