@@ -52,7 +52,7 @@ FRAMEWORK = ["Velo", "Quarry", "Mox", "Blinklog", "Duolog", "Bost"]
 # The domain types: each folder with the others of them that it may include.
 DOMAIN_TYPES = {
     "Acl": [],
-    "Classification": [],
+    "Classification": ["Ip"],
     "Ip": [],
     "Ip6": [],
     "L3": [],
@@ -60,7 +60,7 @@ DOMAIN_TYPES = {
     "Mirroring": [],
     "Sflow": [],
     "Zel": [],
-    "PolicyMap": ["Ip", "L3", "Zel"],
+    "PolicyMap": ["Classification", "Ip", "L3", "Zel"],
     "Routing": ["L3"],
     "Routing6": ["L3", "Routing"],
     "VrfSelectionPolicy": ["L3"],

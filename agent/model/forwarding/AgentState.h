@@ -57,10 +57,8 @@ using RuleStates = std::vector<RuleState>;
 /// It names the last rule that was read, by its sequence. So a rule that exists all the time is
 /// read exactly once, whatever changes between two reads.
 struct RuleCursor {
-  bool isInPrevious = false;  // the rules of the applied policy were all read
-  // The lowest sequence number of the policy map that was not read, or the place of a previous
-  // rule.
-  std::uint64_t next = 0;
+  bool isInPrevious = false;       // the rules of the applied policy were all read
+  std::uint64_t nextSequence = 0;  // the lowest one that was not read
 
   bool operator==(const RuleCursor&) const = default;
 };

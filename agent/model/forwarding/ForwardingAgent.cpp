@@ -215,7 +215,7 @@ RuleStates ForwardingAgent::rules(const Velo::String& intf, RuleCursor& cursor,
   RuleStates states;
   if (!cursor.isInPrevious) states = rulesOf(intf, cursor, most);
   if (states.size() == most) return states;
-  if (!std::exchange(cursor.isInPrevious, true)) cursor.next = 0;
+  if (!std::exchange(cursor.isInPrevious, true)) cursor.nextSequence = 0;
   RuleStates previous = previousRulesOf(intf, cursor, most - states.size());
   std::move(previous.begin(), previous.end(), std::back_inserter(states));
   return states;
@@ -275,13 +275,13 @@ RuleStates ForwardingAgent::rulesOf(const Velo::String& intf, RuleCursor& cursor
   RuleStates states;
   const Velo::String& policyMap = policies_.intfs.at(intf).policyMap;
   const PolicyMapRules& rules = policies_.policyMaps.at(policyMap);
-  auto rule = std::lower_bound(rules.begin(), rules.end(), cursor.next,
+  auto rule = std::lower_bound(rules.begin(), rules.end(), cursor.nextSequence,
                                [](const PolicyMap::PolicyMapRule& other, std::uint64_t sequence) {
                                  return other.sequence < sequence;
                                });
   for (; rule != rules.end() && states.size() < most; ++rule) {
     states.push_back(ruleStateOf(intf, policyMap, static_cast<std::size_t>(rule - rules.begin())));
-    cursor.next = std::uint64_t{rule->sequence} + 1;
+    cursor.nextSequence = std::uint64_t{rule->sequence} + 1;
   }
   return states;
 }
@@ -296,7 +296,11 @@ RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf, RuleCursor
   const PolicyMapOrigin& origin = *found->second;
   const auto& rules = acl_->rules(intf);
   const std::size_t count = std::min(rules.size(), origin.rules.size());
-  for (std::size_t place = cursor.next; place < count && states.size() < most; ++place) {
+  const auto first = std::lower_bound(
+      origin.rules.begin(), origin.rules.end(), cursor.nextSequence,
+      [](const PolicyMapOrigin::Rule& rule, std::uint64_t number) { return rule.number < number; });
+  for (auto place = static_cast<std::size_t>(first - origin.rules.begin());
+       place < count && states.size() < most; ++place) {
     const PolicyMapOrigin::Rule& from = origin.rules[place];
     states.push_back({{intf.str(), origin.networkInstance, origin.policyOf(from), from.sequence},
                       {from.match, rules[place].action},
@@ -304,7 +308,7 @@ RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf, RuleCursor
                       "",
                       acl_->counters(intf)[place],
                       true});
-    cursor.next = place + 1;
+    cursor.nextSequence = std::uint64_t{from.number} + 1;
   }
   return states;
 }

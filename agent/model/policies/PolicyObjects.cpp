@@ -109,10 +109,10 @@ Velo::String addPolicyMap(const NetworkInstance& instance,
     for (const Rule& rule : policy->rules) {
       Velo::String classMap;
       SharedClassMatch match = addClassMap(rule, objects, classMap);
-      const auto number = static_cast<std::uint32_t>(rules.size() + 1);
-      rules.push_back({policies.size() == 1 ? rule.sequenceId : number, classMap,
-                       std::visit(ToRuleAction(), rule.action)});
-      origin.rules.push_back({origin.policyIds.size(), rule.sequenceId, std::move(match)});
+      const auto number =
+          policies.size() == 1 ? rule.sequenceId : static_cast<std::uint32_t>(rules.size() + 1);
+      rules.push_back({number, classMap, std::visit(ToRuleAction(), rule.action)});
+      origin.rules.push_back({origin.policyIds.size(), rule.sequenceId, number, std::move(match)});
     }
     origin.policyIds.push_back(policy->policyId);
   }
@@ -162,6 +162,38 @@ std::string toText(const std::vector<TcpFlagsMatch>& matches) {
   return listed(matches, [](const TcpFlagsMatch& match) { return toText(match); });
 }
 
+std::string prefixesText(const Classification::PrefixSet& set) {
+  std::string text =
+      listed(set.prefixes, [](const Ip::Prefix& prefix) { return ZelAgent::toText(prefix); });
+  for (const Ip::Prefix& prefix : set.excluded)
+    text += (text.empty() ? "!" : ",!") + ZelAgent::toText(prefix);
+  return text.empty() ? "none" : text;
+}
+
+// The sets are texts; an empty one is no set.
+std::string textOf(const PolicyMap::HeaderMatch& match, const std::string& sourceSet,
+                   const std::string& destinationSet) {
+  if (!match.family) return "any";
+  std::string text = ZelAgent::toText(*match.family);
+  const auto add = [&](std::string_view field, const std::string& value) {
+    text.append(" ").append(field).append(" ").append(value);
+  };
+  if (match.protocol) add("protocol", std::to_string(*match.protocol));
+  if (match.dscps) add("dscp", toText(*match.dscps));
+  if (match.source) add("source", ZelAgent::toText(*match.source));
+  if (match.destination) add("destination", ZelAgent::toText(*match.destination));
+  if (!sourceSet.empty()) add("source-set", sourceSet);
+  if (!destinationSet.empty()) add("destination-set", destinationSet);
+  if (match.hopLimit) add("hop-limit", std::to_string(*match.hopLimit));
+  if (match.length) add("length", std::to_string(*match.length));
+  if (match.isFragment) text += " fragment";
+  if (!match.fragmentOffsets.empty()) add("fragment-offset", toText(match.fragmentOffsets));
+  if (!match.sourcePorts.empty()) add("source-port", toText(match.sourcePorts));
+  if (!match.destinationPorts.empty()) add("destination-port", toText(match.destinationPorts));
+  if (!match.tcpFlags.empty()) add("tcp-flags", toText(match.tcpFlags));
+  return text;
+}
+
 }  // namespace
 
 PolicyObjects policyObjectsOf(const Configuration& configuration) {
@@ -185,25 +217,13 @@ PolicyObjects policyObjectsOf(const Configuration& configuration) {
 }
 
 std::string toText(const PolicyMap::ClassMatch& match) {
-  if (!match.family) return "any";
-  std::string text = toText(*match.family);
-  const auto add = [&](std::string_view field, const std::string& value) {
-    text.append(" ").append(field).append(" ").append(value);
-  };
-  if (match.protocol) add("protocol", std::to_string(*match.protocol));
-  if (match.dscps) add("dscp", toText(*match.dscps));
-  if (match.source) add("source", toText(*match.source));
-  if (match.destination) add("destination", toText(*match.destination));
-  if (!match.sourceSet.empty()) add("source-set", toWord(match.sourceSet.bytes()));
-  if (!match.destinationSet.empty()) add("destination-set", toWord(match.destinationSet.bytes()));
-  if (match.hopLimit) add("hop-limit", std::to_string(*match.hopLimit));
-  if (match.length) add("length", std::to_string(*match.length));
-  if (match.isFragment) text += " fragment";
-  if (!match.fragmentOffsets.empty()) add("fragment-offset", toText(match.fragmentOffsets));
-  if (!match.sourcePorts.empty()) add("source-port", toText(match.sourcePorts));
-  if (!match.destinationPorts.empty()) add("destination-port", toText(match.destinationPorts));
-  if (!match.tcpFlags.empty()) add("tcp-flags", toText(match.tcpFlags));
-  return text;
+  return textOf(match, match.sourceSet.empty() ? "" : toWord(match.sourceSet.bytes()),
+                match.destinationSet.empty() ? "" : toWord(match.destinationSet.bytes()));
+}
+
+std::string toText(const PolicyMap::AclMatch& match) {
+  return textOf(match, match.sourceSet ? prefixesText(**match.sourceSet) : "",
+                match.destinationSet ? prefixesText(**match.destinationSet) : "");
 }
 
 }  // namespace ZelAgent

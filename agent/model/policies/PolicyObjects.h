@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Classification/FieldSetConfig.h"
+#include "PolicyMap/AclMatch.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassMatch.h"
 #include "PolicyMap/IntfConfig.h"
@@ -23,12 +24,16 @@ namespace ZelAgent {
 /// flags that must be as written together, "!" is before a flag that must be clear, and "any" is no
 /// such flag.
 [[nodiscard]] std::string toText(const PolicyMap::ClassMatch& match);
+/// The same of a match on the chip, with the prefixes of a set in place of its name:
+/// "ipv4 source-set 10.0.0.0/8,!10.1.0.0/16".
+[[nodiscard]] std::string toText(const PolicyMap::AclMatch& match);
 
 /// Where the rules of a policy map come from: one or two policies of a network instance.
 struct PolicyMapOrigin {
   struct Rule {
     std::size_t policy = 0;      // index of its policy
     std::uint32_t sequence = 0;  // in its policy
+    std::uint32_t number = 0;    // its sequence in the policy map
     PolicyMap::SharedClassMatch match;
   };
 
