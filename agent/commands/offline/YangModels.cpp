@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "agent/config/Findings.h"
 #include "agent/language/ChildProcess.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
@@ -112,11 +113,11 @@ std::vector<std::string> YangModels::findingsIn(const std::string& file,
       std::string::npos) {
     fail(folder_, std::string(program) + " cannot load the models: " + messages.front());
   }
-  std::vector<std::string> findings;
-  findings.reserve(messages.size());
-  for (const std::string& message : messages)
-    findings.push_back(printable(file, Limits::shownTextBytes) + ": " + message);
-  return findings;
+  FindingLines findings(Limits::shownErrors);
+  for (std::size_t number = 0; number < messages.size(); ++number) {
+    findings.add(number, printable(file, Limits::shownTextBytes) + ": " + messages[number]);
+  }
+  return findings.lines(printable(file, Limits::shownTextBytes), "yanglint message");
 }
 
 }  // namespace ZelAgent
