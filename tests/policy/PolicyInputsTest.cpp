@@ -207,7 +207,10 @@ TEST_F(PolicyInputs, AllowL2IntfIsGivenToANewMachine) {
 }
 
 TEST_F(PolicyInputs, AreComparedByIdentityNotByContents) {
-  arguments_.classTypeConfig->classMapIs("class", {Ip::Family::v4, {}, 0, {}, {}});
+  PolicyMap::ClassMatch noPacket;
+  noPacket.family = Ip::Family::v4;
+  noPacket.dscps = 0;
+  arguments_.classTypeConfig->classMapIs("class", noPacket);
   arguments_.routingVrfInfoDir->entryIs(Mox::Dir::DirIs("entry"));
   changeRule();
   acting_->calls = 0;
