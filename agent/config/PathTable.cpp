@@ -129,7 +129,8 @@ std::vector<Section> ruleSections() {
             "ALL: all of the flags are set; ANY: one or more of them"},
            {"explicit-tcp-flags", identityList, optional, R"(["TCP_SYN"])", "the flags"},
            {"builtin-detail", identity, optional, R"("TCP_INITIAL")",
-            "TCP_INITIAL: SYN without ACK; TCP_ESTABLISHED: ACK or RST; FRAGMENT: any fragment"},
+            "TCP_INITIAL: SYN without ACK; TCP_ESTABLISHED: ACK or RST; FRAGMENT: any fragment "
+            "but the first"},
        }},
       {rule + "/action/config",
        {

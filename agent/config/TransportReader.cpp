@@ -150,7 +150,7 @@ void TransportReader::readBuiltinDetail(const JsonNode& mode) {
   } else if (*identity == "TCP_ESTABLISHED") {
     match_.tcpFlags = {{ack, ack}, {rst, rst}};
   } else if (*identity == "FRAGMENT") {
-    match_.isFragment = true;
+    leaveOutFirstFragment(*detail);
     needFamily(mode);
     return;
   } else {
@@ -158,6 +158,14 @@ void TransportReader::readBuiltinDetail(const JsonNode& mode) {
     return;
   }
   needProtocol(mode, false);
+}
+
+// The detail FRAGMENT is an offset other than 0.
+void TransportReader::leaveOutFirstFragment(const JsonNode& detail) {
+  if (match_.fragmentOffsets.empty()) match_.fragmentOffsets = {{0, mostFragmentOffset}};
+  match_.fragmentOffsets = without(std::move(match_.fragmentOffsets), {{0, 0}});
+  if (match_.fragmentOffsets.empty())
+    detail.refuse("must not stand beside \"fragment-offsets\" of 0 only");
 }
 
 void TransportReader::refuseWithoutMode(const char* leaf, const char* mode) const {

@@ -27,6 +27,7 @@ class TransportReader final {
   void readDetails();
   void readExplicitDetails(const JsonNode& mode);
   void readBuiltinDetail(const JsonNode& mode);
+  void leaveOutFirstFragment(const JsonNode& detail);
   void refuseWithoutMode(const char* leaf, const char* mode) const;
   void needProtocol(const JsonNode& node, bool allowsUdp) const;
   void needFamily(const JsonNode& node) const;

@@ -378,14 +378,14 @@ TEST_F(CommandLineOptions, ShowPrintsTheLimitsAsTextOrJson) {
             rows.size() + 1);
   EXPECT_EQ(rows.at(0)["value"], 100);
   EXPECT_EQ(rows.at(0)["option"], nullptr);
-  EXPECT_EQ(rows.at(2), nlohmann::json({{"name", "number"},
+  EXPECT_EQ(rows.at(5), nlohmann::json({{"name", "number"},
                                         {"value", 4294967295U},
                                         {"unit", nullptr},
                                         {"option", nullptr},
                                         {"meaning",
                                          "a number of an event, a command or an option; a larger "
                                          "one is an error"}}));
-  EXPECT_EQ(rows.at(6)["option"], "--chip-capacity");
+  EXPECT_EQ(rows.at(9)["option"], "--chip-capacity");
 }
 
 TEST_F(CommandLineOptions, ShowThatCannotBeWrittenIsAnError) {
@@ -423,7 +423,7 @@ const HelpRow helpRows[] = {
       "--chip-capacity UINT:N=1024", "--rule-capacity UINT:N=65536",
       "--when-full closed|open=closed", "--trace-ring FILE"},
      {"CONFIG"}},
-    {"check", {"-h,--help", "--lenient"}, {"CONFIG"}},
+    {"check", {"-h,--help", "--lenient", "--yang DIR"}, {"CONFIG"}},
     {"diff", {"-h,--help", "--json", "--lenient"}, {"BEFORE", "AFTER"}},
     {"fallback-graph", {"-h,--help", "--dot", "--lenient"}, {"CONFIG"}},
     {"forward",

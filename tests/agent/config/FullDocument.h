@@ -102,7 +102,7 @@ inline std::vector<Rule> forwardingRules() {
   v6.match.length = std::uint16_t{1400};
   v6.match.sourceSet = v6.match.destinationSet = "S";
   v6.match.sourcePorts = v6.match.destinationPorts = {{80, 80}, {90, 94}, {96, 99}};
-  v6.match.isFragment = true;
+  v6.match.fragmentOffsets = {{1, 8191}};
   return {v4, v6};
 }
 

@@ -424,7 +424,7 @@ std::vector<RightValue> forwardingRows() {
        [](C& c) {
          matchUdp(c).sourcePorts.clear();
          matchUdp(c).destinationPorts.clear();
-         matchUdp(c).isFragment = false;
+         matchUdp(c).fragmentOffsets.clear();
        }},
       {"SetWithoutExclusions",
        {without("$V6SET/config/exclude-prefix"), {"$V4SET/config/exclude-prefix", json::array()}},

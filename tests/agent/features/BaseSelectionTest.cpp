@@ -167,6 +167,7 @@ TEST_P(BaseSelectionTest, NothingIsLostWhereBothVrfsHaveARoute) {
 
 TEST_P(BaseSelectionTest, AnInterfaceWithoutThePolicyIsNotSelectedFrom) {
   auto configuration = vrfsOf(GetParam());
+  configuration.intf("DEFAULT", "Ethernet3");
   configuration.route("VRF-10", "0.0.0.0/0", "Ethernet10");
   configuration.route("DEFAULT", "0.0.0.0/0", "Ethernet2").route("DEFAULT", "::/0", "Ethernet2");
   std::vector<Sent> sent = trafficOf(flows);

@@ -178,7 +178,8 @@ TEST_F(ExplainCommandTest, ABadEventIsRefusedInOneLine) {
   const std::string events = writeFile("test.events", "decap-nh on\nvrf red id 1\n");
   expectRefused(explain("ipv4 198.18.0.1 to 10.0.0.1", {"--events", events}),
                 events +
-                    ":2: vrf NAME id N: NAME must be a VRF that exists, found 'red'; first: "
+                    ":2: vrf NAME id N: NAME must be a VRF of the configuration or of the "
+                    "hardware, found 'red'; a new one needs first: "
                     "vrf red add");
 }
 

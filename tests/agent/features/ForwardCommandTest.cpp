@@ -22,6 +22,7 @@ class ForwardCommandTest : public ::testing::Test {
   ForwardCommandTest() {
     OpenConfigBuilder configuration;
     configuration.vrf("red").intf("red", "Ethernet5");
+    configuration.intf("DEFAULT", "Ethernet7").intf("DEFAULT", std::string(100, 'e'));
     configuration.policy("edge", {ruleOf(1, "ipv4", {{"protocol", 4}}, toVrf("red"))},
                          {"Ethernet1"});
     configuration.route("DEFAULT", "0.0.0.0/0", "Ethernet2");
@@ -207,6 +208,7 @@ TEST_F(ForwardCommandTest, ABadSecondCaptureIsRefusedBeforeAnythingIsForwarded) 
 
 TEST_F(ForwardCommandTest, InterfacesThatWouldShareAFileAreRefused) {
   OpenConfigBuilder configuration;
+  configuration.intf("DEFAULT", "Ethernet1");
   configuration.route("DEFAULT", "203.0.113.0/24", "Ethernet1/3")
       .route("DEFAULT", "198.51.100.0/24", "Ethernet1_3");
   configuration_ = writeFile("clash.json", configuration.text());

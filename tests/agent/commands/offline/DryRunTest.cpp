@@ -91,7 +91,7 @@ TEST_F(DryRunTest, JsonIsADocumentForEachCallAndEachOutcome) {
                                 {"interface", "e1"},
                                 {"place", 1},
                                 {"match", "ipv6"},
-                                {"action", {{"action", "discard"}}},
+                                {"action", {{"action", "actionDiscard"}}},
                                 {"refused", false}}));
   EXPECT_EQ(documents[4], json({{"configuration", first_},
                                 {"actions", {{"configured", 1}, {"programmed", 1}}},

@@ -205,8 +205,8 @@ TEST(BadEvents, WhatWentBeforeIsShownAndRemovedInOrder) {
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err,
             "error: " + events +
-                ":2: vrf NAME id N: NAME must be a VRF that exists, found 'late'; first: vrf late "
-                "add\n");
+                ":2: vrf NAME id N: NAME must be a VRF of the configuration or of the hardware, "
+                "found 'late'; a new one needs first: vrf late add\n");
   EXPECT_EQ(
       outcome.out,
       config +

@@ -6,6 +6,8 @@
 #include "agent/commands/served/CommandDispatch.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
+#include "agent/model/events/EventLine.h"
+#include "agent/model/packets/PacketText.h"
 #include "tests/agent/TestFiles.h"
 
 namespace ZelAgent {
@@ -121,8 +123,9 @@ TEST_F(ShowFilters, SelectTheUsersOfActionsThatFailed) {
 }
 
 TEST_F(ShowFilters, SelectCountersOfRulesAndOfAVrf) {
-  shown("route red 0.0.0.0/0 via e9");
-  shown("explain e1 ipv4 192.0.2.1 to 192.0.2.2 dscp 1");
+  shown("route red 0.0.0.0/0 via e1");
+  EventLine packet("ipv4 192.0.2.1 to 192.0.2.2 dscp 1");
+  (void)served_.agent().forwarder().forward("e1", readPacket(packet));
   EXPECT_EQ(shown("show counters interface e1 vrf red"),
             "  INTERFACE  POLICY  RULE  MATCH        ACTION         PACKETS  BYTES\n"
             "  e1         edge    1     ipv4 dscp 1  actionVrf red  1        28\n"

@@ -73,10 +73,10 @@ TEST_F(ShowRoutes, HaveTheirOriginNextHopsAndResult) {
 
 TEST_F(ShowRoutes, OfAnEventHideConfiguredOnes) {
   configure({{"10.0.0.0/8", {"via e7"}}});
-  shown("route red 10.0.0.0/8 via e9");
+  shown("route red 10.0.0.0/8 via e1");
   EXPECT_EQ(shown("show routes red"),
             "  VRF  PREFIX      ORIGIN      NEXT-HOPS  RESOLVED  STATE\n"
-            "  red  10.0.0.0/8  event       -          e9        programmed\n"
+            "  red  10.0.0.0/8  event       -          e1        programmed\n"
             "  red  10.0.0.0/8  configured  via e7     -         hidden: an event has set another "
             "route to the prefix\n");
 }
@@ -98,21 +98,21 @@ TEST_F(ShowRoutes, ThatAreNotResolvedHaveAReasonForEachNextHop) {
 }
 
 TEST_F(ShowRoutes, ThatAreNotProgrammedHaveTheReason) {
-  shown("route red 10.0.0.0/8 via e9");
+  shown("route red 10.0.0.0/8 via e1");
   shown("vrf red id 0");
   EXPECT_EQ(
       shown("show routes"),
       "  VRF  PREFIX      ORIGIN  NEXT-HOPS  RESOLVED  STATE\n"
-      "  red  10.0.0.0/8  event   -          e9        not programmed: the VRF has no hardware "
+      "  red  10.0.0.0/8  event   -          e1        not programmed: the VRF has no hardware "
       "id\n");
   shown("vrf red id 70");
-  shown("route blue 10.0.0.0/8 via e8");
+  shown("route blue 10.0.0.0/8 via e1");
   shown("vrf blue id 70");
   EXPECT_EQ(shown("show routes"),
             "  VRF   PREFIX      ORIGIN  NEXT-HOPS  RESOLVED  STATE\n"
-            "  blue  10.0.0.0/8  event   -          e8        not programmed: a VRF with the same "
+            "  blue  10.0.0.0/8  event   -          e1        not programmed: a VRF with the same "
             "hardware id has another route to the prefix\n"
-            "  red   10.0.0.0/8  event   -          e9        programmed\n");
+            "  red   10.0.0.0/8  event   -          e1        programmed\n");
 }
 
 TEST_F(ShowRoutes, AreSelectedByVrfAndByAPrefixThatContainsThem) {

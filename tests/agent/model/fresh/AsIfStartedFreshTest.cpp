@@ -26,6 +26,7 @@
 #include "agent/language/Errors.h"
 #include "testing/RandomRounds.h"
 #include "testing/RandomSeed.h"
+#include "tests/agent/FixedClock.h"
 #include "tests/agent/TestFiles.h"
 #include "tests/agent/model/HeldRule.h"
 #include "tests/agent/model/fresh/History.h"
@@ -179,9 +180,11 @@ class AgedAgent final {
 
   [[nodiscard]] std::string wrongShowConfig() {
     std::string wanted = "== show config\nfile         " + agentFile() + "\nin force     " +
-                         inForce_ + "\nreloads      " + std::to_string(applied_) + " applied, " +
-                         std::to_string(refused_) + " refused\n";
-    if (refusal_) wanted += "last reload  refused: " + *refusal_ + '\n';
+                         inForce_ + ", " + fixedTimeText + "\nreloads      " +
+                         std::to_string(applied_) + " applied, " + std::to_string(refused_) +
+                         " refused\n";
+    if (refusal_)
+      wanted += std::string("last reload  refused, ") + fixedTimeText + ": " + *refusal_ + '\n';
     const CommandOutput shown = runCommand(served_, "show config", false);
     return firstDifference("== show config\n" + shown.get_ref<const std::string&>(), wanted);
   }
@@ -236,7 +239,8 @@ class AgedAgent final {
 
   const Probes& probes_;
   const std::string folder_;
-  ServedAgent served_{agentFile(), roomyChip};
+  ServedAgent served_{agentFile(), ChipOptions{.capacity = roomyChip}, Limits::clientTimeout,
+                      Leniency::strict, fixedTime};
   KeptFacts facts_{roomyChip};
   HookAnswers answers_;
   std::vector<HookCall> calls_;

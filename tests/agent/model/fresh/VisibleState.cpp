@@ -10,7 +10,6 @@
 #include "agent/model/policies/PolicyObjects.h"
 #include "agent/reports/PathReport.h"
 #include "agent/reports/RuleReport.h"
-#include "testing/Shown.h"
 
 namespace ZelAgent {
 namespace {
@@ -161,8 +160,8 @@ class Writer final {
     title("rules on the chip");
     for (const Velo::String& intf : agent_.acl().intfs()) {
       for (const PolicyMap::AclRule& rule : agent_.acl().rules(intf)) {
-        text_ +=
-            Mox::quoted(intf.str()) + ": " + ZelVrfSelectionPolicy::Testing::shown(rule) + '\n';
+        text_ += Mox::quoted(intf.str()) + ": " + toText(*rule.match) + ", " + toText(rule.action) +
+                 '\n';
       }
     }
     text_ += std::to_string(agent_.acl().rulesInUse()) + " rules\n";

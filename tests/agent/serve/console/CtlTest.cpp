@@ -45,8 +45,8 @@ TEST_F(Ctl, ExitsWithTheStatusOfTheAnswer) {
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err,
-            "error: vrf NAME id N: NAME must be a VRF that exists, found 'nobody'; first: vrf "
-            "nobody add\n");
+            "error: vrf NAME id N: NAME must be a VRF of the configuration or of the hardware, "
+            "found 'nobody'; a new one needs first: vrf nobody add\n");
 }
 
 TEST_F(Ctl, PrintsJsonOnOneLineOnRequest) {

@@ -62,8 +62,9 @@ TEST(Request, WrongJsonIsReported) {
   EXPECT_THAT(problemWith(R"({"command": "a"} x)"), HasSubstr("malformed JSON"));
 }
 
-TEST(Request, EndlessNestingIsMalformed) {
-  EXPECT_THAT(problemWith("{\"command\":" + std::string(60000, '[')), HasSubstr("malformed JSON"));
+TEST(Request, EndlessNestingIsRefused) {
+  EXPECT_THAT(problemWith("{\"command\":" + std::string(60000, '[')),
+              HasSubstr("request:1:111: nests deeper than 100 levels"));
 }
 
 TEST(Request, NulBytesAndBytesThatAreNotUtf8AreRefused) {
