@@ -52,8 +52,8 @@ FRAMEWORK = ["Velo", "Quarry", "Mox", "Blinklog", "Duolog", "Bost"]
 # The domain types: each folder with the others of them that it may include.
 DOMAIN_TYPES = {
     "Acl": [],
-    "Classification": ["Ip"],
     "Ip": [],
+    "Classification": ["Ip"],
     "Ip6": [],
     "L3": [],
     "Lag": [],

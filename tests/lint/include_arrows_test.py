@@ -21,8 +21,9 @@ ROUTING6 = "platform/Routing6/Hardware/RouteStatus.h"
 SFLOW, ZEL = "platform/Sflow/InterfaceCollector.h", "platform/Zel/ZelBaseHelper.h"
 FALLBACK = "platform/VrfSelectionPolicy/VrfSelectionFallbackVrf.h"
 DOMAIN_TYPES = {
-    **{path: [] for path in (ACL, CLASSIFICATION, IP, IP6, L3, LAG, MIRRORING, SFLOW, ZEL)},
-    POLICY_MAP: [IP, L3, ZEL],
+    **{path: [] for path in (ACL, IP, IP6, L3, LAG, MIRRORING, SFLOW, ZEL)},
+    CLASSIFICATION: [IP],
+    POLICY_MAP: [CLASSIFICATION, IP, L3, ZEL],
     ROUTING: [L3],
     ROUTING6: [L3, ROUTING],
     FALLBACK: [L3],

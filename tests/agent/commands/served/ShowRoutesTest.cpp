@@ -106,11 +106,11 @@ TEST_F(ShowRoutes, ThatAreNotProgrammedHaveTheReason) {
       "  red  10.0.0.0/8  event   -          e1        not programmed: the VRF has no hardware "
       "id\n");
   shown("vrf red id 70");
-  shown("route blue 10.0.0.0/8 via e1");
+  shown("route blue 10.0.0.0/8 decap");
   shown("vrf blue id 70");
   EXPECT_EQ(shown("show routes"),
             "  VRF   PREFIX      ORIGIN  NEXT-HOPS  RESOLVED  STATE\n"
-            "  blue  10.0.0.0/8  event   -          e1        not programmed: a VRF with the same "
+            "  blue  10.0.0.0/8  event   -          decap     not programmed: a VRF with the same "
             "hardware id has another route to the prefix\n"
             "  red   10.0.0.0/8  event   -          e1        programmed\n");
 }

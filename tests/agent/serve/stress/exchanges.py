@@ -12,6 +12,7 @@ from collections.abc import Callable
 from configurations import actions_in
 
 LONGEST = 65536
+LEVELS = 100  # of a request
 FORM = '{"command": "...", "json": true|false, "columns": N}'
 ONCE = {}  # the answers to commands whose answer never changes, as a calm client got them
 
@@ -101,18 +102,26 @@ def unknown_member(random, word):
                    f'request: unknown member "{word}"; a request must be {FORM}')
 
 
+def too_deep(line):
+    """The object is a level too."""
+    column = line.index("[") + LEVELS
+    return f"request:1:{column}: nests deeper than {LEVELS} levels; a request must be {FORM}"
+
+
 def deep(random, word):
-    depth = random.choice([1, 100, random.randrange(1, 30000)])
+    depth = random.choice([1, LEVELS - 1, LEVELS, random.randrange(1, 30000)])
     line = f'{{"json": true, "command": {"[" * depth}"{word}"{"]" * depth}}}'
-    return as_json(line.encode(), 2, "request: member command must be a text")
+    return as_json(line.encode(), 2, "request: member command must be a text"
+                   if depth < LEVELS else too_deep(line))
 
 
 def unclosed(random, word):
-    depth = random.choice([1, 100, random.randrange(1, 60000)])
+    depth = random.choice([1, LEVELS - 1, LEVELS, random.randrange(1, 60000)])
     line = '{"command":' + "[" * depth
     return as_json(line.encode(), 2,
                    f"request:1:{len(line) + 1}: malformed JSON: while parsing value - unexpected end of "
-                   f"input; expected '[', '{{', or a literal; a request must be {FORM}")
+                   f"input; expected '[', '{{', or a literal; a request must be {FORM}"
+                   if depth < LEVELS else too_deep(line))
 
 
 def nul(random, word):
