@@ -73,7 +73,8 @@ std::optional<NumberRange> readRange(const JsonNode& node, std::uint16_t most) {
 Ranges without(Ranges ranges, Ranges excluded) {
   const Ranges gaps = joinedRanges(std::move(excluded));
   Ranges result;
-  for (const NumberRange& range : joinedRanges(std::move(ranges)))
+  const Ranges joined = joinedRanges(std::move(ranges));
+  for (const NumberRange& range : joined)
     addWithout(result, range, gaps);
   return result;
 }

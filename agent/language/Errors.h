@@ -18,8 +18,7 @@ class ConfigError final : public std::runtime_error {
   using Lines = std::vector<std::string>;
 
   explicit ConfigError(const std::string& what, Lines warnings = {})
-      : std::runtime_error(what),
-        warnings_(std::make_shared<const Lines>(std::move(warnings))) {}
+      : std::runtime_error(what), warnings_(std::make_shared<const Lines>(std::move(warnings))) {}
 
   /// The warnings about the same configuration, which only a check of it prints.
   [[nodiscard]] const Lines& warnings() const noexcept { return *warnings_; }

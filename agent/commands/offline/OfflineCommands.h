@@ -54,11 +54,11 @@ struct RunOptions {
 [[nodiscard]] ExitStatus runConfigurations(const RunOptions& options, std::ostream& out,
                                            std::ostream& err);
 
-/// `zel-agent run --dry-run`: prints each call that would change the chip, as CallReport.h describes
-/// it, while the configurations are applied to a chip of the given capacities. After the calls of a
-/// configuration it prints how much is programmed, and what is not. Events are not played.
-[[nodiscard]] ExitStatus showCalls(const RunOptions& options, std::ostream& out,
-                                   std::ostream& err);
+/// `zel-agent run --dry-run`: prints each call that would change the chip, as CallReport.h
+/// describes it, while the configurations are applied to a chip of the given capacities. After the
+/// calls of a configuration it prints how much is programmed, and what is not. Events are not
+/// played.
+[[nodiscard]] ExitStatus showCalls(const RunOptions& options, std::ostream& out, std::ostream& err);
 
 struct DiffOptions {
   std::string before;  // a configuration

@@ -33,8 +33,11 @@ struct Query {
 const Mox::Type& needType(EventLine& arguments) {
   const std::optional<Word> word = arguments.next();
   const Mox::Type* const type = word ? typeNamed(word->text) : nullptr;
-  if (type != nullptr) return *type;
-  arguments.fail("TYPE must be a registered type with attributes, which `show types` lists", word);
+  if (type == nullptr) {
+    arguments.fail("TYPE must be a registered type with attributes, which `show types` lists",
+                   word);
+  }
+  return *type;
 }
 
 std::string attributeList(const Mox::Type& type) {

@@ -155,7 +155,7 @@ class ReceivedBytes final : public AnswerSource {
   const std::string& path_;
   const AnswerWait& wait_;
   const char* whenClosed_ = "without an answer";
-  char block_[65536];
+  char block_[65536] = {};
 };
 
 std::string lineFrom(ReceivedBytes& source, std::string line) {

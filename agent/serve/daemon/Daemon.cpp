@@ -56,7 +56,8 @@ Daemon::Daemon(const DaemonOptions& options, std::ostream& out, DaemonLog& log)
     : options_(options),
       out_(out),
       log_(log),
-      served_(options.configuration, options.chip, options.limits.clientTimeout, options.leniency) {}
+      served_(options.configuration, options.chip, options.limits.clientTimeout, options.leniency) {
+}
 
 Daemon::~Daemon() {
   served_.agent().removeAll();

@@ -98,12 +98,12 @@ TEST_P(PolicyObjectsDscpTest, EveryGivenFieldMustMatch) {
 
 INSTANTIATE_TEST_SUITE_P(
     Each, PolicyObjectsDscpTest,
-    ::testing::Values(
-        DscpCase{"Neither", Leaves::object(), std::nullopt},
-        DscpCase{"Dscp", {{"dscp", 63}}, dscpBits({63})},
-        DscpCase{"DscpZero", {{"dscp", 0}}, dscpBits({0})},
-        DscpCase{"Set", {{"dscp-set", {0, 10, 63}}}, dscpBits({0, 10, 63})},
-        DscpCase{"DscpInTheSet", {{"dscp", 10}, {"dscp-set", {10, 12}}}, dscpBits({10})}),
+    ::testing::Values(DscpCase{"Neither", Leaves::object(), std::nullopt},
+                      DscpCase{"Dscp", {{"dscp", 63}}, dscpBits({63})},
+                      DscpCase{"DscpZero", {{"dscp", 0}}, dscpBits({0})},
+                      DscpCase{"Set", {{"dscp-set", {0, 10, 63}}}, dscpBits({0, 10, 63})},
+                      DscpCase{
+                          "DscpInTheSet", {{"dscp", 10}, {"dscp-set", {10, 12}}}, dscpBits({10})}),
     [](const auto& dscp) { return std::string(dscp.param.name); });
 
 TEST(PolicyObjects, RulesThatMatchTheSameShareAClassMap) {
