@@ -78,8 +78,9 @@ Policy readPolicy(const JsonNode& node, UniqueKeys<std::string>& ids, RulesReade
           identity == vrfSelectionType ? PolicyType::vrfSelection : PolicyType::forwarding};
 }
 
-void skipPolicy(const JsonNode& node, const std::string& type, UniqueKeys<std::string>& ids) {
-  ids.add(peekText(node, {"policy-id"}), node);
+void skipPolicy(const JsonNode& node, const std::string& type, const std::optional<std::string>& id,
+                UniqueKeys<std::string>& ids) {
+  ids.add(id, node);
   node.warn("is a policy of type " + inQuotes(type) + "; only " + vrfSelectionType + " and " +
             forwardingType + " are read, ignored");
 }
@@ -100,8 +101,9 @@ ReadPolicies readPolicies(const JsonObject& policyForwarding, const InstanceName
       read.policies.push_back(readPolicy(node, ids, RulesReader(names, sets)));
       read.types[read.policies.back().policyId] = type;
     } else {
-      skipPolicy(node, *type, ids);
-      read.types[peekText(node, {"policy-id"}).value_or("")] = type;
+      const auto id = peekText(node, {"policy-id"});
+      skipPolicy(node, *type, id, ids);
+      if (id) read.types[*id] = type;
     }
   }
   if (read.types.contains("")) read.hasUnreadable = true;

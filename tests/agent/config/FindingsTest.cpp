@@ -201,6 +201,16 @@ TEST(ForeignPolicy, IsSkippedWithOneWarningUnlessItIsApplied) {
                    "must be a policy of type PBR_POLICY, not \"M\" of type MATCH_ACTION_POLICY"));
 }
 
+TEST(ForeignPolicy, WithoutAnIdHidesNoUnknownPolicy) {
+  const std::string leaf = "$BINDING/config/apply-forwarding-policy";
+  const json document = fullDocumentWith({{"$DEFAULT/policy-forwarding/policies/policy/2",
+                                           {{"config", {{"type", "MATCH_ACTION_POLICY"}}}}},
+                                          {leaf, "missing"}});
+  EXPECT_EQ(
+      refusalOf(document),
+      lineOf(document, leaf, "must be a policy of the same network instance, not \"missing\""));
+}
+
 TEST(ForeignNextHop, IsLeftOutWithOneWarningAndItsRouteIfItHasNoOther) {
   const std::string what =
       "only an IP address, an interface or DROP is read; the next hop is ignored, and its route "
