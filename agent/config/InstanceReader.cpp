@@ -16,10 +16,10 @@ bool isUsualDefaultName(const std::string& name) {
   return name == defaultVrfName || name == defaultInstanceName;
 }
 
-// The name of the first instance that has the type of the default instance.
+// The name of the first instance that is used and has the type of the default instance.
 std::string findDefaultName(const std::vector<JsonNode>& entries) {
   for (const JsonNode& entry : entries) {
-    if (peekIdentity(entry, {"config", "type"}) != defaultType) continue;
+    if (isDisabled(entry) || peekIdentity(entry, {"config", "type"}) != defaultType) continue;
     if (auto name = peekText(entry, {"name"})) return *name;
   }
   return {};

@@ -12,6 +12,7 @@ namespace {
 using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using Texts = std::vector<std::string>;
 
 ReadConfiguration readLeniently(const json& document) {
@@ -182,6 +183,22 @@ TEST(DisabledInstance, IsAsIfItWereNotConfigured) {
   EXPECT_TRUE(read.configuration == readOpenConfig(absent.dump(), "f.json").configuration);
   EXPECT_EQ(read.warnings, warningsOf(absent));
   EXPECT_EQ(read.warnings.size(), 4U);
+}
+
+TEST(DisabledInstance, IsNotTheDefaultInstance) {
+  const json disabled =
+      json::parse(R"({"name": "old", "config": {"type": "DEFAULT_INSTANCE", "enabled": false}})");
+  for (const char* const name : {"DEFAULT", "main"}) {
+    json document = fullDocumentWith({{"$DEFAULT/name", name},
+                                      {"$DEFAULT/config/name", name},
+                                      {"$RED/config/fallback-network-instance", name},
+                                      {"$RULE20/action/config/post-decap-network-instance", name}});
+    json& instances = document["network-instances"]["network-instance"];
+    instances.insert(instances.begin(), disabled);
+    const ReadConfiguration read = readOpenConfig(document.dump(), "f.json");
+    EXPECT_TRUE(read.configuration == fullConfiguration()) << name;
+    EXPECT_THAT(read.warnings, IsEmpty()) << name;
+  }
 }
 
 TEST(ForeignPolicy, IsSkippedWithOneWarningUnlessItIsApplied) {
