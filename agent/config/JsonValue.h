@@ -27,8 +27,8 @@ class JsonValue final {
   using Content = std::variant<std::nullptr_t, bool, std::uint64_t, JsonOtherNumber, std::string,
                                Array, Object>;
 
-  JsonValue() = default;
-  JsonValue(Content content, std::size_t order) : content_(std::move(content)), order_(order) {}
+  JsonValue();
+  JsonValue(Content content, std::size_t order);
 
   /// The content if it is of the type, otherwise null.
   template <class Type>
@@ -51,5 +51,9 @@ struct JsonMember {
   std::string name;
   JsonValue value;
 };
+
+inline JsonValue::JsonValue() = default;
+inline JsonValue::JsonValue(Content content, std::size_t order)
+    : content_(std::move(content)), order_(order) {}
 
 }  // namespace ZelAgent

@@ -110,11 +110,14 @@ def in_condition(code, condition):
             yield "condition", begin, end, "false"
 
 
+DEFAULT_RESULTS = {f"return {value};" for value in ("{}", "nullptr", "std::nullopt", "false", "0")}
+
+
 def in_statement(code, statement, end_of_function):
     begin, end = statement.begin, statement.end
     text = code[begin:end]
     if text.startswith("return "):
-        if text not in ("return {};", "return nullptr;", "return false;", "return 0;"):
+        if text not in DEFAULT_RESULTS:
             yield "result", begin, end, "return {};"
         return
     declared = DECLARATION.match(text)

@@ -33,7 +33,8 @@ class Statements(unittest.TestCase):
 
     def test_a_result_becomes_the_default_one(self):
         self.assertEqual(broken(" return found; ", "int f()"), {" return {}; "})
-        self.assertEqual(broken(" return nullptr; ", "int* f()"), set())
+        for default in ("nullptr", "std::nullopt"):
+            self.assertEqual(broken(f" return {default}; ", "Some f()"), set())
 
     def test_an_attribute_is_no_statement(self):
         self.assertEqual(broken(" if (a) [[unlikely]] { b(); } else { c(); } "), {
