@@ -68,5 +68,7 @@ inline constexpr int consoleLines = 1000;
 inline constexpr std::size_t shownTextBytes = 1000;
 /// What a message shows of a value or of a word.
 inline constexpr std::size_t shownValueBytes = 100;
+/// Ports, offsets or prefixes of a match that a report shows of each list.
+inline constexpr std::size_t shownListValues = 64;
 
 }  // namespace ZelAgent::Limits

@@ -75,7 +75,7 @@ class CallText final {
   std::string operator()(const RuleCall& call) const {
     return std::string(nameOf(call.kind)) + ' ' +
            printable(call.intf.bytes(), Limits::shownTextBytes) + placeText(call) + ": " +
-           toText(*call.rule.match) + ", " + toText(call.rule.action) +
+           shownText(*call.rule.match) + ", " + toText(call.rule.action) +
            (call.accepted ? "" : " refused");
   }
   std::string operator()(const RouteCall& call) const {
@@ -104,7 +104,7 @@ class CallJson final {
     OrderedJson json{
         {"call", nameOf(call.kind)}, {"interface", call.intf.str()}, {"place", call.place}};
     if (call.kind == RuleCall::Kind::move) json["to"] = call.to;
-    json["match"] = toText(*call.rule.match);
+    json["match"] = shownText(*call.rule.match);
     json["action"] = actionJson(call.rule.action);
     json["refused"] = !call.accepted;
     return json;

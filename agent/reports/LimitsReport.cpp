@@ -94,6 +94,8 @@ void addOutput(LimitTable& table) {
                    "of a name, path or error in messages and tables; ... replaces the rest"});
   table.push_back({"shown value", Limits::shownValueBytes, "bytes", "",
                    "of a wrong value in a message; ... replaces the rest"});
+  table.push_back({"shown list", Limits::shownListValues, "values", "",
+                   "ports, offsets or prefixes of a match in a report; others are counted"});
   table.push_back({"trace ring", Blinklog::ring().slots(), "messages", "",
                    "last messages of the library that are kept; older ones are overwritten"});
   table.push_back({"trace message", Blinklog::Ring::slotBytes, "bytes", "",

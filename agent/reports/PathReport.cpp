@@ -125,7 +125,7 @@ void PathReport::ruleTried(std::size_t place, const PolicyMap::AclRule& /*rule*/
                            std::optional<SoftChip::RuleField> difference) {
   const RuleState& tried = ruleAt(place);
   const ActionUser& user = tried.user;
-  const std::string match = ZelAgent::toText(*tried.rule.match);
+  const std::string match = shownText(*tried.rule.match);
   const std::string field = difference ? std::string(nameOf(*difference)) : "";
   add("rule " + std::to_string(user.sequenceId) + " of " + toWord(user.policyId) + ", " + match +
           (difference ? ": differs by " + field : ": matches"),

@@ -114,12 +114,13 @@ OrderedJson actionJson(const PolicyMap::RuleAction& action) {
 
 std::vector<std::string> nameCells(const RuleState& rule) {
   return {printable(rule.user.interface, Limits::shownTextBytes), policyText(rule.user),
-          std::to_string(rule.user.sequenceId), toText(*rule.rule.match), toText(rule.rule.action)};
+          std::to_string(rule.user.sequenceId), shownText(*rule.rule.match),
+          toText(rule.rule.action)};
 }
 
 OrderedJson ruleJson(const RuleState& rule) {
   OrderedJson json = userJson(rule.user);
-  json["match"] = toText(*rule.rule.match);
+  json["match"] = shownText(*rule.rule.match);
   json["action"] = actionJson(rule.rule.action);
   json["programmed"] = rule.place.has_value();
   if (rule.isPrevious) json["previous"] = true;

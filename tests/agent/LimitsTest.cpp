@@ -25,6 +25,7 @@
 #include "agent/language/TextFile.h"
 #include "agent/model/events/EventReader.h"
 #include "agent/model/packets/PacketText.h"
+#include "agent/model/policies/PolicyObjects.h"
 #include "agent/model/routes/RoutingTable.h"
 #include "agent/reports/LimitsReport.h"
 #include "agent/reports/ReportPages.h"
@@ -486,6 +487,17 @@ void keepsShownValues(std::uint64_t limit) {
   EXPECT_EQ(inQuotes(longest + 'x'), '"' + longest + "...\"");
 }
 
+void keepsShownLists(std::uint64_t limit) {
+  PolicyMap::ClassMatch match;
+  match.family = IpFamily::v4;
+  for (std::uint16_t port = 0; match.sourcePorts.size() < limit; port += 2)
+    match.sourcePorts.push_back({port, port});
+  const std::string longest = toText(match);
+  EXPECT_EQ(shownText(match), longest);
+  match.sourcePorts.push_back({9999, 9999});
+  EXPECT_EQ(shownText(match), longest + ",... and 1 more");
+}
+
 void keepsTraceMessages(std::uint64_t limit) {
   constexpr std::uint64_t headers = 28;  // of the slot and of the text
   const Blinklog::SiteId site = Blinklog::siteIs({"/limits", 1, "text", 5, {"%s"}});
@@ -555,6 +567,7 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"console history", keepsConsoleHistories},
       {"shown text", keepsShownTexts},
       {"shown value", keepsShownValues},
+      {"shown list", keepsShownLists},
       {"trace ring", keepsTheTraceRing},
       {"trace message", keepsTraceMessages},
       {"trace file", keepsTraceFiles},

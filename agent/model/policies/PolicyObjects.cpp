@@ -1,12 +1,14 @@
 #include "agent/model/policies/PolicyObjects.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 #include <utility>
 #include <variant>
 
 #include "Mox/QuotedString.h"
 #include "agent/config/IpPrefix.h"
+#include "agent/language/Limits.h"
 #include "agent/language/TcpFlags.h"
 #include "agent/language/Words.h"
 
@@ -121,12 +123,17 @@ Velo::String addPolicyMap(const NetworkInstance& instance,
   return name;
 }
 
-// The values with commas between them.
+constexpr std::size_t allValues = std::numeric_limits<std::size_t>::max();
+
+// The values with commas between them. At most `most` of them, and the number of the others.
 template <class Values, class ToText>
-std::string listed(const Values& values, ToText toText) {
+std::string listed(const Values& values, std::size_t most, ToText toText) {
   std::string text;
-  for (const auto& value : values)
+  std::size_t left = most;
+  for (const auto& value : values) {
+    if (left-- == 0) return text + ",... and " + std::to_string(values.size() - most) + " more";
     text += (text.empty() ? "" : ",") + toText(value);
+  }
   return text;
 }
 
@@ -136,11 +143,11 @@ std::string toText(std::uint64_t dscps) {
     if ((dscps >> dscp & 1) != 0) values.push_back(dscp);
   }
   if (values.empty()) return "none";
-  return listed(values, [](unsigned dscp) { return std::to_string(dscp); });
+  return listed(values, allValues, [](unsigned dscp) { return std::to_string(dscp); });
 }
 
-std::string toText(const std::vector<NumberRange>& ranges) {
-  return listed(ranges, [](const NumberRange& range) {
+std::string toText(const std::vector<NumberRange>& ranges, std::size_t most) {
+  return listed(ranges, most, [](const NumberRange& range) {
     const std::string first = std::to_string(range.first);
     return range.first == range.last ? first : first + ".." + std::to_string(range.last);
   });
@@ -159,20 +166,29 @@ std::string toText(const TcpFlagsMatch& flags) {
 }
 
 std::string toText(const std::vector<TcpFlagsMatch>& matches) {
-  return listed(matches, [](const TcpFlagsMatch& match) { return toText(match); });
+  return listed(matches, allValues, [](const TcpFlagsMatch& match) { return toText(match); });
 }
 
-std::string prefixesText(const Classification::PrefixSet& set) {
-  std::string text =
-      listed(set.prefixes, [](const Ip::Prefix& prefix) { return ZelAgent::toText(prefix); });
+struct SetPrefix {
+  const Ip::Prefix* prefix;
+  bool isExcluded;
+};
+
+std::string prefixesText(const Classification::PrefixSet& set, std::size_t most) {
+  std::vector<SetPrefix> prefixes;
+  for (const Ip::Prefix& prefix : set.prefixes)
+    prefixes.push_back({&prefix, false});
   for (const Ip::Prefix& prefix : set.excluded)
-    text += (text.empty() ? "!" : ",!") + ZelAgent::toText(prefix);
-  return text.empty() ? "none" : text;
+    prefixes.push_back({&prefix, true});
+  if (prefixes.empty()) return "none";
+  return listed(prefixes, most, [](const SetPrefix& prefix) {
+    return (prefix.isExcluded ? "!" : "") + ZelAgent::toText(*prefix.prefix);
+  });
 }
 
-// The sets are texts; an empty one is no set.
+// The sets are texts; an empty one is no set. `most` is for each list of ranges.
 std::string textOf(const PolicyMap::HeaderMatch& match, const std::string& sourceSet,
-                   const std::string& destinationSet) {
+                   const std::string& destinationSet, std::size_t most) {
   if (!match.family) return "any";
   std::string text = ZelAgent::toText(*match.family);
   const auto add = [&](std::string_view field, const std::string& value) {
@@ -187,11 +203,22 @@ std::string textOf(const PolicyMap::HeaderMatch& match, const std::string& sourc
   if (match.hopLimit) add("hop-limit", std::to_string(*match.hopLimit));
   if (match.length) add("length", std::to_string(*match.length));
   if (match.isFragment) text += " fragment";
-  if (!match.fragmentOffsets.empty()) add("fragment-offset", toText(match.fragmentOffsets));
-  if (!match.sourcePorts.empty()) add("source-port", toText(match.sourcePorts));
-  if (!match.destinationPorts.empty()) add("destination-port", toText(match.destinationPorts));
+  if (!match.fragmentOffsets.empty()) add("fragment-offset", toText(match.fragmentOffsets, most));
+  if (!match.sourcePorts.empty()) add("source-port", toText(match.sourcePorts, most));
+  if (!match.destinationPorts.empty())
+    add("destination-port", toText(match.destinationPorts, most));
   if (!match.tcpFlags.empty()) add("tcp-flags", toText(match.tcpFlags));
   return text;
+}
+
+std::string textOf(const ClassMatch& match, std::size_t most) {
+  return textOf(match, match.sourceSet.empty() ? "" : toWord(match.sourceSet.bytes()),
+                match.destinationSet.empty() ? "" : toWord(match.destinationSet.bytes()), most);
+}
+
+std::string textOf(const PolicyMap::AclMatch& match, std::size_t most) {
+  return textOf(match, match.sourceSet ? prefixesText(**match.sourceSet, most) : "",
+                match.destinationSet ? prefixesText(**match.destinationSet, most) : "", most);
 }
 
 }  // namespace
@@ -217,13 +244,19 @@ PolicyObjects policyObjectsOf(const Configuration& configuration) {
 }
 
 std::string toText(const PolicyMap::ClassMatch& match) {
-  return textOf(match, match.sourceSet.empty() ? "" : toWord(match.sourceSet.bytes()),
-                match.destinationSet.empty() ? "" : toWord(match.destinationSet.bytes()));
+  return textOf(match, allValues);
 }
 
 std::string toText(const PolicyMap::AclMatch& match) {
-  return textOf(match, match.sourceSet ? prefixesText(**match.sourceSet) : "",
-                match.destinationSet ? prefixesText(**match.destinationSet) : "");
+  return textOf(match, allValues);
+}
+
+std::string shownText(const PolicyMap::ClassMatch& match) {
+  return textOf(match, Limits::shownListValues);
+}
+
+std::string shownText(const PolicyMap::AclMatch& match) {
+  return textOf(match, Limits::shownListValues);
 }
 
 }  // namespace ZelAgent

@@ -28,6 +28,11 @@ namespace ZelAgent {
 /// "ipv4 source-set 10.0.0.0/8,!10.1.0.0/16".
 [[nodiscard]] std::string toText(const PolicyMap::AclMatch& match);
 
+/// The same with at most `Limits::shownListValues` values of a list, and the number of the others:
+/// "ipv4 protocol 6 source-port 1,3,5,... and 200 more".
+[[nodiscard]] std::string shownText(const PolicyMap::ClassMatch& match);
+[[nodiscard]] std::string shownText(const PolicyMap::AclMatch& match);
+
 /// Where the rules of a policy map come from: one or two policies of a network instance.
 struct PolicyMapOrigin {
   struct Rule {

@@ -20,7 +20,7 @@ TEST(LimitsReport, HasEachLimitInItsPlace) {
                   "retry pause", "request", "answer", "waiting answers", "short answer",
                   "answer page", "answer levels", "clients", "client timeout", "answer timeouts",
                   "ctl timeout", "socket path", "completions", "console history", "shown text",
-                  "shown value", "trace ring", "trace message", "trace file"));
+                  "shown value", "shown list", "trace ring", "trace message", "trace file"));
 }
 
 TEST(LimitsReport, PrintsADashForWhatALimitDoesNotHave) {

@@ -28,6 +28,31 @@ TEST(MatchText, AFamilyAlone) {
   EXPECT_EQ(toText(match), "ipv6");
 }
 
+TEST(MatchText, ShowsSixtyFourValuesOfAListAndTheNumberOfTheOthers) {
+  ClassMatch ports = ipv4();
+  PolicyMap::AclMatch prefixes;
+  prefixes.family = IpFamily::v4;
+  Classification::PrefixSet set;
+  std::string shownPorts;
+  std::string shownPrefixes;
+  for (std::uint16_t i = 0; i < 64; ++i) {
+    const auto port = static_cast<std::uint16_t>(2 * i);
+    ports.sourcePorts.push_back({port, port});
+    shownPorts += (i == 0 ? "" : ",") + std::to_string(port);
+    const std::string prefix = "10.0." + std::to_string(i) + ".0/24";
+    set.prefixes.push_back(*parseIpPrefix(prefix));
+    shownPrefixes += (i == 0 ? "" : ",") + prefix;
+  }
+  EXPECT_EQ(shownText(ports), "ipv4 source-port " + shownPorts);
+  ports.sourcePorts.push_back({200, 300});
+  EXPECT_EQ(shownText(ports), "ipv4 source-port " + shownPorts + ",... and 1 more");
+  EXPECT_EQ(toText(ports), "ipv4 source-port " + shownPorts + ",200..300");
+
+  set.excluded = {*parseIpPrefix("10.0.0.0/25"), *parseIpPrefix("10.0.1.0/25")};
+  prefixes.destinationSet = set;
+  EXPECT_EQ(shownText(prefixes), "ipv4 destination-set " + shownPrefixes + ",... and 2 more");
+}
+
 TEST(MatchText, EveryFieldInItsOrder) {
   ClassMatch match = ipv4();
   match.protocol = 4;
