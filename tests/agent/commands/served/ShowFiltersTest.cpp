@@ -95,6 +95,19 @@ TEST_F(ShowFilters, SelectRulesThatTheChipDoesNotHold) {
   EXPECT_EQ(rules("show rules interface e1"), "e1/1 e1/2");
 }
 
+TEST_F(ShowFilters, SelectRulesInForceOfAPolicyThatIsNotConfiguredAnyMore) {
+  applyWithRoomFor(5);
+  std::string other(twoPolicies);
+  const std::string core = "\"core\"";
+  for (auto at = other.find(core); at != std::string::npos; at = other.find(core, at))
+    other.replace(at, core.size(), "\"next\"");
+  const std::string rule = "{\"sequence-id\": 7,";
+  other.insert(other.find(rule), "{\"sequence-id\": 3}, {\"sequence-id\": 4}, ");
+  (void)runCommand(served_, "config " + writeFile("next.json", other), false);
+  EXPECT_EQ(rules("show rules policy next"), "e3/3 e3/4 e3/7");
+  EXPECT_EQ(rules("show rules policy core"), "e3/7");
+}
+
 TEST_F(ShowFilters, SelectUsers) {
   EXPECT_EQ(shown("show users interface e1"),
             "  ACTION          INTERFACE  POLICY  RULE\n"
