@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "agent/config/JsonNode.h"
+#include "agent/language/Limits.h"
+#include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
 namespace {
@@ -88,14 +90,26 @@ JsonValue keyValue(const std::string& key, const std::string& text, std::size_t 
   return {text, order};
 }
 
+// Whether the value is the key of the path, whatever its module prefix.
+bool isKey(const JsonValue& value, const std::string& text) {
+  if (const auto* const number = value.as<std::uint64_t>()) return std::to_string(*number) == text;
+  const auto* const given = value.as<std::string>();
+  return given == nullptr || withoutModulePrefix(*given) == withoutModulePrefix(text);
+}
+
 // The value in the place of the step in its parent.
-JsonValue placed(const Step& step, JsonValue value) {
+JsonValue placed(const Step& step, JsonValue value, Findings& findings) {
   if (step.keys.empty()) return inObject(step.name, std::move(value));
   const std::size_t order = value.order();
   for (const auto& [key, text] : step.keys) {
     auto* const members = value.as<Object>();
-    if (members != nullptr && findMember(value, key) == nullptr) {
+    if (members == nullptr) continue;
+    const JsonMember* const given = findMember(value, key);
+    if (given == nullptr) {
       members->push_back({key, keyValue(key, text, order)});
+    } else if (!isKey(given->value, text)) {
+      findings.error(given->value.order(), "/val/" + printable(given->name),
+                     "must repeat the key " + inQuotes(text) + " of the path, not differ from it");
     }
   }
   JsonValue::Array entries;
@@ -112,8 +126,14 @@ JsonValue placedAt(const JsonValue& path, JsonValue value, Findings& findings) {
                    "\"/network-instances/network-instance[name=red]\"");
     return value;
   }
+  if (steps->size() > Limits::documentLevels) {
+    findings.error(path.order(), "/path",
+                   "must have at most " + std::to_string(Limits::documentLevels) + " steps, not " +
+                       std::to_string(steps->size()));
+    return value;
+  }
   for (auto step = steps->rbegin(); step != steps->rend(); ++step)
-    value = placed(*step, std::move(value));
+    value = placed(*step, std::move(value), findings);
   return value;
 }
 

@@ -304,5 +304,23 @@ TEST(WrappedDocument, HasAPathThatCanBeRead) {
   }
 }
 
+TEST(WrappedDocument, HasAtMostAsManyStepsAsADocumentHasLevels) {
+  std::string path;
+  for (int step = 0; step < 101; ++step)
+    path += "/a";
+  EXPECT_EQ(refusalOf({{"path", path}, {"val", json::object()}}),
+            "f.json: /path: must have at most 100 steps, not 101");
+}
+
+TEST(WrappedDocument, RepeatsTheKeysOfThePath) {
+  const std::string path = "/network-instances/network-instance[name=red]";
+  const json config{{"type", "L3VRF"}};
+  EXPECT_EQ(refusalOf({{"path", path}, {"val", {{"name", "blue"}, {"config", config}}}}),
+            "f.json: /val/name: must repeat the key \"red\" of the path, not differ from it");
+  const json right{{"path", path}, {"val", {{"name", "red"}, {"config", config}}}};
+  EXPECT_EQ(readOpenConfig(right.dump(), "f.json").configuration.networkInstances.at(0).name,
+            "red");
+}
+
 }  // namespace
 }  // namespace ZelAgent
