@@ -15,7 +15,9 @@ SANITIZERS = {"ASAN_OPTIONS": "detect_leaks=1:halt_on_error=1:quarantine_size_mb
               "UBSAN_OPTIONS": "halt_on_error=1:print_stacktrace=1"}
 CONFIGURATION, SOCKET = "agent.json", "agent.sock"
 APPLIED = "agent.json applied"
+# The errors of a refused file are one line each.
 REFUSED = re.compile(r"error: agent\.json\b.*; the configuration in force is unchanged")
+EARLIER_ERROR = re.compile(r"error: agent\.json\b.*")
 
 LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z (?P<text>.*)")
 PROGRAMMING = re.compile(r"warning: not programmed: .*|programmed again: .*|"
@@ -72,7 +74,7 @@ class ServedAgent:
                 applied += 1
             elif REFUSED.fullmatch(text):
                 refused += 1
-            elif not PROGRAMMING.fullmatch(text):
+            elif not EARLIER_ERROR.fullmatch(text) and not PROGRAMMING.fullmatch(text):
                 raise Broken(f"an unexpected line on standard error: {line[:500]!r}")
         return applied, refused
 
