@@ -70,7 +70,7 @@ class SetsReader final {
   static std::vector<NumberRange> readPorts(const JsonObject& config) {
     const auto ports = readFilledList<NumberRange>(config, "port", readPort);
     const JsonNode* const exclude = config.find("exclude-port");
-    const auto left = without(ports, readList<NumberRange>(exclude, readPort));
+    auto left = without(ports, readList<NumberRange>(exclude, readPort));
     if (!ports.empty() && left.empty() && exclude != nullptr) {
       exclude->refuse("must leave a port of the set");
     }

@@ -38,6 +38,7 @@ class MatchText final {
     if (elements.empty()) return;
     std::sort(elements.begin(), elements.end());
     std::vector<std::string> texts;
+    texts.reserve(elements.size());
     for (const Element& element : elements)
       texts.push_back(elementText(element));
     add(name, joined(texts, ","));

@@ -81,6 +81,7 @@ std::vector<TcpFlagsMatch> allOf(const std::vector<std::uint8_t>& flags) {
 
 std::vector<TcpFlagsMatch> anyOf(const std::vector<std::uint8_t>& flags) {
   std::vector<TcpFlagsMatch> each;
+  each.reserve(flags.size());
   for (const std::uint8_t flag : flags)
     each.push_back({flag, flag});
   return each;

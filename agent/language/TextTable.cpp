@@ -62,7 +62,7 @@ std::string takeLine(std::string_view& text, std::size_t width) {
   const std::size_t blank = text.rfind(' ', most);
   const bool hasBlank = blank != std::string_view::npos && blank > 0;
   const std::size_t end = hasBlank ? blank : std::max<std::size_t>(most, 1);
-  const std::string line(text.substr(0, end));
+  std::string line(text.substr(0, end));
   text.remove_prefix(hasBlank ? end + 1 : end);
   return line;
 }

@@ -79,6 +79,7 @@ std::string textOf(const NextHop& nextHop) {
 template <class Element>
 std::string listText(const std::vector<Element>& elements) {
   std::vector<std::string> texts;
+  texts.reserve(elements.size());
   for (const Element& element : elements)
     texts.push_back(textOf(element));
   return joined(texts, ", ");

@@ -69,6 +69,7 @@ const char* toText(PolicyType type) {
 
 std::string namesText(const std::vector<std::string>& names) {
   std::vector<std::string> printed;
+  printed.reserve(names.size());
   for (const std::string& name : names)
     printed.push_back(printable(name, Limits::shownTextBytes));
   return printed.empty() ? "-" : joined(printed, ", ");

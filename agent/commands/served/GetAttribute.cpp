@@ -103,6 +103,7 @@ struct Result {
 [[noreturn]] void failKey(const TypedKey& typed, const std::vector<Mox::AnyValue>& keys) {
   constexpr std::size_t shown = 10;
   std::vector<std::string> texts;
+  texts.reserve(keys.size());
   for (const Mox::AnyValue& key : keys)
     texts.push_back(joined(wordsOfKey(key), " "));
   std::sort(texts.begin(), texts.end());

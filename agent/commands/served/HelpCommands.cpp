@@ -75,6 +75,7 @@ void writeLines(std::ostream& out, const std::vector<Line>& lines) {
 
 std::vector<Line> linesOf(const std::vector<CommandRow>& rows) {
   std::vector<Line> lines;
+  lines.reserve(rows.size());
   for (const CommandRow& row : rows)
     lines.emplace_back(row.form, row.help);
   return lines;

@@ -103,7 +103,7 @@ SharedClassMatch addClassMap(const Rule& rule, PolicyObjects& objects, Velo::Str
 // Adds the policy map of the policies unless it is there. Returns its name.
 Velo::String addPolicyMap(const NetworkInstance& instance,
                           const std::vector<const Policy*>& policies, PolicyObjects& objects) {
-  const Velo::String name = policyMapName(instance.name, policies);
+  Velo::String name = policyMapName(instance.name, policies);
   if (objects.policyMaps.contains(name)) return name;
   PolicyMap::PolicyMapRules rules;
   PolicyMapOrigin origin{instance.name, {}, {}};
