@@ -200,8 +200,10 @@ void takeMoved(RulesBySequence& before, RulesBySequence& after,
   }
 }
 
-std::uint32_t placeOf(const Difference<Rule>& difference) {
-  return (difference.after ? difference.after : difference.before)->sequenceId;
+// A rule that moved to the number of a removed rule comes before that one.
+std::pair<std::uint32_t, bool> placeOf(const Difference<Rule>& difference) {
+  const bool isRemoved = !difference.after;
+  return {(isRemoved ? difference.before : difference.after)->sequenceId, isRemoved};
 }
 
 std::vector<Difference<Rule>> rulesThatDiffer(const Policy* before, const Policy* after) {
@@ -221,8 +223,8 @@ std::vector<Difference<Rule>> rulesThatDiffer(const Policy* before, const Policy
   }
   for (const auto& [sequence, rule] : rulesAfter)
     differences.push_back({std::nullopt, *rule});
-  std::stable_sort(differences.begin(), differences.end(),
-                   [](const auto& a, const auto& b) { return placeOf(a) < placeOf(b); });
+  std::sort(differences.begin(), differences.end(),
+            [](const auto& a, const auto& b) { return placeOf(a) < placeOf(b); });
   return differences;
 }
 
