@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "agent/config/RuleMatchText.h"
 #include "agent/language/Words.h"
