@@ -93,7 +93,7 @@ std::optional<Packets> packetsIn(const std::string& path) {
 class Arriving final {
  public:
   explicit Arriving(FuzzedBytes& input) {
-    static constexpr std::array<const char*, 3> interfaces{"Ethernet1", "Ethernet2", "other/0"};
+    static constexpr std::array<const char*, 3> interfaces{"Ethernet1", "Ethernet2", "Ethernet20"};
     unsigned damages = input.below(3);
     interface_ = interfaces[input.below(interfaces.size())];
     CaptureBytes capture = Fuzz::captureOf(input);
