@@ -10,6 +10,7 @@
 #include "agent/language/Words.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
+#include "agent/model/packets/PacketText.h"
 
 namespace ZelAgent {
 namespace {
@@ -24,24 +25,19 @@ Values vrfs(const Words& /*words*/, ForwardingAgent& agent) {
   return values;
 }
 
-Values interfaces(const Words& /*words*/, ForwardingAgent& agent) {
+Values asWords(const std::set<std::string>& names) {
   Values values;
-  for (const NetworkInstance& instance : agent.configuration().networkInstances) {
-    for (const std::string& interface : instance.interfaces)
-      values.insert(toWord(interface));
-    for (const PolicyBinding& binding : instance.policyBindings)
-      values.insert(toWord(binding.interface));
-  }
+  for (const std::string& name : names)
+    values.insert(toWord(name));
   return values;
 }
 
+Values interfaces(const Words& /*words*/, ForwardingAgent& agent) {
+  return asWords(agent.names().interfaces);
+}
+
 Values policies(const Words& /*words*/, ForwardingAgent& agent) {
-  Values values;
-  for (const NetworkInstance& instance : agent.configuration().networkInstances) {
-    for (const Policy& policy : instance.policies)
-      values.insert(toWord(policy.policyId));
-  }
-  return values;
+  return asWords(agent.names().policies);
 }
 
 // The prefixes of the routes of the VRF that the last word names.
@@ -94,7 +90,8 @@ Values packetKeywordsAfter(std::span<const std::string> words) {
     if (words[next] == "carrying") return packetKeywordsAfter(words.subspan(next + 1));
   }
   if (next > words.size()) return {};  // the value of a field
-  return {"protocol", "dscp", "ecn", "ttl", "carrying"};
+  const Words keywords = ZelAgent::packetKeywords();
+  return {keywords.begin(), keywords.end()};
 }
 
 // `words` begin with `explain INTERFACE`.
@@ -130,9 +127,7 @@ constexpr Placeholder placeholders[] = {
     {"LINE", "a line, quoted as one word", nullptr},
     {"N", "a number", nullptr},
     {"NAME", "a VRF", vrfs},
-    {"PACKET",
-     "ipv4|ipv6 SOURCE to DESTINATION [protocol N] [dscp N] [ecn N] [ttl N] "
-     "[carrying PACKET], or hex BYTES",
+    {"PACKET", "ipv4|ipv6 SOURCE to DESTINATION [FIELD VALUE]... [carrying PACKET], or hex BYTES",
      packetKeywords},
     {"POLICY", "a policy", policies},
     {"PREFIX", "a prefix, such as 192.0.2.0/24 or 2001:db8::/32", prefixes},

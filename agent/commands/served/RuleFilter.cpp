@@ -12,30 +12,11 @@ namespace ZelAgent {
 namespace {
 
 bool hasInterface(ForwardingAgent& agent, const std::string& name) {
-  const auto& instances = agent.configuration().networkInstances;
-  return std::any_of(instances.begin(), instances.end(), [&](const NetworkInstance& instance) {
-    const auto& bindings = instance.policyBindings;
-    return std::find(instance.interfaces.begin(), instance.interfaces.end(), name) !=
-               instance.interfaces.end() ||
-           std::any_of(bindings.begin(), bindings.end(),
-                       [&](const PolicyBinding& binding) { return binding.interface == name; });
-  });
+  return agent.names().interfaces.contains(name);
 }
 
-bool isConfiguredPolicy(ForwardingAgent& agent, const std::string& name) {
-  const auto& instances = agent.configuration().networkInstances;
-  return std::any_of(instances.begin(), instances.end(), [&](const NetworkInstance& instance) {
-    return std::any_of(instance.policies.begin(), instance.policies.end(),
-                       [&](const Policy& policy) { return policy.policyId == name; });
-  });
-}
-
-// Rules that the chip holds may be those of a policy that the configuration does not have any more.
 bool hasPolicy(ForwardingAgent& agent, const std::string& name) {
-  if (isConfiguredPolicy(agent, name)) return true;
-  const RuleStates rules = agent.rules();
-  return std::any_of(rules.begin(), rules.end(),
-                     [&](const RuleState& rule) { return rule.user.policyId == name; });
+  return agent.names().policies.contains(name) || agent.policiesInForce().contains(name);
 }
 
 bool hasVrf(ForwardingAgent& agent, const std::string& name) {

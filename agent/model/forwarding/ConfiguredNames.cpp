@@ -40,6 +40,11 @@ void addVrfs(const NetworkInstance& instance, std::set<std::string>& vrfs) {
   }
 }
 
+void addPolicies(const NetworkInstance& instance, std::set<std::string>& policies) {
+  for (const Policy& policy : instance.policies)
+    policies.insert(policy.policyId);
+}
+
 }  // namespace
 
 ConfiguredNames configuredNames(const Configuration& configuration) {
@@ -48,6 +53,7 @@ ConfiguredNames configuredNames(const Configuration& configuration) {
   for (const NetworkInstance& instance : configuration.networkInstances) {
     addInterfaces(instance, names.interfaces);
     addVrfs(instance, names.vrfs);
+    addPolicies(instance, names.policies);
   }
   return names;
 }

@@ -13,6 +13,8 @@ struct ConfiguredNames {
   std::set<std::string> interfaces;
   /// Network instances, and the VRFs that fallbacks and rules name. The default VRF is among them.
   std::set<std::string> vrfs;
+  /// Ids of policies.
+  std::set<std::string> policies;
 };
 
 [[nodiscard]] ConfiguredNames configuredNames(const Configuration& configuration);

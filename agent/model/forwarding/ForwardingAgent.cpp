@@ -324,6 +324,16 @@ void ForwardingAgent::recordRulesInForce() {
   }
 }
 
+std::set<std::string> ForwardingAgent::policiesInForce() const {
+  std::set<PolicyMapOriginPtr> origins;
+  for (const auto& [intf, origin] : rulesInForce_)
+    origins.insert(origin);
+  std::set<std::string> policies;
+  for (const PolicyMapOriginPtr& origin : origins)
+    policies.insert(origin->policyIds.begin(), origin->policyIds.end());
+  return policies;
+}
+
 void ForwardingAgent::retryRules() {
   policySm_->policySm()->retry();
   recordRulesInForce();

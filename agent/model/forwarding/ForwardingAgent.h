@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -91,6 +92,9 @@ class ForwardingAgent final {
   [[nodiscard]] RuleStates rules(const Velo::String& intf, RuleCursor& cursor,
                                  std::size_t most) const;
   [[nodiscard]] RuleCounts ruleCounts(const std::string& intf) const;
+  /// The ids of the policies whose rules the chip holds. The configuration may not have them any
+  /// more.
+  [[nodiscard]] std::set<std::string> policiesInForce() const;
   /// The interfaces that a policy is applied to, and their policy maps.
   [[nodiscard]] const std::map<Velo::String, PolicyMap::IntfPolicy>& policyIntfs() const noexcept {
     return policies_.intfs;

@@ -1,10 +1,14 @@
 #include "agent/model/packets/PacketText.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
+#include <string_view>
 
 #include "agent/config/IpPrefix.h"
 #include "agent/language/Limits.h"
 #include "agent/language/TcpFlags.h"
+#include "agent/language/Words.h"
 #include "chips/soft/packet/Checksum.h"
 #include "chips/soft/packet/Decapsulation.h"
 
@@ -82,34 +86,36 @@ void readCarried(EventLine& line, Options& options) {
   }
 }
 
-// Reads one option.
+// A word after the addresses, and what reads the value that follows it.
+struct Keyword {
+  std::string_view name;
+  void (*read)(EventLine& line, Options& options);
+};
+
+constexpr Keyword keywords[] = {
+    {"protocol", [](auto& line, auto& to) { to.protocol = readByte(line, "protocol", 255); }},
+    {"dscp", [](auto& line, auto& to) { to.fields.dscp = readByte(line, "dscp", 63); }},
+    {"ecn", [](auto& line, auto& to) { to.fields.ecn = readByte(line, "ecn", 3); }},
+    {"ttl", [](auto& line, auto& to) { to.fields.ttl = readByte(line, "ttl", 255); }},
+    {"length", [](auto& line, auto& to) { to.length = read16(line, "length", longestPacket); }},
+    {"fragment-offset",
+     [](auto& line, auto& to) {
+       to.fields.fragmentOffset = read16(line, "fragment-offset", lastFragmentOffset);
+     }},
+    {"source-port", [](auto& line, auto& to) { to.sourcePort = read16(line, "source-port"); }},
+    {"destination-port",
+     [](auto& line, auto& to) { to.destinationPort = read16(line, "destination-port"); }},
+    {"tcp-flags", [](auto& line, auto& to) { to.tcpFlags = readTcpFlags(line); }},
+    {"carrying", readCarried},
+};
+
 void readOption(EventLine& line, const Word& word, Options& options) {
-  if (word.text == "protocol") {
-    options.protocol = readByte(line, "protocol", 255);
-  } else if (word.text == "dscp") {
-    options.fields.dscp = readByte(line, "dscp", 63);
-  } else if (word.text == "ecn") {
-    options.fields.ecn = readByte(line, "ecn", 3);
-  } else if (word.text == "ttl") {
-    options.fields.ttl = readByte(line, "ttl", 255);
-  } else if (word.text == "length") {
-    options.length = read16(line, "length", longestPacket);
-  } else if (word.text == "fragment-offset") {
-    options.fields.fragmentOffset = read16(line, "fragment-offset", lastFragmentOffset);
-  } else if (word.text == "source-port") {
-    options.sourcePort = read16(line, "source-port");
-  } else if (word.text == "destination-port") {
-    options.destinationPort = read16(line, "destination-port");
-  } else if (word.text == "tcp-flags") {
-    options.tcpFlags = readTcpFlags(line);
-  } else if (word.text == "carrying") {
-    readCarried(line, options);
-  } else {
-    line.fail(
-        "DESTINATION may be followed by protocol, dscp, ecn, ttl, length, fragment-offset, "
-        "source-port, destination-port, tcp-flags or carrying",
-        word);
-  }
+  const auto* const keyword =
+      std::find_if(std::begin(keywords), std::end(keywords),
+                   [&](const Keyword& candidate) { return candidate.name == word.text; });
+  if (keyword == std::end(keywords))
+    line.fail("DESTINATION may be followed by " + alternatives(packetKeywords()), word);
+  keyword->read(line, options);
 }
 
 // Throws unless a packet can have the ports and flags.
@@ -266,6 +272,13 @@ std::vector<std::uint8_t> readPacket(EventLine& line) {
   const std::string first = line.needOneOf("a packet must begin with", {"ipv4", "ipv6", "hex"});
   if (first == "hex") return readHex(line);
   return readBuilt(line, first == "ipv4" ? IpFamily::v4 : IpFamily::v6);
+}
+
+std::vector<std::string> packetKeywords() {
+  std::vector<std::string> names;
+  for (const Keyword& keyword : keywords)
+    names.emplace_back(keyword.name);
+  return names;
 }
 
 std::vector<std::uint8_t> buildPacket(const PacketFields& fields) {

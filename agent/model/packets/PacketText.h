@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "Ip/Prefix.h"
@@ -43,5 +44,8 @@ struct PacketFields {
 /// header of twenty, whose checksum is 0. Otherwise a packet that carries no other packet carries
 /// eight zero bytes. Zero bytes follow up to `length`, which includes the IP header.
 [[nodiscard]] std::vector<std::uint8_t> readPacket(EventLine& line);
+
+/// The words that may follow DESTINATION: each FIELD, then "carrying".
+[[nodiscard]] std::vector<std::string> packetKeywords();
 
 }  // namespace ZelAgent

@@ -553,6 +553,9 @@ TEST_F(Commands, CompletionOffersTheKeywordsOfAPacket) {
   EXPECT_EQ(output("complete 'explain e1 '"), json({"hex", "ipv4", "ipv6"}));
   EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 '"), json({"to"}));
   EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to '"), json::array());
+  EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 '"),
+            json({"carrying", "destination-port", "dscp", "ecn", "fragment-offset", "length",
+                  "protocol", "source-port", "tcp-flags", "ttl"}));
   EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 p'"), json({"protocol"}));
   EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 ttl '"), json::array());
   EXPECT_EQ(output("complete 'explain e1 ipv4 192.0.2.1 to 192.0.2.2 carrying i'"),
