@@ -39,52 +39,31 @@ class NewUser {
 UserCountingAclHelper::UserCountingAclHelper(const Velo::String& name,
                                              Mox::Ptr<PolicyMapAclHelper> hardware,
                                              Mox::Ptr<ZelVrfSelectionPolicy::VrfHwConfig> users)
-    : PolicyMapAclHelper(name), hardware_(std::move(hardware)), users_(std::move(users)) {}
+    : PassingAclHelper(name, std::move(hardware)), users_(std::move(users)) {}
 
 PolicyMap::AclResult UserCountingAclHelper::addRule(const Velo::String& intf, std::size_t place,
                                                     const PolicyMap::AclRule& rule) {
   NewUser user(*users_, vrfActionOf(rule.action));
-  PolicyMap::AclResult result = hardware_->addRule(intf, place, rule);
+  PolicyMap::AclResult result = PassingAclHelper::addRule(intf, place, rule);
   if (result.accepted) user.stays();
   return result;
 }
 
 void UserCountingAclHelper::removeRule(const Velo::String& intf, std::size_t place) {
   const auto action = vrfActionOf(rules(intf)[place].action);
-  hardware_->removeRule(intf, place);
+  PassingAclHelper::removeRule(intf, place);
   if (action) users_->vrfRefCountDec(*action, 1);
-}
-
-void UserCountingAclHelper::moveRule(const Velo::String& intf, std::size_t from, std::size_t to) {
-  hardware_->moveRule(intf, from, to);
 }
 
 PolicyMap::AclResult UserCountingAclHelper::replaceRule(const Velo::String& intf, std::size_t place,
                                                         const PolicyMap::AclRule& rule) {
   const auto old = vrfActionOf(rules(intf)[place].action);
   NewUser user(*users_, vrfActionOf(rule.action));
-  PolicyMap::AclResult result = hardware_->replaceRule(intf, place, rule);
+  PolicyMap::AclResult result = PassingAclHelper::replaceRule(intf, place, rule);
   if (!result.accepted) return result;
   user.stays();
   if (old) users_->vrfRefCountDec(*old, 1);
   return result;
-}
-
-void UserCountingAclHelper::intfClosedIs(const Velo::String& intf, bool closed) {
-  hardware_->intfClosedIs(intf, closed);
-}
-
-bool UserCountingAclHelper::intfClosed(const Velo::String& intf) const {
-  return hardware_->intfClosed(intf);
-}
-
-const PolicyMap::PolicyMapAclHelper::Rules& UserCountingAclHelper::rules(
-    const Velo::String& intf) const {
-  return hardware_->rules(intf);
-}
-
-std::vector<Velo::String> UserCountingAclHelper::intfs() const {
-  return hardware_->intfs();
 }
 
 }  // namespace ZelAgent

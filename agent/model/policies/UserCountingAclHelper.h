@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PolicyMap/PolicyMapAclHelper.h"
 #include "ZelVrfSelectionPolicy/tables/VrfHwConfig.h"
+#include "agent/model/calls/PassingAclHelper.h"
 
 namespace ZelAgent {
 
@@ -12,7 +12,7 @@ namespace ZelAgent {
 /// down again if the hardware refuses it or the call throws. When a rule leaves, the count goes
 /// down after the hardware has removed it. A replaced rule does both, in this order. Counts and
 /// rules agree whenever no call is under way.
-class UserCountingAclHelper final : public PolicyMap::PolicyMapAclHelper {
+class UserCountingAclHelper final : public PassingAclHelper {
  public:
   /// Passes every call on to `hardware`, and counts in `users`.
   UserCountingAclHelper(const Velo::String& name, Mox::Ptr<PolicyMapAclHelper> hardware,
@@ -21,16 +21,10 @@ class UserCountingAclHelper final : public PolicyMap::PolicyMapAclHelper {
   [[nodiscard]] PolicyMap::AclResult addRule(const Velo::String& intf, std::size_t place,
                                              const PolicyMap::AclRule& rule) override;
   void removeRule(const Velo::String& intf, std::size_t place) override;
-  void moveRule(const Velo::String& intf, std::size_t from, std::size_t to) override;
   [[nodiscard]] PolicyMap::AclResult replaceRule(const Velo::String& intf, std::size_t place,
                                                  const PolicyMap::AclRule& rule) override;
-  void intfClosedIs(const Velo::String& intf, bool closed) override;
-  [[nodiscard]] bool intfClosed(const Velo::String& intf) const override;
-  [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
-  [[nodiscard]] std::vector<Velo::String> intfs() const override;
 
  private:
-  Mox::Ptr<PolicyMapAclHelper> hardware_;
   Mox::Ptr<ZelVrfSelectionPolicy::VrfHwConfig> users_;
 };
 
