@@ -1,53 +1,23 @@
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 #include <algorithm>
-#include <iterator>
-#include <limits>
-#include <set>
 #include <utility>
-#include <vector>
+#include <variant>
 
 #include "agent/language/Limits.h"
 #include "agent/model/calls/ObservedAclHelper.h"
+#include "agent/model/forwarding/ConfigurationChange.h"
 #include "agent/model/forwarding/Reprogrammer.h"
 #include "agent/model/policies/UserCountingAclHelper.h"
 
 namespace ZelAgent {
 namespace {
 
-using PolicyMap::PolicyMapRules;
-using PolicyMap::RuleStatus;
 using Routing6RouteStatus = Routing6::Hardware::RouteStatus;
 using RoutingRouteStatus = Routing::Hardware::RouteStatus;
 using SoftChip::SoftAclHelper;
 using SoftChip::SoftVrfHelper;
-using TrafficPolicy::ZelTrafficPolicySm;
 using VrfSelectionPolicy::VrfSelectionFallbackVrf;
-
-// Suspends the notifications of a state machine. `end` resumes them, and the machine then handles
-// all changes of the pause together. That may throw. The destructor resumes them too, when another
-// exception ends the scope, and ignores a second failure.
-class Pause {
- public:
-  explicit Pause(Mox::Ptr<ZelTrafficPolicySm> sm) : sm_(std::move(sm)) {
-    sm_->hasNotificationActiveIs(false);
-  }
-  Pause(const Pause&) = delete;
-  Pause& operator=(const Pause&) = delete;
-  ~Pause() {
-    try {
-      end();
-    } catch (...) {  // NOLINT(bugprone-empty-catch): the first failure is the one to report
-    }
-  }
-  // Only the first call has an effect, whether it succeeds or not.
-  void end() {
-    if (const auto sm = std::exchange(sm_, nullptr)) sm->hasNotificationActiveIs(true);
-  }
-
- private:
-  Mox::Ptr<ZelTrafficPolicySm> sm_;
-};
 
 // The users of each action among the rules that the chip holds.
 ActionUsers usersOf(const RuleStates& rules) {
@@ -57,14 +27,6 @@ ActionUsers usersOf(const RuleStates& rules) {
     if (rule.place && action) users[*action].insert(rule.user);
   }
   return users;
-}
-
-// Calls `remove` with each key of `before` that `after` does not have.
-template <class Map, class Remove>
-void forEachGone(const Map& before, const Map& after, Remove remove) {
-  for (const auto& [key, value] : before) {
-    if (!after.contains(key)) remove(key);
-  }
 }
 
 }  // namespace
@@ -83,12 +45,14 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
       mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
       chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chip.capacity)),
       acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), chip.ruleCapacity)),
+      ruleObserver_([this](const ChipCall& call) { observeRule(call); }),
       countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(
           Velo::String("userCounting"),
-          Mox::makeActivePtr<ObservedAclHelper>(Velo::String("observed"), acl_, chipObserver_),
+          Mox::makeActivePtr<ObservedAclHelper>(Velo::String("observed"), acl_, ruleObserver_),
           vrfHwConfig_)),
       forwarder_(*acl_, *chip_, routeTables_, inputs()),
       routes_(routeTables_, inputs(), chipObserver_),
+      rules_(acl_, policyStatus_),
       policySm_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(
           countingAcl_, mounts_, chip_, fallbackConfig_, routeStatus_, routeStatusV6_)) {
   countingAcl_->whenFullIs(chip.whenFull);
@@ -104,22 +68,30 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
 
 ForwardingAgent::~ForwardingAgent() = default;
 
-void ForwardingAgent::apply(const Configuration& next) {
-  FallbackByInstance instances;
-  for (const NetworkInstance& instance : next.networkInstances)
-    instances.emplace(instance.name, instance.fallback);
-  bringUpInstances(next);
-  routes_.configuredIs(next);
-  routes_.add();
-  changeFallbacks(next);
-  changeInterfaces(next);
-  changePolicies(next);
-  takeDownInstances(instances);
-  instances_ = std::move(instances);
-  configuration_ = next;
-  names_.reset();
-  reprogrammer_->stepOfConfiguration();
-  routes_.program();
+void ForwardingAgent::apply(Configuration next) {
+  completeChange();
+  change_ = std::make_unique<Change>(*this, std::move(next));
+  completeChange();
+}
+
+void ForwardingAgent::begin(Configuration next) {
+  rules_.reached().begin();
+  change_ = std::make_unique<Change>(*this, std::move(next));
+}
+
+void ForwardingAgent::step() {
+  try {
+    if (change_->step()) return;
+  } catch (...) {
+    std::exchange(change_, nullptr)->abandon();
+    throw;
+  }
+  change_.reset();
+}
+
+void ForwardingAgent::completeChange() {
+  while (isChanging())
+    step();
 }
 
 void ForwardingAgent::complete() {
@@ -173,6 +145,11 @@ void ForwardingAgent::chipObserverIs(ChipObserver observer) {
   }
 }
 
+void ForwardingAgent::observeRule(const ChipCall& call) {
+  rules_.reached().add(std::get<RuleCall>(call).intf);
+  if (chipObserver_) chipObserver_(call);
+}
+
 AgentState ForwardingAgent::state(UserLists lists) const {
   AgentState state;
   const auto& counts = vrfHwConfig_->vrfRefCount();
@@ -187,7 +164,8 @@ AgentState ForwardingAgent::state(UserLists lists) const {
   }
   state.chip = {chip_->capacity(), static_cast<std::uint32_t>(chip_->resources().size()),
                 chip_->hookCounts()};
-  state.ruleTable = {acl_->capacity(), acl_->rulesInUse(), acl_->mostRulesInUse(), refusedRules()};
+  state.ruleTable = {acl_->capacity(), acl_->rulesInUse(), acl_->mostRulesInUse(),
+                     rules_.refused()};
   return state;
 }
 
@@ -196,147 +174,25 @@ ActionUsers ForwardingAgent::users() const {
 }
 
 RuleStates ForwardingAgent::rules() const {
-  RuleStates states;
-  for (const auto& [intf, applied] : policies_.intfs) {
-    RuleStates ofIntf = rules(intf.str());
-    std::move(ofIntf.begin(), ofIntf.end(), std::back_inserter(states));
-  }
-  return states;
+  return rules_.rules();
 }
 
 RuleStates ForwardingAgent::rules(const std::string& intf) const {
-  RuleCursor cursor;
-  return rules(intf, cursor, std::numeric_limits<std::size_t>::max());
+  return rules_.rules(intf);
 }
 
 RuleStates ForwardingAgent::rules(const Velo::String& intf, RuleCursor& cursor,
                                   std::size_t most) const {
-  if (!policies_.intfs.contains(intf)) return {};
-  RuleStates states;
-  if (!cursor.isInPrevious) states = rulesOf(intf, cursor, most);
-  if (states.size() == most) return states;
-  if (!std::exchange(cursor.isInPrevious, true)) cursor.nextSequence = 0;
-  RuleStates previous = previousRulesOf(intf, cursor, most - states.size());
-  std::move(previous.begin(), previous.end(), std::back_inserter(states));
-  return states;
+  return rules_.rules(intf, cursor, most);
 }
 
 RuleCounts ForwardingAgent::ruleCounts(const std::string& intf) const {
-  RuleCounts counts{acl_->rules(intf).size(), 0, acl_->intfClosed(intf)};
-  const auto applied = policies_.intfs.find(intf);
-  if (applied != policies_.intfs.end() && !holdsRulesOf(intf, applied->second.policyMap))
-    counts.refused = policies_.policyMaps.at(applied->second.policyMap).size();
-  return counts;
-}
-
-std::size_t ForwardingAgent::refusedRules() const {
-  std::size_t rules = 0;
-  for (const auto& [intf, applied] : policies_.intfs)
-    rules += policies_.policyMaps.at(applied.policyMap).size();
-  std::size_t programmed = 0;
-  for (const auto& [policyMap, mapRules] : policies_.policyMaps) {
-    const PolicyMap::PolicyStatus* const status = policyStatus_->policyStatus(policyMap);
-    if (status != nullptr) programmed += status->rulesProgrammed;
-  }
-  return rules - std::min(rules, programmed);
-}
-
-bool ForwardingAgent::holdsRulesOf(const Velo::String& intf, const Velo::String& policyMap) const {
-  const PolicyMapRules& rules = policies_.policyMaps.at(policyMap);
-  return std::any_of(rules.begin(), rules.end(), [&](const PolicyMap::PolicyMapRule& rule) {
-    const RuleStatus* const status = policyStatus_->ruleStatus({intf, policyMap, rule.sequence});
-    return status != nullptr && status->programmed;
-  });
-}
-
-// The chip holds all rules of the policy or none, so the place of a rule is its index.
-RuleState ForwardingAgent::ruleStateOf(const Velo::String& intf, const Velo::String& policyMap,
-                                       std::size_t index) const {
-  const PolicyMapOrigin& origin = *policies_.origins.at(policyMap);
-  const PolicyMapOrigin::Rule& from = origin.rules[index];
-  const PolicyMap::PolicyMapRule& rule = policies_.policyMaps.at(policyMap)[index];
-  const RuleStatus* const status = policyStatus_->ruleStatus({intf, policyMap, rule.sequence});
-  RuleState state{{intf.str(), origin.networkInstance, origin.policyOf(from), from.sequence},
-                  {from.match, rule.action},
-                  {},
-                  status == nullptr ? "not programmed yet" : status->reason.str(),
-                  {}};
-  const auto& counters = acl_->counters(intf);
-  if (status != nullptr && status->programmed && index < counters.size()) {
-    state.counter = counters[index];
-    state.place = index;
-  }
-  return state;
-}
-
-// The rules of the policy that is applied to the interface.
-RuleStates ForwardingAgent::rulesOf(const Velo::String& intf, RuleCursor& cursor,
-                                    std::size_t most) const {
-  RuleStates states;
-  const Velo::String& policyMap = policies_.intfs.at(intf).policyMap;
-  const PolicyMapRules& rules = policies_.policyMaps.at(policyMap);
-  auto rule = std::lower_bound(rules.begin(), rules.end(), cursor.nextSequence,
-                               [](const PolicyMap::PolicyMapRule& other, std::uint64_t sequence) {
-                                 return other.sequence < sequence;
-                               });
-  for (; rule != rules.end() && states.size() < most; ++rule) {
-    states.push_back(ruleStateOf(intf, policyMap, static_cast<std::size_t>(rule - rules.begin())));
-    cursor.nextSequence = std::uint64_t{rule->sequence} + 1;
-  }
-  return states;
-}
-
-// The rules that the chip holds for the interface although its policy is another one.
-RuleStates ForwardingAgent::previousRulesOf(const Velo::String& intf, RuleCursor& cursor,
-                                            std::size_t most) const {
-  RuleStates states;
-  const auto found = rulesInForce_.find(intf);
-  if (found == rulesInForce_.end() || holdsRulesOf(intf, policies_.intfs.at(intf).policyMap))
-    return states;
-  const PolicyMapOrigin& origin = *found->second;
-  const auto& rules = acl_->rules(intf);
-  const std::size_t count = std::min(rules.size(), origin.rules.size());
-  const auto first = std::lower_bound(
-      origin.rules.begin(), origin.rules.end(), cursor.nextSequence,
-      [](const PolicyMapOrigin::Rule& rule, std::uint64_t number) { return rule.number < number; });
-  for (auto place = static_cast<std::size_t>(first - origin.rules.begin());
-       place < count && states.size() < most; ++place) {
-    const PolicyMapOrigin::Rule& from = origin.rules[place];
-    states.push_back({{intf.str(), origin.networkInstance, origin.policyOf(from), from.sequence},
-                      {from.match, rules[place].action},
-                      place,
-                      "",
-                      acl_->counters(intf)[place],
-                      true});
-    cursor.nextSequence = std::uint64_t{from.number} + 1;
-  }
-  return states;
-}
-
-// An interface whose rules were refused keeps its record.
-void ForwardingAgent::recordRulesInForce() {
-  std::erase_if(rulesInForce_,
-                [this](const auto& entry) { return !policies_.intfs.contains(entry.first); });
-  const std::vector<Velo::String> refused = policySm_->policySm()->refusedIntfs();
-  for (const auto& [intf, applied] : policies_.intfs) {
-    if (!std::binary_search(refused.begin(), refused.end(), intf))
-      rulesInForce_[intf] = policies_.origins.at(applied.policyMap);
-  }
-}
-
-std::set<std::string> ForwardingAgent::policiesInForce() const {
-  std::set<PolicyMapOriginPtr> origins;
-  for (const auto& [intf, origin] : rulesInForce_)
-    origins.insert(origin);
-  std::set<std::string> policies;
-  for (const PolicyMapOriginPtr& origin : origins)
-    policies.insert(origin->policyIds.begin(), origin->policyIds.end());
-  return policies;
+  return rules_.counts(intf);
 }
 
 void ForwardingAgent::retryRules() {
   policySm_->policySm()->retry();
-  recordRulesInForce();
+  rules_.recordInForce(policySm_->policySm()->refusedIntfs());
 }
 
 void ForwardingAgent::ruleCapacityIs(std::uint32_t capacity) {
@@ -364,74 +220,6 @@ void ForwardingAgent::bindPolicySm() {
                         nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                         nullptr, mounts_->bgpNeighborConfigDir(), expandAllRulesByVrf,
                         permitFragment, expandNeighborsWhenNonPresent, nullptr);
-}
-
-void ForwardingAgent::bringUpInstances(const Configuration& next) {
-  for (const NetworkInstance& instance : next.networkInstances) {
-    if (instances_.contains(instance.name)) continue;
-    routeStatus_->vrfStatusIs(instance.name)->vrfIdIs(vrfIds_.idIs(instance.name));
-  }
-}
-
-void ForwardingAgent::changeFallbacks(const Configuration& next) {
-  for (const NetworkInstance& instance : next.networkInstances) {
-    const auto before = instances_.find(instance.name);
-    if (instance.fallback == (before == instances_.end() ? "" : before->second)) continue;
-    if (instance.fallback.empty()) {
-      fallbackConfig_->fallbackVrfDel(instance.name);
-    } else {
-      fallbackConfig_->fallbackVrfIs(instance.name, instance.fallback);
-    }
-  }
-}
-
-void ForwardingAgent::changeInterfaces(const Configuration& next) {
-  VrfByInterface vrfs;
-  for (const NetworkInstance& instance : next.networkInstances) {
-    for (const std::string& interface : instance.interfaces)
-      vrfs.emplace(interface, instance.name);
-  }
-  forEachGone(interfaceVrfs_, vrfs,
-              [this](const std::string& interface) { forwarder_.intfVrfDel(interface); });
-  for (const auto& [interface, vrf] : vrfs)
-    forwarder_.intfVrfIs(interface, vrf);
-  interfaceVrfs_ = std::move(vrfs);
-}
-
-// The rules change only at the end of the pause, so no packet is classified by half of a change.
-void ForwardingAgent::changePolicies(const Configuration& next) {
-  PolicyObjects policies = policyObjectsOf(next);
-  Pause pause(policySm_->policySm());
-  for (const auto& [name, set] : policies.prefixSets)
-    fieldSetConfig_->prefixSetIs(name, set);
-  for (const auto& [name, match] : policies.classMaps)
-    classMapConfig_->classMapIs(name, match);
-  for (const auto& [name, rules] : policies.policyMaps)
-    policyConfig_->policyMapIs(name, rules);
-  for (const auto& [intf, policy] : policies.intfs)
-    intfConfig_->intfIs(intf, policy);
-  forEachGone(policies_.intfs, policies.intfs,
-              [this](const Velo::String& intf) { intfConfig_->intfDel(intf); });
-  forEachGone(policies_.policyMaps, policies.policyMaps,
-              [this](const Velo::String& name) { policyConfig_->policyMapDel(name); });
-  forEachGone(policies_.classMaps, policies.classMaps,
-              [this](const Velo::String& name) { classMapConfig_->classMapDel(name); });
-  forEachGone(policies_.prefixSets, policies.prefixSets,
-              [this](const auto& name) { fieldSetConfig_->prefixSetDel(name); });
-  policies_ = std::move(policies);
-  pause.end();
-  recordRulesInForce();
-}
-
-void ForwardingAgent::takeDownInstances(const FallbackByInstance& next) {
-  std::vector<std::string> gone;
-  forEachGone(instances_, next, [&gone](const std::string& name) { gone.push_back(name); });
-  for (const std::string& name : gone)
-    fallbackConfig_->fallbackVrfDel(name);
-  for (const std::string& name : gone) {
-    routeStatus_->vrfStatusDel(name);
-    vrfIds_.idDel(name);
-  }
 }
 
 ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t count) const {

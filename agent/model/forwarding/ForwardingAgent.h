@@ -15,9 +15,9 @@
 #include "agent/language/Limits.h"
 #include "agent/model/calls/ChipCalls.h"
 #include "agent/model/forwarding/AgentState.h"
+#include "agent/model/forwarding/AppliedRules.h"
 #include "agent/model/forwarding/ConfiguredNames.h"
 #include "agent/model/forwarding/VrfIds.h"
-#include "agent/model/policies/PolicyObjects.h"
 #include "agent/model/policies/VrfActions.h"
 #include "agent/model/routes/RouteProgrammer.h"
 #include "chips/soft/Forwarder.h"
@@ -58,7 +58,18 @@ class ForwardingAgent final {
   /// instances; new and changed routes; new and changed fallback VRFs; the VRFs of interfaces; new
   /// rules with their users; rules that are gone; fallback VRFs and statuses of instances that are
   /// gone; what the library did not program; routes that are gone.
-  void apply(const Configuration& next);
+  void apply(Configuration next);
+  /// Begins the same change. It is made by `step`. Until it is complete, `configuration` is the one
+  /// before, and no other member that changes the agent may be called but `apply` and `removeAll`,
+  /// which complete it first. The rules of an interface are either those before, or they are being
+  /// changed. Precondition: no change is in progress.
+  void begin(Configuration next);
+  /// Makes a step of the change. A step handles all routes, or converts or compiles all policies,
+  /// or handles the rules of one interface or one other thing. If it throws, the rest of the change
+  /// is dropped. Precondition: a change is in progress.
+  void step();
+  /// Whether a change has steps left.
+  [[nodiscard]] bool isChanging() const noexcept { return change_ != nullptr; }
   /// Applies the empty configuration, then removes every other route, VRF status, fallback VRF and
   /// prefix length.
   void removeAll();
@@ -84,7 +95,8 @@ class ForwardingAgent final {
   /// Who uses each action: the rules that the chip holds.
   [[nodiscard]] ActionUsers users() const;
   /// Every rule of an applied policy, by interface, in the order in which rules are tried. If the
-  /// chip refused them, the rules that it holds instead follow.
+  /// chip refused them, the rules that it holds instead follow. Rules that are being changed have
+  /// no place.
   [[nodiscard]] RuleStates rules() const;
   [[nodiscard]] RuleStates rules(const std::string& intf) const;
   /// The next rules of one interface after the cursor, at most so many. Moves the cursor to the
@@ -94,10 +106,14 @@ class ForwardingAgent final {
   [[nodiscard]] RuleCounts ruleCounts(const std::string& intf) const;
   /// The ids of the policies whose rules the chip holds. The configuration may not have them any
   /// more.
-  [[nodiscard]] std::set<std::string> policiesInForce() const;
+  [[nodiscard]] std::set<std::string> policiesInForce() const { return rules_.policiesInForce(); }
+  /// Whether a change in progress has reached the rules of the interface.
+  [[nodiscard]] bool isBeingChanged(const std::string& intf) const {
+    return rules_.isBeingChanged(intf);
+  }
   /// The interfaces that a policy is applied to, and their policy maps.
   [[nodiscard]] const std::map<Velo::String, PolicyMap::IntfPolicy>& policyIntfs() const noexcept {
-    return policies_.intfs;
+    return rules_.policies().intfs;
   }
   /// Sends packets through the chip.
   [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
@@ -135,23 +151,13 @@ class ForwardingAgent final {
   // The fallback VRF of each configured instance, empty for none.
   using FallbackByInstance = std::map<std::string, std::string>;
   using VrfByInterface = std::map<std::string, std::string>;
+  class Change;
+
   [[nodiscard]] SoftChip::ProgramInputs inputs() const;
   void bindPolicySm();
   void retryRules();
-  void bringUpInstances(const Configuration& next);
-  void changeFallbacks(const Configuration& next);
-  void changeInterfaces(const Configuration& next);
-  void changePolicies(const Configuration& next);
-  void takeDownInstances(const FallbackByInstance& next);
-  void recordRulesInForce();
-  [[nodiscard]] std::size_t refusedRules() const;
-  [[nodiscard]] bool holdsRulesOf(const Velo::String& intf, const Velo::String& policyMap) const;
-  [[nodiscard]] RuleState ruleStateOf(const Velo::String& intf, const Velo::String& policyMap,
-                                      std::size_t index) const;
-  [[nodiscard]] RuleStates rulesOf(const Velo::String& intf, RuleCursor& cursor,
-                                   std::size_t most) const;
-  [[nodiscard]] RuleStates previousRulesOf(const Velo::String& intf, RuleCursor& cursor,
-                                           std::size_t most) const;
+  void completeChange();
+  void observeRule(const ChipCall& call);
   [[nodiscard]] ActionState stateOf(const VrfAction& action, std::uint32_t count) const;
 
   Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbackConfig_;
@@ -168,19 +174,20 @@ class ForwardingAgent final {
   Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
   Mox::Ptr<SoftChip::SoftAclHelper> acl_;
   ChipObserver chipObserver_;
+  ChipObserver ruleObserver_;  // of rules only
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> countingAcl_;
   SoftChip::RouteTables routeTables_;
   SoftChip::Forwarder forwarder_;
   RouteProgrammer routes_;
+  AppliedRules rules_;
   Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> policySm_;
   std::unique_ptr<Reprogrammer> reprogrammer_;
   VrfIds vrfIds_;
-  PolicyObjects policies_;
-  std::map<Velo::String, PolicyMapOriginPtr> rulesInForce_;  // by interface
   FallbackByInstance instances_;
   VrfByInterface interfaceVrfs_;
   Configuration configuration_;
   std::optional<ConfiguredNames> names_;  // none after a change
+  std::unique_ptr<Change> change_;        // null if there is none in progress
 };
 
 }  // namespace ZelAgent
