@@ -10,20 +10,25 @@
 namespace ZelAgent {
 namespace {
 
-// How many bytes must be added, removed or replaced. More than `most` is not counted exactly.
+// How many bytes must be added, removed or replaced, or exchanged with the next one. More than
+// `most` is not counted exactly.
 std::size_t changesBetween(std::string_view a, std::string_view b, std::size_t most) {
   const std::size_t shorter = std::min(a.size(), b.size());
   if (std::max(a.size(), b.size()) - shorter > most) return most + 1;
+  // The changes between the first bytes of `a`, one more in each row, and those of `b`.
+  std::vector<std::size_t> rowBefore;
   std::vector<std::size_t> row(b.size() + 1);
+  std::vector<std::size_t> next(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
+    next[0] = i + 1;
     for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+      next[j + 1] = std::min({row[j] + (a[i] == b[j] ? 0 : 1), row[j + 1] + 1, next[j] + 1});
+      const bool isExchanged = i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j];
+      if (isExchanged) next[j + 1] = std::min(next[j + 1], rowBefore[j - 1] + 1);
     }
+    rowBefore = row;
+    row.swap(next);
   }
   return row.back();
 }

@@ -15,6 +15,12 @@ TEST(NearestName, TakesTheFewestChanges) {
   EXPECT_EQ(nearestName("rad", names), "red");
 }
 
+TEST(NearestName, AnExchangeOfTwoBytesIsOneChange) {
+  EXPECT_EQ(nearestName("rde", names), "red");
+  EXPECT_EQ(nearestName("Ehtrenet1", {"Ethernet1"}), "Ethernet1");
+  EXPECT_EQ(nearestName("der", names), std::nullopt);
+}
+
 TEST(NearestName, IsTheFirstOfSeveralThatAreAsNear) {
   EXPECT_EQ(nearestName("bad", {"bed", "bid"}), "bed");
 }
