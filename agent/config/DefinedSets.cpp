@@ -3,7 +3,9 @@
 #include <optional>
 
 #include "agent/config/NumberRanges.h"
+#include "agent/config/PrefixCover.h"
 #include "agent/config/PrefixNode.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
@@ -53,7 +55,7 @@ class SetsReader final {
     readPrefixSets(IpFamily::v4);
     readPrefixSets(IpFamily::v6);
     readSets(portSetKind, [this](const std::string& name, const JsonObject& config) {
-      sets_.add(name, readPorts(config));
+      addPortSet(name, config);
     });
     return std::move(sets_);
   }
@@ -62,20 +64,45 @@ class SetsReader final {
   void readPrefixSets(IpFamily family) {
     readSets(prefixSetKind(family), [&](const std::string& name, const JsonObject& config) {
       const auto read = [family](const JsonNode& node) { return readPrefixOf(family, node); };
-      sets_.add({name, family, readFilledList<IpPrefix>(config, "prefix", read),
-                 readList<IpPrefix>(config.find("exclude-prefix"), read)});
+      const std::size_t before = problems();
+      const JsonNode* const exclude = config.find("exclude-prefix");
+      PrefixSet set{name, family, readFilledList<IpPrefix>(config, "prefix", read),
+                    readList<IpPrefix>(exclude, read)};
+      if (exclude != nullptr && problems() == before && cover(set.excluded, set.prefixes)) {
+        exclude->refuse("must leave an address of the set");
+      }
+      sets_.add(std::move(set));
     });
   }
 
-  static std::vector<NumberRange> readPorts(const JsonObject& config) {
+  // Every rule that names the set has a copy of its ranges.
+  void addPortSet(const std::string& name, const JsonObject& config) {
+    std::vector<NumberRange> ports = readPorts(config);
+    if (ports.size() <= Limits::portRanges) return sets_.add(name, std::move(ports));
+    config.find("port")->refuseUnsupported(
+        "must have at most " + std::to_string(Limits::portRanges) +
+        " ranges, where ports beside each other are one range, not " +
+        std::to_string(ports.size()));
+    if (container_.node().findings().isLenient()) {
+      sets_.addSpoiled(portSetKind, name);
+    } else {
+      sets_.add(name, {});
+    }
+  }
+
+  [[nodiscard]] std::vector<NumberRange> readPorts(const JsonObject& config) const {
+    const std::size_t before = problems();
     const auto ports = readFilledList<NumberRange>(config, "port", readPort);
     const JsonNode* const exclude = config.find("exclude-port");
     auto left = without(ports, readList<NumberRange>(exclude, readPort));
-    if (!ports.empty() && left.empty() && exclude != nullptr) {
+    const bool isRight = problems() == before;
+    if (exclude != nullptr && isRight && left.empty()) {
       exclude->refuse("must leave a port of the set");
     }
     return left;
   }
+
+  [[nodiscard]] std::size_t problems() const { return container_.node().findings().problems(); }
 
   // Reads the sets of one kind by `readContent`, which takes the name and the container `config`.
   template <class ReadContent>

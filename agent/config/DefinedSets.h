@@ -15,7 +15,7 @@ namespace ZelAgent {
 /// The sets of one document that rules name.
 ///
 /// A set with something that is not supported is spoiled: it is not used, and neither is a rule
-/// that names it. Every port set that is not spoiled has a port.
+/// that names it. Unless an error is recorded, every other set has a port or an address.
 class DefinedSets final {
  public:
   void add(PrefixSet set) {

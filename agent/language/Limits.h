@@ -19,6 +19,8 @@ inline constexpr std::size_t nameBytes = 100;
 inline constexpr std::size_t inputFileBytes = std::size_t{64} << 20U;
 /// The most levels of arrays and objects in a JSON document.
 inline constexpr std::size_t documentLevels = 100;
+/// Ranges of a port set, after ports beside each other are joined.
+inline constexpr std::size_t portRanges = 256;
 /// Errors of a configuration that are printed, and warnings. The number of further ones is printed.
 inline constexpr std::size_t shownErrors = 50;
 inline constexpr std::size_t shownWarnings = 1000;

@@ -21,6 +21,9 @@ void addInputs(LimitTable& table) {
                    "a configuration, event file or capture; a larger one is an error"});
   table.push_back({"document levels", Limits::documentLevels, "levels", "",
                    "arrays and objects inside each other in JSON; a deeper document is an error"});
+  table.push_back({"port ranges", Limits::portRanges, "ranges", "",
+                   "of a port set, where ports beside each other are one range; a set with more is "
+                   "an error"});
   table.push_back({"shown errors", Limits::shownErrors, "lines", "",
                    "errors of one configuration that are printed; others are counted"});
   table.push_back({"shown warnings", Limits::shownWarnings, "lines", "",

@@ -100,6 +100,22 @@ void keepsDocumentLevels(std::uint64_t limit) {
               EndsWith("nests deeper than " + std::to_string(limit) + " levels"));
 }
 
+void keepsPortRanges(std::uint64_t limit) {
+  const auto errorOfRanges = [](std::uint64_t ranges) {
+    nlohmann::json ports = nlohmann::json::array();
+    for (std::uint64_t number = 0; number < ranges; ++number)
+      ports.push_back(2 * number);
+    const nlohmann::json document{
+        {"network-instances", nlohmann::json::object()},
+        {"defined-sets",
+         {{"port-sets",
+           {{"port-set", {{{"name", "W"}, {"config", {{"port", std::move(ports)}}}}}}}}}}};
+    return errorOf([&] { static_cast<void>(readOpenConfig(document.dump(), "f")); });
+  };
+  EXPECT_EQ(errorOfRanges(limit), "");
+  EXPECT_THAT(errorOfRanges(limit + 1), EndsWith("not " + std::to_string(limit + 1)));
+}
+
 // A document with that many members that are not read, of which `value` is one.
 std::string documentWithMembers(std::uint64_t count, const std::string& value) {
   std::string document = R"({"network-instances": {)";
@@ -540,6 +556,7 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"name", keepsNames},
       {"input file", keepsInputFiles},
       {"document levels", keepsDocumentLevels},
+      {"port ranges", keepsPortRanges},
       {"shown errors", keepsShownErrors},
       {"shown warnings", keepsShownWarnings},
       {"number", keepsNumbers},

@@ -151,6 +151,53 @@ TEST(LenientReader, LeavesOutTheRulesThatNameASetWithSomethingUnsupported) {
                           lineOf(document, "$RULE50/transport/config/source-port-set", names)));
 }
 
+// `count` ports with a gap of `gap` ports between them.
+json portsWithGaps(unsigned count, unsigned gap) {
+  json ports = json::array();
+  for (unsigned number = 0; number < count; ++number)
+    ports.push_back(1 + number * (gap + 1));
+  return ports;
+}
+
+TEST(PortSet, WithTooManyRangesIsOneErrorHoweverManyRulesNameIt) {
+  const json document = fullDocumentWith(
+      {{"$PORTSET/config/port", portsWithGaps(300, 1)}, without("$PORTSET/config/exclude-port")});
+  EXPECT_EQ(refusalOf(document),
+            lineOf(document, "$PORTSET/config/port",
+                   "must have at most 256 ranges, where ports beside each other are one range, "
+                   "not 300"));
+}
+
+TEST(PortSet, WithTooManyRangesLeavesOutItsRulesIfTheReaderIsLenient) {
+  const json document = fullDocumentWith(
+      {{"$PORTSET/config/port", portsWithGaps(300, 1)}, without("$PORTSET/config/exclude-port")});
+  Configuration expected = fullConfiguration();
+  expected.networkInstances[0].policies[1].rules.pop_back();
+  const ReadConfiguration read = readLeniently(document);
+  EXPECT_TRUE(read.configuration == expected);
+  EXPECT_EQ(read.warnings.size(), 3U);
+}
+
+TEST(PortSet, HasPortsBesideEachOtherAsOneRange) {
+  const json document = fullDocumentWith(
+      {{"$PORTSET/config/port", portsWithGaps(30000, 0)}, without("$PORTSET/config/exclude-port")});
+  const auto read = readOpenConfig(document.dump(), "f.json").configuration;
+  const std::vector<PolicyMap::NumberRange> all{{1, 30000}};
+  EXPECT_EQ(read.networkInstances.at(0).policies.at(1).rules.at(1).match.sourcePorts, all);
+}
+
+TEST(PortSet, OfAWrongPortIsNotAlsoEmpty) {
+  const json document =
+      fullDocumentWith({{"$PORTSET/config/port", {"x", 7}}, {"$PORTSET/config/exclude-port", {7}}});
+  EXPECT_THAT(linesOf(refusalOf(document)), ElementsAre(HasSubstr("/port[1]: must be a number")));
+}
+
+TEST(PrefixSet, OfAWrongPrefixIsNotAlsoEmpty) {
+  const json document = fullDocumentWith({{"$V4SET/config/prefix", {"x", "10.0.0.0/8"}},
+                                          {"$V4SET/config/exclude-prefix", {"10.0.0.0/8"}}});
+  EXPECT_THAT(linesOf(refusalOf(document)), ElementsAre(HasSubstr("/prefix[1]: must be an IPv4")));
+}
+
 TEST(LenientReader, ReadsARightDocumentAsTheStrictOneDoes) {
   EXPECT_TRUE(readLeniently(fullDocument()).configuration == fullConfiguration());
   EXPECT_EQ(readLeniently(fullDocument()).warnings, Texts{});
