@@ -7,9 +7,12 @@
 #include <utility>
 
 #include "agent/config/PrefixNode.h"
+#include "agent/language/NearestName.h"
 
 namespace ZelAgent {
 namespace {
+
+const std::string dropIdentity = "DROP";
 
 std::optional<std::string> readIdentity(const JsonNode& node) {
   return node.asIdentity();
@@ -24,20 +27,30 @@ bool isIdentity(std::string_view text) {
          });
 }
 
-// Whether the next hop is of a kind that is not read.
+// "; did you mean 'DROP'?" for DROP and for a word that is nearly the same, in any case.
+std::string suggestionOfDrop(std::string way) {
+  for (char& byte : way) {
+    if (byte >= 'a' && byte <= 'z') byte = static_cast<char>(byte - 'a' + 'A');
+  }
+  return suggestion(way, {dropIdentity});
+}
+
+// Whether the next hop is of a kind that is not read. A misspelt DROP is none.
 bool isOfAnotherKind(const JsonNode& node) {
   if (peek(node.value(), {"config", "nh-network-instance"}) != nullptr) return true;
   const auto way = peekIdentity(node, {"config", "next-hop"});
-  return way && *way != "DROP" && isIdentity(*way);
+  return way && isIdentity(*way) && suggestionOfDrop(*way).empty();
 }
 
 void readWay(const JsonNode& node, NextHop& nextHop) {
   const auto text = node.asText();
   if (!text) return;
-  nextHop.drops = withoutModulePrefix(*text) == "DROP";
+  const std::string way(withoutModulePrefix(*text));
+  nextHop.drops = way == dropIdentity;
   if (nextHop.drops) return;
   nextHop.address = parseIpAddress(*text);
-  if (!nextHop.address) node.refuseExpecting("an IP address or DROP");
+  if (nextHop.address) return;
+  node.refuse("must be an IP address or DROP, not " + node.shown() + suggestionOfDrop(way));
 }
 
 NextHop readNextHop(const JsonNode& node, UniqueKeys<std::string>& indexes) {

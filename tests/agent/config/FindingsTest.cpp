@@ -294,6 +294,18 @@ TEST(ForeignNextHop, IsLeftOutWithOneWarningAndItsRouteIfItHasNoOther) {
   EXPECT_THAT(warningsOf(beside), ElementsAre(lineOf(beside, "$ROUTE/next-hops/next-hop/1", what)));
 }
 
+TEST(MisspeltDrop, IsAnErrorThatNamesIt) {
+  for (const char* const way :
+       {"DORP", "DROPP", "DRP", "drop", "Drop", "openconfig-local-routing:DROPS",
+        "openconfig-local-routing:drop"}) {
+    const json document =
+        fullDocumentWith({{"$HOP/config/next-hop", way}, without("$HOP/interface-ref")});
+    EXPECT_EQ(refusalOf(document), lineOf(document, "$HOP/config/next-hop",
+                                          "must be an IP address or DROP, not " + json(way).dump() +
+                                              "; did you mean 'DROP'?"));
+  }
+}
+
 TEST(DocumentWithoutInstances, IsRightAndEmpty) {
   EXPECT_TRUE(readOpenConfig(R"({"network-instances": {}})", "f").configuration == Configuration{});
 }
