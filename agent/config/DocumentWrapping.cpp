@@ -38,19 +38,33 @@ JsonValue inObject(const std::string& name, JsonValue value) {
 struct Step {
   std::string name;
   std::vector<std::pair<std::string, std::string>> keys;
+  std::string_view pathUpToIt;  // with the step
 };
+
+// Takes the text in front of the first `end`, and `end`, from `rest`. A backslash stands in front
+// of a byte that is a part of the text. Nothing if there is no `end`.
+std::optional<std::string> takeUntil(char end, std::string_view& rest) {
+  std::string text;
+  for (std::size_t at = 0; at < rest.size(); ++at) {
+    if (rest[at] == end) {
+      rest.remove_prefix(at + 1);
+      return text;
+    }
+    if (rest[at] == '\\') ++at;
+    if (at < rest.size()) text += rest[at];
+  }
+  return std::nullopt;
+}
 
 // "[a=x][b=y]"; nothing for another text.
 bool readKeys(std::string_view text, Step& step) {
   while (!text.empty()) {
-    const std::size_t equals = text.find('=');
-    const std::size_t end = text.find(']', equals == std::string_view::npos ? 0 : equals);
-    if (!text.starts_with('[') || equals == std::string_view::npos ||
-        end == std::string_view::npos) {
-      return false;
-    }
-    step.keys.emplace_back(text.substr(1, equals - 1), text.substr(equals + 1, end - equals - 1));
-    text.remove_prefix(end + 1);
+    if (!text.starts_with('[')) return false;
+    text.remove_prefix(1);
+    auto name = takeUntil('=', text);
+    auto value = takeUntil(']', text);
+    if (!name || !value) return false;
+    step.keys.emplace_back(*std::move(name), *std::move(value));
   }
   return true;
 }
@@ -59,6 +73,10 @@ bool readKeys(std::string_view text, Step& step) {
 std::size_t endOfStep(std::string_view path) {
   bool isInKey = false;
   for (std::size_t at = 0; at < path.size(); ++at) {
+    if (path[at] == '\\') {
+      ++at;
+      continue;
+    }
     if (path[at] == '[') isInKey = true;
     if (path[at] == ']') isInKey = false;
     if (path[at] == '/' && !isInKey) return at;
@@ -69,17 +87,34 @@ std::size_t endOfStep(std::string_view path) {
 // The steps of "/a/b[key=x]/c". Nothing for another text.
 std::optional<std::vector<Step>> readSteps(std::string_view path) {
   std::vector<Step> steps;
-  while (!path.empty()) {
-    if (path.front() == '/') path.remove_prefix(1);
-    const std::size_t end = endOfStep(path);
-    const std::string_view text = path.substr(0, end);
+  std::string_view rest = path;
+  while (!rest.empty()) {
+    if (rest.front() == '/') rest.remove_prefix(1);
+    const std::size_t end = endOfStep(rest);
+    const std::string_view text = rest.substr(0, end);
+    rest.remove_prefix(end);
     const std::size_t bracket = std::min(text.find('['), text.size());
-    Step step{std::string(withoutModulePrefix(text.substr(0, bracket))), {}};
+    Step step{std::string(withoutModulePrefix(text.substr(0, bracket))),
+              {},
+              path.substr(0, path.size() - rest.size())};
     if (!readKeys(text.substr(bracket), step)) return std::nullopt;
     if (!step.name.empty()) steps.push_back(std::move(step));
-    path.remove_prefix(end);
   }
   return steps;
+}
+
+// The step at which the rule is that the path leads into. Null if it leads into none.
+const Step* ruleLedInto(const std::vector<Step>& steps) {
+  const PathNode* node = &pathTree();
+  const Step* previous = nullptr;
+  for (const Step& step : steps) {
+    if (node->unknown == UnknownMembers::spoilTheRule) return previous;
+    const auto member = node->members.find(step.name);
+    if (member == node->members.end()) return nullptr;
+    node = &member->second;
+    previous = &step;
+  }
+  return nullptr;
 }
 
 // A key of a path as the value that a list entry has. Every key but `sequence-id` is a text.
@@ -132,9 +167,24 @@ JsonValue placedAt(const JsonValue& path, JsonValue value, Findings& findings) {
                        std::to_string(steps->size()));
     return value;
   }
+  if (const Step* const rule = ruleLedInto(*steps)) {
+    findings.error(path.order(), "/path",
+                   "must end at the rule \"" + printable(rule->pathUpToIt, Limits::shownTextBytes) +
+                       "\" or above it; a rule is read as a whole");
+    return value;
+  }
   for (auto step = steps->rbegin(); step != steps->rend(); ++step)
     value = placed(*step, std::move(value), findings);
   return value;
+}
+
+void refuseOtherMembers(const JsonValue& wrapper, const JsonMember& path, const JsonMember& value,
+                        Findings& findings) {
+  for (const JsonMember& member : *wrapper.as<Object>()) {
+    if (&member == &path || &member == &value) continue;
+    findings.error(member.value.order(), '/' + printable(member.name),
+                   R"(must not stand beside "path" and "val", which are a whole document)");
+  }
 }
 
 bool isWhole(JsonValue& value) {
@@ -147,6 +197,7 @@ JsonValue unwrapped(JsonValue document, Findings& findings) {
   JsonMember* const path = findMember(document, "path");
   JsonMember* const value = findMember(document, "val");
   if (path != nullptr && value != nullptr) {
+    refuseOtherMembers(document, *path, *value, findings);
     JsonValue content = std::move(value->value);
     if (isWhole(content)) return content;
     if (findMember(content, instanceList) == nullptr) {

@@ -381,5 +381,44 @@ TEST(WrappedDocument, RepeatsTheKeysOfThePath) {
             "red");
 }
 
+TEST(WrappedDocument, HasNoMemberBesideItsPathAndValue) {
+  const json right{{"path", "/"}, {"val", fullDocument()}};
+  for (const char* const name : {"delete", "vendor:odd\n"}) {
+    json document = right;
+    document[name] = json::object();
+    EXPECT_EQ(refusalOf(document),
+              "f.json: /" + printable(name) +
+                  ": must not stand beside \"path\" and \"val\", which are a whole document");
+  }
+}
+
+TEST(WrappedDocument, HasBackslashesInFrontOfBracketsAndBackslashesOfKeys) {
+  const std::string name = R"(a]b\c/[d)";
+  const json document{{"path", R"(/network-instances/network-instance[name=a\]b\\c/[d])"},
+                      {"val", {{"config", {{"name", name}, {"type", "L3VRF"}}}}}};
+  const auto read = readOpenConfig(document.dump(), "f.json").configuration;
+  ASSERT_EQ(read.networkInstances.size(), 1U);
+  EXPECT_EQ(read.networkInstances[0].name, name);
+}
+
+TEST(WrappedDocument, HasNoPathThatEndsInsideOfAKey) {
+  for (const char* const path : {R"(/a[b=c\])", R"(/a[b=c\)", R"(/a[b=c]\)", R"(/a[b\=c])"}) {
+    EXPECT_THAT(refusalOf({{"path", path}, {"val", json::object()}}),
+                HasSubstr("/path: must be a path such as"))
+        << path;
+  }
+}
+
+TEST(WrappedDocument, IsNoPartOfARule) {
+  const std::string rule =
+      "network-instances/network-instance[name=DEFAULT]/policy-forwarding/policies/"
+      "policy[policy-id=P]/rules/openconfig-any:rule[sequence-id=7]";
+  for (const char* const part : {"/action", "/ipv4/config", "/ipv4/config/dscp", "/unknown"}) {
+    EXPECT_EQ(refusalOf({{"path", rule + part}, {"val", json::object()}}),
+              "f.json: /path: must end at the rule \"" + rule +
+                  "\" or above it; a rule is read as a whole");
+  }
+}
+
 }  // namespace
 }  // namespace ZelAgent
