@@ -1,6 +1,7 @@
 #include "chips/soft/packet/HeaderParser.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "chips/soft/packet/Checksum.h"
 #include "chips/soft/packet/NetworkOrder.h"
@@ -104,7 +105,10 @@ ParsedHeader parseV6(Bytes packet) noexcept {
   header.ttl = packet[7];
   header.source = addressAt(packet, 8, header.family);
   header.destination = addressAt(packet, 24, header.family);
+  bool hasFragmentHeader = false;
   while (isExtension(header.protocol) && header.fragment.offset == 0) {
+    const bool isFragmentHeader = header.protocol == fragmentHeader;
+    if (isFragmentHeader && std::exchange(hasFragmentHeader, true)) break;
     if (!takeExtension(packet.first(header.totalLength), header))
       return faulty(HeaderFault::extensionHeaderBeyond);
   }

@@ -37,8 +37,9 @@ struct PacketHeader {
   Ip::Address source;
   Ip::Address destination;
   /// IPv4: that of the header. IPv6: the first next header that is not hop-by-hop options, routing,
-  /// destination options or fragment. No header is read behind the fragment header of a fragment
-  /// that is not the first.
+  /// destination options or fragment, which may have any order. No header is read behind the
+  /// fragment header of a fragment that is not the first. A second fragment header is not read
+  /// either, and the protocol is 44: what is behind it may be the middle of a packet.
   std::uint8_t protocol = 0;
   std::uint8_t dscp = 0;
   std::uint8_t ecn = 0;

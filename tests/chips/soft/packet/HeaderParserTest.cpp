@@ -135,6 +135,51 @@ TEST(HeaderParser, ReadsNoHeadersFromTheMiddleOfAPacket) {
   EXPECT_EQ(header.fragment, (FragmentFacts{4, false}));
 }
 
+TEST(HeaderParser, ReadsExtensionHeadersInAnyOrderAndNumber) {
+  const PacketHeader header =
+      parsed(v6Packet({destinationOptions, longRouting, fragmentHeader(0, false), longRouting,
+                       destinationOptions, hopByHop, destinationOptions})
+                 .bytes());
+  EXPECT_EQ(header.protocol, 17);
+  EXPECT_EQ(header.headerLength, 40U + 8 + 16 + 8 + 16 + 8 + 8 + 8);
+  EXPECT_EQ(header.ports, (Ports{0x0102, 0x0304}));
+}
+
+TEST(HeaderParser, ReadsNoSecondFragmentHeader) {
+  struct Row {
+    ExtensionHeader first;
+    ExtensionHeader second;
+    FragmentFacts fragment;
+  };
+  const Row rows[] = {
+      {fragmentHeader(0, true), fragmentHeader(0, false), {0, true}},
+      {fragmentHeader(0, true), fragmentHeader(7, true), {0, true}},
+      {fragmentHeader(0, false), fragmentHeader(7, false), {0, false}},
+  };
+  for (const Row& row : rows) {
+    const PacketHeader header =
+        parsed(v6Packet({hopByHop, row.first, destinationOptions, row.second}).bytes());
+    EXPECT_EQ(header.protocol, 44);
+    EXPECT_EQ(header.fragment, row.fragment);
+    EXPECT_EQ(header.headerLength, 40U + 8 + 8 + 8);
+    EXPECT_EQ(header.ports, std::nullopt);
+  }
+}
+
+TEST(HeaderParser, ReadsNoFragmentHeaderInsideOfALaterFragment) {
+  const PacketHeader header =
+      parsed(v6Packet({fragmentHeader(3, true), fragmentHeader(0, false)}).bytes());
+  EXPECT_EQ(header.protocol, 44);
+  EXPECT_EQ(header.fragment, (FragmentFacts{3, true}));
+}
+
+TEST(HeaderParser, ReadsAsManyExtensionHeadersAsThePacketHas) {
+  std::vector<ExtensionHeader> many(8000, destinationOptions);
+  const PacketHeader header = parsed(v6Packet(many).bytes());
+  EXPECT_EQ(header.headerLength, 40U + 8000 * 8);
+  EXPECT_EQ(header.protocol, 17);
+}
+
 // A TCP header up to its flags: ports 80 and 443, SYN and ACK.
 const Bytes tcpUpToFlags{0, 80, 1, 0xbb, 0, 0, 0, 0, 0, 0, 0, 0, 0x50, 0x12};
 
