@@ -23,7 +23,8 @@ struct RuleCall {
   std::size_t place = 0;  // before a move
   std::size_t to = 0;     // of a move
   const PolicyMap::AclRule& rule;
-  bool accepted = true;  // moves and removals are never refused
+  bool accepted = true;                          // moves and removals are never refused
+  const PolicyMap::AclRule* replaced = nullptr;  // by an accepted replacement
 };
 
 /// A change of the route table of a hardware VRF id. `route` is null for a route that is removed.

@@ -31,9 +31,10 @@ void ObservedAclHelper::moveRule(const Velo::String& intf, std::size_t from, std
 
 AclResult ObservedAclHelper::replaceRule(const Velo::String& intf, std::size_t place,
                                          const AclRule& rule) {
+  const AclRule before = rules(intf)[place];
   AclResult result = PassingAclHelper::replaceRule(intf, place, rule);
   if (observer_) {
-    observer_(RuleCall{RuleCall::Kind::replace, intf, place, 0, rule, result.accepted});
+    observer_(RuleCall{RuleCall::Kind::replace, intf, place, 0, rule, result.accepted, &before});
   }
   return result;
 }

@@ -21,6 +21,7 @@ EventEffects EffectsRecorder::take() {
     const auto after = agent_.status(action);
     if (before != after) effects_.statusChanges.push_back({action, std::move(before), after});
   }
+  rules_.addTo(effects_.counts, agent_);
   return std::move(effects_);
 }
 
@@ -40,28 +41,6 @@ void EffectsRecorder::take(const SoftChip::HookCall& call) {
   if (call.failed) ++counts.failures;
   if (!before_.contains(call.action)) before_.emplace(call.action, agent_.status(call.action));
   effects_.calls.push_back(call);
-}
-
-void EffectsRecorder::take(const RuleCall& call) {
-  ChangeCounts& counts = effects_.counts;
-  if (!call.accepted) {
-    ++counts.rulesRefused;
-    return;
-  }
-  switch (call.kind) {
-    case RuleCall::Kind::add:
-      ++counts.rulesAdded;
-      break;
-    case RuleCall::Kind::replace:
-      ++counts.rulesReplaced;
-      break;
-    case RuleCall::Kind::move:
-      ++counts.rulesMoved;
-      break;
-    case RuleCall::Kind::remove:
-      ++counts.rulesRemoved;
-      break;
-  }
 }
 
 void EffectsRecorder::take(const RouteCall& call) {

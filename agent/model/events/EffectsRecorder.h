@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,6 +7,8 @@
 
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "agent/model/calls/ChipCalls.h"
+#include "agent/model/events/ChangeCounts.h"
+#include "agent/model/events/RuleChangeCounter.h"
 #include "agent/model/policies/VrfActions.h"
 
 namespace ZelAgent {
@@ -20,23 +21,6 @@ struct StatusChange {
   std::optional<ZelVrfSelectionPolicy::HwStatus> after;   // none: the action has no status now
 
   bool operator==(const StatusChange&) const = default;
-};
-
-/// How many calls of each kind a change made.
-struct ChangeCounts {
-  std::uint64_t creates = 0;
-  std::uint64_t updates = 0;
-  std::uint64_t deletes = 0;
-  std::uint64_t failures = 0;  // of the creations and updates
-  std::uint64_t rulesAdded = 0;
-  std::uint64_t rulesReplaced = 0;
-  std::uint64_t rulesMoved = 0;
-  std::uint64_t rulesRemoved = 0;
-  std::uint64_t rulesRefused = 0;  // to be added or to replace another one
-  std::uint64_t routesSet = 0;
-  std::uint64_t routesRemoved = 0;
-
-  bool operator==(const ChangeCounts&) const = default;
 };
 
 /// What an event or another change caused. Hook calls are in the order in which the chip received
@@ -63,11 +47,12 @@ class EffectsRecorder final {
 
  private:
   void take(const SoftChip::HookCall& call);
-  void take(const RuleCall& call);
+  void take(const RuleCall& call) { rules_.take(call); }
   void take(const RouteCall& call);
 
   ForwardingAgent& agent_;
   EventEffects effects_;
+  RuleChangeCounter rules_;
   // The status of each action before its first hook call. Only hook calls change statuses.
   std::map<VrfAction, std::optional<ZelVrfSelectionPolicy::HwStatus>> before_;
 };

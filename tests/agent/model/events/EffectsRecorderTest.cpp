@@ -42,9 +42,40 @@ TEST_F(EffectsRecorderTest, CountsRefusedRules) {
   std::vector<nlohmann::json> rules;
   for (unsigned sequence = 1; sequence <= 4; ++sequence)
     rules.push_back(ruleOf(sequence, "ipv4", {{"dscp", sequence}}, toVrf("red")));
-  const ChangeCounts counts = effectsOf(edge(rules)).counts;
-  EXPECT_EQ(counts.rulesRefused, 1U);
-  EXPECT_EQ(counts.rulesAdded - counts.rulesRemoved, 4U);
+  EXPECT_EQ(effectsOf(edge(rules)).counts,
+            (ChangeCounts{.creates = 1, .rulesAdded = 4, .rulesRefused = 4}));
+}
+
+// Rules for the DSCPs.
+std::vector<nlohmann::json> rulesFor(const std::vector<unsigned>& dscps) {
+  std::vector<nlohmann::json> rules;
+  for (const unsigned dscp : dscps)
+    rules.push_back(ruleOf(static_cast<std::uint32_t>(rules.size() + 1), "ipv4", {{"dscp", dscp}},
+                           toDiscard()));
+  return rules;
+}
+
+TEST_F(EffectsRecorderTest, CountsNoRuleOfAnInterfaceWhoseRulesAreTakenBack) {
+  agent_.ruleCapacityIs(4);
+  const auto onOne = [](const std::vector<unsigned>& dscps) {
+    return OpenConfigBuilder().policy("edge", rulesFor(dscps), {"e1"}).configuration();
+  };
+  EXPECT_EQ(effectsOf(onOne({1, 2, 3})).counts, ChangeCounts{.rulesAdded = 3});
+  EXPECT_EQ(effectsOf(onOne({3, 7, 8, 9, 2})).counts, ChangeCounts{.rulesRefused = 5});
+  EXPECT_EQ(effectsOf(onOne({3, 1, 2, 4})).counts,
+            (ChangeCounts{.rulesAdded = 1, .rulesMoved = 1}));
+}
+
+TEST_F(EffectsRecorderTest, CountsNoRefusalThatEndsWithTheRulesInForce) {
+  agent_.ruleCapacityIs(2);
+  const auto onTwo = [](const std::vector<unsigned>& first, const std::vector<unsigned>& second) {
+    return OpenConfigBuilder()
+        .policy("one", rulesFor(first), {"e1"})
+        .policy("two", rulesFor(second), {"e2"})
+        .configuration();
+  };
+  EXPECT_EQ(effectsOf(onTwo({}, {1, 2})).counts, ChangeCounts{.rulesAdded = 2});
+  EXPECT_EQ(effectsOf(onTwo({1}, {1})).counts, (ChangeCounts{.rulesAdded = 1, .rulesRemoved = 1}));
 }
 
 TEST_F(EffectsRecorderTest, CountsRoutes) {
