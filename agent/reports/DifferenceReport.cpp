@@ -1,6 +1,7 @@
 #include "agent/reports/DifferenceReport.h"
 
 #include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
@@ -76,13 +77,17 @@ std::string textOf(const NextHop& nextHop) {
   return text;
 }
 
+// The first elements, and the number of the others.
 template <class Element>
 std::string listText(const std::vector<Element>& elements) {
+  const std::size_t shown = std::min(elements.size(), Limits::shownListValues);
   std::vector<std::string> texts;
-  texts.reserve(elements.size());
-  for (const Element& element : elements)
-    texts.push_back(textOf(element));
-  return joined(texts, ", ");
+  texts.reserve(shown);
+  for (std::size_t i = 0; i < shown; ++i)
+    texts.push_back(textOf(elements[i]));
+  const std::size_t others = elements.size() - shown;
+  const std::string text = joined(texts, ", ");
+  return others == 0 ? text : text + ",... and " + std::to_string(others) + " more";
 }
 
 std::string textOf(const std::vector<NextHop>& nextHops) {
@@ -99,8 +104,25 @@ std::string actionText(const RuleAction& action) {
   return std::holds_alternative<Discard>(action) ? "discard" : "no action";
 }
 
+// Leaves the lowest elements of the list. Returns " (and 7 more of NAME)" for the others.
+template <class Element>
+std::string cut(std::vector<Element>& list, const char* name) {
+  if (list.size() <= Limits::shownListValues) return {};
+  const std::size_t others = list.size() - Limits::shownListValues;
+  std::sort(list.begin(), list.end());
+  list.resize(Limits::shownListValues);
+  return " (and " + std::to_string(others) + " more of " + name + ')';
+}
+
+std::string matchText(RuleMatch match) {
+  const std::string others = cut(match.fragmentOffsets, "fragment-offset") +
+                             cut(match.sourcePorts, "source-port") +
+                             cut(match.destinationPorts, "destination-port");
+  return toText(match) + others;
+}
+
 std::string contentText(const Rule& rule) {
-  return toText(rule.match) + ", " + actionText(rule.action);
+  return matchText(rule.match) + ", " + actionText(rule.action);
 }
 
 std::string placeText(const std::vector<std::string>& interfaces) {
@@ -122,11 +144,42 @@ char signOf(const Difference<Value>& difference) {
   return difference.after ? '~' : '-';
 }
 
+// "BEFORE -> AFTER". Both have the same text if they differ only in what is not shown of a list.
+std::string arrowText(const std::string& before, const std::string& after) {
+  return before + " -> " + (before == after ? "other values that are not shown" : after);
+}
+
 template <class Value>
 std::string changeText(const Difference<Value>& difference) {
   if (!difference.before) return textOf(*difference.after);
   if (!difference.after) return textOf(*difference.before);
-  return textOf(*difference.before) + " -> " + textOf(*difference.after);
+  return arrowText(textOf(*difference.before), textOf(*difference.after));
+}
+
+bool isLong(const AddressSet& set) {
+  return std::max(set.prefixes.size(), set.excluded.size()) > Limits::shownListValues;
+}
+
+// Of sorted lists. "; WHAT PREFIX, PREFIX" for the prefixes that only the second one has.
+std::string onlyInSecond(const char* what, const std::vector<IpPrefix>& first,
+                         const std::vector<IpPrefix>& second) {
+  std::vector<IpPrefix> only;
+  std::set_difference(second.begin(), second.end(), first.begin(), first.end(),
+                      std::back_inserter(only));
+  return only.empty() ? "" : std::string("; ") + what + ' ' + listText(only);
+}
+
+// Of a long set only what differs is shown.
+std::string changeText(const Difference<AddressSet>& difference) {
+  const auto& [before, after] = difference;
+  if (!before || !after || !(isLong(*before) || isLong(*after))) {
+    return changeText<AddressSet>(difference);
+  }
+  return std::to_string(before->prefixes.size()) + " -> " + std::to_string(after->prefixes.size()) +
+         " prefixes" + onlyInSecond("added", before->prefixes, after->prefixes) +
+         onlyInSecond("removed", after->prefixes, before->prefixes) +
+         onlyInSecond("excepted", before->excluded, after->excluded) +
+         onlyInSecond("no longer excepted", after->excluded, before->excluded);
 }
 
 void writeLine(std::ostream& out, char sign, const std::string& name, const std::string& change) {
@@ -152,7 +205,7 @@ std::string ruleChangeText(const Difference<Rule>& rule) {
     return "moved from " + std::to_string(rule.before->sequenceId) + ": " +
            contentText(*rule.after);
   }
-  return contentText(*rule.before) + " -> " + contentText(*rule.after);
+  return arrowText(contentText(*rule.before), contentText(*rule.after));
 }
 
 void writeRules(std::ostream& out, const std::map<PolicyName, PolicyDifference>& policies) {

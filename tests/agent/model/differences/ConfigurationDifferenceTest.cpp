@@ -181,6 +181,80 @@ TEST(ConfigurationDifference, PrefixSetsComeGoAndChange) {
             "  + ipv6 B: 2001:db8::/32\n");
 }
 
+// The prefixes 10.0.FIRST.0/24 and so on, with COMMAS between them.
+std::string prefixesText(unsigned first, unsigned count, const char* comma) {
+  std::string text;
+  for (unsigned number = first; number < first + count; ++number)
+    text +=
+        (text.empty() ? "10.0." : std::string(comma) + "10.0.") + std::to_string(number) + ".0/24";
+  return text;
+}
+
+Configuration withSetOf(unsigned first, unsigned count, const std::vector<std::string>& excluded) {
+  PrefixSet set{"pods", IpFamily::v4, {}, {}};
+  for (unsigned number = first; number < first + count; ++number)
+    set.prefixes.push_back(parseIpPrefix(prefixesText(number, 1, "")).value());
+  for (const std::string& prefix : excluded)
+    set.excluded.push_back(parseIpPrefix(prefix).value());
+  return {{}, {set}};
+}
+
+TEST(ConfigurationDifference, ALongPrefixSetIsCut) {
+  EXPECT_EQ(differenceText({}, withSetOf(0, 64, {})),
+            "prefix sets\n  + ipv4 pods: " + prefixesText(0, 64, ", ") + "\n");
+  EXPECT_EQ(differenceText({}, withSetOf(0, 66, {})),
+            "prefix sets\n  + ipv4 pods: " + prefixesText(0, 64, ", ") + ",... and 2 more\n");
+}
+
+TEST(ConfigurationDifference, OfALongPrefixSetOnlyTheChangeIsShown) {
+  EXPECT_EQ(differenceText(withSetOf(0, 66, {"10.0.1.0/32"}), withSetOf(1, 67, {"10.0.1.1/32"})),
+            "prefix sets\n"
+            "  ~ ipv4 pods: 66 -> 67 prefixes; added 10.0.66.0/24, 10.0.67.0/24; removed "
+            "10.0.0.0/24; excepted 10.0.1.1/32; no longer excepted 10.0.1.0/32\n");
+  EXPECT_EQ(differenceText(withSetOf(0, 100, {}), withSetOf(100, 65, {})),
+            "prefix sets\n  ~ ipv4 pods: 100 -> 65 prefixes; added " + prefixesText(100, 64, ", ") +
+                ",... and 1 more; removed " + prefixesText(0, 64, ", ") + ",... and 36 more\n");
+}
+
+// A rule for every second port from 1.
+Configuration withPorts(std::size_t ports) {
+  Configuration configuration = edgeOf({dscpRule(10, 1, "red")});
+  RuleMatch& match = configuration.networkInstances.at(0).policies.at(0).rules.at(0).match;
+  for (std::size_t number = ports; number-- > 0;) {
+    const auto port = static_cast<std::uint16_t>(1 + 2 * number);
+    match.sourcePorts.push_back({port, port});
+  }
+  return configuration;
+}
+
+TEST(ConfigurationDifference, ALongListOfAMatchIsCut) {
+  std::string ports = "1";
+  for (unsigned port = 3; port < 128; port += 2)
+    ports += ',' + std::to_string(port);
+  const std::string rule = "  ~ 10 of edge on e1: ipv4 dscp 1 source-port " + ports;
+  EXPECT_EQ(differenceText(withPorts(64), withPorts(66)),
+            "rules\n" + rule + ", actionVrf red -> ipv4 dscp 1 source-port " + ports +
+                " (and 2 more of source-port), actionVrf red\n");
+  Configuration other = withPorts(66);
+  other.networkInstances[0].policies[0].rules[0].match.sourcePorts[0] = {500, 500};
+  EXPECT_EQ(differenceText(withPorts(66), other),
+            "rules\n" + rule +
+                " (and 2 more of source-port), actionVrf red -> other values that are not shown\n");
+}
+
+TEST(ConfigurationDifference, ManyNextHopsAreCut) {
+  const auto withNextHops = [](unsigned count) {
+    Configuration configuration = edgeOf({});
+    StaticRoute route{*parseIpPrefix("10.0.0.0/8"), {}};
+    for (unsigned number = 0; number < count; ++number)
+      route.nextHops.push_back({"", std::nullopt, "e" + std::to_string(number), false});
+    configuration.networkInstances.at(0).staticRoutes = {route};
+    return configuration;
+  };
+  const std::string text = differenceText(withNextHops(0), withNextHops(67));
+  EXPECT_TRUE(text.ends_with("via e62, via e63,... and 3 more\n")) << text;
+}
+
 TEST(ConfigurationDifference, EachFieldOfAMatchIsADifference) {
   const RuleMatch full{IpFamily::v4, 6,    8,        {10, 9},  {},       {},        "S", "D",
                        64,           1500, {{1, 2}}, {{7, 7}}, {{8, 9}}, {{18, 2}}, true};
