@@ -150,8 +150,14 @@ struct PrefixSet {
 struct Configuration {
   std::vector<NetworkInstance> networkInstances;
   std::vector<PrefixSet> prefixSets{};
+  /// The name that the document gives to the default instance. Empty for a usual name.
+  std::string defaultName{};
 
   bool operator==(const Configuration&) const = default;
 };
+
+/// The VRF that a name stands for: "default" for DEFAULT and for `defaultName`, the name that the
+/// document gives to the default instance. Otherwise the name itself.
+[[nodiscard]] std::string vrfNamed(const std::string& name, const std::string& defaultName);
 
 }  // namespace ZelAgent

@@ -6,9 +6,12 @@
 namespace ZelAgent {
 
 std::string InstanceNames::vrfOf(const std::string& name) const {
-  const bool isDefault =
-      name == defaultInstanceName || (!defaultName_.empty() && name == defaultName_);
-  return isDefault ? defaultVrfName : name;
+  return vrfNamed(name, defaultName_);
+}
+
+std::string InstanceNames::unusualDefaultName() const {
+  const bool isUsual = defaultName_ == defaultInstanceName || defaultName_ == defaultVrfName;
+  return isUsual ? "" : defaultName_;
 }
 
 std::optional<std::string> InstanceNames::readReference(const JsonNode& node) const {

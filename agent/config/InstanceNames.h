@@ -19,6 +19,8 @@ class InstanceNames final {
   explicit InstanceNames(std::string defaultName) : defaultName_(std::move(defaultName)) {}
 
   [[nodiscard]] std::string vrfOf(const std::string& name) const;
+  /// The name of the default instance, if it is neither DEFAULT nor default. Otherwise empty.
+  [[nodiscard]] std::string unusualDefaultName() const;
   /// Adds a VRF that is configured.
   void add(const std::string& vrf) { configured_.insert(vrf); }
   /// Reads a member that refers to an instance. Records a warning if it is not configured.

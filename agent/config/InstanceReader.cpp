@@ -43,16 +43,16 @@ void InterfaceOwners::add(const std::string& interface, const JsonNode& entry) {
                " does; bind it once");
 }
 
-std::vector<NetworkInstance> InstancesReader::read(const std::vector<JsonNode>& entries) {
+Configuration InstancesReader::read(const std::vector<JsonNode>& entries) {
   names_ = InstanceNames(findDefaultName(entries));
   for (const JsonNode& node : entries)
     readHeader(node);
-  std::vector<NetworkInstance> instances;
+  Configuration configuration{{}, sets_.prefixSets(), names_.unusualDefaultName()};
   for (Header& header : headers_) {
     readContent(header);
-    instances.push_back(std::move(header.instance));
+    configuration.networkInstances.push_back(std::move(header.instance));
   }
-  return instances;
+  return configuration;
 }
 
 void InstancesReader::readHeader(const JsonNode& node) {

@@ -21,7 +21,7 @@ class InterfaceOwners final {
   std::map<std::string, std::string> owners_;
 };
 
-/// Reads the network instances of one document.
+/// Reads the network instances of one document, which use its defined sets.
 ///
 /// The names and types of all instances are read first, so that each reference to an instance can
 /// be checked. Instances of other types and disabled ones are not read further.
@@ -29,7 +29,8 @@ class InstancesReader final {
  public:
   explicit InstancesReader(const DefinedSets& sets) : sets_(sets) {}
 
-  [[nodiscard]] std::vector<NetworkInstance> read(const std::vector<JsonNode>& entries);
+  /// Reads the entries of the list, once. They are the only ones of the document.
+  [[nodiscard]] Configuration read(const std::vector<JsonNode>& entries);
 
  private:
   // An instance that is used.

@@ -32,8 +32,7 @@ Configuration readRoot(const JsonNode& root) {
   warnOfDisabledInterfaces(root);
   (void)document.require(instancesMember);
   const DefinedSets sets = readDefinedSets(document);
-  return {InstancesReader(sets).read(document.list(instancesMember, "network-instance")),
-          sets.prefixSets()};
+  return InstancesReader(sets).read(document.list(instancesMember, "network-instance"));
 }
 
 ReadConfiguration readDocument(JsonValue document, const std::string& file, Leniency leniency) {

@@ -140,8 +140,7 @@ std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
   EventPlayer player(*agent, std::filesystem::path(*events).parent_path(), leniency);
   forEachEvent(readTextFile(*events, "a readable event file"), *events,
                [&](const EventPlace& /*place*/, const Event& event) {
-                 checkNames(*agent, event);
-                 reportWarnings(err, player.play(event).warnings);
+                 reportWarnings(err, player.play(checkedEvent(*agent, event)).warnings);
                });
   return agent;
 }

@@ -65,8 +65,8 @@ class Run final {
 
   void playEvents(const std::string& events, const std::string& file) {
     EventPlayer player(agent_, std::filesystem::path(file).parent_path(), options_.leniency);
-    forEachEvent(events, file, [&](const EventPlace& place, const Event& event) {
-      checkNames(agent_, event);
+    forEachEvent(events, file, [&](const EventPlace& place, const Event& written) {
+      const Event event = checkedEvent(agent_, written);
       const PlayedEvent played{place, event, player.play(event)};
       warn(played.effects.warnings);
       report(played);

@@ -61,8 +61,7 @@ CommandOutput diff(const CommandCall& call) {
 }
 
 CommandOutput playEvent(const CommandCall& call) {
-  const Event event = readEvent(call.line).value();
-  checkNames(call.served.agent(), event);
+  const Event event = checkedEvent(call.served.agent(), readEvent(call.line).value());
   const EventEffects effects = call.served.play(event);
   if (std::holds_alternative<Show>(event)) return showAll(call, event);
   const bool isConfiguration = std::holds_alternative<ApplyConfig>(event);

@@ -19,8 +19,12 @@ bool hasPolicy(ForwardingAgent& agent, const std::string& name) {
   return agent.names().policies.contains(name) || agent.policiesInForce().contains(name);
 }
 
+std::string vrfOf(ForwardingAgent& agent, const std::string& name) {
+  return vrfNamed(name, agent.configuration().defaultName);
+}
+
 bool hasVrf(ForwardingAgent& agent, const std::string& name) {
-  return knownVrfs(agent).contains(L3::VrfName(name));
+  return knownVrfs(agent).contains(L3::VrfName(vrfOf(agent, name)));
 }
 
 // Reads the filters that a command has.
@@ -42,7 +46,7 @@ class FilterReader final {
     words_.erase(allowed);
     if (word.text == "interface") filter_.interface = nameOf("interface", hasInterface);
     if (word.text == "policy") filter_.policy = nameOf("policy", hasPolicy);
-    if (word.text == "vrf") filter_.vrf = nameOf("vrf", hasVrf);
+    if (word.text == "vrf") filter_.vrf = vrfOf(call_.served.agent(), nameOf("vrf", hasVrf));
     if (word.text == "failed") filter_.failed = true;
   }
 

@@ -11,9 +11,11 @@ namespace {
 // A word is a VRF if there is one of that name, and otherwise a prefix.
 RouteFilter filterOf(const CommandCall& call) {
   RouteFilter filter;
+  ForwardingAgent& agent = call.served.agent();
   auto word = call.arguments.next();
-  if (word && knownVrfs(call.served.agent()).contains(L3::VrfName(word->text))) {
-    filter.vrf = word->text;
+  const std::string vrf = word ? vrfNamed(word->text, agent.configuration().defaultName) : "";
+  if (word && knownVrfs(agent).contains(L3::VrfName(vrf))) {
+    filter.vrf = vrf;
     word = call.arguments.next();
   }
   if (!word) return filter;

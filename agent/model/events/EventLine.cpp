@@ -82,10 +82,7 @@ std::string EventLine::vrfOf(const std::optional<Word>& word, const std::string&
              otherwise,
          word);
   }
-  if (word->text == defaultInstanceName) {
-    fail(what + " must be written default for the default VRF", word);
-  }
-  return word->text;
+  return word->text == defaultInstanceName ? defaultVrfName : word->text;
 }
 
 void EventLine::fail(const std::string& what, const std::optional<Word>& found) const {

@@ -32,7 +32,7 @@ class EventLine final {
                                       std::initializer_list<std::string_view> allowed);
   [[nodiscard]] std::uint32_t needNumber(
       const std::string& what, std::uint32_t most = std::numeric_limits<std::uint32_t>::max());
-  /// The VRF that the next word names. DEFAULT is refused: the default VRF is written default.
+  /// The VRF that the next word names. DEFAULT is the default VRF, which is called default.
   [[nodiscard]] std::string needVrf(const std::string& what);
   /// The interface that the next word names.
   [[nodiscard]] std::string needInterface(const std::string& what);

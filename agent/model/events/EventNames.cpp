@@ -1,8 +1,10 @@
 #include "agent/model/events/EventNames.h"
 
+#include <optional>
 #include <set>
 
 #include "Mox/QuotedString.h"
+#include "agent/config/Configuration.h"
 #include "agent/language/Errors.h"
 #include "agent/language/NearestName.h"
 #include "agent/language/Words.h"
@@ -17,10 +19,32 @@ bool isKnown(ForwardingAgent& agent, const std::string& vrf) {
 
 std::set<std::string> knownVrfNames(ForwardingAgent& agent) {
   std::set<std::string> names = agent.names().vrfs;
+  const std::string& defaultName = agent.configuration().defaultName;
+  if (!defaultName.empty()) names.insert(defaultName);
   for (auto status = agent.routeStatus().vrfStatus().iterator(); status; ++status)
     names.insert(status.key().str());
   return names;
 }
+
+// Writes the names of VRFs in an event as the names of the system.
+class DefaultVrf final {
+ public:
+  explicit DefaultVrf(const std::string& defaultName) : defaultName_(defaultName) {}
+
+  template <class EventKind>
+  void operator()(EventKind& event) const {
+    if constexpr (requires { event.vrf; }) rename(event.vrf);
+    if constexpr (requires { event.fallback; }) rename(event.fallback);
+  }
+
+ private:
+  void rename(std::string& vrf) const { vrf = vrfNamed(vrf, defaultName_); }
+  void rename(std::optional<std::string>& vrf) const {
+    if (vrf) rename(*vrf);
+  }
+
+  const std::string& defaultName_;
+};
 
 class NameCheck final {
  public:
@@ -66,8 +90,10 @@ class NameCheck final {
 
 }  // namespace
 
-void checkNames(ForwardingAgent& agent, const Event& event) {
+Event checkedEvent(ForwardingAgent& agent, Event event) {
+  std::visit(DefaultVrf(agent.configuration().defaultName), event);
   std::visit(NameCheck(agent), event);
+  return event;
 }
 
 void checkInterface(ForwardingAgent& agent, const std::string& interface, const std::string& what) {

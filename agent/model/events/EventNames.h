@@ -8,6 +8,9 @@ namespace ZelAgent {
 
 class ForwardingAgent;
 
+/// The event, with "default" for each VRF name that the configuration in force gives to the default
+/// instance.
+///
 /// Throws an `EventError` "FORM: WHAT must be ..., found 'NAME'; did you mean 'OTHER'?" if the
 /// event names an interface or a VRF that is not known. Check an event that somebody has written
 /// before it is played.
@@ -15,7 +18,7 @@ class ForwardingAgent;
 /// The configuration in force says which interfaces are known. A VRF is known if the configuration
 /// names it or the hardware has a status of it. So `vrf NAME add` may have any name. Events that
 /// remove something refuse other names when they are played.
-void checkNames(ForwardingAgent& agent, const Event& event);
+[[nodiscard]] Event checkedEvent(ForwardingAgent& agent, Event event);
 
 /// Throws an `EventError` unless the configuration in force has the interface. `what` names the
 /// place of the name: "explain INTERFACE PACKET: INTERFACE".

@@ -81,6 +81,21 @@ TEST_F(ShowFilters, SelectRulesByInterfacePolicyAndVrf) {
   EXPECT_EQ(shown("show rules interface e4"), "  no rules\n");
 }
 
+TEST_F(ShowFilters, NameTheDefaultVrfAsItsInstanceIsCalled) {
+  std::string renamed(twoPolicies);
+  renamed.replace(renamed.find("DEFAULT"), 7, "main");
+  const std::string last = R"("network-instance": "blue")";
+  renamed.replace(renamed.rfind(last), last.size(), R"("network-instance": "main")");
+  (void)runCommand(served_, "config " + writeFile("main.json", renamed), false);
+  for (const std::string name : {"main", "default", "DEFAULT"}) {
+    EXPECT_EQ(rules("show rules vrf " + name), "e3/7");
+    (void)runCommand(served_, "route " + name + " 10.0.0.0/8 via e4", false);
+    EXPECT_EQ(shownJson("show routes " + name).at(0)["vrfName"], "default");
+    (void)runCommand(served_, "route " + name + " 10.0.0.0/8 remove", false);
+  }
+  EXPECT_NE(refused("show rules vrf mian"), "");
+}
+
 TEST_F(ShowFilters, ThatAreCombinedSelectWhatAllSelect) {
   EXPECT_EQ(rules("show rules interface e1 vrf blue"), "e1/2");
   EXPECT_EQ(rules("show rules vrf blue policy edge interface e1"), "e1/2");

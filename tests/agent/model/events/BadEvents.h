@@ -58,12 +58,6 @@ inline std::vector<BadEvent> badEvents() {
       {"VrfWithALongName", "vrf " + hundredAndOne + " remove",
        "vrf NAME id|remove|add: NAME must be a VRF name of 1 to 100 bytes, found '" + hundred +
            "'..."},
-      {"VrfCalledDefault", "vrf DEFAULT id 1",
-       "vrf NAME id|remove|add: NAME must be written default for the default VRF, found "
-       "'DEFAULT'"},
-      {"VrfCalledDefaultInQuotes", "vrf 'DEFAULT' id 1",
-       "vrf NAME id|remove|add: NAME must be written default for the default VRF, found "
-       "'DEFAULT'"},
       {"VrfWithoutAVerb", "vrf red",
        "vrf NAME id|remove|add: NAME must be followed by id, remove or add, found the end of the "
        "line"},
@@ -102,9 +96,6 @@ inline std::vector<BadEvent> badEvents() {
       {"FallbackToNobody", "fallback red to",
        "fallback NAME to NAME: the second NAME must be a VRF name of 1 to 100 bytes, found the end "
        "of the line"},
-      {"FallbackToDefault", "fallback red to DEFAULT",
-       "fallback NAME to NAME: the second NAME must be written default for the default VRF, found "
-       "'DEFAULT'"},
       {"FallbackToTwo", "fallback red to blue green",
        "fallback NAME to NAME: the line must end here, found 'green'"},
       {"FallbackRemoveIsFollowedByMore", "fallback red remove now",
@@ -183,9 +174,6 @@ inline std::vector<BadEvent> badEvents() {
       {"RouteAlone", "route",
        "route VRF PREFIX decap|via|remove: VRF must be a VRF name of 1 to 100 bytes, found the end "
        "of the line"},
-      {"RouteOfDefaultByItsOtherName", "route DEFAULT 10.0.0.0/8 decap",
-       "route VRF PREFIX decap|via|remove: VRF must be written default for the default VRF, found "
-       "'DEFAULT'"},
       {"RouteWithoutAPrefix", "route red",
        "route VRF PREFIX decap|via|remove: PREFIX must be an IPv4 or IPv6 prefix such as "
        "192.0.2.0/24, found the end of the line"},

@@ -24,18 +24,48 @@ class EventNamesTest : public ::testing::Test {
 
   // What is wrong with the names of the event. Empty if it is played.
   std::string problemOf(const std::string& line) {
-    const Event event = readEvent(line).value();
     try {
-      checkNames(agent_, event);
+      static_cast<void>(EventPlayer(agent_, {}).play(eventOf(line)));
     } catch (const EventError& error) {
       return error.what();
     }
-    static_cast<void>(EventPlayer(agent_, {}).play(event));
     return "";
   }
 
+  Event eventOf(const std::string& line) { return checkedEvent(agent_, readEvent(line).value()); }
+
   ForwardingAgent agent_{16};
 };
+
+TEST_F(EventNamesTest, TheDefaultVrfHasTheNameOfTheConfigurationToo) {
+  Configuration configuration = agent_.configuration();
+  configuration.defaultName = "main";
+  agent_.apply(configuration);
+  for (const std::string name : {"default", "DEFAULT", "main"}) {
+    EXPECT_EQ(eventOf("vrf " + name + " id 7"), Event(SetVrfId{"default", 7}));
+    EXPECT_EQ(eventOf("vrf " + name + " add"), Event(AddVrf{"default", 0}));
+    EXPECT_EQ(eventOf("fallback " + name + " to transit"),
+              Event(SetFallback{"default", "transit"}));
+    EXPECT_EQ(eventOf("fallback transit to " + name), Event(SetFallback{"transit", "default"}));
+    EXPECT_EQ(eventOf("prefix-lens ipv6 " + name + " remove"),
+              Event(RemovePrefixLens{IpFamily::v6, "default"}));
+    EXPECT_EQ(eventOf("chip fail " + name + " 1"), Event(PlanChipFaults{"default", 1}));
+    EXPECT_EQ(eventOf("route " + name + " 10.0.0.0/8 via Ethernet1"),
+              Event(SetEgressRoute{"default", *parseIpPrefix("10.0.0.0/8"), "Ethernet1"}));
+  }
+  EXPECT_EQ(eventOf("chip fail any 1"), Event(PlanChipFaults{std::nullopt, 1}));
+}
+
+TEST_F(EventNamesTest, TheNameOfTheDefaultInstanceIsSuggested) {
+  Configuration configuration = agent_.configuration();
+  configuration.defaultName = "main";
+  agent_.apply(configuration);
+  EXPECT_EQ(problemOf("vrf mian id 7"),
+            "vrf NAME id N: NAME must be a VRF of the configuration or of the hardware, found "
+            "'mian'; did you mean 'main'?");
+  agent_.apply(Configuration{});
+  EXPECT_NE(problemOf("vrf main id 7"), "");
+}
 
 TEST_F(EventNamesTest, AnInterfaceMayBeOfAnInstanceAPolicyOrARoute) {
   for (const std::string interface : {"Ethernet1", "Ethernet2", "Ethernet3"})
