@@ -1,9 +1,12 @@
 #include "agent/commands/served/ServedCommands.h"
 
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "agent/commands/served/CommandCall.h"
 #include "agent/config/OpenConfigReader.h"
+#include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 #include "agent/model/differences/ConfigurationDifference.h"
@@ -18,35 +21,54 @@
 namespace ZelAgent {
 namespace {
 
-CommandOutput showAll(const CommandCall& call, const Event& show) {
-  const PlayedEvent played{{}, show, {}};
-  const AgentState state = call.served.agent().state(userListsOf(call));
-  return withWarnings(call, {},
-                      outputOf(
-                          call, [&](std::ostream& out) { writeTextReport(out, played, state); },
-                          [&] { return reportJson(played, state); }));
+// The effects under a title, and as JSON in the report.
+CommandOutput changeOutput(const OutputForm& form, const std::string& title, OrderedJson report,
+                           const EventEffects& effects, Counts counts) {
+  return withWarnings(
+      form, boundedWarnings(effects.warnings),
+      outputOf(
+          form, [&](std::ostream& out) { writeChangeReport(out, title, effects, counts); },
+          [&] {
+            putChange(report, effects);
+            return std::move(report);
+          }));
+}
+
+CommandOutput eventOutput(const OutputForm& form, const Event& event, const EventEffects& effects,
+                          Counts counts) {
+  return changeOutput(form, toText(event), {{"event", {{"text", toText(event)}}}}, effects, counts);
+}
+
+// Begins a change when no other one is in progress, and waits for its end. `report` makes the
+// output of the effects.
+template <class Begin, class Report>
+AwaitedOutput changeInSlices(ServedAgent& served, Begin begin, Report report) {
+  return [&served, begin, report,
+          change = SlicedChangePtr()]() mutable -> std::optional<CommandOutput> {
+    if (!change && served.isChanging()) return std::nullopt;
+    if (!change) change = begin();
+    if (!change->isComplete) return std::nullopt;
+    return report(effectsOf(*change));
+  };
+}
+
+AwaitedOutput applyFile(const CommandCall& call, const ApplyConfig& event) {
+  return changeInSlices(
+      call.served, [&served = call.served, file = event.file] { return served.beginFile(file); },
+      [form = OutputForm(call), event](const EventEffects& effects) {
+        return eventOutput(form, event, effects, Counts::always);
+      });
 }
 
 }  // namespace
 
-CommandOutput reload(const CommandCall& call) {
-  EffectsRecorder recorder(call.served.agent());
-  const std::vector<std::string> warnings = boundedWarnings(call.served.reload());
-  const EventEffects effects = recorder.take();
-  const std::string& file = call.served.record().file;
-  return withWarnings(call, warnings,
-                      outputOf(
-                          call,
-                          [&](std::ostream& out) {
-                            writeChangeReport(out,
-                                              printable(file, Limits::shownTextBytes) + " applied",
-                                              effects, Counts::always);
-                          },
-                          [&] {
-                            OrderedJson report{{"configuration", file}};
-                            putChange(report, effects);
-                            return report;
-                          }));
+AwaitedOutput reload(const CommandCall& call) {
+  return changeInSlices(
+      call.served, [&served = call.served] { return served.beginReload(); },
+      [form = OutputForm(call), file = call.served.record().file](const EventEffects& effects) {
+        return changeOutput(form, printable(file, Limits::shownTextBytes) + " applied",
+                            {{"configuration", file}}, effects, Counts::always);
+      });
 }
 
 CommandOutput diff(const CommandCall& call) {
@@ -60,34 +82,37 @@ CommandOutput diff(const CommandCall& call) {
                           [&] { return toJson(difference); }));
 }
 
-CommandOutput playEvent(const CommandCall& call) {
-  const Event event = checkedEvent(call.served.agent(), readEvent(call.line).value());
-  const EventEffects effects = call.served.play(event);
-  if (std::holds_alternative<Show>(event)) return showAll(call, event);
-  const bool isConfiguration = std::holds_alternative<ApplyConfig>(event);
-  return withWarnings(call, boundedWarnings(effects.warnings),
-                      outputOf(
-                          call,
-                          [&](std::ostream& out) {
-                            writeChangeReport(
-                                out, toText(event), effects,
-                                isConfiguration ? Counts::always : Counts::whenNeeded);
-                          },
-                          [&] {
-                            OrderedJson report{{"event", {{"text", toText(event)}}}};
-                            putChange(report, effects);
-                            return report;
-                          }));
+AwaitedOutput playEvent(const CommandCall& call) {
+  const Event event = readEvent(call.line).value();
+  if (const auto* const config = std::get_if<ApplyConfig>(&event)) return applyFile(call, *config);
+  return [&served = call.served, form = OutputForm(call), event]() -> std::optional<CommandOutput> {
+    if (served.isChanging()) return std::nullopt;
+    const Event checked = checkedEvent(served.agent(), event);
+    return eventOutput(form, checked, served.play(checked), Counts::whenNeeded);
+  };
 }
 
-CommandOutput explainPacket(const CommandCall& call) {
+CommandOutput showState(const CommandCall& call) {
+  const PlayedEvent played{{}, Show{}, {}};
+  const AgentState state = call.served.agent().state(userListsOf(call));
+  return withWarnings(call, {},
+                      outputOf(
+                          call, [&](std::ostream& out) { writeTextReport(out, played, state); },
+                          [&] { return reportJson(played, state); }));
+}
+
+AwaitedOutput explainPacket(const CommandCall& call) {
   call.arguments.formIs("explain INTERFACE PACKET");
   const std::string interface = call.arguments.needInterface("INTERFACE");
   const std::vector<std::uint8_t> packet = readPacket(call.arguments);
   checkInterface(call.served.agent(), interface, "explain INTERFACE PACKET: INTERFACE");
-  const PathReport report = explain(call.served.agent(), interface, packet);
-  return outputOf(
-      call, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });
+  return [&agent = call.served.agent(), form = OutputForm(call), interface,
+          packet]() -> std::optional<CommandOutput> {
+    if (agent.isBeingChanged(interface)) return std::nullopt;
+    const PathReport report = explain(agent, interface, packet);
+    return outputOf(
+        form, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });
+  };
 }
 
 }  // namespace ZelAgent

@@ -10,21 +10,22 @@ namespace ZelAgent {
 
 CommandResult Command::operator()(const CommandCall& call) const {
   if (start_ != nullptr) return start_(call);
+  if (await_ != nullptr) return await_(call);
   return run_(call);
 }
 
-CommandOutput outputOf(const CommandCall& call, const std::function<void(std::ostream&)>& writeText,
+CommandOutput outputOf(const OutputForm& form, const std::function<void(std::ostream&)>& writeText,
                        const std::function<CommandOutput()>& makeJson) {
-  if (call.asJson) return makeJson();
+  if (form.asJson) return makeJson();
   std::ostringstream text;
-  tableColumnsAre(text, call.columns);
+  tableColumnsAre(text, form.columns);
   writeText(text);
   return std::move(text).str();
 }
 
-CommandOutput withWarnings(const CommandCall& call, const std::vector<std::string>& warnings,
+CommandOutput withWarnings(const OutputForm& form, const std::vector<std::string>& warnings,
                            CommandOutput output) {
-  if (call.asJson) {
+  if (form.asJson) {
     output["warnings"] = warnings;
     return output;
   }

@@ -77,6 +77,14 @@ class RowSearch final {
   std::optional<Word> pending_;  // the word after words_
 };
 
+// The output after all slices of the changes that it waits for.
+CommandOutput waitedFor(ServedAgent& served, const AwaitedOutput& awaited) {
+  while (true) {
+    if (auto output = awaited()) return std::move(*output);
+    served.makeSlice();
+  }
+}
+
 }  // namespace
 
 CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson,
@@ -87,7 +95,7 @@ CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJs
   if (row == nullptr) return CommandOutput(asJson ? CommandOutput(nullptr) : CommandOutput(""));
   line.formIs(row->form);
   if (!CommandForm(row->form).hasArguments()) line.needEnd();
-  CommandResult result = row->run({served, whole, line, asJson, columns});
+  CommandResult result = row->run({{asJson, columns}, served, whole, line});
   if (auto* const pages = std::get_if<ReportPagesPtr>(&result)) (*pages)->columnsAre(columns);
   return result;
 }
@@ -96,6 +104,8 @@ CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson
                          std::size_t columns) {
   CommandResult result = startCommand(served, text, asJson, columns);
   if (auto* const output = std::get_if<CommandOutput>(&result)) return std::move(*output);
+  if (const auto* const awaited = std::get_if<AwaitedOutput>(&result))
+    return waitedFor(served, *awaited);
   std::string whole = wholeText(*std::get<ReportPagesPtr>(result));
   return asJson ? CommandOutput::parse(whole) : CommandOutput(std::move(whole));
 }

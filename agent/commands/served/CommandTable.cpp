@@ -88,7 +88,7 @@ constexpr CommandRow rows[] = {
     {"retry", "Ask the chip again for all that it has refused", playEvent},
     {"explain INTERFACE PACKET...",
      "Show the path of a packet: ipv4|ipv6 SOURCE to DESTINATION ...", explainPacket},
-    {"show", "The actions, and each resource of the chip in full", playEvent},
+    {"show", "The actions, and each resource of the chip in full", showState},
     {"help [WORD...]", "The commands, or those that begin with the words", help},
     {"complete LINE", "The completions of the last word of LINE, which is quoted as one word",
      complete},

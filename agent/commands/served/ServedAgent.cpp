@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
+#include "Duolog/OutOfMemory.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
@@ -23,6 +25,22 @@ std::string asOneLine(const std::string& errors) {
 
 }  // namespace
 
+const EventEffects& effectsOf(const SlicedChange& change) {
+  if (change.failure) std::rethrow_exception(change.failure);
+  return change.effects;
+}
+
+struct ServedAgent::ChangeInProgress {
+  ChangeInProgress(ForwardingAgent& agent, ConfigurationSource from, std::string path,
+                   std::shared_ptr<SlicedChange> of)
+      : source(from), file(std::move(path)), result(std::move(of)), recorder(agent) {}
+
+  ConfigurationSource source;
+  std::string file;
+  std::shared_ptr<SlicedChange> result;
+  EffectsRecorder recorder;
+};
+
 ServedAgent::ServedAgent(std::string file, const ChipOptions& chip,
                          std::chrono::milliseconds clientTimeout, Leniency leniency,
                          WallClock clock)
@@ -30,50 +48,128 @@ ServedAgent::ServedAgent(std::string file, const ChipOptions& chip,
   record_.file = std::move(file);
 }
 
+ServedAgent::~ServedAgent() = default;
+
 std::vector<std::string> ServedAgent::start() {
-  return applyFile(ConfigurationSource::start);
+  ReadConfiguration read = readOpenConfigFile(record_.file, leniency_);
+  agent_.apply(std::move(read.configuration));
+  recordInForce(record_.file, ConfigurationSource::start);
+  notifyObserver();
+  return std::move(read.warnings);
 }
 
-std::vector<std::string> ServedAgent::reload() {
-  const auto refused = [this](const std::string& why) {
-    ++record_.reloadsRefused;
-    record_.refusal = why;
-    record_.refusedAt = clock_();
-  };
+SlicedChangePtr ServedAgent::beginReload() {
+  return begin(ConfigurationSource::reload, record_.file);
+}
+
+SlicedChangePtr ServedAgent::beginFile(const std::string& file) {
+  return begin(ConfigurationSource::event, file);
+}
+
+EventEffects ServedAgent::reload() {
+  return effectsOf(makeAll(beginReload()));
+}
+
+const SlicedChange& ServedAgent::makeAll(const SlicedChangePtr& change) {
+  while (!change->isComplete)
+    makeSlice();
+  return *change;
+}
+
+SlicedChangePtr ServedAgent::begin(ConfigurationSource source, const std::string& file) {
+  const auto result = std::make_shared<SlicedChange>();
+  change_ = std::make_unique<ChangeInProgress>(agent_, source, file, result);
+  makePart([this] {
+    ReadConfiguration read = readFile();
+    change_->result->effects.warnings = std::move(read.warnings);
+    agent_.begin(std::move(read.configuration));
+  });
+  if (isChanging()) makeSlice();
+  while (isChanging() && !sliceObserver_)
+    makeSlice();
+  if (isChanging()) sliceObserver_();
+  return result;
+}
+
+ReadConfiguration ServedAgent::readFile() const {
   try {
-    std::vector<std::string> warnings = applyFile(ConfigurationSource::reload);
+    return readOpenConfigFile(change_->file, leniency_);
+  } catch (const ConfigError& error) {
+    if (change_->source != ConfigurationSource::event) throw;
+    throw EventError(std::string("config FILE: ") + error.what());
+  }
+}
+
+void ServedAgent::makeSlice() {
+  makePart([this] {
+    makeSteps();
+    if (!agent_.isChanging()) complete();
+  });
+}
+
+void ServedAgent::makeSteps() {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + sliceTime_;
+  do {
+    agent_.step();
+  } while (agent_.isChanging() && Clock::now() < end);
+}
+
+// A failure ends the change.
+template <class Make>
+void ServedAgent::makePart(Make make) {
+  try {
+    make();
+  } catch (const ConfigError& error) {
+    fail(asOneLine(error.what()));
+  } catch (const std::bad_alloc&) {
+    Duolog::outOfMemory();
+  } catch (const std::exception& error) {
+    fail("the reload failed: " + printable(error.what(), Limits::shownTextBytes) +
+         "; the file may be applied in part");
+  }
+}
+
+void ServedAgent::complete() {
+  recordInForce(change_->file, change_->source);
+  notifyObserver();
+  if (change_->source == ConfigurationSource::reload) {
     ++record_.reloadsApplied;
     record_.refusal.reset();
-    return warnings;
-  } catch (const ConfigError& error) {
-    refused(asOneLine(error.what()));
-    throw;
-  } catch (const std::exception& error) {
-    refused("the reload failed: " + printable(error.what(), Limits::shownTextBytes) +
-            "; the file may be applied in part");
-    throw;
   }
+  end();
+}
+
+// Called while the failure is handled.
+void ServedAgent::fail(std::string refusal) {
+  if (change_->source == ConfigurationSource::reload) {
+    ++record_.reloadsRefused;
+    record_.refusal = std::move(refusal);
+    record_.refusedAt = clock_();
+  }
+  change_->result->failure = std::current_exception();
+  end();
+}
+
+void ServedAgent::end() {
+  const auto change = std::exchange(change_, nullptr);
+  EventEffects effects = change->recorder.take();
+  effects.warnings = std::move(change->result->effects.warnings);
+  change->result->effects = std::move(effects);
+  change->result->isComplete = true;
 }
 
 EventEffects ServedAgent::play(const Event& event) {
-  EventEffects effects = EventPlayer(agent_, {}, leniency_).play(event);
   if (const auto* const config = std::get_if<ApplyConfig>(&event)) {
-    recordInForce(config->file, ConfigurationSource::event);
+    return effectsOf(makeAll(beginFile(config->file)));
   }
+  EventEffects effects = EventPlayer(agent_, {}, leniency_).play(event);
   notifyObserver();
   return effects;
 }
 
 ChangeableLimits ServedAgent::limits() noexcept {
   return {agent_.chip().capacity(), agent_.acl().capacity(), clientTimeout_};
-}
-
-std::vector<std::string> ServedAgent::applyFile(ConfigurationSource source) {
-  ReadConfiguration read = readOpenConfigFile(record_.file, leniency_);
-  agent_.apply(read.configuration);
-  recordInForce(record_.file, source);
-  notifyObserver();
-  return std::move(read.warnings);
 }
 
 void ServedAgent::recordInForce(const std::string& file, ConfigurationSource source) {

@@ -2,12 +2,15 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "agent/config/OpenConfigReader.h"
 #include "agent/language/TimeText.h"
 #include "agent/model/events/EventPlayer.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
@@ -31,11 +34,29 @@ struct ConfigurationRecord {
   WallTime refusedAt;  // if there is a refusal
 };
 
+/// A change of the configuration that is made in slices.
+struct SlicedChange {
+  bool isComplete = false;
+  EventEffects effects;        // if it is complete and has not failed
+  std::exception_ptr failure;  // null if it has not failed
+};
+using SlicedChangePtr = std::shared_ptr<const SlicedChange>;
+
+/// The effects of a complete change, with the warnings of its file. Throws its failure.
+[[nodiscard]] const EventEffects& effectsOf(const SlicedChange& change);
+
 /// The agent of a daemon, with a record of its configurations. A wrong configuration changes only
 /// the record. A reload that fails for another reason is recorded as refused, but may be applied in
 /// part.
+///
+/// After the start a configuration is applied in slices of limited time. Who has set an observer of
+/// slices makes all but the first. Without one a change is one slice. When memory runs out during a
+/// slice, the process ends by `Duolog::outOfMemory`.
 class ServedAgent final {
  public:
+  /// How long a slice takes, if nothing else is set. Its last step may take longer.
+  static constexpr std::chrono::milliseconds usualSliceTime{10};
+
   /// The timeout of clients is only shown. The clock gives the times of the record.
   ServedAgent(std::string file, const ChipOptions& chip,
               std::chrono::milliseconds clientTimeout = Limits::clientTimeout,
@@ -45,16 +66,35 @@ class ServedAgent final {
               WallClock clock = systemTime)
       : ServedAgent(std::move(file), ChipOptions{.capacity = chipCapacity}, clientTimeout,
                     Leniency::strict, std::move(clock)) {}
+  ServedAgent(const ServedAgent&) = delete;
+  ServedAgent& operator=(const ServedAgent&) = delete;
+  ~ServedAgent();
 
   /// Applies the file for the first time. Returns warnings. Throws a `ConfigError`.
   std::vector<std::string> start();
-  /// Reads the file again and applies it as a change. Records any failure. Otherwise as `start`.
-  std::vector<std::string> reload();
-  /// Throws an `EventError`.
+  /// Begins to read the file again and to apply it as a change. Records any failure. Its failure is
+  /// a `ConfigError` if the file is wrong. Precondition of this and of all that change the agent:
+  /// no change is in progress.
+  [[nodiscard]] SlicedChangePtr beginReload();
+  /// Begins the same with another file, as the event `config FILE`. Its failure is an `EventError`
+  /// if the file is wrong.
+  [[nodiscard]] SlicedChangePtr beginFile(const std::string& file);
+  /// Makes a reload in one go. Throws its failure.
+  EventEffects reload();
+  /// Plays an event in one go. Throws an `EventError`.
   EventEffects play(const Event& event);
   /// Replaces the observer, which is called after each of the above that succeeded. An empty one
   /// ends observation.
   void changeObserverIs(std::function<void()> observer) { changeObserver_ = std::move(observer); }
+
+  /// Whether a change has slices left.
+  [[nodiscard]] bool isChanging() const noexcept { return change_ != nullptr; }
+  /// Makes the next slice. Precondition: a change has slices left.
+  void makeSlice();
+  /// Replaces the observer, which is called when a change has more slices than the first.
+  void sliceObserverIs(std::function<void()> observer) { sliceObserver_ = std::move(observer); }
+  /// A slice has at least one step, also without time.
+  void sliceTimeIs(std::chrono::milliseconds time) noexcept { sliceTime_ = time; }
 
   [[nodiscard]] ForwardingAgent& agent() noexcept { return agent_; }
   /// The limits in force. An event may have changed the capacity of the chip.
@@ -64,7 +104,17 @@ class ServedAgent final {
   [[nodiscard]] const ConfigurationRecord& record() const noexcept { return record_; }
 
  private:
-  std::vector<std::string> applyFile(ConfigurationSource source);
+  struct ChangeInProgress;
+
+  [[nodiscard]] SlicedChangePtr begin(ConfigurationSource source, const std::string& file);
+  [[nodiscard]] const SlicedChange& makeAll(const SlicedChangePtr& change);
+  [[nodiscard]] ReadConfiguration readFile() const;
+  void makeSteps();
+  void complete();
+  void fail(std::string refusal);
+  void end();
+  template <class Make>
+  void makePart(Make make);
   void recordInForce(const std::string& file, ConfigurationSource source);
   void notifyObserver() const;
 
@@ -73,7 +123,10 @@ class ServedAgent final {
   Leniency leniency_;  // of every configuration that is read
   WallClock clock_;
   ConfigurationRecord record_;
+  std::chrono::milliseconds sliceTime_ = usualSliceTime;
+  std::unique_ptr<ChangeInProgress> change_;  // null if there is none
   std::function<void()> changeObserver_;
+  std::function<void()> sliceObserver_;
 };
 
 }  // namespace ZelAgent

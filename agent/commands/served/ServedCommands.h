@@ -5,7 +5,7 @@
 namespace ZelAgent {
 
 // The commands that a daemon serves. The table of commands has their forms and help. The show
-// commands change nothing.
+// commands change nothing. Commands that change the agent wait for a change in progress.
 
 /// `show actions`: the name of the file in force and the table of actions. As JSON it has the
 /// members that StateReport.h describes. With a filter it has only the actions that it selects.
@@ -41,16 +41,19 @@ namespace ZelAgent {
 
 /// `reload`: what has changed, as ChangeReport.h describes it, with the warnings of the file. A
 /// wrong file changes nothing and is a `ConfigError`.
-[[nodiscard]] CommandOutput reload(const CommandCall& call);
+[[nodiscard]] AwaitedOutput reload(const CommandCall& call);
 /// `diff`: what a reload would change in the configuration in force, with the warnings of the file.
 /// Facts that events have changed are no part of a configuration.
 [[nodiscard]] CommandOutput diff(const CommandCall& call);
 /// An event, read and played as from an event file: what has changed, as ChangeReport.h describes
-/// it. `show` is answered as EventReport.h describes it.
-[[nodiscard]] CommandOutput playEvent(const CommandCall& call);
+/// it.
+[[nodiscard]] AwaitedOutput playEvent(const CommandCall& call);
+/// `show`: as EventReport.h describes it.
+[[nodiscard]] CommandOutput showState(const CommandCall& call);
 /// `explain INTERFACE PACKET`: the path of a packet, written as PacketText.h describes. It changes
-/// nothing, and no counter counts the packet.
-[[nodiscard]] CommandOutput explainPacket(const CommandCall& call);
+/// nothing, and no counter counts the packet. It waits while the rules of the interface are being
+/// changed.
+[[nodiscard]] AwaitedOutput explainPacket(const CommandCall& call);
 
 /// `help [WORD...]`: a line for each form that begins with the words.
 [[nodiscard]] CommandOutput help(const CommandCall& call);

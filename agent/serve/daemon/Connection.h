@@ -36,7 +36,8 @@ class ConnectionOwner {
 /// nothing is read. So at most one answer and slightly more than the longest request are kept for a
 /// client. Requests are answered in order, one in each turn. Each part of an answer in parts has
 /// a turn too, after the part before it was accepted: it is made when its client can take it, and
-/// others are answered between two parts. For room and patience a part is an answer. A client that
+/// others are answered between two parts. An answer that waits for a change in progress asks for a
+/// turn in each round. For room and patience a part is an answer. A client that
 /// does not read its answer in time is disconnected; see `Patience`.
 class Connection final : public TurnTaker, private StreamUser {
  public:
@@ -67,7 +68,7 @@ class Connection final : public TurnTaker, private StreamUser {
   WaitingAnswer waiting_;
   ConnectionOwner& owner_;
   RequestLines lines_;
-  std::unique_ptr<AnswerPages> rest_;  // of the present answer, if it has more parts
+  std::unique_ptr<AnswerParts> rest_;  // of the present answer, if it has more parts
   bool isLast_ = false;                // the connection ends after the present answer
   bool hasEnded_ = false;              // no bytes will be read any more
 };

@@ -13,7 +13,8 @@ ControlServer::ControlServer(Scheduler& scheduler, ServedAgent& served, const Se
       limits_(limits),
       service_(served, limits.unsentBytes),
       room_(std::max(limits.totalUnsentBytes, limits.unsentBytes)),
-      turns_(scheduler) {}
+      turns_(scheduler),
+      slices_(scheduler, served) {}
 
 void ControlServer::accept(std::unique_ptr<Stream> stream) {
   if (connections_.size() >= limits_.clients) return refuse(*stream);

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "agent/serve/daemon/AnswerRoom.h"
+#include "agent/serve/daemon/ChangeSlices.h"
 #include "agent/serve/daemon/Connection.h"
 #include "agent/serve/daemon/Scheduler.h"
 #include "agent/serve/daemon/ServerLimits.h"
@@ -15,10 +16,11 @@ namespace ZelAgent {
 
 /// Serves clients, wherever their streams come from.
 ///
-/// Clients that have requests take turns, one request in each turn. Clients beyond the limit get an
-/// error and are closed. All other clients are answered, whatever some of them do: an answer either
-/// has room (`AnswerRoom`) or is replaced by a short error, and its room is free again within
-/// `clientTimeout` * `answerTimeouts`.
+/// Clients that have requests take turns, one request in each turn, also between the slices of a
+/// change of the configuration. A request that changes the agent waits until that change is
+/// complete. Clients beyond the limit get an error and are closed. All other clients are answered,
+/// whatever some of them do: an answer either has room (`AnswerRoom`) or is replaced by a short
+/// error, and its room is free again within `clientTimeout` * `answerTimeouts`.
 class ControlServer final : private ConnectionOwner {
  public:
   /// The objects that are passed by reference must outlive this.
@@ -42,6 +44,7 @@ class ControlServer final : private ConnectionOwner {
   ControlService service_;
   AnswerRoom room_;
   Turns turns_;
+  ChangeSlices slices_;
   std::list<Connection> connections_;
 };
 

@@ -18,13 +18,13 @@
 #include "agent/language/PrintableText.h"
 #include "agent/language/Progress.h"
 #include "agent/model/forwarding/ApplyProgress.h"
-#include "agent/serve/daemon/CoalescedCall.h"
 #include "agent/serve/daemon/EventLoop.h"
 #include "agent/serve/daemon/ListeningSocket.h"
 #include "agent/serve/daemon/PipeListener.h"
 #include "agent/serve/daemon/ProgrammingLog.h"
 #include "agent/serve/daemon/RecoveryTimer.h"
 #include "agent/serve/daemon/ReloadReport.h"
+#include "agent/serve/daemon/RequestedReloads.h"
 #include "agent/serve/daemon/SignalWatch.h"
 #include "agent/serve/daemon/Stream.h"
 
@@ -68,7 +68,7 @@ ExitStatus Daemon::serve() {
   const auto end = [this] { loop_.stop(); };
   const SignalWatch onTerminate(loop_, SIGTERM, end);
   const SignalWatch onInterrupt(loop_, SIGINT, end);
-  CoalescedCall reloads(loop_, [this] { reload(); });
+  RequestedReloads reloads(loop_, served_, [this](const auto& lines) { printLines(lines); });
   const SignalWatch onHangUp(loop_, SIGHUP, [&reloads] { reloads.request(); });
   const ProgrammingLog programming(
       loop_, served_.agent(),
@@ -89,10 +89,6 @@ std::vector<std::string> Daemon::start() {
   Progress progress(Progress::terminal(STDERR_FILENO));
   const ApplyProgress shown(served_.agent(), progress, options_.configuration, 0);
   return served_.start();
-}
-
-void Daemon::reload() {
-  printLines(reportReload(options_.configuration, [this] { return served_.reload(); }));
 }
 
 void Daemon::printLines(const std::vector<std::string>& lines) {

@@ -27,13 +27,14 @@ struct DaemonOptions {
 /// chip refuses actions, it asks again once a second, as RecoveryTimer.h describes.
 ///
 /// Its clients and signals do not block it. Any number of SIGHUPs that arrive before a reload are
-/// one reload, and clients have their turn between two reloads. It prints lines, and the text
-/// trace, on streams that must not wait for a reader; see `LineStream`. Each line of the log has a
-/// time or a priority; see `DaemonLog`. When memory runs out, the
-/// process ends by `Duolog::outOfMemory`.
+/// one reload, and clients have their turn between two reloads. A large configuration is applied in
+/// slices, and clients have their turn between them. It prints lines, and the text trace, on
+/// streams that must not wait for a reader; see `LineStream`. Each line of the log has a time or a
+/// priority; see `DaemonLog`. When memory runs out, the process ends by `Duolog::outOfMemory`.
 ///
-/// At the end the clients are closed, then the socket file is removed, then the configuration is
-/// removed from the chip. A wrong configuration ends the daemon only at its start.
+/// At the end the clients are closed, then the socket file is removed, then a change in progress is
+/// completed, then the configuration is removed from the chip. A wrong configuration ends the
+/// daemon only at its start.
 class Daemon final {
  public:
   Daemon(const DaemonOptions& options, std::ostream& out, DaemonLog& log);
@@ -49,7 +50,6 @@ class Daemon final {
  private:
   // Applies the configuration for the first time. Returns warnings.
   [[nodiscard]] std::vector<std::string> start();
-  void reload();
   void printLines(const std::vector<std::string>& lines);
   // Prints that the daemon serves. Returns whether the line could be written.
   [[nodiscard]] bool announce();

@@ -12,7 +12,9 @@ RecoveryTimer::~RecoveryTimer() {
   served_.changeObserverIs({});
 }
 
+// A change in progress ends with a step of the recovery.
 void RecoveryTimer::step() {
+  if (served_.isChanging()) return;
   served_.agent().complete();
   startOrStop();
 }

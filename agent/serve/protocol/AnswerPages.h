@@ -3,6 +3,7 @@
 #include <string>
 
 #include "agent/reports/ReportPages.h"
+#include "agent/serve/protocol/AnswerParts.h"
 #include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
@@ -11,15 +12,14 @@ namespace ZelAgent {
 ///
 /// All parts together are what `toBytes` returns for the whole output: one line of JSON, or lines
 /// of text and ".". A part has at most `Limits::shortAnswerBytes` bytes.
-class AnswerPages final {
+class AnswerPages final : public AnswerParts {
  public:
   /// `asJson` is whether the pages are JSON.
   AnswerPages(ReportPagesPtr pages, Framing framing, bool asJson);
 
-  [[nodiscard]] bool hasNext() const { return pages_->hasNext(); }
-  /// The next part. It is empty if the report needs more time for its next page. Precondition:
-  /// there is one.
-  [[nodiscard]] std::string next();
+  [[nodiscard]] bool hasNext() const override { return pages_->hasNext(); }
+  /// A part is empty if the report needs more time for its next page.
+  [[nodiscard]] std::string next() override;
 
  private:
   [[nodiscard]] std::string nextPages();

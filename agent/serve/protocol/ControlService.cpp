@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "Duolog/OutOfMemory.h"
@@ -9,6 +10,8 @@
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/serve/protocol/AnswerPages.h"
+#include "agent/serve/protocol/AwaitedAnswer.h"
 
 namespace ZelAgent {
 namespace {
@@ -32,6 +35,35 @@ Answer withoutRoom(std::size_t size, std::size_t room) {
                  " bytes; try again later");
 }
 
+// The answer to a command that has thrown. Called while the exception is handled.
+Answer answerToFailure() {
+  try {
+    throw;
+  } catch (const RequestError& error) {
+    return refusal(error.what());
+  } catch (const EventError& error) {
+    return refusal(error.what());
+  } catch (const ConfigError& error) {
+    return refusal(error.what());
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    return failure("the command failed: " + printable(error.what(), Limits::shownTextBytes));
+  }
+}
+
+std::optional<std::string> bytesOf(const AwaitedOutput& awaited, Framing framing,
+                                   std::size_t longest) {
+  try {
+    auto output = awaited();
+    if (!output) return std::nullopt;
+    std::string bytes = toBytes({ExitStatus::success, std::move(*output)}, framing);
+    return bytes.size() > longest ? toBytes(tooLong(bytes.size(), longest), framing) : bytes;
+  } catch (const std::exception&) {
+    return toBytes(answerToFailure(), framing);
+  }
+}
+
 }  // namespace
 
 Reply ControlService::reply(const RequestLine& line, std::size_t room) noexcept {
@@ -42,7 +74,7 @@ Reply ControlService::reply(const RequestLine& line, std::size_t room) noexcept 
   }
 }
 
-Reply ControlService::continued(std::unique_ptr<AnswerPages> rest) noexcept {
+Reply ControlService::continued(std::unique_ptr<AnswerParts> rest) noexcept {
   try {
     return replyInParts(std::move(rest));
   } catch (const std::bad_alloc&) {
@@ -55,7 +87,7 @@ Reply ControlService::continued(std::unique_ptr<AnswerPages> rest) noexcept {
 Reply ControlService::replyTo(const RequestLine& line, std::size_t room) {
   const Framing framing = framingOf(line.text);
   auto answer = answerTo(line);
-  if (auto* const pages = std::get_if<std::unique_ptr<AnswerPages>>(&answer))
+  if (auto* const pages = std::get_if<std::unique_ptr<AnswerParts>>(&answer))
     return continued(std::move(*pages));
   Reply reply{toBytes(std::get<Answer>(answer), framing), line.kind == RequestLine::Kind::tooLong,
               nullptr};
@@ -68,13 +100,13 @@ Reply ControlService::replyTo(const RequestLine& line, std::size_t room) {
   return reply;
 }
 
-Reply ControlService::replyInParts(std::unique_ptr<AnswerPages> pages) {
+Reply ControlService::replyInParts(std::unique_ptr<AnswerParts> pages) {
   Reply reply{pages->next(), false, nullptr};
   if (pages->hasNext()) reply.rest = std::move(pages);
   return reply;
 }
 
-std::variant<Answer, std::unique_ptr<AnswerPages>> ControlService::answerTo(
+std::variant<Answer, std::unique_ptr<AnswerParts>> ControlService::answerTo(
     const RequestLine& line) {
   if (line.kind == RequestLine::Kind::tooLong) {
     return refusal("a request must be a line of at most " + std::to_string(RequestLines::longest) +
@@ -89,17 +121,15 @@ std::variant<Answer, std::unique_ptr<AnswerPages>> ControlService::answerTo(
     if (auto* const pages = std::get_if<ReportPagesPtr>(&result)) {
       return std::make_unique<AnswerPages>(std::move(*pages), framingOf(line.text), request.asJson);
     }
+    if (auto* const awaited = std::get_if<AwaitedOutput>(&result)) {
+      return std::make_unique<AwaitedAnswer>(
+          [awaited = std::move(*awaited), framing = framingOf(line.text), longest = longestReply_] {
+            return bytesOf(awaited, framing, longest);
+          });
+    }
     return Answer{ExitStatus::success, std::move(std::get<CommandOutput>(result))};
-  } catch (const RequestError& error) {
-    return refusal(error.what());
-  } catch (const EventError& error) {
-    return refusal(error.what());
-  } catch (const ConfigError& error) {
-    return refusal(error.what());
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception& error) {
-    return failure("the command failed: " + printable(error.what(), Limits::shownTextBytes));
+  } catch (const std::exception&) {
+    return answerToFailure();
   }
 }
 

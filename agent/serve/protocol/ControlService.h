@@ -7,7 +7,7 @@
 #include <variant>
 
 #include "agent/serve/protocol/Answer.h"
-#include "agent/serve/protocol/AnswerPages.h"
+#include "agent/serve/protocol/AnswerParts.h"
 #include "agent/serve/protocol/Request.h"
 
 namespace ZelAgent {
@@ -17,11 +17,12 @@ class ServedAgent;
 struct Reply {
   std::string bytes;
   bool isLast = false;                // the connection must be closed after it
-  std::unique_ptr<AnswerPages> rest;  // of an answer of several parts; null if `bytes` is the end
+  std::unique_ptr<AnswerParts> rest;  // of an answer of several parts; null if `bytes` is the end
 };
 
 /// Answers request lines. Each line gets one answer, also a wrong one. A long answer has several
-/// parts, of which the caller asks for one after the other. No exception leaves `reply` and
+/// parts, of which the caller asks for one after the other. Parts are empty while a command waits
+/// for a change in progress. No exception leaves `reply` and
 /// `continued`: when memory runs out, they end the process by `Duolog::outOfMemory`, and nobody is
 /// answered.
 class ControlService final {
@@ -35,14 +36,14 @@ class ControlService final {
   [[nodiscard]] Reply reply(const RequestLine& line, std::size_t room = anyRoom) noexcept;
   /// The next part of an answer. If it cannot be made, the reply is empty and the last one, so that
   /// the client sees an answer without an end.
-  [[nodiscard]] Reply continued(std::unique_ptr<AnswerPages> rest) noexcept;
+  [[nodiscard]] Reply continued(std::unique_ptr<AnswerParts> rest) noexcept;
 
  private:
   static constexpr std::size_t anyRoom = std::numeric_limits<std::size_t>::max();
 
   [[nodiscard]] Reply replyTo(const RequestLine& line, std::size_t room);
-  [[nodiscard]] Reply replyInParts(std::unique_ptr<AnswerPages> pages);
-  [[nodiscard]] std::variant<Answer, std::unique_ptr<AnswerPages>> answerTo(
+  [[nodiscard]] Reply replyInParts(std::unique_ptr<AnswerParts> pages);
+  [[nodiscard]] std::variant<Answer, std::unique_ptr<AnswerParts>> answerTo(
       const RequestLine& line);
 
   ServedAgent& served_;

@@ -93,7 +93,7 @@ TEST_F(ChangeInSteps, KeepsTheOrderOfApply) {
   agent_.begin(after_);
   completeSteps();
   EXPECT_THAT(order_,
-              ElementsAre("blue has a status", "setRoute", "red has a fallback", "updateVrf",
+              ElementsAre("blue has a status", "setRoute", "updateVrf", "red has a fallback",
                           "createVrf", "addRule", "removeRule", "deleteVrf", "old has no fallback",
                           "old has no status", "the configuration is in force", "removeRoute"));
 }

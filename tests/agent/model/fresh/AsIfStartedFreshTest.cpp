@@ -133,10 +133,9 @@ class AgedAgent final {
     const auto configuration = configurationIn(reload.document);
     refusal_.reset();
     try {
-      observe([&] { static_cast<void>(served_.reload()); });
+      calls_ = served_.reload().calls;
     } catch (const ConfigError& error) {
       refusal_ = error.what();
-      agent().chip().hookObserverIs({});
     }
     if (configuration.has_value() == refusal_.has_value()) wrong_ = "a reload was judged wrongly";
     ++(configuration ? applied_ : refused_);

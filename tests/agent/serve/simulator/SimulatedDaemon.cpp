@@ -2,13 +2,12 @@
 
 #include <utility>
 
-#include "agent/serve/daemon/ReloadReport.h"
 #include "tests/agent/FixedClock.h"
 
 namespace ZelAgent {
 
 SimulatedDaemon::SimulatedDaemon(const std::string& file, std::uint32_t chipCapacity)
-    : file_(file), served_(file, chipCapacity, clientTimeout, fixedTime) {}
+    : served_(file, chipCapacity, clientTimeout, fixedTime) {}
 
 void SimulatedDaemon::start() {
   recovery_.emplace(scheduler_, served_);
@@ -28,9 +27,8 @@ std::vector<std::string> SimulatedDaemon::printed() {
   return std::exchange(printed_, {});
 }
 
-void SimulatedDaemon::reload() {
-  for (const std::string& line : reportReload(file_, [this] { return served_.reload(); }))
-    printed_.push_back(line);
+void SimulatedDaemon::print(const std::vector<std::string>& lines) {
+  printed_.insert(printed_.end(), lines.begin(), lines.end());
 }
 
 }  // namespace ZelAgent

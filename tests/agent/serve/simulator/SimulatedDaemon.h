@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "agent/commands/served/ServedAgent.h"
-#include "agent/serve/daemon/CoalescedCall.h"
 #include "agent/serve/daemon/ControlServer.h"
 #include "agent/serve/daemon/RecoveryTimer.h"
+#include "agent/serve/daemon/RequestedReloads.h"
 #include "tests/agent/serve/daemon/ManualScheduler.h"
 #include "tests/agent/serve/daemon/ScriptedClient.h"
 
@@ -35,13 +35,12 @@ class SimulatedDaemon final {
   [[nodiscard]] std::vector<std::string> printed();
 
  private:
-  void reload();
+  void print(const std::vector<std::string>& lines);
 
-  std::string file_;
   ManualScheduler scheduler_;
   ServedAgent served_;
   std::vector<std::string> printed_;
-  CoalescedCall reloads_{scheduler_, [this] { reload(); }};
+  RequestedReloads reloads_{scheduler_, served_, [this](const auto& lines) { print(lines); }};
   std::optional<RecoveryTimer> recovery_;
   std::optional<ControlServer> server_;
 };

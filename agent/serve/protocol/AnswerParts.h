@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+namespace ZelAgent {
+
+/// The bytes of an answer that are made part by part, when the part before was sent.
+class AnswerParts {
+ public:
+  AnswerParts() = default;
+  AnswerParts(const AnswerParts&) = delete;
+  AnswerParts& operator=(const AnswerParts&) = delete;
+  virtual ~AnswerParts() = default;
+
+  [[nodiscard]] virtual bool hasNext() const = 0;
+  /// The next part. It is empty if the part cannot be made yet. Precondition: there is one.
+  [[nodiscard]] virtual std::string next() = 0;
+};
+
+}  // namespace ZelAgent
