@@ -39,6 +39,26 @@ void waitIs(const FileHandle& socket, std::chrono::milliseconds wait) {
     setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof limit);
 }
 
+std::string secondsText(std::chrono::milliseconds time) {
+  return std::to_string(std::chrono::floor<std::chrono::seconds>(time).count()) + " s";
+}
+
+[[noreturn]] void failAt(const std::string& path, const std::string& what) {
+  throw SocketError(printable(path, Limits::shownTextBytes) + ": " + what);
+}
+
+// A wait for the connection ends with EAGAIN.
+[[noreturn]] void failToConnect(const std::string& path, std::chrono::milliseconds wait,
+                                int error) {
+  if (error == EAGAIN) {
+    failAt(path,
+           "the daemon has accepted no connection for " + secondsText(wait) + "; see --timeout");
+  }
+  throw SocketError(socketErrorOf(path, "no daemon can be reached", error).what() +
+                    std::string("; start one with: zel-agent serve CONFIG --socket ") +
+                    printable(path, Limits::shownTextBytes));
+}
+
 FileHandle connectTo(const std::string& path, std::chrono::milliseconds wait) {
   const sockaddr_un address = socketAddressOf(path);
   FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -46,9 +66,7 @@ FileHandle connectTo(const std::string& path, std::chrono::milliseconds wait) {
   waitIs(socket, wait);
   const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
   if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
-    throw SocketError(socketErrorOf(path, "no daemon can be reached", errno).what() +
-                      std::string("; start one with: zel-agent serve CONFIG --socket ") +
-                      printable(path, Limits::shownTextBytes));
+    failToConnect(path, wait, errno);
   }
   return socket;
 }
@@ -62,10 +80,6 @@ void sendBytes(const FileHandle& socket, std::string_view bytes) {
     if (sent < 0) return;
     bytes.remove_prefix(static_cast<std::size_t>(sent));
   }
-}
-
-[[noreturn]] void failAt(const std::string& path, const std::string& what) {
-  throw SocketError(printable(path, Limits::shownTextBytes) + ": " + what);
 }
 
 // What the client waits for, for messages.
@@ -118,8 +132,8 @@ class AnswerWait final {
     }
     const auto seconds = std::chrono::floor<std::chrono::seconds>(waited);
     if (limit_.count() > 0 && waited >= limit_) {
-      failAt(path_, "the daemon has sent nothing for " + std::to_string(seconds.count()) +
-                        " s; it may still run " + awaited(request_) + "; see --timeout");
+      failAt(path_, "the daemon has sent nothing for " + secondsText(waited) +
+                        "; it may still run " + awaited(request_) + "; see --timeout");
     }
     if (observer_.waits && seconds.count() > 0) observer_.waits(seconds);
   }
