@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -129,6 +130,24 @@ TEST_F(ReflectedLamp, ACollectionAcceptsOnlyWhatItsRowNames) {
   EXPECT_EQ(access(*lamp_, 134, Operation::count).value, AnyValue(1U));
   EXPECT_GT(lamp_->levels().capacity(), 0U);
   EXPECT_EQ(access(*lamp_, 134, Operation::capacity).value, AnyValue(lamp_->levels().capacity()));
+}
+
+TEST_F(ReflectedLamp, ACollectionIsReadByExactlyAsManyArgumentsAsTheOperationNeeds) {
+  const auto refusal = [this](Operation operation, std::initializer_list<AnyValue> arguments) {
+    try {
+      access(*lamp_, 134, operation, arguments);
+    } catch (const ArgumentException& error) {
+      return std::string(error.what());
+    }
+    return std::string("accepted");
+  };
+  const L3::VrfName hall("hall");
+  for (const Operation operation : {Operation::read, Operation::has}) {
+    EXPECT_EQ(refusal(operation, {}), "levels: expected 1 argument, found 0");
+    EXPECT_EQ(refusal(operation, {hall, 3U}), "levels: expected 1 argument, found 2");
+  }
+  for (const Operation operation : {Operation::count, Operation::capacity})
+    EXPECT_EQ(refusal(operation, {hall}), "levels: expected 0 arguments, found 1");
 }
 
 TEST_F(ReflectedLamp, IsCreatedFromTheArgumentsOfItsCreator) {
