@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "testing/Journal.h"
@@ -97,6 +99,50 @@ TEST_F(RuleLists, ACallFromInsideAReplacementBreaksThePromise) {
     return PolicyMap::AclResult{};
   };
   EXPECT_THROW(static_cast<void>(helper_->replaceRule("eth1", 0, rule(1))), std::logic_error);
+}
+
+TEST_F(RuleLists, EachCallFromInsideAnotherIsRefusedAndWritten) {
+  const std::vector<std::pair<std::string, std::function<void()>>> inner = {
+      {"addRule eth1 0", [this] { static_cast<void>(helper_->addRule("eth1", 0, rule(1))); }},
+      {"removeRule eth1 0", [this] { helper_->removeRule("eth1", 0); }},
+      {"moveRule eth1 0 0", [this] { helper_->moveRule("eth1", 0, 0); }},
+      {"replaceRule eth1 0",
+       [this] { static_cast<void>(helper_->replaceRule("eth1", 0, rule(1))); }},
+      {"close eth1", [this] { helper_->intfClosedIs("eth1", true); }},
+      {"intfClosed eth1", [this] { static_cast<void>(helper_->intfClosed("eth1")); }},
+      {"rules eth1", [this] { static_cast<void>(helper_->rules("eth1")); }},
+      {"intfs", [this] { static_cast<void>(helper_->intfs()); }},
+  };
+  add(0, 1);
+  for (const auto& [call, make] : inner) {
+    helper_->onMove = [&make = make](const Velo::String&, const PolicyMap::AclRule&) { make(); };
+    EXPECT_THROW(helper_->moveRule("eth1", 0, 0), std::logic_error) << call;
+    EXPECT_EQ(journal_.lines().back(), call + " comes from inside another call");
+  }
+  EXPECT_THAT(dscps(), ElementsAre(1));
+  EXPECT_FALSE(helper_->intfClosed("eth1"));
+}
+
+TEST_F(RuleLists, NoChangeAllowsAnotherCallMeanwhile) {
+  const auto refused = [this](const std::function<void()>& call) {
+    EXPECT_THROW(call(), std::logic_error);
+    EXPECT_EQ(journal_.lines().back(), "intfs comes from inside another call");
+  };
+  const auto look = [this](const Velo::String&, const PolicyMap::AclRule&) {
+    static_cast<void>(helper_->intfs());
+  };
+  const auto lookAndAccept = [this](const Velo::String&, const PolicyMap::AclRule&) {
+    static_cast<void>(helper_->intfs());
+    return PolicyMap::AclResult();
+  };
+  add(0, 1);
+  helper_->onAdd = helper_->onReplace = lookAndAccept;
+  helper_->onRemove = helper_->onMove = look;
+  refused([this] { static_cast<void>(helper_->addRule("eth1", 0, rule(2))); });
+  refused([this] { helper_->removeRule("eth1", 0); });
+  refused([this] { helper_->moveRule("eth1", 0, 0); });
+  refused([this] { static_cast<void>(helper_->replaceRule("eth1", 0, rule(1))); });
+  EXPECT_THAT(dscps(), ElementsAre(1));
 }
 
 TEST_F(RuleLists, AReplacementWithAnotherMatchOrOutsideTheListBreaksThePromise) {
