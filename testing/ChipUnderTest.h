@@ -66,7 +66,8 @@ class ChipUnderTest {
   /// check it.
   [[nodiscard]] virtual std::optional<std::size_t> capacity() const;
 
-  /// The maximum number of creations to fill a chip that does not report its capacity.
+  /// The maximum number of creations to fill a chip that does not report its capacity: 65,536,
+  /// unless it is overridden.
   [[nodiscard]] virtual std::size_t mostCreations() const;
 
   /// The programmed contents of the resource of `action`, in any form that is equal exactly when

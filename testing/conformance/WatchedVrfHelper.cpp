@@ -43,19 +43,17 @@ HwStatus failed() {
   return status;
 }
 
-// Returns the result of the hook, or `thrown` if it throws.
-template <class Result, class Call>
-Result watched(const char* hook, const VrfAction& action, HookTimes& times, Result thrown,
-               const Call& call) {
+// Calls the hook. If it throws, the running test fails.
+template <class Call>
+void watch(const char* hook, const VrfAction& action, HookTimes& times, const Call& call) {
   try {
     const Stopwatch stopwatch(times);
-    return call();
+    call();
   } catch (const std::exception& exception) {
     complain(hook, action, exception.what());
   } catch (...) {
     complain(hook, action, "something that is no std::exception");
   }
-  return thrown;
 }
 
 }  // namespace
@@ -66,19 +64,19 @@ WatchedVrfHelper::WatchedVrfHelper(const Mox::Ptr<VrfHelper>& chip)
       chip_(chip) {}
 
 HwStatus WatchedVrfHelper::createVrf(const VrfAction& action) {
-  return watched("createVrf", action, creations_, failed(),
-                 [&] { return chip_->createVrf(action); });
+  HwStatus status = failed();
+  watch("createVrf", action, creations_, [&] { status = chip_->createVrf(action); });
+  return status;
 }
 
 HwStatus WatchedVrfHelper::updateVrf(const VrfAction& action) {
-  return watched("updateVrf", action, updates_, failed(), [&] { return chip_->updateVrf(action); });
+  HwStatus status = failed();
+  watch("updateVrf", action, updates_, [&] { status = chip_->updateVrf(action); });
+  return status;
 }
 
 void WatchedVrfHelper::deleteVrf(const VrfAction& action) {
-  watched("deleteVrf", action, deletions_, true, [&] {
-    chip_->deleteVrf(action);
-    return true;
-  });
+  watch("deleteVrf", action, deletions_, [&] { chip_->deleteVrf(action); });
 }
 
 }  // namespace ZelVrfSelectionPolicy::Testing::Conformance
