@@ -26,11 +26,13 @@ void PrintTo(Fault fault, std::ostream* stream) {
   *stream << static_cast<int>(fault);
 }
 
-PoolChip::PoolChip(const ChipFacts& facts, Fault fault)
-    : VrfHelper("pool chip", facts.fallbacks, facts.routes, facts.routes6), fault_(fault) {}
+PoolChip::PoolChip(const ChipFacts& facts, Fault fault, std::size_t capacity)
+    : VrfHelper("pool chip", facts.fallbacks, facts.routes, facts.routes6),
+      fault_(fault),
+      capacity_(capacity) {}
 
 HwStatus PoolChip::createVrf(const VrfAction& action) {
-  if (programs_.contains(action)) ADD_FAILURE() << "createVrf of an action that has its resource";
+  if (!created_.insert(action).second) ADD_FAILURE() << "createVrf of an action that is created";
   if (fault_ == Fault::deletionIsForever && deleted_.contains(action)) {
     return failure(FailureCode::failureVrfResourceAlloc, "the action was deleted");
   }
@@ -40,22 +42,31 @@ HwStatus PoolChip::createVrf(const VrfAction& action) {
   if (fault_ == Fault::firstCreationRefused && !std::exchange(isReady_, true)) {
     return failure(FailureCode::failureVrfResourceAlloc, "the chip is not ready");
   }
+  if (!mayDecapsulate(action)) {
+    barred_.insert(action);
+    return failure(FailureCode::failureVrfResourceAlloc, "next hops may not decapsulate");
+  }
   if (fault_ == Fault::creationIgnoresHardware) failsNext_ = false;
-  return programNow(action, fault_ == Fault::creationLeaks);
+  HwStatus status = programNow(action, fault_ == Fault::creationLeaks);
+  if (fault_ == Fault::creationWithoutDescription) status.failureDescriptionIs("");
+  return status;
 }
 
 HwStatus PoolChip::updateVrf(const VrfAction& action) {
+  if (!created_.contains(action)) ADD_FAILURE() << "updateVrf of an action that is not created";
   if (fault_ == Fault::updateDoesNothing) return {};
+  if (barred_.contains(action)) {
+    return failure(FailureCode::failureVrfResourceAlloc, "the creation was refused");
+  }
   if (isSpoiled_ || failed_.contains(action)) {
     return failure(FailureCode::failureVrfResourceAlloc, "an earlier call failed");
   }
   const auto present = programs_.find(action);
   if (fault_ == Fault::updateTakesAnother && present != programs_.end()) {
-    if (inUse_ >= capacity) return refusedWhenFull(action);
+    if (inUse_ >= capacity_) return refusedWhenFull(action);
     ++inUse_;
   }
   if (fault_ == Fault::updateHoardsUntilDeletion && present != programs_.end()) {
-    if (inUse_ >= capacity) return refusedWhenFull(action);
     ++inUse_;
     ++hoard_[action];
   }
@@ -63,8 +74,13 @@ HwStatus PoolChip::updateVrf(const VrfAction& action) {
       present->second == programBy(action)) {
     return failure(FailureCode::failureVrfResourceAlloc, "nothing to program");
   }
+  if (fault_ == Fault::anotherIdRefused && present != programs_.end() &&
+      present->second[ids] != programBy(action)[ids]) {
+    return failure(FailureCode::failureVrfResourceAlloc, "the hardware id is another");
+  }
   const Program before = present == programs_.end() ? programBy(action) : present->second;
-  const HwStatus status = programNow(action, fault_ == Fault::updateLeaks);
+  HwStatus status = programNow(action, fault_ == Fault::updateLeaks);
+  if (fault_ == Fault::updateWithoutDescription) status.failureDescriptionIs("");
   const bool isFailed = status.status() == ProgrammingResult::programmingFailure;
   if (fault_ == Fault::failureIsForever && isFailed) failed_.insert(action);
   if (isFailed) return status;
@@ -75,6 +91,8 @@ HwStatus PoolChip::updateVrf(const VrfAction& action) {
 }
 
 void PoolChip::deleteVrf(const VrfAction& action) {
+  created_.erase(action);
+  barred_.erase(action);
   const bool isPresent = programs_.contains(action);
   if (fault_ == Fault::deletionThrows && !isPresent) throw std::runtime_error("not created");
   deleted_.insert(action);
@@ -108,14 +126,17 @@ PoolChip::Part PoolChip::keptPart() const noexcept {
 }
 
 bool PoolChip::isFull() const noexcept {
-  if (fault_ == Fault::freedIsNotAvailable) return inUse_ + everFreed_ >= capacity;
-  return inUse_ >= capacity - (fault_ == Fault::holdsFewer ? 1 : 0);
+  if (fault_ == Fault::holdsNothing) return true;
+  if (fault_ == Fault::freedIsNotAvailable) return inUse_ + everFreed_ >= capacity_;
+  return inUse_ >= capacity_ - (fault_ == Fault::holdsFewer ? 1 : 0);
 }
 
 HwStatus PoolChip::programNow(const VrfAction& action, bool leaks) {
   if (std::exchange(failsNext_, false)) {
     if (fault_ == Fault::hardwareRefusalLeaks) ++inUse_;
-    return failure(FailureCode::failureVrfResourceAlloc, "the hardware refused");
+    const bool hasReason = fault_ != Fault::hardwareRefusalWithoutReason;
+    return failure(hasReason ? FailureCode::failureVrfResourceAlloc : FailureCode::failureNone,
+                   "the hardware refused");
   }
   const bool isNew = !programs_.contains(action);
   if (isNew && isFull()) return refusedWhenFull(action);
@@ -143,6 +164,7 @@ HwStatus PoolChip::programNow(const VrfAction& action, bool leaks) {
 
 HwStatus PoolChip::refusedWhenFull(const VrfAction& action) {
   if (fault_ == Fault::successWhenFull) return {};
+  if (fault_ == Fault::refusalIsCounted) ++refusals_;
   if (fault_ == Fault::throwsWhenFull) throw std::runtime_error("full");
   if (fault_ == Fault::throwsANumberWhenFull) throw 1;
   if (fault_ == Fault::refusalFreesAnother) programs_.erase(programs_.begin()->first);
@@ -156,11 +178,15 @@ HwStatus PoolChip::failure(FailureCode reason, const std::string& text) {
   HwStatus status;
   status.statusIs(ProgrammingResult::programmingFailure);
   if (fault_ != Fault::failureWithoutReason) status.failureReasonIs(reason);
-  if (fault_ == Fault::failureWithoutDescription) return status;
   const std::string number =
       fault_ == Fault::outcomesDiffer ? std::to_string(++failures_) + ": " : "";
   status.failureDescriptionIs(number + text);
   return status;
+}
+
+bool PoolChip::mayDecapsulate(const VrfAction& action) const {
+  return fault_ != Fault::decapNeedsItsFlag || action.action() == PolicyMap::ActionType::vrf ||
+         routingHwRouteStatus()->decapNhEnabled();
 }
 
 PoolChip::Program PoolChip::programBy(const VrfAction& action) const {
@@ -198,7 +224,7 @@ void PoolChip::release(const VrfAction& action) {
 }
 
 Mox::Ptr<VrfHelper> ObservablePoolChip::makeHelper(const ChipFacts& facts) {
-  chip_ = Mox::makePtr<PoolChip>(facts, fault_);
+  chip_ = Mox::makePtr<PoolChip>(facts, fault_, capacity_);
   return chip_;
 }
 

@@ -16,15 +16,17 @@ namespace ZelVrfSelectionPolicy::Testing {
 
 enum class Fault {
   none,
-  creationLeaks,              // a creation that fails for lack of a hardware id keeps its resource
-  updateLeaks,                // an update that fails for lack of a hardware id keeps its resource
-  updateTakesAnother,         // each update takes a new resource and does not free the old one
-  updateHoardsUntilDeletion,  // each update takes a new resource, and the deletion frees all
-  updateDoesNothing,          // and reports success
-  outcomesDiffer,             // descriptions contain the number of the failure
-  descriptionHasRawNames,     // names of VRFs are not quoted in descriptions
-  failureWithoutReason,       // but with a description
-  failureWithoutDescription,
+  creationLeaks,               // a creation that fails for lack of a hardware id keeps its resource
+  updateLeaks,                 // an update that fails for lack of a hardware id keeps its resource
+  updateTakesAnother,          // each update takes a new resource and does not free the old one
+  updateHoardsUntilDeletion,   // each update takes a new resource, and the deletion frees all
+  updateDoesNothing,           // and reports success
+  outcomesDiffer,              // descriptions contain the number of the failure
+  descriptionHasRawNames,      // names of VRFs are not quoted in descriptions
+  failureWithoutReason,        // but with a description
+  creationWithoutDescription,  // if it fails; the next two likewise
+  updateWithoutDescription,
+  hardwareRefusalWithoutReason,
   successWhenFull,  // programs nothing and reports success
   throwsWhenFull,
   anotherReasonWhenFull,
@@ -35,6 +37,8 @@ enum class Fault {
   defaultVrfRefused,
   firstCreationRefused,     // as by a chip that is not ready yet
   holdsFewer,               // than the capacity that it reports
+  holdsNothing,             // refuses all creations
+  refusalIsCounted,         // each refused creation is counted as a resource in use, for ever
   successHasReason,         // a success has a failure reason
   freedIsNotAvailable,      // a freed resource is not counted, and cannot be used again
   creationIgnoresHardware,  // the hardware refuses, and the creation reports success
@@ -47,27 +51,32 @@ enum class Fault {
   updateKeepsFallbacks,
   updateKeepsDecap,
   updateKeepsDecapFallback,
+  anotherIdRefused,  // an update after a hardware id changed fails
   failureIsForever,  // an action whose update failed is not programmed by later updates
   throwsANumberWhenFull,
   updateThrows,          // if a VRF has no hardware id
   deletionThrows,        // if the action has no resource
   deletionSpoilsOthers,  // deleting an action without a resource makes later updates fail
+  decapNeedsItsFlag,     // no fault: without the flag of next hops, creations of decapsulating
+                         // actions are refused, and their updates until they are created again
 };
 
 // Prints the number of the fault, for the names of tests.
 void PrintTo(Fault fault, std::ostream* stream);
 
+// It fails the running test when the suite calls the hooks of an action in an order that the
+// contract excludes.
 class PoolChip final : public VrfHelper {
  public:
-  PoolChip(const ChipFacts& facts, Fault fault);
+  static constexpr std::size_t usualCapacity = 5;
+
+  PoolChip(const ChipFacts& facts, Fault fault, std::size_t capacity);
 
   HwStatus createVrf(const VrfAction& action) override;
   HwStatus updateVrf(const VrfAction& action) override;
   void deleteVrf(const VrfAction& action) override;
 
-  static constexpr std::size_t capacity = 5;
-
-  [[nodiscard]] std::size_t inUse() const noexcept { return inUse_; }
+  [[nodiscard]] std::size_t inUse() const noexcept { return inUse_ + refusals_; }
   [[nodiscard]] std::optional<std::string> program(const VrfAction& action) const;
   void failNext() noexcept { failsNext_ = true; }
 
@@ -81,12 +90,16 @@ class PoolChip final : public VrfHelper {
   HwStatus programNow(const VrfAction& action, bool leaks);
   HwStatus refusedWhenFull(const VrfAction& action);
   HwStatus failure(FailureCode reason, const std::string& text);
+  [[nodiscard]] bool mayDecapsulate(const VrfAction& action) const;
   [[nodiscard]] Program programBy(const VrfAction& action) const;
   [[nodiscard]] bool isFull() const noexcept;
   [[nodiscard]] bool hasId(const L3::VrfName& vrf) const;
   void release(const VrfAction& action);
 
   Fault fault_;
+  std::size_t capacity_;
+  std::set<VrfAction> created_;  // by the order of the calls, whatever their outcome
+  std::set<VrfAction> barred_;   // their updates are refused
   std::map<VrfAction, Program> programs_;
   std::size_t inUse_ = 0;
   std::set<VrfAction> deleted_;
@@ -94,6 +107,7 @@ class PoolChip final : public VrfHelper {
   std::set<VrfAction> failed_;              // by an update
   std::map<VrfAction, std::size_t> hoard_;  // further resources of an action
   std::size_t everFreed_ = 0;
+  std::size_t refusals_ = 0;  // that are counted as resources in use
   bool failsNext_ = false;
   bool isSpoiled_ = false;
   bool isReady_ = false;
@@ -102,11 +116,12 @@ class PoolChip final : public VrfHelper {
 // The pool chip, with all optional functions of `ChipUnderTest`.
 class ObservablePoolChip final : public ChipUnderTest {
  public:
-  explicit ObservablePoolChip(Fault fault) : fault_(fault) {}
+  explicit ObservablePoolChip(Fault fault, std::size_t capacity = PoolChip::usualCapacity)
+      : fault_(fault), capacity_(capacity) {}
 
   Mox::Ptr<VrfHelper> makeHelper(const ChipFacts& facts) override;
   std::optional<std::size_t> resourcesInUse() const override { return chip_->inUse(); }
-  std::optional<std::size_t> capacity() const override { return PoolChip::capacity; }
+  std::optional<std::size_t> capacity() const override { return capacity_; }
   std::optional<std::string> programOf(const VrfAction& action) const override {
     return chip_->program(action);
   }
@@ -114,21 +129,24 @@ class ObservablePoolChip final : public ChipUnderTest {
 
  private:
   Fault fault_;
+  std::size_t capacity_;
   Mox::Ptr<PoolChip> chip_;
 };
 
 // The same chip, with only the functions that every chip must have.
 class OpaquePoolChip final : public ChipUnderTest {
  public:
-  explicit OpaquePoolChip(Fault fault) : fault_(fault) {}
+  explicit OpaquePoolChip(Fault fault, std::size_t capacity = PoolChip::usualCapacity)
+      : fault_(fault), capacity_(capacity) {}
 
   Mox::Ptr<VrfHelper> makeHelper(const ChipFacts& facts) override {
-    return Mox::makePtr<PoolChip>(facts, fault_);
+    return Mox::makePtr<PoolChip>(facts, fault_, capacity_);
   }
   std::size_t mostCreations() const override { return 100; }
 
  private:
   Fault fault_;
+  std::size_t capacity_;
 };
 
 }  // namespace ZelVrfSelectionPolicy::Testing

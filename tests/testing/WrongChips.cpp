@@ -1,18 +1,26 @@
 // Runs the conformance suite on a correct chip and on faulty chips. Most of these tests must fail.
 // conformance_faults_test.py runs this program and checks which tests fail.
 
+#include <cstddef>
+
 #include "testing/VrfHelperConformance.h"
 #include "tests/testing/PoolChip.h"
 
 namespace ZelVrfSelectionPolicy::Testing {
 namespace {
 
-auto both(Fault fault) {
-  return ::testing::Values(chipUnderTest<ObservablePoolChip>(fault),
-                           chipUnderTest<OpaquePoolChip>(fault));
+auto both(Fault fault, std::size_t capacity = PoolChip::usualCapacity) {
+  return ::testing::Values(chipUnderTest<ObservablePoolChip>(fault, capacity),
+                           chipUnderTest<OpaquePoolChip>(fault, capacity));
 }
 
+// A maker without a chip: each test fails before it begins.
+INSTANTIATE_TEST_SUITE_P(noChip, VrfHelperConformance,
+                         ::testing::Values(ChipMaker("none", [] { return nullptr; })));
+
 INSTANTIATE_TEST_SUITE_P(none, VrfHelperConformance, both(Fault::none));
+INSTANTIATE_TEST_SUITE_P(noneOfOneResource, VrfHelperConformance, both(Fault::none, 1));
+INSTANTIATE_TEST_SUITE_P(decapNeedsItsFlag, VrfHelperConformance, both(Fault::decapNeedsItsFlag));
 INSTANTIATE_TEST_SUITE_P(creationLeaks, VrfHelperConformance, both(Fault::creationLeaks));
 INSTANTIATE_TEST_SUITE_P(updateLeaks, VrfHelperConformance, both(Fault::updateLeaks));
 INSTANTIATE_TEST_SUITE_P(updateTakesAnother, VrfHelperConformance, both(Fault::updateTakesAnother));
@@ -24,8 +32,12 @@ INSTANTIATE_TEST_SUITE_P(descriptionHasRawNames, VrfHelperConformance,
                          both(Fault::descriptionHasRawNames));
 INSTANTIATE_TEST_SUITE_P(failureWithoutReason, VrfHelperConformance,
                          both(Fault::failureWithoutReason));
-INSTANTIATE_TEST_SUITE_P(failureWithoutDescription, VrfHelperConformance,
-                         both(Fault::failureWithoutDescription));
+INSTANTIATE_TEST_SUITE_P(creationWithoutDescription, VrfHelperConformance,
+                         both(Fault::creationWithoutDescription));
+INSTANTIATE_TEST_SUITE_P(updateWithoutDescription, VrfHelperConformance,
+                         both(Fault::updateWithoutDescription));
+INSTANTIATE_TEST_SUITE_P(hardwareRefusalWithoutReason, VrfHelperConformance,
+                         both(Fault::hardwareRefusalWithoutReason));
 INSTANTIATE_TEST_SUITE_P(successWhenFull, VrfHelperConformance, both(Fault::successWhenFull));
 INSTANTIATE_TEST_SUITE_P(throwsWhenFull, VrfHelperConformance, both(Fault::throwsWhenFull));
 INSTANTIATE_TEST_SUITE_P(anotherReasonWhenFull, VrfHelperConformance,
@@ -41,6 +53,8 @@ INSTANTIATE_TEST_SUITE_P(defaultVrfRefused, VrfHelperConformance, both(Fault::de
 INSTANTIATE_TEST_SUITE_P(firstCreationRefused, VrfHelperConformance,
                          both(Fault::firstCreationRefused));
 INSTANTIATE_TEST_SUITE_P(holdsFewer, VrfHelperConformance, both(Fault::holdsFewer));
+INSTANTIATE_TEST_SUITE_P(holdsNothing, VrfHelperConformance, both(Fault::holdsNothing));
+INSTANTIATE_TEST_SUITE_P(refusalIsCounted, VrfHelperConformance, both(Fault::refusalIsCounted));
 INSTANTIATE_TEST_SUITE_P(successHasReason, VrfHelperConformance, both(Fault::successHasReason));
 INSTANTIATE_TEST_SUITE_P(freedIsNotAvailable, VrfHelperConformance,
                          both(Fault::freedIsNotAvailable));
@@ -59,6 +73,7 @@ INSTANTIATE_TEST_SUITE_P(updateKeepsFallbacks, VrfHelperConformance,
 INSTANTIATE_TEST_SUITE_P(updateKeepsDecap, VrfHelperConformance, both(Fault::updateKeepsDecap));
 INSTANTIATE_TEST_SUITE_P(updateKeepsDecapFallback, VrfHelperConformance,
                          both(Fault::updateKeepsDecapFallback));
+INSTANTIATE_TEST_SUITE_P(anotherIdRefused, VrfHelperConformance, both(Fault::anotherIdRefused));
 INSTANTIATE_TEST_SUITE_P(failureIsForever, VrfHelperConformance, both(Fault::failureIsForever));
 INSTANTIATE_TEST_SUITE_P(throwsANumberWhenFull, VrfHelperConformance,
                          both(Fault::throwsANumberWhenFull));

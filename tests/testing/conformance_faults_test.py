@@ -37,6 +37,7 @@ USERS = "UsersThatComeAndGoLeaveNothingBehind"
 FACTS = "ChangesOfFactsTakeNoResourcesAndMendWhatTheyBroke"
 RECOVERS = "AFullChipRecoversWhenUsersLeave"
 OUTLIVE = "ResourcesOutliveTheStateMachineThatAskedForThem"
+HOOKS = ("create", "update", "delete")
 ALL = {CREATED, REASON, LINE, EXHAUSTED, REFUSED, ROOM, REFILLED, FAILED, UPDATED_FAILED,
        UPDATE_FAILED, IDEMPOTENT, ANEW, NEVER, AGAIN, RANDOM, USERS, FACTS, RECOVERS, OUTLIVE}
 # The content of an opaque chip is only known after filling it, so these tests fill it too.
@@ -46,16 +47,20 @@ FILL_IT = {FAILED, UPDATED_FAILED, UPDATE_FAILED, IDEMPOTENT, NEVER, RANDOM, USE
 # A test that finds faults only on observable chips is in none of the second sets.
 FAILS = {
     "none": (set(), set()),
+    "noneOfOneResource": (set(), set()),
+    "decapNeedsItsFlag": (set(), set()),
     "creationLeaks": ({FAILED, UPDATED_FAILED, RANDOM}, set()),
     "updateLeaks": ({UPDATED_FAILED, UPDATE_FAILED, RANDOM, FACTS}, set()),
     "updateTakesAnother":
         ({IDEMPOTENT, REFUSED, UPDATE_FAILED, ANEW, RANDOM, FACTS, OUTLIVE}, set()),
-    "updateHoardsUntilDeletion": ({IDEMPOTENT, REFUSED, FACTS, OUTLIVE}, set()),
+    "updateHoardsUntilDeletion": ({IDEMPOTENT, FACTS, OUTLIVE}, set()),
     "updateDoesNothing": ({ANEW}, set()),
     "outcomesDiffer": ({IDEMPOTENT}, set()),
     "descriptionHasRawNames": ({LINE}, set()),
     "failureWithoutReason": ({REASON, EXHAUSTED}, set()),
-    "failureWithoutDescription": ({REASON}, set()),
+    "creationWithoutDescription": ({REASON}, set()),
+    "updateWithoutDescription": ({REASON}, set()),
+    "hardwareRefusalWithoutReason": (set(), set()),
     "successWhenFull": ({EXHAUSTED}, set()),
     "throwsWhenFull": ({EXHAUSTED, REASON, LINE, REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT),
     "anotherReasonWhenFull": ({EXHAUSTED}, set()),
@@ -67,9 +72,12 @@ FAILS = {
     "deletionIsForever": ({AGAIN, ANEW, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
     "defaultVrfRefused": ({CREATED}, set()),
     "firstCreationRefused":
-        ({CREATED, AGAIN, EXHAUSTED, ROOM, REFILLED, UPDATE_FAILED, IDEMPOTENT, NEVER, USERS, FACTS,
-          RECOVERS, OUTLIVE}, {REFUSED, FAILED, UPDATED_FAILED, RANDOM}),
+        ({CREATED, AGAIN, EXHAUSTED, ROOM, REFILLED, UPDATE_FAILED, IDEMPOTENT, NEVER, USERS,
+          RECOVERS, OUTLIVE}, {FACTS, REFUSED, FAILED, UPDATED_FAILED, RANDOM}),
     "holdsFewer": (set(), set()),
+    "holdsNothing":
+        ({CREATED, AGAIN, ROOM, UPDATE_FAILED, IDEMPOTENT, NEVER, USERS, RECOVERS, OUTLIVE}, set()),
+    "refusalIsCounted": (set(), set()),
     "successHasReason": ({REASON}, set()),
     "freedIsNotAvailable": ({ROOM, REFILLED, RECOVERS}, FILL_IT | {REFUSED}),
     "creationIgnoresHardware": (set(), set()),
@@ -82,6 +90,7 @@ FAILS = {
     "updateKeepsFallbacks": (set(), set()),
     "updateKeepsDecap": (set(), set()),
     "updateKeepsDecapFallback": (set(), set()),
+    "anotherIdRefused": ({ANEW, OUTLIVE}, set()),
     "failureIsForever": ({FACTS, IDEMPOTENT}, set()),
     "throwsANumberWhenFull":
         ({EXHAUSTED, REASON, LINE, REFUSED, ROOM, REFILLED, RECOVERS}, FILL_IT),
@@ -94,7 +103,10 @@ FAILS = {
 # An opaque chip reports neither its capacity nor its programs, and its hardware refuses nothing.
 FAILS_ONLY_IF_OBSERVABLE = {
     "updateDoesNothing": {UPDATE_FAILED},
+    "hardwareRefusalWithoutReason": {REASON},
     "holdsFewer": {EXHAUSTED},
+    "holdsNothing": {EXHAUSTED},
+    "refusalIsCounted": {REFUSED, REFILLED, RECOVERS},
     "creationIgnoresHardware": {FAILED},
     "hardwareRefusalLeaks": {FAILED, UPDATE_FAILED, RANDOM},
     "updateAppends": {IDEMPOTENT, ANEW},
@@ -104,6 +116,29 @@ FAILS_ONLY_IF_OBSERVABLE = {
     "updateKeepsFallbacks": {ANEW},
     "updateKeepsDecap": {ANEW},
     "updateKeepsDecapFallback": {ANEW},
+}
+# How often each test calls createVrf, updateVrf and deleteVrf of the correct observable chip. A test
+# that makes fewer calls finds fewer faults.
+CALLS = {
+    CREATED: (2, 0, 2),
+    REASON: (22, 16, 22),
+    LINE: (21, 15, 21),
+    EXHAUSTED: (6, 0, 0),
+    REFUSED: (9, 5, 9),
+    ROOM: (7, 0, 2),
+    REFILLED: (12, 0, 12),
+    FAILED: (2, 0, 2),
+    UPDATED_FAILED: (1, 2, 1),
+    UPDATE_FAILED: (1, 2, 1),
+    IDEMPOTENT: (2, 5, 0),
+    ANEW: (32, 16, 32),
+    NEVER: (1, 1, 2),
+    AGAIN: (3, 0, 3),
+    RANDOM: (76, 141, 76),
+    USERS: (1, 0, 1),
+    FACTS: (2, 34, 2),
+    RECOVERS: (7, 0, 7),
+    OUTLIVE: (1, 1, 1),
 }
 
 
@@ -130,13 +165,16 @@ class ConformanceFaults(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.tests = {}  # by (fault, whether the chip is observable), then by name
+        cls.without_chip = {}  # by name
         described, cls.output = report()
         for suite in described["testsuites"]:
             fault, _, fixture = suite["name"].partition("/")
             assert fixture == "VrfHelperConformance", suite["name"]
             for test in suite["testsuite"]:
                 name, _, chip = test["name"].partition("/")
-                cls.tests.setdefault((fault, chip == "0"), {})[name] = test
+                tests = cls.tests.setdefault((fault, chip == "0"), {})
+                (cls.without_chip if fault == "noChip" else tests)[name] = test
+        del cls.tests["noChip", True]
 
     def test_every_chip_was_given_every_test(self):
         self.assertEqual(set(self.tests), {(fault, observable) for fault in FAILS
@@ -169,13 +207,43 @@ class ConformanceFaults(unittest.TestCase):
                         any("The contract of VrfHelper says: " in text for text in messages),
                         messages)
 
+    def test_a_correct_chip_is_called_as_often_as_each_test_needs(self):
+        calls = {name: tuple(int(test.get(f"{hook}VrfCalls", 0)) for hook in HOOKS)
+                 for name, test in self.tests["none", True].items()}
+        self.assertEqual(calls, CALLS)
+
     def test_the_times_of_hooks_are_recorded(self):
         test = self.tests["none", True][AGAIN]
-        self.assertEqual((test["createVrfCalls"], test["deleteVrfCalls"]), ("3", "3"))
         self.assertNotIn("updateVrfCalls", test)
         for key in ("createVrfMeanMicroseconds", "createVrfLongestMicroseconds"):
             self.assertRegex(test[key], r"^\d+\.\d$")
         self.assertRegex(self.output, r"(?m)^createVrf: 3 calls, mean \d+\.\d us, longest \d+\.\d us$")
+
+    def test_the_longest_time_of_a_hook_is_at_least_the_mean(self):
+        times = [(float(test[f"{hook}VrfMeanMicroseconds"]), float(test[f"{hook}VrfLongestMicroseconds"]))
+                 for tests in self.tests.values() for test in tests.values()
+                 for hook in HOOKS if f"{hook}VrfCalls" in test]
+        self.assertGreater(max(mean for mean, _ in times), 0)
+        self.assertEqual([(mean, longest) for mean, longest in times if mean > longest], [])
+
+    def test_a_test_ends_at_a_creation_that_it_needs(self):
+        for name in (NEVER, UPDATE_FAILED, IDEMPOTENT):
+            messages = messages_of(self.tests["firstCreationRefused", True][name])
+            with self.subTest(name):
+                self.assertEqual(len(messages), 1)
+                self.assertIn("on an empty chip", messages[0])
+
+    def test_the_random_test_says_how_to_repeat_it(self):
+        messages = messages_of(self.tests["updateLeaks", True][RANDOM])
+        self.assertEqual(len(messages), 1)
+        self.assertIn("ZEL_TEST_SEED=1 replays this run", messages[0])
+
+    def test_without_a_chip_each_test_says_so(self):
+        self.assertEqual(set(self.without_chip), ALL)
+        for test in self.without_chip.values():
+            messages = messages_of(test)
+            self.assertEqual(len(messages), 1)
+            self.assertIn("there is no chip under test", messages[0])
 
     def test_occupancy_is_named_by_how_it_is_known(self):
         for observable, unit in ((True, "resources in use"), (False, "more actions that fit")):
