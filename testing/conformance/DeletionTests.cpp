@@ -34,10 +34,11 @@ class RandomCalls {
         changeAFact();
         break;
       case 1:
-        if (bench_.chip().failNextHook()) call(actions_[below(actions_.size())], true);
+        if (bench_.chip().failNextHook()) call(anAction(), true);
         break;
       default:
-        call(actions_[below(actions_.size())], below(2) == 0);
+        const bool update = below(2) == 0;
+        call(anAction(), update);
     }
   }
 
@@ -50,6 +51,7 @@ class RandomCalls {
 
  private:
   std::size_t below(std::size_t count) { return random_() % count; }
+  const VrfAction& anAction() { return actions_[below(actions_.size())]; }
 
   void changeAFact() {
     const std::size_t place = below(factChanges().size());
