@@ -63,6 +63,8 @@ class Bench {
   HwStatus update(const VrfAction& action) { return helper_->updateVrf(action); }
   void remove(const VrfAction& action) { helper_->deleteVrf(action); }
 
+  /// The number of creations of which an empty chip must refuse the last.
+  [[nodiscard]] std::size_t creationsToFill() const;
   /// Creates numbered actions until one is refused, which is not deleted.
   [[nodiscard]] Filling fill();
   /// Deletes the actions of `filling`, also the refused one.
@@ -75,7 +77,6 @@ class Bench {
 
  private:
   void idIs(const L3::VrfName& vrf);
-  [[nodiscard]] std::size_t creationsToFill() const;
   void createUpdateDelete(const VrfAction& action, const std::string& what,
                           std::vector<Outcome>& outcomes);
 

@@ -40,8 +40,9 @@ class Library {
 };
 
 // Adds a user to one action after the other until the chip refuses one.
-Filling fillByUsers(Library& library, Bench& bench, std::size_t most) {
+Filling fillByUsers(Library& library, Bench& bench) {
   Filling filling;
+  const std::size_t most = bench.creationsToFill();
   for (std::size_t number = 1; number <= most && !filling.refusal; ++number) {
     const VrfAction action = bench.numbered(number);
     library.use(action);
@@ -108,8 +109,7 @@ TEST_P(VrfHelperConformance, ChangesOfFactsTakeNoResourcesAndMendWhatTheyBroke) 
 TEST_P(VrfHelperConformance, AFullChipRecoversWhenUsersLeave) {
   Library library(bench());
   const Occupancy before = bench().occupancy();
-  const std::size_t most = bench().chip().capacity().value_or(bench().chip().mostCreations()) + 1;
-  const Filling filling = fillByUsers(library, bench(), most);
+  const Filling filling = fillByUsers(library, bench());
   ASSERT_FALSE(filling.held.empty()) << "nothing fits into an empty chip\n"
                                      << contract(freeResourcesAreAvailable);
   library.release(filling.held.front());
