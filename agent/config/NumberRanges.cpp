@@ -25,7 +25,7 @@ std::optional<NumberRange> parseRange(std::string_view text, std::uint16_t most)
   if (dots == std::string_view::npos) return std::nullopt;
   const auto first = parseNumberUpTo(text.substr(0, dots), most);
   const auto last = parseNumberUpTo(text.substr(dots + 2), most);
-  if (!first || !last || *first > *last) return std::nullopt;
+  if (!first || !last) return std::nullopt;
   return NumberRange{*first, *last};
 }
 
@@ -65,6 +65,9 @@ std::optional<NumberRange> readRange(const JsonNode& node, std::uint16_t most) {
   }
   const auto* const text = node.value().as<std::string>();
   const auto range = text == nullptr ? std::nullopt : parseRange(withoutModulePrefix(*text), most);
+  if (range && range->first > range->last) {
+    return node.refuseExpecting("a range whose first number is not greater than its last");
+  }
   if (range) return range;
   return node.refuseExpecting("a number from 0 to " + std::to_string(most) +
                               ", \"FIRST..LAST\" or ANY");

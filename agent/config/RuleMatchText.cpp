@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "agent/language/TcpFlags.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
@@ -12,14 +13,9 @@ std::string elementText(std::uint8_t number) {
   return std::to_string(number);
 }
 
-std::string elementText(const PolicyMap::NumberRange& range) {
-  const std::string first = std::to_string(range.first);
-  return range.first == range.last ? first : first + ".." + std::to_string(range.last);
-}
-
-// The flags that must be set, of the flags that count: "2/18".
-std::string elementText(const PolicyMap::TcpFlagsMatch& flags) {
-  return std::to_string(flags.value) + '/' + std::to_string(flags.mask);
+template <class Element>
+std::string elementText(const Element& element) {
+  return toText(element);
 }
 
 class MatchText final {
@@ -61,6 +57,23 @@ class MatchText final {
 };
 
 }  // namespace
+
+std::string toText(const PolicyMap::NumberRange& range) {
+  const std::string first = std::to_string(range.first);
+  return range.first == range.last ? first : first + ".." + std::to_string(range.last);
+}
+
+std::string toText(const PolicyMap::TcpFlagsMatch& flags) {
+  if (flags.mask == 0) return "any";
+  std::string text;
+  for (unsigned bit = 1; bit <= 128; bit <<= 1) {
+    if ((flags.mask & bit) == 0) continue;
+    if (!text.empty()) text += '+';
+    if ((flags.value & bit) == 0) text += '!';
+    text += tcpFlagsText(static_cast<std::uint8_t>(bit), "");
+  }
+  return text;
+}
 
 std::string toText(const RuleMatch& match) {
   MatchText text(match.family ? toText(*match.family) : "any");

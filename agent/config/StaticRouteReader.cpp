@@ -37,7 +37,9 @@ std::string suggestionOfDrop(std::string way) {
 
 // Whether the next hop is of a kind that is not read. A misspelt DROP is none.
 bool isOfAnotherKind(const JsonNode& node) {
-  if (peek(node.value(), {"config", "nh-network-instance"}) != nullptr) return true;
+  for (const char* const instance : {"nh-network-instance", "next-network-instance"}) {
+    if (peek(node.value(), {"config", instance}) != nullptr) return true;
+  }
   const auto way = peekIdentity(node, {"config", "next-hop"});
   return way && isIdentity(*way) && suggestionOfDrop(*way).empty();
 }
@@ -113,8 +115,9 @@ class RoutesReader final {
     const JsonObject config = entry.child("config");
     const auto identifier = readKey(entry, config, "identifier", readIdentity);
     const auto name = readKey(entry, config, "name", readText);
+    checkEnabled(config);
     const bool isTwice = identifier && name && !protocols_.add(std::pair(*identifier, *name), node);
-    if (isTwice) return;
+    if (isTwice || isDisabled(node)) return;
     for (const JsonNode& route : entry.list("static-routes", "static"))
       readRoute(route);
   }
@@ -123,6 +126,10 @@ class RoutesReader final {
     const JsonObject entry(node);
     const auto prefix = readKey(entry, entry.child("config"), "prefix", readPrefix);
     prefixes_.add(prefix, node);
+    if (peek(node.value(), {"next-hop-group"}) != nullptr) {
+      node.warn("only next-hops are read; the route, which has a next-hop-group, is left out");
+      return;
+    }
     auto nextHops = readNextHops(entry);
     if (prefix && !nextHops.empty()) routes_.push_back({*prefix, std::move(nextHops)});
   }

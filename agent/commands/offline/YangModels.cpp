@@ -39,6 +39,19 @@ bool hasState(const nlohmann::json& value) {
   return std::any_of(value.begin(), value.end(), hasState);
 }
 
+// Adds the modules whose names are before the names of members.
+void addModulesOf(const nlohmann::json& value, std::set<std::string>& modules) {
+  if (value.is_array()) {
+    for (const nlohmann::json& element : value)
+      addModulesOf(element, modules);
+  }
+  if (!value.is_object()) return;
+  for (const auto& [member, content] : value.items()) {
+    modules.insert(member.substr(0, member.find(':')));
+    addModulesOf(content, modules);
+  }
+}
+
 std::string withoutPrefix(const std::string& line, std::string_view prefix) {
   return line.compare(0, prefix.size(), prefix) == 0 ? line.substr(prefix.size()) : line;
 }
@@ -82,10 +95,7 @@ YangModels::YangModels(const std::string& folder) : folder_(folder) {
 std::vector<std::string> YangModels::argumentsFor(const std::string& file,
                                                   const nlohmann::json& document) const {
   std::set<std::string> names{mainModule, interfaceTypes};
-  if (document.is_object()) {
-    for (const auto& [member, value] : document.items())
-      names.insert(member.substr(0, member.find(':')));
-  }
+  addModulesOf(document, names);
   std::vector<std::string> arguments{"-Q", "-i", "-i", "-D", "-p", folder_, "-t"};
   arguments.emplace_back(hasState(document) ? "data" : "config");
   for (const std::string& name : names) {

@@ -8,8 +8,8 @@
 
 #include "Mox/QuotedString.h"
 #include "agent/config/IpPrefix.h"
+#include "agent/config/RuleMatchText.h"
 #include "agent/language/Limits.h"
-#include "agent/language/TcpFlags.h"
 #include "agent/language/Words.h"
 
 namespace ZelAgent {
@@ -147,26 +147,12 @@ std::string toText(std::uint64_t dscps) {
 }
 
 std::string toText(const std::vector<NumberRange>& ranges, std::size_t most) {
-  return listed(ranges, most, [](const NumberRange& range) {
-    const std::string first = std::to_string(range.first);
-    return range.first == range.last ? first : first + ".." + std::to_string(range.last);
-  });
-}
-
-std::string toText(const TcpFlagsMatch& flags) {
-  if (flags.mask == 0) return "any";
-  std::string text;
-  for (unsigned bit = 1; bit <= 128; bit <<= 1) {
-    if ((flags.mask & bit) == 0) continue;
-    if (!text.empty()) text += '+';
-    if ((flags.value & bit) == 0) text += '!';
-    text += tcpFlagsText(static_cast<std::uint8_t>(bit), "");
-  }
-  return text;
+  return listed(ranges, most, [](const NumberRange& range) { return ZelAgent::toText(range); });
 }
 
 std::string toText(const std::vector<TcpFlagsMatch>& matches) {
-  return listed(matches, allValues, [](const TcpFlagsMatch& match) { return toText(match); });
+  return listed(matches, allValues,
+                [](const TcpFlagsMatch& match) { return ZelAgent::toText(match); });
 }
 
 struct SetPrefix {

@@ -296,6 +296,37 @@ TEST(ForeignNextHop, IsLeftOutWithOneWarningAndItsRouteIfItHasNoOther) {
   EXPECT_THAT(warningsOf(beside), ElementsAre(lineOf(beside, "$ROUTE/next-hops/next-hop/1", what)));
 }
 
+TEST(ForeignNextHop, IsOneInAnotherInstance) {
+  for (const char* const leaf : {"nh-network-instance", "next-network-instance"}) {
+    const json document = fullDocumentWith(
+        {{"$ROUTE/next-hops/next-hop/1", {{"index", "1"}, {"config", {{leaf, "red"}}}}}});
+    EXPECT_TRUE(readLeniently(document).configuration == fullConfiguration()) << leaf;
+    EXPECT_THAT(warningsOf(document), ::testing::SizeIs(1)) << leaf;
+  }
+}
+
+TEST(ForeignNextHop, OfAGroupLeavesItsRouteOut) {
+  const json document = fullDocumentWith(
+      {without("$ROUTE/next-hops"), {"$ROUTE/next-hop-group", {{"config", {{"name", "G"}}}}}});
+  Configuration expected = fullConfiguration();
+  expected.networkInstances[1].staticRoutes.clear();
+  EXPECT_TRUE(readLeniently(document).configuration == expected);
+  EXPECT_THAT(warningsOf(document),
+              ElementsAre(lineOf(document, "$ROUTE",
+                                 "only next-hops are read; the route, which has a next-hop-group, "
+                                 "is left out")));
+}
+
+TEST(DisabledProtocol, HasNoRoutes) {
+  const std::string enabled = "$PROTOCOL/config/enabled";
+  Configuration expected = fullConfiguration();
+  EXPECT_TRUE(readLeniently(fullDocumentWith({{enabled, true}})).configuration == expected);
+  expected.networkInstances[1].staticRoutes.clear();
+  const json disabled = fullDocumentWith({{enabled, false}});
+  EXPECT_TRUE(readLeniently(disabled).configuration == expected);
+  EXPECT_THAT(warningsOf(disabled), ElementsAre());
+}
+
 TEST(MisspeltDrop, IsAnErrorThatNamesIt) {
   for (const char* const way :
        {"DORP", "DROPP", "DRP", "drop", "Drop", "openconfig-local-routing:DROPS",

@@ -91,10 +91,12 @@ std::vector<WrongValue> wrongValuesOf(const Leaf& leaf) {
     case LeafKind::port:
     case LeafKind::fragment: {
       const std::string beyond = std::to_string(leaf.most + 1);
-      return eachMustBe(wordsFor(leaf),
-                        {leaf.most + 1, largest, "5", "any", "vendor:ANY", "..", "5..", "..5",
-                         "5..4", "5..6..7", "5...6", " 5..6", "5..6 ", "-1..5", "5-6", "5.6",
-                         "5.." + beyond, beyond + ".." + beyond});
+      auto wrong =
+          eachMustBe(wordsFor(leaf), {leaf.most + 1, largest, "5", "any", "vendor:ANY", "..", "5..",
+                                      "..5", "5..6..7", "5...6", " 5..6", "5..6 ", "-1..5", "5-6",
+                                      "5.6", "5.." + beyond, beyond + ".." + beyond});
+      wrong.push_back(mustBe("a range whose first number is not greater than its last", "5..4"));
+      return wrong;
     }
     case LeafKind::protocol:
       return eachMustBe(wordsFor(leaf),

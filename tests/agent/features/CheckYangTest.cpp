@@ -85,14 +85,17 @@ TEST_F(CheckYang, GivesYanglintEachArgumentAsItIs) {
                              "/openconfig-network-instance.yang\n" + file_ + '\n');
 }
 
-TEST_F(CheckYang, TakesTheNewestRevisionAndTheModulesOfTheTopMembers) {
+TEST_F(CheckYang, TakesTheNewestRevisionAndTheModulesOfAllMembers) {
   for (const char* const name :
        {"models/openconfig-network-instance@2021-01-01.yang", "models/iana-if-type.yang",
         "models/openconfig-network-instance@2023-01-01.yang", "models/openconfig-system.yang",
-        "models/openconfig-other.yang"})
+        "models/openconfig-other.yang", "models/openconfig-nested.yang"})
     write(name, smallModel);
   std::string text = smallest;
-  file_ = write("small.json", text.replace(0, 1, R"({"openconfig-system:system": {"state": {}},)"));
+  file_ = write(
+      "small.json",
+      text.replace(
+          0, 1, R"({"openconfig-system:system": [{"openconfig-nested:state": 1, "state": {}}],)"));
   yanglintIs("exit 0\n");
   std::ostringstream out;
   std::ostringstream err;
@@ -100,9 +103,9 @@ TEST_F(CheckYang, TakesTheNewestRevisionAndTheModulesOfTheTopMembers) {
             ExitStatus::success);
   // With state in the configuration, the data are complete ones.
   EXPECT_EQ(arguments(), "-Q\n-i\n-i\n-D\n-p\n" + models() + "\n-t\ndata\n" + models() +
-                             "/iana-if-type.yang\n" + models() +
-                             "/openconfig-network-instance@2023-01-01.yang\n" + models() +
-                             "/openconfig-system.yang\n" + file_ + '\n');
+                             "/iana-if-type.yang\n" + models() + "/openconfig-nested.yang\n" +
+                             models() + "/openconfig-network-instance@2023-01-01.yang\n" +
+                             models() + "/openconfig-system.yang\n" + file_ + '\n');
 }
 
 TEST_F(CheckYang, PrintsEachMessageAsAPrintableLineWithTheFile) {

@@ -269,7 +269,7 @@ TEST(ConfigurationDifference, EachFieldOfAMatchIsADifference) {
             "rules\n"
             "  ~ 10 of edge on e1: any, actionVrf red -> ipv4 protocol 6 dscp 8 dscp-set 9,10 "
             "source-set S destination-set D hop-limit 64 length 1500 fragment-offset 1..2 "
-            "source-port 7 destination-port 8..9 tcp-flags 2/18 fragment, actionVrf red\n");
+            "source-port 7 destination-port 8..9 tcp-flags syn+!ack fragment, actionVrf red\n");
 }
 
 TEST(ConfigurationDifference, TheJsonHasTheSameDifferences) {
