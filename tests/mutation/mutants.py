@@ -19,6 +19,7 @@ import re
 import shutil
 import sys
 import tempfile
+import threading
 import time
 
 from areas import AREAS
@@ -100,21 +101,52 @@ def judged_equivalent(document):
     return rows
 
 
+class ProgressLine:
+    """The last line of a terminal, which says how far the run is. Elsewhere there is none."""
+
+    ERASED = "\r\x1b[K"
+
+    def __init__(self, stream):
+        self.stream, self.lock = stream, threading.Lock()
+
+    def show(self, text, above=""):
+        """Prints the lines of `above`, then `text` below them in place of the former one."""
+        with self.lock:
+            if self.stream.isatty():
+                print(self.ERASED, end="", file=self.stream, flush=True)
+            print(above, end="", flush=True)
+            if self.stream.isatty():
+                print(text, end="", file=self.stream, flush=True)
+
+
 class Trial:
     """Tries mutants on several workbenches at a time, until there are enough or time has run out."""
 
     def __init__(self, texts, chosen, benches):
         self.texts, self.chosen, self.benches = texts, chosen, benches
         self.end = time.monotonic() + chosen.seconds if chosen.seconds else float("inf")
+        self.progress, self.tried, self.all = ProgressLine(sys.stderr), 0, 0
 
     def results(self, found):
         areas = [[(area, mutant) for mutant in mutants] for area, mutants in found.items()]
         if self.chosen.seconds:
             mixed = sum(areas, [])
             random.Random(self.chosen.seed).shuffle(mixed)
-            return self._of_queue(mixed, len(mixed))
-        return [result for queued in areas for result in
-                self._of_queue(queued, len(queued) if self.chosen.only else self.chosen.count)]  # fmt: skip
+            areas = [mixed]
+        whole = self.chosen.seconds or self.chosen.only
+        enough = [len(queued) if whole else min(self.chosen.count, len(queued)) for queued in areas]
+        self.all = sum(enough)
+        self.progress.show(self.how_far())
+        results = [result for queued, count in zip(areas, enough)
+                   for result in self._of_queue(queued, count)]  # fmt: skip
+        self.progress.show("")
+        return results
+
+    def how_far(self):
+        if self.chosen.seconds:
+            left = max(0, self.end - time.monotonic())
+            return f"mutants: {self.tried} tried, {left:.0f} s left"
+        return f"mutants: {self.tried} of {self.all}"
 
     def _of_queue(self, queued, enough):
         """The results of `enough` mutants, and of those that other workbenches try meanwhile."""
@@ -138,7 +170,8 @@ class Trial:
         if outcome is None:
             return None
         place = shown(mutant, self.texts[mutant.file])
-        print(f"{outcome.how:8} {place}  [{outcome.where}]", flush=True)
+        self.tried += 1
+        self.progress.show(self.how_far(), f"{outcome.how:8} {place}  [{outcome.where}]\n")
         return Result(area.name, mutant, outcome)
 
 

@@ -1,5 +1,7 @@
 """Tests of the mutation operators on small sources: which places change, and which do not."""
 
+import contextlib
+import io
 import unittest
 
 import mutants
@@ -189,6 +191,47 @@ class Judgement(unittest.TestCase):
                  for seed in (7, 7, 8)]  # fmt: skip
         self.assertEqual(drawn[0], drawn[1])
         self.assertNotEqual(drawn[0], drawn[2])
+
+
+class Terminal(io.StringIO):
+    def isatty(self):
+        return True
+
+
+class Benches:
+    """A workbench that notices every mutant."""
+
+    def outcome(self, *_):
+        return Outcome("failed", "by a test")
+
+
+class ProgressOfARun(unittest.TestCase):
+    def run_on(self, stream, *options):
+        """What a run of two mutants prints on standard output and on the stream."""
+        texts = {"chips/a.cpp": "void f() { a(); b(); }\n"}
+        chosen = mutants.arguments_of(["build", "--only=chips/a.cpp", *options])
+        out = io.StringIO()
+        with contextlib.redirect_stdout(out), contextlib.redirect_stderr(stream):
+            trial = mutants.Trial(texts, chosen, [Benches()])
+            trial.results(mutants.drawn(texts, chosen))
+        return out.getvalue(), stream.getvalue()
+
+    def test_a_terminal_shows_how_many_mutants_were_tried(self):
+        out, shown = self.run_on(Terminal())
+        total = out.count("failed ")
+        self.assertGreater(total, 1)
+        erased = "\r\x1b[K"
+        counts = [f"{erased}mutants: {tried} of {total}" for tried in range(total + 1)]
+        self.assertEqual(shown, "".join(counts) + erased)
+
+    def test_a_sample_shows_how_much_time_is_left(self):
+        _, shown = self.run_on(Terminal(), "--seconds=3600")
+        self.assertRegex(shown, r"mutants: 1 tried, \d+ s left")
+
+    def test_a_file_gets_only_the_results(self):
+        out, shown = self.run_on(io.StringIO())
+        self.assertTrue(out.startswith("failed "))
+        self.assertEqual(shown, "")
 
 
 class Areas(unittest.TestCase):
