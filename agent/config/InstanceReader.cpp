@@ -128,7 +128,7 @@ void InstancesReader::readInterfaces(const JsonObject& instanceEntry, NetworkIns
 
 void InstancesReader::readPolicyForwarding(const JsonObject& policyForwarding,
                                            NetworkInstance& instance) {
-  ReadPolicies read = readPolicies(policyForwarding, names_, sets_);
+  ReadPolicies read = readPolicies(policyForwarding, names_, sets_, progress_);
   UniqueKeys<std::string> ids;
   for (const JsonNode& node : policyForwarding.list("interfaces", "interface")) {
     auto binding = BindingReader(read).read(node, ids);

@@ -9,6 +9,7 @@
 #include "agent/config/DefinedSets.h"
 #include "agent/config/InstanceNames.h"
 #include "agent/config/JsonNode.h"
+#include "agent/language/Progress.h"
 
 namespace ZelAgent {
 
@@ -24,10 +25,11 @@ class InterfaceOwners final {
 /// Reads the network instances of one document, which use its defined sets.
 ///
 /// The names and types of all instances are read first, so that each reference to an instance can
-/// be checked. Instances of other types and disabled ones are not read further.
+/// be checked. Instances of other types and disabled ones are not read further. Each rule is a step
+/// of the progress.
 class InstancesReader final {
  public:
-  explicit InstancesReader(const DefinedSets& sets) : sets_(sets) {}
+  InstancesReader(const DefinedSets& sets, Progress& progress) : sets_(sets), progress_(progress) {}
 
   /// Reads the entries of the list, once. They are the only ones of the document.
   [[nodiscard]] Configuration read(const std::vector<JsonNode>& entries);
@@ -47,6 +49,7 @@ class InstancesReader final {
   void readPolicyForwarding(const JsonObject& policyForwarding, NetworkInstance& instance);
 
   const DefinedSets& sets_;
+  Progress& progress_;
   InstanceNames names_;
   UniqueKeys<std::string> keys_;
   std::vector<Header> headers_;

@@ -76,8 +76,8 @@ class TrackingIterator {
 // Receives the parser's events and makes the document from them.
 class StrictListener final : public nlohmann::json_sax<json> {
  public:
-  StrictListener(const std::string& text, const std::string& file)
-      : text_(text), file_(file), reached_(text.data()) {}
+  StrictListener(const std::string& text, const std::string& file, Progress& progress)
+      : text_(text), file_(file), progress_(progress), reached_(text.data()) {}
 
   [[nodiscard]] JsonValue listen() {
     refuseOtherEncodings();
@@ -130,6 +130,7 @@ class StrictListener final : public nlohmann::json_sax<json> {
  private:
   // Returns the new value, which stays in its place until its parent is closed.
   JsonValue* place(JsonValue::Content content) {
+    progress_.look();
     JsonValue value(std::move(content), values_++);
     if (open_.empty()) return &(document_ = std::move(value));
     if (auto* const array = open_.back()->as<JsonValue::Array>()) {
@@ -186,6 +187,7 @@ class StrictListener final : public nlohmann::json_sax<json> {
 
   const std::string& text_;
   const std::string& file_;
+  Progress& progress_;
   const char* reached_;
   JsonValue document_;
   std::size_t values_ = 0;
@@ -200,12 +202,17 @@ json parseJson(const std::string& text, const std::string& file) {
   return json::parse(text);
 }
 
-JsonValue parseDocument(const std::string& text, const std::string& file) {
-  return StrictListener(text, file).listen();
+JsonValue parseDocument(const std::string& text, const std::string& file, Progress& progress) {
+  return StrictListener(text, file, progress).listen();
 }
 
-JsonValue readDocumentFile(const std::string& file) {
-  return parseDocument(readTextFile(file, "a readable JSON file"), file);
+JsonValue parseDocument(const std::string& text, const std::string& file) {
+  Progress none({});
+  return parseDocument(text, file, none);
+}
+
+JsonValue readDocumentFile(const std::string& file, Progress& progress) {
+  return parseDocument(readTextFile(file, "a readable JSON file"), file, progress);
 }
 
 }  // namespace ZelAgent

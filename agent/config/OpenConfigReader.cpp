@@ -5,6 +5,7 @@
 #include "agent/config/InstanceReader.h"
 #include "agent/config/JsonNode.h"
 #include "agent/config/JsonText.h"
+#include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
 
 namespace ZelAgent {
@@ -27,19 +28,20 @@ void warnOfDisabledInterfaces(const JsonNode& root) {
   }
 }
 
-Configuration readRoot(const JsonNode& root) {
+Configuration readRoot(const JsonNode& root, Progress& progress) {
   const JsonObject document(root);
   warnOfDisabledInterfaces(root);
   (void)document.require(instancesMember);
   const DefinedSets sets = readDefinedSets(document);
-  return InstancesReader(sets).read(document.list(instancesMember, "network-instance"));
+  return InstancesReader(sets, progress).read(document.list(instancesMember, "network-instance"));
 }
 
-ReadConfiguration readDocument(JsonValue document, const std::string& file, Leniency leniency) {
+ReadConfiguration readDocument(JsonValue document, const std::string& file, Leniency leniency,
+                               Progress& progress) {
   Findings findings(file, leniency);
   const JsonValue root = unwrapped(std::move(document), findings);
   findings.throwErrors();
-  Configuration configuration = readRoot(JsonNode(root, "/", pathTree(), findings));
+  Configuration configuration = readRoot(JsonNode(root, "/", pathTree(), findings), progress);
   findings.throwErrors();
   return {std::move(configuration), findings.warnings()};
 }
@@ -47,12 +49,20 @@ ReadConfiguration readDocument(JsonValue document, const std::string& file, Leni
 }  // namespace
 
 ReadConfiguration readOpenConfigFile(const std::string& file, Leniency leniency) {
-  return readDocument(readDocumentFile(file), file, leniency);
+  Progress none({});
+  return readOpenConfigFile(file, leniency, none);
+}
+
+ReadConfiguration readOpenConfigFile(const std::string& file, Leniency leniency,
+                                     Progress& progress) {
+  const ProgressOf shown(progress, "reading " + printable(file, Limits::shownTextBytes), "rules");
+  return readDocument(readDocumentFile(file, progress), file, leniency, progress);
 }
 
 ReadConfiguration readOpenConfig(const std::string& text, const std::string& file,
                                  Leniency leniency) {
-  return readDocument(parseDocument(text, file), file, leniency);
+  Progress none({});
+  return readDocument(parseDocument(text, file, none), file, leniency, none);
 }
 
 }  // namespace ZelAgent

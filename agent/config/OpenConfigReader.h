@@ -5,6 +5,7 @@
 
 #include "agent/config/Configuration.h"
 #include "agent/config/Findings.h"
+#include "agent/language/Progress.h"
 
 namespace ZelAgent {
 
@@ -25,6 +26,9 @@ struct ReadConfiguration {
 /// reference to a network instance that is not configured.
 [[nodiscard]] ReadConfiguration readOpenConfigFile(const std::string& file,
                                                    Leniency leniency = Leniency::strict);
+/// The same, with progress: "reading FILE: 120,000 rules".
+[[nodiscard]] ReadConfiguration readOpenConfigFile(const std::string& file, Leniency leniency,
+                                                   Progress& progress);
 
 /// The same from a text. Messages call it `file`.
 [[nodiscard]] ReadConfiguration readOpenConfig(const std::string& text, const std::string& file,

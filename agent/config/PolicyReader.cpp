@@ -24,12 +24,14 @@ std::optional<std::uint32_t> readSequenceId(const JsonNode& node) {
 
 class RulesReader final {
  public:
-  RulesReader(const InstanceNames& names, const DefinedSets& sets) : names_(names), sets_(sets) {}
+  RulesReader(const InstanceNames& names, const DefinedSets& sets, Progress& progress)
+      : names_(names), sets_(sets), progress_(progress) {}
 
   [[nodiscard]] std::vector<Rule> read(const JsonObject& policy) {
     std::vector<Rule> rules;
     for (const JsonNode& node : policy.list("rules", "rule")) {
       if (auto rule = readRule(node)) rules.push_back(*std::move(rule));
+      progress_.step();
     }
     std::sort(rules.begin(), rules.end(),
               [](const Rule& a, const Rule& b) { return a.sequenceId < b.sequenceId; });
@@ -50,6 +52,7 @@ class RulesReader final {
 
   const InstanceNames& names_;
   const DefinedSets& sets_;
+  Progress& progress_;
   UniqueKeys<std::uint32_t> numbers_;
 };
 
@@ -88,7 +91,7 @@ void skipPolicy(const JsonNode& node, const std::string& type, const std::option
 }  // namespace
 
 ReadPolicies readPolicies(const JsonObject& policyForwarding, const InstanceNames& names,
-                          const DefinedSets& sets) {
+                          const DefinedSets& sets, Progress& progress) {
   ReadPolicies read;
   UniqueKeys<std::string> ids;
   const Findings& findings = policyForwarding.node().findings();
@@ -98,7 +101,7 @@ ReadPolicies readPolicies(const JsonObject& policyForwarding, const InstanceName
   for (const JsonNode& node : entries) {
     const auto type = typeOf(node);
     if (!type || isRead(*type)) {
-      read.policies.push_back(readPolicy(node, ids, RulesReader(names, sets)));
+      read.policies.push_back(readPolicy(node, ids, RulesReader(names, sets, progress)));
       read.types[read.policies.back().policyId] = type;
     } else {
       const auto id = peekText(node, {"policy-id"});

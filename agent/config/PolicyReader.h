@@ -9,6 +9,7 @@
 #include "agent/config/DefinedSets.h"
 #include "agent/config/InstanceNames.h"
 #include "agent/config/JsonNode.h"
+#include "agent/language/Progress.h"
 
 namespace ZelAgent {
 
@@ -24,9 +25,10 @@ struct ReadPolicies {
 ///
 /// Rules are returned in the order in which they are tried. A policy of another type than
 /// VRF_SELECTION_POLICY and PBR_POLICY is skipped with a warning. If the reader is lenient, a rule
-/// with something that is not supported is left out.
+/// with something that is not supported is left out. Each rule is a step of the progress.
 [[nodiscard]] ReadPolicies readPolicies(const JsonObject& policyForwarding,
-                                        const InstanceNames& names, const DefinedSets& sets);
+                                        const InstanceNames& names, const DefinedSets& sets,
+                                        Progress& progress);
 
 /// The policies that the entries of `interfaces` in a policy-forwarding container apply.
 ///

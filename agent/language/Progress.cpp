@@ -43,12 +43,17 @@ void Progress::begin(std::string what, std::string unit, std::uint64_t total) {
   unit_ = std::move(unit);
   total_ = total;
   done_ = 0;
+  looks_ = 0;
   if (output_) next_ = clock_() + untilTheFirst;
 }
 
 void Progress::step() {
   ++done_;
-  if (output_ && done_ % stepsOfALook == 0) show();
+  look();
+}
+
+void Progress::look() {
+  if (output_ && ++looks_ % stepsOfALook == 0) show();
 }
 
 void Progress::end() {
@@ -59,9 +64,14 @@ void Progress::show() {
   const Time now = clock_();
   if (now < next_) return;
   next_ = now + betweenTwo;
-  const std::string all = total_ == 0 ? "" : " of " + grouped(total_);
-  output_(std::string(erased) + what_ + ": " + grouped(done_) + all + ' ' + unit_);
+  output_(std::string(erased) + text());
   isShown_ = true;
+}
+
+std::string Progress::text() const {
+  if (done_ == 0) return what_;
+  const std::string all = total_ == 0 ? "" : " of " + grouped(total_);
+  return what_ + ": " + grouped(done_) + all + ' ' + unit_;
 }
 
 }  // namespace ZelAgent

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace ZelAgent {
 
@@ -12,7 +13,8 @@ namespace ZelAgent {
 /// rules".
 ///
 /// It prints one line after the first second, and renews it in place at most five times a second.
-/// The end of the work erases the line. Without an output it prints nothing.
+/// Before the first step the line has no number. The end of the work erases the line. Without an
+/// output it prints nothing.
 ///
 ///     Progress progress(Progress::terminal(STDERR_FILENO));
 ///     progress.begin("forwarding", "packets", 0);
@@ -35,14 +37,17 @@ class Progress final {
 
   /// Begins work of `total` steps, or of an unknown number if it is 0. `unit` names the steps.
   void begin(std::string what, std::string unit, std::uint64_t total);
-  /// One step was made. The clock is read once in `stepsOfALook` steps.
+  /// One step was made.
   void step();
+  /// Work that is no step was done. Steps and looks read the clock once in `stepsOfALook` calls.
+  void look();
   void end();
 
   static constexpr std::uint64_t stepsOfALook = 64;
 
  private:
   void show();
+  [[nodiscard]] std::string text() const;
 
   Output output_;
   Clock clock_;
@@ -50,8 +55,25 @@ class Progress final {
   std::string unit_;
   std::uint64_t total_ = 0;
   std::uint64_t done_ = 0;
+  std::uint64_t looks_ = 0;
   Time next_;
   bool isShown_ = false;
+};
+
+/// Work that ends with this object.
+class ProgressOf final {
+ public:
+  /// As `Progress::begin`. The progress must outlive this.
+  ProgressOf(Progress& progress, std::string what, std::string unit, std::uint64_t total = 0)
+      : progress_(progress) {
+    progress_.begin(std::move(what), std::move(unit), total);
+  }
+  ProgressOf(const ProgressOf&) = delete;
+  ProgressOf& operator=(const ProgressOf&) = delete;
+  ~ProgressOf() { progress_.end(); }
+
+ private:
+  Progress& progress_;
 };
 
 }  // namespace ZelAgent

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -10,6 +12,7 @@
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Progress.h"
 #include "agent/language/TextFile.h"
 
 namespace ZelAgent {
@@ -17,8 +20,9 @@ namespace {
 
 // Prints the warnings and errors of the reader.
 ExitStatus checkByReader(const std::string& file, Leniency leniency, std::ostream& err) {
+  Progress progress(Progress::terminal(STDERR_FILENO));
   try {
-    reportWarnings(err, readOpenConfigFile(file, leniency).warnings);
+    reportWarnings(err, readOpenConfigFile(file, leniency, progress).warnings);
     return ExitStatus::success;
   } catch (const ConfigError& error) {
     reportWarnings(err, error.warnings());

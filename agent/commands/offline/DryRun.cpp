@@ -1,13 +1,18 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <variant>
 
 #include "agent/commands/offline/OfflineCommands.h"
 #include "agent/config/OpenConfigReader.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Progress.h"
+#include "agent/model/forwarding/ApplyProgress.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 #include "agent/reports/CallReport.h"
 #include "agent/reports/MissingReport.h"
@@ -55,14 +60,28 @@ class DryRun final {
 
  private:
   void apply(const std::string& file) {
-    const ReadConfiguration read = readOpenConfigFile(file, options_.leniency);
+    const ReadConfiguration read = readOpenConfigFile(file, options_.leniency, reading_);
     out_.flush();
     reportWarnings(err_, read.warnings);
     if (!options_.json) out_ << printable(file, Limits::shownTextBytes) << '\n';
-    agent_.chipObserverIs([this](const ChipCall& call) { write(call); });
-    agent_.apply(read.configuration);
-    agent_.chipObserverIs({});
+    applyAndWrite(file, read.configuration);
     writeOutcome(file);
+  }
+
+  void applyAndWrite(const std::string& file, const Configuration& configuration) {
+    const ProgressOf shown(applying_, "applying " + printable(file, Limits::shownTextBytes),
+                           "rules", rulesOnInterfaces(configuration));
+    agent_.chipObserverIs([this](const ChipCall& call) {
+      write(call);
+      if (std::holds_alternative<RuleCall>(call)) applying_.step();
+    });
+    agent_.apply(configuration);
+    agent_.chipObserverIs({});
+  }
+
+  // On a terminal the calls themselves show how far the application is.
+  [[nodiscard]] static Progress::Output besideTheCalls() {
+    return isatty(STDOUT_FILENO) != 0 ? Progress::Output() : Progress::terminal(STDERR_FILENO);
   }
 
   void write(const ChipCall& call) {
@@ -98,6 +117,8 @@ class DryRun final {
   std::ostream& out_;
   std::ostream& err_;
   ForwardingAgent agent_;
+  Progress reading_{Progress::terminal(STDERR_FILENO)};
+  Progress applying_{besideTheCalls()};
   ExitStatus status_ = ExitStatus::success;
 };
 

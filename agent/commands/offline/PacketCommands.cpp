@@ -127,11 +127,11 @@ std::vector<std::uint8_t> readWholePacket(const std::string& text) {
 std::unique_ptr<ForwardingAgent> prepareAgent(const std::string& configuration,
                                               const std::optional<std::string>& events,
                                               std::ostream& err, Leniency leniency) {
-  const ReadConfiguration read = readOpenConfigFile(configuration, leniency);
+  Progress progress(Progress::terminal(STDERR_FILENO));
+  const ReadConfiguration read = readOpenConfigFile(configuration, leniency, progress);
   reportWarnings(err, read.warnings);
   auto agent = std::make_unique<ForwardingAgent>(Limits::chipResources);
   {
-    Progress progress(Progress::terminal(STDERR_FILENO));
     const ApplyProgress shown(*agent, progress, configuration,
                               rulesOnInterfaces(read.configuration));
     agent->apply(read.configuration);

@@ -54,7 +54,7 @@ class Run final {
   }
 
   void applyFile(const std::string& file) {
-    const ReadConfiguration read = readOpenConfigFile(file, options_.leniency);
+    const ReadConfiguration read = readOpenConfigFile(file, options_.leniency, progress_);
     warn(read.warnings);
     {
       const ApplyProgress shown(agent_, progress_, file, rulesOnInterfaces(read.configuration));

@@ -105,15 +105,16 @@ TEST(JsonText, TakesTheSameMemberInDifferentObjects) {
 TEST(JsonText, TellsWhyAFileCannotBeRead) {
   const std::string folder = TestFiles::processFolder();
   const std::string missing = folder + "/no-such-file.json";
+  Progress none({});
   try {
-    (void)readDocumentFile(missing);
+    (void)readDocumentFile(missing, none);
     FAIL() << "a missing file was read";
   } catch (const ConfigError& error) {
     EXPECT_EQ(std::string(error.what()),
               missing + ": cannot be read: No such file or directory; give a readable JSON file");
   }
   try {
-    (void)readDocumentFile(folder);
+    (void)readDocumentFile(folder, none);
     FAIL() << "a directory was read";
   } catch (const ConfigError& error) {
     EXPECT_EQ(std::string(error.what()), folder + ": is a directory; give a readable JSON file");

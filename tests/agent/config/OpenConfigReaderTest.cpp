@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "agent/language/Errors.h"
+#include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
 namespace {
@@ -205,6 +207,54 @@ TEST(OpenConfigReader, ExamplesAreRightAndWithoutWarnings) {
     EXPECT_EQ(read.warnings, std::vector<std::string>{}) << name;
     EXPECT_GE(read.configuration.networkInstances.size(), 3U) << name;
   }
+}
+
+// A clock that advances by an hour each time it is read.
+class HourClock final {
+ public:
+  Progress::Time operator()() { return now_ += std::chrono::hours(1); }
+
+ private:
+  Progress::Time now_;
+};
+
+// A document with a policy of so many rules.
+std::string textWithRules(std::size_t rules) {
+  nlohmann::json list = nlohmann::json::array();
+  for (std::size_t number = 1; number <= rules; ++number)
+    list.push_back({{"sequence-id", number}});
+  nlohmann::json policy{{"policy-id", "P"}, {"config", {{"type", "VRF_SELECTION_POLICY"}}}};
+  policy["rules"]["rule"] = std::move(list);
+  nlohmann::json instance{{"name", "DEFAULT"}};
+  instance["policy-forwarding"]["policies"]["policy"] = nlohmann::json::array({policy});
+  nlohmann::json document;
+  document["network-instances"]["network-instance"] = nlohmann::json::array({instance});
+  return document.dump();
+}
+
+std::string fileWith(const std::string& text) {
+  std::string file = TestFiles::processFolder() / "progress.json";
+  std::ofstream(file) << text;
+  return file;
+}
+
+TEST(OpenConfigReader, ShowsHowManyRulesItHasReadAndErasesItAtTheEnd) {
+  const std::string file = fileWith(textWithRules(Progress::stepsOfALook));
+  std::string shown;
+  Progress progress([&shown](std::string_view text) { shown += text; }, HourClock());
+  (void)readOpenConfigFile(file, Leniency::strict, progress);
+  const std::string erase = "\r\x1b[K";
+  EXPECT_TRUE(shown.starts_with(erase + "reading " + file + erase)) << shown;
+  EXPECT_NE(shown.find(erase + "reading " + file + ": "), std::string::npos) << shown;
+  EXPECT_TRUE(shown.ends_with(" rules" + erase)) << shown;
+}
+
+TEST(OpenConfigReader, ErasesTheProgressBeforeAnErrorIsPrinted) {
+  const std::string file = fileWith(textWithRules(Progress::stepsOfALook) + "x");
+  std::string shown;
+  Progress progress([&shown](std::string_view text) { shown += text; }, HourClock());
+  EXPECT_THROW((void)readOpenConfigFile(file, Leniency::strict, progress), ConfigError);
+  EXPECT_TRUE(shown.ends_with("reading " + file + "\r\x1b[K")) << shown;
 }
 
 }  // namespace

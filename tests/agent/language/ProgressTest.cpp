@@ -43,6 +43,23 @@ TEST_F(ProgressTest, ShowsHowFarItIsAndErasesItAtTheEnd) {
   EXPECT_EQ(shown_, erase + "applying big.json: 64 of 1,000,000 rules" + erase);
 }
 
+TEST_F(ProgressTest, HasNoNumberBeforeTheFirstStep) {
+  progress_.begin("reading big.json", "rules", 0);
+  now_ += milliseconds(1000);
+  for (std::uint64_t i = 0; i < Progress::stepsOfALook; ++i)
+    progress_.look();
+  EXPECT_EQ(shown_, erase + "reading big.json");
+}
+
+TEST_F(ProgressTest, EndsWithTheObjectOfTheWork) {
+  {
+    const ProgressOf work(progress_, "reading", "rules");
+    now_ += milliseconds(1000);
+    look();
+  }
+  EXPECT_EQ(shown_, erase + "reading: 64 rules" + erase);
+}
+
 TEST_F(ProgressTest, RenewsTheLineFiveTimesASecond) {
   progress_.begin("forwarding", "packets", 0);
   now_ += milliseconds(1000);
