@@ -1,5 +1,7 @@
 #include "agent/CommandLine.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <iostream>
@@ -354,10 +356,12 @@ ExitStatus reportUsage(const CLI::ParseError& error, const CLI::App& app, std::o
 
 ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing commands,
                       Printing daemon) {
-  const auto& [out, err] = app.got_subcommand("serve") ? daemon : commands;
+  const bool isDaemon = app.got_subcommand("serve");
+  const auto& [out, err] = isDaemon ? daemon : commands;
   if (commandLine.trace) Mox::traceLevelsIs("ZelVrfSelection=*");
   if (commandLine.traceRing) {
-    const ExitStatus kept = keepTraceIn(*commandLine.traceRing, err);
+    const LineStart start = isDaemon ? warningStart(STDERR_FILENO) : LineStart();
+    const ExitStatus kept = keepTraceIn(*commandLine.traceRing, err, start);
     if (kept != ExitStatus::success) return kept;
   }
   if (app.got_subcommand("diff")) return showDifference(commandLine.diff, out, err);
@@ -367,7 +371,7 @@ ExitStatus runCommand(const CLI::App& app, CommandLine& commandLine, Printing co
   if (app.got_subcommand("check")) return checkConfigurations(commandLine.check, out, err);
   if (app.got_subcommand("forward")) return forwardCaptures(commandLine.forward, out, err);
   if (app.got_subcommand("explain")) return explainPacket(commandLine.explain, out, err);
-  if (app.got_subcommand("serve")) {
+  if (isDaemon) {
     commandLine.serve.limits.clientTimeout = std::chrono::seconds(commandLine.clientTimeout);
     return serve(commandLine.serve, out, err);
   }

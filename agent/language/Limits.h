@@ -59,6 +59,13 @@ inline constexpr std::chrono::seconds clientTimeout{30};
 inline constexpr unsigned answerTimeouts = 10;
 /// How long `ctl` waits for a daemon that sends nothing, if nothing else is given.
 inline constexpr std::chrono::seconds ctlTimeout{300};
+/// Lines of the daemon's log about one action, or about the rules of one interface, in `logPause`.
+inline constexpr unsigned logLinesOfASubject = 2;
+inline constexpr std::chrono::seconds logPause{10};
+/// Lines of the daemon's log about programming in a second.
+inline constexpr unsigned logLinesInASecond = 20;
+/// Actions and interfaces that the daemon's log remembers after a failure.
+inline constexpr std::size_t logSubjects = 1024;
 /// The longest path of a socket.
 inline constexpr std::size_t socketPathBytes = sizeof(sockaddr_un::sun_path) - 1;
 /// Completions of a word in an answer.

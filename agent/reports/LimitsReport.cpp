@@ -84,6 +84,16 @@ void addDaemon(LimitTable& table, const ChangeableLimits& inForce) {
   table.push_back({"ctl timeout", static_cast<std::uint64_t>(Limits::ctlTimeout.count()), "s",
                    "ctl --timeout",
                    "ctl gives up a daemon that sends nothing for this time; 0 is no limit"});
+  table.push_back({"log changes", Limits::logLinesOfASubject, "lines", "",
+                   "lines of the log about one action, or the rules of one interface, in a log "
+                   "pause; further changes are counted"});
+  table.push_back({"log pause", static_cast<std::uint64_t>(Limits::logPause.count()), "s", "",
+                   "time after which a line with the number of those changes follows"});
+  table.push_back({"log lines", Limits::logLinesInASecond, "lines", "",
+                   "lines of the log about programming in a second; others are counted"});
+  table.push_back({"log subjects", Limits::logSubjects, "subjects", "",
+                   "actions and interfaces that the log remembers after a failure; lines about "
+                   "others are counted"});
   table.push_back({"socket path", Limits::socketPathBytes, "bytes", "",
                    "a longer path of a socket is an error"});
 }

@@ -33,6 +33,7 @@
 #include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/console/LineEditor.h"
 #include "agent/serve/daemon/Daemon.h"
+#include "agent/serve/daemon/FailureLines.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/SocketAddress.h"
 #include "tests/agent/OpenConfigBuilder.h"
@@ -454,6 +455,62 @@ void keepsCtlTimeouts(std::uint64_t limit) {
   EXPECT_EQ(CtlOptions().timeout, std::chrono::seconds(limit));
 }
 
+// Failures that are logged by a clock of the test.
+struct LoggedFailures {
+  // Prints so many lines about one subject.
+  void change(std::uint64_t times) {
+    for (std::uint64_t change = 0; change < times; ++change)
+      lines.failed("one", std::to_string(change));
+  }
+  void failOthers(std::uint64_t subjects) {
+    for (std::uint64_t subject = 0; subject < subjects; ++subject)
+      lines.failed(std::to_string(subject), "full");
+  }
+
+  std::vector<std::string> printed;
+  ManualScheduler scheduler;
+  FailureLines lines{scheduler, [this](LogPriority /*priority*/, const std::string& line) {
+                       printed.push_back(line);
+                     }};
+};
+
+void keepsLogChanges(std::uint64_t limit) {
+  LoggedFailures log;
+  log.change(limit);
+  EXPECT_EQ(log.printed.size(), limit);
+  log.change(limit + 1);
+  EXPECT_EQ(log.printed.size(), limit);
+}
+
+void keepsLogPauses(std::uint64_t limit) {
+  LoggedFailures log;
+  log.change(10);
+  const std::size_t printed = log.printed.size();
+  log.scheduler.pass(std::chrono::seconds(limit - 1));
+  EXPECT_EQ(log.printed.size(), printed);
+  log.scheduler.pass(std::chrono::seconds(1));
+  EXPECT_EQ(log.printed.size(), printed + 1);
+}
+
+void keepsLogLines(std::uint64_t limit) {
+  LoggedFailures log;
+  log.failOthers(limit + 1);
+  EXPECT_EQ(log.printed.size(), limit);
+}
+
+void keepsLogSubjects(std::uint64_t limit) {
+  const auto isRemembered = [](std::uint64_t subjects) {
+    LoggedFailures log;
+    log.failOthers(subjects);
+    log.scheduler.pass(2 * Limits::logPause);
+    log.printed.clear();
+    log.lines.recovered(std::to_string(subjects - 1));
+    return log.printed.size() == 1;
+  };
+  EXPECT_TRUE(isRemembered(limit));
+  EXPECT_FALSE(isRemembered(limit + 1));
+}
+
 void keepsSocketPaths(std::uint64_t limit) {
   const auto errorOfPath = [](std::uint64_t bytes) {
     return errorOf([&] { static_cast<void>(socketAddressOf(std::string(bytes, 's'))); });
@@ -579,6 +636,10 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"client timeout", keepsClientTimeouts},
       {"answer timeouts", keepsAnswerTimeouts},
       {"ctl timeout", keepsCtlTimeouts},
+      {"log changes", keepsLogChanges},
+      {"log pause", keepsLogPauses},
+      {"log lines", keepsLogLines},
+      {"log subjects", keepsLogSubjects},
       {"socket path", keepsSocketPaths},
       {"completions", keepsCompletions},
       {"console history", keepsConsoleHistories},

@@ -10,6 +10,7 @@
 #include "agent/config/Findings.h"
 #include "agent/language/ExitStatus.h"
 #include "agent/language/Limits.h"
+#include "agent/language/LogLine.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
 
 namespace ZelAgent {
@@ -135,7 +136,8 @@ struct LimitsOptions {
                                     std::ostream& err);
 
 /// Moves the ring of this process into the file. Returns `failure` if that is not possible. A later
-/// truncation of the file does not end the process.
-[[nodiscard]] ExitStatus keepTraceIn(const std::string& file, std::ostream& err);
+/// truncation of the file does not end the process, but is a line, which `start` begins.
+[[nodiscard]] ExitStatus keepTraceIn(const std::string& file, std::ostream& err,
+                                     LineStart start = {});
 
 }  // namespace ZelAgent

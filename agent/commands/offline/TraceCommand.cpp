@@ -3,6 +3,7 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <utility>
 
 #include "Blinklog/Ring.h"
 #include "Blinklog/RingImage.h"
@@ -55,10 +56,10 @@ ExitStatus showTraceFile(const TraceOptions& options, std::ostream& out, std::os
   return finishOutput(out, err);
 }
 
-ExitStatus keepTraceIn(const std::string& file, std::ostream& err) {
+ExitStatus keepTraceIn(const std::string& file, std::ostream& err, LineStart start) {
   try {
     Blinklog::ring().fileIs(file);
-    surviveTruncationOf(file);
+    surviveTruncationOf(file, std::move(start));
     return ExitStatus::success;
   } catch (const Blinklog::RingFileError& error) {
     return fail(err, error, ExitStatus::failure);

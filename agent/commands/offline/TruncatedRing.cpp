@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <utility>
 
 #include "Blinklog/Ring.h"
 #include "agent/language/Limits.h"
@@ -12,12 +13,20 @@
 namespace ZelAgent {
 namespace {
 
+struct Warning {
+  LineStart start;
+  std::string text;
+};
+
 // Never freed, since messages are sent until the process ends.
-const std::string* warning = nullptr;
+const Warning* warning = nullptr;
 struct sigaction before {};
 
+// A store to the ring has raised the signal, outside of all library functions. So the handler may
+// call any of them.
 void printWarning() {
-  const ssize_t written = write(STDERR_FILENO, warning->data(), warning->size());
+  const std::string line = (warning->start ? warning->start() : "") + warning->text;
+  const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
   static_cast<void>(written);  // there is nowhere else to report to
 }
 
@@ -36,10 +45,11 @@ void handle(int signal, siginfo_t* info, void* /*context*/) {
 
 }  // namespace
 
-void surviveTruncationOf(const std::string& file) {
-  warning = new std::string(
+void surviveTruncationOf(const std::string& file, LineStart start) {
+  warning = new Warning{
+      std::move(start),
       "warning: " + printable(file, Limits::shownTextBytes) +
-      ": was truncated, or its disk failed; the trace is in memory only from now on\n");
+          ": was truncated, or its disk failed; the trace is in memory only from now on\n"};
   struct sigaction action {};
   action.sa_sigaction = &handle;
   action.sa_flags = SA_SIGINFO;

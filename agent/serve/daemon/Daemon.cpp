@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <ostream>
@@ -104,7 +103,7 @@ bool Daemon::announce() {
 }
 
 ExitStatus serve(const DaemonOptions& options, std::ostream& out, std::ostream& err) {
-  DaemonLog log(err, logFormOf(STDERR_FILENO, std::getenv("JOURNAL_STREAM")));
+  DaemonLog log(err, logFormOf(STDERR_FILENO));
   const TraceOn traceOn(log);
   try {
     return Daemon(options, out, log).serve();

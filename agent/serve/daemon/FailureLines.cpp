@@ -1,8 +1,11 @@
 #include "agent/serve/daemon/FailureLines.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <utility>
+
+#include "agent/language/Limits.h"
 
 namespace ZelAgent {
 
@@ -13,7 +16,7 @@ FailureLines::FailureLines(Scheduler& scheduler, Print print)
 void FailureLines::failed(const std::string& subject, const std::string& why) {
   const auto found = subjects_.find(subject);
   if (found != subjects_.end()) return change(*found, why);
-  if (subjects_.size() == subjects) return leaveOut(1);
+  if (subjects_.size() == Limits::logSubjects) return leaveOut(1);
   change(*subjects_.emplace(subject, Subject()).first, why);
 }
 
@@ -35,10 +38,10 @@ void FailureLines::change(Subjects::reference entry, std::optional<std::string> 
   if (subject.failure == failure) return;
   subject.failure = std::move(failure);
   if (subject.left == 0) {
-    subject.left = static_cast<unsigned>(pause.count());
+    subject.left = static_cast<unsigned>(Limits::logPause.count());
     subject.lines = 0;
   }
-  if (subject.lines == linesOfASubject) {
+  if (subject.lines == Limits::logLinesOfASubject) {
     ++subject.unprinted;
   } else {
     print(entry);
@@ -49,7 +52,7 @@ void FailureLines::print(Subjects::reference entry) {
   auto& [name, subject] = entry;
   ++subject.lines;
   const unsigned unprinted = std::exchange(subject.unprinted, 0);
-  if (printed_ == linesInASecond) return leaveOut(unprinted + 1);
+  if (printed_ == Limits::logLinesInASecond) return leaveOut(unprinted + 1);
   if (printed_++ == 0) seconds_->start();
   std::string line = subject.failure ? "warning: not programmed: " + name + ": " + *subject.failure
                                      : "programmed again: " + name;
@@ -77,7 +80,7 @@ bool FailureLines::endSecondOf(Subjects::reference entry) {
   Subject& subject = entry.second;
   if (subject.left == 0 || --subject.left > 0) return true;
   if (subject.unprinted > 0) {
-    subject.left = static_cast<unsigned>(pause.count());
+    subject.left = static_cast<unsigned>(Limits::logPause.count());
     subject.lines = 0;
     print(entry);
   }

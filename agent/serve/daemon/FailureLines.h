@@ -1,14 +1,12 @@
 #pragma once
 
-#include <chrono>
-#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "agent/serve/daemon/DaemonLog.h"
+#include "agent/language/LogLine.h"
 #include "agent/serve/daemon/Scheduler.h"
 
 namespace ZelAgent {
@@ -18,18 +16,13 @@ namespace ZelAgent {
 ///     warning: not programmed: actionVrf red: failureVrfResourceExhausted: no VRF resource is free
 ///     programmed again: actionVrf red
 ///
-/// A subject has at most `linesOfASubject` lines in `pause`. If it changed more often, one line
-/// after the pause has its present state and the number of changes that were not printed. All
-/// subjects together have at most `linesInASecond` lines in a second, and at most `subjects` are
-/// remembered. One line at the end of the second has the number of lines that are left out. So
-/// lines and memory are bounded, whatever happens.
+/// A subject has at most `logLinesOfASubject` lines in `logPause`. If it changed more often, one
+/// line after the pause has its present state and the number of changes that were not printed. All
+/// subjects together have at most `logLinesInASecond` lines in a second, and at most `logSubjects`
+/// are remembered. One line at the end of the second has the number of lines that are left out. So
+/// lines and memory are bounded, whatever happens. Limits.h has the numbers.
 class FailureLines final {
  public:
-  static constexpr unsigned linesOfASubject = 2;
-  static constexpr std::chrono::seconds pause{10};
-  static constexpr unsigned linesInASecond = 20;
-  static constexpr std::size_t subjects = 1024;
-
   using Print = std::function<void(LogPriority, const std::string&)>;
 
   /// The scheduler must outlive this.

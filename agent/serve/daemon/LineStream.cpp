@@ -31,14 +31,10 @@ FileHandle openAgain(int descriptor) {
   return FileHandle(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
-std::string droppedLine(std::size_t lines) {
-  if (lines == 0) return {};
-  return "warning: lines dropped before this one: " + std::to_string(lines) + '\n';
-}
-
 }  // namespace
 
-LineBuffer::LineBuffer(int descriptor) : descriptor_(descriptor), own_(openAgain(descriptor)) {}
+LineBuffer::LineBuffer(int descriptor, LineStart start)
+    : descriptor_(descriptor), start_(std::move(start)), own_(openAgain(descriptor)) {}
 
 LineBuffer::~LineBuffer() {
   LineBuffer::sync();
@@ -54,8 +50,14 @@ int LineBuffer::sync() {
   return isGood ? 0 : -1;
 }
 
+std::string LineBuffer::droppedLine() const {
+  if (dropped_ == 0) return {};
+  return (start_ ? start_() : "") +
+         "warning: lines dropped before this one: " + std::to_string(dropped_) + '\n';
+}
+
 bool LineBuffer::print(const std::string& line) {
-  const std::string bytes = droppedLine(dropped_) + line;
+  const std::string bytes = droppedLine() + line;
   unfinished_.erase(0, write(unfinished_));
   const std::size_t written = unfinished_.empty() ? write(bytes) : 0;
   if (written == 0) {

@@ -7,8 +7,10 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Blinklog/FileHandle.h"
+#include "agent/language/LogLine.h"
 
 namespace ZelAgent {
 
@@ -24,8 +26,8 @@ namespace ZelAgent {
 /// while the system accepts bytes. Writes to a file wait for the file system only.
 class LineBuffer final : public std::stringbuf {
  public:
-  /// The descriptor must stay open.
-  explicit LineBuffer(int descriptor);
+  /// The descriptor must stay open. `start` begins the line with the number of dropped lines.
+  LineBuffer(int descriptor, LineStart start);
   LineBuffer(const LineBuffer&) = delete;
   LineBuffer& operator=(const LineBuffer&) = delete;
   ~LineBuffer() override;
@@ -33,6 +35,8 @@ class LineBuffer final : public std::stringbuf {
  private:
   int sync() override;
 
+  // The line with the number of dropped lines. Empty if there are none.
+  [[nodiscard]] std::string droppedLine() const;
   // Returns false for an error. A dropped line is none.
   bool print(const std::string& line);
   // Writes what is accepted at once, and returns how many bytes.
@@ -40,6 +44,7 @@ class LineBuffer final : public std::stringbuf {
   [[nodiscard]] ssize_t writeOnce(std::string_view bytes) const;
 
   int descriptor_;
+  LineStart start_;
   Blinklog::FileHandle own_;  // the same pipe or terminal, without blocking; may be closed
   std::string unfinished_;    // the rest of a line
   std::size_t dropped_ = 0;   // lines since the last one that was written
@@ -49,7 +54,8 @@ class LineBuffer final : public std::stringbuf {
 /// A stream of lines that never waits. Flush it after each line.
 class LineStream final : public std::ostream {
  public:
-  explicit LineStream(int descriptor) : std::ostream(nullptr), buffer_(descriptor) {
+  explicit LineStream(int descriptor, LineStart start = {})
+      : std::ostream(nullptr), buffer_(descriptor, std::move(start)) {
     rdbuf(&buffer_);
   }
 

@@ -27,7 +27,8 @@ std::string textOf(const HwStatus& status) {
 
 ProgrammingLog::ProgrammingLog(Scheduler& scheduler, const ForwardingAgent& agent,
                                FailureLines::Print print)
-    : actions_(agent.actionStatus()),
+    : agent_(agent),
+      actions_(agent.actionStatus()),
       rules_(agent.ruleStatus()),
       lines_(scheduler, std::move(print)),
       reports_(scheduler, [this] { reportInterfaces(); }) {
@@ -72,16 +73,16 @@ void ProgrammingLog::followRule(const RuleKey& rule) {
   } else if (failed->second.erase(place) > 0 && failed->second.empty()) {
     failedRules_.erase(failed);
   }
-  changedIntfs_[rule.intf] |= status != nullptr && status->programmed;
+  changedIntfs_.insert(rule.intf);
   reports_.request();
 }
 
 void ProgrammingLog::reportInterfaces() {
-  for (const auto& [intf, isProgrammed] : std::exchange(changedIntfs_, {})) {
+  for (const Velo::String& intf : std::exchange(changedIntfs_, {})) {
     const auto failed = failedRules_.find(intf);
     if (failed != failedRules_.end()) {
       lines_.failed(subjectOf(intf), failureOf(intf, failed->second));
-    } else if (isProgrammed) {
+    } else if (agent_.policyIntfs().contains(intf)) {
       lines_.recovered(subjectOf(intf));
     } else {
       lines_.gone(subjectOf(intf));

@@ -38,12 +38,12 @@ class ProgrammingLog final {
   void reportInterfaces();
   [[nodiscard]] std::string failureOf(const Velo::String& intf, const std::set<Rule>& rules) const;
 
+  const ForwardingAgent& agent_;
   const ZelVrfSelectionPolicy::VrfHwStatus& actions_;
   const PolicyMap::PolicyMapTypeStatus& rules_;
   FailureLines lines_;
   std::map<Velo::String, std::set<Rule>> failedRules_;  // by interface; no set is empty
-  // The interfaces to report, and whether a rule of the interface was programmed since then.
-  std::map<Velo::String, bool> changedIntfs_;
+  std::set<Velo::String> changedIntfs_;                 // to report
   CoalescedCall reports_;
   Velo::MemberSubscriber<ProgrammingLog> actionSubscriber_{*this};
   Velo::MemberSubscriber<ProgrammingLog> ruleSubscriber_{*this};

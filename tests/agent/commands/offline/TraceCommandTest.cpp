@@ -15,6 +15,7 @@
 #include "agent/commands/offline/OfflineCommands.h"
 #include "agent/reports/TraceReport.h"
 #include "tests/agent/AgentProcess.h"
+#include "tests/agent/LogTimes.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/serve/daemon/DaemonProcess.h"
 #include "tests/agent/serve/daemon/SocketClient.h"
@@ -127,7 +128,9 @@ TEST_F(TraceOfADaemon, ContinuesInMemoryWhenItsFileIsTruncated) {
   client.text("vrf red id 5");
   EXPECT_THAT(client.text(allOfIt), EndsWith("Updating VRF HW instance for: red\n"));
   EXPECT_EQ(daemon.end(), 0);
-  EXPECT_EQ(daemon.restOfErr(),
+  const std::string line = daemon.restOfLog();
+  EXPECT_TRUE(beginsWithTime(line)) << line;
+  EXPECT_EQ(withoutTimes(line),
             "warning: " + file_ +
                 ": was truncated, or its disk failed; the trace is in memory only from now on\n");
 }

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "tests/agent/FixedClock.h"
+#include "tests/agent/LogTimes.h"
 
 namespace ZelAgent {
 namespace {
@@ -52,6 +53,11 @@ TEST(DaemonLog, ContinuesWhenItsStreamFails) {
   log.print("lost");
   log.print("kept");
   EXPECT_EQ(err.str(), "<6>kept\n");
+}
+
+TEST(DaemonLog, BeginsOtherWarningsAsItsLines) {
+  EXPECT_TRUE(beginsWithTime(warningStart(STDERR_FILENO)()));
+  EXPECT_EQ(logLineStart(LogForm::priority, LogPriority::warning, fixedTime()), "<4>");
 }
 
 TEST(DaemonLog, HasPrioritiesOnlyIfTheJournalIsItsStream) {

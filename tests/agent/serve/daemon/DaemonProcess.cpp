@@ -132,12 +132,16 @@ std::optional<std::string> DaemonProcess::errLine() {
   return withoutTimes(*line);
 }
 
-std::string DaemonProcess::restOfErr() {
+std::string DaemonProcess::restOfLog() {
   const Waiting::Deadline deadline;
   std::string text;
   EXPECT_TRUE(Waiting::readToEnd(err_, text, deadline))
       << deadline.expiry("the end of the daemon's standard error", text);
-  return withoutTimes(text);
+  return text;
+}
+
+std::string DaemonProcess::restOfErr() {
+  return withoutTimes(restOfLog());
 }
 
 void DaemonProcess::closeErr() {

@@ -46,6 +46,8 @@ class DaemonProcess final {
   std::optional<std::string> errLine();
   // Everything that it writes to standard error until it ends, without the times.
   std::string restOfErr();
+  // The same with the times of its lines.
+  std::string restOfLog();
   // Closes the reading end of its standard error.
   void closeErr();
 

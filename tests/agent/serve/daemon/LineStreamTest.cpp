@@ -134,6 +134,16 @@ TEST_F(LinesOfADaemon, AreDroppedAndCountedWhenThePipeIsFull) {
   EXPECT_EQ(read(), "warning: lines dropped before this one: 3\nd\ne\n");
 }
 
+TEST_F(LinesOfADaemon, AreCountedInALineWithTheStartOfTheLog) {
+  openPipe();
+  lines_ = std::make_unique<LineStream>(writer_.get(), [] { return "<4>"; });
+  print(std::string(page - 1, 'x'));
+  print("dropped");
+  (void)read();
+  print("<6>next");
+  EXPECT_EQ(read(), "<4>warning: lines dropped before this one: 1\n<6>next\n");
+}
+
 TEST_F(LinesOfADaemon, AreWholeOnAPipeThatNobodyReads) {
   openPipe(16);
   expectWholeLinesWithoutAReader();

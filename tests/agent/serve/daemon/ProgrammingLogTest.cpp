@@ -76,6 +76,26 @@ TEST_F(ProgrammingLogTest, HasOneLineForAllRulesOfAnInterface) {
                           StartsWith("<4>warning: not programmed: rules on e2: 3 rules: ")));
 }
 
+TEST_F(ProgrammingLogTest, HasARecoveryWhenTheRefusedRuleIsRemovedAlone) {
+  served_.agent().ruleCapacityIs(1);
+  (void)served_.start();
+  writeSmall("logged.json", {{{"red"}}, {"red", "red"}, {"e1"}});
+  (void)served_.reload();
+  EXPECT_THAT(printed(), ElementsAre(StartsWith("<4>warning: not programmed: rules on e1: ")));
+  writeSmall("logged.json", {{{"red"}}, {"red"}, {"e1"}});
+  (void)served_.reload();
+  EXPECT_THAT(printed(), ElementsAre("<5>programmed again: rules on e1"));
+}
+
+TEST_F(ProgrammingLogTest, HasARecoveryWhenAllRulesOfAnInterfaceAreRemovedFromItsPolicy) {
+  served_.agent().ruleCapacityIs(0);
+  (void)served_.start();
+  printed();
+  writeSmall("logged.json", {{{"red"}}, {}, {"e1"}});
+  (void)served_.reload();
+  EXPECT_THAT(printed(), ElementsAre("<5>programmed again: rules on e1"));
+}
+
 TEST_F(ProgrammingLogTest, HasNoRecoveryOfRulesThatAreRemoved) {
   served_.agent().ruleCapacityIs(0);
   (void)served_.start();
