@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -152,6 +153,9 @@ struct Configuration {
   std::vector<PrefixSet> prefixSets{};
   /// The name that the document gives to the default instance. Empty for a usual name.
   std::string defaultName{};
+  /// Interfaces that are named but not used: those of the system, and those of entries that are not
+  /// enabled. One that no network instance uses either is in the default VRF, without policies.
+  std::set<std::string> otherInterfaces{};
 
   bool operator==(const Configuration&) const = default;
 };

@@ -52,6 +52,7 @@ Configuration InstancesReader::read(const std::vector<JsonNode>& entries) {
     readContent(header);
     configuration.networkInstances.push_back(std::move(header.instance));
   }
+  configuration.otherInterfaces = std::move(disabledInterfaces_);
   return configuration;
 }
 
@@ -119,10 +120,14 @@ void InstancesReader::readInterfaces(const JsonObject& instanceEntry, NetworkIns
     const auto id = readKey(entry, config, "id", readName);
     const bool isNew = ids.add(id, node);
     const std::string named = readInterface(config);
-    if (!isNew || isDisabled(node)) continue;
+    if (!isNew) continue;
     const std::string interface = named.empty() ? *id : named;
-    instance.interfaces.push_back(interface);
-    vrfOfInterface_.add(interface, node);
+    if (isDisabled(node)) {
+      disabledInterfaces_.insert(interface);
+    } else {
+      instance.interfaces.push_back(interface);
+      vrfOfInterface_.add(interface, node);
+    }
   }
 }
 
@@ -132,9 +137,13 @@ void InstancesReader::readPolicyForwarding(const JsonObject& policyForwarding,
   UniqueKeys<std::string> ids;
   for (const JsonNode& node : policyForwarding.list("interfaces", "interface")) {
     auto binding = BindingReader(read).read(node, ids);
-    if (!binding || isDisabled(node)) continue;
-    policyOfInterface_.add(binding->interface, node);
-    instance.policyBindings.push_back(*std::move(binding));
+    if (!binding) continue;
+    if (isDisabled(node)) {
+      disabledInterfaces_.insert(binding->interface);
+    } else {
+      policyOfInterface_.add(binding->interface, node);
+      instance.policyBindings.push_back(*std::move(binding));
+    }
   }
   instance.policies = std::move(read.policies);
 }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,7 @@ class InstancesReader final {
   std::optional<std::string> defaultInstance_;  // as the document calls it
   InterfaceOwners vrfOfInterface_;
   InterfaceOwners policyOfInterface_;
+  std::set<std::string> disabledInterfaces_;
 };
 
 }  // namespace ZelAgent

@@ -50,6 +50,7 @@ void addPolicies(const NetworkInstance& instance, std::set<std::string>& policie
 ConfiguredNames configuredNames(const Configuration& configuration) {
   ConfiguredNames names;
   names.vrfs.insert(defaultVrfName);
+  names.interfaces = configuration.otherInterfaces;
   for (const NetworkInstance& instance : configuration.networkInstances) {
     addInterfaces(instance, names.interfaces);
     addVrfs(instance, names.vrfs);

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/language/Errors.h"
+#include "agent/language/Limits.h"
 #include "tests/files/TemporaryFolder.h"
 
 namespace ZelAgent {
@@ -207,6 +208,42 @@ TEST(OpenConfigReader, ExamplesAreRightAndWithoutWarnings) {
     EXPECT_EQ(read.warnings, std::vector<std::string>{}) << name;
     EXPECT_GE(read.configuration.networkInstances.size(), 3U) << name;
   }
+}
+
+// The system has Ethernet1, Ethernet2 and Ethernet2.7. Two entries are not enabled.
+constexpr const char* namedInterfaces = R"({
+  "openconfig-interfaces:interfaces": {"interface": [
+    {"name": "Ethernet1"}, {"name": ""}, {"name": 7}, {},
+    {"name": "Ethernet2", "config": {"enabled": true}, "subinterfaces": {"subinterface": [
+      {"index": 0}, {"index": 7}, {"index": "8"}, {}]}}]},
+  "network-instances": {"network-instance": [
+    {"name": "DEFAULT", "policy-forwarding": {
+      "policies": {"policy": [{"policy-id": "P", "config": {"type": "VRF_SELECTION_POLICY"}}]},
+      "interfaces": {"interface": [{"interface-id": "Ethernet3", "config":
+        {"enabled": false, "apply-vrf-selection-policy": "P"}}]}}},
+    {"name": "red", "config": {"type": "L3VRF"}, "interfaces": {"interface": [
+      {"id": "Ethernet1", "config": {"id": "Ethernet1"}},
+      {"id": "x", "config": {"enabled": false, "interface": "Ethernet4", "subinterface": 2}}]}}]}})";
+
+TEST(OpenConfigReader, KeepsTheNamesOfInterfacesThatAreNotUsed) {
+  const Configuration read = readOpenConfig(namedInterfaces, "f.json").configuration;
+  EXPECT_EQ(read.otherInterfaces, (std::set<std::string>{"Ethernet1", "Ethernet2", "Ethernet2.7",
+                                                         "Ethernet3", "Ethernet4.2"}));
+  ASSERT_EQ(read.networkInstances.size(), 2U);
+  EXPECT_EQ(read.networkInstances[0].policyBindings.size(), 0U);
+  EXPECT_EQ(read.networkInstances[1].interfaces, std::vector<std::string>{"Ethernet1"});
+}
+
+TEST(OpenConfigReader, LeavesOutAnInterfaceOfTheSystemWhoseNameIsTooLong) {
+  const std::string longest(Limits::nameBytes, 'e');
+  const auto namesOf = [](const std::string& name) {
+    return readOpenConfig(
+               with(namedInterfaces, R"({"name": "Ethernet1"})", R"({"name": ")" + name + R"("})"),
+               "f.json")
+        .configuration.otherInterfaces;
+  };
+  EXPECT_TRUE(namesOf(longest).contains(longest));
+  EXPECT_FALSE(namesOf(longest + 'e').contains(longest + 'e'));
 }
 
 // A clock that advances by an hour each time it is read.

@@ -104,7 +104,10 @@ std::vector<RightValue> instanceRows() {
        [](C& c) { redOf(c).interfaces = {std::string(98, 'n') + ".2"}; }},
       {"DisabledInterface",
        {{"$INTERFACE/config/enabled", false}},
-       [](C& c) { redOf(c).interfaces.clear(); }},
+       [](C& c) {
+         c.otherInterfaces = {redOf(c).interfaces.at(0)};
+         redOf(c).interfaces.clear();
+       }},
       {"DefaultInstanceOfAnotherName",
        {{"$DEFAULT/name", "main"}, {"$DEFAULT/config/name", "main"}},
        noEffect},
@@ -498,7 +501,10 @@ std::vector<RightValue> actionRows() {
        }},
       {"DisabledBinding",
        {{"$BINDING/config/enabled", false}},
-       [](C& c) { c.networkInstances[0].policyBindings.clear(); }},
+       [](C& c) {
+         c.otherInterfaces = {bindingOf(c).interface};
+         c.networkInstances[0].policyBindings.clear();
+       }},
       {"BindingByItsId",
        {without("$BINDING/interface-ref")},
        [](C& c) { bindingOf(c).interface = "b1"; }},

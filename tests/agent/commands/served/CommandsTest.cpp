@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "agent/commands/served/CommandDispatch.h"
 #include "agent/commands/served/ServedAgent.h"
 #include "agent/language/Errors.h"
 #include "agent/model/packets/PacketText.h"
@@ -652,6 +653,28 @@ TEST_F(Commands, ALineThatWasCutOffIsNotRun) {
 TEST(ServedAgent, ABadFileAtTheStartIsAConfigError) {
   ServedAgent served(writeFile("bad.json", "7"), 8);
   EXPECT_THROW(served.start(), ConfigError);
+}
+
+// Ethernet7 is an interface of the system only, and the entry of Ethernet8 is not enabled.
+constexpr const char* unusedInterfaces = R"({
+  "interfaces": {"interface": [{"name": "Ethernet7"}]},
+  "network-instances": {"network-instance": [
+    {"name": "DEFAULT", "policy-forwarding": {
+      "policies": {"policy": [{"policy-id": "P", "config": {"type": "VRF_SELECTION_POLICY"},
+        "rules": {"rule": [{"sequence-id": 1, "action": {"config": {"discard": true}}}]}}]},
+      "interfaces": {"interface": [{"interface-id": "Ethernet8", "config":
+        {"enabled": false, "apply-vrf-selection-policy": "P"}}]}}}]}})";
+
+TEST(CommandsOnUnusedInterfaces, ExplainAPacketByTheDefaultVrf) {
+  ServedAgent served(writeFile("unused.json", unusedInterfaces), 8);
+  (void)served.start();
+  for (const std::string interface : {"Ethernet7", "Ethernet8"}) {
+    EXPECT_EQ(runCommand(served, "explain " + interface + " ipv4 10.0.0.1 to 10.0.0.2", false),
+              "packet ipv4 10.0.0.1 to 10.0.0.2 protocol 17 ttl 64, 28 bytes\n"
+              "interface VRF default: no rule matches\n"
+              "look up 10.0.0.2 in VRF default (id 1): miss\n"
+              "drop noRoute: no VRF that it was looked up in has a route\n");
+  }
 }
 
 }  // namespace
