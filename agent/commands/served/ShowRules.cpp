@@ -1,9 +1,11 @@
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 #include "agent/commands/served/RuleFilter.h"
 #include "agent/commands/served/ServedCommands.h"
+#include "agent/commands/served/UserGroups.h"
 #include "agent/language/PrintableText.h"
 #include "agent/reports/CounterReport.h"
 #include "agent/reports/RuleReport.h"
@@ -12,36 +14,13 @@
 namespace ZelAgent {
 namespace {
 
-AgentState selectedState(const CommandCall& call, const RuleFilter& filter) {
-  AgentState state = call.served.agent().state(userListsOf(call));
+AgentState selectedState(const CommandCall& call, const RuleFilter& filter, UserLists lists) {
+  AgentState state = call.served.agent().state(lists);
   std::erase_if(state.actions, [&](const ActionState& action) {
     return (filter.vrf && !namesVrf(action.action, *filter.vrf)) ||
            (filter.failed && !hasFailed(action));
   });
   return state;
-}
-
-// The filters for actions; `failed` selects actions here and not rules.
-std::vector<VrfAction> selectedActions(ForwardingAgent& agent, const RuleFilter& filter) {
-  std::vector<VrfAction> actions;
-  for (const ActionState& action : agent.state(UserLists::none).actions) {
-    if (filter.vrf && !namesVrf(action.action, *filter.vrf)) continue;
-    if (!filter.failed || hasFailed(action)) actions.push_back(action.action);
-  }
-  return actions;
-}
-
-ReadRows<UserRow> usersOf(ForwardingAgent& agent, RuleFilter filter, const VrfAction& action) {
-  filter.failed = false;
-  return [read = selectedRules(agent, filter), action](std::vector<UserRow>& users) {
-    RuleStates rules;
-    const bool hasMore = read(rules);
-    for (RuleState& rule : rules) {
-      if (rule.place && vrfActionOf(rule.rule.action) == action)
-        users.push_back({action, std::move(rule.user)});
-    }
-    return hasMore;
-  };
 }
 
 std::vector<VrfCount> countOf(ForwardingAgent& agent, const RuleFilter& filter) {
@@ -56,7 +35,7 @@ std::vector<VrfCount> countOf(ForwardingAgent& agent, const RuleFilter& filter) 
 
 CommandOutput showActions(const CommandCall& call) {
   const RuleFilter filter = readActionFilter(call);
-  const AgentState state = selectedState(call, filter);
+  const AgentState state = selectedState(call, filter, userListsOf(call));
   const std::string& file = call.served.record().inForce;
   return outputOf(
       call,
@@ -76,11 +55,16 @@ ReportPagesPtr showRules(const CommandCall& call) {
 }
 
 ReportPagesPtr showUsers(const CommandCall& call) {
-  const RuleFilter filter = readRuleFilter(call);
-  ForwardingAgent& agent = call.served.agent();
+  RuleFilter filter = readRuleFilter(call);
+  std::vector<ActionState> states = selectedState(call, filter, UserLists::none).actions;
+  std::vector<VrfAction> actions;
+  for (const ActionState& state : states)
+    actions.push_back(state.action);
+  filter.failed = false;  // it has selected actions, and selects no rules
+  const auto groups =
+      std::make_shared<UserGroups>(call.served.agent(), std::move(filter), std::move(states));
   return userPages(
-      selectedActions(agent, filter),
-      [&agent, filter](const VrfAction& action) { return usersOf(agent, filter, action); },
+      std::move(actions), [groups](const VrfAction& action) { return groups->usersOf(action); },
       call.asJson);
 }
 
