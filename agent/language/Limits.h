@@ -79,5 +79,7 @@ inline constexpr std::size_t shownTextBytes = 1000;
 inline constexpr std::size_t shownValueBytes = 100;
 /// Ports, offsets or prefixes of a match that a report shows of each list.
 inline constexpr std::size_t shownListValues = 64;
+/// Interfaces of a policy that a table shows.
+inline constexpr std::size_t shownInterfaces = 16;
 
 }  // namespace ZelAgent::Limits

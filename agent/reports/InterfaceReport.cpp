@@ -1,5 +1,6 @@
 #include "agent/reports/InterfaceReport.h"
 
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -67,11 +68,15 @@ const char* toText(PolicyType type) {
   return type == PolicyType::forwarding ? "forwarding" : "vrf-selection";
 }
 
+// The first names, and the number of the others.
 std::string namesText(const std::vector<std::string>& names) {
+  const std::size_t shown = std::min(names.size(), Limits::shownInterfaces);
   std::vector<std::string> printed;
-  printed.reserve(names.size());
-  for (const std::string& name : names)
-    printed.push_back(printable(name, Limits::shownTextBytes));
+  printed.reserve(shown);
+  for (std::size_t at = 0; at < shown; ++at)
+    printed.push_back(printable(names[at], Limits::shownTextBytes));
+  if (shown < names.size())
+    printed.push_back("... and " + std::to_string(names.size() - shown) + " more");
   return printed.empty() ? "-" : joined(printed, ", ");
 }
 

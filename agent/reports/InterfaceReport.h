@@ -44,7 +44,8 @@ struct PolicyState {
 [[nodiscard]] std::vector<PolicyState> policyStates(const Configuration& configuration);
 
 /// As JSON it is an array of {networkInstance, policy, type, rules, interfaces}; type is
-/// "vrf-selection" or "forwarding".
+/// "vrf-selection" or "forwarding". The table has the first interfaces and the number of the
+/// others.
 [[nodiscard]] ReportPagesPtr policyPages(std::vector<PolicyState> policies, bool asJson);
 
 }  // namespace ZelAgent

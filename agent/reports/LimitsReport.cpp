@@ -109,6 +109,8 @@ void addOutput(LimitTable& table) {
                    "of a wrong value in a message; ... replaces the rest"});
   table.push_back({"shown list", Limits::shownListValues, "values", "",
                    "ports, offsets or prefixes of a match in a report; others are counted"});
+  table.push_back({"shown interfaces", Limits::shownInterfaces, "names", "",
+                   "of a policy in a table; others are counted"});
   table.push_back({"trace ring", Blinklog::ring().slots(), "messages", "",
                    "last messages of the library that are kept; older ones are overwritten"});
   table.push_back({"trace message", Blinklog::Ring::slotBytes, "bytes", "",

@@ -27,6 +27,7 @@
 #include "agent/model/packets/PacketText.h"
 #include "agent/model/policies/PolicyObjects.h"
 #include "agent/model/routes/RoutingTable.h"
+#include "agent/reports/InterfaceReport.h"
 #include "agent/reports/LimitsReport.h"
 #include "agent/reports/ReportPages.h"
 #include "agent/serve/console/ControlClient.h"
@@ -571,6 +572,20 @@ void keepsShownLists(std::uint64_t limit) {
   EXPECT_EQ(shownText(match), longest + ",... and 1 more");
 }
 
+void keepsShownInterfaces(std::uint64_t limit) {
+  const auto interfacesText = [](std::uint64_t count) {
+    const std::vector<std::string> names(count, "e");
+    std::string table =
+        wholeText(*policyPages({{"i", "P", PolicyType::forwarding, 1, names}}, false));
+    return table.substr(table.rfind("  ") + 2);
+  };
+  std::string longest = "e";
+  for (std::uint64_t count = 1; count < limit; ++count)
+    longest += ", e";
+  EXPECT_EQ(interfacesText(limit), longest + '\n');
+  EXPECT_EQ(interfacesText(limit + 1), longest + ", ... and 1 more\n");
+}
+
 void keepsTraceMessages(std::uint64_t limit) {
   constexpr std::uint64_t headers = 28;  // of the slot and of the text
   const Blinklog::SiteId site = Blinklog::siteIs({"/limits", 1, "text", 5, {"%s"}});
@@ -646,6 +661,7 @@ const std::map<std::string, void (*)(std::uint64_t)>& checks() {
       {"shown text", keepsShownTexts},
       {"shown value", keepsShownValues},
       {"shown list", keepsShownLists},
+      {"shown interfaces", keepsShownInterfaces},
       {"trace ring", keepsTheTraceRing},
       {"trace message", keepsTraceMessages},
       {"trace file", keepsTraceFiles},

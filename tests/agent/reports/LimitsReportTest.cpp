@@ -19,8 +19,9 @@ TEST(LimitsReport, HasEachLimitInItsPlace) {
                   "chip resources", "chip rules", "fallback walk", "gateways", "retries",
                   "retry pause", "request", "answer", "waiting answers", "short answer",
                   "answer page", "answer levels", "clients", "client timeout", "answer timeouts",
-                  "ctl timeout", "socket path", "completions", "console history", "shown text",
-                  "shown value", "shown list", "trace ring", "trace message", "trace file"));
+                  "ctl timeout", "log changes", "log pause", "log lines", "log subjects",
+                  "socket path", "completions", "console history", "shown text", "shown value",
+                  "shown list", "shown interfaces", "trace ring", "trace message", "trace file"));
 }
 
 TEST(LimitsReport, PrintsADashForWhatALimitDoesNotHave) {
