@@ -39,38 +39,6 @@ void waitIs(const FileHandle& socket, std::chrono::milliseconds wait) {
     setsockopt(socket.get(), SOL_SOCKET, direction, &limit, sizeof limit);
 }
 
-std::string secondsText(std::chrono::milliseconds time) {
-  return std::to_string(std::chrono::floor<std::chrono::seconds>(time).count()) + " s";
-}
-
-[[noreturn]] void failAt(const std::string& path, const std::string& what) {
-  throw SocketError(printable(path, Limits::shownTextBytes) + ": " + what);
-}
-
-// A wait for the connection ends with EAGAIN.
-[[noreturn]] void failToConnect(const std::string& path, std::chrono::milliseconds wait,
-                                int error) {
-  if (error == EAGAIN) {
-    failAt(path,
-           "the daemon has accepted no connection for " + secondsText(wait) + "; see --timeout");
-  }
-  throw SocketError(socketErrorOf(path, "no daemon can be reached", error).what() +
-                    std::string("; start one with: zel-agent serve CONFIG --socket ") +
-                    printable(path, Limits::shownTextBytes));
-}
-
-FileHandle connectTo(const std::string& path, std::chrono::milliseconds wait) {
-  const sockaddr_un address = socketAddressOf(path);
-  FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!socket.isOpen()) throw socketErrorOf(path, "a socket cannot be created", errno);
-  waitIs(socket, wait);
-  const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
-  if (uninterrupted([&] { return connect(socket.get(), generic, sizeof address); }) != 0) {
-    failToConnect(path, wait, errno);
-  }
-  return socket;
-}
-
 // A daemon that refuses a client answers without reading the request. A failed write is therefore
 // no error: the answer is read in any case.
 void sendBytes(const FileHandle& socket, std::string_view bytes) {
@@ -82,36 +50,40 @@ void sendBytes(const FileHandle& socket, std::string_view bytes) {
   }
 }
 
+[[noreturn]] void failAt(const std::string& path, const std::string& what) {
+  throw SocketError(printable(path, Limits::shownTextBytes) + ": " + what);
+}
+
 // What the client waits for, for messages.
 std::string awaited(const Request& request) {
   if (isBlankLine(request.command)) return "the command";
   return "the command " + inQuotes(request.command);
 }
 
-// Waits for bytes of the answer.
-class AnswerWait final {
- public:
-  AnswerWait(const std::string& path, std::chrono::milliseconds limit, const Request& request,
-             const WaitObserver& observer)
-      : path_(path), limit_(limit), request_(request), observer_(observer) {}
+// What messages say when the daemon does not do what a client waits for.
+struct WaitTexts {
+  std::string lacking;  // "the daemon has LACKING for 3 s"
+  std::string consequence;
+};
 
-  // Throws a SocketError if nothing arrives in time.
-  void awaitBytes(int socket) const {
+// The waits for the daemon, one after the other.
+class DaemonWait final {
+ public:
+  DaemonWait(const std::string& path, std::chrono::milliseconds limit, const WaitObserver& observer)
+      : path_(path), limit_(limit), observer_(observer) {}
+
+  // Calls `isReady` with the time until the next look at the clock, until it is true. It may return
+  // early. Throws a SocketError if the daemon is not ready in time.
+  template <class IsReady>
+  void until(IsReady isReady, const WaitTexts& texts) const {
     const auto start = std::chrono::steady_clock::now();
-    while (true) {
-      pollfd events{socket, POLLIN, 0};
-      const auto waited = elapsedSince(start);
-      const int ready = poll(&events, 1, static_cast<int>(sliceAfter(waited).count()));
-      if (ready > 0) {
-        if (observer_.ends) observer_.ends();
-        return;
-      }
-      if (ready < 0 && errno != EINTR) {
-        throw socketErrorOf(path_, "the daemon does not answer", errno);
-      }
-      notify(elapsedSince(start));
-    }
+    while (!isReady(sliceAfter(elapsedSince(start))))
+      notify(elapsedSince(start), texts);
+    if (observer_.ends) observer_.ends();
   }
+
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
+  [[nodiscard]] std::chrono::milliseconds limit() const noexcept { return limit_; }
 
  private:
   using Milliseconds = std::chrono::milliseconds;
@@ -120,38 +92,60 @@ class AnswerWait final {
     return std::chrono::floor<Milliseconds>(std::chrono::steady_clock::now() - start);
   }
 
-  // The time until the next look at the clock.
   [[nodiscard]] Milliseconds sliceAfter(Milliseconds waited) const {
     const Milliseconds toSecond = std::chrono::seconds(1) - waited % std::chrono::seconds(1);
     return limit_.count() == 0 ? toSecond : std::clamp(limit_ - waited, Milliseconds(0), toSecond);
   }
 
-  void notify(Milliseconds waited) const {
+  void notify(Milliseconds waited, const WaitTexts& texts) const {
     if (observer_.givesUp && observer_.givesUp()) {
-      failAt(path_, "interrupted; the daemon may still run " + awaited(request_));
+      failAt(path_, "interrupted; " + texts.consequence);
     }
     const auto seconds = std::chrono::floor<std::chrono::seconds>(waited);
     if (limit_.count() > 0 && waited >= limit_) {
-      failAt(path_, "the daemon has sent nothing for " + secondsText(waited) +
-                        "; it may still run " + awaited(request_) + "; see --timeout");
+      failAt(path_, "the daemon has " + texts.lacking + " for " + std::to_string(seconds.count()) +
+                        " s; " + texts.consequence + "; see --timeout");
     }
     if (observer_.waits && seconds.count() > 0) observer_.waits(seconds);
   }
 
   const std::string& path_;
   Milliseconds limit_;
-  const Request& request_;
   const WaitObserver& observer_;
 };
+
+// A Unix socket that does not block cannot be waited for while it connects. So each call waits for
+// a part of the time.
+FileHandle connectTo(const DaemonWait& wait) {
+  const sockaddr_un address = socketAddressOf(wait.path());
+  FileHandle socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!socket.isOpen()) throw socketErrorOf(wait.path(), "a socket cannot be created", errno);
+  const auto isConnected = [&](std::chrono::milliseconds slice) {
+    constexpr std::chrono::milliseconds shortest(1);
+    waitIs(socket, std::max(slice, shortest));
+    const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
+    if (connect(socket.get(), generic, sizeof address) == 0) return true;
+    if (errno == EINTR || errno == EAGAIN) return false;
+    throw SocketError(socketErrorOf(wait.path(), "no daemon can be reached", errno).what() +
+                      std::string("; start one with: zel-agent serve CONFIG --socket ") +
+                      printable(wait.path(), Limits::shownTextBytes));
+  };
+  wait.until(isConnected, {"accepted no connection", "the command was not sent"});
+  waitIs(socket, wait.limit());
+  return socket;
+}
 
 // The bytes that the daemon sends after the request.
 class ReceivedBytes final : public AnswerSource {
  public:
-  ReceivedBytes(const FileHandle& socket, const std::string& path, const AnswerWait& wait)
-      : socket_(socket), path_(path), wait_(wait) {}
+  ReceivedBytes(const FileHandle& socket, const DaemonWait& wait, const Request& request)
+      : socket_(socket),
+        path_(wait.path()),
+        wait_(wait),
+        texts_{"sent nothing", "the daemon may still run " + awaited(request)} {}
 
   [[nodiscard]] std::string_view next() override {
-    wait_.awaitBytes(socket_.get());
+    awaitBytes();
     const auto got = uninterrupted([&] { return read(socket_.get(), block_, sizeof block_); });
     if (got < 0) throw socketErrorOf(path_, "the daemon does not answer", errno);
     if (got == 0) throw errorOf(std::string("the daemon closed the connection ") + whenClosed_);
@@ -165,9 +159,22 @@ class ReceivedBytes final : public AnswerSource {
   void noteOutput() noexcept { whenClosed_ = "before the end of the answer"; }
 
  private:
+  void awaitBytes() const {
+    const auto hasBytes = [this](std::chrono::milliseconds slice) {
+      pollfd events{socket_.get(), POLLIN, 0};
+      const int ready = poll(&events, 1, static_cast<int>(slice.count()));
+      if (ready < 0 && errno != EINTR) {
+        throw socketErrorOf(path_, "the daemon does not answer", errno);
+      }
+      return ready > 0;
+    };
+    wait_.until(hasBytes, texts_);
+  }
+
   const FileHandle& socket_;
   const std::string& path_;
-  const AnswerWait& wait_;
+  const DaemonWait& wait_;
+  WaitTexts texts_;
   const char* whenClosed_ = "without an answer";
   char block_[65536] = {};
 };
@@ -254,18 +261,18 @@ Answer printed(Answer answer, bool asJson, std::ostream& out) {
 }  // namespace
 
 Answer ControlClient::send(const Request& request) const {
-  const FileHandle socket = connectTo(path_, wait_);
+  const DaemonWait wait(path_, wait_, observer_);
+  const FileHandle socket = connectTo(wait);
   sendBytes(socket, toLine(request));
-  const AnswerWait wait(path_, wait_, request, observer_);
-  ReceivedBytes received(socket, path_, wait);
+  ReceivedBytes received(socket, wait, request);
   return answerIn(lineFrom(received, {}), path_, request.asJson);
 }
 
 Answer ControlClient::print(const Request& request, std::ostream& out) const {
-  const FileHandle socket = connectTo(path_, wait_);
+  const DaemonWait wait(path_, wait_, observer_);
+  const FileHandle socket = connectTo(wait);
   sendBytes(socket, toLine(request));
-  const AnswerWait wait(path_, wait_, request, observer_);
-  ReceivedBytes received(socket, path_, wait);
+  ReceivedBytes received(socket, wait, request);
   std::string begun = beginningFrom(received);
   if (isLongText(begun, request.asJson)) {
     received.noteOutput();

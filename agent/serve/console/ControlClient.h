@@ -12,11 +12,12 @@ namespace ZelAgent {
 
 struct Answer;
 
-/// Is called while a client waits for an answer. Empty functions are not called.
+/// Is called while a client waits for a connection or for an answer. Empty functions are not
+/// called.
 struct WaitObserver {
   /// Each second of a wait, with its length so far.
   std::function<void(std::chrono::seconds)> waits = {};
-  /// The wait has ended: bytes have arrived.
+  /// The wait has ended: the connection is accepted, or bytes have arrived.
   std::function<void()> ends = {};
   /// Whether to give up. Asked each second and after each signal.
   std::function<bool()> givesUp = {};

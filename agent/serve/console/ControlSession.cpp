@@ -124,11 +124,6 @@ ControlClient ControlSession::clientFor(const std::string& command) {
   return {options_.socket, options_.timeout, observer};
 }
 
-ExitStatus ControlSession::run(const std::string& command) {
-  OutputFilters none({});
-  return printFiltered({command, options_.json, columnsFor(none)}, none);
-}
-
 ExitStatus ControlSession::runLine(const std::string& line) {
   try {
     const LineParts parts = partsOf(line);

@@ -41,9 +41,8 @@ class ControlSession final {
 
   /// Throws a SocketError if no daemon answers.
   void requireDaemon();
-  /// Prints the output of the command and returns its status. Throws a SocketError.
-  ExitStatus run(const std::string& command);
-  /// Runs the command of the line and prints what its filters leave. Prints wrong filters.
+  /// Runs the command of the line, prints what its filters leave, and returns its status. Prints
+  /// wrong filters. Throws a SocketError.
   ExitStatus runLine(const std::string& line);
   /// The same, but prints a SocketError and returns `failure`.
   ExitStatus runLineOrReport(const std::string& line);

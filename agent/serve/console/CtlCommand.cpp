@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <istream>
+#include <iterator>
 #include <ostream>
 
+#include "Mox/QuotedString.h"
 #include "agent/language/Errors.h"
 #include "agent/language/Words.h"
 #include "agent/serve/console/ConsoleHelp.h"
 #include "agent/serve/console/ControlSession.h"
 #include "agent/serve/console/LineEditor.h"
+#include "agent/serve/console/OutputFilters.h"
 #include "agent/serve/console/Terminal.h"
 
 namespace ZelAgent {
@@ -67,10 +70,40 @@ bool Console::runOwnCommand(const std::vector<std::string>& words) {
   return true;
 }
 
+using WordIterator = std::vector<std::string>::const_iterator;
+
+constexpr const char* separator = "|";
+
+// The separator before the next filter, or the end. One that no filter follows is a name.
+WordIterator endOfPart(WordIterator begin, WordIterator end) {
+  for (auto word = begin; word != end; ++word) {
+    if (*word == separator && word + 1 != end && beginsAFilter(*(word + 1))) return word;
+  }
+  return end;
+}
+
+// The keyword, and the other words as the text of the filter.
+std::string filterOf(WordIterator begin, WordIterator end) {
+  if (end - begin < 2) return *begin;
+  return *begin + ' ' + Mox::quoted(joined({begin + 1, end}, " "));
+}
+
+std::string wordInLine(const std::string& word) {
+  return word == separator ? Mox::quoted(word) : toWord(word);
+}
+
+// The line of a command, and of the filters after it.
 std::string lineOf(const std::vector<std::string>& words) {
-  std::vector<std::string> quoted(words.size());
-  std::transform(words.begin(), words.end(), quoted.begin(), toWord);
-  return joined(quoted, " ");
+  auto end = endOfPart(words.begin(), words.end());
+  std::vector<std::string> quoted;
+  std::transform(words.begin(), end, std::back_inserter(quoted), wordInLine);
+  std::string line = joined(quoted, " ");
+  while (end != words.end()) {
+    const auto begin = end + 1;
+    end = endOfPart(begin, words.end());
+    line += " | " + filterOf(begin, end);
+  }
+  return line;
 }
 
 // No word of a command needs blanks if it is the only one.
@@ -88,7 +121,7 @@ ExitStatus runEachLine(ControlSession& session, std::istream& in) {
 ExitStatus runSession(ControlSession& session, const CtlOptions& options, std::istream& in,
                       std::ostream& err) {
   if (isWholeLine(options.command)) return session.runLine(options.command.front());
-  if (!options.command.empty()) return session.run(lineOf(options.command));
+  if (!options.command.empty()) return session.runLine(lineOf(options.command));
   if (isatty(STDIN_FILENO) != 1) return runEachLine(session, in);
   session.pagesAre(!options.noPager && isatty(STDOUT_FILENO) == 1);
   return Console(session, err).run();

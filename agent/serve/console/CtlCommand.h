@@ -21,8 +21,9 @@ struct CtlOptions {
 /// `zel-agent ctl`: sends commands to a daemon.
 ///
 /// A single argument with blanks is a whole line, which may have output filters
-/// (OutputFilters.h). Several arguments are one word each. At a terminal tables fit its width, and
-/// a console stops after each screen.
+/// (OutputFilters.h). Several arguments are one word each; the words after a "|" and the keyword of
+/// a filter are the text of that filter. At a terminal tables fit its width, and a console stops
+/// after each screen.
 ///
 /// Prints the output of the commands on `out`, with unprintable characters escaped, and each error
 /// as one line on `err`. Returns the highest status of the commands.

@@ -1,6 +1,7 @@
 #include "agent/serve/console/OutputFilters.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "Mox/CharRange.h"
 #include "Mox/Exceptions.h"
@@ -38,14 +39,20 @@ std::size_t endOfQuoted(std::string_view line, std::size_t start) {
                    (found.empty() ? "the end of the filter" : Mox::quoted(found)));
 }
 
-// The place in `filterHelp()`.
-std::size_t keywordAt(std::string_view word) {
+// The place in `filterHelp()`. None if the word is no beginning of a keyword.
+std::optional<std::size_t> placeOf(std::string_view word) {
   const auto& all = filterHelp();
   const auto found = std::find_if(all.begin(), all.end(), [&](const FilterHelp& filter) {
     return std::string_view(filter.keyword).starts_with(word);
   });
-  if (word.empty() || found == all.end()) failOnKeyword(word);
+  if (word.empty() || found == all.end()) return std::nullopt;
   return static_cast<std::size_t>(found - all.begin());
+}
+
+std::size_t keywordAt(std::string_view word) {
+  const auto place = placeOf(word);
+  if (!place) failOnKeyword(word);
+  return *place;
 }
 
 std::string textOf(std::string_view text, const std::string& form) {
@@ -115,6 +122,10 @@ const std::vector<FilterHelp>& filterHelp() {
       {"count", "| count", "Print the number of lines"},
   };
   return filters;
+}
+
+bool beginsAFilter(std::string_view word) {
+  return placeOf(word).has_value();
 }
 
 OutputFilters::OutputFilters(const std::vector<std::string_view>& filters) {

@@ -27,6 +27,8 @@ struct FilterHelp {
 
 /// The filters, for help and completion.
 [[nodiscard]] const std::vector<FilterHelp>& filterHelp();
+/// Whether the word is the keyword of a filter, or its beginning.
+[[nodiscard]] bool beginsAFilter(std::string_view word);
 
 /// The filters of a line, which choose what is printed of a text.
 ///

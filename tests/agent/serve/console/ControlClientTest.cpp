@@ -37,6 +37,14 @@ class ClientOfADaemon : public ::testing::Test {
     EXPECT_EQ(listen(listener_.get(), 0), 0);  // at most one client waits to be accepted
   }
 
+  // The one client that may wait.
+  [[nodiscard]] FileHandle connectBefore() const {
+    const sockaddr_un address = socketAddressOf(path_);
+    FileHandle client(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    EXPECT_EQ(connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0);
+    return client;
+  }
   [[nodiscard]] FileHandle acceptClient() const {
     FileHandle client(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
     EXPECT_TRUE(client.isOpen());
@@ -249,9 +257,10 @@ TEST_F(ClientOfADaemon, ReportsAnErrorThatIsNoTextAsTheAnswerOfAnotherProgram) {
 TEST_F(ClientOfADaemon, GivesUpADaemonThatSendsNothing) {
   wait_ = std::chrono::milliseconds(5);
   send({"show", false}, [] {});
-  EXPECT_EQ(error_, path_ +
-                        ": the daemon has sent nothing for 0 s; it may still run the command "
-                        "\"show\"; see --timeout");
+  EXPECT_EQ(error_,
+            path_ +
+                ": the daemon has sent nothing for 0 s; the daemon may still run the command "
+                "\"show\"; see --timeout");
 }
 
 TEST_F(ClientOfADaemon, GivesUpTheAnswerWhenItsObserverDoes) {
@@ -266,12 +275,19 @@ TEST_F(ClientOfADaemon, GivesUpTheAnswerWhenItsObserverDoes) {
 }
 
 TEST_F(ClientOfADaemon, GivesUpADaemonThatAcceptsNoClient) {
-  const sockaddr_un address = socketAddressOf(path_);
-  const FileHandle before(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  ASSERT_EQ(connect(before.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  const FileHandle before = connectBefore();
   wait_ = std::chrono::milliseconds(5);
   send({"show", false}, [] {});
-  EXPECT_EQ(error_, path_ + ": the daemon has accepted no connection for 0 s; see --timeout");
+  EXPECT_EQ(error_, path_ +
+                        ": the daemon has accepted no connection for 0 s; the command was not "
+                        "sent; see --timeout");
+}
+
+TEST_F(ClientOfADaemon, GivesUpTheConnectionWhenItsObserverDoes) {
+  const FileHandle before = connectBefore();
+  observer_.givesUp = [] { return true; };
+  send({"show", false}, [this] { caller_.interrupt(); });
+  EXPECT_EQ(error_, path_ + ": interrupted; the command was not sent");
 }
 
 TEST_F(ClientOfADaemon, RefusesAnAnswerThatIsTooLong) {

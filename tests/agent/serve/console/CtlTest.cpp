@@ -86,6 +86,17 @@ TEST_F(Ctl, ASingleArgumentWithBlanksIsAWholeLine) {
   EXPECT_EQ(ctl({"show vrfs | include '|' | count"}).out, "1\n");
 }
 
+TEST_F(Ctl, TakesFiltersAsSeparateWords) {
+  const DaemonProcess daemon(config_, path_);
+  EXPECT_EQ(ctl({"show", "vrfs", "|", "count"}).out, "2\n");
+  EXPECT_EQ(ctl({"show", "vrfs", "|", "include", "red", "|", "exclude", "  ", "|", "c"}).out,
+            "0\n");
+  EXPECT_EQ(ctl({"show", "vrfs", "|", "include", "2", "-", "|", "count"}).out, "0\n");
+  EXPECT_EQ(ctl({"vrf", "|", "add"}).out, "vrf | add\n  no hook call\n");
+  EXPECT_EQ(ctl({"show", "users", "vrf", "|", "|", "count"}).out, "1\n") << "a VRF and a filter";
+  EXPECT_EQ(ctl({"show", "vrfs", "|", "include"}).err, "error: | include TEXT: TEXT is missing\n");
+}
+
 TEST_F(Ctl, ReportsAWrongFilterWithoutRunningTheCommand) {
   const DaemonProcess daemon(config_, path_);
   const AgentOutcome outcome =
