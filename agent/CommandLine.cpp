@@ -15,6 +15,7 @@
 #include "agent/commands/offline/OfflineCommands.h"
 #include "agent/language/Limits.h"
 #include "agent/language/PrintableText.h"
+#include "agent/language/Version.h"
 #include "agent/language/Words.h"
 #include "agent/serve/console/CtlCommand.h"
 #include "agent/serve/daemon/Daemon.h"
@@ -392,7 +393,7 @@ ExitStatus runCommandLine(int argumentCount, const char* const* arguments, Print
   if (argumentCount > 1 && std::string_view(arguments[1]) == "serve") blockSignal(SIGHUP);
   CommandLine commandLine;
   CLI::App app("Reference forwarding agent for VRF selection policies", "zel-agent");
-  app.set_version_flag("--version", "zel-agent " ZEL_AGENT_VERSION, "Print the version and exit");
+  app.set_version_flag("--version", versionText(), "Print the version and exit");
   app.footer(exitStatuses({"the command succeeded", "the command failed: its --help says when",
                            "the command line, a configuration or another input file is wrong"}));
   app.require_subcommand(1);

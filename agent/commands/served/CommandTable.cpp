@@ -61,6 +61,7 @@ constexpr CommandRow rows[] = {
      getAttribute},
     {"show config", "The configuration in force, and the results of reloads", showConfig},
     {"show limits", "The limits in force, and the option that changes each", showLimits},
+    {"show version", "The version of the agent", showVersion},
     {"reload", "Read the configuration file again and apply it, as SIGHUP does", reload},
     {"diff", "What a reload would change: the configuration in force, and its file as it is now",
      diff},

@@ -9,6 +9,7 @@
 #include "agent/language/PrintableText.h"
 #include "agent/language/TextTable.h"
 #include "agent/language/TimeText.h"
+#include "agent/language/Version.h"
 #include "agent/model/forwarding/FallbackGraph.h"
 #include "agent/reports/CounterReport.h"
 #include "agent/reports/FallbackGraphReport.h"
@@ -184,6 +185,14 @@ CommandOutput showFallback(const CommandCall& call) {
 
 CommandOutput showLimits(const CommandCall& call) {
   return show(call, limitTable(call.served.limits()));
+}
+
+CommandOutput showVersion(const CommandCall& call) {
+  return outputOf(
+      call, [](std::ostream& out) { out << versionText() << '\n'; },
+      [] {
+        return OrderedJson{{"version", versionNumber()}};
+      });
 }
 
 CommandOutput showTrace(const CommandCall& call) {

@@ -251,6 +251,7 @@ constexpr FormExample formExamples[] = {
     {"get TYPE ATTRIBUTE [KEY...]", "get VrfSm fallbackVrfInfo", "'red': 'blue'",
      R"([{"object":"",)"},
     {"show config", "show config", "file         $FILE\n", R"({"file":"$FILE",)"},
+    {"show version", "show version", "zel-agent ", R"({"version":")"},
     {"reload", "reload", "warning: $FILE: ", R"({"configuration":"$FILE",)"},
     {"diff", "diff", "warning: $FILE: ", R"({"equal":true,)"},
     {"config FILE", "config $FILE", "warning: $FILE: ", R"({"event":{"text":"config $FILE"})"},
