@@ -62,6 +62,7 @@ constexpr CommandRow rows[] = {
     {"show config", "The configuration in force, and the results of reloads", showConfig},
     {"show limits", "The limits in force, and the option that changes each", showLimits},
     {"show version", "The version of the agent", showVersion},
+    {"clear counters", "Set all counters of show counters to 0", clearCounters},
     {"reload", "Read the configuration file again and apply it, as SIGHUP does", reload},
     {"diff", "What a reload would change: the configuration in force, and its file as it is now",
      diff},

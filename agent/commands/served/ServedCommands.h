@@ -26,6 +26,7 @@ namespace ZelAgent {
 [[nodiscard]] CommandOutput showFallback(const CommandCall& call);
 /// `show config`: the file in force, and the results of reloads.
 [[nodiscard]] CommandOutput showConfig(const CommandCall& call);
+[[nodiscard]] CommandOutput clearCounters(const CommandCall& call);
 [[nodiscard]] CommandOutput showVersion(const CommandCall& call);
 /// `show limits`: the limits in force, as LimitsReport.h describes them.
 [[nodiscard]] CommandOutput showLimits(const CommandCall& call);

@@ -1,5 +1,6 @@
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <utility>
 #include <vector>
 
@@ -66,6 +67,16 @@ ReportPagesPtr showUsers(const CommandCall& call) {
   return userPages(
       std::move(actions), [groups](const VrfAction& action) { return groups->usersOf(action); },
       call.asJson);
+}
+
+CommandOutput clearCounters(const CommandCall& call) {
+  call.served.agent().acl().countersReset();
+  call.served.agent().forwarder().countersReset();
+  return outputOf(
+      call, [](std::ostream& out) { out << "all counters are 0\n"; },
+      [] {
+        return OrderedJson{{"cleared", "counters"}};
+      });
 }
 
 ReportPagesPtr showCounters(const CommandCall& call) {

@@ -215,5 +215,22 @@ TEST_F(ShowFilters, PoliciesHaveTheInterfacesThatApplyThem) {
             R"("interfaces":["e3"]})");
 }
 
+TEST_F(ShowFilters, ClearCountersClearsThoseOfRulesVrfsAndDrops) {
+  EventLine matched("ipv4 192.0.2.1 to 192.0.2.2 dscp 1");
+  shown("route red 0.0.0.0/0 via e1");
+  (void)served_.agent().forwarder().forward("e1", readPacket(matched));
+  EventLine dropped("ipv4 192.0.2.1 to 192.0.2.2");
+  (void)served_.agent().forwarder().forward("e3", readPacket(dropped));
+  const OrderedJson before = shownJson("show counters");
+  EXPECT_EQ(before["rules"][0]["packets"], 1);
+  EXPECT_EQ(before["vrfs"].size(), 1U);
+  EXPECT_EQ(before["drops"].size(), 1U);
+  EXPECT_EQ(shown("clear counters"), "all counters are 0\n");
+  const OrderedJson after = shownJson("show counters");
+  EXPECT_EQ(after["rules"][0]["packets"], 0);
+  EXPECT_EQ(after["vrfs"].size(), 0U);
+  EXPECT_EQ(after["drops"].size(), 0U);
+}
+
 }  // namespace
 }  // namespace ZelAgent

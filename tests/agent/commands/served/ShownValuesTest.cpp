@@ -252,6 +252,7 @@ constexpr FormExample formExamples[] = {
      R"([{"object":"",)"},
     {"show config", "show config", "file         $FILE\n", R"({"file":"$FILE",)"},
     {"show version", "show version", "zel-agent ", R"({"version":")"},
+    {"clear counters", "clear counters", "all counters are 0\n", R"({"cleared":"counters"})"},
     {"reload", "reload", "warning: $FILE: ", R"({"configuration":"$FILE",)"},
     {"diff", "diff", "warning: $FILE: ", R"({"equal":true,)"},
     {"config FILE", "config $FILE", "warning: $FILE: ", R"({"event":{"text":"config $FILE"})"},
