@@ -23,6 +23,7 @@ std::optional<std::string> choicesOf(const std::string& line) {
 TEST(ConsoleHelp, AddsTheCommandsOfTheConsole) {
   EXPECT_THAT(completionsOf("ex"), ElementsAre("exit", "explain"));
   EXPECT_THAT(completionsOf("terminal l"), ElementsAre("length"));
+  EXPECT_THAT(completionsOf("terminal length "), IsEmpty()) << "a number is not completed";
   EXPECT_EQ(choicesOf("ex"), "explain  Show a path\nexit     Leave the console\n");
   EXPECT_EQ(choicesOf("terminal length "), "N  a number of lines; 0 for no pauses\n");
 }

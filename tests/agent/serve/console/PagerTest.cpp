@@ -50,8 +50,12 @@ TEST(Pager, OtherKeysAreIgnored) {
 }
 
 TEST(Pager, EndsOnQOnCtrlCAndWithoutKeys) {
-  for (const char* const keys : {"q", "Q", "\x03", ""})
-    EXPECT_EQ(paged({"a", "b", "c", "d"}, keys).printed, std::string("a\nb\n") + asked) << keys;
+  for (const std::string end : {"q", "Q", "\x03"}) {
+    const Paged ended = paged({"a", "b", "c", "d"}, end + ' ');
+    EXPECT_EQ(ended.printed, std::string("a\nb\n") + asked) << end;
+    EXPECT_EQ(ended.keysLeft, 1U) << end;
+  }
+  EXPECT_EQ(paged({"a", "b", "c", "d"}, "").printed, std::string("a\nb\n") + asked);
 }
 
 TEST(Pager, CountsTheRowsOfALongLine) {
