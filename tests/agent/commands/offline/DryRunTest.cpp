@@ -73,6 +73,13 @@ TEST_F(DryRunTest, ARefusedRuleIsNamed) {
       << outcome.out;
 }
 
+TEST_F(DryRunTest, CountsNoRulesOfAPreviousPolicyThatTheChipStillHolds) {
+  const CallOutcome outcome =
+      callAgent({"run", "--dry-run", "--rule-capacity", "1", second_, first_});
+  EXPECT_NE(outcome.out.find("and 1 of 1 rules programmed\n"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find(" and 0 of 2 rules programmed\n"), std::string::npos) << outcome.out;
+}
+
 TEST_F(DryRunTest, JsonIsADocumentForEachCallAndEachOutcome) {
   const auto documents = callAgent({"run", "--dry-run", "--json", first_}).documents();
   ASSERT_EQ(documents.size(), 5U);
