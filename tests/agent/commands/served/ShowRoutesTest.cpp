@@ -128,6 +128,7 @@ TEST_F(ShowRoutes, AreSelectedByVrfAndByAPrefixThatContainsThem) {
     return text;
   };
   EXPECT_EQ(prefixes("show routes red 10.0.0.0/16"), "red 10.0.0.0/16 red 10.0.1.0/24 ");
+  EXPECT_EQ(prefixes("show routes blue 10.1.0.0/16"), "blue 10.1.0.0/16 ") << "and no later VRF";
   EXPECT_EQ(prefixes("show routes 10.1.0.0/16"), "blue 10.1.0.0/16 red 10.1.0.0/16 ");
   EXPECT_EQ(prefixes("show routes red 0.0.0.0/0"),
             "red 0.0.0.0/0 red 10.0.0.0/8 red 10.0.0.0/16 red 10.0.1.0/24 red 10.1.0.0/16 ");
