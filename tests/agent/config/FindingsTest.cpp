@@ -329,7 +329,7 @@ TEST(DisabledProtocol, HasNoRoutes) {
 
 TEST(MisspeltDrop, IsAnErrorThatNamesIt) {
   for (const char* const way :
-       {"DORP", "DROPP", "DRP", "drop", "Drop", "openconfig-local-routing:DROPS",
+       {"DORP", "DROPP", "DRP", "drop", "Drop", "DROP ", "openconfig-local-routing:DROPS",
         "openconfig-local-routing:drop"}) {
     const json document =
         fullDocumentWith({{"$HOP/config/next-hop", way}, without("$HOP/interface-ref")});

@@ -116,8 +116,8 @@ std::vector<WrongValue> wrongValuesOf(const Leaf& leaf) {
     }
     case LeafKind::nextHop:
       return eachMustBe("an IP address or DROP",
-                        {"", "drop", "DROP ", "vendor:drop", "openconfig-a:192.0.2.1",
-                         "192.0.2.256", "192.0.2.0/24", "2001:db8::g"});
+                        {"", "nowhere", "vendor:drop", "openconfig-a:192.0.2.1", "192.0.2.256",
+                         "192.0.2.0/24", "2001:db8::g"});
     case LeafKind::text:
     case LeafKind::identity:
     case LeafKind::numbers:

@@ -14,10 +14,10 @@ TEST(LimitsReport, HasEachLimitInItsPlace) {
     names.emplace_back(limit.name);
   EXPECT_THAT(names,
               ::testing::ElementsAre(
-                  "name", "input file", "document levels", "shown errors", "shown warnings",
-                  "number", "IPv4 prefix length", "IPv6 prefix length", "packet payload",
-                  "chip resources", "chip rules", "fallback walk", "gateways", "retries",
-                  "retry pause", "request", "answer", "waiting answers", "short answer",
+                  "name", "input file", "document levels", "port ranges", "shown errors",
+                  "shown warnings", "number", "IPv4 prefix length", "IPv6 prefix length",
+                  "packet payload", "chip resources", "chip rules", "fallback walk", "gateways",
+                  "retries", "retry pause", "request", "answer", "waiting answers", "short answer",
                   "answer page", "answer levels", "clients", "client timeout", "answer timeouts",
                   "ctl timeout", "log changes", "log pause", "log lines", "log subjects",
                   "socket path", "completions", "console history", "shown text", "shown value",

@@ -78,6 +78,27 @@ TEST_F(EffectsRecorderTest, CountsNoRefusalThatEndsWithTheRulesInForce) {
   EXPECT_EQ(effectsOf(onTwo({1}, {1})).counts, (ChangeCounts{.rulesAdded = 1, .rulesRemoved = 1}));
 }
 
+TEST_F(EffectsRecorderTest, CountsACallThatUndoesTheLastOneOfItsInterfaceAsNone) {
+  using Kind = RuleCall::Kind;
+  const Velo::String intf("e1");
+  const PolicyMap::AclRule one;
+  PolicyMap::AclRule two;
+  two.action.type = PolicyMap::ActionType::discard;
+  RuleChangeCounter undone;
+  undone.take({Kind::replace, intf, 0, 0, two, true, &one});
+  undone.take({Kind::replace, intf, 0, 0, one, true, &two});
+  ChangeCounts counts;
+  undone.addTo(counts, agent_);
+  EXPECT_EQ(counts, ChangeCounts());
+  RuleChangeCounter kept;
+  kept.take({Kind::replace, intf, 0, 0, two, true, &one});
+  kept.take({Kind::replace, intf, 0, 0, two, true, &two});
+  kept.take({Kind::add, intf, 0, 0, one});
+  kept.take({Kind::remove, intf, 1, 0, two});
+  kept.addTo(counts, agent_);
+  EXPECT_EQ(counts, (ChangeCounts{.rulesAdded = 1, .rulesReplaced = 2, .rulesRemoved = 1}));
+}
+
 TEST_F(EffectsRecorderTest, CountsRoutes) {
   OpenConfigBuilder routes;
   routes.vrf("red").route("red", "10.0.0.0/8", "e1").route("red", "11.0.0.0/8", "e1");

@@ -56,6 +56,11 @@ TEST_F(EventNamesTest, TheDefaultVrfHasTheNameOfTheConfigurationToo) {
   EXPECT_EQ(eventOf("chip fail any 1"), Event(PlanChipFaults{std::nullopt, 1}));
 }
 
+TEST_F(EventNamesTest, DEFAULTIsReadAsTheDefaultVrf) {
+  EXPECT_EQ(readEvent("vrf DEFAULT id 7"), Event(SetVrfId{"default", 7}));
+  EXPECT_EQ(readEvent("fallback red to 'DEFAULT'"), Event(SetFallback{"red", "default"}));
+}
+
 TEST_F(EventNamesTest, TheNameOfTheDefaultInstanceIsSuggested) {
   Configuration configuration = agent_.configuration();
   configuration.defaultName = "main";
