@@ -55,6 +55,36 @@ TEST_F(ServeSignals, SigintEndsItAsWell) {
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
+// 100,000 pairs of a rule and an interface.
+SmallConfiguration largeOf(const std::string& vrf) {
+  SmallConfiguration large{{{vrf}}, std::vector<std::string>(100, vrf), {}};
+  for (int i = 0; i < 1000; ++i)
+    large.interfaces.push_back("e" + std::to_string(i));
+  return large;
+}
+
+// Other changes follow that of the signal, so that one is in progress when a client asks and when
+// the daemon ends.
+TEST_F(ServeSignals, ClientsAreAnsweredAndSigtermEndsItDuringALargeChange) {
+  DaemonProcess daemon(config_, path_, {"--rule-capacity", "300000"});
+  const std::string other = writeSmall("other.json", largeOf("blue"));
+  writeSmall("served.json", largeOf("red"));
+  daemon.signal(SIGHUP);
+  EXPECT_EQ(daemon.errLine(), config_ + " applied");
+  SocketClient changing(path_);
+  for (int i = 0; i < 20; ++i)
+    changing.send("config " + other + "\nconfig " + config_ + '\n');
+  SocketClient asking(path_);
+  std::string rules;
+  const auto isInProgress = [&] {
+    rules = asking.text("show rules interface e0");
+    return rules.find("the rules of the interface are being changed") != std::string::npos;
+  };
+  EXPECT_TRUE(Waiting::waitUntil("an answer during a change", isInProgress, [&] { return rules; }));
+  EXPECT_EQ(daemon.end(), 0);
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
 TEST_F(ServeSignals, AtTheEndAllConfigurationIsRemoved) {
   DaemonProcess daemon(config_, path_, {}, {"MOX_TRACE=ZelVrfSelection=*"});
   EXPECT_EQ(daemon.end(), 0);
