@@ -70,6 +70,7 @@ HwStatus PoolChip::updateVrf(const VrfAction& action) {
     ++inUse_;
     ++hoard_[action];
   }
+  if (fault_ == Fault::flagLeaks && routingHwRouteStatus()->decapNhEnabled()) ++inUse_;
   if (fault_ == Fault::equalUpdateRefused && present != programs_.end() &&
       present->second == programBy(action)) {
     return failure(FailureCode::failureVrfResourceAlloc, "nothing to program");
@@ -128,7 +129,13 @@ PoolChip::Part PoolChip::keptPart() const noexcept {
 bool PoolChip::isFull() const noexcept {
   if (fault_ == Fault::holdsNothing) return true;
   if (fault_ == Fault::freedIsNotAvailable) return inUse_ + everFreed_ >= capacity_;
-  return inUse_ >= capacity_ - (fault_ == Fault::holdsFewer ? 1 : 0);
+  return inUse_ + taken() >= capacity_ - (fault_ == Fault::holdsFewer ? 1 : 0);
+}
+
+std::size_t PoolChip::taken() const noexcept {
+  if (fault_ != Fault::flagsTakeRoom) return 0;
+  return (routingHwRouteStatus()->decapNhEnabled() ? 1U : 0U) +
+         (routingHwRouteStatus()->decapNhFallbackEnabled() ? 1U : 0U);
 }
 
 HwStatus PoolChip::programNow(const VrfAction& action, bool leaks) {

@@ -51,12 +51,14 @@ enum class Fault {
   updateKeepsFallbacks,
   updateKeepsDecap,
   updateKeepsDecapFallback,
+  flagLeaks,         // an update while next hops may decapsulate takes a resource for ever
   anotherIdRefused,  // an update after a hardware id changed fails
   failureIsForever,  // an action whose update failed is not programmed by later updates
   throwsANumberWhenFull,
   updateThrows,          // if a VRF has no hardware id
   deletionThrows,        // if the action has no resource
   deletionSpoilsOthers,  // deleting an action without a resource makes later updates fail
+  flagsTakeRoom,         // no fault: each flag of next hops takes a resource
   decapNeedsItsFlag,     // no fault: without the flag of next hops, creations of decapsulating
                          // actions are refused, and their updates until they are created again
 };
@@ -76,7 +78,7 @@ class PoolChip final : public VrfHelper {
   HwStatus updateVrf(const VrfAction& action) override;
   void deleteVrf(const VrfAction& action) override;
 
-  [[nodiscard]] std::size_t inUse() const noexcept { return inUse_ + refusals_; }
+  [[nodiscard]] std::size_t inUse() const noexcept { return inUse_ + refusals_ + taken(); }
   [[nodiscard]] std::optional<std::string> program(const VrfAction& action) const;
   void failNext() noexcept { failsNext_ = true; }
 
@@ -93,6 +95,8 @@ class PoolChip final : public VrfHelper {
   [[nodiscard]] bool mayDecapsulate(const VrfAction& action) const;
   [[nodiscard]] Program programBy(const VrfAction& action) const;
   [[nodiscard]] bool isFull() const noexcept;
+  // The resources that the flags take.
+  [[nodiscard]] std::size_t taken() const noexcept;
   [[nodiscard]] bool hasId(const L3::VrfName& vrf) const;
   void release(const VrfAction& action);
 

@@ -110,7 +110,8 @@ TEST(ShownRule, HasPrefixSetsPortsAndFragments) {
   match.family = Ip::Family::v4;
   match.dscps = 0x10;
   match.sourceSet =
-      Classification::PrefixSet{{{{Ip::Family::v4, {10}}, 8}}, {{{Ip::Family::v4, {10, 1}}, 16}}};
+      Classification::PrefixSet{{{{Ip::Family::v4, {10}}, 8}, {{Ip::Family::v4, {192, 0, 2}}, 24}},
+                                {{{Ip::Family::v4, {10, 1}}, 16}}};
   match.destinationSet = Classification::PrefixSet();
   match.hopLimit = 16;
   match.length = 100;
@@ -121,10 +122,20 @@ TEST(ShownRule, HasPrefixSetsPortsAndFragments) {
   match.tcpFlags = {{0x12, 0x02}, {4, 4}};
   match.matchesLaterFragments = true;
   const PolicyMap::AclRule rule{match, {ActionType::vrf, "red", "", ""}};
-  EXPECT_EQ(shown(rule),
-            "v4,dscps=10,sourceSet={10.0.0.0/8 !10.1.0.0/16},destinationSet={},hopLimit=16,"
-            "length=100,fragment,offsets=0..8191,sourcePorts=80+1000..2000,destinationPorts=443,"
-            "tcpFlags=2/12,tcpFlags=4/4,laterFragments->red");
+  EXPECT_EQ(
+      shown(rule),
+      "v4,dscps=10,sourceSet={10.0.0.0/8 192.0.2.0/24 !10.1.0.0/16},destinationSet={},hopLimit=16,"
+      "length=100,fragment,offsets=0..8191,sourcePorts=80+1000..2000,destinationPorts=443,"
+      "tcpFlags=2/12,tcpFlags=4/4,laterFragments->red");
+}
+
+TEST(ShownRule, HasPrefixSetsThatOnlyExclude) {
+  PolicyMap::AclMatch match;
+  match.family = Ip::Family::v4;
+  match.sourceSet = Classification::PrefixSet{
+      {}, {{{Ip::Family::v4, {10}}, 8}, {{Ip::Family::v4, {192, 0, 2}}, 24}}};
+  const PolicyMap::AclRule rule{match, {ActionType::vrf, "red", "", ""}};
+  EXPECT_EQ(shown(rule), "v4,sourceSet={!10.0.0.0/8 !192.0.2.0/24}->red");
 }
 
 }  // namespace

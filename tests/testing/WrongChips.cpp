@@ -20,6 +20,7 @@ INSTANTIATE_TEST_SUITE_P(noChip, VrfHelperConformance,
 
 INSTANTIATE_TEST_SUITE_P(none, VrfHelperConformance, both(Fault::none));
 INSTANTIATE_TEST_SUITE_P(noneOfOneResource, VrfHelperConformance, both(Fault::none, 1));
+INSTANTIATE_TEST_SUITE_P(flagsTakeRoom, VrfHelperConformance, both(Fault::flagsTakeRoom));
 INSTANTIATE_TEST_SUITE_P(decapNeedsItsFlag, VrfHelperConformance, both(Fault::decapNeedsItsFlag));
 INSTANTIATE_TEST_SUITE_P(creationLeaks, VrfHelperConformance, both(Fault::creationLeaks));
 INSTANTIATE_TEST_SUITE_P(updateLeaks, VrfHelperConformance, both(Fault::updateLeaks));
@@ -73,6 +74,7 @@ INSTANTIATE_TEST_SUITE_P(updateKeepsFallbacks, VrfHelperConformance,
 INSTANTIATE_TEST_SUITE_P(updateKeepsDecap, VrfHelperConformance, both(Fault::updateKeepsDecap));
 INSTANTIATE_TEST_SUITE_P(updateKeepsDecapFallback, VrfHelperConformance,
                          both(Fault::updateKeepsDecapFallback));
+INSTANTIATE_TEST_SUITE_P(flagLeaks, VrfHelperConformance, both(Fault::flagLeaks));
 INSTANTIATE_TEST_SUITE_P(anotherIdRefused, VrfHelperConformance, both(Fault::anotherIdRefused));
 INSTANTIATE_TEST_SUITE_P(failureIsForever, VrfHelperConformance, both(Fault::failureIsForever));
 INSTANTIATE_TEST_SUITE_P(throwsANumberWhenFull, VrfHelperConformance,

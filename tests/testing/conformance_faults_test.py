@@ -48,6 +48,7 @@ FILL_IT = {FAILED, UPDATED_FAILED, UPDATE_FAILED, IDEMPOTENT, NEVER, RANDOM, USE
 FAILS = {
     "none": (set(), set()),
     "noneOfOneResource": (set(), set()),
+    "flagsTakeRoom": (set(), set()),
     "decapNeedsItsFlag": (set(), set()),
     "creationLeaks": ({FAILED, UPDATED_FAILED, RANDOM}, set()),
     "updateLeaks": ({UPDATED_FAILED, UPDATE_FAILED, RANDOM, FACTS}, set()),
@@ -90,6 +91,7 @@ FAILS = {
     "updateKeepsFallbacks": (set(), set()),
     "updateKeepsDecap": (set(), set()),
     "updateKeepsDecapFallback": (set(), set()),
+    "flagLeaks": ({FACTS, RANDOM}, set()),
     "anotherIdRefused": ({ANEW, OUTLIVE}, set()),
     "failureIsForever": ({FACTS, IDEMPOTENT}, set()),
     "throwsANumberWhenFull":
@@ -134,7 +136,7 @@ CALLS = {
     ANEW: (32, 16, 32),
     NEVER: (1, 1, 2),
     AGAIN: (3, 0, 3),
-    RANDOM: (76, 141, 76),
+    RANDOM: (85, 129, 85),
     USERS: (1, 0, 1),
     FACTS: (2, 34, 2),
     RECOVERS: (7, 0, 7),
