@@ -7,16 +7,16 @@
 
 #include "benchmarks/Families.h"
 #include "benchmarks/World.h"
-#include "chips/soft/RouteTables.h"
 #include "chips/soft/SoftAclHelper.h"
+#include "chips/soft/SoftRouteTables.h"
 
 namespace Benchmarks {
 namespace {
 
+using Chips::PacketHeader;
+using Chips::Route;
 using PolicyMap::AclMatch;
 using PolicyMap::AclRule;
-using SoftChip::PacketHeader;
-using SoftChip::Route;
 
 constexpr std::uint32_t ruleCount = 1000;
 constexpr std::size_t routeCount = 100'000;
@@ -80,7 +80,7 @@ std::size_t scan(const std::vector<AclRule>& rules, const PacketHeader& header) 
 void classification(Report& report) {
   Draw draw(9);
   const Velo::String intf("et1");
-  const auto chip = Mox::makePtr<SoftChip::SoftAclHelper>("acl", ruleCount);
+  const auto chip = Mox::makePtr<Chips::SoftAclHelper>("acl", ruleCount);
   std::vector<AclRule> rules;
   for (std::size_t place = 0; place < ruleCount; ++place) {
     rules.push_back(drawnRule(draw));
@@ -117,7 +117,7 @@ const Route* walk(const RouteMap& routes, const Ip::Address& address) {
 
 void lookup(Report& report) {
   Draw draw(10);
-  SoftChip::RouteTables tables;
+  Chips::SoftRouteTables tables;
   RouteMap map;
   const Route route{Route::Kind::egress, "et1"};
   while (map.size() < routeCount) {

@@ -28,7 +28,7 @@ void mustBeEqual(const std::string& present, const std::string& wanted) {
 
 }  // namespace
 
-void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfHelper& chip) {
+void checkAgent(const ZelAgent::ForwardingAgent& agent, const Chips::ChipVrfHelper& chip) {
   const ZelAgent::AgentState state = agent.state();
   const auto statuses = agent.statuses();
   must(state.actions.size() == statuses.size(), "an action has users or no status");

@@ -14,7 +14,7 @@ namespace Fuzz {
 // Checks that the counted users are the rules that the chip holds, that exactly the actions with
 // users have a status, that the chip has resources for such actions only, and that the resource of
 // an action that is shown as programmed is up to date.
-void checkAgent(const ZelAgent::ForwardingAgent& agent, const SoftChip::SoftVrfHelper& chip);
+void checkAgent(const ZelAgent::ForwardingAgent& agent, const Chips::ChipVrfHelper& chip);
 
 // Checks that the agent has these facts, and that all of the scope is as in a new agent with these
 // facts. Routes are looked up by the addresses in the configuration in force.

@@ -1,19 +1,18 @@
 #include "fuzz/PacketWorld.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace Fuzz {
 namespace {
 
+using Chips::ProgramInputs;
+using Chips::Route;
+using Chips::SoftAclHelper;
+using Chips::SoftVrfHelper;
 using PolicyMap::AclMatch;
 using PolicyMap::AclRule;
 using PolicyMap::ActionType;
 using PolicyMap::RuleAction;
-using SoftChip::ProgramInputs;
-using SoftChip::Route;
-using SoftChip::SoftAclHelper;
-using SoftChip::SoftVrfHelper;
 using ZelVrfSelectionPolicy::VrfAction;
 
 constexpr std::uint32_t resources = 8;
@@ -206,10 +205,11 @@ void PacketWorld::change(FuzzedBytes& input) {
 }
 
 std::uint64_t PacketWorld::packetsByRules(const std::string& intf) const {
-  const auto& counters = acl_->counters(Velo::String(intf));
-  return std::accumulate(
-      counters.begin(), counters.end(), std::uint64_t{0},
-      [](std::uint64_t sum, const auto& counter) { return sum + counter.packets; });
+  const Velo::String name(intf);
+  std::uint64_t packets = 0;
+  for (std::size_t place = 0; place < acl_->rules(name).size(); ++place)
+    packets += acl_->counter(name, place).packets;
+  return packets;
 }
 
 // Adds a rule at the front or at the end of the rules. May program the resource of its action

@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "chips/soft/Forwarder.h"
+#include "chips/soft/SoftForwarder.h"
 #include "fuzz/FuzzedBytes.h"
 
 namespace Fuzz {
@@ -21,7 +21,7 @@ class PacketWorld final {
   // The interfaces by which packets arrive.
   static const std::array<std::string, 2>& intfs();
 
-  [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
+  [[nodiscard]] Chips::Forwarder& forwarder() noexcept { return forwarder_; }
   // How many packets matched a rule of the interface.
   [[nodiscard]] std::uint64_t packetsByRules(const std::string& intf) const;
 
@@ -30,17 +30,17 @@ class PacketWorld final {
   void routeIs(FuzzedBytes& input);
   void lengthsAre(FuzzedBytes& input);
   void addRule(const std::string& intf, const PolicyMap::AclRule& rule);
-  void routeIs(const L3::VrfName& vrf, const Ip::Prefix& prefix, const SoftChip::Route& route);
+  void routeIs(const L3::VrfName& vrf, const Ip::Prefix& prefix, const Chips::Route& route);
   // Makes the chip program the action's resource by the current facts.
   void program(const PolicyMap::RuleAction& action);
 
   Mox::Ptr<VrfSelectionPolicy::VrfSelectionFallbackVrf> fallbacks_;
   Mox::Ptr<Routing::Hardware::RouteStatus> routes_;
   Mox::Ptr<Routing6::Hardware::RouteStatus> routesV6_;
-  Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
-  Mox::Ptr<SoftChip::SoftAclHelper> acl_;
-  SoftChip::RouteTables tables_;
-  SoftChip::Forwarder forwarder_;
+  Mox::Ptr<Chips::SoftVrfHelper> chip_;
+  Mox::Ptr<Chips::SoftAclHelper> acl_;
+  Chips::SoftRouteTables tables_;
+  Chips::SoftForwarder forwarder_;
 };
 
 }  // namespace Fuzz

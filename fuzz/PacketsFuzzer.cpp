@@ -16,22 +16,21 @@
 
 namespace {
 
+using Chips::DropReason;
+using Chips::Forwarder;
+using Chips::PacketCounter;
+using Chips::Verdict;
 using Fuzz::FuzzedBytes;
 using Fuzz::must;
 using Fuzz::PacketWorld;
-using SoftChip::DropReason;
-using SoftChip::Forwarder;
-using SoftChip::PacketCounter;
-using SoftChip::Verdict;
 
 constexpr unsigned mostChanges = 12;
 
 // Records how a packet ended.
-class EndOfWay final : public SoftChip::PacketWay {
+class EndOfWay final : public Chips::PacketWay {
  public:
-  void decapsulated(const SoftChip::PacketHeader& /*outer*/,
-                    const SoftChip::PacketHeader& /*arrived*/,
-                    const SoftChip::PacketHeader& /*inner*/) override {
+  void decapsulated(const Chips::PacketHeader& /*outer*/, const Chips::PacketHeader& /*arrived*/,
+                    const Chips::PacketHeader& /*inner*/) override {
     ++decapsulations_;
   }
   void dropped(DropReason reason, std::string_view /*detail*/) override {
@@ -39,7 +38,7 @@ class EndOfWay final : public SoftChip::PacketWay {
     reason_ = reason;
   }
   void left(const std::string& intf, const L3::VrfName& /*vrf*/,
-            const SoftChip::PacketHeader& /*header*/) override {
+            const Chips::PacketHeader& /*header*/) override {
     ++ends_;
     egress_ = intf;
   }
@@ -63,6 +62,8 @@ struct Counts {
   PacketCounter dropped;
   PacketCounter left;
   std::uint64_t byRules = 0;
+
+  bool operator==(const Counts&) const = default;
 };
 
 void add(PacketCounter& sum, const PacketCounter& counter) {
@@ -72,7 +73,7 @@ void add(PacketCounter& sum, const PacketCounter& counter) {
 
 Counts countsOf(PacketWorld& world, const std::string& intf) {
   Counts counts;
-  for (std::size_t reason = 0; reason < SoftChip::dropReasons; ++reason)
+  for (std::size_t reason = 0; reason < Chips::dropReasons; ++reason)
     add(counts.dropped, world.forwarder().dropCounter(static_cast<DropReason>(reason)));
   for (const auto& [vrf, counter] : world.forwarder().vrfCounters())
     add(counts.left, counter);
@@ -88,18 +89,19 @@ void checkCounts(const Counts& before, const Counts& after, const Verdict& verdi
   must(after.byRules - before.byRules <= 1, "a packet is counted for one rule at most");
 }
 
-Verdict forwardCounted(PacketWorld& world, const std::string& intf, Fuzz::PacketBytes packet,
-                       SoftChip::PacketWay* way) {
+Verdict forwardCounted(PacketWorld& world, const std::string& intf, Fuzz::PacketBytes packet) {
   const Counts before = countsOf(world, intf);
-  Verdict verdict = world.forwarder().forward(intf, packet, way);
+  Verdict verdict = world.forwarder().forward(intf, packet);
   checkCounts(before, countsOf(world, intf), verdict);
   return verdict;
 }
 
 void forward(PacketWorld& world, const std::string& intf, Fuzz::PacketBytes packet) {
-  const Verdict verdict = forwardCounted(world, intf, packet, nullptr);
+  const Verdict verdict = forwardCounted(world, intf, packet);
   EndOfWay way;
-  must(forwardCounted(world, intf, packet, &way) == verdict, "telling the way does not change it");
+  const Counts counted = countsOf(world, intf);
+  must(world.forwarder().explain(intf, packet, way) == verdict, "what is explained happens");
+  must(countsOf(world, intf) == counted, "to explain counts nothing");
   way.check(verdict);
   if (verdict.drop) {
     must(verdict.egress.empty() && verdict.packet.empty(), "a packet that is dropped is gone");

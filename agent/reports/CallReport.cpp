@@ -15,9 +15,9 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::HookCall;
-using SoftChip::Route;
-using SoftChip::SoftVrfHelper;
+using Chips::ChipVrfHelper;
+using Chips::HookCall;
+using Chips::Route;
 
 const char* nameOf(RuleCall::Kind kind) {
   switch (kind) {
@@ -50,9 +50,9 @@ std::string routeText(const Route& route) {
 }
 
 // None for a deletion.
-std::optional<std::string> programText(const HookCall& call, const SoftVrfHelper& chip) {
-  const SoftChip::VrfProgram* const program = chip.askedPrograms().program(call.action);
-  if (call.hook == SoftChip::Hook::deleteVrf || program == nullptr) return std::nullopt;
+std::optional<std::string> programText(const HookCall& call, const ChipVrfHelper& chip) {
+  const Chips::VrfProgram* const program = chip.askedPrograms().program(call.action);
+  if (call.hook == Chips::Hook::deleteVrf || program == nullptr) return std::nullopt;
   std::ostringstream text;
   text << *program;
   return printable(text.str(), std::string_view::npos);
@@ -66,7 +66,7 @@ std::string placeText(const RuleCall& call) {
 
 class CallText final {
  public:
-  explicit CallText(const SoftVrfHelper& chip) : chip_(chip) {}
+  explicit CallText(const ChipVrfHelper& chip) : chip_(chip) {}
 
   std::string operator()(const HookCall& call) const {
     const auto program = programText(call, chip_);
@@ -84,12 +84,12 @@ class CallText final {
   }
 
  private:
-  const SoftVrfHelper& chip_;
+  const ChipVrfHelper& chip_;
 };
 
 class CallJson final {
  public:
-  explicit CallJson(const SoftVrfHelper& chip) : chip_(chip) {}
+  explicit CallJson(const ChipVrfHelper& chip) : chip_(chip) {}
 
   OrderedJson operator()(const HookCall& call) const {
     OrderedJson json = toJson(call);
@@ -117,16 +117,16 @@ class CallJson final {
   }
 
  private:
-  const SoftVrfHelper& chip_;
+  const ChipVrfHelper& chip_;
 };
 
 }  // namespace
 
-std::string toText(const ChipCall& call, const SoftVrfHelper& chip) {
+std::string toText(const ChipCall& call, const ChipVrfHelper& chip) {
   return std::visit(CallText(chip), call);
 }
 
-OrderedJson toJson(const ChipCall& call, const SoftVrfHelper& chip) {
+OrderedJson toJson(const ChipCall& call, const ChipVrfHelper& chip) {
   return std::visit(CallJson(chip), call);
 }
 

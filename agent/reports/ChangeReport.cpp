@@ -11,7 +11,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::HookCall;
+using Chips::HookCall;
 
 bool failed(const HookCall& call) {
   return call.failed;

@@ -12,8 +12,8 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::DropReason;
-using SoftChip::PacketCounter;
+using Chips::DropReason;
+using Chips::PacketCounter;
 
 template <class Counted>
 std::vector<std::string> withCounter(std::vector<std::string> cells, const Counted& counted) {
@@ -114,7 +114,7 @@ ReportPagesPtr counterPages(ReadRows<RuleState> rules, std::vector<VrfCount> vrf
 
 ForwardCounters countersWithoutRules(ForwardingAgent& agent, std::uint64_t notIp) {
   ForwardCounters counters{{}, agent.forwarder().vrfCounters(), {}, notIp};
-  for (std::size_t reason = 0; reason < SoftChip::dropReasons; ++reason) {
+  for (std::size_t reason = 0; reason < Chips::dropReasons; ++reason) {
     const auto drop = static_cast<DropReason>(reason);
     const PacketCounter& counter = agent.forwarder().dropCounter(drop);
     if (counter.packets != 0) counters.drops.push_back({drop, counter});

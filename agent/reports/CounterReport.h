@@ -9,16 +9,16 @@
 #include "agent/model/forwarding/AgentState.h"
 #include "agent/reports/ReportPages.h"
 #include "agent/reports/StateReport.h"
-#include "chips/soft/DropReason.h"
-#include "chips/soft/PacketCounter.h"
+#include "chips/interface/DropReason.h"
+#include "chips/interface/PacketCounter.h"
 
 namespace ZelAgent {
 
 class ForwardingAgent;
 
 struct DropCount {
-  SoftChip::DropReason reason{};
-  SoftChip::PacketCounter counter;
+  Chips::DropReason reason{};
+  Chips::PacketCounter counter;
 };
 
 /// How many packets matched each rule, left by a route of each VRF, and were dropped for each
@@ -34,7 +34,7 @@ struct DropCount {
 ///   notIp   number of frames without an IP packet
 struct ForwardCounters {
   RuleStates rules;
-  std::map<L3::VrfName, SoftChip::PacketCounter> vrfs;
+  std::map<L3::VrfName, Chips::PacketCounter> vrfs;
   std::vector<DropCount> drops;
   std::uint64_t notIp = 0;
 };
@@ -42,7 +42,7 @@ struct ForwardCounters {
 /// A counter of the packets that left by a route of the VRF.
 struct VrfCount {
   L3::VrfName vrf;
-  SoftChip::PacketCounter counter;
+  Chips::PacketCounter counter;
 };
 
 /// The counters of the rules that are read, then `others`, which has no rules.

@@ -9,8 +9,8 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Hook;
-using SoftChip::HookCall;
+using Chips::Hook;
+using Chips::HookCall;
 using ZelVrfSelectionPolicy::HwStatus;
 using ZelVrfSelectionPolicy::ProgrammingResult;
 

@@ -8,12 +8,12 @@
 namespace ZelAgent {
 
 /// "updateVrf actionVrf red failed"
-[[nodiscard]] std::string toText(const SoftChip::HookCall& call);
+[[nodiscard]] std::string toText(const Chips::HookCall& call);
 /// "status of actionVrf red: none -> programmedInHw"
 [[nodiscard]] std::string toText(const StatusChange& change);
 /// {hook, vrfName, fallbackVrfName, postDecapVrfName, action, failed}; hook is "createVrf",
 /// "updateVrf" or "deleteVrf".
-[[nodiscard]] OrderedJson toJson(const SoftChip::HookCall& call);
+[[nodiscard]] OrderedJson toJson(const Chips::HookCall& call);
 /// {vrfName, fallbackVrfName, postDecapVrfName, action, before, after}; the last two are null for
 /// none, otherwise {status, failureReason, failureDescription}.
 [[nodiscard]] OrderedJson toJson(const StatusChange& change);

@@ -8,7 +8,7 @@
 #include "Blinklog/RingFileFormat.h"
 #include "Ip/Prefix.h"
 #include "agent/language/TextTable.h"
-#include "chips/soft/VrfProgram.h"
+#include "chips/programs/VrfProgram.h"
 
 namespace ZelAgent {
 namespace {
@@ -44,7 +44,7 @@ void addChip(LimitTable& table, const ChangeableLimits& inForce) {
   table.push_back({"chip rules", inForce.chipRules, "rules", "--rule-capacity",
                    "rules of all interfaces together; rules of an interface that need more are not "
                    "programmed"});
-  table.push_back({"fallback walk", SoftChip::longestWalk, "VRFs", "",
+  table.push_back({"fallback walk", Chips::longestWalk, "VRFs", "",
                    "VRFs that one lookup tries; the fallback VRF of the last is not used"});
   table.push_back({"gateways", Limits::gateways, "gateways", "",
                    "gateways on the way to a next hop; a next hop behind more is not used"});

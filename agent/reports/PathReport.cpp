@@ -14,11 +14,11 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::GoOnReason;
-using SoftChip::OwnVrfReason;
-using SoftChip::PacketHeader;
-using SoftChip::RouteTables;
-using SoftChip::VrfFacts;
+using Chips::GoOnReason;
+using Chips::OwnVrfReason;
+using Chips::PacketHeader;
+using Chips::RouteHit;
+using Chips::VrfFacts;
 
 std::string toText(const PacketHeader& header) {
   std::string text = ZelAgent::toText(header.family) + ' ' + ZelAgent::toText(header.source) +
@@ -29,7 +29,7 @@ std::string toText(const PacketHeader& header) {
   text += " ttl " + std::to_string(header.ttl);
   if (header.fragment.isFragment())
     text += " fragment-offset " + std::to_string(header.fragment.offset);
-  if (header.ports && *header.ports != SoftChip::Ports()) {
+  if (header.ports && *header.ports != Chips::Ports()) {
     text += " source-port " + std::to_string(header.ports->source) + " destination-port " +
             std::to_string(header.ports->destination);
   }
@@ -62,13 +62,13 @@ std::string vrfText(const L3::VrfName& vrf) {
   return "VRF " + toWord(vrf.bytes());
 }
 
-std::string routeText(const SoftChip::Route& route) {
+std::string routeText(const Chips::Route& route) {
   switch (route.kind) {
-    case SoftChip::Route::Kind::egress:
+    case Chips::Route::Kind::egress:
       return "via " + toWord(route.intf);
-    case SoftChip::Route::Kind::drop:
+    case Chips::Route::Kind::drop:
       return "drop";
-    case SoftChip::Route::Kind::decap:
+    case Chips::Route::Kind::decap:
       return "decap";
   }
   return {};
@@ -122,7 +122,7 @@ void PathReport::parsed(const PacketHeader& header) {
 }
 
 void PathReport::ruleTried(std::size_t place, const PolicyMap::AclRule& /*rule*/,
-                           std::optional<SoftChip::RuleField> difference) {
+                           std::optional<Chips::RuleField> difference) {
   const RuleState& tried = ruleAt(place);
   const ActionUser& user = tried.user;
   const std::string match = shownText(*tried.rule.match);
@@ -139,7 +139,7 @@ void PathReport::ruleTried(std::size_t place, const PolicyMap::AclRule& /*rule*/
 }
 
 void PathReport::actionTaken(const PolicyMap::RuleAction& action,
-                             std::optional<SoftChip::ResourceUse> resource) {
+                             std::optional<Chips::ResourceUse> resource) {
   std::string line = "action " + ZelAgent::toText(action);
   OrderedJson step{{"step", "action"}, {"action", actionJson(action)}, {"resource", nullptr}};
   if (resource) {
@@ -157,7 +157,7 @@ void PathReport::ownVrfTaken(const L3::VrfName& vrf, OwnVrfReason reason) {
 }
 
 void PathReport::lookedUp(const VrfFacts& vrf, const Ip::Address& destination,
-                          const std::optional<RouteTables::Hit>& hit) {
+                          const std::optional<RouteHit>& hit) {
   const std::string prefix = hit ? ZelAgent::toText(hit->prefix) : "";
   const std::string route = hit ? routeText(*hit->route) : "";
   add("look up " + ZelAgent::toText(destination) + " in " + vrfText(vrf.name) + " (id " +
@@ -187,9 +187,9 @@ void PathReport::decapsulated(const PacketHeader& outer, const PacketHeader& arr
                                         {"arrived", toJson(arrived)}});
 }
 
-void PathReport::dropped(SoftChip::DropReason reason, std::string_view detail) {
+void PathReport::dropped(Chips::DropReason reason, std::string_view detail) {
   const std::string name(nameOf(reason));
-  const std::string what(detail.empty() ? SoftChip::textOf(reason) : detail);
+  const std::string what(detail.empty() ? Chips::textOf(reason) : detail);
   add("drop " + name + ": " + what, {{"step", "drop"}, {"reason", name}, {"detail", what}});
 }
 

@@ -7,7 +7,7 @@
 
 #include "agent/model/forwarding/AgentState.h"
 #include "agent/reports/StateReport.h"
-#include "chips/soft/PacketWay.h"
+#include "chips/interface/PacketWay.h"
 
 namespace ZelAgent {
 
@@ -31,7 +31,7 @@ class ForwardingAgent;
 /// A packet is {family, source, destination, protocol, dscp, ecn, ttl, bytes}. A fragment also has
 /// {fragmentOffset, moreFragments}, a packet with ports {sourcePort, destinationPort}, and one with
 /// TCP flags {tcpFlags}, for example "syn,ack".
-class PathReport final : public SoftChip::PacketWay {
+class PathReport final : public Chips::PacketWay {
  public:
   /// `rules` are all rules of the interface on which the packet arrives, also those that the chip
   /// does not hold.
@@ -45,21 +45,21 @@ class PathReport final : public SoftChip::PacketWay {
   /// An array with one object for each step.
   [[nodiscard]] OrderedJson json() const;
 
-  void parsed(const SoftChip::PacketHeader& header) override;
+  void parsed(const Chips::PacketHeader& header) override;
   void ruleTried(std::size_t place, const PolicyMap::AclRule& rule,
-                 std::optional<SoftChip::RuleField> difference) override;
+                 std::optional<Chips::RuleField> difference) override;
   void actionTaken(const PolicyMap::RuleAction& action,
-                   std::optional<SoftChip::ResourceUse> resource) override;
-  void ownVrfTaken(const L3::VrfName& vrf, SoftChip::OwnVrfReason reason) override;
-  void lookedUp(const SoftChip::VrfFacts& vrf, const Ip::Address& destination,
-                const std::optional<SoftChip::RouteTables::Hit>& hit) override;
-  void wentOn(const SoftChip::VrfFacts& from, const SoftChip::VrfFacts& to,
-              SoftChip::GoOnReason reason) override;
-  void decapsulated(const SoftChip::PacketHeader& outer, const SoftChip::PacketHeader& arrived,
-                    const SoftChip::PacketHeader& inner) override;
-  void dropped(SoftChip::DropReason reason, std::string_view detail) override;
+                   std::optional<Chips::ResourceUse> resource) override;
+  void ownVrfTaken(const L3::VrfName& vrf, Chips::OwnVrfReason reason) override;
+  void lookedUp(const Chips::VrfFacts& vrf, const Ip::Address& destination,
+                const std::optional<Chips::RouteHit>& hit) override;
+  void wentOn(const Chips::VrfFacts& from, const Chips::VrfFacts& to,
+              Chips::GoOnReason reason) override;
+  void decapsulated(const Chips::PacketHeader& outer, const Chips::PacketHeader& arrived,
+                    const Chips::PacketHeader& inner) override;
+  void dropped(Chips::DropReason reason, std::string_view detail) override;
   void left(const std::string& intf, const L3::VrfName& vrf,
-            const SoftChip::PacketHeader& header) override;
+            const Chips::PacketHeader& header) override;
 
  private:
   void add(std::string line, OrderedJson step);

@@ -13,7 +13,7 @@
 namespace ZelAgent {
 namespace {
 
-using Kind = SoftChip::Route::Kind;
+using Kind = Chips::Route::Kind;
 
 const char* nameOf(RouteState::Result result) {
   switch (result) {

@@ -16,9 +16,9 @@
 namespace ZelAgent {
 namespace {
 
-OrderedJson walkJson(const SoftChip::VrfWalk& walk) {
+OrderedJson walkJson(const Chips::VrfWalk& walk) {
   OrderedJson json = OrderedJson::array();
-  for (const SoftChip::VrfFacts& facts : walk) {
+  for (const Chips::VrfFacts& facts : walk) {
     json.push_back({{"vrfName", facts.name.str()},
                     {"vrfId", facts.vrfId},
                     {"exactMatchLens", facts.exactMatchLens},
@@ -29,7 +29,7 @@ OrderedJson walkJson(const SoftChip::VrfWalk& walk) {
 
 OrderedJson resourceJson(const ActionState& state) {
   if (!state.resource) return nullptr;
-  const SoftChip::VrfProgram& program = state.resource->program;
+  const Chips::VrfProgram& program = state.resource->program;
   return {{"index", state.resource->index},
           {"current", !state.resourceIsStale()},
           {"lookUp", walkJson(program.lookUp)},
@@ -97,7 +97,7 @@ void writeRuleTable(std::ostream& out, const RuleTableState& table) {
       << table.mostUsed << "; " << table.refused << " refused\n";
 }
 
-std::string programText(const SoftChip::VrfProgram& program) {
+std::string programText(const Chips::VrfProgram& program) {
   std::ostringstream text;
   text << program;
   return printable(text.str(), std::string_view::npos);

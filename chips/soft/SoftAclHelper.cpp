@@ -5,7 +5,7 @@
 
 #include "chips/soft/classify/RuleClassifier.h"
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using PolicyMap::AclResult;
@@ -33,7 +33,7 @@ void moveElement(std::vector<Element>& list, std::size_t from, std::size_t to) {
 }  // namespace
 
 SoftAclHelper::SoftAclHelper(const Velo::String& name, std::uint32_t capacity)
-    : PolicyMapAclHelper(name), capacity_(capacity) {}
+    : ChipAclHelper(name), capacity_(capacity) {}
 
 SoftAclHelper::~SoftAclHelper() = default;
 
@@ -41,7 +41,7 @@ AclResult SoftAclHelper::addRule(const Velo::String& intf, std::size_t place, co
   if (rulesInUse_ >= capacity_) return exhausted(capacity_);
   IntfRules& present = rulesIs(intf);
   present.rules.insert(at(present.rules, place), rule);
-  present.counters.insert(at(present.counters, place), RuleCounter());
+  present.counters.insert(at(present.counters, place), PacketCounter());
   present.classifier.reset();
   mostRulesInUse_ = std::max(mostRulesInUse_, ++rulesInUse_);
   return {};
@@ -67,7 +67,7 @@ AclResult SoftAclHelper::replaceRule(const Velo::String& intf, std::size_t place
                                      const AclRule& rule) {
   IntfRules& present = rulesIs(intf);
   present.rules[place] = rule;
-  present.counters[place] = RuleCounter();
+  present.counters[place] = PacketCounter();
   return {};
 }
 
@@ -94,8 +94,8 @@ std::vector<Velo::String> SoftAclHelper::intfs() const {
   return names;
 }
 
-const std::vector<RuleCounter>& SoftAclHelper::counters(const Velo::String& intf) const {
-  return rulesOf(intf).counters;
+PacketCounter SoftAclHelper::counter(const Velo::String& intf, std::size_t place) const {
+  return rulesOf(intf).counters[place];
 }
 
 std::optional<std::size_t> SoftAclHelper::classify(const Velo::String& intf,
@@ -110,9 +110,9 @@ void SoftAclHelper::count(const Velo::String& intf, std::size_t place, std::size
   rulesIs(intf).counters[place].add(bytes);
 }
 
-void SoftAclHelper::countersReset() noexcept {
+void SoftAclHelper::countersReset() {
   for (auto& [name, present] : intfs_)
-    std::fill(present.counters.begin(), present.counters.end(), RuleCounter());
+    std::fill(present.counters.begin(), present.counters.end(), PacketCounter());
 }
 
 const SoftAclHelper::IntfRules& SoftAclHelper::rulesOf(const Velo::String& intf) const {
@@ -136,4 +136,4 @@ void SoftAclHelper::eraseIfUnused(const Velo::String& intf, const IntfRules& rul
   intfs_.erase(intf);
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

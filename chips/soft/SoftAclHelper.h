@@ -7,22 +7,15 @@
 #include <unordered_map>
 #include <vector>
 
-#include "PolicyMap/PolicyMapAclHelper.h"
-#include "chips/soft/PacketCounter.h"
-#include "chips/soft/packet/PacketHeader.h"
+#include "chips/interface/ChipAclHelper.h"
+#include "chips/packet/PacketHeader.h"
 
-namespace SoftChip {
+namespace Chips {
 
 class RuleClassifier;
 
-using RuleCounter = PacketCounter;
-
-/// Classification hardware of limited size, in software: it holds the rules of policies and counts
-/// the packets of each.
-///
-/// There are never more rules than the capacity was when the last of them was added. A rule keeps
-/// its counter when it is moved. `classify` finds what a search of the rules one by one finds.
-class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
+/// The rules of a chip in software. `classify` finds what a search of the rules one by one finds.
+class SoftAclHelper final : public ChipAclHelper {
  public:
   /// `capacity` is the number of rules of all interfaces together.
   SoftAclHelper(const Velo::String& name, std::uint32_t capacity);
@@ -41,15 +34,13 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   [[nodiscard]] const Rules& rules(const Velo::String& intf) const override;
   [[nodiscard]] std::vector<Velo::String> intfs() const override;
 
-  [[nodiscard]] std::uint32_t capacity() const noexcept { return capacity_; }
-  /// A capacity below the number of rules removes none. It only admits no more.
-  void capacityIs(std::uint32_t capacity) noexcept { capacity_ = capacity; }
-  [[nodiscard]] std::size_t rulesInUse() const noexcept { return rulesInUse_; }
-  /// The highest number of rules that were in use at one time.
-  [[nodiscard]] std::size_t mostRulesInUse() const noexcept { return mostRulesInUse_; }
+  [[nodiscard]] std::uint32_t capacity() const override { return capacity_; }
+  void capacityIs(std::uint32_t capacity) override { capacity_ = capacity; }
+  [[nodiscard]] std::size_t rulesInUse() const override { return rulesInUse_; }
+  [[nodiscard]] std::size_t mostRulesInUse() const override { return mostRulesInUse_; }
 
-  /// By place, like `rules`.
-  [[nodiscard]] const std::vector<RuleCounter>& counters(const Velo::String& intf) const;
+  [[nodiscard]] PacketCounter counter(const Velo::String& intf, std::size_t place) const override;
+  void countersReset() override;
 
   /// The place of the first rule of the interface that matches. The first call after a change of
   /// the rules compiles them.
@@ -57,8 +48,6 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
                                                     const PacketHeader& header) const;
   /// Counts a packet for the rule at `place`.
   void count(const Velo::String& intf, std::size_t place, std::size_t bytes);
-  /// All counters start again from 0.
-  void countersReset() noexcept;
 
  private:
   struct NameHash {
@@ -66,7 +55,7 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   };
   struct IntfRules {
     Rules rules;
-    std::vector<RuleCounter> counters;  // by place
+    std::vector<PacketCounter> counters;  // by place
     bool isClosed = false;
     mutable std::unique_ptr<RuleClassifier> classifier;  // null after a change
   };
@@ -85,4 +74,4 @@ class SoftAclHelper final : public PolicyMap::PolicyMapAclHelper {
   IntfRules* recentRules_ = nullptr;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -96,11 +96,14 @@ AGENT_LAYERS = [
     ["agent/serve/daemon", "agent/serve/console"],
 ]
 
+# What an agent knows of chips: not which one it drives.
+CHIPS_FOR_AGENTS = ["chips/packet", "chips/programs", "chips/interface", "chips/choice"]
+
 # What the layers of the agent include from outside of it. "agent" is for layers without an entry.
 OUTSIDE_OF_AGENT = {
     "agent/language": ["platform/Mox", "platform/Velo", "platform/Quarry"],
     "agent/config": ["platform"],
-    "agent": ["platform", LIBRARY, "chips/soft"],
+    "agent": ["platform", LIBRARY, *CHIPS_FOR_AGENTS],
 }
 
 
@@ -113,13 +116,24 @@ def agent_rows():
         below = [*below, *layer]
 
 
-# The folders of the software chip, lower ones first, of which each may include those before it.
-SOFT_CHIP_LAYERS = ["chips/soft/packet", "chips/soft/routes", "chips/soft/classify"]
+# The layers of the chips, like those of the agent: what every chip has, one chip, the choice of a
+# chip.
+CHIP_LAYERS = [
+    ["chips/packet", "chips/programs"],
+    ["chips/interface"],
+    ["chips/soft/routes"],
+    ["chips/soft/classify"],
+    ["chips/soft"],
+    ["chips/choice"],
+]
 
 
-def soft_chip_rows():
-    for place, folder in enumerate(SOFT_CHIP_LAYERS):
-        yield (folder, ["platform", LIBRARY, *SOFT_CHIP_LAYERS[: place + 1]], any_header)
+def chip_rows():
+    below = []
+    for layer in CHIP_LAYERS:
+        for folder in layer:
+            yield (folder, ["platform", LIBRARY, *below, folder], any_header)
+        below = [*below, *layer]
 
 
 # Folder; the folders that its files may include; what they may include in angle brackets.
@@ -170,10 +184,9 @@ ARROWS = [
     ),
     (LIBRARY, ["platform", LIBRARY], standard),  # the umbrella header and the module start
     ("testing", ["platform", LIBRARY, "testing"], any_header),
-    ("chips/soft", ["platform", LIBRARY, "chips/soft"], any_header),
-    *soft_chip_rows(),
+    *chip_rows(),
     *agent_rows(),
-    ("agent", ["platform", LIBRARY, "testing", "chips/soft", "agent"], any_header),
+    ("agent", ["platform", LIBRARY, "testing", *CHIPS_FOR_AGENTS, "agent"], any_header),
     ("tests", [""], any_header),
     ("benchmarks", [""], any_header),
     ("fuzz", [""], any_header),

@@ -55,8 +55,8 @@ TREE = {
     f"{LIBRARY}/{LIBRARY}.h": [f'"{LIBRARY}/policy/PolicySm.h"'],
     f"{LIBRARY}/{LIBRARY}.cpp": [f'"{LIBRARY}/{LIBRARY}.h"', f'"{LIBRARY}/reflection/Types.h"'],
     "testing/Recorder.h": [f'"{LIBRARY}/{LIBRARY}.h"', "<gtest/gtest.h>"],
-    "chips/soft/Chip.h": [f'"{LIBRARY}/tables/Config.h"', '"L3/VrfName.h"'],
-    "agent/Agent.h": ['"chips/soft/Chip.h"', '"testing/Recorder.h"', "<CLI/CLI.hpp>"],
+    "chips/interface/Chip.h": [f'"{LIBRARY}/tables/Config.h"', '"L3/VrfName.h"'],
+    "agent/Agent.h": ['"chips/interface/Chip.h"', '"testing/Recorder.h"', "<CLI/CLI.hpp>"],
     "benchmarks/Bench.h": ['"agent/Agent.h"', "<benchmark/benchmark.h>"],
     "fuzz/Fuzz.h": ['"agent/Agent.h"'],
     "examples/Example.h": ['"agent/Agent.h"'],
@@ -71,7 +71,7 @@ BOST = "platform/Bost/TimerWheel.h"
 VALUES, TABLES = f"{LIBRARY}/values/Action.h", f"{LIBRARY}/tables/Config.h"
 VRF, POLICY = f"{LIBRARY}/vrf/VrfSm.h", f"{LIBRARY}/policy/PolicySm.h"
 REFLECTION, UMBRELLA = f"{LIBRARY}/reflection/Types.h", f"{LIBRARY}/{LIBRARY}.h"
-TESTING, CHIP, AGENT = "testing/Recorder.h", "chips/soft/Chip.h", "agent/Agent.h"
+TESTING, CHIP, AGENT = "testing/Recorder.h", "chips/interface/Chip.h", "agent/Agent.h"
 OUTSIDE = ["tests/agent/Fixture.h", "benchmarks/Bench.h", "fuzz/Fuzz.h", "examples/Example.h"]
 FRAMEWORK = [VELO, QUARRY, MOX, BLINKLOG, DUOLOG, BOST]
 PLATFORM = [*FRAMEWORK, *DOMAIN_TYPES, TRAFFIC_POLICY]
@@ -106,18 +106,17 @@ def write(root, path, includes):
     file.write_text("\n".join(lines) + "\n", encoding="utf-8")
 
 
-# The folders of the agent and of the software chip; of each step, those of the steps before it may
-# be included.
+# The folders of the agent and of the chips; of each step, those of the steps before it may be
+# included.
 AGENT_STEPS = include_arrows.AGENT_LAYERS
-CHIP_STEPS = [[folder] for folder in include_arrows.SOFT_CHIP_LAYERS]
+CHIP_STEPS = include_arrows.CHIP_LAYERS
 
 
 class Layers(unittest.TestCase):
-    """Of every two folders of the agent, and of the chip, only the upper includes the lower."""
+    """Of every two folders of the agent, and of the chips, only the upper includes the lower."""
 
-    def assert_only_downwards(self, steps, root):
+    def assert_only_downwards(self, steps):
         heights = {folder: height for height, step in enumerate(steps) for folder in step}
-        heights[root] = len(steps)
         tracked = {f"{folder}/Thing.h" for folder in heights}
         wrong = 0
         for path, target in itertools.permutations(heights, 2):
@@ -137,10 +136,17 @@ class Layers(unittest.TestCase):
         layers = ["language", "config", "model", "reports", "commands", "serve"]
         named = [folder.split("/")[1] for step in AGENT_STEPS for folder in step]
         self.assertEqual(list(dict.fromkeys(named)), layers)
-        self.assert_only_downwards(AGENT_STEPS, "agent")
+        self.assert_only_downwards([*AGENT_STEPS, ["agent"]])
 
-    def test_the_soft_chips_folders_include_downwards_only(self):
-        self.assert_only_downwards(CHIP_STEPS, "chips/soft")
+    def test_the_chips_layers_include_downwards_only(self):
+        self.assert_only_downwards(CHIP_STEPS)
+
+    def test_the_agent_does_not_know_which_chip_it_drives(self):
+        soft = "chips/soft/SoftChip.h"
+        for path in [f"{folder}/Thing.h" for step in AGENT_STEPS for folder in step]:
+            faults = list(include_arrows.faults_in(path, f'#include "{soft}"\n', {path, soft}))
+            self.assertEqual(len(faults), 1, faults)
+            self.assertIn(f"may not include {soft}; allowed", faults[0])
 
     def test_the_agents_words_know_nothing_of_the_domain(self):
         path = "agent/language/Thing.h"
@@ -242,7 +248,7 @@ class IncludeArrows(unittest.TestCase):
         self.assertEqual(list(include_arrows.faults_in(path, text, set(TREE))), [])
 
     def test_an_arrow_is_not_escaped_by_another_way_of_writing_it(self):
-        self.assert_reported("testing/Recorder.h", "<chips/soft/Chip.h>", "is an own header")
+        self.assert_reported("testing/Recorder.h", "<chips/interface/Chip.h>", "is an own header")
         self.assert_reported(
             "platform/Velo/String.h", '"Velo/../Mox/Ptr.h"', "may not include platform/Mox/Ptr.h"
         )
@@ -286,13 +292,13 @@ class IncludeArrows(unittest.TestCase):
         clean = self.run_on_repository()
         self.assertEqual((clean.returncode, clean.stdout, clean.stderr), (0, "", ""))
 
-        write(self.root, "chips/soft/Chip.h", ["<vector>", '"testing/Recorder.h"'])
+        write(self.root, "chips/interface/Chip.h", ["<vector>", '"testing/Recorder.h"'])
         broken = self.run_on_repository()
         self.assertEqual(broken.returncode, 1)
         self.assertEqual(
             broken.stdout,
-            "chips/soft/Chip.h:3: chips/soft/ may not include testing/Recorder.h; allowed are "
-            "platform/, ZelVrfSelectionPolicy/, chips/soft/\n",
+            "chips/interface/Chip.h:3: chips/interface/ may not include testing/Recorder.h; allowed "
+            "are platform/, ZelVrfSelectionPolicy/, chips/packet/, chips/programs/, chips/interface/\n",
         )
 
     def test_untracked_sources_are_not_looked_at_and_do_not_count_as_in_the_tree(self):

@@ -101,7 +101,7 @@ ForwardCounters forwardAll(ForwardingAgent& agent, std::vector<Source>& sources,
   while (Source* const source = earliest(sources)) {
     const CapturedPacket& captured = *source->packet();
     if (captured.ipPacket) {
-      const SoftChip::Verdict verdict =
+      const Chips::Verdict verdict =
           agent.forwarder().forward(source->interface(), *captured.ipPacket);
       if (!verdict.drop) folder.write(verdict.egress, captured.time, verdict.packet);
     } else {

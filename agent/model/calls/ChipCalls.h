@@ -8,8 +8,8 @@
 #include "PolicyMap/AclRule.h"
 #include "Velo/String.h"
 #include "agent/config/IpPrefix.h"
-#include "chips/soft/HookCall.h"
-#include "chips/soft/RouteTables.h"
+#include "chips/interface/HookCall.h"
+#include "chips/interface/Route.h"
 
 namespace ZelAgent {
 
@@ -31,11 +31,11 @@ struct RuleCall {
 struct RouteCall {
   std::uint32_t vrfId = 0;
   const IpPrefix& prefix;
-  const SoftChip::Route* route = nullptr;
+  const Chips::Route* route = nullptr;
 };
 
 /// A call that changes the chip. References are valid while the observer runs.
-using ChipCall = std::variant<SoftChip::HookCall, RuleCall, RouteCall>;
+using ChipCall = std::variant<Chips::HookCall, RuleCall, RouteCall>;
 
 /// Receives each call in the order in which the chip receives them: after a hook call, and before
 /// the chip forgets a rule or a route.

@@ -25,16 +25,16 @@ EventEffects EffectsRecorder::take() {
   return std::move(effects_);
 }
 
-void EffectsRecorder::take(const SoftChip::HookCall& call) {
+void EffectsRecorder::take(const Chips::HookCall& call) {
   ChangeCounts& counts = effects_.counts;
   switch (call.hook) {
-    case SoftChip::Hook::createVrf:
+    case Chips::Hook::createVrf:
       ++counts.creates;
       break;
-    case SoftChip::Hook::updateVrf:
+    case Chips::Hook::updateVrf:
       ++counts.updates;
       break;
-    case SoftChip::Hook::deleteVrf:
+    case Chips::Hook::deleteVrf:
       ++counts.deletes;
       break;
   }

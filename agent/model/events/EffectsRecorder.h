@@ -26,7 +26,7 @@ struct StatusChange {
 /// What an event or another change caused. Hook calls are in the order in which the chip received
 /// them. Status changes compare the end of the change with its start, in the order of the actions.
 struct EventEffects {
-  std::vector<SoftChip::HookCall> calls;
+  std::vector<Chips::HookCall> calls;
   std::vector<StatusChange> statusChanges;
   std::vector<std::string> warnings;  // of a configuration that was read
   ChangeCounts counts;
@@ -46,7 +46,7 @@ class EffectsRecorder final {
   [[nodiscard]] EventEffects take();
 
  private:
-  void take(const SoftChip::HookCall& call);
+  void take(const Chips::HookCall& call);
   void take(const RuleCall& call) { rules_.take(call); }
   void take(const RouteCall& call);
 

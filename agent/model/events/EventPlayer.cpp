@@ -110,7 +110,7 @@ class Change final {
   void operator()(const SetChipRules& event) const { agent_.ruleCapacityIs(event.capacity); }
 
   void operator()(const PlanChipFaults& event) const {
-    SoftChip::FaultPlan& plan = agent_.chip().faultPlan();
+    Chips::FaultPlan& plan = agent_.chip().faultPlan();
     if (event.vrf) {
       plan.vrfFaultsIs(*event.vrf, event.count);
     } else {
@@ -119,12 +119,11 @@ class Change final {
   }
 
   void operator()(const SetDecapRoute& event) const {
-    agent_.routes().routeIs(event.vrf, event.prefix, {SoftChip::Route::Kind::decap, {}});
+    agent_.routes().routeIs(event.vrf, event.prefix, {Chips::Route::Kind::decap, {}});
   }
 
   void operator()(const SetEgressRoute& event) const {
-    agent_.routes().routeIs(event.vrf, event.prefix,
-                            {SoftChip::Route::Kind::egress, event.interface});
+    agent_.routes().routeIs(event.vrf, event.prefix, {Chips::Route::Kind::egress, event.interface});
   }
 
   void operator()(const RemoveRoute& event) const {

@@ -11,8 +11,8 @@
 #include "PolicyMap/RuleAction.h"
 #include "ZelVrfSelectionPolicy/values/HwStatus.h"
 #include "agent/model/policies/VrfActions.h"
-#include "chips/soft/SoftAclHelper.h"
-#include "chips/soft/SoftVrfHelper.h"
+#include "chips/interface/ChipVrfHelper.h"
+#include "chips/interface/PacketCounter.h"
 
 namespace ZelAgent {
 
@@ -22,8 +22,8 @@ struct ActionState {
   std::uint32_t users = 0;      // as counted for the library
   std::set<ActionUser> usedBy;  // empty in a snapshot without lists of users
   ZelVrfSelectionPolicy::HwStatus status;
-  std::optional<SoftChip::VrfResource> resource;  // none if the chip has none
-  SoftChip::VrfProgram currentProgram;            // what the chip would program now
+  std::optional<Chips::VrfResource> resource;  // none if the chip has none
+  Chips::VrfProgram currentProgram;            // what the chip would program now
 
   /// Whether the chip would program the resource differently now.
   [[nodiscard]] bool resourceIsStale() const {
@@ -44,7 +44,7 @@ struct RuleState {
   /// Its place among the interface's rules on the chip. None if the chip does not hold it.
   std::optional<std::size_t> place;
   std::string reason;  // why the chip does not hold it
-  SoftChip::RuleCounter counter;
+  Chips::PacketCounter counter;
   /// Whether it is a rule of an earlier policy, which the chip holds since it refused the present
   /// one.
   bool isPrevious = false;
@@ -84,7 +84,7 @@ struct RuleTableState {
 struct ChipState {
   std::uint32_t capacity = 0;
   std::uint32_t used = 0;
-  SoftChip::HookCounts hookCounts;
+  Chips::HookCounts hookCounts;
 };
 
 /// A snapshot of the agent at one moment, from the tables and the chip and not from the

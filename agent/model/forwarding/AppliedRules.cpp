@@ -10,7 +10,7 @@ namespace ZelAgent {
 using PolicyMap::PolicyMapRules;
 using PolicyMap::RuleStatus;
 
-AppliedRules::AppliedRules(Mox::Ptr<SoftChip::SoftAclHelper> acl,
+AppliedRules::AppliedRules(Mox::Ptr<Chips::ChipAclHelper> acl,
                            Mox::Ptr<TrafficPolicy::Status> status)
     : acl_(std::move(acl)), status_(std::move(status)), reached_(*status_) {}
 
@@ -100,9 +100,8 @@ RuleState AppliedRules::ruleStateOf(const Velo::String& intf, const Velo::String
     state.reason = "the rules of the interface are being changed";
     return state;
   }
-  const auto& counters = acl_->counters(intf);
-  if (status != nullptr && status->programmed && index < counters.size()) {
-    state.counter = counters[index];
+  if (status != nullptr && status->programmed && index < acl_->rules(intf).size()) {
+    state.counter = acl_->counter(intf, index);
     state.place = index;
   }
   return state;
@@ -146,7 +145,7 @@ RuleStates AppliedRules::previousRulesOf(const Velo::String& intf, RuleCursor& c
                       {from.match, rules[place].action},
                       place,
                       "",
-                      acl_->counters(intf)[place],
+                      acl_->counter(intf, place),
                       true});
     cursor.nextSequence = std::uint64_t{from.number} + 1;
   }

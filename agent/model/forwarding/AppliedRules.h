@@ -10,7 +10,7 @@
 #include "agent/model/forwarding/AgentState.h"
 #include "agent/model/forwarding/ReachedIntfs.h"
 #include "agent/model/policies/PolicyObjects.h"
-#include "chips/soft/SoftAclHelper.h"
+#include "chips/interface/ChipAclHelper.h"
 
 namespace ZelAgent {
 
@@ -21,7 +21,7 @@ namespace ZelAgent {
 /// the policies are those before it. The rules of an interface that it has reached have no place.
 class AppliedRules final {
  public:
-  AppliedRules(Mox::Ptr<SoftChip::SoftAclHelper> acl, Mox::Ptr<TrafficPolicy::Status> status);
+  AppliedRules(Mox::Ptr<Chips::ChipAclHelper> acl, Mox::Ptr<TrafficPolicy::Status> status);
 
   [[nodiscard]] const PolicyObjects& policies() const noexcept { return policies_; }
   void policiesAre(PolicyObjects policies);
@@ -54,7 +54,7 @@ class AppliedRules final {
   [[nodiscard]] RuleStates previousRulesOf(const Velo::String& intf, RuleCursor& cursor,
                                            std::size_t most) const;
 
-  Mox::Ptr<SoftChip::SoftAclHelper> acl_;
+  Mox::Ptr<Chips::ChipAclHelper> acl_;
   Mox::Ptr<TrafficPolicy::Status> status_;
   PolicyObjects policies_;
   std::map<Velo::String, PolicyMapOriginPtr> inForce_;  // by interface

@@ -69,9 +69,9 @@ void ForwardingAgent::Change::addInterfaces() {
       interfaceVrfs_.emplace(interface, instance.name);
   }
   addEachGone(steps_, agent_.interfaceVrfs_, interfaceVrfs_,
-              [this](const std::string& interface) { agent_.forwarder_.intfVrfDel(interface); });
+              [this](const std::string& interface) { agent_.forwarder().intfVrfDel(interface); });
   steps_.addEach(interfaceVrfs_, [this](const auto& entry) {
-    agent_.forwarder_.intfVrfIs(entry.first, entry.second);
+    agent_.forwarder().intfVrfIs(entry.first, entry.second);
   });
   steps_.addOne([this] { agent_.interfaceVrfs_ = std::move(interfaceVrfs_); });
 }

@@ -9,14 +9,13 @@
 #include "agent/model/forwarding/ConfigurationChange.h"
 #include "agent/model/forwarding/Reprogrammer.h"
 #include "agent/model/policies/UserCountingAclHelper.h"
+#include "chips/choice/ChipChoice.h"
 
 namespace ZelAgent {
 namespace {
 
 using Routing6RouteStatus = Routing6::Hardware::RouteStatus;
 using RoutingRouteStatus = Routing::Hardware::RouteStatus;
-using SoftChip::SoftAclHelper;
-using SoftChip::SoftVrfHelper;
 using VrfSelectionPolicy::VrfSelectionFallbackVrf;
 
 // The users of each action among the rules that the chip holds.
@@ -43,26 +42,26 @@ ForwardingAgent::ForwardingAgent(const ChipOptions& chip)
       fieldSetConfig_(Classification::FieldSetConfig::FieldSetConfigIs("fieldSetConfig")),
       policyStatus_(TrafficPolicy::Status::StatusIs("policyStatus")),
       mounts_(ZelVrfSelectionPolicy::policySmMountsFactory()),
-      chip_(Mox::makeActivePtr<SoftVrfHelper>(Velo::String("softChip"), inputs(), chip.capacity)),
-      acl_(Mox::makeActivePtr<SoftAclHelper>(Velo::String("softChip"), chip.ruleCapacity)),
+      chip_(Chips::makeChip(inputs(), {chip.capacity, chip.ruleCapacity})),
       ruleObserver_([this](const ChipCall& call) { observeRule(call); }),
       countingAcl_(Mox::makeActivePtr<UserCountingAclHelper>(
           Velo::String("userCounting"),
-          Mox::makeActivePtr<ObservedAclHelper>(Velo::String("observed"), acl_, ruleObserver_),
+          Mox::makeActivePtr<ObservedAclHelper>(Velo::String("observed"), chip_->aclHelper(),
+                                                ruleObserver_),
           vrfHwConfig_)),
-      forwarder_(*acl_, *chip_, routeTables_, inputs()),
-      routes_(routeTables_, inputs(), chipObserver_),
-      rules_(acl_, policyStatus_),
+      routes_(chip_->routes(), inputs(), chipObserver_),
+      rules_(chip_->aclHelper(), policyStatus_),
       policySm_(ZelVrfSelectionPolicy::zelVrfSelectionPolicySmFactory(
-          countingAcl_, mounts_, chip_, fallbackConfig_, routeStatus_, routeStatusV6_)) {
+          countingAcl_, mounts_, chip_->vrfHelper(), fallbackConfig_, routeStatus_,
+          routeStatusV6_)) {
   countingAcl_->whenFullIs(chip.whenFull);
   mounts_->intfConfigIs(intfConfig_);
   mounts_->policyConfigIs(policyConfig_);
   mounts_->policyStatusIs(policyStatus_);
   mounts_->fieldSetConfigIs(fieldSetConfig_);
-  policySm_->vrfSmIs(vrfHwConfig_, vrfHwStatus_, chip_, fallbackConfig_, routeStatus_,
+  policySm_->vrfSmIs(vrfHwConfig_, vrfHwStatus_, chip_->vrfHelper(), fallbackConfig_, routeStatus_,
                      routeStatusV6_);
-  reprogrammer_ = std::make_unique<Reprogrammer>(chip_, inputs(), policySm_->vrfSm());
+  reprogrammer_ = std::make_unique<Reprogrammer>(chip_->vrfHelper(), inputs(), policySm_->vrfSm());
   bindPolicySm();
 }
 
@@ -139,9 +138,10 @@ std::optional<ZelVrfSelectionPolicy::HwStatus> ForwardingAgent::status(
 void ForwardingAgent::chipObserverIs(ChipObserver observer) {
   chipObserver_ = std::move(observer);
   if (chipObserver_) {
-    chip_->hookObserverIs([this](const SoftChip::HookCall& call) { chipObserver_(call); });
+    chip_->vrfHelper()->hookObserverIs(
+        [this](const Chips::HookCall& call) { chipObserver_(call); });
   } else {
-    chip_->hookObserverIs({});
+    chip_->vrfHelper()->hookObserverIs({});
   }
 }
 
@@ -162,10 +162,11 @@ AgentState ForwardingAgent::state(UserLists lists) const {
     for (ActionState& action : state.actions)
       action.usedBy = std::move(all[action.action]);
   }
-  state.chip = {chip_->capacity(), static_cast<std::uint32_t>(chip_->resources().size()),
-                chip_->hookCounts()};
-  state.ruleTable = {acl_->capacity(), acl_->rulesInUse(), acl_->mostRulesInUse(),
-                     rules_.refused()};
+  const Chips::ChipVrfHelper& vrfHelper = *chip_->vrfHelper();
+  state.chip = {vrfHelper.capacity(), static_cast<std::uint32_t>(vrfHelper.resources().size()),
+                vrfHelper.hookCounts()};
+  const Chips::ChipAclHelper& acl = *chip_->aclHelper();
+  state.ruleTable = {acl.capacity(), acl.rulesInUse(), acl.mostRulesInUse(), rules_.refused()};
   return state;
 }
 
@@ -196,11 +197,11 @@ void ForwardingAgent::retryRules() {
 }
 
 void ForwardingAgent::ruleCapacityIs(std::uint32_t capacity) {
-  acl_->capacityIs(capacity);
+  chip_->aclHelper()->capacityIs(capacity);
   retryRules();
 }
 
-SoftChip::ProgramInputs ForwardingAgent::inputs() const {
+Chips::ProgramInputs ForwardingAgent::inputs() const {
   return {fallbackConfig_, routeStatus_, routeStatusV6_};
 }
 
@@ -227,8 +228,8 @@ ActionState ForwardingAgent::stateOf(const VrfAction& action, std::uint32_t coun
   state.action = action;
   state.users = count;
   state.status = vrfHwStatus_->hwStatus(action);
-  state.currentProgram = chip_->currentProgram(action);
-  const SoftChip::VrfResource* const resource = chip_->resource(action);
+  state.currentProgram = chip_->vrfHelper()->currentProgram(action);
+  const Chips::VrfResource* const resource = chip_->vrfHelper()->resource(action);
   if (resource != nullptr) state.resource = *resource;
   return state;
 }

@@ -20,10 +20,7 @@
 #include "agent/model/forwarding/VrfIds.h"
 #include "agent/model/policies/VrfActions.h"
 #include "agent/model/routes/RouteProgrammer.h"
-#include "chips/soft/Forwarder.h"
-#include "chips/soft/RouteTables.h"
-#include "chips/soft/SoftAclHelper.h"
-#include "chips/soft/SoftVrfHelper.h"
+#include "chips/interface/Chip.h"
 
 namespace ZelAgent {
 
@@ -116,7 +113,7 @@ class ForwardingAgent final {
     return rules_.policies().intfs;
   }
   /// Sends packets through the chip.
-  [[nodiscard]] SoftChip::Forwarder& forwarder() noexcept { return forwarder_; }
+  [[nodiscard]] Chips::Forwarder& forwarder() noexcept { return chip_->forwarder(); }
 
   /// Route status, fallback configuration and routes. Events change them.
   [[nodiscard]] Routing::Hardware::RouteStatus& routeStatus() noexcept { return *routeStatus_; }
@@ -129,12 +126,12 @@ class ForwardingAgent final {
   [[nodiscard]] RouteProgrammer& routes() noexcept { return routes_; }
 
   /// The chip. Events change its capacity and make it fail.
-  [[nodiscard]] SoftChip::SoftVrfHelper& chip() noexcept { return *chip_; }
-  [[nodiscard]] SoftChip::SoftAclHelper& acl() noexcept { return *acl_; }
+  [[nodiscard]] Chips::ChipVrfHelper& chip() noexcept { return *chip_->vrfHelper(); }
+  [[nodiscard]] Chips::ChipAclHelper& acl() noexcept { return *chip_->aclHelper(); }
   /// Replaces the observer of the calls that change the chip. An empty one ends observation.
   void chipObserverIs(ChipObserver observer);
   /// The routes that the chip holds.
-  [[nodiscard]] const SoftChip::RouteTables& routeTables() const noexcept { return routeTables_; }
+  [[nodiscard]] const Chips::RouteTables& routeTables() const noexcept { return chip_->routes(); }
 
   /// The status of each action, and of each rule on each interface. They notify of each change.
   [[nodiscard]] const ZelVrfSelectionPolicy::VrfHwStatus& actionStatus() const noexcept {
@@ -153,7 +150,7 @@ class ForwardingAgent final {
   using VrfByInterface = std::map<std::string, std::string>;
   class Change;
 
-  [[nodiscard]] SoftChip::ProgramInputs inputs() const;
+  [[nodiscard]] Chips::ProgramInputs inputs() const;
   void bindPolicySm();
   void retryRules();
   void completeChange();
@@ -171,13 +168,10 @@ class ForwardingAgent final {
   Mox::Ptr<Classification::FieldSetConfig> fieldSetConfig_;
   Mox::Ptr<TrafficPolicy::Status> policyStatus_;
   Mox::Ptr<ZelVrfSelectionPolicy::PolicySmMounts> mounts_;
-  Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
-  Mox::Ptr<SoftChip::SoftAclHelper> acl_;
+  std::unique_ptr<Chips::Chip> chip_;
   ChipObserver chipObserver_;
   ChipObserver ruleObserver_;  // of rules only
   Mox::Ptr<PolicyMap::PolicyMapAclHelper> countingAcl_;
-  SoftChip::RouteTables routeTables_;
-  SoftChip::Forwarder forwarder_;
   RouteProgrammer routes_;
   AppliedRules rules_;
   Mox::Ptr<ZelVrfSelectionPolicy::ZelVrfSelectionPolicySm> policySm_;

@@ -14,7 +14,7 @@ using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::HwStatus;
 using ZelVrfSelectionPolicy::ProgrammingResult;
 
-Reprogrammer::Reprogrammer(Mox::Ptr<SoftChip::SoftVrfHelper> chip, SoftChip::ProgramInputs inputs,
+Reprogrammer::Reprogrammer(Mox::Ptr<Chips::ChipVrfHelper> chip, Chips::ProgramInputs inputs,
                            Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm)
     : chip_(std::move(chip)), vrfSm_(std::move(vrfSm)), changedVrfs_(std::move(inputs)) {
   statusSubscriber_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short,
@@ -110,7 +110,7 @@ void Reprogrammer::follow(const VrfAction& action) {
 WaitsFor Reprogrammer::reasonOf(const VrfAction& action, const HwStatus& refusal) const {
   if (refusal.failureReason() == FailureCode::failureVrfResourceExhausted) return WaitsFor::room;
   const L3::VrfName vrf = vrfWithoutId(chip_->currentProgram(action));
-  const bool lacksId = !vrf.empty() && refusal == SoftChip::SoftVrfHelper::outcomeWithoutId(vrf);
+  const bool lacksId = !vrf.empty() && refusal == Chips::ChipVrfHelper::outcomeWithoutId(vrf);
   return lacksId ? WaitsFor::facts : WaitsFor::time;
 }
 

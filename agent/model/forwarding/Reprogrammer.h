@@ -5,8 +5,8 @@
 #include "Velo/Subscriber.h"
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "agent/model/forwarding/RefusedActions.h"
-#include "chips/soft/ChangedVrfs.h"
-#include "chips/soft/SoftVrfHelper.h"
+#include "chips/interface/ChipVrfHelper.h"
+#include "chips/programs/ChangedVrfs.h"
 
 namespace ZelAgent {
 
@@ -36,7 +36,7 @@ namespace ZelAgent {
 class Reprogrammer final {
  public:
   /// `vrfSm` must be the only state machine of its tables, and `chip` its chip.
-  Reprogrammer(Mox::Ptr<SoftChip::SoftVrfHelper> chip, SoftChip::ProgramInputs inputs,
+  Reprogrammer(Mox::Ptr<Chips::ChipVrfHelper> chip, Chips::ProgramInputs inputs,
                Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm);
   Reprogrammer(const Reprogrammer&) = delete;
   Reprogrammer& operator=(const Reprogrammer&) = delete;
@@ -68,9 +68,9 @@ class Reprogrammer final {
   [[nodiscard]] WaitsFor reasonOf(const VrfAction& action,
                                   const ZelVrfSelectionPolicy::HwStatus& refusal) const;
 
-  Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
+  Mox::Ptr<Chips::ChipVrfHelper> chip_;
   Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm_;
-  SoftChip::ChangedVrfs changedVrfs_;
+  Chips::ChangedVrfs changedVrfs_;
   RefusedActions refused_;
   RefusedActions::Step step_ = 0;
   Velo::MemberSubscriber<Reprogrammer> statusSubscriber_{*this};

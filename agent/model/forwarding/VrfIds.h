@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "chips/soft/FreeNumbers.h"
+#include "chips/interface/FreeNumbers.h"
 
 namespace ZelAgent {
 
@@ -31,7 +31,7 @@ class VrfIds final {
 
  private:
   std::map<std::string, std::uint32_t> ids_;
-  SoftChip::FreeNumbers numbers_;
+  Chips::FreeNumbers numbers_;
 };
 
 }  // namespace ZelAgent

@@ -9,8 +9,8 @@
 #include "agent/language/Limits.h"
 #include "agent/language/TcpFlags.h"
 #include "agent/language/Words.h"
-#include "chips/soft/packet/Checksum.h"
-#include "chips/soft/packet/Decapsulation.h"
+#include "chips/packet/Checksum.h"
+#include "chips/packet/Decapsulation.h"
 
 namespace ZelAgent {
 namespace {
@@ -76,7 +76,7 @@ IpFamily readFamily(EventLine& line) {
 void readCarried(EventLine& line, Options& options) {
   const IpFamily family = readFamily(line);
   PacketFields& fields = options.fields;
-  fields.protocol = family == IpFamily::v4 ? SoftChip::protocolIpv4 : SoftChip::protocolIpv6;
+  fields.protocol = family == IpFamily::v4 ? Chips::protocolIpv4 : Chips::protocolIpv6;
   fields.payload = readBuilt(line, family);
   options.carriesPacket = true;
   if (fields.payload.size() > Limits::payloadBytes) {
@@ -127,9 +127,9 @@ void checkUpperLayer(const EventLine& line, const Options& options) {
     line.fail("a packet that carries another one must have no ports and no tcp-flags",
               Word{"carrying", false});
   }
-  if (options.tcpFlags && protocol != SoftChip::protocolTcp)
+  if (options.tcpFlags && protocol != Chips::protocolTcp)
     line.fail("the protocol of a packet with tcp-flags must be 6", found);
-  if (protocol != SoftChip::protocolTcp && protocol != SoftChip::protocolUdp)
+  if (protocol != Chips::protocolTcp && protocol != Chips::protocolUdp)
     line.fail("the protocol of a packet with ports must be 6 or 17", found);
   if (options.fields.fragmentOffset.value_or(0) != 0) {
     line.fail("the fragment-offset of a packet with ports or tcp-flags must be 0",
@@ -142,7 +142,7 @@ Bytes upperLayer(const Options& options) {
   Bytes bytes;
   put16(bytes, options.sourcePort.value_or(0));
   put16(bytes, options.destinationPort.value_or(0));
-  if (options.fields.protocol == SoftChip::protocolTcp) {
+  if (options.fields.protocol == Chips::protocolTcp) {
     bytes.resize(12);
     bytes.push_back(0x50);  // five words
     bytes.push_back(options.tcpFlags.value_or(0));
@@ -169,7 +169,7 @@ void extend(const EventLine& line, const Options& options, Bytes& payload) {
     }
     payload.resize(*options.length - ipBytes(options.fields));
   }
-  if (options.hasPorts() && options.fields.protocol == SoftChip::protocolUdp) {
+  if (options.hasPorts() && options.fields.protocol == Chips::protocolUdp) {
     payload[4] = static_cast<std::uint8_t>(payload.size() >> 8);
     payload[5] = static_cast<std::uint8_t>(payload.size());
   }
@@ -186,7 +186,7 @@ Bytes readBuilt(EventLine& line, IpFamily family) {
     if (!word) break;
     readOption(line, *word, options);
   }
-  if (options.tcpFlags && !options.carriesPacket) fields.protocol = SoftChip::protocolTcp;
+  if (options.tcpFlags && !options.carriesPacket) fields.protocol = Chips::protocolTcp;
   fields.protocol = options.protocol.value_or(fields.protocol);
   checkUpperLayer(line, options);
   if (options.hasPorts() || options.tcpFlags) fields.payload = upperLayer(options);
@@ -239,7 +239,7 @@ Bytes ipv4Header(const PacketFields& fields) {
   put16(header, 0);
   putAddress(header, fields.source);
   putAddress(header, fields.destination);
-  const std::uint16_t checksum = SoftChip::checksumOf(header);
+  const std::uint16_t checksum = Chips::checksumOf(header);
   header[10] = static_cast<std::uint8_t>(checksum >> 8);
   header[11] = static_cast<std::uint8_t>(checksum);
   return header;

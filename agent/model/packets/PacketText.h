@@ -7,7 +7,7 @@
 
 #include "Ip/Prefix.h"
 #include "agent/model/events/EventLine.h"
-#include "chips/soft/packet/PacketHeader.h"
+#include "chips/packet/PacketHeader.h"
 
 namespace ZelAgent {
 
@@ -15,7 +15,7 @@ namespace ZelAgent {
 struct PacketFields {
   Ip::Address source;
   Ip::Address destination;  // of the same family
-  std::uint8_t protocol = SoftChip::protocolUdp;
+  std::uint8_t protocol = Chips::protocolUdp;
   std::uint8_t dscp = 0;  // at most 63
   std::uint8_t ecn = 0;   // at most 3
   std::uint8_t ttl = 64;

@@ -8,7 +8,7 @@ const ChipObserver& RouteProgrammer::noObserver() {
 }
 
 void RouteProgrammer::observe(std::uint32_t vrfId, const IpPrefix& prefix,
-                              const SoftChip::Route* route) const {
+                              const Chips::Route* route) const {
   if (observer_) observer_(RouteCall{vrfId, prefix, route});
 }
 
@@ -26,7 +26,7 @@ void RouteProgrammer::configuredIs(const Configuration& configuration) {
 }
 
 void RouteProgrammer::routeIs(const std::string& vrf, const IpPrefix& prefix,
-                              const SoftChip::Route& route) {
+                              const Chips::Route& route) {
   vrfs_[vrf].routeIs(prefix, route);
 }
 
@@ -46,11 +46,10 @@ void RouteProgrammer::clear() {
 }
 
 std::uint32_t RouteProgrammer::vrfId(const std::string& vrf) const {
-  return SoftChip::factsOf(vrf, inputs_).vrfId;
+  return Chips::factsOf(vrf, inputs_).vrfId;
 }
 
-const SoftChip::Route* RouteProgrammer::programmed(std::uint32_t vrfId,
-                                                   const IpPrefix& prefix) const {
+const Chips::Route* RouteProgrammer::programmed(std::uint32_t vrfId, const IpPrefix& prefix) const {
   const auto table = programmed_.find(vrfId);
   if (table == programmed_.end()) return nullptr;
   const auto route = table->second.routes.find(prefix);
@@ -87,7 +86,7 @@ void RouteProgrammer::program() {
 std::map<std::uint32_t, RouteProgrammer::Content> RouteProgrammer::wantedContents() const {
   std::map<std::uint32_t, Content> contents;
   for (const auto& [name, vrf] : vrfs_) {
-    const SoftChip::VrfFacts facts = SoftChip::factsOf(name, inputs_);
+    const Chips::VrfFacts facts = Chips::factsOf(name, inputs_);
     if (facts.vrfId == 0) continue;
     Content& content = contents[facts.vrfId];
     content.vrfs.push_back(name);
@@ -122,7 +121,7 @@ void RouteProgrammer::add(std::uint32_t vrfId, Table& present, const Content& wa
     chip_.exactMatchLensIs(vrfId, IpFamily::v6, wanted.exactMatchLensV6);
   }
   for (const IpPrefix& prefix : prefixes) {
-    const SoftChip::Route* const route = routeTo(prefix, wanted);
+    const Chips::Route* const route = routeTo(prefix, wanted);
     if (route == nullptr) continue;
     const auto [before, isNew] = present.routes.try_emplace(prefix, *route);
     if (!isNew && before->second == *route) continue;
@@ -142,8 +141,7 @@ void RouteProgrammer::removeOthers(std::uint32_t vrfId, Table& present, const Co
   }
 }
 
-const SoftChip::Route* RouteProgrammer::routeTo(const IpPrefix& prefix,
-                                                const Content& content) const {
+const Chips::Route* RouteProgrammer::routeTo(const IpPrefix& prefix, const Content& content) const {
   for (auto name = content.vrfs.rbegin(); name != content.vrfs.rend(); ++name) {
     const RoutingTable::Routes& routes = vrfs_.at(*name).resolved();
     const auto route = routes.find(prefix);

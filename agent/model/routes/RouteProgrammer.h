@@ -9,7 +9,8 @@
 
 #include "agent/model/calls/ChipCalls.h"
 #include "agent/model/routes/RoutingTable.h"
-#include "chips/soft/VrfProgram.h"
+#include "chips/interface/RouteTables.h"
+#include "chips/programs/VrfProgram.h"
 
 namespace ZelAgent {
 
@@ -25,13 +26,13 @@ namespace ZelAgent {
 class RouteProgrammer final {
  public:
   /// The chip and the observer must outlive this. The observer receives each change of a route.
-  RouteProgrammer(SoftChip::RouteTables& chip, SoftChip::ProgramInputs inputs,
+  RouteProgrammer(Chips::RouteTables& chip, Chips::ProgramInputs inputs,
                   const ChipObserver& observer = noObserver())
       : chip_(chip), inputs_(std::move(inputs)), observer_(observer) {}
 
   /// Sets the static routes of each VRF.
   void configuredIs(const Configuration& configuration);
-  void routeIs(const std::string& vrf, const IpPrefix& prefix, const SoftChip::Route& route);
+  void routeIs(const std::string& vrf, const IpPrefix& prefix, const Chips::Route& route);
   /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const std::string& vrf, const IpPrefix& prefix);
   /// The prefixes of the routes of the VRF.
@@ -44,8 +45,7 @@ class RouteProgrammer final {
   /// The hardware id of the VRF; 0 for none.
   [[nodiscard]] std::uint32_t vrfId(const std::string& vrf) const;
   /// The route that the chip holds. Null for none.
-  [[nodiscard]] const SoftChip::Route* programmed(std::uint32_t vrfId,
-                                                  const IpPrefix& prefix) const;
+  [[nodiscard]] const Chips::Route* programmed(std::uint32_t vrfId, const IpPrefix& prefix) const;
 
   /// Programs what is new or different. Removes nothing from the chip.
   void add();
@@ -54,7 +54,7 @@ class RouteProgrammer final {
 
  private:
   [[nodiscard]] static const ChipObserver& noObserver();
-  void observe(std::uint32_t vrfId, const IpPrefix& prefix, const SoftChip::Route* route) const;
+  void observe(std::uint32_t vrfId, const IpPrefix& prefix, const Chips::Route* route) const;
 
   // What a table is made from, besides the routes of the VRFs.
   struct Content {
@@ -77,11 +77,10 @@ class RouteProgrammer final {
   void removeOthers(std::uint32_t vrfId, Table& present, const Content& wanted,
                     const RoutingTable::Prefixes& prefixes);
   // The route of the table with this content. Null if there is none.
-  [[nodiscard]] const SoftChip::Route* routeTo(const IpPrefix& prefix,
-                                               const Content& content) const;
+  [[nodiscard]] const Chips::Route* routeTo(const IpPrefix& prefix, const Content& content) const;
 
-  SoftChip::RouteTables& chip_;
-  SoftChip::ProgramInputs inputs_;
+  Chips::RouteTables& chip_;
+  Chips::ProgramInputs inputs_;
   const ChipObserver& observer_;
   std::map<std::string, RoutingTable> vrfs_;
   std::map<std::uint32_t, Table> programmed_;

@@ -36,7 +36,7 @@ void setResult(RouteState& state, const RoutingTable& table, const RouteProgramm
     return;
   }
   state.resolved = resolved->second;
-  const SoftChip::Route* const onChip = routes.programmed(vrfId, state.prefix);
+  const Chips::Route* const onChip = routes.programmed(vrfId, state.prefix);
   if (vrfId != 0 && onChip != nullptr && *onChip == resolved->second) return;
   state.result = Result::notProgrammed;
   state.reason = vrfId == 0 ? "the VRF has no hardware id"

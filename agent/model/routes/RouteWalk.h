@@ -18,8 +18,8 @@ struct RouteState {
   std::string vrf;
   IpPrefix prefix;
   Origin origin = Origin::configured;
-  std::vector<NextHop> nextHops;            // of a configured route, in their order
-  std::optional<SoftChip::Route> resolved;  // none for a hidden and for an unresolved route
+  std::vector<NextHop> nextHops;         // of a configured route, in their order
+  std::optional<Chips::Route> resolved;  // none for a hidden and for an unresolved route
   Result result = Result::programmed;
   std::string reason;  // empty if it is programmed
 };

@@ -8,7 +8,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Route;
+using Chips::Route;
 
 // Whether the next hop can be used only if its gateway is reached.
 bool isGateway(const NextHop& nextHop) {

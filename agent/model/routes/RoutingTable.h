@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "agent/config/Configuration.h"
-#include "chips/soft/RouteTables.h"
+#include "chips/interface/Route.h"
 
 namespace ZelAgent {
 
@@ -24,13 +24,13 @@ namespace ZelAgent {
 /// change of the configuration resolves all routes.
 class RoutingTable final {
  public:
-  using Routes = std::map<IpPrefix, SoftChip::Route>;
+  using Routes = std::map<IpPrefix, Chips::Route>;
   using Prefixes = std::set<IpPrefix>;
   using Configured = std::map<IpPrefix, std::vector<NextHop>>;
 
   /// Replaces the configured routes.
   void configuredIs(const std::vector<StaticRoute>& routes);
-  void routeIs(const IpPrefix& prefix, const SoftChip::Route& route);
+  void routeIs(const IpPrefix& prefix, const Chips::Route& route);
   /// Removes the route of an event. Returns whether there was one.
   bool routeDel(const IpPrefix& prefix);
 
@@ -48,7 +48,7 @@ class RoutingTable final {
   void changesDelAll() noexcept { changes_.clear(); }
 
  private:
-  using Resolved = std::optional<SoftChip::Route>;
+  using Resolved = std::optional<Chips::Route>;
   // Prefixes without a usable next hop, each with the number of gateways before it. With these no
   // prefix is tried twice behind the same number of gateways.
   using Unusable = std::set<std::pair<IpPrefix, unsigned>>;

@@ -5,7 +5,7 @@
 
 #include "chips/soft/classify/RuleSets.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// The set of rules that each value of a field of at most eight bits satisfies.
 class ByteField final {
@@ -45,4 +45,4 @@ class ByteField final {
   std::array<RuleSet, 256> sets_{};
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using Classification::PrefixSet;
@@ -152,4 +152,4 @@ void FamilyClassifier::addUpperLayer(const PacketHeader& header, Chosen& chosen)
   }
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "PolicyMap/AclRule.h"
+#include "chips/packet/PacketHeader.h"
 #include "chips/soft/classify/ByteField.h"
 #include "chips/soft/classify/PrefixField.h"
 #include "chips/soft/classify/RangeField.h"
 #include "chips/soft/classify/RuleSets.h"
-#include "chips/soft/packet/PacketHeader.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// Finds the first rule that a packet of one family matches, among thousands, in the time of a few
 /// comparisons.
@@ -62,4 +62,4 @@ class FamilyClassifier final {
   bool isFragmentUsed_ = false;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

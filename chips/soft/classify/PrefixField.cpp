@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using Classification::SharedPrefixSet;
@@ -123,4 +123,4 @@ void PrefixField::compile(RuleSets& sets, std::uint32_t rules, const PrefixSetOf
   }
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -8,7 +8,7 @@
 #include "chips/soft/classify/RuleSets.h"
 #include "chips/soft/routes/PrefixTrie.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// The set of rules that each address satisfies.
 ///
@@ -37,4 +37,4 @@ class PrefixField final {
   PrefixTrie<RuleSet> sets_;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

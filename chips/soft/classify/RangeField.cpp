@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 // The rules that stop and that begin to match at a value.
@@ -41,4 +41,4 @@ RuleSet RangeField::setOf(std::size_t value) const noexcept {
                                  : sets_[static_cast<std::size_t>(next - firsts_.begin()) - 1];
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -8,7 +8,7 @@
 #include "PolicyMap/NumberRange.h"
 #include "chips/soft/classify/RuleSets.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// The set of rules that each value of a field of 16 bits satisfies. The rules divide the values
 /// into intervals, and the values of an interval satisfy the same rules. A lookup is a binary
@@ -34,4 +34,4 @@ class RangeField final {
   std::vector<RuleSet> sets_;        // of the same intervals; that of the first one is `any_`
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

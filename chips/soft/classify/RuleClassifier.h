@@ -6,7 +6,7 @@
 
 #include "chips/soft/classify/FamilyClassifier.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// The rules of one interface, compiled, so that a packet is classified without a comparison with
 /// each. It does not follow later changes of the rules.
@@ -25,4 +25,4 @@ class RuleClassifier final {
   FamilyClassifier v6_;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

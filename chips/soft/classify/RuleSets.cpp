@@ -2,7 +2,7 @@
 
 #include <bit>
 
-namespace SoftChip {
+namespace Chips {
 
 RuleSets::RuleSets(std::size_t rules)
     : blocksPerSet_((rules + rulesPerBlock - 1) / rulesPerBlock),
@@ -61,4 +61,4 @@ std::optional<std::uint32_t> RuleSets::lowestInAll(std::span<const RuleSet> sets
   return std::nullopt;
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-namespace SoftChip {
+namespace Chips {
 
 /// The name of one set.
 using RuleSet = std::uint32_t;
@@ -57,4 +57,4 @@ class RuleSets final {
   std::vector<Block> blocks_;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

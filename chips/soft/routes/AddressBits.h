@@ -5,7 +5,7 @@
 
 #include "Ip/Prefix.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// An address as two numbers, which is faster to search by than an array of bytes.
 ///
@@ -55,4 +55,4 @@ struct AddressBits {
   return bits;
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -6,7 +6,7 @@
 #include "Ip/Prefix.h"
 #include "Mox/Hash.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// The hash of an address, by the seed of the process. Which addresses collide is therefore not
 /// known outside the process.
@@ -19,4 +19,4 @@ struct AddressHash {
   }
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace SoftChip {
+namespace Chips {
 
 FamilyRoutes::FamilyRoutes(Ip::Family family) {
   const std::size_t lengths = Ip::addressBits(family) + 1;
@@ -80,4 +80,4 @@ std::optional<RouteHit> FamilyRoutes::longestPrefix(const Ip::Address& address) 
                   false};
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

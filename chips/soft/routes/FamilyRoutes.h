@@ -7,11 +7,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "chips/interface/Route.h"
 #include "chips/soft/routes/AddressHash.h"
 #include "chips/soft/routes/PrefixTrie.h"
-#include "chips/soft/routes/Route.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// The routes of one VRF and family: some lengths in exact match, the others in a longest-prefix
 /// structure. A length can move from one to the other.
@@ -50,4 +50,4 @@ class FamilyRoutes final {
   std::size_t routes_ = 0;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -13,7 +13,7 @@
 #include "Ip/Prefix.h"
 #include "chips/soft/routes/AddressBits.h"
 
-namespace SoftChip {
+namespace Chips {
 
 /// Finds the longest of very many prefixes that cover an address.
 ///
@@ -245,4 +245,4 @@ class PrefixTrie final {
   std::optional<Value> everywhere_;  // of the prefix of no bits
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -17,7 +17,7 @@ class ChangeProbe final {
   ChangeProbe(ForwardingAgent& agent, Probe probe) : agent_(agent), probe_(std::move(probe)) {
     subscriber_.dispatch = [](Velo::Publisher*, Velo::Subscriber* subscriber, short, const void*,
                               const void*) { Subscriber::ownerOf(subscriber).take(); };
-    agent_.chip().hookObserverIs([this](const SoftChip::HookCall&) { take(); });
+    agent_.chip().hookObserverIs([this](const Chips::HookCall&) { take(); });
     users().publisher().subscriberIs(subscriber_);
     statuses().publisher().subscriberIs(subscriber_);
     ruleStatuses().publisher().subscriberIs(subscriber_);

@@ -15,7 +15,7 @@ ReferenceAction plainly(const VrfAction& action) {
           action.action() == PolicyMap::ActionType::decapVrf};
 }
 
-ReferenceVerdict plainly(const SoftChip::Verdict& verdict) {
+ReferenceVerdict plainly(const Chips::Verdict& verdict) {
   if (verdict.drop) return {std::string(nameOf(*verdict.drop)), "", {}};
   return {"", verdict.egress, verdict.packet};
 }
@@ -89,8 +89,8 @@ bool takeAnythingOut(RandomWorld& world, const Sent& sent) {
 
 ComparedWorld::ComparedWorld(const RandomWorld& world)
     : agent_(world.chipCapacity), reference_(world.configuration, world.chipCapacity) {
-  std::vector<SoftChip::HookCall> calls;
-  agent_.chip().hookObserverIs([&calls](const SoftChip::HookCall& call) { calls.push_back(call); });
+  std::vector<Chips::HookCall> calls;
+  agent_.chip().hookObserverIs([&calls](const Chips::HookCall& call) { calls.push_back(call); });
   agent_.apply(world.configuration);
   agent_.chip().hookObserverIs({});
   take(calls);
@@ -103,8 +103,8 @@ ComparedWorld::ComparedWorld(const RandomWorld& world)
   compareResources();
 }
 
-void ComparedWorld::take(const std::vector<SoftChip::HookCall>& calls) {
-  for (const SoftChip::HookCall& call : calls) {
+void ComparedWorld::take(const std::vector<Chips::HookCall>& calls) {
+  for (const Chips::HookCall& call : calls) {
     const std::string wrong = reference_.called(call);
     if (wrong.empty()) continue;
     std::ostringstream text;

@@ -30,7 +30,7 @@ class ComparedWorld final {
   [[nodiscard]] ReferenceForwarder& reference() { return reference_; }
 
  private:
-  void take(const std::vector<SoftChip::HookCall>& calls);
+  void take(const std::vector<Chips::HookCall>& calls);
   void compareResources();
 
   ForwardingAgent agent_;

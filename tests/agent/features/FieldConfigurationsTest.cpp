@@ -326,18 +326,17 @@ const std::vector<Plan> plans{
 };
 
 // By which VRF a packet left, and whether it left its tunnel.
-class Passage final : public SoftChip::PacketWay {
+class Passage final : public Chips::PacketWay {
  public:
-  void decapsulated(const SoftChip::PacketHeader& /*outer*/,
-                    const SoftChip::PacketHeader& /*arrived*/,
-                    const SoftChip::PacketHeader& /*inner*/) override {
+  void decapsulated(const Chips::PacketHeader& /*outer*/, const Chips::PacketHeader& /*arrived*/,
+                    const Chips::PacketHeader& /*inner*/) override {
     decapsulated_ = true;
   }
-  void dropped(SoftChip::DropReason reason, std::string_view /*detail*/) override {
+  void dropped(Chips::DropReason reason, std::string_view /*detail*/) override {
     outcome_ = "drop " + std::string(nameOf(reason));
   }
   void left(const std::string& intf, const L3::VrfName& vrf,
-            const SoftChip::PacketHeader& /*header*/) override {
+            const Chips::PacketHeader& /*header*/) override {
     outcome_ = intf + " by " + std::string(vrf.bytes()) + (decapsulated_ ? " decapsulated" : "");
   }
 
@@ -366,8 +365,8 @@ TEST_P(FieldPlanTest, SendsEachPacketWhereThePlanSays) {
   int number = 0;
   for (const Arrival& arrival : plan.arrivals) {
     Passage passage;
-    const SoftChip::Verdict verdict =
-        agent.forwarder().forward(arrival.interface, arrival.packet, &passage);
+    const Chips::Verdict verdict =
+        agent.forwarder().explain(arrival.interface, arrival.packet, passage);
     EXPECT_EQ(passage.outcome(), arrival.outcome) << "packet " << ++number;
     EXPECT_EQ(agent.forwarder().forward(arrival.interface, arrival.packet), verdict)
         << "without a listener, packet " << number;

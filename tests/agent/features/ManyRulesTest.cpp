@@ -12,7 +12,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::HookCounts;
+using Chips::HookCounts;
 
 constexpr std::uint32_t ruleCount = 10'000;
 constexpr std::uint32_t actionCount = 4'000;
@@ -74,8 +74,7 @@ class ManyRulesTest : public ::testing::Test {
     // Each rule has taken one packet, so that a rule that was removed and put back shows.
     for (std::uint32_t number = 0; number < ruleCount; ++number)
       ASSERT_EQ(egressOf(number), std::string("to-") + vrfOf(number));
-    agent_.chip().hookObserverIs(
-        [this](const SoftChip::HookCall& call) { calls_.push_back(call); });
+    agent_.chip().hookObserverIs([this](const Chips::HookCall& call) { calls_.push_back(call); });
   }
 
   std::string egressOf(std::uint32_t rule) {
@@ -101,7 +100,7 @@ class ManyRulesTest : public ::testing::Test {
 
   ForwardingAgent agent_{actionCount + 1};
   Configuration configuration_ = manyRules();
-  std::vector<SoftChip::HookCall> calls_;
+  std::vector<Chips::HookCall> calls_;
 };
 
 TEST_F(ManyRulesTest, EachActionHasOneResource) {
@@ -125,7 +124,7 @@ TEST_F(ManyRulesTest, OneRuleIntoANewVrfTouchesOnlyThatRuleAndItsAction) {
   rulesIn(configuration_)[changed] = ruleInto(changed, "new");
   agent_.apply(configuration_);
   ASSERT_EQ(calls_.size(), 1U);
-  EXPECT_EQ(calls_[0].hook, SoftChip::Hook::createVrf);
+  EXPECT_EQ(calls_[0].hook, Chips::Hook::createVrf);
   EXPECT_EQ(calls_[0].action, VrfAction("new", PolicyMap::ActionType::vrf));
   EXPECT_EQ(untouchedByPackets(), (std::set<std::uint32_t>{changed + 1}));
   EXPECT_EQ(egressOf(changed), "to-new");
@@ -144,7 +143,7 @@ TEST_F(ManyRulesTest, ARuleInFrontMovesNoOtherRuleOutOfTheChip) {
   rulesIn(configuration_).erase(rulesIn(configuration_).begin());
   agent_.apply(configuration_);
   ASSERT_EQ(calls_.size(), 1U);
-  EXPECT_EQ(calls_[0].hook, SoftChip::Hook::deleteVrf);
+  EXPECT_EQ(calls_[0].hook, Chips::Hook::deleteVrf);
   EXPECT_TRUE(untouchedByPackets().empty());
   EXPECT_EQ(egressOf(changed), std::string("to-") + vrfOf(changed));
 }

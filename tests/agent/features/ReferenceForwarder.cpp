@@ -106,11 +106,11 @@ void ReferenceForwarder::change(const SetEgressRoute& event) {
   routes_[event.vrf].set({event.prefix, ReferenceWay::leaves, event.interface});
 }
 
-std::string ReferenceForwarder::called(const SoftChip::HookCall& call) {
+std::string ReferenceForwarder::called(const Chips::HookCall& call) {
   const ReferenceAction action{call.action.vrfName().str(), call.action.fallbackVrfName().str(),
                                call.action.postDecapVrfName().str(),
                                call.action.action() == PolicyMap::ActionType::decapVrf};
-  if (call.hook == SoftChip::Hook::deleteVrf) {
+  if (call.hook == Chips::Hook::deleteVrf) {
     programs_.erase(action);
     return "";
   }

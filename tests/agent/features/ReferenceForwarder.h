@@ -13,7 +13,7 @@
 
 #include "agent/config/Configuration.h"
 #include "agent/model/events/Event.h"
-#include "chips/soft/HookCall.h"
+#include "chips/interface/HookCall.h"
 #include "tests/agent/features/ReferencePacket.h"
 #include "tests/agent/features/ReferenceRoutes.h"
 
@@ -54,7 +54,7 @@ class ReferenceForwarder final {
   void play(const Event& event);
   // What the chip does when it is called after all that was played. Gives what is wrong with the
   // outcome of the call; empty where nothing is.
-  [[nodiscard]] std::string called(const SoftChip::HookCall& call);
+  [[nodiscard]] std::string called(const Chips::HookCall& call);
 
   // To be called after the last event and before packets.
   void makeTables();

@@ -79,7 +79,7 @@ class Traffic final {
     std::vector<std::string> ways;
     for (const Destination& destination : destinations) {
       const PacketBytes packet = packetTo(destination, number_++);
-      const SoftChip::Verdict verdict = agent_->forwarder().forward("Ethernet1", packet);
+      const Chips::Verdict verdict = agent_->forwarder().forward("Ethernet1", packet);
       if (!verdict.drop) {
         EXPECT_EQ(verdict.packet, asForwarded(packet));
       }

@@ -25,9 +25,9 @@
 namespace ZelAgent {
 namespace {
 
+using Chips::SoftAclHelper;
+using Chips::SoftVrfHelper;
 using PolicyMap::ActionType;
-using SoftChip::SoftAclHelper;
-using SoftChip::SoftVrfHelper;
 using VrfSelectionPolicy::VrfSelectionFallbackVrf;
 using ZelVrfSelectionPolicy::HwStatus;
 using ZelVrfSelectionPolicy::VrfAction;
@@ -46,7 +46,7 @@ class World final {
 
   // One user, and everything there is to one.
   [[nodiscard]] bool isProgrammed() const {
-    const SoftChip::VrfResource* const resource = chip_->resource(action_);
+    const Chips::VrfResource* const resource = chip_->resource(action_);
     return users_->vrfRefCount().count() == 1 && users_->vrfRefCount(action_) == 1 &&
            statuses_->hwStatus().count() == 1 && statuses_->hwStatusHas(action_) &&
            statuses_->hwStatus(action_) == HwStatus() && chip_->resources().size() == 1 &&
@@ -82,7 +82,7 @@ class World final {
   Mox::Ptr<ZelVrfSelectionPolicy::VrfHwStatus> statuses_ =
       ZelVrfSelectionPolicy::vrfHwStatusFactory();
   Mox::Ptr<SoftVrfHelper> chip_ = Mox::makeActivePtr<SoftVrfHelper>(
-      Velo::String("chip"), SoftChip::ProgramInputs{fallbacks_, routes_, routesV6_}, 10U);
+      Velo::String("chip"), Chips::ProgramInputs{fallbacks_, routes_, routesV6_}, 10U);
   Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm_ = ZelVrfSelectionPolicy::VrfSm::VrfSmIs(
       users_, statuses_, chip_, fallbacks_, routes_, routesV6_);
   Mox::Ptr<UserCountingAclHelper> acl_ = Mox::makeActivePtr<UserCountingAclHelper>(

@@ -11,7 +11,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Hook;
+using Chips::Hook;
 using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::ProgrammingResult;
 

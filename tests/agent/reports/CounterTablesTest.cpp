@@ -19,12 +19,12 @@ constexpr const char* namesOfDrops[] = {
     "malformed",        "badChecksum",    "discardedByRule", "intfClosed",    "noVrfResource",
     "noVrfId",          "noRoute",        "dropRoute",       "decapDisabled", "notATunnel",
     "fragmentedTunnel", "innerMalformed", "congestion",      "nestedDecap",   "ttlExpired"};
-static_assert(std::size(namesOfDrops) == SoftChip::dropReasons);
+static_assert(std::size(namesOfDrops) == Chips::dropReasons);
 
 TEST(CounterTables, EachReasonForADropHasItsCounters) {
-  for (std::size_t reason = 0; reason < SoftChip::dropReasons; ++reason) {
+  for (std::size_t reason = 0; reason < Chips::dropReasons; ++reason) {
     ForwardCounters counters;
-    counters.drops = {{static_cast<SoftChip::DropReason>(reason), {reason + 1, reason + 100}}};
+    counters.drops = {{static_cast<Chips::DropReason>(reason), {reason + 1, reason + 100}}};
     const std::string name = namesOfDrops[reason];
     const std::string packets = std::to_string(reason + 1);
     const std::string bytes = std::to_string(reason + 100);

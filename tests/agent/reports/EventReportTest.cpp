@@ -8,7 +8,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Hook;
+using Chips::Hook;
 using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::HwStatus;
 using ZelVrfSelectionPolicy::ProgrammingResult;
@@ -134,7 +134,7 @@ TEST(EventReport, ShowIsAnsweredWithTheStateInPlaceOfCalls) {
   AgentState state;
   ActionState action;
   action.action = lookUpAction("red");
-  action.resource = SoftChip::VrfResource{1, {}};
+  action.resource = Chips::VrfResource{1, {}};
   state.actions = {action};
   EXPECT_EQ(printedBy([&](std::ostream& out) { writeTextReport(out, played, state); }),
             "f:1: show\n"

@@ -10,12 +10,12 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::DropReason;
-using SoftChip::GoOnReason;
-using SoftChip::OwnVrfReason;
-using SoftChip::PacketHeader;
-using SoftChip::Route;
-using SoftChip::RuleField;
+using Chips::DropReason;
+using Chips::GoOnReason;
+using Chips::OwnVrfReason;
+using Chips::PacketHeader;
+using Chips::Route;
+using Chips::RuleField;
 
 // The only step of the report.
 void expectStep(const PathReport& path, const std::string& line, const std::string& step) {
@@ -33,7 +33,7 @@ struct DropRow {
   const char* text;
 };
 
-constexpr std::array<DropRow, SoftChip::dropReasons> dropRows{{
+constexpr std::array<DropRow, Chips::dropReasons> dropRows{{
     {DropReason::malformed, "malformed", "the IP header is malformed"},
     {DropReason::badChecksum, "badChecksum", "the checksum of the IPv4 header is wrong"},
     {DropReason::discardedByRule, "discardedByRule", "the rule discards it"},
@@ -58,7 +58,7 @@ constexpr std::array<DropRow, SoftChip::dropReasons> dropRows{{
 }};
 
 TEST(PathSteps, ADropHasItsReasonAndTheTextOfTheReason) {
-  for (std::size_t reason = 0; reason < SoftChip::dropReasons; ++reason) {
+  for (std::size_t reason = 0; reason < Chips::dropReasons; ++reason) {
     const DropRow& row = dropRows[reason];
     ASSERT_EQ(static_cast<std::size_t>(row.reason), reason);
     PathReport path = emptyPath();
@@ -168,7 +168,7 @@ TEST(PathSteps, ARuleThatMatchesDiffersByNothing) {
 
 struct ActionRow {
   PolicyMap::RuleAction action;
-  std::optional<SoftChip::ResourceUse> resource;
+  std::optional<Chips::ResourceUse> resource;
   const char* line;
   const char* step;
 };
@@ -178,10 +178,10 @@ TEST(PathSteps, AnActionHasItsResource) {
   const PolicyMap::RuleAction lookUp{ActionType::vrf, "red", {}, {}};
   const PolicyMap::RuleAction decap{ActionType::decapVrf, "red", "blue", "green"};
   const ActionRow rows[] = {
-      {lookUp, SoftChip::ResourceUse{7, false}, "action actionVrf red, resource 7",
+      {lookUp, Chips::ResourceUse{7, false}, "action actionVrf red, resource 7",
        R"({"vrfName":"red","fallbackVrfName":"","postDecapVrfName":"","action":"actionVrf"},)"
        R"("resource":{"index":7,"stale":false})"},
-      {lookUp, SoftChip::ResourceUse{8, true}, "action actionVrf red, resource 8 (stale)",
+      {lookUp, Chips::ResourceUse{8, true}, "action actionVrf red, resource 8 (stale)",
        R"({"vrfName":"red","fallbackVrfName":"","postDecapVrfName":"","action":"actionVrf"},)"
        R"("resource":{"index":8,"stale":true})"},
       {lookUp, std::nullopt, "action actionVrf red, no resource",
@@ -221,9 +221,8 @@ TEST(PathSteps, ALookUpHasItsRoute) {
     for (const bool exactMatch : {false, true}) {
       const Route route{kind, "e9"};
       PathReport path = emptyPath();
-      path.lookedUp(
-          {"red", 2, {}, {}}, destination,
-          SoftChip::RouteTables::Hit{*parseIpPrefix("203.0.113.0/24"), &route, exactMatch});
+      path.lookedUp({"red", 2, {}, {}}, destination,
+                    Chips::RouteHit{*parseIpPrefix("203.0.113.0/24"), &route, exactMatch});
       expectStep(path,
                  "look up 203.0.113.1 in VRF red (id 2): 203.0.113.0/24 " + wordsOf(kind) +
                      (exactMatch ? " (exact match)" : ""),
@@ -275,8 +274,7 @@ TEST(PathSteps, APacketHasEachFieldThatIsSet) {
        "protocol 17 ttl 64 fragment-offset 1, 100 bytes",
        R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100,)"
        R"("fragmentOffset":1,"moreFragments":false)"},
-      {[](PacketHeader& header) { header.ports = SoftChip::Ports{}; },
-       "protocol 17 ttl 64, 100 bytes",
+      {[](PacketHeader& header) { header.ports = Chips::Ports{}; }, "protocol 17 ttl 64, 100 bytes",
        R"("protocol":17,"dscp":0,"ecn":0,"ttl":64,"bytes":100,)"
        R"("sourcePort":0,"destinationPort":0)"},
       {[](PacketHeader& header) {

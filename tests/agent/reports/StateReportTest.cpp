@@ -11,8 +11,8 @@ namespace {
 using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::ProgrammingResult;
 
-SoftChip::VrfProgram programInto(std::uint32_t vrfId) {
-  SoftChip::VrfProgram program;
+Chips::VrfProgram programInto(std::uint32_t vrfId) {
+  Chips::VrfProgram program;
   program.lookUp = {{"red", vrfId, {}, {}}};
   return program;
 }
@@ -132,8 +132,8 @@ TEST(StateReport, EachStatusHasItsCells) {
   }
 }
 
-SoftChip::VrfProgram fullProgram() {
-  SoftChip::VrfProgram program;
+Chips::VrfProgram fullProgram() {
+  Chips::VrfProgram program;
   program.lookUp = {{"red", 2, {24, 32}, {64}}, {"blue", 3, {}, {}}};
   program.fallback = {{"green", 0, {8}, {}}};
   program.postDecap = {{"default", 1, {}, {48}}};
@@ -143,7 +143,7 @@ SoftChip::VrfProgram fullProgram() {
 ActionState fullAction() {
   ActionState state = stateOf(decapAction("red", "green", "default"));
   state.usedBy = {{"e1", "default", "P", 10}, {"e2", "red", "Q", 20}};
-  state.resource = SoftChip::VrfResource{5, fullProgram()};
+  state.resource = Chips::VrfResource{5, fullProgram()};
   state.currentProgram = fullProgram();
   return state;
 }
@@ -204,7 +204,7 @@ TEST(StateReport, TheCellOfAResourceIsItsIndexAndWhetherItIsStale) {
   };
   ActionState state = stateOf(lookUpAction("red"));
   EXPECT_EQ(cellOf(state), "-       ");
-  state.resource = SoftChip::VrfResource{5, programInto(2)};
+  state.resource = Chips::VrfResource{5, programInto(2)};
   state.currentProgram = programInto(2);
   EXPECT_EQ(cellOf(state), "5       ");
   state.currentProgram = programInto(3);
@@ -213,7 +213,7 @@ TEST(StateReport, TheCellOfAResourceIsItsIndexAndWhetherItIsStale) {
 
 TEST(StateReport, ResourcesAreWrittenInFullAndStaleOnesTwice) {
   ActionState current = stateOf(lookUpAction("red"));
-  current.resource = SoftChip::VrfResource{1, programInto(2)};
+  current.resource = Chips::VrfResource{1, programInto(2)};
   current.currentProgram = programInto(2);
   ActionState none = stateOf(lookUpAction("blue"));
   ActionState stale = fullAction();

@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 Ip::Address addressOf(std::uint64_t high, std::uint64_t low) {
@@ -63,4 +63,4 @@ TEST(AddressHash, DependsOnEveryByteOfTheAddress) {
 }
 
 }  // namespace
-}  // namespace SoftChip
+}  // namespace Chips

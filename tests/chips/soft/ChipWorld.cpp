@@ -3,7 +3,7 @@
 #include <ostream>
 #include <sstream>
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using Routing::Hardware::PrefixLensInExactMatch;
@@ -178,4 +178,4 @@ std::optional<std::string> ChipWorld::difference() const {
   return std::nullopt;
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

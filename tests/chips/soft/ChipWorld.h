@@ -11,7 +11,7 @@
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "chips/soft/SoftVrfHelper.h"
 
-namespace SoftChip {
+namespace Chips {
 
 enum class StepKind : std::uint8_t {
   addUser,         // of `action`
@@ -74,4 +74,4 @@ class ChipWorld final {
   Mox::Ptr<ZelVrfSelectionPolicy::VrfSm> vrfSm_;
 };
 
-}  // namespace SoftChip
+}  // namespace Chips

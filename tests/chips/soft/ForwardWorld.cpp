@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace SoftChip {
+namespace Chips {
 
 using PolicyMap::ActionType;
 using PolicyMap::RuleAction;
@@ -49,13 +49,18 @@ void ForwardWorld::ruleWithoutResourceIs(const std::string& intf, const PolicyMa
   EXPECT_TRUE(acl->addRule(name, acl->rules(name).size(), rule).accepted);
 }
 
-Verdict ForwardWorld::forward(const Bytes& packet, PacketWay* way, const std::string& intf) {
+Verdict ForwardWorld::forward(const Bytes& packet, const std::string& intf) {
   const ExactBytes exact(packet);
-  return forwarder.forward(intf, exact.span(), way);
+  return forwarder.forward(intf, exact.span());
+}
+
+Verdict ForwardWorld::explain(const Bytes& packet, PacketWay& way) {
+  const ExactBytes exact(packet);
+  return forwarder.explain("in", exact.span(), way);
 }
 
 std::string ForwardWorld::where(const TestPacket& packet, const std::string& intf) {
-  return shown(forward(packet.bytes(), nullptr, intf));
+  return shown(forward(packet.bytes(), intf));
 }
 
 std::string ForwardWorld::where(const std::string& destination) {
@@ -93,4 +98,4 @@ std::string shown(const Verdict& verdict) {
   return verdict.drop ? std::string(nameOf(*verdict.drop)) : verdict.egress;
 }
 
-}  // namespace SoftChip
+}  // namespace Chips

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "chips/soft/Forwarder.h"
-#include "tests/chips/soft/packet/TestPacket.h"
+#include "chips/soft/SoftForwarder.h"
+#include "tests/chips/packet/TestPacket.h"
 
-namespace SoftChip {
+namespace Chips {
 
 class ForwardWorld final {
  public:
@@ -31,8 +31,8 @@ class ForwardWorld final {
   // The same without the resource.
   void ruleWithoutResourceIs(const std::string& intf, const PolicyMap::AclRule& rule);
 
-  [[nodiscard]] Verdict forward(const Bytes& packet, PacketWay* way = nullptr,
-                                const std::string& intf = "in");
+  [[nodiscard]] Verdict forward(const Bytes& packet, const std::string& intf = "in");
+  [[nodiscard]] Verdict explain(const Bytes& packet, PacketWay& way);
   // The same, shown.
   [[nodiscard]] std::string where(const TestPacket& packet, const std::string& intf = "in");
   [[nodiscard]] std::string where(const std::string& destination);
@@ -45,8 +45,8 @@ class ForwardWorld final {
   Mox::Ptr<SoftVrfHelper> chip = Mox::makeActivePtr<SoftVrfHelper>(
       Velo::String("chip"), ProgramInputs{fallbacks, routes, routesV6}, 100U);
   Mox::Ptr<SoftAclHelper> acl = Mox::makeActivePtr<SoftAclHelper>(Velo::String("acl"), 1000U);
-  RouteTables tables;
-  Forwarder forwarder{*acl, *chip, tables, {fallbacks, routes, routesV6}};
+  SoftRouteTables tables;
+  SoftForwarder forwarder{*acl, *chip, tables, {fallbacks, routes, routesV6}};
 
  private:
   [[nodiscard]] std::uint32_t idOf(const std::string& vrf) const;
@@ -65,4 +65,4 @@ class ForwardWorld final {
 // The interface by which the packet leaves, or the name of the reason of its drop.
 [[nodiscard]] std::string shown(const Verdict& verdict);
 
-}  // namespace SoftChip
+}  // namespace Chips

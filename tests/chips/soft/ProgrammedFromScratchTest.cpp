@@ -24,7 +24,7 @@
 #include "testing/RandomSeed.h"
 #include "tests/chips/soft/ChipWorld.h"
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using PolicyMap::ActionType;
@@ -287,4 +287,4 @@ TEST_F(NotPropagated, TheEndOfTheDefaultVrfAsAFallback) {
 }
 
 }  // namespace
-}  // namespace SoftChip
+}  // namespace Chips

@@ -5,11 +5,11 @@
 #include <random>
 #include <sstream>
 
-#include "chips/soft/classify/RuleField.h"
+#include "chips/interface/RuleField.h"
 #include "testing/RandomSeed.h"
-#include "tests/chips/soft/packet/TestPacket.h"
+#include "tests/chips/packet/TestPacket.h"
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using Classification::PrefixSet;
@@ -50,10 +50,8 @@ class SoftAclHelperTest : public ::testing::Test {
   [[nodiscard]] std::string shown(const Velo::String& intf) const {
     std::ostringstream text;
     const auto& rules = acl_->rules(intf);
-    const auto& counters = acl_->counters(intf);
-    EXPECT_EQ(rules.size(), counters.size());
     for (std::size_t place = 0; place < rules.size(); ++place)
-      text << rules[place].action.vrfName << counters[place].packets << ' ';
+      text << rules[place].action.vrfName << acl_->counter(intf, place).packets << ' ';
     return text.str();
   }
 
@@ -65,7 +63,6 @@ TEST_F(SoftAclHelperTest, IsEmptyAtFirst) {
   EXPECT_EQ(acl_->capacity(), 4U);
   EXPECT_EQ(acl_->rulesInUse(), 0U);
   EXPECT_TRUE(acl_->rules(eth1).empty());
-  EXPECT_TRUE(acl_->counters(eth1).empty());
   EXPECT_TRUE(acl_->intfs().empty());
   EXPECT_EQ(acl_->classify(eth1, headerOf(1)), std::nullopt);
 }
@@ -130,7 +127,7 @@ TEST_F(SoftAclHelperTest, ReplacesAnActionWithoutRoomForAnother) {
   rule.action.vrfName = "other";
   EXPECT_EQ(acl_->replaceRule(eth1, 1, rule), AclResult());
   EXPECT_EQ(acl_->rules(eth1)[1], rule);
-  EXPECT_EQ(acl_->counters(eth1)[1], RuleCounter()) << "it is another rule";
+  EXPECT_EQ(acl_->counter(eth1, 1), PacketCounter()) << "it is another rule";
   EXPECT_EQ(acl_->classify(eth1, headerOf(2)), place);
   EXPECT_EQ(acl_->rulesInUse(), 3U);
 }
@@ -171,7 +168,7 @@ TEST_F(SoftAclHelperTest, CountsByRule) {
   addThree();
   acl_->count(eth1, 1, 100);
   acl_->count(eth1, 1, 50);
-  EXPECT_EQ(acl_->counters(eth1)[1], (RuleCounter{2, 150}));
+  EXPECT_EQ(acl_->counter(eth1, 1), (PacketCounter{2, 150}));
   EXPECT_EQ(shown(eth1), "a0 b2 c0 ");
   acl_->countersReset();
   EXPECT_EQ(shown(eth1), "a0 b0 c0 ");
@@ -364,4 +361,4 @@ TEST(ClassifyLikeALinearScan, OnManyRules) {
 }
 
 }  // namespace
-}  // namespace SoftChip
+}  // namespace Chips

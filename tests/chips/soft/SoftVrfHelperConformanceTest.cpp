@@ -14,14 +14,14 @@ class SoftChipUnderTest final : public ChipUnderTest {
   explicit SoftChipUnderTest(std::uint32_t capacity) : capacity_(capacity) {}
 
   Mox::Ptr<VrfHelper> makeHelper(const ChipFacts& facts) override {
-    const SoftChip::ProgramInputs inputs{facts.fallbacks, facts.routes, facts.routes6};
-    chip_ = Mox::makePtr<SoftChip::SoftVrfHelper>("soft chip", inputs, capacity_);
+    const Chips::ProgramInputs inputs{facts.fallbacks, facts.routes, facts.routes6};
+    chip_ = Mox::makePtr<Chips::SoftVrfHelper>("soft chip", inputs, capacity_);
     return chip_;
   }
   std::optional<std::size_t> resourcesInUse() const override { return chip_->resources().size(); }
   std::optional<std::size_t> capacity() const override { return capacity_; }
   std::optional<std::string> programOf(const VrfAction& action) const override {
-    const SoftChip::VrfResource* const resource = chip_->resource(action);
+    const Chips::VrfResource* const resource = chip_->resource(action);
     if (resource == nullptr) return std::nullopt;
     std::ostringstream text;
     text << resource->program;
@@ -34,7 +34,7 @@ class SoftChipUnderTest final : public ChipUnderTest {
 
  private:
   std::uint32_t capacity_;
-  Mox::Ptr<SoftChip::SoftVrfHelper> chip_;
+  Mox::Ptr<Chips::SoftVrfHelper> chip_;
 };
 
 INSTANTIATE_TEST_SUITE_P(SoftChip, VrfHelperConformance,

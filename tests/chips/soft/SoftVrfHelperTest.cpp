@@ -5,7 +5,7 @@
 #include <sstream>
 #include <vector>
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using PolicyMap::ActionType;
@@ -300,4 +300,4 @@ TEST_F(SoftVrfHelperTest, IndexesAreReusedLowestFirst) {
 }
 
 }  // namespace
-}  // namespace SoftChip
+}  // namespace Chips

@@ -5,7 +5,7 @@
 #include "ZelVrfSelectionPolicy/ZelVrfSelectionPolicy.h"
 #include "tests/chips/soft/ForwardWorld.h"
 
-namespace SoftChip {
+namespace Chips {
 namespace {
 
 using Routing::Hardware::PrefixLensInExactMatch;
@@ -113,4 +113,4 @@ TEST_F(StaleResourceTest, AFailedUpdateKeepsTheOldDecapFlags) {
 }
 
 }  // namespace
-}  // namespace SoftChip
+}  // namespace Chips

@@ -29,8 +29,7 @@ TEST_F(EffectsRecorderTest, CountsRulesOfEachInterface) {
   const auto two = ruleOf(2, "ipv6", {}, toVrf("red"));
   EventEffects effects = effectsOf(edge({one, two}));
   EXPECT_EQ(effects.counts, (ChangeCounts{.creates = 1, .rulesAdded = 4}));
-  EXPECT_EQ(effects.calls,
-            (std::vector<SoftChip::HookCall>{{SoftChip::Hook::createVrf, red, false}}));
+  EXPECT_EQ(effects.calls, (std::vector<Chips::HookCall>{{Chips::Hook::createVrf, red, false}}));
   effects = effectsOf(edge({one, two}));
   EXPECT_EQ(effects.counts, ChangeCounts());
   EXPECT_TRUE(effects.statusChanges.empty());

@@ -17,8 +17,8 @@
 namespace ZelAgent {
 namespace {
 
+using Chips::Hook;
 using PolicyMap::ActionType;
-using SoftChip::Hook;
 using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::ProgrammingResult;
 
@@ -30,7 +30,7 @@ class EventPlayerTest : public ::testing::Test {
   std::string play(const std::string& line) {
     last_ = player_.play(readEvent(line).value());
     std::string text;
-    for (const SoftChip::HookCall& call : last_.calls) {
+    for (const Chips::HookCall& call : last_.calls) {
       text += text.empty() ? "" : ", ";
       text += call.hook == Hook::createVrf ? "create " : "";
       text += call.hook == Hook::updateVrf ? "update " : "";

@@ -41,7 +41,7 @@ class FactsOfTheDefaultVrf : public ::testing::Test {
   OpenConfigBuilder configuration_;
   ForwardingAgent agent_{16};
   EventPlayer player_{agent_, "."};
-  std::vector<SoftChip::HookCall> calls_;
+  std::vector<Chips::HookCall> calls_;
 };
 
 TEST_F(FactsOfTheDefaultVrf, PrefixLengthsReachAnActionThatFallsBackToIt) {

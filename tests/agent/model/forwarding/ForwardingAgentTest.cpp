@@ -13,8 +13,8 @@
 namespace ZelAgent {
 namespace {
 
+using Chips::HookCounts;
 using PolicyMap::ActionType;
-using SoftChip::HookCounts;
 
 class ForwardingAgentTest : public ::testing::Test {
  protected:

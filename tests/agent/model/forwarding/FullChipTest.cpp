@@ -15,7 +15,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Hook;
+using Chips::Hook;
 using ZelVrfSelectionPolicy::failureCodes;
 
 // Records the statuses of an action in the order in which they are published.
@@ -55,7 +55,7 @@ class PublishedStatuses final {
 class FullChip : public ::testing::Test {
  protected:
   FullChip() {
-    agent_.chip().hookObserverIs([this](const SoftChip::HookCall& call) { record(call); });
+    agent_.chip().hookObserverIs([this](const Chips::HookCall& call) { record(call); });
   }
 
   void apply(const SmallConfiguration& small) { agent_.apply(configurationOf(small)); }
@@ -75,7 +75,7 @@ class FullChip : public ::testing::Test {
   ForwardingAgent agent_{1};
 
  private:
-  void record(const SoftChip::HookCall& call) {
+  void record(const Chips::HookCall& call) {
     if (!calls_.empty()) calls_ += ", ";
     if (call.hook == Hook::createVrf) calls_ += "create ";
     if (call.hook == Hook::updateVrf) calls_ += "update ";

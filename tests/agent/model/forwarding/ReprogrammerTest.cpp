@@ -5,6 +5,7 @@
 
 #include "agent/model/forwarding/Reprogrammer.h"
 #include "agent/model/policies/VrfActions.h"
+#include "chips/soft/SoftVrfHelper.h"
 
 namespace ZelAgent {
 namespace {
@@ -62,9 +63,9 @@ class ReprogrammerWithSubscriber : public ::testing::Test {
       VrfSelectionFallbackVrf::VrfSelectionFallbackVrfIs();
   Mox::Ptr<RoutingRouteStatus> routeStatus_ = RoutingRouteStatus::RouteStatusIs();
   Mox::Ptr<Routing6RouteStatus> routeStatusV6_ = Routing6RouteStatus::RouteStatusIs();
-  const SoftChip::ProgramInputs inputs_{fallbacks_, routeStatus_, routeStatusV6_};
-  Mox::Ptr<SoftChip::SoftVrfHelper> chip_ =
-      Mox::makeActivePtr<SoftChip::SoftVrfHelper>(Velo::String("chip"), inputs_, 0U);
+  const Chips::ProgramInputs inputs_{fallbacks_, routeStatus_, routeStatusV6_};
+  Mox::Ptr<Chips::SoftVrfHelper> chip_ =
+      Mox::makeActivePtr<Chips::SoftVrfHelper>(Velo::String("chip"), inputs_, 0U);
   Mox::Ptr<VrfHwConfig> users_ = VrfHwConfig::VrfHwConfigIs();
   Mox::Ptr<VrfHwStatus> statuses_ = VrfHwStatus::VrfHwStatusIs();
   Reprogrammer reprogrammer_{

@@ -36,7 +36,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::HookCall;
+using Chips::HookCall;
 using ZelVrfSelectionPolicy::Testing::randomRounds;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 

@@ -6,7 +6,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Hook;
+using Chips::Hook;
 using ZelVrfSelectionPolicy::FailureCode;
 using ZelVrfSelectionPolicy::HwStatus;
 using ZelVrfSelectionPolicy::ProgrammingResult;
@@ -35,7 +35,7 @@ void HookAnswers::take(const PlanChipFaults& plan) {
   }
 }
 
-bool HookAnswers::isPlanned(const SoftChip::HookCall& call) {
+bool HookAnswers::isPlanned(const Chips::HookCall& call) {
   if (call.hook == Hook::deleteVrf) return false;
   std::uint32_t& ofVrf = faults_[call.action.vrfName().str()];
   std::uint32_t& faults = ofVrf != 0 ? ofVrf : anyFaults_;
@@ -49,7 +49,7 @@ HookAnswers::Outcome HookAnswers::outcomeOf(const VrfAction& action, ForwardingA
   const auto statuses = agent.statuses();
   const auto status = statuses.find(action);
   if (status != statuses.end()) outcome.status = status->second;
-  const SoftChip::VrfResource* const resource = agent.chip().resource(action);
+  const Chips::VrfResource* const resource = agent.chip().resource(action);
   if (resource != nullptr) outcome.program = resource->program;
   return outcome;
 }
@@ -89,13 +89,12 @@ std::string HookAnswers::differenceOf(const VrfAction& action, const Outcome& be
   }
 }
 
-std::string HookAnswers::take(const std::vector<SoftChip::HookCall>& calls,
-                              ForwardingAgent& agent) {
+std::string HookAnswers::take(const std::vector<Chips::HookCall>& calls, ForwardingAgent& agent) {
   std::map<VrfAction, Answers> answers;
   std::string wrong;
   for (const auto& [action, outcome] : before_)
     answers[action];
-  for (const SoftChip::HookCall& call : calls) {
+  for (const Chips::HookCall& call : calls) {
     Answers& ofAction = answers[call.action];
     if (isPlanned(call)) {
       if (!call.failed) wrong = "a planned fault did not happen";

@@ -8,7 +8,7 @@
 
 #include "agent/model/events/Event.h"
 #include "agent/model/forwarding/ForwardingAgent.h"
-#include "chips/soft/HookCall.h"
+#include "chips/interface/HookCall.h"
 
 namespace ZelAgent {
 
@@ -27,13 +27,12 @@ class HookAnswers final {
   // Plans faults as the event does.
   void take(const PlanChipFaults& plan);
   // Takes the calls of a step. Returns what is wrong; empty if nothing is.
-  [[nodiscard]] std::string take(const std::vector<SoftChip::HookCall>& calls,
-                                 ForwardingAgent& agent);
+  [[nodiscard]] std::string take(const std::vector<Chips::HookCall>& calls, ForwardingAgent& agent);
 
  private:
   struct Outcome {
     std::optional<ZelVrfSelectionPolicy::HwStatus> status;
-    std::optional<SoftChip::VrfProgram> program;
+    std::optional<Chips::VrfProgram> program;
 
     bool operator==(const Outcome&) const = default;
   };
@@ -45,7 +44,7 @@ class HookAnswers final {
     Answer lastReal = Answer::none;
   };
 
-  [[nodiscard]] bool isPlanned(const SoftChip::HookCall& call);
+  [[nodiscard]] bool isPlanned(const Chips::HookCall& call);
   [[nodiscard]] static Outcome outcomeOf(const VrfAction& action, ForwardingAgent& agent);
   [[nodiscard]] static std::string differenceOf(const VrfAction& action, const Outcome& before,
                                                 const Answers& answers, ForwardingAgent& agent);

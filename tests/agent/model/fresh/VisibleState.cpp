@@ -21,12 +21,12 @@ std::string textOf(const Value& value) {
   return text.str();
 }
 
-std::string textOf(const SoftChip::Route& route) {
-  if (route.kind == SoftChip::Route::Kind::egress) return "via " + Mox::quoted(route.intf);
-  return route.kind == SoftChip::Route::Kind::drop ? "drop" : "decap";
+std::string textOf(const Chips::Route& route) {
+  if (route.kind == Chips::Route::Kind::egress) return "via " + Mox::quoted(route.intf);
+  return route.kind == Chips::Route::Kind::drop ? "drop" : "decap";
 }
 
-std::string textOf(const SoftChip::Verdict& verdict) {
+std::string textOf(const Chips::Verdict& verdict) {
   if (verdict.drop) return "dropped: " + std::string(nameOf(*verdict.drop));
   std::string text = "leaves by " + Mox::quoted(verdict.egress) + " as";
   for (const std::uint8_t byte : verdict.packet)

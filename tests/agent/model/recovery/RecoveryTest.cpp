@@ -122,7 +122,7 @@ class FaultyAgent final {
   }
 
   [[nodiscard]] std::uint64_t hookCalls() {
-    const SoftChip::HookCounts& counts = agent_.chip().hookCounts();
+    const Chips::HookCounts& counts = agent_.chip().hookCounts();
     return counts.creates + counts.updates + counts.deletes;
   }
 
@@ -152,7 +152,7 @@ class FaultyAgent final {
   [[nodiscard]] std::string staleAction() {
     for (const auto& [action, status] : agent_.statuses()) {
       if (isRefused(status)) continue;
-      const SoftChip::VrfResource* const resource = agent_.chip().resource(action);
+      const Chips::VrfResource* const resource = agent_.chip().resource(action);
       if (resource == nullptr) return "without a resource: " + toText(action);
       if (resource->program != agent_.chip().currentProgram(action)) {
         return "stale: " + toText(action);

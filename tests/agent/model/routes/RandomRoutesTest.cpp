@@ -11,7 +11,7 @@
 namespace ZelAgent {
 namespace {
 
-using SoftChip::Route;
+using Chips::Route;
 using ZelVrfSelectionPolicy::Testing::randomRounds;
 using ZelVrfSelectionPolicy::Testing::RandomSeed;
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "agent/model/routes/RouteProgrammer.h"
+#include "chips/soft/SoftRouteTables.h"
 #include "tests/agent/model/routes/RouteTexts.h"
 #include "tests/platform/Allocations.h"
 
@@ -13,7 +14,7 @@ namespace {
 std::size_t allocationsOfAnEvent(unsigned routes) {
   const auto status = Routing::Hardware::RouteStatus::RouteStatusIs();
   status->vrfStatusIs("red")->vrfIdIs(2);
-  SoftChip::RouteTables chip;
+  Chips::SoftRouteTables chip;
   RouteProgrammer programmer(chip,
                              {nullptr, status, Routing6::Hardware::RouteStatus::RouteStatusIs()});
   Configuration configuration;

@@ -1,5 +1,6 @@
 // The chip's tables follow the routes of VRFs, their ids, and their prefix lengths in exact match.
 #include "agent/model/routes/RouteProgrammer.h"
+#include "chips/soft/SoftRouteTables.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +41,7 @@ class RouteProgrammerTest : public ::testing::Test {
       Routing::Hardware::RouteStatus::RouteStatusIs();
   const Mox::Ptr<Routing6::Hardware::RouteStatus> routeStatusV6_ =
       Routing6::Hardware::RouteStatus::RouteStatusIs();
-  SoftChip::RouteTables chip_;
+  Chips::SoftRouteTables chip_;
   RouteProgrammer programmer_{chip_, {nullptr, routeStatus_, routeStatusV6_}};
 };
 

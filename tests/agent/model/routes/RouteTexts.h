@@ -14,11 +14,11 @@ namespace ZelAgent {
   return parseIpPrefix(text).value();
 }
 
-[[nodiscard]] inline SoftChip::Route via(const std::string& interface) {
-  return {SoftChip::Route::Kind::egress, interface};
+[[nodiscard]] inline Chips::Route via(const std::string& interface) {
+  return {Chips::Route::Kind::egress, interface};
 }
-[[nodiscard]] inline SoftChip::Route decapRoute() {
-  return {SoftChip::Route::Kind::decap, {}};
+[[nodiscard]] inline Chips::Route decapRoute() {
+  return {Chips::Route::Kind::decap, {}};
 }
 
 // A next hop is "drop", an address, or "via INTERFACE".
@@ -46,8 +46,8 @@ namespace ZelAgent {
 [[nodiscard]] inline std::map<std::string, std::string> shown(const RoutingTable::Routes& routes) {
   std::map<std::string, std::string> texts;
   for (const auto& [prefix, route] : routes) {
-    const bool leaves = route.kind == SoftChip::Route::Kind::egress;
-    const bool drops = route.kind == SoftChip::Route::Kind::drop;
+    const bool leaves = route.kind == Chips::Route::Kind::egress;
+    const bool drops = route.kind == Chips::Route::Kind::drop;
     texts[toText(prefix)] = leaves ? "via " + route.intf : std::string(drops ? "drop" : "decap");
   }
   return texts;

@@ -33,8 +33,7 @@ class AnswersInParts : public ServedClients {
   }
 
   void addRoute(int number) {
-    served_.agent().routes().routeIs("red", hostRoute(number),
-                                     {SoftChip::Route::Kind::egress, "e1"});
+    served_.agent().routes().routeIs("red", hostRoute(number), {Chips::Route::Kind::egress, "e1"});
   }
   std::string whole(bool asJson) {
     const CommandOutput output = runCommand(served_, "show routes", asJson);
