@@ -123,13 +123,13 @@ class RoutesReader final {
   }
 
   void readRoute(const JsonNode& node) {
-    const JsonObject entry(node);
-    const auto prefix = readKey(entry, entry.child("config"), "prefix", readPrefix);
-    prefixes_.add(prefix, node);
     if (peek(node.value(), {"next-hop-group"}) != nullptr) {
       node.warn("only next-hops are read; the route, which has a next-hop-group, is left out");
       return;
     }
+    const JsonObject entry(node);
+    const auto prefix = readKey(entry, entry.child("config"), "prefix", readPrefix);
+    prefixes_.add(prefix, node);
     auto nextHops = readNextHops(entry);
     if (prefix && !nextHops.empty()) routes_.push_back({*prefix, std::move(nextHops)});
   }

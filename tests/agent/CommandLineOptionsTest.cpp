@@ -378,14 +378,14 @@ TEST_F(CommandLineOptions, ShowPrintsTheLimitsAsTextOrJson) {
             rows.size() + 1);
   EXPECT_EQ(rows.at(0)["value"], 100);
   EXPECT_EQ(rows.at(0)["option"], nullptr);
-  EXPECT_EQ(rows.at(5), nlohmann::json({{"name", "number"},
+  EXPECT_EQ(rows.at(6), nlohmann::json({{"name", "number"},
                                         {"value", 4294967295U},
                                         {"unit", nullptr},
                                         {"option", nullptr},
                                         {"meaning",
                                          "a number of an event, a command or an option; a larger "
                                          "one is an error"}}));
-  EXPECT_EQ(rows.at(9)["option"], "--chip-capacity");
+  EXPECT_EQ(rows.at(10)["option"], "--chip-capacity");
 }
 
 TEST_F(CommandLineOptions, ShowThatCannotBeWrittenIsAnError) {

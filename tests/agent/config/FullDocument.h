@@ -67,7 +67,7 @@ inline const nlohmann::json& fullDocument() {
        {"id": "i2",
         "config": {"id": "i2", "interface": "e2", "subinterface": 2, "enabled": true}}]},
      "protocols": {"protocol": [{"identifier": "STATIC", "name": "s",
-       "config": {"identifier": "STATIC", "name": "s"},
+       "config": {"identifier": "STATIC", "name": "s", "enabled": true},
        "static-routes": {"static": [{"prefix": "203.0.113.0/24",
          "config": {"prefix": "203.0.113.0/24"},
          "next-hops": {"next-hop": [{"index": "0",

@@ -48,6 +48,7 @@ inline constexpr Leaf leafTable[] = {
     {"$RED/config/fallback-network-instance", LeafKind::name},
     {"$RED/config/enabled", LeafKind::flag},
     {"$INTERFACE/config/enabled", LeafKind::flag},
+    {"$PROTOCOL/config/enabled", LeafKind::flag},
     {"$INTERFACE/id", LeafKind::name, KeyRole::key},
     {"$INTERFACE/config/id", LeafKind::name, KeyRole::copy},
     {"$INTERFACE/config/interface", LeafKind::name},

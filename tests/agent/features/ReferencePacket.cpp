@@ -75,7 +75,9 @@ bool isFollowed(std::uint8_t nextHeader) {
 bool readBehindFixedHeader(const PacketBytes& packet, ReferenceHeader& header) {
   std::uint8_t next = packet[6];
   std::size_t at = ipv6Bytes;
+  int fragmentHeaders = 0;
   while (isFollowed(next)) {
+    if (next == 44 && ++fragmentHeaders > 1) break;
     if (at + 8 > header.totalLength) return false;
     const bool isFragmentHeader = next == 44;
     const std::size_t length = isFragmentHeader ? 8 : 8 + packet[at + 1] * 8U;
