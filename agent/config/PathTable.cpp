@@ -57,7 +57,8 @@ std::vector<Section> instanceSections() {
        {
            {"identifier", identity, keyCopy, R"("STATIC")", "STATIC: the entry has static routes"},
            {"name", text, keyCopy, R"("static")", "any name"},
-           {"enabled", flag, optional, "true", "false: the static routes of the entry are not used"},
+           {"enabled", flag, optional, "true",
+            "false: the static routes of the entry are not used"},
        }},
       {route + "/config",
        {

@@ -25,11 +25,11 @@ class ReloadStorm : public ServedClients {
 
   ServedAgent reloaded_{writeSmall("served.json", {{{"red"}}, {"red"}, {"e1"}}), 8};
   int stormsLeft_ = 0;  // while a reload runs
-  CoalescedCall reloads_{
-      scheduler_, [this] {
-        if (stormsLeft_-- > 0) hangUp(60);
-        static_cast<void>(reportReload("served.json", [this] { return reloaded_.reload().warnings; }));
-      }};
+  CoalescedCall reloads_{scheduler_, [this] {
+                           if (stormsLeft_-- > 0) hangUp(60);
+                           static_cast<void>(reportReload(
+                               "served.json", [this] { return reloaded_.reload().warnings; }));
+                         }};
 };
 
 TEST_F(ReloadStorm, BeforeAReloadIsOneReload) {
