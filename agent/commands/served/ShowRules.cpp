@@ -59,6 +59,7 @@ ReportPagesPtr showUsers(const CommandCall& call) {
   RuleFilter filter = readRuleFilter(call);
   std::vector<ActionState> states = selectedState(call, filter, UserLists::none).actions;
   std::vector<VrfAction> actions;
+  actions.reserve(states.size());
   for (const ActionState& state : states)
     actions.push_back(state.action);
   filter.failed = false;  // it has selected actions, and selects no rules

@@ -57,7 +57,8 @@ void UserGroups::readRules() {
   hasMore_ = rules_(rules);
   for (RuleState& rule : rules) {
     const auto action = usedAction(rule);
-    const auto found = action ? group_.find(*action) : group_.end();
+    if (!action) continue;
+    const auto found = group_.find(*action);
     if (found != group_.end()) found->second.push_back({*action, std::move(rule.user)});
   }
 }
