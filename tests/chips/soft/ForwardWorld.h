@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "chips/soft/SoftForwarder.h"
+#include "chips/soft/SoftVrfHelper.h"
 #include "tests/chips/packet/TestPacket.h"
 
 namespace Chips {
