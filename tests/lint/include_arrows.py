@@ -38,9 +38,30 @@ def standard_or_unix(header):
     return standard(header) or header in ("fcntl.h", "unistd.h") or header.startswith("sys/")
 
 
+def fixed_size_types(header):
+    return header == "linux/types.h"
+
+
+def standard_or_fixed_size_types(header):
+    return standard(header) or fixed_size_types(header)
+
+
+def kernel_program_header(header):
+    return header.startswith(("linux/", "bpf/"))
+
+
 def any_header(_header):
     return True
 
+
+# What a fault says about the headers that each of the functions above allows.
+ALLOWED_FOREIGN = {
+    standard: "C++ standard headers",
+    standard_or_unix: "C++ standard headers, <fcntl.h>, <unistd.h> and <sys/...>",
+    fixed_size_types: "<linux/types.h>",
+    kernel_program_header: "<linux/...> and <bpf/...>",
+    standard_or_fixed_size_types: "C++ standard headers and <linux/types.h>",
+}
 
 LIBRARY = "ZelVrfSelectionPolicy"
 
@@ -185,6 +206,28 @@ ARROWS = [
     (LIBRARY, ["platform", LIBRARY], standard),  # the umbrella header and the module start
     ("testing", ["platform", LIBRARY, "testing"], any_header),
     *chip_rows(),
+    ("chips/tables", ["platform", "chips/tables"], standard_or_fixed_size_types),
+    # Programs of the kernel include it, too.
+    ("chips/tables/layout", ["chips/tables/layout"], fixed_size_types),
+    (
+        "chips/kernel",
+        [
+            "platform",
+            LIBRARY,
+            "chips/packet",
+            "chips/programs",
+            "chips/interface",
+            "chips/tables",
+            "chips/kernel",
+        ],
+        any_header,
+    ),
+    ("chips/kernel/layout", ["chips/tables/layout", "chips/kernel/layout"], fixed_size_types),
+    (
+        "chips/kernel/bpf",
+        ["chips/tables/layout", "chips/kernel/layout", "chips/kernel/bpf"],
+        kernel_program_header,
+    ),
     *agent_rows(),
     ("agent", ["platform", LIBRARY, "testing", *CHIPS_FOR_AGENTS, "agent"], any_header),
     ("tests", [""], any_header),
@@ -236,8 +279,7 @@ def fault_of(spelling, includer, row, tracked):
         if own and "" not in allowed:
             return f'<{header}> is an own header; allowed is "{header}"'
         if not allows_foreign(header):
-            also = ", <fcntl.h>, <unistd.h> and <sys/...>" if allows_foreign is standard_or_unix else ""
-            return f"{folder}/ may not include <{header}>; allowed are C++ standard headers{also}"
+            return f"{folder}/ may not include <{header}>; allowed are {ALLOWED_FOREIGN[allows_foreign]}"
         return None
     if not own:
         return (
@@ -269,7 +311,7 @@ def check(root, paths):
 
 def main(arguments):
     root = str(pathlib.Path(arguments[0] if arguments else ".").resolve())
-    faults = list(check(root, tracked("include_arrows", root, "*.h", "*.cpp")))
+    faults = list(check(root, tracked("include_arrows", root, "*.h", "*.c", "*.cpp")))
     for fault in faults:
         print(fault)
     return 1 if faults else 0

@@ -55,6 +55,11 @@ TREE = {
     f"{LIBRARY}/{LIBRARY}.h": [f'"{LIBRARY}/policy/PolicySm.h"'],
     f"{LIBRARY}/{LIBRARY}.cpp": [f'"{LIBRARY}/{LIBRARY}.h"', f'"{LIBRARY}/reflection/Types.h"'],
     "testing/Recorder.h": [f'"{LIBRARY}/{LIBRARY}.h"', "<gtest/gtest.h>"],
+    "chips/tables/layout/Node.h": ["<linux/types.h>"],
+    "chips/tables/Trie.h": ['"chips/tables/layout/Node.h"', '"L3/VrfName.h"', "<vector>"],
+    "chips/kernel/layout/Port.h": ['"chips/tables/layout/Node.h"', "<linux/types.h>"],
+    "chips/kernel/bpf/parse.h": ['"chips/kernel/layout/Port.h"', "<linux/bpf.h>", "<bpf/bpf_helpers.h>"],
+    "chips/kernel/Plane.h": ['"chips/tables/Trie.h"', '"chips/kernel/layout/Port.h"', "<bpf/bpf.h>"],
     "chips/interface/Chip.h": [f'"{LIBRARY}/tables/Config.h"', '"L3/VrfName.h"'],
     "agent/Agent.h": ['"chips/interface/Chip.h"', '"testing/Recorder.h"', "<CLI/CLI.hpp>"],
     "benchmarks/Bench.h": ['"agent/Agent.h"', "<benchmark/benchmark.h>"],
@@ -71,12 +76,16 @@ BOST = "platform/Bost/TimerWheel.h"
 VALUES, TABLES = f"{LIBRARY}/values/Action.h", f"{LIBRARY}/tables/Config.h"
 VRF, POLICY = f"{LIBRARY}/vrf/VrfSm.h", f"{LIBRARY}/policy/PolicySm.h"
 REFLECTION, UMBRELLA = f"{LIBRARY}/reflection/Types.h", f"{LIBRARY}/{LIBRARY}.h"
+CHIP_LAYOUT, CHIP_TABLES = "chips/tables/layout/Node.h", "chips/tables/Trie.h"
+KERNEL_LAYOUT, KERNEL_PROGRAM = "chips/kernel/layout/Port.h", "chips/kernel/bpf/parse.h"
+KERNEL_CHIP = "chips/kernel/Plane.h"
 TESTING, CHIP, AGENT = "testing/Recorder.h", "chips/interface/Chip.h", "agent/Agent.h"
 OUTSIDE = ["tests/agent/Fixture.h", "benchmarks/Bench.h", "fuzz/Fuzz.h", "examples/Example.h"]
 FRAMEWORK = [VELO, QUARRY, MOX, BLINKLOG, DUOLOG, BOST]
 PLATFORM = [*FRAMEWORK, *DOMAIN_TYPES, TRAFFIC_POLICY]
 WHOLE_LIBRARY = [VALUES, TABLES, VRF, POLICY, REFLECTION, UMBRELLA]
-EVERYTHING = [*PLATFORM, *WHOLE_LIBRARY, TESTING, CHIP, AGENT, *OUTSIDE]
+CHIPS = [CHIP_LAYOUT, CHIP_TABLES, KERNEL_LAYOUT, KERNEL_PROGRAM, KERNEL_CHIP, CHIP]
+EVERYTHING = [*PLATFORM, *WHOLE_LIBRARY, TESTING, *CHIPS, AGENT, *OUTSIDE]
 MAY_INCLUDE = {
     VELO: [VELO],
     QUARRY: [VELO, QUARRY],
@@ -93,6 +102,11 @@ MAY_INCLUDE = {
     REFLECTION: [*PLATFORM, VALUES, TABLES, VRF, POLICY, REFLECTION],
     UMBRELLA: [*PLATFORM, *WHOLE_LIBRARY],
     TESTING: [*PLATFORM, *WHOLE_LIBRARY, TESTING],
+    CHIP_LAYOUT: [CHIP_LAYOUT],
+    CHIP_TABLES: [*PLATFORM, CHIP_LAYOUT, CHIP_TABLES],
+    KERNEL_LAYOUT: [CHIP_LAYOUT, KERNEL_LAYOUT],
+    KERNEL_PROGRAM: [CHIP_LAYOUT, KERNEL_LAYOUT, KERNEL_PROGRAM],
+    KERNEL_CHIP: [*PLATFORM, *WHOLE_LIBRARY, *CHIPS],
     CHIP: [*PLATFORM, *WHOLE_LIBRARY, CHIP],
     AGENT: [*PLATFORM, *WHOLE_LIBRARY, TESTING, CHIP, AGENT],
     **{path: EVERYTHING for path in OUTSIDE},
@@ -315,7 +329,7 @@ class IncludeArrows(unittest.TestCase):
         empty.mkdir()
         processes.run(["git", "init", str(empty)], check=True, capture_output=True)
         self.root = str(empty)
-        self.assertIn("tracks no *.h and no *.cpp", self.run_on_repository().stderr)
+        self.assertIn("tracks no *.h and no *.c and no *.cpp", self.run_on_repository().stderr)
 
 
 if __name__ == "__main__":
