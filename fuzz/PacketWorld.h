@@ -7,6 +7,7 @@
 #include <string>
 
 #include "chips/soft/SoftForwarder.h"
+#include "chips/soft/SoftVrfHelper.h"
 #include "fuzz/FuzzedBytes.h"
 
 namespace Fuzz {

@@ -27,8 +27,10 @@ bool isIdentity(std::string_view text) {
          });
 }
 
-// "; did you mean 'DROP'?" for DROP and for a word that is nearly the same, in any case.
+// "; did you mean 'DROP'?" for DROP and for a word that is nearly the same, in any case and behind
+// any prefix.
 std::string suggestionOfDrop(std::string way) {
+  way.erase(0, way.rfind(':') + 1);
   for (char& byte : way) {
     if (byte >= 'a' && byte <= 'z') byte = static_cast<char>(byte - 'a' + 'A');
   }

@@ -1,6 +1,5 @@
 #include "agent/reports/PathReport.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -100,7 +99,11 @@ const char* textOf(GoOnReason reason) {
 
 }  // namespace
 
-PathReport::PathReport(RuleStates rules) : rules_(std::move(rules)) {}
+PathReport::PathReport(RuleStates rules) : rules_(std::move(rules)) {
+  for (std::size_t index = 0; index < rules_.size(); ++index) {
+    if (rules_[index].place) indexes_.emplace(*rules_[index].place, index);
+  }
+}
 
 PathReport::PathReport(PathReport&&) noexcept = default;
 
@@ -206,8 +209,7 @@ void PathReport::add(std::string line, OrderedJson step) {
 }
 
 const RuleState& PathReport::ruleAt(std::size_t place) const {
-  return *std::find_if(rules_.begin(), rules_.end(),
-                       [place](const RuleState& rule) { return rule.place == place; });
+  return rules_[indexes_.at(place)];
 }
 
 PathReport explain(ForwardingAgent& agent, const std::string& interface,

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "agent/model/forwarding/AgentState.h"
@@ -67,6 +69,7 @@ class PathReport final : public Chips::PacketWay {
   [[nodiscard]] const RuleState& ruleAt(std::size_t place) const;
 
   RuleStates rules_;
+  std::unordered_map<std::size_t, std::size_t> indexes_;  // in `rules_`, by place
   std::vector<std::string> lines_;
   std::vector<OrderedJson> steps_;
 };

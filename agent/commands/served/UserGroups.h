@@ -15,9 +15,10 @@ namespace ZelAgent {
 /// Reads the users of several actions, of one action after the other.
 ///
 /// A reading of all rules finds the users of a group of actions. A group has the next actions that
-/// together have at most `usersOfAGroup` users, or one action with more. The users of such a single
-/// action are not kept. So n users need at most 2 * n / `usersOfAGroup` + 1 readings, and the users
-/// that are kept are few.
+/// together had at most `usersOfAGroup` users when the actions were listed, or one action with
+/// more. The users of such a single action are not kept. So n users need at most 2 * n /
+/// `usersOfAGroup` + 1 readings, and few users are kept. A change in between may give the actions
+/// of a group more users, which are kept too.
 class UserGroups final : public std::enable_shared_from_this<UserGroups> {
  public:
   static constexpr std::size_t usersOfAGroup = 1000;

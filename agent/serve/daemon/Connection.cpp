@@ -18,8 +18,9 @@ Connection::Connection(std::unique_ptr<Stream> stream, Scheduler& scheduler,
 }
 
 void Connection::takeTurn() {
+  const std::size_t room = room_.forNext();
   Reply reply =
-      rest_ ? service_.continued(std::move(rest_)) : service_.reply(lines_.next(), room_.forNext());
+      rest_ ? service_.continued(std::move(rest_), room) : service_.reply(lines_.next(), room);
   rest_ = std::move(reply.rest);
   isLast_ = reply.isLast;
   send(std::move(reply.bytes));

@@ -19,7 +19,7 @@ std::string insideQuotes(const std::string& text) {
 AnswerPages::AnswerPages(ReportPagesPtr pages, Framing framing, bool asJson)
     : pages_(std::move(pages)), framing_(framing), asJson_(asJson) {}
 
-std::string AnswerPages::next() {
+std::string AnswerPages::next(std::size_t /*room*/) {
   const bool isFirst = !std::exchange(hasBegun_, true);
   std::string part = framed(nextPages());
   if (framing_ == Framing::text) return hasNext() ? part : part + endOfText;

@@ -19,7 +19,7 @@ class AnswerPages final : public AnswerParts {
 
   [[nodiscard]] bool hasNext() const override { return pages_->hasNext(); }
   /// A part is empty if the report needs more time for its next page.
-  [[nodiscard]] std::string next() override;
+  [[nodiscard]] std::string next(std::size_t room) override;
 
  private:
   [[nodiscard]] std::string nextPages();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace ZelAgent {
@@ -13,8 +14,9 @@ class AnswerParts {
   virtual ~AnswerParts() = default;
 
   [[nodiscard]] virtual bool hasNext() const = 0;
-  /// The next part. It is empty if the part cannot be made yet. Precondition: there is one.
-  [[nodiscard]] virtual std::string next() = 0;
+  /// The next part. It is empty if the part cannot be made yet. A part of more than
+  /// `Limits::shortAnswerBytes` bytes has at most `room` bytes. Precondition: there is a part.
+  [[nodiscard]] virtual std::string next(std::size_t room) = 0;
 };
 
 }  // namespace ZelAgent

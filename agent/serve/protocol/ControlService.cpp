@@ -52,18 +52,6 @@ Answer answerToFailure() {
   }
 }
 
-std::optional<std::string> bytesOf(const AwaitedOutput& awaited, Framing framing,
-                                   std::size_t longest) {
-  try {
-    auto output = awaited();
-    if (!output) return std::nullopt;
-    std::string bytes = toBytes({ExitStatus::success, std::move(*output)}, framing);
-    return bytes.size() > longest ? toBytes(tooLong(bytes.size(), longest), framing) : bytes;
-  } catch (const std::exception&) {
-    return toBytes(answerToFailure(), framing);
-  }
-}
-
 }  // namespace
 
 Reply ControlService::reply(const RequestLine& line, std::size_t room) noexcept {
@@ -74,9 +62,9 @@ Reply ControlService::reply(const RequestLine& line, std::size_t room) noexcept 
   }
 }
 
-Reply ControlService::continued(std::unique_ptr<AnswerParts> rest) noexcept {
+Reply ControlService::continued(std::unique_ptr<AnswerParts> rest, std::size_t room) noexcept {
   try {
-    return replyInParts(std::move(rest));
+    return replyInParts(std::move(rest), room);
   } catch (const std::bad_alloc&) {
     Duolog::outOfMemory();
   } catch (const std::exception&) {
@@ -87,23 +75,34 @@ Reply ControlService::continued(std::unique_ptr<AnswerParts> rest) noexcept {
 Reply ControlService::replyTo(const RequestLine& line, std::size_t room) {
   const Framing framing = framingOf(line.text);
   auto answer = answerTo(line);
-  if (auto* const pages = std::get_if<std::unique_ptr<AnswerParts>>(&answer))
-    return continued(std::move(*pages));
-  Reply reply{toBytes(std::get<Answer>(answer), framing), line.kind == RequestLine::Kind::tooLong,
-              nullptr};
-  const std::size_t size = reply.bytes.size();
-  if (size > longestReply_) {
-    reply.bytes = toBytes(tooLong(size, longestReply_), framing);
-  } else if (size > room) {
-    reply.bytes = toBytes(withoutRoom(size, room), framing);
-  }
+  if (auto* const parts = std::get_if<std::unique_ptr<AnswerParts>>(&answer))
+    return continued(std::move(*parts), room);
+  return {bounded(std::get<Answer>(answer), framing, room), line.kind == RequestLine::Kind::tooLong,
+          nullptr};
+}
+
+Reply ControlService::replyInParts(std::unique_ptr<AnswerParts> parts, std::size_t room) {
+  Reply reply{parts->next(room), false, nullptr};
+  if (parts->hasNext()) reply.rest = std::move(parts);
   return reply;
 }
 
-Reply ControlService::replyInParts(std::unique_ptr<AnswerParts> pages) {
-  Reply reply{pages->next(), false, nullptr};
-  if (pages->hasNext()) reply.rest = std::move(pages);
-  return reply;
+std::string ControlService::bounded(const Answer& answer, Framing framing, std::size_t room) const {
+  std::string bytes = toBytes(answer, framing);
+  if (bytes.size() > longestReply_) return toBytes(tooLong(bytes.size(), longestReply_), framing);
+  if (bytes.size() > room) return toBytes(withoutRoom(bytes.size(), room), framing);
+  return bytes;
+}
+
+std::optional<std::string> ControlService::awaited(const AwaitedOutput& output, Framing framing,
+                                                   std::size_t room) const {
+  try {
+    auto complete = output();
+    if (!complete) return std::nullopt;
+    return bounded({ExitStatus::success, std::move(*complete)}, framing, room);
+  } catch (const std::exception&) {
+    return toBytes(answerToFailure(), framing);
+  }
 }
 
 std::variant<Answer, std::unique_ptr<AnswerParts>> ControlService::answerTo(
@@ -121,10 +120,10 @@ std::variant<Answer, std::unique_ptr<AnswerParts>> ControlService::answerTo(
     if (auto* const pages = std::get_if<ReportPagesPtr>(&result)) {
       return std::make_unique<AnswerPages>(std::move(*pages), framingOf(line.text), request.asJson);
     }
-    if (auto* const awaited = std::get_if<AwaitedOutput>(&result)) {
+    if (auto* const output = std::get_if<AwaitedOutput>(&result)) {
       return std::make_unique<AwaitedAnswer>(
-          [awaited = std::move(*awaited), framing = framingOf(line.text), longest = longestReply_] {
-            return bytesOf(awaited, framing, longest);
+          [this, output = std::move(*output), framing = framingOf(line.text)](std::size_t room) {
+            return awaited(output, framing, room);
           });
     }
     return Answer{ExitStatus::success, std::move(std::get<CommandOutput>(result))};

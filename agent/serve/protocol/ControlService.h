@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 
+#include "agent/commands/served/CommandCall.h"
 #include "agent/serve/protocol/Answer.h"
 #include "agent/serve/protocol/AnswerParts.h"
 #include "agent/serve/protocol/Request.h"
@@ -27,6 +29,8 @@ struct Reply {
 /// answered.
 class ControlService final {
  public:
+  static constexpr std::size_t anyRoom = std::numeric_limits<std::size_t>::max();
+
   /// The agent must outlive this.
   ControlService(ServedAgent& served, std::size_t longestReply)
       : served_(served), longestReply_(longestReply) {}
@@ -34,15 +38,18 @@ class ControlService final {
   /// A reply of more bytes than `longestReply`, or than `room` at the moment, is replaced by an
   /// error. The command has been run in both cases.
   [[nodiscard]] Reply reply(const RequestLine& line, std::size_t room = anyRoom) noexcept;
-  /// The next part of an answer. If it cannot be made, the reply is empty and the last one, so that
+  /// The next part of an answer. A long answer for which a command waited is replaced like that of
+  /// `reply`. If the part cannot be made, the reply is empty and the last one, so that
   /// the client sees an answer without an end.
-  [[nodiscard]] Reply continued(std::unique_ptr<AnswerParts> rest) noexcept;
+  [[nodiscard]] Reply continued(std::unique_ptr<AnswerParts> rest,
+                                std::size_t room = anyRoom) noexcept;
 
  private:
-  static constexpr std::size_t anyRoom = std::numeric_limits<std::size_t>::max();
-
   [[nodiscard]] Reply replyTo(const RequestLine& line, std::size_t room);
-  [[nodiscard]] Reply replyInParts(std::unique_ptr<AnswerParts> pages);
+  [[nodiscard]] Reply replyInParts(std::unique_ptr<AnswerParts> parts, std::size_t room);
+  [[nodiscard]] std::string bounded(const Answer& answer, Framing framing, std::size_t room) const;
+  [[nodiscard]] std::optional<std::string> awaited(const AwaitedOutput& output, Framing framing,
+                                                   std::size_t room) const;
   [[nodiscard]] std::variant<Answer, std::unique_ptr<AnswerParts>> answerTo(
       const RequestLine& line);
 

@@ -282,7 +282,7 @@ TEST(ForeignNextHop, IsLeftOutWithOneWarningAndItsRouteIfItHasNoOther) {
       "only an IP address, an interface or DROP is read; the next hop is ignored, and its route "
       "if it has no other";
   for (const char* const kind :
-       {"LOCAL_LINK", "openconfig-local-routing:LOCAL_LINK", "vendor:DROP"}) {
+       {"LOCAL_LINK", "openconfig-local-routing:LOCAL_LINK", "vendor:LOCAL_LINK"}) {
     const json alone = fullDocumentWith({{"$HOP/config/next-hop", kind}, {"$HOP/odd", 1}});
     Configuration expected = fullConfiguration();
     expected.networkInstances[1].staticRoutes.clear();
@@ -330,7 +330,7 @@ TEST(DisabledProtocol, HasNoRoutes) {
 TEST(MisspeltDrop, IsAnErrorThatNamesIt) {
   for (const char* const way :
        {"DORP", "DROPP", "DRP", "drop", "Drop", "DROP ", "openconfig-local-routing:DROPS",
-        "openconfig-local-routing:drop"}) {
+        "openconfig-local-routing:drop", "vendor:drop", "oc-loc-rt:DROP", "oc-loc-rt:DROPP"}) {
     const json document =
         fullDocumentWith({{"$HOP/config/next-hop", way}, without("$HOP/interface-ref")});
     EXPECT_EQ(refusalOf(document), lineOf(document, "$HOP/config/next-hop",

@@ -115,9 +115,8 @@ std::vector<WrongValue> wrongValuesOf(const Leaf& leaf) {
       return wrong;
     }
     case LeafKind::nextHop:
-      return eachMustBe("an IP address or DROP",
-                        {"", "nowhere", "vendor:drop", "openconfig-a:192.0.2.1", "192.0.2.256",
-                         "192.0.2.0/24", "2001:db8::g"});
+      return eachMustBe("an IP address or DROP", {"", "nowhere", "openconfig-a:192.0.2.1",
+                                                  "192.0.2.256", "192.0.2.0/24", "2001:db8::g"});
     case LeafKind::text:
     case LeafKind::identity:
     case LeafKind::numbers:

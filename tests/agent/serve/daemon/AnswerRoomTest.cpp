@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 
 #include <deque>
+#include <string>
+#include <vector>
 
+#include "tests/agent/OpenConfigBuilder.h"
 #include "tests/agent/serve/daemon/ServedClients.h"
 
 namespace ZelAgent {
@@ -28,8 +31,9 @@ class LongAnswers : public ServedClients {
   }
 
   // A new server, where the longest answer is the long one.
-  void roomIs(std::size_t total) {
-    ServerLimits limits{256, long_.size(), timeout};
+  void roomIs(std::size_t total) { limitsAre(total, long_.size()); }
+  void limitsAre(std::size_t total, std::size_t longest) {
+    ServerLimits limits{256, longest, timeout};
     limits.totalUnsentBytes = total;
     server_ = std::make_unique<ControlServer>(scheduler_, served_, limits);
   }
@@ -58,6 +62,25 @@ TEST_F(LongAnswers, BeyondTheRoomOfAllClientsAreReplacedByAShortError) {
                          " bytes, and other answers wait; the room for it is 65536 bytes; try "
                          "again later\n.\n");
   EXPECT_TRUE(third_.isConnected());
+}
+
+TEST_F(LongAnswers, OfCommandsThatMayHaveToWaitNeedRoomToo) {
+  std::vector<nlohmann::json> rules;
+  for (std::uint32_t number = 1; number <= 1500; ++number)
+    rules.push_back(ruleOf(number, "ipv4", {{"dscp", 1}}, toVrf("red")));
+  served_.agent().apply(
+      OpenConfigBuilder().vrf("red").policy("edge", rules, {"e1"}).configuration());
+  limitsAre(0, 2 * Limits::shortAnswerBytes);
+  connectAll();
+  long_ = ask(first_, longRequest);
+  const std::string explain = "explain e1 ipv4 192.0.2.1 to 192.0.2.2\n";
+  const std::string whole = ask(first_, explain);
+  ASSERT_GT(whole.size(), Limits::shortAnswerBytes) << whole;
+  block(first_);
+  EXPECT_EQ(ask(third_, explain),
+            "error: the answer has " + std::to_string(whole.size()) +
+                " bytes, and other answers wait; the room for it is 65536 bytes; try again later\n"
+                ".\n");
 }
 
 TEST_F(LongAnswers, ThatWaitDoNotKeepOtherClientsFromShortCommands) {
