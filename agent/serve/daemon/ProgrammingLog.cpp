@@ -77,7 +77,9 @@ void ProgrammingLog::followRule(const RuleKey& rule) {
   reports_.request();
 }
 
+// During a change the agent has the interfaces before it.
 void ProgrammingLog::reportInterfaces() {
+  if (agent_.isChanging()) return reports_.request();
   for (const Velo::String& intf : std::exchange(changedIntfs_, {})) {
     const auto failed = failedRules_.find(intf);
     if (failed != failedRules_.end()) {

@@ -19,8 +19,8 @@ namespace ZelAgent {
 /// programmed again. `FailureLines` limits the lines.
 ///
 /// It subscribes to the tables of statuses, so it costs nothing while nothing changes. The line of
-/// an action is printed during the change, that of an interface in the next round of the loop, when
-/// the statuses of all its rules are known.
+/// an action is printed during the change. That of an interface is printed in the next round of the
+/// loop in which no change is in progress, when the statuses of all its rules are known.
 class ProgrammingLog final {
  public:
   /// The scheduler and the agent must outlive this.

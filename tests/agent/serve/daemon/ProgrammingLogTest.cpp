@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "agent/commands/served/ServedAgent.h"
+#include "agent/serve/daemon/ChangeSlices.h"
 #include "agent/serve/daemon/RecoveryTimer.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/serve/daemon/ManualScheduler.h"
@@ -102,6 +103,33 @@ TEST_F(ProgrammingLogTest, HasNoRecoveryOfRulesThatAreRemoved) {
   printed();
   served_.agent().removeAll();
   EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_F(ProgrammingLogTest, HasNoRecoveryOfAnInterfaceThatAReloadInSlicesRemoves) {
+  const ChangeSlices slices(scheduler_, served_);
+  served_.sliceTimeIs(std::chrono::milliseconds(0));
+  served_.agent().ruleCapacityIs(0);
+  writeSmall("logged.json", {{{"red"}}, {"red"}, {"e1", "e2"}});
+  (void)served_.start();
+  printed();
+  writeSmall("logged.json", {{{"red"}}, {"red"}, {"e2"}});
+  const SlicedChangePtr change = served_.beginReload();
+  EXPECT_THAT(printed(), IsEmpty());
+  EXPECT_TRUE(change->isComplete);
+}
+
+TEST_F(ProgrammingLogTest, HasTheRulesThatAreRefusedDuringAReloadInSlicesAfterIt) {
+  const ChangeSlices slices(scheduler_, served_);
+  served_.sliceTimeIs(std::chrono::milliseconds(0));
+  (void)served_.start();
+  served_.agent().ruleCapacityIs(1);
+  writeSmall("logged.json", {{{"red"}}, {"red", "red"}, {"e1"}});
+  const SlicedChangePtr change = served_.beginReload();
+  while (!change->isComplete) {
+    EXPECT_THAT(printed_, IsEmpty());
+    scheduler_.round();
+  }
+  EXPECT_THAT(printed(), ElementsAre(StartsWith("<4>warning: not programmed: rules on e1: ")));
 }
 
 TEST_F(ProgrammingLogTest, EndsWithItsObject) {
