@@ -13,6 +13,7 @@ namespace ZelAgent {
 namespace {
 
 std::string stateText(const RuleState& rule) {
+  if (rule.isBeingChanged) return "the rules of the interface are being changed";
   if (rule.isPrevious) return "programmed, of the previous policy";
   return rule.place ? "programmed"
                     : "not programmed: " + printable(rule.reason, Limits::shownTextBytes);
@@ -122,8 +123,9 @@ OrderedJson ruleJson(const RuleState& rule) {
   OrderedJson json = userJson(rule.user);
   json["match"] = shownText(*rule.rule.match);
   json["action"] = actionJson(rule.rule.action);
-  json["programmed"] = rule.place.has_value();
+  json["programmed"] = rule.isBeingChanged ? OrderedJson() : OrderedJson(rule.place.has_value());
   if (rule.isPrevious) json["previous"] = true;
+  if (rule.isBeingChanged) json["beingChanged"] = true;
   return json;
 }
 

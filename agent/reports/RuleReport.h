@@ -22,7 +22,8 @@ namespace ZelAgent {
 /// The cells that name a rule: interface, policy, rule, match and action, printable.
 [[nodiscard]] std::vector<std::string> nameCells(const RuleState& rule);
 /// {interface, networkInstance, policy, rule, match, action, programmed}. A rule of a previous
-/// policy also has the member `previous`, which is true.
+/// policy also has the member `previous`, which is true. If the rules of the interface are being
+/// changed, `programmed` is null, and the member `beingChanged` is true.
 [[nodiscard]] OrderedJson ruleJson(const RuleState& rule);
 
 /// The rules of each interface in the order in which they are tried, and the state of each. Each

@@ -70,7 +70,7 @@ class FilterReader final {
 
 bool matches(const RuleFilter& filter, const RuleState& rule) {
   if (filter.policy && rule.user.policyId != *filter.policy) return false;
-  if (filter.failed && rule.place) return false;
+  if (filter.failed && (rule.place || rule.isBeingChanged)) return false;
   if (!filter.vrf) return true;
   const auto action = vrfActionOf(rule.rule.action);
   return action && namesVrf(*action, *filter.vrf);

@@ -14,7 +14,7 @@ struct RuleFilter {
   std::optional<std::string> interface;
   std::optional<std::string> policy;
   std::optional<std::string> vrf;  // the action names the VRF
-  bool failed = false;             // the chip does not hold the rule
+  bool failed = false;             // the chip does not hold the rule, and it is not being changed
 
   [[nodiscard]] bool isEmpty() const { return !interface && !policy && !vrf && !failed; }
 };

@@ -48,6 +48,9 @@ struct RuleState {
   /// Whether it is a rule of an earlier policy, which the chip holds since it refused the present
   /// one.
   bool isPrevious = false;
+  /// Whether a change in progress has reached the rules of its interface. It then has no place and
+  /// no reason, and it is not known whether the chip holds it.
+  bool isBeingChanged = false;
 };
 
 using RuleStates = std::vector<RuleState>;

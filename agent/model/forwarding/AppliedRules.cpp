@@ -94,12 +94,12 @@ RuleState AppliedRules::ruleStateOf(const Velo::String& intf, const Velo::String
   RuleState state{{intf.str(), origin.networkInstance, origin.policyOf(from), from.sequence},
                   {from.match, rule.action},
                   {},
-                  status == nullptr ? "not programmed yet" : status->reason.str(),
-                  {}};
-  if (isBeingChanged(intf)) {
-    state.reason = "the rules of the interface are being changed";
-    return state;
-  }
+                  {},
+                  {},
+                  false,
+                  isBeingChanged(intf)};
+  if (state.isBeingChanged) return state;
+  state.reason = status == nullptr ? "not programmed yet" : status->reason.str();
   if (status != nullptr && status->programmed && index < acl_->rules(intf).size()) {
     state.counter = acl_->counter(intf, index);
     state.place = index;

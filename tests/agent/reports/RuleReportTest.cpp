@@ -66,6 +66,22 @@ TEST_F(RuleReportTest, RulesAsJson) {
   EXPECT_EQ(json[8]["networkInstance"], "red");
 }
 
+TEST_F(RuleReportTest, RulesThatAreBeingChangedHaveAStateOfTheirOwn) {
+  RuleStates rules = agent_.rules("Ethernet3");
+  ASSERT_EQ(rules.size(), 1U);
+  rules[0].place.reset();
+  rules[0].isBeingChanged = true;
+  EXPECT_EQ(textOf(rules),
+            "  INTERFACE  POLICY     RULE  MATCH  ACTION         STATE\n"
+            "  Ethernet3  red: edge  5     any    actionVrf red  the rules of the interface are "
+            "being changed\n");
+  const auto json = nlohmann::json::parse(jsonOf(rules));
+  ASSERT_EQ(json.size(), 1U);
+  EXPECT_EQ(json[0]["programmed"], nullptr);
+  EXPECT_EQ(json[0]["beingChanged"], true);
+  EXPECT_EQ(json[0]["reason"], "");
+}
+
 TEST_F(RuleReportTest, UsersAsJson) {
   const auto json = nlohmann::json::parse(jsonOf(agent_.users()));
   ASSERT_EQ(json.size(), 2U);

@@ -19,8 +19,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr const char* beingChanged = "the rules of the interface are being changed";
-
 class ChangeInSteps : public ::testing::Test {
  protected:
   ChangeInSteps() {
@@ -106,7 +104,8 @@ TEST_F(ChangeInSteps, ShowsTheRulesBeforeItUntilItReachesTheInterface) {
   for (const RuleState& rule : rules) {
     const bool isReached = rule.user.interface == "e2";
     EXPECT_EQ(rule.place.has_value(), !isReached);
-    EXPECT_EQ(rule.reason, isReached ? beingChanged : "");
+    EXPECT_EQ(rule.isBeingChanged, isReached);
+    EXPECT_EQ(rule.reason, "");
     EXPECT_FALSE(rule.isPrevious);
   }
   EXPECT_EQ(agent_.ruleCounts("e2").refused, 0U);
@@ -123,7 +122,7 @@ TEST_F(ChangeInSteps, HasReachedAnInterfaceWithOnlyOtherStatuses) {
   agent_.begin(after_);
   stepUntilReached("e1");
   for (const RuleState& rule : agent_.rules("e1")) {
-    EXPECT_EQ(rule.reason, beingChanged);
+    EXPECT_TRUE(rule.isBeingChanged);
     EXPECT_FALSE(rule.isPrevious);
   }
   EXPECT_TRUE(agent_.rules("e2").front().place.has_value());

@@ -129,6 +129,14 @@ TEST_F(SlicedChanges, LetOnlyPathsOnInterfacesThatTheyReachWait) {
   EXPECT_THAT(second_.received(), HasSubstr("rule 1 of P, any: matches\n"));
 }
 
+TEST_F(SlicedChanges, CauseNoFailedRules) {
+  begin("reload");
+  second_.send("show rules failed\n");
+  scheduler_.round();
+  EXPECT_TRUE(served_.isChanging());
+  EXPECT_EQ(second_.received(), "  no rules\n.\n");
+}
+
 TEST_F(SlicedChanges, LetAnotherReloadWaitThatReadsTheFileThen) {
   begin("reload");
   second_.send("reload\n");
