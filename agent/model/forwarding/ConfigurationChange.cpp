@@ -109,10 +109,13 @@ void ForwardingAgent::Change::addPolicies() {
   steps_.add([this] { return programRules(); });
 }
 
-// The policies are taken with the last step, when the statuses are those of the new policies.
+// The configuration comes into force with the last step, when the statuses are those of the new
+// policies.
 bool ForwardingAgent::Change::programRules() {
   if (policySm().step()) return true;
   takePolicies();
+  agent_.configuration_ = std::move(next_);
+  agent_.names_.reset();
   return false;
 }
 
@@ -135,8 +138,6 @@ void ForwardingAgent::Change::addEndOfInstances() {
 void ForwardingAgent::Change::addEnd() {
   steps_.addOne([this] {
     agent_.instances_ = std::move(instances_);
-    agent_.configuration_ = std::move(next_);
-    agent_.names_.reset();
     agent_.reprogrammer_->stepOfConfiguration();
   });
   steps_.addOne([this] { agent_.routes_.program(); });

@@ -56,10 +56,11 @@ class ForwardingAgent final {
   /// rules with their users; rules that are gone; fallback VRFs and statuses of instances that are
   /// gone; what the library did not program; routes that are gone.
   void apply(Configuration next);
-  /// Begins the same change. It is made by `step`. Until it is complete, `configuration` is the one
-  /// before, and no other member that changes the agent may be called but `apply` and `removeAll`,
-  /// which complete it first. The rules of an interface are either those before, or they are being
-  /// changed. Precondition: no change is in progress.
+  /// Begins the same change. It is made by `step`. Until it is complete, no other member that
+  /// changes the agent may be called but `apply` and `removeAll`, which complete it first. The
+  /// rules of an interface are either those before, or they are being changed. When those of all
+  /// interfaces are programmed, `rules` and `configuration` become the new ones in the same step.
+  /// Later steps remove what is gone. Precondition: no change is in progress.
   void begin(Configuration next);
   /// Makes a step of the change. A step handles all routes, or converts or compiles all policies,
   /// or handles the rules of one interface or one other thing. If it throws, the rest of the change

@@ -90,10 +90,25 @@ TEST_F(ChangeInSteps, MakesTheCallsOfAChangeAtOnce) {
 TEST_F(ChangeInSteps, KeepsTheOrderOfApply) {
   agent_.begin(after_);
   completeSteps();
-  EXPECT_THAT(order_,
-              ElementsAre("blue has a status", "setRoute", "updateVrf", "red has a fallback",
-                          "createVrf", "addRule", "removeRule", "deleteVrf", "old has no fallback",
-                          "old has no status", "the configuration is in force", "removeRoute"));
+  EXPECT_THAT(order_, ElementsAre("blue has a status", "setRoute", "updateVrf",
+                                  "red has a fallback", "createVrf", "addRule", "removeRule",
+                                  "deleteVrf", "the configuration is in force",
+                                  "old has no fallback", "old has no status", "removeRoute"));
+}
+
+TEST_F(ChangeInSteps, TakesTheRulesAndTheConfigurationInOneStep) {
+  after_.networkInstances[0].policies[0].policyId = "Q";
+  for (PolicyBinding& binding : after_.networkInstances[0].policyBindings)
+    binding.policyId = "Q";
+  agent_.begin(after_);
+  while (agent_.isChanging()) {
+    agent_.step();
+    const bool isAfter = agent_.configuration() == after_;
+    EXPECT_EQ(agent_.rules().front().user.policyId, isAfter ? "Q" : "P");
+    EXPECT_EQ(agent_.policyIntfs().contains("e3"), isAfter);
+    EXPECT_EQ(agent_.names().interfaces.contains("e3"), isAfter);
+  }
+  EXPECT_EQ(agent_.configuration(), after_);
 }
 
 TEST_F(ChangeInSteps, ShowsTheRulesBeforeItUntilItReachesTheInterface) {
