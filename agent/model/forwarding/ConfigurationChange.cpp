@@ -76,8 +76,9 @@ void ForwardingAgent::Change::addInterfaces() {
   steps_.addOne([this] { agent_.interfaceVrfs_ = std::move(interfaceVrfs_); });
 }
 
-// The state machine is off while its configuration changes. Then its steps program the rules, so no
-// packet is classified by half of a change.
+// The state machine is off while its configuration changes, so it programs no half of a change.
+// Then its steps program the rules. Between two steps a packet has its old treatment or its new
+// one, which may differ from interface to interface.
 void ForwardingAgent::Change::addPolicies() {
   const PolicyObjects& before = agent_.rules_.policies();
   steps_.addOne([this] { policies_ = policyObjectsOf(next_); });
