@@ -212,13 +212,16 @@ TEST_F(SlicedChanges, AreCompletedAlthoughTheirClientHasLeft) {
 
 TEST_F(SlicedChanges, LetTheRecoveryWait) {
   const RecoveryTimer recovery(scheduler_, served_);
-  (void)served_.play(PlanChipFaults{"blue", 1});
+  (void)served_.play(PlanChipFaults{"red", 1});
+  (void)served_.play(SetVrfId{"red", 9});
+  ASSERT_EQ(scheduler_.running(), 1U);
   begin("reload");
   const auto before = served_.agent().chip().hookCounts();
   scheduler_.pass(RecoveryTimer::period);
   EXPECT_EQ(served_.agent().chip().hookCounts().updates, before.updates);
   scheduler_.rounds();
   EXPECT_EQ(inForce(), "blue");
+  EXPECT_EQ(scheduler_.running(), 0U);
 }
 
 TEST_F(SlicedChanges, EndCleanlyWithTheDaemon) {
