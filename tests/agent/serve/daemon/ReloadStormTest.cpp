@@ -1,8 +1,9 @@
 // Reloads that are requested more often than they can run, and clients meanwhile.
 #include <gmock/gmock.h>
 
-#include "agent/serve/daemon/CoalescedCall.h"
-#include "agent/serve/daemon/ReloadReport.h"
+#include <chrono>
+
+#include "agent/serve/daemon/RequestedReloads.h"
 #include "tests/agent/SmallConfigurations.h"
 #include "tests/agent/serve/daemon/ServedClients.h"
 
@@ -13,6 +14,10 @@ class ReloadStorm : public ServedClients {
  protected:
   ReloadStorm() {
     reloaded_.start();
+    reloaded_.sliceTimeIs(std::chrono::hours(1));
+    reloaded_.changeObserverIs([this] {
+      if (stormsLeft_-- > 0) hangUp(60);
+    });
     server_ = std::make_unique<ControlServer>(scheduler_, reloaded_, ServerLimits());
     connectAll();
   }
@@ -25,11 +30,7 @@ class ReloadStorm : public ServedClients {
 
   ServedAgent reloaded_{writeSmall("served.json", {{{"red"}}, {"red"}, {"e1"}}), 8};
   int stormsLeft_ = 0;  // while a reload runs
-  CoalescedCall reloads_{scheduler_, [this] {
-                           if (stormsLeft_-- > 0) hangUp(60);
-                           static_cast<void>(reportReload(
-                               "served.json", [this] { return reloaded_.reload().warnings; }));
-                         }};
+  RequestedReloads reloads_{scheduler_, reloaded_, [](const auto&) {}};
 };
 
 TEST_F(ReloadStorm, BeforeAReloadIsOneReload) {
