@@ -105,10 +105,14 @@ AwaitedOutput explainPacket(const CommandCall& call) {
   call.arguments.formIs("explain INTERFACE PACKET");
   const std::string interface = call.arguments.needInterface("INTERFACE");
   const std::vector<std::uint8_t> packet = readPacket(call.arguments);
-  checkInterface(call.served.agent(), interface, "explain INTERFACE PACKET: INTERFACE");
-  return [&agent = call.served.agent(), form = OutputForm(call), interface,
+  const auto check = [&agent = call.served.agent(), interface] {
+    checkInterface(agent, interface, "explain INTERFACE PACKET: INTERFACE");
+  };
+  check();
+  return [&agent = call.served.agent(), form = OutputForm(call), check, interface,
           packet]() -> std::optional<CommandOutput> {
     if (agent.isBeingChanged(interface)) return std::nullopt;
+    check();  // the change may have removed it
     const PathReport report = explain(agent, interface, packet);
     return outputOf(
         form, [&](std::ostream& out) { out << report.text(); }, [&] { return report.json(); });

@@ -129,6 +129,16 @@ TEST_F(SlicedChanges, LetOnlyPathsOnInterfacesThatTheyReachWait) {
   EXPECT_THAT(second_.received(), HasSubstr("rule 1 of P, any: matches\n"));
 }
 
+TEST_F(SlicedChanges, LetAPathWaitThatFindsItsInterfaceGone) {
+  writeSmall("slices.json", {{{"blue"}}, {"blue", "blue"}, {"e1", "e3"}});
+  begin("reload");
+  second_.send("explain e2 ipv4 10.0.0.1 to 10.0.0.2\n");
+  scheduler_.round();
+  EXPECT_EQ(second_.received(), "");
+  scheduler_.rounds();
+  EXPECT_THAT(second_.received(), StartsWith("error: explain INTERFACE PACKET: INTERFACE"));
+}
+
 TEST_F(SlicedChanges, CauseNoFailedRules) {
   begin("reload");
   second_.send("show rules failed\n");
