@@ -5,7 +5,8 @@
 namespace ZelAgent {
 
 // The commands that a daemon serves. The table of commands has their forms and help. The show
-// commands change nothing. Commands that change the agent wait for a change in progress.
+// commands change nothing. Commands that change the agent wait for a change in progress, except
+// `clear counters`, which sets the counters to 0 at once.
 
 /// `show actions`: the name of the file in force and the table of actions. As JSON it has the
 /// members that StateReport.h describes. With a filter it has only the actions that it selects.
