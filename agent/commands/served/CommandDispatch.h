@@ -16,7 +16,8 @@ namespace ZelAgent {
 [[nodiscard]] CommandResult startCommand(ServedAgent& served, std::string_view text, bool asJson,
                                          std::size_t columns = 0);
 
-/// The same, and makes all pages of the output, and all slices of changes that it waits for.
+/// The same for callers without a loop: it makes all pages of the output, and all slices of changes
+/// that it waits for.
 [[nodiscard]] CommandOutput runCommand(ServedAgent& served, std::string_view text, bool asJson,
                                        std::size_t columns = 0);
 

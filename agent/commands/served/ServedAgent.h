@@ -49,9 +49,9 @@ using SlicedChangePtr = std::shared_ptr<const SlicedChange>;
 /// the record. A reload that fails for another reason is recorded as refused, but may be applied in
 /// part.
 ///
-/// After the start a configuration is applied in slices of limited time. Who has set an observer of
-/// slices makes all but the first. Without one a change is one slice. When memory runs out during a
-/// slice, the process ends by `Duolog::outOfMemory`.
+/// After the start a configuration is applied in slices of limited time. If an observer of slices
+/// is set, its owner calls `makeSlice` for all but the first. Without one all slices are made at
+/// once. When memory runs out during a slice, the process ends by `Duolog::outOfMemory`.
 class ServedAgent final {
  public:
   /// How long a slice takes, if nothing else is set. Its last step may take longer.
@@ -79,9 +79,10 @@ class ServedAgent final {
   /// Begins the same with another file, as the event `config FILE`. Its failure is an `EventError`
   /// if the file is wrong.
   [[nodiscard]] SlicedChangePtr beginFile(const std::string& file);
-  /// Makes a reload in one go. Throws its failure.
+  /// Makes a reload in one go, for callers without a loop. Throws its failure.
   EventEffects reload();
-  /// Plays an event in one go. Throws an `EventError`.
+  /// Plays an event in one go. Throws an `EventError`. `ApplyConfig` makes all slices, for callers
+  /// without a loop.
   EventEffects play(const Event& event);
   /// Replaces the observer, which is called after each of the above that succeeded. An empty one
   /// ends observation.
