@@ -53,6 +53,17 @@ def actions_in(output):
                      for action in output["actions"])
 
 
+def is_on_the_way(shown, versions):
+    """Whether `actions_in` may return this while one of the versions is replaced by another."""
+    users = {}
+    for version in versions:
+        for vrf, _, used_by in version.actions():
+            users[vrf] = users.get(vrf, frozenset()) | used_by
+    return len(versions) > 1 and all(
+        vrf in users and status == "programmedInHw" and used_by <= users[vrf]
+        for vrf, status, used_by in shown)
+
+
 def torn_text(random, version, other):
     """Bytes that an interrupted write of the version may leave. They are no configuration."""
     text = version.text

@@ -9,7 +9,7 @@ import dataclasses
 import json
 from collections.abc import Callable
 
-from configurations import actions_in
+from configurations import actions_in, is_on_the_way
 
 LONGEST = 65536
 LEVELS = 100  # of a request
@@ -153,11 +153,19 @@ def types():
 def shown_actions(random, word):
     def problem(answer, versions):
         found = json.loads(answer)
-        if found["status"] == 0 and actions_in(found["output"]) in [v.actions() for v in versions]:
+        shown = actions_in(found["output"]) if found["status"] == 0 else None
+        if shown is not None and (shown in [v.actions() for v in versions] or is_on_the_way(shown, versions)):
             return None
         return f"expected the actions of the configuration in force, version " \
                f"{' or '.join(str(v.number) for v in versions)}"
     return Exchange(b'{"command":"show actions","json":true}\n', True, problem)
+
+
+def after_changes():
+    """A command that waits until no configuration is being applied. It changes nothing."""
+    def problem(answer, versions):
+        return None if json.loads(answer)["status"] == 0 else "expected status 0"
+    return Exchange(b'{"command":"decap-nh off","json":true}\n', True, problem)
 
 
 def trace(number):

@@ -84,7 +84,7 @@ class Operator:
         return f"expected version {new.number} to be applied"
 
     def confirm(self, new):
-        """Waits until the new version is in force. Until then it must be the old one."""
+        """Waits until the new version is in force. Until then it must be the old one, or be replaced."""
         end = time.monotonic() + processes.SECONDS * processes.factor()
         while True:
             answer = yield from self.asked(exchanges.shown_actions(None, None))
@@ -94,6 +94,7 @@ class Operator:
                 self.crowd.fail(f"after a reload, version {new.number} of the configuration is not in force; "
                                 f"the daemon printed: {self.agent.printed()[-300:]!r}")
             yield 0.01
+        yield from self.asked(exchanges.after_changes())
         self.crowd.force.may_be(new)
 
     def torn(self):

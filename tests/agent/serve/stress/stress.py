@@ -143,7 +143,7 @@ class Stress:
     def settle(self):
         """The daemon has handled all signals, and has counted and printed each result."""
         for _ in range(3):
-            self.ask(exchanges.shown_actions(None, None))
+            self.ask(exchanges.after_changes())
         requests = self.crowd.counts["reload requests"]
         counted = self.reloads_counted()
         wait_until(lambda: sum(self.agent.results()) + requests == counted,
